@@ -1,0 +1,11 @@
+#pragma once
+
+// Everything that a host hands to the library, in one include.
+
+#include "orlohost/HWEnvironment.h"
+#include "orlohost/WindowWrapper.h"
+#include "orlohost/koColor.h"
+#include "orlohost/koLinear.h"
+#include "orlohost/koSharedObject.h"
+#include "orlohost/koString.h"
+#include "orlohost/koUtil.h"

@@ -1,0 +1,24 @@
+#pragma once
+
+// OrloGL in one include.
+//
+// What the library does not do: it opens no display and no window of the host's, starts no thread, takes no
+// lock, installs no X error handler, loads no file but Cg shaders, keeps no scene. The host does; the library
+// draws.
+//
+// The road of a frame:
+//  1. once: GLStartupContext, which finds GL and fills the table; then
+//  GLFunctionTable::ensureLiveMultitexture
+//  2. once per target: GLFrameBuffer::createOffscreen, or createInWindow
+//  3. GLFrameBuffer::makeCurrent, then the viewport
+//  4. GLPassState::applyGL
+//  5. GLCamera::bind
+//  6. GLLighting::bind for each light
+//  7. textures and shaders bound
+//  8. GLRouting::drawGroup for each geometry group
+//  9. GLFrameBuffer::swapBuffers, or readColorBuffer into a PixelArray2D
+
+#include "gl/GLCapability.h"
+#include "gl/GLFunctionTable.h"
+#include "gl/GLStartupContext.h"
+#include "gl/GLUtility.h"
