@@ -7,6 +7,8 @@
 #include <GL/glext.h>
 #include <GL/glx.h>
 
+#include <type_traits>
+
 /// Rescans its arguments 21 times: enough for the 13 parameters of glColorFragmentOp3ATI.
 #define ORLO_EXPAND(...) ORLO_EXPAND_4(ORLO_EXPAND_4(ORLO_EXPAND_4(ORLO_EXPAND_4(__VA_ARGS__))))
 #define ORLO_EXPAND_4(...) ORLO_EXPAND_1(ORLO_EXPAND_1(ORLO_EXPAND_1(ORLO_EXPAND_1(__VA_ARGS__))))
@@ -51,5 +53,5 @@ using OrloHost = typename OrloHostType<T>::Type;
 /// (GLXFBConfig, config, int, n) becomes: (GLXFBConfig)config, (int)n
 #define ORLO_HOST_ARGUMENTS(...) __VA_OPT__(ORLO_EXPAND(ORLO_HOST_ARGUMENT(__VA_ARGS__)))
 #define ORLO_HOST_ARGUMENT(type, name, ...)                                                                  \
-    (type) name __VA_OPT__(, ORLO_HOST_ARGUMENT_AGAIN ORLO_DEFERRED(__VA_ARGS__))
+    (std::remove_const_t<type>)name __VA_OPT__(, ORLO_HOST_ARGUMENT_AGAIN ORLO_DEFERRED(__VA_ARGS__))
 #define ORLO_HOST_ARGUMENT_AGAIN() ORLO_HOST_ARGUMENT
