@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "scene/Scene.h"
+
+namespace orloview {
+
+/// What the import of one file may use. An import library that needs more is ended.
+struct ImportLimits {
+    std::size_t memoryBytes = std::size_t{2} << 30;
+    double seconds = 30.0;
+};
+
+/// A scene, or one line that says what is wrong and what to do.
+struct ImportResult {
+    Scene scene;
+    std::string error; ///< empty where the scene is good; without the program's and the file's name
+
+    explicit operator bool() const { return error.empty(); }
+};
+
+/// Reads a model file: glTF 2.0 (text and binary), OBJ, PLY, STL, and what the import library reads besides.
+///
+/// The format is told by what the file holds, its suffix where that says nothing. Import libraries crash and
+/// hang on some damaged files, so the work is done in a child process of its own; whatever becomes of that,
+/// the caller gets a scene or a line. Call it before the process has started threads or opened a display.
+ImportResult importModel(const std::string& path, const ImportLimits& limits = {});
+
+} // namespace orloview

@@ -1,0 +1,91 @@
+#include "scene/Scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+namespace orloview {
+
+namespace {
+
+template <typename T>
+void moveBehind(std::vector<T>& to, std::vector<T>& from) {
+    to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
+}
+
+void renumber(int& index, std::size_t by) {
+    if (index >= 0)
+        index += static_cast<int>(by);
+}
+
+} // namespace
+
+std::size_t Mesh::elementCount() const {
+    switch (topology) {
+    case Topology::Points:
+        return indices.size();
+    case Topology::Lines:
+        return indices.size() / 2;
+    case Topology::Triangles:
+        return indices.size() / 3;
+    }
+    return 0;
+}
+
+void Bounds::extend(const koLinear::Point& p) {
+    if (!std::isfinite(p[0]) || !std::isfinite(p[1]) || !std::isfinite(p[2]))
+        return;
+    for (int axis = 0; axis < 3; ++axis) {
+        min[axis] = std::min(min[axis], p[axis]);
+        max[axis] = std::max(max[axis], p[axis]);
+    }
+}
+
+Bounds Scene::bounds() const {
+    Bounds box;
+    for (const Instance& instance : instances) {
+        const Mesh& mesh = meshes[static_cast<std::size_t>(instance.mesh)];
+        for (const std::uint32_t index : mesh.indices) {
+            const float* p = &mesh.positions[std::size_t{index} * 3];
+            box.extend(instance.toWorld.transform(koLinear::Point(p[0], p[1], p[2])));
+        }
+    }
+    return box;
+}
+
+std::size_t Scene::count(Topology topology) const {
+    std::size_t sum = 0;
+    for (const Instance& instance : instances) {
+        const Mesh& mesh = meshes[static_cast<std::size_t>(instance.mesh)];
+        if (mesh.topology == topology)
+            sum += mesh.elementCount();
+    }
+    return sum;
+}
+
+void Scene::append(Scene other) {
+    for (Mesh& mesh : other.meshes)
+        renumber(mesh.material, materials.size());
+    for (Instance& instance : other.instances)
+        renumber(instance.mesh, meshes.size());
+    for (Material& material : other.materials)
+        for (TextureUse* use :
+             {&material.baseColorTexture, &material.metallicRoughnessTexture, &material.normalTexture,
+              &material.occlusionTexture, &material.emissiveTexture})
+            renumber(use->texture, textures.size());
+
+    if (format.empty())
+        format = std::move(other.format);
+    else if (format.find(other.format) == std::string::npos)
+        format += ", " + other.format;
+    moveBehind(meshes, other.meshes);
+    moveBehind(instances, other.instances);
+    moveBehind(materials, other.materials);
+    moveBehind(textures, other.textures);
+    moveBehind(cameras, other.cameras);
+    moveBehind(lights, other.lights);
+    moveBehind(warnings, other.warnings);
+}
+
+} // namespace orloview

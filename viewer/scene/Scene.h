@@ -1,0 +1,157 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <orlohost/koColor.h>
+#include <orlohost/koLinear.h>
+
+/// What a model file holds, as plain data: no GL, no window, no import library's types.
+///
+/// The importers fill a Scene, scene/Merge and scene/Normals work on it, the drawing half only reads it.
+/// Indices from one vector into another are checked once, when the importer hands the scene over; a reader
+/// may rely on them. -1 means "none". Colours are linear.
+namespace orloview {
+
+/// Strips, fans and loops of a file are already spelled out: two indices a line, three a triangle.
+enum class Topology : std::uint8_t { Points, Lines, Triangles };
+
+/// One primitive of the file: vertices of one kind with one material. Every attribute that is present has a
+/// value for each vertex. Triangles face the side from which they turn counter-clockwise.
+struct Mesh {
+    std::string name;
+    Topology topology = Topology::Triangles;
+    std::vector<float> positions;           ///< x, y, z
+    std::vector<float> normals;             ///< x, y, z of unit length; empty for points, lines without them
+    std::vector<float> colors;              ///< r, g, b, a; empty where the file has none
+    std::vector<std::vector<float>> uvSets; ///< u, v each, v running down the picture (the top row is v = 0)
+    std::vector<std::uint32_t> indices;     ///< never empty, also where the file had none
+    int material = -1;                      ///< into Scene::materials; -1: a plain Material{}
+
+    std::size_t vertexCount() const { return positions.size() / 3; }
+    /// Points, lines or triangles, as the topology says.
+    std::size_t elementCount() const;
+};
+
+/// A mesh in its place. The same mesh may stand in many places. Where toWorld.determinant() is negative the
+/// map turns triangles inside out, and the drawing half swaps which side is the front.
+struct Instance {
+    std::string nodeName;
+    int mesh = -1;
+    koLinear::AffineMatrix toWorld;
+};
+
+enum class Wrap : std::uint8_t { Repeat, MirroredRepeat, ClampToEdge };
+enum class Filter : std::uint8_t {
+    Nearest,
+    Linear,
+    NearestMipmapNearest,
+    LinearMipmapNearest,
+    NearestMipmapLinear,
+    LinearMipmapLinear
+};
+
+/// A picture of the file, recorded but not decoded.
+struct Texture {
+    std::string name;
+    std::string path;                ///< of the picture's file; empty where the bytes are embedded
+    std::vector<std::uint8_t> bytes; ///< the picture's file, where it is embedded
+    Wrap wrapU = Wrap::Repeat;
+    Wrap wrapV = Wrap::Repeat;
+    Filter minFilter = Filter::LinearMipmapLinear;
+    Filter magFilter = Filter::Linear;
+};
+
+/// How a material uses a texture. uv' = rotate(uv * scale, rotation) + offset, as KHR_texture_transform says.
+struct TextureUse {
+    int texture = -1; ///< into Scene::textures
+    int uvSet = 0;
+    float strength = 1.0F; ///< normal scale or occlusion strength; 1 for the others
+    float rotation = 0.0F; ///< radians
+    std::array<float, 2> offset{0.0F, 0.0F};
+    std::array<float, 2> scale{1.0F, 1.0F};
+};
+
+enum class AlphaMode : std::uint8_t { Opaque, Mask, Blend };
+
+struct Material {
+    std::string name;
+    koColor::Color baseColor{1.0F, 1.0F, 1.0F, 1.0F};
+    koColor::Color emissive;
+    float metallic = 0.0F;
+    float roughness = 1.0F;
+    bool doubleSided = false;
+    bool unlit = false;
+    AlphaMode alphaMode = AlphaMode::Opaque;
+    float alphaCutoff = 0.5F;
+    TextureUse baseColorTexture;
+    TextureUse metallicRoughnessTexture;
+    TextureUse normalTexture;
+    TextureUse occlusionTexture;
+    TextureUse emissiveTexture;
+};
+
+/// Looks along -z of its own space, y up. toWorld carries no scale that matters to the view.
+struct Camera {
+    enum class Kind : std::uint8_t { Perspective, Orthographic };
+
+    std::string name;
+    Kind kind = Kind::Perspective;
+    double yfov = 0.0;   ///< perspective: the whole vertical angle, radians
+    double aspect = 0.0; ///< perspective: width by height; 0: that of the picture
+    double xmag = 0.0;   ///< orthographic: half the width
+    double ymag = 0.0;   ///< orthographic: half the height
+    double zNear = 0.0;
+    double zFar = std::numeric_limits<double>::infinity(); ///< infinity: no far plane
+    koLinear::AffineMatrix toWorld;
+};
+
+/// Shines along -z of its own space.
+struct Light {
+    enum class Kind : std::uint8_t { Directional, Point, Spot };
+
+    std::string name;
+    Kind kind = Kind::Point;
+    koColor::Color color{1.0F, 1.0F, 1.0F, 1.0F};
+    double intensity = 1.0; ///< candela; lux for a directional light
+    double range = std::numeric_limits<double>::infinity();
+    double innerConeAngle = 0.0; ///< radians from the axis
+    double outerConeAngle = 0.7853981633974483;
+    koLinear::AffineMatrix toWorld;
+};
+
+/// An axis-aligned box. Empty (min above max) until something is in it.
+struct Bounds {
+    koLinear::Point min{std::numeric_limits<double>::max(), std::numeric_limits<double>::max(),
+                        std::numeric_limits<double>::max()};
+    koLinear::Point max{std::numeric_limits<double>::lowest(), std::numeric_limits<double>::lowest(),
+                        std::numeric_limits<double>::lowest()};
+
+    bool empty() const { return min[0] > max[0]; }
+    /// Takes the point in; one that is not finite is passed over.
+    void extend(const koLinear::Point& p);
+};
+
+struct Scene {
+    std::string format; ///< for people: "glTF 2.0 binary", "OBJ"
+    std::vector<Mesh> meshes;
+    std::vector<Instance> instances;
+    std::vector<Material> materials;
+    std::vector<Texture> textures;
+    std::vector<Camera> cameras;
+    std::vector<Light> lights;
+    std::vector<std::string> warnings; ///< each names something of the input that was left out
+
+    /// Around every vertex that an instance draws, in world space.
+    Bounds bounds() const;
+    /// Elements of this kind over all instances.
+    std::size_t count(Topology topology) const;
+    /// Takes another scene in beside what is here, and renumbers its references.
+    void append(Scene other);
+};
+
+} // namespace orloview
