@@ -2,7 +2,9 @@
 
 // Everything that a host hands to the library, in one include.
 
+#include "orlohost/GeometryData.h"
 #include "orlohost/HWEnvironment.h"
+#include "orlohost/IHWMemoryObject.h"
 #include "orlohost/WindowWrapper.h"
 #include "orlohost/koColor.h"
 #include "orlohost/koLinear.h"

@@ -1,0 +1,114 @@
+#include "orlohost/GeometryData.h"
+
+#include <algorithm>
+#include <utility>
+
+GeometryData::~GeometryData() {
+    deleteHanger();
+}
+
+uint32_t GeometryData::elementTypeSize(uint32_t elementType) {
+    switch (elementType) {
+    case kFloat:
+    case kInt32:
+        return 4;
+    case kDouble:
+        return 8;
+    case kUint8:
+        return 1;
+    default:
+        return 0;
+    }
+}
+
+void GeometryData::deleteHanger() {
+    delete std::exchange(fHanger, nullptr);
+}
+
+void GeometryDataIterator::reset(const GeometryDataIndex* record, const GeometryData* stream) {
+    fRecord = record;
+    fStream = stream || !record ? stream : record->fStream;
+    fPosition = 0;
+}
+
+const float* GeometryDataIterator::current() const {
+    static constexpr float kNoElement[4] = {0.0F, 0.0F, 0.0F, 1.0F};
+    if (done() || !fStream || fStream->fElementType != GeometryData::kFloat)
+        return kNoElement;
+    const uint32_t index = fRecord->fIndices[fPosition];
+    if (index >= fStream->fElementCount)
+        return kNoElement;
+    return static_cast<const float*>(fStream->fData) + size_t{index} * fStream->fComponentsPerElement;
+}
+
+GeometryLogicalGroup::~GeometryLogicalGroup() {
+    deleteHangers();
+}
+
+GeometryData& GeometryLogicalGroup::addStream(GeometryData::DataType type, uint32_t componentsPerElement,
+                                              std::vector<float> values) {
+    const auto& store = fElementStores.emplace_back(std::move(values));
+    const size_t count = componentsPerElement ? store.size() / componentsPerElement : 0;
+    return addStream(std::make_unique<GeometryData>(type, componentsPerElement, store.data(),
+                                                    static_cast<uint32_t>(count)));
+}
+
+GeometryData& GeometryLogicalGroup::addStream(std::unique_ptr<GeometryData> stream) {
+    return *fStreams.emplace_back(std::move(stream));
+}
+
+GeometryDataIndex& GeometryLogicalGroup::addIndexRecord(uint32_t primitiveType,
+                                                        std::vector<uint32_t> indices) {
+    const auto& store = fIndexStores.emplace_back(std::move(indices));
+    return addIndexRecord(std::make_unique<GeometryDataIndex>(primitiveType, store.data(),
+                                                              static_cast<uint32_t>(store.size())));
+}
+
+GeometryDataIndex& GeometryLogicalGroup::addIndexRecord(std::unique_ptr<GeometryDataIndex> record) {
+    return *fIndexRecords.emplace_back(std::move(record));
+}
+
+void GeometryLogicalGroup::addIndexBlock(uint32_t primitiveType,
+                                         const std::vector<std::vector<uint32_t>>& lists) {
+    std::vector<uint32_t> block;
+    for (const auto& list : lists)
+        block.insert(block.end(), list.begin(), list.end());
+    const auto allocated = static_cast<uint32_t>(block.size());
+    block.push_back(0); // The upload of a block takes one word more than is allocated.
+    const auto& store = fIndexStores.emplace_back(std::move(block));
+
+    uint32_t start = 0;
+    for (const auto& list : lists) {
+        GeometryDataIndex& record = addIndexRecord(std::make_unique<GeometryDataIndex>(
+            primitiveType, store.data() + start, static_cast<uint32_t>(list.size())));
+        record.fAllocatedCount = allocated;
+        record.fStart = start;
+        start += record.fIndexCount;
+    }
+}
+
+GeometryData* GeometryLogicalGroup::geometryDataPtr(GeometryData::DataType type, int32_t index,
+                                                    bool orFirst) const {
+    GeometryData* first = nullptr;
+    for (const auto& stream : fStreams) {
+        if (stream->fDataType != type)
+            continue;
+        if (index-- == 0)
+            return stream.get();
+        if (!first)
+            first = stream.get();
+    }
+    return orFirst ? first : nullptr;
+}
+
+void GeometryLogicalGroup::deleteHangers() {
+    std::vector<IHWMemoryObject*> hangers;
+    for (const auto& record : fIndexRecords)
+        hangers.push_back(std::exchange(record->fHanger, nullptr));
+    std::sort(hangers.begin(), hangers.end());
+    hangers.erase(std::unique(hangers.begin(), hangers.end()), hangers.end());
+    for (IHWMemoryObject* hanger : hangers)
+        delete hanger;
+    for (const auto& stream : fStreams)
+        stream->deleteHanger();
+}
