@@ -20,5 +20,5 @@ Build2DMipmaps findBuild2DMipmaps() {
 GLint GLULibrary::build2DMipmaps(GLenum target, GLint internalFormat, GLsizei width, GLsizei height,
                                  GLenum format, GLenum type, const void* pixels) {
     static const Build2DMipmaps build = findBuild2DMipmaps();
-    return build ? build(target, internalFormat, width, height, format, type, pixels) : -1;
+    return build ? build(target, internalFormat, width, height, format, type, pixels) : kNoLibrary;
 }

@@ -5,6 +5,9 @@
 /// The GL utility library, opened on first need: "libGLU.so.1", then "libGLU.so".
 class GLULibrary {
 public:
+    /// No GLU error code is negative.
+    static constexpr GLint kNoLibrary = -1;
+
     /// gluBuild2DMipmaps of that library: 0 on success, a GLU error code otherwise, and -1 when there is no
     /// GLU. GLU scales the image to powers of two, builds all levels and loads them into the bound texture;
     /// it calls GL itself, not through the table.

@@ -4,7 +4,10 @@
 
 #include "orlohost/GeometryData.h"
 #include "orlohost/HWEnvironment.h"
+#include "orlohost/HWInterfaces.h"
 #include "orlohost/IHWMemoryObject.h"
+#include "orlohost/PixelArray2D.h"
+#include "orlohost/RasterFormat.h"
 #include "orlohost/WindowWrapper.h"
 #include "orlohost/koColor.h"
 #include "orlohost/koLinear.h"

@@ -1,0 +1,140 @@
+#pragma once
+
+#include "orlohost/Export.h"
+#include "orlohost/koColor.h"
+#include "orlohost/koLinear.h"
+#include "orlohost/koSharedObject.h"
+
+#include <cstdint>
+#include <vector>
+
+// The host's side of hardware resources: what the library's textures, lights and cameras derive from, so that
+// a host can hold and edit them without the library's headers.
+
+/// A resource that may be locked for access and duplicated. A plain one does neither.
+class ORLOHOST_API IBaseResource : public koSharedObject::SharedObject {
+public:
+    enum LockingMode : uint32_t {
+        kLockRead = 0,
+        kLockWrite = 1,
+    };
+
+    ~IBaseResource() override;
+
+    /// Locks for reading or writing; with `wait`, until the lock is free. Whether it was got.
+    virtual bool lock(LockingMode mode, bool wait);
+    virtual void unlock(LockingMode mode);
+    virtual bool isLocked(LockingMode mode) const;
+
+    /// A copy, deep or shallow, with or without its GL side; null where copying makes no sense.
+    virtual IBaseResource* duplicate(bool deep, bool hardware);
+    virtual IBaseResource* duplicateInternal(bool deep);
+};
+
+/// A texture of any shape.
+class ORLOHOST_API IHWTexture : public IBaseResource {
+public:
+    enum TextureType : uint32_t {
+        kTextureNone = 0,
+        kTexture1D = 1,
+        kTexture2D = 2,
+        kTextureRectangle = 3,
+        kTexture3D = 4,
+        kTextureCubeMap = 5,
+    };
+
+    ~IHWTexture() override;
+
+    /// Makes this the bound texture of the active unit; false when that can't be.
+    virtual bool bind();
+    virtual void unbind();
+    virtual void generateMipMaps();
+
+    /// How much the texture matters to the picture, higher keeps it longer. A hint.
+    virtual void setImportance(unsigned int importance);
+
+    TextureType fTextureType = kTextureNone;
+
+    /// Asks for compressed storage where GL offers it. Set before the upload.
+    bool fCompressionRequest = false;
+};
+
+/// A camera: where it stands and what it sees.
+class ORLOHOST_API IHWCamera {
+public:
+    /// The sides of the view volume at the near plane, and both planes, in eye units.
+    struct Frustum {
+        double fLeft = -1.0;
+        double fRight = 1.0;
+        double fBottom = -1.0;
+        double fTop = 1.0;
+        double fNear = 1.0;
+        double fFar = 100.0;
+    };
+
+    virtual ~IHWCamera();
+
+    /// Loads the camera into the renderer; here nothing.
+    virtual void bind();
+
+    /// World to eye.
+    koLinear::AffineMatrix fViewTransform;
+
+    /// Eye to clip space, in the order in which GL takes a matrix.
+    koLinear::ProjMatrix fProjection;
+
+    Frustum fFrustum;
+
+    /// Set on the cameras that a light projects from.
+    bool fIsProjector = false;
+};
+
+/// A light: colours, attenuation, place. Attenuation at distance d is
+/// 1 / (fConstantAttenuation + fLinearAttenuation d + (sum of fFurtherAttenuationTerms) d^2).
+class ORLOHOST_API IHWLight {
+public:
+    enum LightType : uint32_t {
+        kLightSpot = 0,        ///< from a point down -z, within a cone
+        kLightDirectional = 1, ///< from infinitely far along +z
+        kLightPoint = 2,
+        kLightAmbient = 3,
+    };
+
+    IHWLight() = default;
+    IHWLight(const IHWLight&) = delete;
+    IHWLight& operator=(const IHWLight&) = delete;
+    virtual ~IHWLight();
+
+    /// Sets the type, and position and direction to what a light of this type has.
+    virtual void setLightType(LightType type) = 0;
+    virtual void releaseLightResources() = 0;
+    virtual void addProjector(unsigned int count) = 0;
+    virtual void removeProjector() = 0;
+    virtual void bind(unsigned short unit) = 0;
+    virtual void unbind(unsigned short unit) = 0;
+
+    koColor::Color fAmbientColor{0.0F, 0.0F, 0.0F, 1.0F};
+    koColor::Color fDiffuseColor{1.0F, 1.0F, 1.0F, 1.0F};
+    koColor::Color fSpecularColor{1.0F, 1.0F, 1.0F, 1.0F};
+
+    /// Half the opening of a spot's cone in degrees, 0 to 90, and how fast it fades from the axis, 0 to 128.
+    float fSpotCutoffAngle = 45.0F;
+    float fSpotExponent = 0.0F;
+
+    float fConstantAttenuation = 1.0F;
+    float fLinearAttenuation = 0.0F;
+    float fFurtherAttenuationTerms[2] = {0.0F, 0.0F};
+
+    /// The light's own frame to the world.
+    koLinear::ProjMatrix fLightTransform;
+
+    LightType fLightType = kLightPoint;
+
+    /// In the light's own frame: x, y, z, w (0 for infinitely far) and x, y, z and a fourth that nobody
+    /// reads.
+    float fPosition[4] = {0.0F, 0.0F, 0.0F, 1.0F};
+    float fSpotDirection[4] = {0.0F, 0.0F, 0.0F, 0.0F};
+
+    /// Cameras that stand at the light, owned by it.
+    std::vector<IHWCamera*> fProjectors;
+};

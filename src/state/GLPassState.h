@@ -1,0 +1,150 @@
+#pragma once
+
+#include "gl/EntryMacros.h"
+#include "gl/Export.h"
+
+#include <array>
+#include <cstdint>
+
+/// The fixed-function raster state of one rendering pass in ten bytes, so that a host can keep one per pass
+/// and compare them cheaply.
+///
+/// It holds values only: alpha test, stencil test, blending and logic operation are enabled elsewhere.
+/// Setters keep as many low bits of their argument as the field has. A stencil operation of 6 or 7 and a
+/// blend factor of 11 to 15 are stored but have no GL counterpart: applyGL then leaves that one call out.
+class ORLOGL_API GLPassState {
+public:
+    enum TestCondition : uint32_t {
+        kTestAlways,
+        kTestNever,
+        kTestEqual,
+        kTestNotEqual,
+        kTestLess,
+        kTestLessEqual,
+        kTestGreater,
+        kTestGreaterEqual,
+    };
+
+    enum StencilOp : uint32_t {
+        kStencilKeep,
+        kStencilZero,
+        kStencilReplace,
+        kStencilIncrement,
+        kStencilDecrement,
+        kStencilInvert,
+    };
+
+    enum BlendFactor : uint32_t {
+        kBlendZero,
+        kBlendOne,
+        kBlendSourceColor,
+        kBlendOneMinusSourceColor,
+        kBlendDestinationColor,
+        kBlendOneMinusDestinationColor,
+        kBlendSourceAlpha,
+        kBlendOneMinusSourceAlpha,
+        kBlendDestinationAlpha,
+        kBlendOneMinusDestinationAlpha,
+        kBlendSourceAlphaSaturate,
+    };
+
+    enum LogicOp : uint32_t {
+        kLogicClear,
+        kLogicSet,
+        kLogicCopy,
+        kLogicCopyInverted,
+        kLogicNoOp,
+        kLogicInvert,
+        kLogicAnd,
+        kLogicNand,
+        kLogicOr,
+        kLogicNor,
+        kLogicXor,
+        kLogicEquivalent,
+        kLogicAndReverse,
+        kLogicAndInverted,
+        kLogicOrReverse,
+        kLogicOrInverted,
+    };
+
+    GLPassState() { reset(); }
+
+    /// Colour writes on, depth writes off, depth test less-or-equal, alpha test never with reference 0,
+    /// stencil always/keep with all bits, blending one/zero, logic no-op. The unused bits stay as they are.
+    void reset();
+
+    void setColorMask(bool red, bool green, bool blue, bool alpha);
+    void setDepthMask(bool write);
+    void setDepthFunc(TestCondition condition);
+
+    /// The reference is given in 0 to 255, cut to a whole number, its low 8 bits kept; 0 where it is beyond
+    /// the range of int or not a number.
+    void setAlphaFunc(TestCondition condition, float reference);
+    void setStencilReadMask(unsigned char mask);
+    void setStencilWriteMask(unsigned char mask);
+
+    /// Sets the *depth* condition: the stencil condition stays "always". Hosts set this one before
+    /// setDepthFunc.
+    void setStencilFunc(TestCondition condition);
+    void setStencilRef(unsigned char reference);
+    void setStencilOpSFail(StencilOp operation);
+    void setStencilOpZFail(StencilOp operation);
+    void setStencilOpZPass(StencilOp operation);
+    void setBlendFuncFactors(BlendFactor source, BlendFactor destination);
+    void setLogicOp(LogicOp operation);
+
+    /// Sends the state to the current context; the stencil calls only when asked. Nothing is cached or read
+    /// back.
+    void applyGL(bool withStencil) const;
+
+    // Bytes 0 to 3.
+    uint8_t fRedWriteMask : 1 = 0;
+    uint8_t fGreenWriteMask : 1 = 0;
+    uint8_t fBlueWriteMask : 1 = 0;
+    uint8_t fAlphaWriteMask : 1 = 0;
+    uint8_t fDepthWriteMask : 1 = 0;
+    uint8_t fDepthFunction : 3 = 0;
+    uint8_t fAlphaFunction : 3 = 0;
+    uint8_t fUnusedAfterAlphaFunction : 5 = 0;
+    uint8_t fAlphaReference = 0;
+    uint8_t fStencilWriteMask = 0;
+    // The word at byte 4, then bytes 6 and 7.
+    uint16_t fStencilFunction : 3 = 0;
+    uint16_t fStencilReference : 8 = 0;
+    uint16_t fUnusedAfterStencilReference : 5 = 0;
+    uint8_t fStencilReadMask = 0;
+    uint8_t fStencilFailOperation : 3 = 0;
+    uint8_t fDepthFailOperation : 3 = 0;
+    uint8_t fUnusedAfterDepthFailOperation : 2 = 0;
+    // The word at byte 8.
+    uint16_t fDepthPassOperation : 3 = 0;
+    uint16_t fSourceBlendFactor : 4 = 0;
+    uint16_t fDestinationBlendFactor : 4 = 0;
+    uint16_t fLogicOperation : 4 = 0;
+    uint16_t fUnusedAfterLogicOperation : 1 = 0;
+};
+static_assert(sizeof(GLPassState) == 10);
+
+/// GL's constant for each value of the enumerations above.
+inline constexpr ORLOGL_API std::array<GLenum, 8> TestConditionTable = {
+    GL_ALWAYS, GL_NEVER, GL_EQUAL, GL_NOTEQUAL, GL_LESS, GL_LEQUAL, GL_GREATER, GL_GEQUAL};
+
+inline constexpr ORLOGL_API std::array<GLenum, 6> StencilOpTable = {GL_KEEP, GL_ZERO, GL_REPLACE,
+                                                                    GL_INCR, GL_DECR, GL_INVERT};
+
+inline constexpr ORLOGL_API std::array<GLenum, 11> BlendFactorTable = {GL_ZERO,
+                                                                       GL_ONE,
+                                                                       GL_SRC_COLOR,
+                                                                       GL_ONE_MINUS_SRC_COLOR,
+                                                                       GL_DST_COLOR,
+                                                                       GL_ONE_MINUS_DST_COLOR,
+                                                                       GL_SRC_ALPHA,
+                                                                       GL_ONE_MINUS_SRC_ALPHA,
+                                                                       GL_DST_ALPHA,
+                                                                       GL_ONE_MINUS_DST_ALPHA,
+                                                                       GL_SRC_ALPHA_SATURATE};
+
+inline constexpr ORLOGL_API std::array<GLenum, 16> LogicOpTable = {
+    GL_CLEAR,       GL_SET,          GL_COPY,       GL_COPY_INVERTED, GL_NOOP, GL_INVERT,
+    GL_AND,         GL_NAND,         GL_OR,         GL_NOR,           GL_XOR,  GL_EQUIV,
+    GL_AND_REVERSE, GL_AND_INVERTED, GL_OR_REVERSE, GL_OR_INVERTED};
