@@ -18,6 +18,7 @@
 //  8. GLRouting::drawGroup for each geometry group
 //  9. GLFrameBuffer::swapBuffers, or readColorBuffer into a PixelArray2D
 
+#include "framebuffer/GLFrameBuffer.h"
 #include "gl/GLCapability.h"
 #include "gl/GLFunctionTable.h"
 #include "gl/GLStartupContext.h"

@@ -1,0 +1,154 @@
+#pragma once
+
+#include "gl/EntryMacros.h"
+#include "gl/Export.h"
+#include "orlohost/HWInterfaces.h"
+#include "orlohost/PixelArray2D.h"
+#include "orlohost/RasterFormat.h"
+#include "orlohost/WindowWrapper.h"
+
+#include <array>
+#include <cstdint>
+
+class GLFunctionTable;
+class GLTexture2D;
+class IGLTexture;
+
+/// Asks the bound framebuffer object whether it can be drawn into. Needs the table and a current context.
+ORLOGL_API bool validFrameBufferStatus();
+
+/// Where the host draws: a framebuffer object rendered into textures, a pbuffer, or a window.
+///
+///     GLFrameBuffer buffer;
+///     const koBufferFormat format(kRasterRGBA8, kRasterDepth24, kRasterNoStencil, kSamplingSingle,
+///                                 IHWTexture::kTexture2D);
+///     if (buffer.createOffscreen(format, 640, 480) != GLFrameBuffer::kSuccess) ...
+///     GLStartupContext::fpGlobalGLStartupContext->makeCurrent();   // framebuffer objects live there
+///     buffer.makeCurrent();
+///     GLFunctionTable::fpGlobalFunctionTable->glViewport(0, 0, 640, 480);
+///     ... draw ...
+///     PixelArray2D* picture = buffer.readColorBuffer(2, 0, 0, 0, 0, nullptr);
+///
+/// A framebuffer object belongs to the start-up context (and to all that share with it): the host makes that
+/// context current before it draws, and sets the viewport, which starts with the 10 x 10 of the hidden
+/// window. Creating one does not release what the buffer held before. Every create takes a reference on the
+/// start-up context; the release of a window or pbuffer gives it back, that of a framebuffer object doesn't.
+class ORLOGL_API GLFrameBuffer {
+public:
+    /// What the create operations answer.
+    enum Result : uint32_t {
+        kSuccess = 0,
+        kUnsupported = 1,     ///< GL lacks what is needed
+        kFormat = 2,          ///< the format can't be had
+        kNoWindow = 3,        ///< the X window could not be made
+        kNoContextOrSize = 4, ///< no table, no context, or larger than GL allows
+        kNoBuffer = 5,        ///< framebuffer object or pbuffer could not be allocated
+    };
+
+    enum Kind : uint32_t {
+        kNotCreated = 0,
+        kWindowed = 1,
+        kOffscreen = 2,
+    };
+
+    GLFrameBuffer();
+
+    /// As deleteInternalState.
+    ~GLFrameBuffer();
+
+    GLFrameBuffer(const GLFrameBuffer&) = delete;
+    GLFrameBuffer& operator=(const GLFrameBuffer&) = delete;
+
+    /// Makes a framebuffer object whose colour buffer is a 2D or rectangle texture and whose depth buffer is
+    /// a texture. Cube maps aren't made yet: kFormat. The start-up context is made if there is none (an empty
+    /// one, which has no GL: make a working one first) and becomes current. A stencil with depth must be 8
+    /// bits, and is left out without a word where packed depth-stencil isn't offered. Leaves framebuffer 0
+    /// bound on success. On failure nothing stays allocated but a stencil-only renderbuffer.
+    uint32_t createOffscreen(const koBufferFormat& format, unsigned width, unsigned height);
+
+    /// Forgets everything without releasing anything. Always 0.
+    uint32_t clearInternalState();
+
+    /// Releases what the buffer holds. A stencil-only renderbuffer stays until the GL context goes. A window
+    /// or pbuffer leaves no context current: make another current before deleting textures or buffers.
+    void deleteInternalState();
+
+    bool isOffscreen() const;
+
+    /// Makes this buffer the target of drawing; nonzero on success. A framebuffer object is bound in whatever
+    /// context is current, its first colour texture attached by the face that fCubeFaceMask selects if a cube
+    /// map.
+    uint32_t makeCurrent();
+
+    /// Makes the buffer current and reads the viewport in force.
+    void viewportSize(unsigned& width, unsigned& height, unsigned& x, unsigned& y);
+
+    /// Size of an offscreen buffer as created. For a window the viewport's size minus its origin, so a
+    /// viewport that was moved in from the corner measures smaller.
+    void getDimensions(int* width, int* height);
+
+    /// Makes the buffer current and sets the viewport. False, viewport untouched, for an empty size, one that
+    /// reaches beyond getDimensions, or one beyond GL's limit. A window's viewport can't be enlarged by it,
+    /// since a window is measured by its viewport: call glViewport through the table after resizeWindow.
+    bool resizeViewport(unsigned width, unsigned height, unsigned x, unsigned y);
+
+    /// Shows what was drawn into a window; nothing for a framebuffer object.
+    void swapBuffers();
+
+    /// Reads colour into `target`, or into a new array that the caller deletes when null.
+    ///
+    /// `pixelType`: 0 alpha, 1 RGB, 2 RGBA in bytes, 3 RGBA in halves, 4 RGBA in floats, 8 depth in floats;
+    /// others can't be read. A width or height of 0 is the buffer's, larger ones are cut to it. A given
+    /// target must hold the size that comes of it. Null on failure. Reads whatever framebuffer is current.
+    /// Leaves a pack alignment of 1.
+    PixelArray2D* readColorBuffer(unsigned pixelType, unsigned x, unsigned y, int width, int height,
+                                  PixelArray2D* target);
+
+    // What makeCurrent, swapBuffers and deleteInternalState do for windows and pbuffers.
+
+    /// 0 unless created; otherwise 1 whatever GLX answers.
+    uint32_t makeCurrentWindowed();
+    void swapBuffersWindowed();
+    void resizeWindow(unsigned width, unsigned height);
+    void deleteInternalStateWindowed();
+
+    static int32_t fsNumInstances_GLFrameBuffer;
+
+    koBufferFormat fRequestedFormat;
+    koBufferFormat fActualFormat;
+    WindowWrapper fWindow;
+    uint32_t fKind = kNotCreated;
+    bool fFramebufferObjectFlag = false;
+    bool fGLXDrawableFlag = true;
+    uint32_t fFramebufferId = 0;
+    uint32_t fColorAttachmentCount = 0;
+    std::array<IGLTexture*, 16> fColorTextures = {};
+    std::array<uint32_t, 16> fAttachmentPoints = {};
+
+    /// Bit f selects face GL_TEXTURE_CUBE_MAP_POSITIVE_X + f of a cube-map colour texture, the lowest bit
+    /// winning; 0 the first face. Set by the host between passes.
+    uint32_t fCubeFaceMask = 0;
+    GLTexture2D* fDepthTexture = nullptr;
+    uint32_t fDepthRenderbufferId = 0;
+    uint32_t fStencilRenderbufferId = 0;
+    bool fOwnsDrawable = false;
+    GLXContext fContext = nullptr;
+    GLXPbuffer fPbuffer = 0;
+    uint32_t fWidth = 0;
+    uint32_t fHeight = 0;
+    GLFunctionTable* fFunctionTable = nullptr;
+    Window fDrawable = 0;
+    Display* fDisplay = nullptr;
+
+private:
+    void referenceStartupContext();
+    void dropStartupContext();
+    bool createColor(const koBufferFormat& format, unsigned width, unsigned height);
+    bool createDepthAndStencil(const koBufferFormat& format, unsigned width, unsigned height);
+    void createStencil(RasterFormat stencil, unsigned width, unsigned height);
+    void createDepth(RasterFormat depth, unsigned width, unsigned height);
+    void attachCubeFace();
+
+    /// References on the start-up context that this buffer took and has not given back.
+    uint32_t fStartupReferences = 0;
+};

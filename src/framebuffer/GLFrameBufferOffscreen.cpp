@@ -1,0 +1,153 @@
+// Offscreen buffers: framebuffer objects with their textures and renderbuffers.
+
+#include "framebuffer/GLFrameBuffer.h"
+#include "gl/GLFunctionTable.h"
+#include "gl/GLStartupContext.h"
+#include "texture/GLTexture2D.h"
+
+namespace {
+
+void clampAndUseNearest(const GLFunctionTable& gl, GLenum target) {
+    gl.glTexParameterf(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    gl.glTexParameterf(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    gl.glTexParameterf(target, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    gl.glTexParameterf(target, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+}
+
+/// Storage without data, at level 0.
+void allocate(GLTexture2D& texture, unsigned width, unsigned height) {
+    texture.fCompressionRequest = false;
+    texture.bind();
+    texture.GLloadImage(nullptr, width, height);
+}
+
+/// 8 bits by the unsized format, and everything unknown by the sized one: drivers pick their native 8 bits
+/// for the first, hosts that pass no stencil format of ours get exactly 8 by the second.
+GLenum stencilInternalFormat(RasterFormat stencil) {
+    switch (stencil) {
+    case kRasterStencil1:
+        return GL_STENCIL_INDEX1_EXT;
+    case kRasterStencil4:
+        return GL_STENCIL_INDEX4_EXT;
+    case kRasterStencil8:
+        return GL_STENCIL_INDEX;
+    case kRasterStencil16:
+        return GL_STENCIL_INDEX16_EXT;
+    default:
+        return GL_STENCIL_INDEX8_EXT;
+    }
+}
+
+} // namespace
+
+uint32_t GLFrameBuffer::createOffscreen(const koBufferFormat& format, unsigned width, unsigned height) {
+    if (!GLStartupContext::fpGlobalGLStartupContext)
+        GLStartupContext::fpGlobalGLStartupContext = new GLStartupContext(nullptr);
+    referenceStartupContext();
+    GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
+
+    fFunctionTable = GLFunctionTable::fpGlobalFunctionTable;
+    if (!fFunctionTable)
+        return kNoContextOrSize;
+    fRequestedFormat = format;
+    if (!fFunctionTable->usable(kCapFramebufferObject))
+        return kUnsupported;
+
+    GLint largest = 0;
+    fFunctionTable->glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE_EXT, &largest);
+    if (largest < 0 || static_cast<unsigned>(largest) < width || static_cast<unsigned>(largest) < height)
+        return kNoContextOrSize;
+
+    fFramebufferId = 0;
+    fFunctionTable->glGenFramebuffersEXT(1, &fFramebufferId);
+    if (fFramebufferId == 0)
+        return kNoBuffer;
+    fFunctionTable->glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, fFramebufferId);
+    fGLXDrawableFlag = false;
+    fColorAttachmentCount = 0;
+
+    if (!createColor(format, width, height) || !createDepthAndStencil(format, width, height) ||
+        !validFrameBufferStatus()) {
+        deleteInternalState();
+        return kFormat;
+    }
+
+    fKind = kOffscreen;
+    fFramebufferObjectFlag = true;
+    fActualFormat = format;
+    fActualFormat.fSamplingType = kSamplingSingle;
+    fWidth = width;
+    fHeight = height;
+    fOwnsDrawable = true;
+    fFunctionTable->glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+    return kSuccess;
+}
+
+bool GLFrameBuffer::createColor(const koBufferFormat& format, unsigned width, unsigned height) {
+    if (format.fColorFormat == kRasterNoColor)
+        return true;
+    GLint attachments = 0;
+    fFunctionTable->glGetIntegerv(GL_MAX_COLOR_ATTACHMENTS_EXT, &attachments);
+    if (attachments == 0)
+        return false;
+    if (format.fTextureType != IHWTexture::kTexture2D && format.fTextureType != IHWTexture::kTextureRectangle)
+        return false;
+
+    const bool rectangle = format.fTextureType == IHWTexture::kTextureRectangle;
+    const GLenum target = rectangle ? GL_TEXTURE_RECTANGLE_ARB : GL_TEXTURE_2D;
+    auto* texture = new GLTexture2D(format.fColorFormat, rectangle);
+    texture->ref();
+    fColorTextures[0] = texture;
+    allocate(*texture, width, height);
+    clampAndUseNearest(*fFunctionTable, target);
+    fFunctionTable->glFramebufferTexture2DEXT(GL_FRAMEBUFFER_EXT, fAttachmentPoints[0], target,
+                                              texture->textureName(), 0);
+    fColorAttachmentCount = 1;
+    fFunctionTable->glBindTexture(target, 0);
+    return true;
+}
+
+bool GLFrameBuffer::createDepthAndStencil(const koBufferFormat& format, unsigned width, unsigned height) {
+    fDepthRenderbufferId = 0;
+    fDepthTexture = nullptr;
+    const bool wantsStencil = format.fStencilFormat != kRasterNoStencil;
+    if (format.fDepthFormat == kRasterNoDepth) {
+        if (wantsStencil)
+            createStencil(format.fStencilFormat, width, height);
+        return true;
+    }
+    if (!wantsStencil || !fFunctionTable->usable(kCapPackedDepthStencil)) {
+        createDepth(format.fDepthFormat == kRasterDepth16 ? kRasterDepth16 : kRasterDepth24, width, height);
+        if (fColorAttachmentCount == 0) {
+            fFunctionTable->glDrawBuffer(GL_NONE);
+            fFunctionTable->glReadBuffer(GL_NONE);
+        }
+        return true;
+    }
+    if (format.fStencilFormat != kRasterStencil8)
+        return false;
+    createDepth(kRasterDepth24Stencil8, width, height);
+    return true;
+}
+
+void GLFrameBuffer::createStencil(RasterFormat stencil, unsigned width, unsigned height) {
+    fStencilRenderbufferId = 0;
+    fFunctionTable->glGenRenderbuffersEXT(1, &fStencilRenderbufferId);
+    if (fStencilRenderbufferId == 0)
+        return;
+    fFunctionTable->glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, fStencilRenderbufferId);
+    fFunctionTable->glRenderbufferStorageEXT(GL_RENDERBUFFER_EXT, stencilInternalFormat(stencil),
+                                             static_cast<GLsizei>(width), static_cast<GLsizei>(height));
+    fFunctionTable->glFramebufferRenderbufferEXT(GL_FRAMEBUFFER_EXT, GL_STENCIL_ATTACHMENT_EXT,
+                                                 GL_RENDERBUFFER_EXT, fStencilRenderbufferId);
+}
+
+/// The depth point alone, also for packed depth-stencil, whose stencil half is for who samples the texture.
+void GLFrameBuffer::createDepth(RasterFormat depth, unsigned width, unsigned height) {
+    fDepthTexture = new GLTexture2D(depth, false);
+    fDepthTexture->ref();
+    allocate(*fDepthTexture, width, height);
+    clampAndUseNearest(*fFunctionTable, GL_TEXTURE_2D);
+    fFunctionTable->glFramebufferTexture2DEXT(GL_FRAMEBUFFER_EXT, GL_DEPTH_ATTACHMENT_EXT, GL_TEXTURE_2D,
+                                              fDepthTexture->textureName(), 0);
+}
