@@ -19,6 +19,8 @@
 //  9. GLFrameBuffer::swapBuffers, or readColorBuffer into a PixelArray2D
 
 #include "framebuffer/GLFrameBuffer.h"
+#include "geometry/GLObject.h"
+#include "geometry/GLRouting.h"
 #include "gl/GLCapability.h"
 #include "gl/GLFunctionTable.h"
 #include "gl/GLStartupContext.h"

@@ -74,7 +74,7 @@ public:
 /// records deletes them (GeometryLogicalGroup::deleteHangers).
 class GeometryDataIndex {
 public:
-    /// The kinds of primitive, by their numbers in GL. A record of type 0 draws nothing.
+    /// The kinds of primitive. A record of type 0 draws nothing.
     enum PrimitiveType : uint32_t { kNothing = 0, kTriangles = 5, kTriangleStrip = 6, kQuads = 8 };
 
     GeometryDataIndex() = default;

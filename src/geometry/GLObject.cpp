@@ -1,0 +1,130 @@
+#include "geometry/GLObject.h"
+
+#include "gl/GLFunctionTable.h"
+
+#include <typeinfo>
+
+bool GLObject::fsSupported = false;
+uint32_t GLObject::fsMaximumMemoryUsage = 64U << 20;
+
+namespace {
+
+GLFunctionTable* table() {
+    return GLFunctionTable::fpGlobalFunctionTable;
+}
+
+} // namespace
+
+GLObject::GLObject() {
+    fsSupported = table() && table()->usable(kCapVertexBufferObject);
+}
+
+GLObject::~GLObject() {
+    if (fsSupported && table())
+        deleteObject();
+}
+
+bool GLObject::bind() {
+    if (!fsSupported)
+        return false;
+    if (fBufferName == 0) {
+        table()->glGenBuffersARB(1, &fBufferName);
+        if (fBufferName == 0)
+            return false;
+    }
+    table()->glBindBufferARB(target(), fBufferName);
+    fBound = true;
+    return true;
+}
+
+bool GLObject::unbind() {
+    if (!fsSupported)
+        return false;
+    table()->glBindBufferARB(target(), 0);
+    fBound = false;
+    return true;
+}
+
+void GLObject::unbindBuffer(DataType type) {
+    if (table()->usable(kCapVertexBufferObject))
+        table()->glBindBufferARB(fsDataTypeInternal[type], 0);
+}
+
+bool GLObject::bufferData(long size, const void* data) {
+    if (!fsSupported || !fBound)
+        return false;
+    fSize = 0;
+    // The budget is counted in 32 bits: a size beyond them goes to GL whole but is charged by its low word.
+    const auto charged = static_cast<uint32_t>(size);
+    const uint32_t total = fsMemoryUsage + charged;
+    if (size < 0 || total > fsMaximumMemoryUsage)
+        return false;
+    table()->glBufferDataARB(target(), size, data, fsUsageInternal[fUsage]);
+    fSize = charged;
+    fsMemoryUsage = total;
+    return true;
+}
+
+bool GLObject::bufferSubData(long offset, long size, const void* data) {
+    if (!fsSupported || !fBound)
+        return false;
+    table()->glBufferSubDataARB(target(), offset, size, data);
+    return true;
+}
+
+bool GLObject::getBufferSubData(long offset, long size, void* data) {
+    if (!fsSupported || !fBound)
+        return false;
+    table()->glGetBufferSubDataARB(target(), offset, size, data);
+    return true;
+}
+
+void* GLObject::mapBuffer() {
+    if (!fsSupported || !fBound)
+        return nullptr;
+    if (fMapped)
+        unmapBuffer();
+    void* pointer = table()->glMapBufferARB(target(), fsAccessInternal[fAccess]);
+    if (pointer)
+        fMapped = true;
+    return pointer;
+}
+
+bool GLObject::unmapBuffer() {
+    if (!fsSupported || !fBound)
+        return false;
+    const bool intact = fMapped && table()->glUnmapBufferARB(target());
+    fMapped = false;
+    return intact;
+}
+
+bool GLObject::getBufferPointer(void** pointer) {
+    if (!fsSupported || !fBound)
+        return false;
+    table()->glGetBufferPointervARB(target(), GL_BUFFER_MAP_POINTER_ARB, pointer);
+    return true;
+}
+
+bool GLObject::deleteObject() {
+    if (!fsSupported || fBufferName == 0)
+        return false;
+    bind();
+    if (fSize != 0) {
+        if (fMapped)
+            unmapBuffer();
+        else
+            table()->glBufferDataARB(target(), 0, nullptr, fsUsageInternal[fUsage]);
+    }
+    unbind();
+    table()->glDeleteBuffersARB(1, &fBufferName);
+    fBufferName = 0;
+    fsMemoryUsage -= fSize;
+    return true;
+}
+
+GLObject* GLObject::from(IHWMemoryObject* hanger) {
+    // Nearly every hanger is one of ours: no need to walk up the class tree for it on each drawing.
+    if (hanger && typeid(*hanger) == typeid(GLObject))
+        return static_cast<GLObject*>(hanger);
+    return dynamic_cast<GLObject*>(hanger);
+}
