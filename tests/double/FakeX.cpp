@@ -1,0 +1,83 @@
+#include "FakeX.h"
+
+#include "Recorder.h"
+
+#include <type_traits>
+
+namespace {
+
+/// The attributes that the mask names, in the mask's order. Of those that the library sets.
+Argument windowAttributes(unsigned long mask, const XSetWindowAttributes& a) {
+    Values values;
+    if (mask & CWBackPixmap)
+        values.push_back(static_cast<double>(a.background_pixmap));
+    if (mask & CWBorderPixel)
+        values.push_back(static_cast<double>(a.border_pixel));
+    if (mask & CWEventMask)
+        values.push_back(static_cast<double>(a.event_mask));
+    if (mask & CWColormap)
+        values.push_back(static_cast<double>(a.colormap));
+    return values;
+}
+
+} // namespace
+
+Display* fakeDisplay() {
+    // DefaultScreen and DefaultRootWindow are macros that reach into the display.
+    static Screen screen = {};
+    static std::remove_pointer_t<_XPrivDisplay> display = {};
+    screen.root = kFakeRoot;
+    display.screens = &screen;
+    display.nscreens = 1;
+    return reinterpret_cast<Display*>(&display);
+}
+
+FakeGeometry& fakeGeometry() {
+    static FakeGeometry geometry;
+    return geometry;
+}
+
+extern "C" {
+
+Colormap XCreateColormap(Display* display, Window window, Visual* visual, int allocate) {
+    return record("XCreateColormap", {display, window, visual, allocate}).otherwise(kFakeColormap);
+}
+
+Window XCreateWindow(Display* display, Window parent, int x, int y, unsigned width, unsigned height,
+                     unsigned border, int depth, unsigned windowClass, Visual* visual, unsigned long mask,
+                     XSetWindowAttributes* attributes) {
+    const Outcome outcome =
+        record("XCreateWindow", {display, parent, x, y, width, height, border, depth, windowClass, visual,
+                                 mask, windowAttributes(mask, *attributes)});
+    return outcome ? makeName(NameKind::XWindow) : outcome.otherwise<Window>(0);
+}
+
+int XDestroyWindow(Display* display, Window window) {
+    if (record("XDestroyWindow", {display, window}))
+        deleteName(NameKind::XWindow, window);
+    return 1;
+}
+
+int XResizeWindow(Display* display, Window window, unsigned width, unsigned height) {
+    return record("XResizeWindow", {display, window, width, height}).otherwise(1);
+}
+
+Status XGetGeometry(Display* display, Drawable drawable, Window* root, int* x, int* y, unsigned* width,
+                    unsigned* height, unsigned* border, unsigned* depth) {
+    const Outcome outcome = record("XGetGeometry", {display, drawable});
+    if (!outcome)
+        return outcome.otherwise<Status>(0);
+    *root = kFakeRoot;
+    *x = *y = 0;
+    *width = fakeGeometry().width;
+    *height = fakeGeometry().height;
+    *border = 0;
+    *depth = 24;
+    return 1;
+}
+
+int XFree(void* data) {
+    return record("XFree", {data}).otherwise(1);
+}
+
+} // extern "C"

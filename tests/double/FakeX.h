@@ -1,0 +1,20 @@
+#pragma once
+
+// Xlib without a server: the program's own definitions of the calls that the library makes, which record
+// themselves among the GL calls. Windows are names of NameKind::XWindow. The script's failing and answers
+// serve them too: script().failing = {{"XCreateWindow", 1}}.
+
+#include <X11/Xlib.h>
+
+/// A display that was never opened. Its default screen is 0 of 1.
+Display* fakeDisplay();
+
+inline constexpr Window kFakeRoot = 0x77;
+inline constexpr Colormap kFakeColormap = 0x99;
+
+/// What XGetGeometry answers.
+struct FakeGeometry {
+    unsigned width = 640;
+    unsigned height = 480;
+};
+FakeGeometry& fakeGeometry();
