@@ -69,6 +69,8 @@ void Scene::append(Scene other) {
         renumber(mesh.material, materials.size());
     for (Instance& instance : other.instances)
         renumber(instance.mesh, meshes.size());
+    for (Texture& texture : other.textures)
+        renumber(texture.image, images.size());
     for (Material& material : other.materials)
         for (TextureUse* use :
              {&material.baseColorTexture, &material.metallicRoughnessTexture, &material.normalTexture,
@@ -82,6 +84,7 @@ void Scene::append(Scene other) {
     moveBehind(meshes, other.meshes);
     moveBehind(instances, other.instances);
     moveBehind(materials, other.materials);
+    moveBehind(images, other.images);
     moveBehind(textures, other.textures);
     moveBehind(cameras, other.cameras);
     moveBehind(lights, other.lights);

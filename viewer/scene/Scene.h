@@ -12,9 +12,9 @@
 
 /// What a model file holds, as plain data: no GL, no window, no import library's types.
 ///
-/// The importers fill a Scene, scene/Merge and scene/Normals work on it, the drawing half only reads it.
-/// Indices from one vector into another are checked once, when the importer hands the scene over; a reader
-/// may rely on them. -1 means "none". Colours are linear.
+/// The importers fill a Scene, the drawing half only reads it. References from one vector into another and
+/// the indices of a mesh are checked before an importer hands the scene over; a reader may rely on them. -1
+/// means "none". Colours are linear.
 namespace orloview {
 
 /// Strips, fans and loops of a file are already spelled out: two indices a line, three a triangle.
@@ -25,12 +25,15 @@ enum class Topology : std::uint8_t { Points, Lines, Triangles };
 struct Mesh {
     std::string name;
     Topology topology = Topology::Triangles;
-    std::vector<float> positions;           ///< x, y, z
-    std::vector<float> normals;             ///< x, y, z of unit length; empty for points, lines without them
-    std::vector<float> colors;              ///< r, g, b, a; empty where the file has none
-    std::vector<std::vector<float>> uvSets; ///< u, v each, v running down the picture (the top row is v = 0)
-    std::vector<std::uint32_t> indices;     ///< never empty, also where the file had none
-    int material = -1;                      ///< into Scene::materials; -1: a plain Material{}
+    std::vector<float> positions; ///< x, y, z
+    std::vector<float> normals;   ///< x, y, z of unit length; empty for points, lines without them
+    std::vector<float> colors;    ///< r, g, b, a; empty where the file has none
+    std::vector<std::vector<float>>
+        uvSets; ///< u, v each, v running down the picture (the top row is v = 0); a set may be empty
+    std::vector<std::uint32_t> indices; ///< never empty, also where the file had none
+    int material = -1;                  ///< into Scene::materials; -1: a plain Material{}
+    bool bothSides =
+        false; ///< the format doesn't say which side is outside: show both, whatever the material
 
     std::size_t vertexCount() const { return positions.size() / 3; }
     /// Points, lines or triangles, as the topology says.
@@ -55,11 +58,18 @@ enum class Filter : std::uint8_t {
     LinearMipmapLinear
 };
 
-/// A picture of the file, recorded but not decoded.
+/// A picture of the model, recorded but not decoded. Both path and bytes are empty where it could not be
+/// found.
+struct Image {
+    std::string name;
+    std::string path;                ///< of the picture's file, where it has one of its own
+    std::vector<std::uint8_t> bytes; ///< the picture's file, where it is embedded
+};
+
+/// A picture and the way to sample it.
 struct Texture {
     std::string name;
-    std::string path;                ///< of the picture's file; empty where the bytes are embedded
-    std::vector<std::uint8_t> bytes; ///< the picture's file, where it is embedded
+    int image = -1; ///< into Scene::images
     Wrap wrapU = Wrap::Repeat;
     Wrap wrapV = Wrap::Repeat;
     Filter minFilter = Filter::LinearMipmapLinear;
@@ -68,8 +78,8 @@ struct Texture {
 
 /// How a material uses a texture. uv' = rotate(uv * scale, rotation) + offset, as KHR_texture_transform says.
 struct TextureUse {
-    int texture = -1; ///< into Scene::textures
-    int uvSet = 0;
+    int texture = -1;      ///< into Scene::textures
+    int uvSet = 0;         ///< into Mesh::uvSets; a mesh need not have that many
     float strength = 1.0F; ///< normal scale or occlusion strength; 1 for the others
     float rotation = 0.0F; ///< radians
     std::array<float, 2> offset{0.0F, 0.0F};
@@ -141,6 +151,7 @@ struct Scene {
     std::vector<Mesh> meshes;
     std::vector<Instance> instances;
     std::vector<Material> materials;
+    std::vector<Image> images;
     std::vector<Texture> textures;
     std::vector<Camera> cameras;
     std::vector<Light> lights;

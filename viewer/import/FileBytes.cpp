@@ -1,0 +1,38 @@
+#include "import/FileBytes.h"
+
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+#include "import/ImportError.h"
+
+namespace orloview {
+
+namespace fs = std::filesystem;
+
+std::vector<std::uint8_t> readFile(const fs::path& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (status.type() == fs::file_type::not_found)
+        throw ImportError("there is no such file; check the name");
+    if (error)
+        throw ImportError("the file can't be read: " + error.message());
+    if (status.type() == fs::file_type::directory)
+        throw ImportError("this is a directory; name a model file in it");
+    if (status.type() != fs::file_type::regular)
+        throw ImportError("this is not a regular file; save the model to a file first");
+
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw ImportError("the file can't be read: " + std::generic_category().message(errno) +
+                          "; check its permissions");
+    std::vector<std::uint8_t> bytes(fs::file_size(path));
+    if (bytes.empty())
+        throw ImportError("the file is empty; export the model again");
+    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    if (!file)
+        throw ImportError("reading the file failed half-way; check the disk");
+    return bytes;
+}
+
+} // namespace orloview

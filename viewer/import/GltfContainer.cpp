@@ -1,0 +1,158 @@
+#include "import/GltfContainer.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <span>
+#include <string_view>
+
+#include "import/GltfJson.h"
+#include "import/ImportError.h"
+
+namespace orloview {
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+/// What the readers understand; without an extension that a file requires, its picture would be wrong.
+constexpr std::array<std::string_view, 6> kKnownExtensions{
+    "KHR_lights_punctual", "KHR_materials_emissive_strength", "KHR_materials_pbrSpecularGlossiness",
+    "KHR_materials_unlit", "KHR_mesh_quantization",           "KHR_texture_transform"};
+
+constexpr std::uint32_t kJsonChunk = 0x4E4F534A;
+constexpr std::uint32_t kBinaryChunk = 0x004E4942;
+
+std::uint32_t wordAt(Bytes bytes, std::size_t offset) {
+    return bytes[offset] | bytes[offset + 1] << 8 | bytes[offset + 2] << 16 |
+           std::uint32_t{bytes[offset + 3]} << 24;
+}
+
+/// The chunk's data; `rest` moves on to the next chunk.
+Bytes takeChunk(Bytes& rest, std::uint32_t& type) {
+    if (rest.size() < 8)
+        throw ImportError("the file is cut off in a chunk's header; copy or export it again");
+    const std::size_t length = wordAt(rest, 0);
+    type = wordAt(rest, 4);
+    if (length > rest.size() - 8)
+        throw ImportError("the file is damaged: a chunk is longer than the file; copy or export it again");
+    const Bytes data = rest.subspan(8, length);
+    rest = rest.subspan(8 + length);
+    return data;
+}
+
+nlohmann::json parseJson(Bytes text) {
+    nlohmann::json json = nlohmann::json::parse(text.begin(), text.end(), nullptr, false);
+    if (json.is_discarded())
+        throw ImportError("its JSON is damaged or cut off; copy or export the model again");
+    return json;
+}
+
+GltfContainer openBinary(Bytes bytes) {
+    if (bytes.size() < 12)
+        throw ImportError("the file is cut off in its header; copy or export it again");
+    const std::uint32_t version = wordAt(bytes, 4);
+    if (version != 2)
+        throw ImportError("this is binary glTF version " + std::to_string(version) +
+                          " and only version 2 can be read; export the model as glTF 2.0");
+    const std::size_t length = wordAt(bytes, 8);
+    if (length > bytes.size())
+        throw ImportError("the file is cut off: it should have " + std::to_string(length) +
+                          " bytes and has " + std::to_string(bytes.size()) + "; copy or export it again");
+
+    GltfContainer container;
+    container.isBinary = true;
+    Bytes rest = bytes.first(std::max<std::size_t>(length, 12)).subspan(12);
+    std::uint32_t type = 0;
+    const Bytes json = takeChunk(rest, type);
+    if (type != kJsonChunk)
+        throw ImportError("the file is damaged: its first chunk is not JSON; export the model again");
+    container.json = parseJson(json);
+    if (!rest.empty()) {
+        const Bytes data = takeChunk(rest, type);
+        if (type == kBinaryChunk)
+            container.binary.assign(data.begin(), data.end());
+    }
+    return container;
+}
+
+void checkVersion(const GltfObject& asset) {
+    const std::string version = asset.text("version");
+    if (version.empty())
+        throw ImportError("the file doesn't say which version of glTF it is; export the model as glTF 2.0");
+    if (!version.starts_with("2."))
+        throw ImportError("this is glTF version " + version +
+                          " and only version 2 can be read; export the model as glTF 2.0");
+    const std::string least = asset.text("minVersion", "2.0");
+    if (least != "2.0")
+        throw ImportError("the file needs a reader of glTF " + least +
+                          " and this one knows 2.0; export the model as glTF 2.0");
+}
+
+void checkExtensions(const GltfObject& root) {
+    for (const std::string& name : root.texts("extensionsRequired"))
+        if (std::find(kKnownExtensions.begin(), kKnownExtensions.end(), name) == kKnownExtensions.end())
+            throw ImportError("the file needs the extension " + name +
+                              ", which this program doesn't know; export the model without it");
+}
+
+int sextet(char c) {
+    static constexpr std::string_view kAlphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const std::size_t found = kAlphabet.find(c);
+    return found == kAlphabet.npos ? -1 : static_cast<int>(found);
+}
+
+} // namespace
+
+GltfContainer openGltf(const std::vector<std::uint8_t>& bytes) {
+    static constexpr std::array<std::uint8_t, 4> kMagic{'g', 'l', 'T', 'F'};
+    const bool isBinary = bytes.size() >= 4 && std::equal(kMagic.begin(), kMagic.end(), bytes.begin());
+    GltfContainer container = isBinary ? openBinary(bytes) : GltfContainer{parseJson(bytes), {}, false};
+    const GltfObject root(container.json, "");
+    checkVersion(root.object("asset"));
+    checkExtensions(root);
+    return container;
+}
+
+std::vector<std::uint8_t> decodeDataUri(const std::string& uri) {
+    constexpr std::string_view kMark = ";base64,";
+    const std::size_t mark = uri.find(kMark);
+    if (mark == uri.npos)
+        throw ImportError("data within the file is not base64");
+    std::vector<std::uint8_t> bytes;
+    bytes.reserve(uri.size() / 4 * 3);
+    std::uint32_t bits = 0;
+    int bitCount = 0;
+    for (std::size_t i = mark + kMark.size(); i < uri.size() && uri[i] != '='; ++i) {
+        const int value = sextet(uri[i]);
+        if (value < 0)
+            throw ImportError("data within the file is not base64");
+        bits = bits << 6 | static_cast<std::uint32_t>(value);
+        bitCount += 6;
+        if (bitCount >= 8) {
+            bitCount -= 8;
+            bytes.push_back(static_cast<std::uint8_t>(bits >> bitCount));
+        }
+    }
+    return bytes;
+}
+
+std::string decodeUri(const std::string& uri) {
+    std::string path;
+    for (std::size_t i = 0; i < uri.size(); ++i) {
+        unsigned code = 0;
+        const char* digits = uri.data() + i + 1;
+        if (uri[i] == '%' && i + 2 < uri.size() &&
+            std::from_chars(digits, digits + 2, code, 16).ptr == digits + 2) {
+            path += static_cast<char>(code);
+            i += 2;
+        } else {
+            path += uri[i];
+        }
+    }
+    return path;
+}
+
+} // namespace orloview

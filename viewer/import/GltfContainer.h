@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace orloview {
+
+/// A glTF file taken apart: its JSON and, of a binary file, the chunk of data that follows.
+struct GltfContainer {
+    nlohmann::json json;
+    std::vector<std::uint8_t> binary;
+    bool isBinary = false;
+};
+
+/// Takes a text or binary file apart and makes sure that this program can read it: the JSON is whole, the
+/// version is 2 and no required extension is unknown. Throws an ImportError otherwise.
+GltfContainer openGltf(const std::vector<std::uint8_t>& bytes);
+
+/// The bytes of a "data:" URI. Throws an ImportError where it is no base64.
+std::vector<std::uint8_t> decodeDataUri(const std::string& uri);
+
+/// A relative URI as a path: %20 and the like become characters.
+std::string decodeUri(const std::string& uri);
+
+} // namespace orloview

@@ -1,0 +1,248 @@
+#include "import/GltfData.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+#include "import/FileBytes.h"
+#include "import/ImportError.h"
+
+namespace orloview {
+
+namespace {
+
+enum ComponentType : int {
+    kByte = 5120,
+    kUnsignedByte = 5121,
+    kShort = 5122,
+    kUnsignedShort = 5123,
+    kUnsignedInt = 5125,
+    kFloat = 5126
+};
+
+std::size_t componentSize(int type) {
+    switch (type) {
+    case kByte:
+    case kUnsignedByte:
+        return 1;
+    case kShort:
+    case kUnsignedShort:
+        return 2;
+    case kUnsignedInt:
+    case kFloat:
+        return 4;
+    default:
+        return 0;
+    }
+}
+
+std::size_t componentsOf(const std::string& type) {
+    static constexpr std::array<std::string_view, 4> kTypes{"SCALAR", "VEC2", "VEC3", "VEC4"};
+    const auto found = std::find(kTypes.begin(), kTypes.end(), type);
+    return found == kTypes.end() ? 0 : static_cast<std::size_t>(found - kTypes.begin()) + 1;
+}
+
+template <typename Stored>
+Stored load(const std::uint8_t* from) {
+    Stored value{};
+    std::memcpy(&value, from, sizeof value); // accessors of damaged files need not be aligned
+    return value;
+}
+
+template <typename Stored>
+float scaled(const std::uint8_t* from, bool normalized) {
+    const auto value = static_cast<float>(load<Stored>(from));
+    if (!normalized)
+        return value;
+    return std::max(value / static_cast<float>(std::numeric_limits<Stored>::max()), -1.0F);
+}
+
+float floatAt(const std::uint8_t* from, int type, bool normalized) {
+    switch (type) {
+    case kByte:
+        return scaled<std::int8_t>(from, normalized);
+    case kUnsignedByte:
+        return scaled<std::uint8_t>(from, normalized);
+    case kShort:
+        return scaled<std::int16_t>(from, normalized);
+    case kUnsignedShort:
+        return scaled<std::uint16_t>(from, normalized);
+    case kUnsignedInt:
+        return scaled<std::uint32_t>(from, normalized);
+    default:
+        return load<float>(from);
+    }
+}
+
+std::uint32_t indexAt(const std::uint8_t* from, int type) {
+    switch (type) {
+    case kUnsignedByte:
+        return *from;
+    case kUnsignedShort:
+        return load<std::uint16_t>(from);
+    default:
+        return load<std::uint32_t>(from);
+    }
+}
+
+bool isIndexType(int type) {
+    return type == kUnsignedByte || type == kUnsignedShort || type == kUnsignedInt;
+}
+
+} // namespace
+
+GltfData::GltfData(const GltfContainer& container, std::filesystem::path folder)
+    : fContainer(container), fFolder(std::move(folder)) {
+    const GltfObject root(container.json, "");
+    fAccessors = root.objects("accessors");
+    fViews = root.objects("bufferViews");
+    fBuffers = root.objects("buffers");
+    fLoaded.resize(fBuffers.size());
+}
+
+std::size_t GltfData::components(int accessor) const {
+    return componentsOf(fAccessors[static_cast<std::size_t>(accessor)].text("type"));
+}
+
+GltfData::Layout GltfData::layout(const GltfObject& accessor) const {
+    Layout result;
+    result.componentType = static_cast<int>(accessor.whole("componentType", 0));
+    result.componentSize = componentSize(result.componentType);
+    result.components = componentsOf(accessor.text("type"));
+    result.count = accessor.whole("count", 0);
+    result.normalized = accessor.flag("normalized");
+    if (result.componentSize == 0 || result.components == 0)
+        throw ImportError(accessor.place() + " has a type that vertices and indices can't have");
+    return result;
+}
+
+std::vector<std::uint8_t> GltfData::loadBuffer(std::size_t index) {
+    const GltfObject& buffer = fBuffers[index];
+    const std::string uri = buffer.text("uri");
+    if (uri.empty())
+        throw ImportError(buffer.place() + " names no file");
+    if (uri.starts_with("data:"))
+        return decodeDataUri(uri);
+    const std::string name = decodeUri(uri);
+    try {
+        return readFile(fFolder / name);
+    } catch (const ImportError& error) {
+        throw ImportError("the buffer file '" + name + "', which belongs beside it: " + error.what());
+    }
+}
+
+std::span<const std::uint8_t> GltfData::buffer(std::size_t index) {
+    const bool isChunk = index == 0 && fContainer.isBinary && !fBuffers[index].has("uri");
+    if (!isChunk && fLoaded[index].empty())
+        fLoaded[index] = loadBuffer(index);
+    const std::vector<std::uint8_t>& loaded = isChunk ? fContainer.binary : fLoaded[index];
+    const std::size_t length = fBuffers[index].whole("byteLength", 0);
+    if (length > loaded.size())
+        throw ImportError(fBuffers[index].place() + " should have " + std::to_string(length) +
+                          " bytes and has " + std::to_string(loaded.size()));
+    return std::span<const std::uint8_t>(loaded).first(length);
+}
+
+std::span<const std::uint8_t> GltfData::view(std::size_t index) {
+    const GltfObject& view = fViews[index];
+    const int bufferIndex = view.reference("buffer", fBuffers.size());
+    if (bufferIndex < 0)
+        throw ImportError(view.place() + " names no buffer");
+    const std::span<const std::uint8_t> bytes = buffer(static_cast<std::size_t>(bufferIndex));
+    const std::size_t offset = view.whole("byteOffset", 0);
+    const std::size_t length = view.whole("byteLength", 0);
+    if (offset > bytes.size() || length > bytes.size() - offset)
+        throw ImportError(view.place() + " reaches beyond its buffer");
+    return bytes.subspan(offset, length);
+}
+
+GltfData::Elements GltfData::elements(const GltfObject& source, const Layout& layout,
+                                      std::size_t defaultStride) {
+    const int viewIndex = source.reference("bufferView", fViews.size());
+    if (viewIndex < 0)
+        return {};
+    const std::span<const std::uint8_t> bytes = view(static_cast<std::size_t>(viewIndex));
+    const std::size_t offset = source.whole("byteOffset", 0);
+    const std::size_t stride = std::max<std::size_t>(
+        fViews[static_cast<std::size_t>(viewIndex)].whole("byteStride", defaultStride), 1);
+    const bool fits =
+        layout.count == 0 || (offset <= bytes.size() && layout.elementSize() <= bytes.size() - offset &&
+                              layout.count - 1 <= (bytes.size() - offset - layout.elementSize()) / stride);
+    if (!fits)
+        throw ImportError(source.place() + " reaches beyond its buffer view");
+    return {bytes.subspan(std::min(offset, bytes.size())), stride};
+}
+
+template <typename Value>
+std::vector<Value> GltfData::read(int accessor) {
+    constexpr std::size_t kMostWithoutData = std::size_t{1} << 24;
+    const GltfObject& source = fAccessors[static_cast<std::size_t>(accessor)];
+    const Layout format = layout(source);
+    const Elements from = elements(source, format, format.elementSize());
+    if (from.stride == 0 && format.count > kMostWithoutData)
+        throw ImportError(source.place() + " has more elements than its file could hold");
+
+    std::vector<Value> values(format.count * format.components);
+    for (std::size_t i = 0; from.stride > 0 && i < values.size(); ++i) {
+        const std::uint8_t* at =
+            &from.bytes[i / format.components * from.stride + i % format.components * format.componentSize];
+        if constexpr (std::is_same_v<Value, float>)
+            values[i] = floatAt(at, format.componentType, format.normalized);
+        else
+            values[i] = indexAt(at, format.componentType);
+    }
+    if (source.has("sparse"))
+        readSparse(source.object("sparse"), format, values);
+    return values;
+}
+
+template <typename Value>
+void GltfData::readSparse(const GltfObject& sparse, const Layout& layout, std::vector<Value>& values) {
+    const GltfObject indexSource = sparse.object("indices");
+    Layout indexLayout;
+    indexLayout.componentType = static_cast<int>(indexSource.whole("componentType", 0));
+    indexLayout.componentSize = componentSize(indexLayout.componentType);
+    indexLayout.components = 1;
+    indexLayout.count = sparse.whole("count", 0);
+    Layout valueLayout = layout;
+    valueLayout.count = indexLayout.count;
+    if (!isIndexType(indexLayout.componentType))
+        throw ImportError(indexSource.place() + " should be unsigned integers");
+
+    const Elements indexBytes = elements(indexSource, indexLayout, indexLayout.elementSize());
+    const Elements valueBytes = elements(sparse.object("values"), valueLayout, valueLayout.elementSize());
+    if (indexBytes.stride == 0 || valueBytes.stride == 0)
+        throw ImportError(sparse.place() + " names no buffer view");
+    for (std::size_t i = 0; i < indexLayout.count; ++i) {
+        const std::size_t index =
+            indexAt(&indexBytes.bytes[i * indexBytes.stride], indexLayout.componentType);
+        if (index >= layout.count)
+            throw ImportError(sparse.place() + " replaces an element that isn't there");
+        for (std::size_t k = 0; k < layout.components; ++k) {
+            const std::uint8_t* at = &valueBytes.bytes[i * valueBytes.stride + k * layout.componentSize];
+            Value& value = values[index * layout.components + k];
+            if constexpr (std::is_same_v<Value, float>)
+                value = floatAt(at, layout.componentType, layout.normalized);
+            else
+                value = indexAt(at, layout.componentType);
+        }
+    }
+}
+
+std::vector<float> GltfData::floats(int accessor) {
+    return read<float>(accessor);
+}
+
+std::vector<std::uint32_t> GltfData::indices(int accessor) {
+    const Layout format = layout(fAccessors[static_cast<std::size_t>(accessor)]);
+    if (!isIndexType(format.componentType) || format.components != 1)
+        throw ImportError(fAccessors[static_cast<std::size_t>(accessor)].place() +
+                          " should be single unsigned integers");
+    return read<std::uint32_t>(accessor);
+}
+
+} // namespace orloview

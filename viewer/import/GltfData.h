@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "import/GltfContainer.h"
+#include "import/GltfJson.h"
+
+namespace orloview {
+
+/// The numbers of a glTF file: buffers, the views into them and the accessors that say what is in a view.
+///
+/// Every offset, stride, count and index is checked before a byte is read or memory is taken; what doesn't
+/// fit throws an ImportError, and the caller may leave that part of the model out. Buffers are loaded on
+/// first use.
+class GltfData {
+public:
+    /// `folder` is where the file lies; other files are looked for there. Both must outlive this object.
+    GltfData(const GltfContainer& container, std::filesystem::path folder);
+
+    std::size_t accessorCount() const { return fAccessors.size(); }
+    std::size_t viewCount() const { return fViews.size(); }
+
+    /// How many numbers an element of the accessor has: 1 to 4 for SCALAR to VEC4.
+    std::size_t components(int accessor) const;
+
+    /// All elements as floats, one after the other. Normalised integers become 0 to 1 or -1 to 1, others keep
+    /// their value; sparse elements are put in place.
+    std::vector<float> floats(int accessor);
+
+    /// All elements of a scalar accessor of unsigned integers.
+    std::vector<std::uint32_t> indices(int accessor);
+
+    /// The bytes of a buffer view.
+    std::span<const std::uint8_t> view(std::size_t index);
+
+private:
+    struct Layout {
+        int componentType = 0;
+        std::size_t componentSize = 0;
+        std::size_t components = 0;
+        std::size_t count = 0;
+        bool normalized = false;
+
+        std::size_t elementSize() const { return componentSize * components; }
+    };
+    struct Elements {
+        std::span<const std::uint8_t> bytes; ///< from the first element on; empty: all elements are 0
+        std::size_t stride = 0;
+    };
+
+    Layout layout(const GltfObject& accessor) const;
+    Elements elements(const GltfObject& source, const Layout& layout, std::size_t defaultStride);
+    std::span<const std::uint8_t> buffer(std::size_t index);
+    std::vector<std::uint8_t> loadBuffer(std::size_t index);
+    template <typename Value>
+    std::vector<Value> read(int accessor);
+    template <typename Value>
+    void readSparse(const GltfObject& sparse, const Layout& layout, std::vector<Value>& values);
+
+    const GltfContainer& fContainer;
+    std::filesystem::path fFolder;
+    std::vector<GltfObject> fAccessors;
+    std::vector<GltfObject> fViews;
+    std::vector<GltfObject> fBuffers;
+    std::vector<std::vector<std::uint8_t>> fLoaded; ///< by buffer; empty until used
+};
+
+} // namespace orloview

@@ -1,0 +1,188 @@
+#include "import/GltfMaterials.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "import/GltfContainer.h"
+#include "import/ImportError.h"
+
+namespace orloview {
+
+namespace {
+
+Wrap wrapOf(std::size_t code) {
+    switch (code) {
+    case 33071:
+        return Wrap::ClampToEdge;
+    case 33648:
+        return Wrap::MirroredRepeat;
+    default:
+        return Wrap::Repeat;
+    }
+}
+
+Filter filterOf(std::size_t code, Filter fallback) {
+    switch (code) {
+    case 9728:
+        return Filter::Nearest;
+    case 9729:
+        return Filter::Linear;
+    case 9984:
+        return Filter::NearestMipmapNearest;
+    case 9985:
+        return Filter::LinearMipmapNearest;
+    case 9986:
+        return Filter::NearestMipmapLinear;
+    case 9987:
+        return Filter::LinearMipmapLinear;
+    default:
+        return fallback;
+    }
+}
+
+void readSampler(const GltfObject& sampler, Texture& texture) {
+    texture.wrapU = wrapOf(sampler.whole("wrapS", 0));
+    texture.wrapV = wrapOf(sampler.whole("wrapT", 0));
+    texture.minFilter = filterOf(sampler.whole("minFilter", 0), texture.minFilter);
+    texture.magFilter = filterOf(sampler.whole("magFilter", 0), texture.magFilter);
+}
+
+std::string nameOf(const GltfObject& source) {
+    const std::string uri = source.text("uri");
+    if (!uri.empty() && !uri.starts_with("data:"))
+        return decodeUri(uri);
+    return source.text("name", source.place());
+}
+
+Image readImage(const GltfObject& source, GltfData& data, const std::filesystem::path& folder) {
+    Image image;
+    image.name = nameOf(source);
+    const std::string uri = source.text("uri");
+    if (uri.starts_with("data:")) {
+        image.bytes = decodeDataUri(uri);
+    } else if (!uri.empty()) {
+        const std::filesystem::path path = folder / image.name;
+        std::error_code error;
+        if (!std::filesystem::is_regular_file(path, error))
+            throw ImportError("there is no such file");
+        image.path = path.string();
+    } else if (const int view = source.reference("bufferView", data.viewCount()); view >= 0) {
+        const auto bytes = data.view(static_cast<std::size_t>(view));
+        image.bytes.assign(bytes.begin(), bytes.end());
+    } else {
+        throw ImportError("the file doesn't say where it is");
+    }
+    return image;
+}
+
+std::vector<Image> readImages(const GltfObject& root, GltfData& data, const std::filesystem::path& folder,
+                              Warnings& warnings) {
+    std::vector<Image> images;
+    for (const GltfObject& source : root.objects("images")) {
+        try {
+            images.push_back(readImage(source, data, folder));
+        } catch (const ImportError& error) {
+            images.push_back({nameOf(source), "", {}});
+            warnings.add("the picture '" + nameOf(source) + "'", std::string("left out: ") + error.what());
+        }
+    }
+    return images;
+}
+
+std::vector<Texture> readTextures(const GltfObject& root, const std::vector<Image>& images,
+                                  Warnings& warnings) {
+    const std::vector<GltfObject> samplers = root.objects("samplers");
+    std::vector<Texture> textures;
+    for (const GltfObject& source : root.objects("textures")) {
+        Texture& texture = textures.emplace_back();
+        texture.name = source.text("name");
+        if (const int sampler = source.reference("sampler", samplers.size()); sampler >= 0)
+            readSampler(samplers[static_cast<std::size_t>(sampler)], texture);
+        texture.image = source.reference("source", images.size());
+        if (texture.image < 0)
+            warnings.add(source.place(), "left out: it has no picture of a known kind");
+        else if (texture.name.empty())
+            texture.name = images[static_cast<std::size_t>(texture.image)].name;
+    }
+    return textures;
+}
+
+TextureUse readUse(const GltfObject& owner, const char* key, std::size_t textureCount) {
+    TextureUse use;
+    const GltfObject info = owner.object(key);
+    use.texture = info.reference("index", textureCount);
+    use.uvSet = static_cast<int>(info.whole("texCoord", 0));
+    use.strength = static_cast<float>(info.number("scale", info.number("strength", 1.0)));
+
+    const GltfObject transform = info.object("extensions").object("KHR_texture_transform");
+    const auto offset = transform.numbers<2>("offset", {0.0, 0.0});
+    const auto scale = transform.numbers<2>("scale", {1.0, 1.0});
+    use.offset = {static_cast<float>(offset[0]), static_cast<float>(offset[1])};
+    use.scale = {static_cast<float>(scale[0]), static_cast<float>(scale[1])};
+    use.rotation = static_cast<float>(transform.number("rotation", 0.0));
+    use.uvSet = static_cast<int>(transform.whole("texCoord", static_cast<std::size_t>(use.uvSet)));
+    return use;
+}
+
+koColor::Color color(const std::array<double, 4>& c) {
+    return {static_cast<float>(c[0]), static_cast<float>(c[1]), static_cast<float>(c[2]),
+            static_cast<float>(c[3])};
+}
+
+AlphaMode alphaModeOf(const std::string& word) {
+    if (word == "BLEND")
+        return AlphaMode::Blend;
+    return word == "MASK" ? AlphaMode::Mask : AlphaMode::Opaque;
+}
+
+void readMetallicRoughness(const GltfObject& pbr, std::size_t textureCount, Material& material) {
+    material.baseColor = color(pbr.numbers<4>("baseColorFactor", {1.0, 1.0, 1.0, 1.0}));
+    material.metallic = static_cast<float>(pbr.number("metallicFactor", 1.0));
+    material.roughness = static_cast<float>(pbr.number("roughnessFactor", 1.0));
+    material.baseColorTexture = readUse(pbr, "baseColorTexture", textureCount);
+    material.metallicRoughnessTexture = readUse(pbr, "metallicRoughnessTexture", textureCount);
+}
+
+/// The older workflow: the diffuse colour stands for the base colour, shiny for not rough.
+void readSpecularGlossiness(const GltfObject& pbr, std::size_t textureCount, Material& material) {
+    material.baseColor = color(pbr.numbers<4>("diffuseFactor", {1.0, 1.0, 1.0, 1.0}));
+    material.metallic = 0.0F;
+    material.roughness = 1.0F - static_cast<float>(pbr.number("glossinessFactor", 1.0));
+    material.baseColorTexture = readUse(pbr, "diffuseTexture", textureCount);
+    material.metallicRoughnessTexture = {};
+}
+
+Material readMaterial(const GltfObject& source, std::size_t textureCount) {
+    Material material;
+    material.name = source.text("name");
+    readMetallicRoughness(source.object("pbrMetallicRoughness"), textureCount, material);
+    const GltfObject extensions = source.object("extensions");
+    if (extensions.has("KHR_materials_pbrSpecularGlossiness"))
+        readSpecularGlossiness(extensions.object("KHR_materials_pbrSpecularGlossiness"), textureCount,
+                               material);
+    const auto emissive = source.numbers<3>("emissiveFactor", {0.0, 0.0, 0.0});
+    const double strength =
+        extensions.object("KHR_materials_emissive_strength").number("emissiveStrength", 1.0);
+    material.emissive = color({emissive[0] * strength, emissive[1] * strength, emissive[2] * strength, 1.0});
+    material.doubleSided = source.flag("doubleSided");
+    material.unlit = extensions.has("KHR_materials_unlit");
+    material.alphaMode = alphaModeOf(source.text("alphaMode"));
+    material.alphaCutoff = static_cast<float>(source.number("alphaCutoff", 0.5));
+    material.normalTexture = readUse(source, "normalTexture", textureCount);
+    material.occlusionTexture = readUse(source, "occlusionTexture", textureCount);
+    material.emissiveTexture = readUse(source, "emissiveTexture", textureCount);
+    return material;
+}
+
+} // namespace
+
+void readGltfMaterials(const GltfObject& root, GltfData& data, const std::filesystem::path& folder,
+                       Scene& scene, Warnings& warnings) {
+    scene.images = readImages(root, data, folder, warnings);
+    scene.textures = readTextures(root, scene.images, warnings);
+    for (const GltfObject& source : root.objects("materials"))
+        scene.materials.push_back(readMaterial(source, scene.textures.size()));
+}
+
+} // namespace orloview

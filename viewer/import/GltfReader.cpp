@@ -1,0 +1,375 @@
+#include "import/GltfReader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <numeric>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "import/FileBytes.h"
+#include "import/GltfContainer.h"
+#include "import/GltfData.h"
+#include "import/GltfJson.h"
+#include "import/GltfMaterials.h"
+#include "import/ImportError.h"
+#include "import/MeshCheck.h"
+#include "import/Warnings.h"
+#include "scene/Normals.h"
+#include "scene/Triangulate.h"
+
+namespace orloview {
+
+namespace {
+
+using koLinear::AffineMatrix;
+
+enum PrimitiveMode : std::size_t { kPoints, kLines, kLineLoop, kLineStrip, kTriangles, kStrip, kFan };
+
+std::vector<std::uint32_t> pairsOf(const std::vector<std::uint32_t>& strip, bool closed) {
+    std::vector<std::uint32_t> pairs;
+    for (std::size_t i = 0; i + 1 < strip.size(); ++i)
+        pairs.insert(pairs.end(), {strip[i], strip[i + 1]});
+    if (closed && strip.size() > 2)
+        pairs.insert(pairs.end(), {strip.back(), strip.front()});
+    return pairs;
+}
+
+/// Sets the mesh's topology and indices from a primitive's, spelling out what is chained.
+void spellOut(std::size_t mode, std::vector<std::uint32_t> indices, Mesh& mesh) {
+    switch (mode) {
+    case kPoints:
+        mesh.topology = Topology::Points;
+        mesh.indices = std::move(indices);
+        return;
+    case kLines:
+        mesh.topology = Topology::Lines;
+        mesh.indices = std::move(indices);
+        return;
+    case kLineLoop:
+    case kLineStrip:
+        mesh.topology = Topology::Lines;
+        mesh.indices = pairsOf(indices, mode == kLineLoop);
+        return;
+    case kTriangles:
+        mesh.indices = std::move(indices);
+        return;
+    case kStrip:
+        appendStrip(indices, mesh.indices);
+        return;
+    case kFan:
+        appendFan(indices, mesh.indices);
+        return;
+    default:
+        throw ImportError("left out: the primitive mode " + std::to_string(mode) + " doesn't exist");
+    }
+}
+
+AffineMatrix fromColumns(const std::array<double, 16>& m) {
+    AffineMatrix result;
+    for (int row = 0; row < 4; ++row)
+        for (int axis = 0; axis < 3; ++axis)
+            result[row][axis] = m[static_cast<std::size_t>(row * 4 + axis)];
+    return result;
+}
+
+AffineMatrix fromQuaternion(std::array<double, 4> q) {
+    const double length = std::hypot(std::hypot(q[0], q[1]), std::hypot(q[2], q[3]));
+    if (!(length > 0.0))
+        return {};
+    for (double& part : q)
+        part /= length;
+    const auto [x, y, z, w] = q;
+    AffineMatrix m;
+    m[0][0] = 1 - 2 * (y * y + z * z);
+    m[0][1] = 2 * (x * y + z * w);
+    m[0][2] = 2 * (x * z - y * w);
+    m[1][0] = 2 * (x * y - z * w);
+    m[1][1] = 1 - 2 * (x * x + z * z);
+    m[1][2] = 2 * (y * z + x * w);
+    m[2][0] = 2 * (x * z + y * w);
+    m[2][1] = 2 * (y * z - x * w);
+    m[2][2] = 1 - 2 * (x * x + y * y);
+    return m;
+}
+
+AffineMatrix localTransform(const GltfObject& node) {
+    if (node.has("matrix"))
+        return fromColumns(node.numbers<16>("matrix", {}));
+    const auto t = node.numbers<3>("translation", {0, 0, 0});
+    const auto r = node.numbers<4>("rotation", {0, 0, 0, 1});
+    const auto s = node.numbers<3>("scale", {1, 1, 1});
+    return AffineMatrix::scaling(s[0], s[1], s[2])
+        .then(fromQuaternion(r))
+        .then(AffineMatrix::translation(t[0], t[1], t[2]));
+}
+
+bool isFinite(const AffineMatrix& m) {
+    return std::all_of(m[0], m[0] + 12, [](double element) { return std::isfinite(element); });
+}
+
+std::string named(const GltfObject& object) {
+    const std::string name = object.text("name");
+    return name.empty() ? object.place() : "'" + name + "'";
+}
+
+class Reader {
+public:
+    Reader(const GltfContainer& container, const std::filesystem::path& folder)
+        : fRoot(container.json, ""), fData(container, folder), fNodes(fRoot.objects("nodes")),
+          fMeshes(fRoot.objects("meshes")), fCameras(fRoot.objects("cameras")),
+          fLights(fRoot.object("extensions").object("KHR_lights_punctual").objects("lights")),
+          fParents(fNodes.size(), kUnvisited) {
+        fScene.format = container.isBinary ? "glTF 2.0 binary" : "glTF 2.0 text";
+        readGltfMaterials(fRoot, fData, folder, fScene, fWarnings);
+    }
+
+    Scene read() {
+        for (const int root : roots())
+            walk(root);
+        fScene.warnings = fWarnings.lines();
+        return std::move(fScene);
+    }
+
+private:
+    static constexpr int kUnvisited = -2;
+    static constexpr int kRoot = -1;
+
+    struct Visit {
+        int node;
+        AffineMatrix parentToWorld;
+    };
+
+    std::vector<int> roots() const;
+    void walk(int root);
+    void enter(int child, int parent);
+    void place(const GltfObject& node, const AffineMatrix& toWorld);
+    void placeMesh(const GltfObject& node, std::size_t mesh, const AffineMatrix& toWorld);
+    void placeCamera(const GltfObject& node, const GltfObject& camera, const AffineMatrix& toWorld);
+    void placeLight(const GltfObject& node, const GltfObject& light, const AffineMatrix& toWorld);
+    std::vector<int> meshesOf(std::size_t mesh);
+    std::optional<Mesh> readPrimitive(const GltfObject& primitive, const std::string& name);
+    void readAttributes(const GltfObject& primitive, const std::string& name, Mesh& mesh);
+    std::vector<float> attribute(const GltfObject& attributes, const char* key, std::size_t components);
+    std::vector<float> colors(const GltfObject& attributes);
+
+    GltfObject fRoot;
+    GltfData fData;
+    std::vector<GltfObject> fNodes;
+    std::vector<GltfObject> fMeshes;
+    std::vector<GltfObject> fCameras;
+    std::vector<GltfObject> fLights;
+    std::vector<int> fParents;                     ///< by node, once it has been reached
+    std::map<std::size_t, std::vector<int>> fRead; ///< a file's mesh to those of the scene, one a primitive
+    Scene fScene;
+    Warnings fWarnings;
+};
+
+/// Of the scene that the file names, or its first; a file without scenes shows every node that has no parent.
+std::vector<int> Reader::roots() const {
+    const std::vector<GltfObject> scenes = fRoot.objects("scenes");
+    if (!scenes.empty()) {
+        const int chosen = std::max(fRoot.reference("scene", scenes.size()), 0);
+        return scenes[static_cast<std::size_t>(chosen)].references("nodes", fNodes.size());
+    }
+    std::vector<bool> isChild(fNodes.size());
+    for (const GltfObject& node : fNodes)
+        for (const int child : node.references("children", fNodes.size()))
+            isChild[static_cast<std::size_t>(child)] = true;
+    std::vector<int> result;
+    for (std::size_t i = 0; i < fNodes.size(); ++i)
+        if (!isChild[i])
+            result.push_back(static_cast<int>(i));
+    if (result.empty() && !fNodes.empty())
+        throw ImportError("the file is damaged: " + named(fNodes[0]) +
+                          " contains itself; export the model again");
+    return result;
+}
+
+/// Depth first with a stack of its own: files nest nodes deeper than a function can call itself.
+void Reader::walk(int root) {
+    if (fParents[static_cast<std::size_t>(root)] != kUnvisited)
+        return fWarnings.add(named(fNodes[static_cast<std::size_t>(root)]), "placed once only, not twice");
+    fParents[static_cast<std::size_t>(root)] = kRoot;
+    std::vector<Visit> open{{root, AffineMatrix()}};
+    while (!open.empty()) {
+        const auto [index, parentToWorld] = open.back();
+        open.pop_back();
+        const GltfObject& node = fNodes[static_cast<std::size_t>(index)];
+        const AffineMatrix toWorld = localTransform(node).then(parentToWorld);
+        place(node, toWorld);
+        const std::vector<int> children = node.references("children", fNodes.size());
+        for (auto child = children.rbegin(); child != children.rend(); ++child) {
+            if (fParents[static_cast<std::size_t>(*child)] == kUnvisited)
+                open.push_back({*child, toWorld});
+            enter(*child, index);
+        }
+    }
+}
+
+/// Notes the child's parent. A child that was met before is either one of its own ancestors or shared.
+void Reader::enter(int child, int parent) {
+    int& known = fParents[static_cast<std::size_t>(child)];
+    if (known == kUnvisited) {
+        known = parent;
+        return;
+    }
+    for (int ancestor = parent; ancestor >= 0; ancestor = fParents[static_cast<std::size_t>(ancestor)])
+        if (ancestor == child)
+            throw ImportError("the file is damaged: the node " +
+                              named(fNodes[static_cast<std::size_t>(child)]) +
+                              " contains itself; export the model again");
+    fWarnings.add(named(fNodes[static_cast<std::size_t>(child)]), "placed once only, not twice");
+}
+
+void Reader::place(const GltfObject& node, const AffineMatrix& toWorld) {
+    if (!isFinite(toWorld))
+        return fWarnings.add("the node " + named(node), "left out: its transform is not finite");
+    if (const int mesh = node.reference("mesh", fMeshes.size()); mesh >= 0)
+        placeMesh(node, static_cast<std::size_t>(mesh), toWorld);
+    if (const int camera = node.reference("camera", fCameras.size()); camera >= 0)
+        placeCamera(node, fCameras[static_cast<std::size_t>(camera)], toWorld);
+    const GltfObject lit = node.object("extensions").object("KHR_lights_punctual");
+    if (const int light = lit.reference("light", fLights.size()); light >= 0)
+        placeLight(node, fLights[static_cast<std::size_t>(light)], toWorld);
+}
+
+void Reader::placeMesh(const GltfObject& node, std::size_t mesh, const AffineMatrix& toWorld) {
+    for (const int read : meshesOf(mesh))
+        fScene.instances.push_back({node.text("name"), read, toWorld});
+}
+
+void Reader::placeCamera(const GltfObject& node, const GltfObject& camera, const AffineMatrix& toWorld) {
+    Camera result;
+    result.name = camera.text("name", node.text("name"));
+    result.toWorld = toWorld;
+    if (camera.text("type") == "orthographic") {
+        const GltfObject lens = camera.object("orthographic");
+        result.kind = Camera::Kind::Orthographic;
+        result.xmag = lens.number("xmag", 1.0);
+        result.ymag = lens.number("ymag", 1.0);
+        result.zNear = lens.number("znear", 0.0);
+        result.zFar = lens.number("zfar", result.zFar);
+    } else {
+        const GltfObject lens = camera.object("perspective");
+        result.yfov = lens.number("yfov", 0.8);
+        result.aspect = lens.number("aspectRatio", 0.0);
+        result.zNear = lens.number("znear", 0.01);
+        result.zFar = lens.number("zfar", result.zFar);
+    }
+    fScene.cameras.push_back(std::move(result));
+}
+
+void Reader::placeLight(const GltfObject& node, const GltfObject& light, const AffineMatrix& toWorld) {
+    Light result;
+    const std::string type = light.text("type");
+    if (type == "directional")
+        result.kind = Light::Kind::Directional;
+    else if (type == "spot")
+        result.kind = Light::Kind::Spot;
+    else if (type != "point")
+        return fWarnings.add("the light " + named(light), "left out: its type '" + type + "' is unknown");
+    result.name = light.text("name", node.text("name"));
+    const auto color = light.numbers<3>("color", {1.0, 1.0, 1.0});
+    result.color = koColor::Color(static_cast<float>(color[0]), static_cast<float>(color[1]),
+                                  static_cast<float>(color[2]));
+    result.intensity = light.number("intensity", result.intensity);
+    result.range = light.number("range", result.range);
+    const GltfObject spot = light.object("spot");
+    result.innerConeAngle = spot.number("innerConeAngle", result.innerConeAngle);
+    result.outerConeAngle = spot.number("outerConeAngle", result.outerConeAngle);
+    result.toWorld = toWorld;
+    fScene.lights.push_back(std::move(result));
+}
+
+/// The scene's meshes for a mesh of the file; read when the first node asks for it.
+std::vector<int> Reader::meshesOf(std::size_t mesh) {
+    const auto known = fRead.find(mesh);
+    if (known != fRead.end())
+        return known->second;
+    std::vector<int>& result = fRead[mesh];
+    for (const GltfObject& primitive : fMeshes[mesh].objects("primitives")) {
+        const std::string name =
+            "mesh " + named(fMeshes[mesh]) + primitive.place().substr(fMeshes[mesh].place().size());
+        std::optional<Mesh> read = readPrimitive(primitive, name);
+        if (!read)
+            continue;
+        read->name = fMeshes[mesh].text("name");
+        result.push_back(static_cast<int>(fScene.meshes.size()));
+        fScene.meshes.push_back(std::move(*read));
+    }
+    return result;
+}
+
+std::optional<Mesh> Reader::readPrimitive(const GltfObject& primitive, const std::string& name) {
+    Mesh mesh;
+    try {
+        readAttributes(primitive, name, mesh);
+        std::vector<std::uint32_t> indices(mesh.vertexCount());
+        std::iota(indices.begin(), indices.end(), 0U);
+        if (const int given = primitive.reference("indices", fData.accessorCount()); given >= 0)
+            indices = fData.indices(given);
+        spellOut(primitive.whole("mode", kTriangles), std::move(indices), mesh);
+        mesh.material = primitive.reference("material", fScene.materials.size());
+    } catch (const ImportError& error) {
+        fWarnings.add(name, std::string("left out: ") + error.what());
+        return std::nullopt;
+    }
+    if (!makeDrawable(mesh, name, fWarnings))
+        return std::nullopt;
+    if (mesh.topology == Topology::Triangles && mesh.normals.empty())
+        addFlatNormals(mesh);
+    return mesh;
+}
+
+/// Without positions there is nothing to draw; any other attribute may be left out.
+void Reader::readAttributes(const GltfObject& primitive, const std::string& name, Mesh& mesh) {
+    const GltfObject attributes = primitive.object("attributes");
+    mesh.positions = attribute(attributes, "POSITION", 3);
+    if (mesh.positions.empty())
+        throw ImportError("it has no positions");
+    const auto read = [&](const char* key, auto&& reader) {
+        try {
+            return reader();
+        } catch (const ImportError& error) {
+            fWarnings.add(std::string(key) + " of " + name, std::string("left out: ") + error.what());
+            return std::vector<float>();
+        }
+    };
+    mesh.normals = read("NORMAL", [&] { return attribute(attributes, "NORMAL", 3); });
+    mesh.colors = read("COLOR_0", [&] { return colors(attributes); });
+    for (std::string key = "TEXCOORD_0"; attributes.has(key.c_str()) && key.back() <= '9'; ++key.back())
+        mesh.uvSets.push_back(read(key.c_str(), [&] { return attribute(attributes, key.c_str(), 2); }));
+}
+
+std::vector<float> Reader::attribute(const GltfObject& attributes, const char* key, std::size_t components) {
+    const int accessor = attributes.reference(key, fData.accessorCount());
+    if (accessor < 0)
+        return {};
+    if (fData.components(accessor) != components)
+        throw ImportError(std::string(key) + " should be VEC" + std::to_string(components));
+    return fData.floats(accessor);
+}
+
+/// Always with alpha: the file may leave it out.
+std::vector<float> Reader::colors(const GltfObject& attributes) {
+    const int accessor = attributes.reference("COLOR_0", fData.accessorCount());
+    if (accessor < 0 || fData.components(accessor) != 3)
+        return attribute(attributes, "COLOR_0", 4);
+    const std::vector<float> rgb = fData.floats(accessor);
+    std::vector<float> rgba;
+    rgba.reserve(rgb.size() / 3 * 4);
+    for (std::size_t i = 0; i < rgb.size(); i += 3)
+        rgba.insert(rgba.end(), {rgb[i], rgb[i + 1], rgb[i + 2], 1.0F});
+    return rgba;
+}
+
+} // namespace
+
+Scene readGltf(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path) {
+    const GltfContainer container = openGltf(bytes);
+    return Reader(container, path.parent_path()).read();
+}
+
+} // namespace orloview

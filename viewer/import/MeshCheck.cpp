@@ -1,0 +1,133 @@
+#include "import/MeshCheck.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace orloview {
+
+namespace {
+
+std::size_t indicesPerElement(Topology topology) {
+    switch (topology) {
+    case Topology::Points:
+        return 1;
+    case Topology::Lines:
+        return 2;
+    case Topology::Triangles:
+        return 3;
+    }
+    return 1;
+}
+
+const char* elementName(Topology topology) {
+    switch (topology) {
+    case Topology::Points:
+        return "points";
+    case Topology::Lines:
+        return "lines";
+    case Topology::Triangles:
+        return "triangles";
+    }
+    return "";
+}
+
+std::vector<bool> finiteVertices(const Mesh& mesh) {
+    std::vector<bool> finite(mesh.vertexCount());
+    for (std::size_t i = 0; i < finite.size(); ++i)
+        finite[i] = std::all_of(&mesh.positions[i * 3], &mesh.positions[i * 3] + 3,
+                                [](float coordinate) { return std::isfinite(coordinate); });
+    return finite;
+}
+
+/// How many elements had to go, and why.
+struct Dropped {
+    std::size_t missingVertex = 0;
+    std::size_t notFinite = 0;
+    std::size_t incomplete = 0; ///< indices at the end that make no whole element
+};
+
+Dropped dropElements(Mesh& mesh) {
+    Dropped dropped;
+    const std::size_t width = indicesPerElement(mesh.topology);
+    const std::vector<bool> finite = finiteVertices(mesh);
+    std::vector<std::uint32_t>& indices = mesh.indices;
+
+    dropped.incomplete = indices.size() % width;
+    indices.resize(indices.size() - dropped.incomplete);
+    auto kept = indices.begin();
+    for (auto element = indices.begin(); element != indices.end(); element += static_cast<long>(width)) {
+        const auto end = element + static_cast<long>(width);
+        if (std::any_of(element, end, [&](std::uint32_t index) { return index >= finite.size(); }))
+            ++dropped.missingVertex;
+        else if (!std::all_of(element, end, [&](std::uint32_t index) { return finite[index]; }))
+            ++dropped.notFinite;
+        else
+            kept = std::copy(element, end, kept);
+    }
+    indices.erase(kept, indices.end());
+    return dropped;
+}
+
+void dropMisfits(Mesh& mesh, const std::string& name, Warnings& warnings) {
+    const auto fits = [&](const std::vector<float>& values, std::size_t width) {
+        return values.empty() || values.size() == mesh.vertexCount() * width;
+    };
+    const char* const reason = "left out: there is not one value for each vertex";
+    if (!fits(mesh.normals, 3)) {
+        mesh.normals.clear();
+        warnings.add("the normals of " + name, reason);
+    }
+    if (!fits(mesh.colors, 4)) {
+        mesh.colors.clear();
+        warnings.add("the colours of " + name, reason);
+    }
+    for (std::vector<float>& uvSet : mesh.uvSets)
+        if (!fits(uvSet, 2)) {
+            uvSet.clear();
+            warnings.add("texture coordinates of " + name, reason);
+        }
+}
+
+void makeFinite(std::vector<float>& values, float instead) {
+    for (float& value : values)
+        if (!std::isfinite(value))
+            value = instead;
+}
+
+void normalize(std::vector<float>& normals) {
+    for (std::size_t i = 0; i + 2 < normals.size(); i += 3) {
+        float* n = &normals[i];
+        const double length = std::hypot(double{n[0]}, double{n[1]}, double{n[2]});
+        const bool usable = std::isfinite(length) && length > 0.0;
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            n[axis] = usable ? static_cast<float>(n[axis] / length) : axis == 2 ? 1.0F : 0.0F;
+    }
+}
+
+void warnOf(const Dropped& dropped, const Mesh& mesh, const std::string& name, Warnings& warnings) {
+    const auto part = [&](std::size_t count) {
+        return std::to_string(count) + " " + elementName(mesh.topology) + " of " + name;
+    };
+    if (dropped.missingVertex > 0)
+        warnings.add(part(dropped.missingVertex), "left out: they use vertices that the file doesn't have");
+    if (dropped.notFinite > 0)
+        warnings.add(part(dropped.notFinite), "left out: their coordinates are infinite or missing");
+    if (dropped.incomplete > 0)
+        warnings.add("the last indices of " + name, "left out: they make no whole line or triangle");
+}
+
+} // namespace
+
+bool makeDrawable(Mesh& mesh, const std::string& name, Warnings& warnings) {
+    mesh.positions.resize(mesh.positions.size() / 3 * 3);
+    warnOf(dropElements(mesh), mesh, name, warnings);
+    dropMisfits(mesh, name, warnings);
+    normalize(mesh.normals);
+    makeFinite(mesh.colors, 1.0F);
+    for (std::vector<float>& uvSet : mesh.uvSets)
+        makeFinite(uvSet, 0.0F);
+    return !mesh.indices.empty();
+}
+
+} // namespace orloview

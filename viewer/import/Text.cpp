@@ -1,0 +1,77 @@
+#include "import/Text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace orloview {
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n\v\f";
+
+std::string_view withoutPlus(std::string_view word) {
+    return word.size() > 1 && word[0] == '+' ? word.substr(1) : word;
+}
+
+/// from_chars says "out of range" for too large and too small alike; the exponent tells which.
+double outOfRange(std::string_view word) {
+    const bool tiny = word.find("e-") != word.npos || word.find("E-") != word.npos;
+    const double size = tiny ? 0.0 : std::numeric_limits<double>::infinity();
+    return word[0] == '-' ? -size : size;
+}
+
+} // namespace
+
+std::string_view takeLine(std::string_view& text) {
+    const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+    const std::string_view line = text.substr(0, end);
+    text.remove_prefix(end);
+    text.remove_prefix(text.starts_with("\r\n") ? 2 : std::min<std::size_t>(text.size(), 1));
+    return line;
+}
+
+std::string_view takeWord(std::string_view& text) {
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    const std::string_view word = text.substr(0, std::min(text.find_first_of(kBlanks), text.size()));
+    text.remove_prefix(word.size());
+    return word;
+}
+
+std::string_view trimmed(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+std::optional<double> toNumber(std::string_view word) {
+    word = withoutPlus(word);
+    double number = 0.0;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+    if (word.empty() || end != word.data() + word.size() || error == std::errc::invalid_argument)
+        return std::nullopt;
+    return error == std::errc::result_out_of_range ? outOfRange(word) : number;
+}
+
+std::optional<long long> toWhole(std::string_view word) {
+    word = withoutPlus(word);
+    long long number = 0;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+    if (word.empty() || end != word.data() + word.size() || error != std::errc())
+        return std::nullopt;
+    return number;
+}
+
+float toFloat(double number) {
+    if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max()))
+        return std::copysign(std::numeric_limits<float>::infinity(), static_cast<float>(number > 0 ? 1 : -1));
+    return static_cast<float>(number);
+}
+
+std::string withSlashes(std::string_view path) {
+    std::string result(path);
+    std::replace(result.begin(), result.end(), '\\', '/');
+    return result;
+}
+
+} // namespace orloview

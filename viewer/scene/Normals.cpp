@@ -1,0 +1,93 @@
+#include "scene/Normals.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+namespace orloview {
+
+namespace {
+
+using Vec = std::array<double, 3>;
+
+/// Along the triangle's normal, as long as twice its area.
+Vec areaVector(const Mesh& mesh, std::size_t triangle) {
+    std::array<Vec, 3> corners{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::size_t vertex = mesh.indices[triangle * 3 + i];
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            corners[i][axis] = mesh.positions[vertex * 3 + axis];
+    }
+    const auto& [a, b, c] = corners;
+    Vec result{};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const std::size_t u = (axis + 1) % 3;
+        const std::size_t v = (axis + 2) % 3;
+        result[axis] = (b[u] - a[u]) * (c[v] - a[v]) - (b[v] - a[v]) * (c[u] - a[u]);
+    }
+    return result;
+}
+
+void storeUnit(const Vec& vector, float* to) {
+    const double length = std::hypot(vector[0], vector[1], vector[2]);
+    if (!(length > 0.0) || !std::isfinite(length)) { // a triangle without area has no normal: any will do
+        to[0] = to[1] = 0.0F;
+        to[2] = 1.0F;
+        return;
+    }
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        to[axis] = static_cast<float>(vector[axis] / length);
+}
+
+/// The attribute as each corner of each triangle sees it.
+std::vector<float> perCorner(const std::vector<float>& values, std::size_t width,
+                             const std::vector<std::uint32_t>& indices) {
+    std::vector<float> result;
+    if (values.empty())
+        return result;
+    result.resize(indices.size() * width);
+    for (std::size_t i = 0; i < indices.size(); ++i)
+        std::copy_n(&values[std::size_t{indices[i]} * width], width, &result[i * width]);
+    return result;
+}
+
+} // namespace
+
+void addFlatNormals(Mesh& mesh) {
+    std::vector<float> normals(mesh.indices.size() * 3);
+    for (std::size_t triangle = 0; triangle < mesh.elementCount(); ++triangle) {
+        storeUnit(areaVector(mesh, triangle), &normals[triangle * 9]);
+        std::copy_n(&normals[triangle * 9], 3, &normals[triangle * 9 + 3]);
+        std::copy_n(&normals[triangle * 9], 3, &normals[triangle * 9 + 6]);
+    }
+    mesh.positions = perCorner(mesh.positions, 3, mesh.indices);
+    mesh.colors = perCorner(mesh.colors, 4, mesh.indices);
+    for (std::vector<float>& uvSet : mesh.uvSets)
+        uvSet = perCorner(uvSet, 2, mesh.indices);
+    mesh.normals = std::move(normals);
+    std::iota(mesh.indices.begin(), mesh.indices.end(), 0U);
+}
+
+void addSmoothNormals(Mesh& mesh, std::span<const std::uint32_t> groups) {
+    const auto groupOf = [&](std::size_t vertex) { return groups.empty() ? vertex : groups[vertex]; };
+    std::size_t groupCount = 0;
+    for (std::size_t vertex = 0; vertex < mesh.vertexCount(); ++vertex)
+        groupCount = std::max(groupCount, groupOf(vertex) + 1);
+
+    std::vector<Vec> sums(groupCount);
+    for (std::size_t triangle = 0; triangle < mesh.elementCount(); ++triangle) {
+        const Vec vector = areaVector(mesh, triangle);
+        for (std::size_t i = 0; i < 3; ++i) {
+            const std::size_t vertex = mesh.indices[triangle * 3 + i];
+            for (std::size_t axis = 0; axis < 3; ++axis)
+                sums[groupOf(vertex)][axis] += vector[axis];
+        }
+    }
+    mesh.normals.resize(mesh.positions.size());
+    for (std::size_t vertex = 0; vertex < mesh.vertexCount(); ++vertex)
+        storeUnit(sums[groupOf(vertex)], &mesh.normals[vertex * 3]);
+}
+
+} // namespace orloview
