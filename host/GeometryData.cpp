@@ -87,20 +87,6 @@ void GeometryLogicalGroup::addIndexBlock(uint32_t primitiveType,
     }
 }
 
-GeometryData* GeometryLogicalGroup::geometryDataPtr(GeometryData::DataType type, int32_t index,
-                                                    bool orFirst) const {
-    GeometryData* first = nullptr;
-    for (const auto& stream : fStreams) {
-        if (stream->fDataType != type)
-            continue;
-        if (index-- == 0)
-            return stream.get();
-        if (!first)
-            first = stream.get();
-    }
-    return orFirst ? first : nullptr;
-}
-
 void GeometryLogicalGroup::deleteHangers() {
     std::vector<IHWMemoryObject*> hangers;
     for (const auto& record : fIndexRecords)

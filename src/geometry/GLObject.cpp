@@ -1,9 +1,5 @@
 #include "geometry/GLObject.h"
 
-#include "gl/GLFunctionTable.h"
-
-#include <typeinfo>
-
 bool GLObject::fsSupported = false;
 uint32_t GLObject::fsMaximumMemoryUsage = 64U << 20;
 
@@ -24,25 +20,9 @@ GLObject::~GLObject() {
         deleteObject();
 }
 
-bool GLObject::bind() {
-    if (!fsSupported)
-        return false;
-    if (fBufferName == 0) {
-        table()->glGenBuffersARB(1, &fBufferName);
-        if (fBufferName == 0)
-            return false;
-    }
-    table()->glBindBufferARB(target(), fBufferName);
-    fBound = true;
-    return true;
-}
-
-bool GLObject::unbind() {
-    if (!fsSupported)
-        return false;
-    table()->glBindBufferARB(target(), 0);
-    fBound = false;
-    return true;
+bool GLObject::makeName(GLFunctionTable* gl) {
+    gl->glGenBuffersARB(1, &fBufferName);
+    return fBufferName != 0;
 }
 
 void GLObject::unbindBuffer(DataType type) {
@@ -120,11 +100,4 @@ bool GLObject::deleteObject() {
     fBufferName = 0;
     fsMemoryUsage -= fSize;
     return true;
-}
-
-GLObject* GLObject::from(IHWMemoryObject* hanger) {
-    // Nearly every hanger is one of ours: no need to walk up the class tree for it on each drawing.
-    if (hanger && typeid(*hanger) == typeid(GLObject))
-        return static_cast<GLObject*>(hanger);
-    return dynamic_cast<GLObject*>(hanger);
 }

@@ -2,11 +2,13 @@
 
 #include "gl/EntryMacros.h"
 #include "gl/Export.h"
+#include "gl/GLFunctionTable.h"
 
 #include <orlohost/IHWMemoryObject.h>
 
 #include <array>
 #include <cstdint>
+#include <typeinfo>
 
 /// One GL buffer object, of vertex data or of indices, within a budget of memory.
 ///
@@ -56,10 +58,10 @@ public:
 
     /// Binds the buffer to the target of its data type; the first time, makes its name. False when GL gives
     /// no name.
-    bool bind();
+    bool bind() { return bind(GLFunctionTable::fpGlobalFunctionTable); }
 
     /// Binds 0 to the target.
-    bool unbind();
+    bool unbind() { return unbind(GLFunctionTable::fpGlobalFunctionTable); }
 
     /// Binds 0 to the target of `type`, where the vertex-buffer-object capability is usable.
     static void unbindBuffer(DataType type);
@@ -91,7 +93,12 @@ public:
     bool deleteObject();
 
     /// The buffer object that hangs on a record; null when nothing or something else hangs there.
-    static GLObject* from(IHWMemoryObject* hanger);
+    static GLObject* from(IHWMemoryObject* hanger) {
+        // Nearly every hanger is one of ours: no need to walk up the class tree for it on each drawing.
+        if (hanger && &typeid(*hanger) == &typeid(GLObject))
+            return static_cast<GLObject*>(hanger);
+        return dynamic_cast<GLObject*>(hanger);
+    }
 
     /// Whether buffer objects may be used, as the last constructor found it.
     static bool fsSupported;
@@ -113,5 +120,26 @@ public:
     uint32_t fSize = 0;
 
 private:
+    friend class GLRouting;
+
+    // bind and unbind for drawing, which fetches the table once per group.
+
+    bool bind(GLFunctionTable* gl) {
+        if (!fsSupported || (fBufferName == 0 && !makeName(gl)))
+            return false;
+        gl->glBindBufferARB(target(), fBufferName);
+        fBound = true;
+        return true;
+    }
+
+    bool unbind(GLFunctionTable* gl) {
+        if (!fsSupported)
+            return false;
+        gl->glBindBufferARB(target(), 0);
+        fBound = false;
+        return true;
+    }
+
+    bool makeName(GLFunctionTable* gl);
     GLenum target() const { return fsDataTypeInternal[fDataType]; }
 };

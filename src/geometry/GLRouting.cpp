@@ -47,10 +47,8 @@ long streamBytes(const GeometryData& stream) {
     return bytes;
 }
 
-/// The buffer object of a stream, made and filled the first time; null when that fails.
-GLObject* bufferObjectOf(GeometryData& stream) {
-    if (GLObject* hanger = GLObject::from(stream.fHanger))
-        return hanger;
+/// Hangs a new buffer object with its data on a stream; null, and nothing is left of it, when that fails.
+[[gnu::noinline]] GLObject* uploadStream(GeometryData& stream) {
     std::unique_ptr<GLObject> object(new (std::nothrow) GLObject);
     if (!object || !object->bind() || !object->bufferData(streamBytes(stream), stream.fData))
         return nullptr;
@@ -59,74 +57,103 @@ GLObject* bufferObjectOf(GeometryData& stream) {
     return object.release();
 }
 
+void unbindBuffers() {
+    if (GLRouting::fsUseObjectsForData)
+        GLObject::unbindBuffer(GLObject::kVertexData);
+    if (GLRouting::fsUseObjectsForIndexing)
+        GLObject::unbindBuffer(GLObject::kIndexData);
+}
+
 } // namespace
 
 void GLRouting::setupInterpolant(GLInterpolant i, const DirectDataAssignment& a, bool pointersOnly) {
-    GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
-    boundGLObjects[i] = a.fBufferObject;
-    if (isAttrib(i) && !attribIsLive(gl, i))
-        return;
+    setupInterpolant(*GLFunctionTable::fpGlobalFunctionTable, i, a, pointersOnly);
+}
 
-    // The client-active unit stays as it is with pointersOnly: hosts that only move pointers have one set of
-    // coordinates and have chosen its unit.
-    if (isTexCoord(i) && !pointersOnly)
-        clientActiveTexture(gl, fsInterpolantEnums[i]);
-    const bool inBuffer = a.fBufferObject && a.fBufferObject->bind();
-    const void* pointer = inBuffer ? nullptr : a.fClientData;
+inline void GLRouting::setupInterpolant(GLFunctionTable& gl, GLInterpolant i, const DirectDataAssignment& a,
+                                        bool pointersOnly) {
+    boundGLObjects[i] = a.fBufferObject;
     const auto count = static_cast<GLint>(a.fComponentCount);
     const auto stride = static_cast<GLsizei>(a.fStride);
-
-    if (isAttrib(i)) {
+    const GLenum type = a.fComponentType;
+    const auto bindBuffer = [&]() -> const void* {
+        return a.fBufferObject && a.fBufferObject->bind(&gl) ? nullptr : a.fClientData;
+    };
+    const auto enable = [&](GLenum array) {
         if (!pointersOnly)
-            gl.glEnableVertexAttribArray(fsInterpolantEnums[i]);
-        gl.glVertexAttribPointer(fsInterpolantEnums[i], count, a.fComponentType, GL_FALSE, stride, pointer);
-        return;
-    }
-    if (!pointersOnly)
-        gl.glEnableClientState(isTexCoord(i) ? GL_TEXTURE_COORD_ARRAY : fsInterpolantEnums[i]);
-    switch (i) {
-    case kPosition:
-        gl.glVertexPointer(count, a.fComponentType, stride, pointer);
-        break;
-    case kNormal:
-        gl.glNormalPointer(a.fComponentType, stride, pointer);
-        break;
-    case kColor:
-        gl.glColorPointer(count, a.fComponentType, stride, pointer);
-        break;
-    default:
-        gl.glTexCoordPointer(count, a.fComponentType, stride, pointer);
+            gl.glEnableClientState(array);
+    };
+
+    if (i == kPosition) {
+        const void* pointer = bindBuffer();
+        enable(GL_VERTEX_ARRAY);
+        gl.glVertexPointer(count, type, stride, pointer);
+    } else if (i == kNormal) {
+        const void* pointer = bindBuffer();
+        enable(GL_NORMAL_ARRAY);
+        gl.glNormalPointer(type, stride, pointer);
+    } else if (i == kColor) {
+        const void* pointer = bindBuffer();
+        enable(GL_COLOR_ARRAY);
+        gl.glColorPointer(count, type, stride, pointer);
+    } else if (isTexCoord(i)) {
+        // With pointersOnly the client-active unit stays as it is: hosts that only move pointers have one set
+        // of coordinates and have chosen its unit.
+        if (!pointersOnly)
+            clientActiveTexture(gl, fsInterpolantEnums[i]);
+        const void* pointer = bindBuffer();
+        enable(GL_TEXTURE_COORD_ARRAY);
+        gl.glTexCoordPointer(count, type, stride, pointer);
+    } else if (attribIsLive(gl, i)) {
+        const GLuint attrib = fsInterpolantEnums[i];
+        const void* pointer = bindBuffer();
+        if (!pointersOnly)
+            gl.glEnableVertexAttribArray(attrib);
+        gl.glVertexAttribPointer(attrib, count, type, GL_FALSE, stride, pointer);
     }
 }
 
 void GLRouting::disableInterpolant(GLInterpolant i) {
-    GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
-    if (isAttrib(i)) {
-        if (attribIsLive(gl, i))
-            gl.glDisableVertexAttribArray(fsInterpolantEnums[i]);
+    disableInterpolant(*GLFunctionTable::fpGlobalFunctionTable, i);
+}
+
+inline void GLRouting::disableInterpolant(GLFunctionTable& gl, GLInterpolant i) {
+    if (i <= kColor) {
+        gl.glDisableClientState(fsInterpolantEnums[i]);
     } else if (isTexCoord(i)) {
         if (static_cast<int32_t>(i - kTexCoord0) >= gl.fMaxTextureUnits)
             return;
         clientActiveTexture(gl, fsInterpolantEnums[i]);
         gl.glDisableClientState(GL_TEXTURE_COORD_ARRAY);
-    } else {
-        gl.glDisableClientState(fsInterpolantEnums[i]);
+    } else if (attribIsLive(gl, i)) {
+        gl.glDisableVertexAttribArray(fsInterpolantEnums[i]);
     }
 }
 
+namespace {
+
+template <uint32_t kFirst, size_t... kOffsets>
+uint32_t usedSlotsOf(const std::array<GLRouting::Slot, GLRouting::kInterpolantCount>& slots,
+                     std::index_sequence<kOffsets...>) {
+    // Most are unused: one look at all of them together.
+    if ((slots[kFirst + kOffsets].fMode & ...) == GLRouting::kUnused)
+        return 0;
+    return (... | (uint32_t{slots[kFirst + kOffsets].fMode != GLRouting::kUnused} << (kFirst + kOffsets)));
+}
+
+} // namespace
+
 uint32_t GLRouting::usedSlots() const {
-    uint32_t used = 0;
-    for (uint32_t i = 0; i < kInterpolantCount; ++i)
-        used |= uint32_t{fSlots[i].fMode != kUnused} << i;
-    return used;
+    return usedSlotsOf<kPosition>(fSlots, std::make_index_sequence<4>()) |
+           usedSlotsOf<kTexCoord0 + 1>(fSlots, std::make_index_sequence<7>()) |
+           usedSlotsOf<kAttrib1>(fSlots, std::make_index_sequence<15>());
 }
 
 void GLRouting::setVertexArrays(bool pointersOnly, bool substitute) {
-    setArrays(usedSlots(), pointersOnly, substitute);
+    setArrays(*GLFunctionTable::fpGlobalFunctionTable, usedSlots(), pointersOnly, substitute);
 }
 
-void GLRouting::setArrays(uint32_t usedSlots, bool pointersOnly, bool substitute) {
-    const GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
+void GLRouting::setArrays(GLFunctionTable& gl, uint32_t usedSlots, bool pointersOnly, bool substitute) {
     const bool useObjects = fsUseObjectsForData && gl.usable(kCapVertexBufferObject);
     int32_t room = gl.fMaxTextureUnits + 3;
 
@@ -134,7 +161,7 @@ void GLRouting::setArrays(uint32_t usedSlots, bool pointersOnly, bool substitute
         const auto i = static_cast<GLInterpolant>(std::countr_zero(rest));
         const Slot& slot = fSlots[i];
         if (slot.fMode == kDirect) {
-            setupInterpolant(i, slot.fDirect, pointersOnly);
+            setupInterpolant(gl, i, slot.fDirect, pointersOnly);
             continue;
         }
         const bool replaced = substitute && slot.fDataType == GeometryData::kNormal;
@@ -143,36 +170,34 @@ void GLRouting::setArrays(uint32_t usedSlots, bool pointersOnly, bool substitute
         if (!stream)
             continue;
         GLObject* object = nullptr;
-        if (useObjects && (!isAttrib(i) || requiresAttribInterpolants))
-            object = bufferObjectOf(*stream);
-        setupInterpolant(i, {stream->fComponentsPerElement, GL_FLOAT, 0, stream->fData, object},
+        if (useObjects && (!isAttrib(i) || requiresAttribInterpolants)) {
+            object = GLObject::from(stream->fHanger);
+            if (!object)
+                object = uploadStream(*stream);
+        }
+        setupInterpolant(gl, i, {stream->fComponentsPerElement, GL_FLOAT, 0, stream->fData, object},
                          pointersOnly);
     }
 }
 
 void GLRouting::unsetVertexArrays() {
-    unsetArrays(usedSlots());
+    unsetArrays(*GLFunctionTable::fpGlobalFunctionTable, usedSlots());
 }
 
-void GLRouting::unsetArrays(uint32_t usedSlots) {
-    GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
+void GLRouting::unsetArrays(GLFunctionTable& gl, uint32_t usedSlots) {
     for (uint32_t rest = usedSlots; rest != 0; rest &= rest - 1) {
         const auto i = static_cast<GLInterpolant>(std::countr_zero(rest));
         if (isAttrib(i) && !requiresAttribInterpolants)
             break;
         GLObject* object = boundGLObjects[i];
         if (object)
-            object->bind();
-        disableInterpolant(i);
+            object->bind(&gl);
+        disableInterpolant(gl, i);
         if (object)
-            object->unbind();
+            object->unbind(&gl);
     }
     std::ranges::fill(boundGLObjects, nullptr);
-
-    if (fsUseObjectsForData)
-        GLObject::unbindBuffer(GLObject::kVertexData);
-    if (fsUseObjectsForIndexing)
-        GLObject::unbindBuffer(GLObject::kIndexData);
+    unbindBuffers();
     clientActiveTexture(gl, GL_TEXTURE0_ARB);
 }
 
@@ -190,8 +215,5 @@ void GLRouting::disableAllArrays() {
         for (int32_t attrib = 1; attrib < gl.fMaxVertexAttribs; ++attrib)
             gl.glDisableVertexAttribArray(static_cast<GLuint>(attrib));
     }
-    if (fsUseObjectsForData)
-        GLObject::unbindBuffer(GLObject::kVertexData);
-    if (fsUseObjectsForIndexing)
-        GLObject::unbindBuffer(GLObject::kIndexData);
+    unbindBuffers();
 }

@@ -143,8 +143,11 @@ public:
     uint32_t fIndexCount = 0;
 
 private:
-    void setArrays(uint32_t usedSlots, bool pointersOnly, bool substitute);
-    void unsetArrays(uint32_t usedSlots);
+    static void setupInterpolant(GLFunctionTable& gl, GLInterpolant i, const DirectDataAssignment& a,
+                                 bool pointersOnly);
+    static void disableInterpolant(GLFunctionTable& gl, GLInterpolant i);
+    void setArrays(GLFunctionTable& gl, uint32_t usedSlots, bool pointersOnly, bool substitute);
+    void unsetArrays(GLFunctionTable& gl, uint32_t usedSlots);
     uint32_t usedSlots() const;
     bool makeCurrent(GeometryDataIndex* record);
     void drawRecords(koUtil::BitField* visible, unsigned* primitiveList, unsigned* preparedIndices,

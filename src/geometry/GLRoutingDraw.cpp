@@ -99,7 +99,7 @@ void GLRouting::drawGroup(GeometryLogicalGroup* group, koUtil::BitField* visible
 
     const uint32_t used = usedSlots();
     const bool restart = usePrimitiveRestart(gl);
-    setArrays(used, false, substitute);
+    setArrays(gl, used, false, substitute);
     if (restart) {
         gl.glEnable(GL_PRIMITIVE_RESTART_NV);
         gl.glPrimitiveRestartIndexNV(0xFFFFFFFFU);
@@ -110,7 +110,7 @@ void GLRouting::drawGroup(GeometryLogicalGroup* group, koUtil::BitField* visible
         drawRecords(visible, primitiveList, preparedIndices, preparedCount);
     if (restart)
         gl.glDisable(GL_PRIMITIVE_RESTART_NV);
-    unsetArrays(used);
+    unsetArrays(gl, used);
 
     // Looks like a slip, but hosts count on it: after a subset the two switches come back exchanged.
     if (isSubset) {

@@ -156,7 +156,18 @@ public:
 
     /// The stream number `index` among those of that type. Where there is none: the first of that type if
     /// `orFirst`, else null.
-    GeometryData* geometryDataPtr(GeometryData::DataType type, int32_t index, bool orFirst) const;
+    GeometryData* geometryDataPtr(GeometryData::DataType type, int32_t index, bool orFirst) const {
+        GeometryData* first = nullptr;
+        for (const auto& stream : fStreams) {
+            if (stream->fDataType != type)
+                continue;
+            if (index-- == 0)
+                return stream.get();
+            if (!first)
+                first = stream.get();
+        }
+        return orFirst ? first : nullptr;
+    }
 
     size_t streamCount() const { return fStreams.size(); }
     GeometryData* stream(size_t i) const { return fStreams[i].get(); }
