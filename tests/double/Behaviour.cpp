@@ -67,6 +67,13 @@ GLhandleARB makeShaderObject(const char* function, const std::vector<Argument>& 
                    : outcome.otherwise<GLhandleARB>(0);
 }
 
+Argument stringList(GLsizei count, const GLcharARB** strings) {
+    std::string text;
+    for (GLsizei i = 0; i < count; ++i)
+        text += (i > 0 ? ", \"" : "\"") + std::string(strings[i]) + '"';
+    return '{' + text + '}';
+}
+
 std::vector<unsigned char>& boundBuffer(GLenum target) {
     return state().buffers[state().boundBuffers[target]];
 }
@@ -328,10 +335,7 @@ void glDeleteObjectARB(GLhandleARB object) {
 }
 
 void glShaderSourceARB(GLhandleARB shader, GLsizei count, const GLcharARB** sources, const GLint* lengths) {
-    std::string text;
-    for (GLsizei i = 0; i < count; ++i)
-        text += (i > 0 ? ", \"" : "\"") + std::string(sources[i]) + '"';
-    const Argument printed = script().rawPointers ? Argument(sources) : Argument('{' + text + '}');
+    const Argument printed = script().rawPointers ? Argument(sources) : stringList(count, sources);
     record("glShaderSourceARB", {shader, count, printed, lengths});
 }
 

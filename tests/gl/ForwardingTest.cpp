@@ -1,0 +1,83 @@
+// Each member of the table, called once, reaches the GL function that it stands for, with its arguments in
+// their places, and hands the result back.
+
+#define GL_GLEXT_PROTOTYPES
+#define GLX_GLXEXT_PROTOTYPES
+#include "DoubleTest.h"
+
+#include <tuple>
+
+namespace {
+
+constexpr uint64_t kAnswer = 77;
+
+/// A value that no other place of the same call has. Pointers lead to storage of their own, which the double
+/// may write to.
+template <typename T>
+T distinctValue(size_t place) {
+    alignas(16) static char storage[16][64];
+    if constexpr (std::is_pointer_v<T>)
+        return reinterpret_cast<T>(storage[place]);
+    else if constexpr (std::is_floating_point_v<T>)
+        return static_cast<T>(place) + T(1.25);
+    else
+        return static_cast<T>(place + 1);
+}
+
+template <typename... Arguments, size_t... kPlaces>
+std::tuple<Arguments...> distinctValues(std::index_sequence<kPlaces...>) {
+    return {distinctValue<Arguments>(kPlaces)...};
+}
+
+/// The types are those of the GL header's declaration, not of the member.
+template <typename Member, typename Result, typename... Arguments>
+void expectForwarded(GLFunctionTable& table, Member member, const char* function, Result (*)(Arguments...)) {
+    script().answers[function] = [](const std::vector<Argument>&) { return kAnswer; };
+    clearRecorded();
+    std::apply(
+        [&](auto... values) {
+            if constexpr (std::is_void_v<Result>)
+                (table.*member)(values...);
+            else
+                EXPECT_EQ((Result)(table.*member)(values...), (Result)kAnswer) << function;
+            EXPECT_EQ(recorded(), (Calls{call(function, values...)}));
+        },
+        distinctValues<Arguments...>(std::index_sequence_for<Arguments...>()));
+}
+
+class Forwarding : public DoubleTest {
+protected:
+    Forwarding() {
+        script().rawPointers = true;
+        // Start-up leaves this one null without an EXT set.
+        gl().fglMultiTexCoord1d = ::glMultiTexCoord1d;
+    }
+};
+
+TEST_F(Forwarding, everyMemberReachesItsFunction) {
+    int members = 0;
+#define RENAMED(member, function)                                                                            \
+    ++members;                                                                                               \
+    ASSERT_NE(gl().f##function, nullptr) << #function;                                                       \
+    expectForwarded(gl(), &GLFunctionTable::member, #function, &::function);
+#define MEMBER(name) RENAMED(name, name)
+#define UNFILLED(name)                                                                                       \
+    EXPECT_EQ(gl().f##name, nullptr) << #name;                                                               \
+    gl().f##name = ::name;                                                                                   \
+    RENAMED(name, name)
+#include "Members.inc"
+    EXPECT_EQ(members, 336 + 402 + 42);
+}
+
+TEST_F(Forwarding, theFreePbufferFunctionTakesTheTablesEntry) {
+    int attributes[] = {0};
+    EXPECT_EQ(glXCreateGLXPbuffer(fakeDisplay(), nthConfig(), 3, 4, attributes), nthName(NameKind::Pbuffer));
+    EXPECT_EQ(recorded(),
+              Calls{call("glXCreateGLXPbufferSGIX", fakeDisplay(), nthConfig(), 3, 4, attributes)});
+    gl().nullify_platform();
+    EXPECT_EQ(glXCreateGLXPbuffer(fakeDisplay(), nthConfig(), 3, 4, attributes), 0u);
+    GLFunctionTable::fpGlobalFunctionTable = nullptr;
+    EXPECT_EQ(glXCreateGLXPbuffer(fakeDisplay(), nthConfig(), 3, 4, attributes), 0u);
+}
+
+} // namespace
