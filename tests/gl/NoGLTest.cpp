@@ -1,0 +1,46 @@
+// The library in a process that has no OpenGL at all.
+
+#include <gtest/gtest.h>
+
+#include "gl/GLFunctionTable.h"
+#include "gl/GLStartupContext.h"
+
+#include <dlfcn.h>
+#include <type_traits>
+
+// Defined by the program, so that "libGL.so" can't be found even where it is installed.
+extern "C" [[gnu::visibility("default")]] void* dlopen(const char* file, int mode) {
+    const auto open =
+        reinterpret_cast<void* (*)(const char*, int)>(dlvsym(RTLD_NEXT, "dlopen", "GLIBC_2.34"));
+    return file && std::string_view(file).find("libGL") != std::string_view::npos ? nullptr
+                                                                                  : open(file, mode);
+}
+
+namespace {
+
+TEST(NoGL, leavesEverySlotNull) {
+    ASSERT_EQ(dlsym(RTLD_DEFAULT, "glBegin"), nullptr) << "this process has a GL";
+    ASSERT_EQ(dlsym(RTLD_DEFAULT, "glXGetProcAddressARB"), nullptr);
+    GLFunctionTable table;
+    table.populate();
+#define RENAMED(member, function) EXPECT_EQ(table.f##function, nullptr) << #function;
+#define MEMBER(name) RENAMED(name, name)
+#define UNFILLED(name) RENAMED(name, name)
+#include "Members.inc"
+    for (bool flag : table.fExtSupported)
+        EXPECT_FALSE(flag);
+    EXPECT_EQ(table.fMaxTextureUnits, 1);
+    EXPECT_EQ(table.fMaxTextureSize, 0);
+    EXPECT_FALSE(table.ensureLiveMultitexture());
+}
+
+TEST(NoGL, makesNoStartupContext) {
+    Display* display = reinterpret_cast<Display*>(8); // never looked into
+    auto* startup = new GLStartupContext(WindowWrapper(nullptr, 0, display), nullptr);
+    startup->ref();
+    EXPECT_FALSE(startup->valid);
+    startup->unref();
+    EXPECT_EQ(GLFunctionTable::fpGlobalFunctionTable, nullptr);
+}
+
+} // namespace
