@@ -1,0 +1,299 @@
+#include "MesaFixture.h"
+
+#include "geometry/GLRouting.h"
+
+#include <orlohost/HWEnvironment.h>
+
+#include <functional>
+
+namespace {
+
+constexpr int kSize = 32;
+constexpr uint32_t kCells = 3;
+
+/// Three cells of 8 x 16 pixels, each of a colour of its own, drawn as triangles (the lower right half of the
+/// cell, whose diagonal meets no pixel centre), quads or strips.
+class MesaGeometry : public MesaTest {
+protected:
+    using Picture = std::vector<Pixel>;
+
+    void SetUp() override {
+        MesaTest::SetUp();
+        fTarget = std::make_unique<DrawTarget>(gl(), kSize, kSize);
+        fRouting.fSlots[GLRouting::kPosition] = {GLRouting::kFromGeometry, {}, GeometryData::kPosition, 0};
+        fRouting.fSlots[GLRouting::kColor] = {GLRouting::kFromGeometry, {}, GeometryData::kColor, 0};
+    }
+
+    void TearDown() override {
+        HWEnvironment::orlo_block_allocate_strips = false;
+        fGroup.reset();
+        fTarget.reset();
+        MesaTest::TearDown();
+    }
+
+    static int left(uint32_t cell) { return 1 + 10 * static_cast<int>(cell); }
+    static int bottom(uint32_t cell) { return 4 + 3 * static_cast<int>(cell); }
+    static Pixel color(uint32_t cell) {
+        Pixel color = {0, 0, 0, 255};
+        color[cell] = 255;
+        return color;
+    }
+
+    /// A new group with the four corners of each cell, counter-clockwise, and no records.
+    GeometryLogicalGroup& newGroup() {
+        std::vector<float> positions;
+        std::vector<float> colors;
+        for (uint32_t cell = 0; cell < kCells; ++cell) {
+            for (const auto& [dx, dy] :
+                 {std::pair(0, 0), std::pair(8, 0), std::pair(8, 16), std::pair(0, 16)}) {
+                positions.push_back(2.0F * static_cast<float>(left(cell) + dx) / kSize - 1);
+                positions.push_back(2.0F * static_cast<float>(bottom(cell) + dy) / kSize - 1);
+                for (int channel : color(cell))
+                    colors.push_back(static_cast<float>(channel) / 255);
+            }
+        }
+        fGroup = std::make_unique<GeometryLogicalGroup>();
+        fGroup->addStream(GeometryData::kPosition, 2, std::move(positions));
+        fGroup->addStream(GeometryData::kColor, 4, std::move(colors));
+        return *fGroup;
+    }
+
+    /// The indices of a cell.
+    static std::vector<uint32_t> cellIndices(uint32_t type, uint32_t cell) {
+        const uint32_t first = 4 * cell;
+        switch (type) {
+        case GeometryDataIndex::kTriangles:
+            return {first, first + 1, first + 2};
+        case GeometryDataIndex::kQuads:
+            return {first, first + 1, first + 2, first + 3};
+        default:
+            return {first, first + 1, first + 3, first + 2};
+        }
+    }
+
+    /// Adds records for all cells: one in all, or one per strip.
+    void addCells(uint32_t type) {
+        std::vector<uint32_t> all;
+        for (uint32_t cell = 0; cell < kCells; ++cell) {
+            const auto indices = cellIndices(type, cell);
+            if (type == GeometryDataIndex::kTriangleStrip)
+                fGroup->addIndexRecord(type, indices);
+            all.insert(all.end(), indices.begin(), indices.end());
+        }
+        if (type != GeometryDataIndex::kTriangleStrip)
+            fGroup->addIndexRecord(type, all);
+    }
+
+    /// What the geometry says of every pixel, for the cells in `cells`.
+    static Picture expected(uint32_t type, std::initializer_list<uint32_t> cells) {
+        Picture picture;
+        for (int y = 0; y < kSize; ++y) {
+            for (int x = 0; x < kSize; ++x) {
+                Pixel pixel = {0, 0, 0, 255};
+                for (uint32_t cell : cells) {
+                    const double dx = x + 0.5 - left(cell);
+                    const double dy = y + 0.5 - bottom(cell);
+                    const bool inside = dx > 0 && dx < 8 && dy > 0 && dy < 16;
+                    if (inside && (type != GeometryDataIndex::kTriangles || dy < 2 * dx))
+                        pixel = color(cell);
+                }
+                picture.push_back(pixel);
+            }
+        }
+        return picture;
+    }
+
+    Picture drawn(const std::function<void()>& draw) {
+        gl().glClearColor(0, 0, 0, 1);
+        gl().glClear(GL_COLOR_BUFFER_BIT);
+        draw();
+        std::vector<GLubyte> bytes(size_t{4} * kSize * kSize);
+        gl().glReadPixels(0, 0, kSize, kSize, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
+        Picture picture;
+        for (size_t i = 0; i < bytes.size(); i += 4)
+            picture.push_back({bytes[i], bytes[i + 1], bytes[i + 2], bytes[i + 3]});
+        return picture;
+    }
+
+    Picture drawnGroup(koUtil::BitField* visible = nullptr, unsigned* list = nullptr,
+                       unsigned* prepared = nullptr, unsigned count = 0) {
+        return drawn([&] { fRouting.drawGroup(fGroup.get(), visible, list, prepared, count, false); });
+    }
+
+    static bool& data() { return GLRouting::fsUseObjectsForData; }
+    static bool& indexing() { return GLRouting::fsUseObjectsForIndexing; }
+
+    GLint integer(GLenum name) {
+        GLint value = -1;
+        gl().glGetIntegerv(name, &value);
+        return value;
+    }
+
+    GLRouting fRouting;
+    std::unique_ptr<GeometryLogicalGroup> fGroup;
+    std::unique_ptr<DrawTarget> fTarget;
+};
+
+TEST_F(MesaGeometry, landsWhereItBelongsByEveryPath) {
+    for (uint32_t type : {5U, 6U, 8U}) {
+        for (unsigned path = 0; path < 8; ++path) {
+            newGroup();
+            addCells(type);
+            data() = (path & 1U) != 0;
+            indexing() = (path & 2U) != 0;
+            GLRouting::fsUseDrawRangeElements = (path & 4U) != 0;
+            for (int frame = 0; frame < 2; ++frame)
+                EXPECT_EQ(drawnGroup(), expected(type, {0, 1, 2})) << type << " " << path << " " << frame;
+            EXPECT_EQ(fGroup->stream(0)->fHanger != nullptr, data());
+            EXPECT_EQ(fGroup->indexRecord(0)->fHanger != nullptr, indexing());
+            expectNoErrors();
+        }
+    }
+    fGroup.reset();
+    EXPECT_EQ(IHWMemoryObject::fsMemoryUsage, 0U);
+}
+
+TEST_F(MesaGeometry, drawsBeyondTheBudgetFromClientMemory) {
+    newGroup();
+    addCells(GeometryDataIndex::kQuads);
+    data() = indexing() = true;
+    GLObject::fsMaximumMemoryUsage = 0;
+    EXPECT_EQ(drawnGroup(), expected(GeometryDataIndex::kQuads, {0, 1, 2}));
+    EXPECT_EQ(fGroup->stream(0)->fHanger, nullptr);
+}
+
+TEST_F(MesaGeometry, drawsSubsets) {
+    koUtil::BitField visible;
+    visible.set(0);
+    visible.set(2);
+    unsigned list[] = {1, 2, 77};
+    unsigned everyOther[] = {0, 1, 2};
+    for (uint32_t type : {5U, 8U}) {
+        newGroup();
+        addCells(type);
+        data() = indexing() = true;
+        drawnGroup(); // the hangers of whole groups must not get in the way
+        EXPECT_EQ(drawnGroup(&visible), expected(type, {0, 2}));
+        EXPECT_EQ(drawnGroup(nullptr, list), expected(type, {1, 2}));
+        EXPECT_EQ(drawnGroup(&visible, everyOther), expected(type, {0, 2}));
+        indexing() = false;
+        auto prepared = cellIndices(type, 1);
+        EXPECT_EQ(drawnGroup(nullptr, nullptr, prepared.data(), static_cast<unsigned>(prepared.size())),
+                  expected(type, {1}));
+        expectNoErrors();
+    }
+}
+
+TEST_F(MesaGeometry, drawsStripsFromOneBlock) {
+    HWEnvironment::orlo_block_allocate_strips = true;
+    indexing() = true;
+    newGroup();
+    std::vector<std::vector<uint32_t>> strips;
+    for (uint32_t cell = 0; cell < kCells; ++cell)
+        strips.push_back(cellIndices(GeometryDataIndex::kTriangleStrip, cell));
+    fGroup->addIndexBlock(GeometryDataIndex::kTriangleStrip, strips);
+    const Picture all = expected(GeometryDataIndex::kTriangleStrip, {0, 1, 2});
+    for (int frame = 0; frame < 2; ++frame)
+        EXPECT_EQ(drawnGroup(), all);
+    EXPECT_EQ(IHWMemoryObject::fsMemoryUsage, 52U) << "one buffer, a word to spare";
+
+    // A record of its own between the strips of the block.
+    newGroup();
+    fGroup->addIndexBlock(GeometryDataIndex::kTriangleStrip, {strips[0], strips[1]});
+    GeometryDataIndex& second = *fGroup->indexRecord(1);
+    fGroup->addIndexRecord(GeometryDataIndex::kQuads, cellIndices(GeometryDataIndex::kQuads, 2));
+    auto last = std::make_unique<GeometryDataIndex>(GeometryDataIndex::kTriangleStrip, second.fIndices, 4);
+    last->fAllocatedCount = second.fAllocatedCount;
+    last->fStart = second.fStart;
+    second.fPrimitiveType = GeometryDataIndex::kNothing;
+    fGroup->addIndexRecord(std::move(last));
+    for (int frame = 0; frame < 2; ++frame)
+        EXPECT_EQ(drawnGroup(), all);
+}
+
+TEST_F(MesaGeometry, restartsStrips) {
+    newGroup();
+    std::vector<uint32_t> indices;
+    for (uint32_t cell = 0; cell < kCells; ++cell) {
+        const auto strip = cellIndices(GeometryDataIndex::kTriangleStrip, cell);
+        indices.insert(indices.end(), strip.begin(), strip.end());
+        indices.push_back(0xFFFFFFFF);
+    }
+    fGroup->addIndexRecord(GeometryDataIndex::kTriangleStrip, indices);
+    if (!gl().usable(kCapNVPrimitiveRestart))
+        GTEST_FAIL() << "the driver used to offer primitive restart";
+    GLRouting::fsUsePrimitiveRestart = true;
+    indexing() = true;
+    gl().glEnableClientState(GL_PRIMITIVE_RESTART_NV); // what the driver takes instead of glEnable
+    EXPECT_EQ(drawnGroup(), expected(GeometryDataIndex::kTriangleStrip, {0, 1, 2}));
+    expectErrors({GL_INVALID_ENUM}); // of the two calls; one is kept
+    gl().glDisableClientState(GL_PRIMITIVE_RESTART_NV);
+}
+
+TEST_F(MesaGeometry, leavesNoArrayAndNoBuffer) {
+    newGroup();
+    addCells(GeometryDataIndex::kQuads);
+    fGroup->addStream(GeometryData::kTexCoord, 2, std::vector<float>(24));
+    for (uint32_t i = GLRouting::kTexCoord0; i < 7; ++i)
+        fRouting.fSlots[i] = {GLRouting::kFromGeometry, {}, GeometryData::kTexCoord, 0};
+    fRouting.fSlots[GLRouting::kAttrib1 + 2] = {GLRouting::kFromGeometry, {}, GeometryData::kTexCoord, 0};
+    data() = indexing() = GLRouting::requiresAttribInterpolants = true;
+
+    fRouting.fGroup = fGroup.get();
+    fRouting.setVertexArrays(false, false);
+    const auto isAttribEnabled = [this] {
+        GLint enabled = -1;
+        gl().glGetVertexAttribiv(3, GL_VERTEX_ATTRIB_ARRAY_ENABLED_ARB, &enabled);
+        return enabled;
+    };
+    EXPECT_EQ(integer(GL_CLIENT_ACTIVE_TEXTURE), GL_TEXTURE3);
+    EXPECT_TRUE(gl().glIsEnabled(GL_TEXTURE_COORD_ARRAY));
+    EXPECT_EQ(isAttribEnabled(), 1);
+    EXPECT_NE(integer(GL_ARRAY_BUFFER_BINDING_ARB), 0);
+    fRouting.unsetVertexArrays();
+
+    for (int way = 0; way < 2; ++way) {
+        if (way == 0) {
+            EXPECT_EQ(drawnGroup(), expected(GeometryDataIndex::kQuads, {0, 1, 2}));
+        } else {
+            fRouting.setVertexArrays(false, false);
+            GLRouting::disableAllArrays();
+        }
+        EXPECT_EQ(integer(GL_CLIENT_ACTIVE_TEXTURE), GL_TEXTURE0);
+        EXPECT_EQ(integer(GL_ARRAY_BUFFER_BINDING_ARB), 0);
+        EXPECT_EQ(integer(GL_ELEMENT_ARRAY_BUFFER_BINDING_ARB), 0);
+        EXPECT_EQ(isAttribEnabled(), 0);
+        for (GLenum array : {GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_COLOR_ARRAY})
+            EXPECT_FALSE(gl().glIsEnabled(array));
+        for (GLenum unit = 0; unit < 4; ++unit) {
+            gl().glClientActiveTexture(GL_TEXTURE0 + unit);
+            EXPECT_FALSE(gl().glIsEnabled(GL_TEXTURE_COORD_ARRAY)) << unit;
+        }
+        gl().glClientActiveTexture(GL_TEXTURE0);
+    }
+}
+
+TEST_F(MesaGeometry, buffersHoldWhatTheyAreGiven) {
+    GLObject object;
+    object.fAccess = GLObject::kReadWrite;
+    ASSERT_TRUE(object.bind());
+    ASSERT_TRUE(object.bufferData(4, "abcd"));
+    ASSERT_TRUE(object.bufferSubData(1, 2, "XY"));
+    auto* mapped = static_cast<char*>(object.mapBuffer());
+    ASSERT_NE(mapped, nullptr);
+    void* pointer = nullptr;
+    EXPECT_TRUE(object.getBufferPointer(&pointer));
+    EXPECT_EQ(pointer, mapped);
+    EXPECT_EQ(std::string(mapped, 4), "aXYd");
+    mapped[3] = 'Z';
+    EXPECT_TRUE(object.unmapBuffer());
+    char bytes[3] = {};
+    EXPECT_TRUE(object.getBufferSubData(1, 3, bytes));
+    EXPECT_EQ(std::string(bytes, 3), "XYZ");
+    const GLuint name = object.fBufferName;
+    EXPECT_TRUE(gl().glIsBufferARB(name));
+    EXPECT_TRUE(object.deleteObject());
+    EXPECT_FALSE(gl().glIsBufferARB(name));
+}
+
+} // namespace
