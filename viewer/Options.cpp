@@ -1,0 +1,274 @@
+#include "Options.h"
+
+#include "ExitCode.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <numeric>
+
+namespace orloview {
+
+namespace {
+
+constexpr int kLargestSide = 65536;
+
+const char* const kFooter = R"(
+Examples:
+  orloview model.glb -o picture.png
+  orloview part1.obj part2.stl -o - --size 1920x1080 --background white > both.png
+  orloview room.gltf -o view.png --camera Entrance
+  orloview bunny.ply -o side.png --eye 3,1,0 --target 0,0.1,0 --fov 30
+  orloview model.glb --info --json
+
+Exit codes:
+  0   the picture is written, or what was asked for is printed
+  1   a switch or its value is wrong
+  2   no model could be read, or nothing in it can be drawn
+  3   the picture is written, but some input was left out (each is named)
+  4   no display, or no OpenGL that can do it
+  5   the picture could not be written (an older one is untouched)
+  70  a fault of orloview itself
+)";
+
+struct NamedColor {
+    const char* name;
+    unsigned rgb;
+};
+
+constexpr NamedColor kNamedColors[] = {
+    {"black", 0x000000}, {"silver", 0xC0C0C0}, {"gray", 0x808080},   {"grey", 0x808080},  {"white", 0xFFFFFF},
+    {"maroon", 0x800000}, {"red", 0xFF0000},   {"purple", 0x800080}, {"fuchsia", 0xFF00FF}, {"green", 0x008000},
+    {"lime", 0x00FF00},  {"olive", 0x808000},  {"yellow", 0xFFFF00}, {"navy", 0x000080},  {"blue", 0x0000FF},
+    {"teal", 0x008080},  {"aqua", 0x00FFFF},   {"orange", 0xFFA500},
+};
+
+[[noreturn]] void wrong(const std::string& name, const std::string& value, const std::string& wanted)
+{
+    throw Failure(kExitUsage, name + " " + value + ": " + wanted);
+}
+
+/// A whole number or nothing.
+template <typename Number>
+std::optional<Number> parseNumber(std::string_view text)
+{
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return value;
+}
+
+void parseSize(const std::string& text, Options& options)
+{
+    const size_t x = text.find('x');
+    std::optional<int> width;
+    std::optional<int> height;
+    if (x != std::string::npos) {
+        width = parseNumber<int>(std::string_view(text).substr(0, x));
+        height = parseNumber<int>(std::string_view(text).substr(x + 1));
+    }
+    if (!width || !height || *width < 1 || *height < 1 || *width > kLargestSide || *height > kLargestSide)
+        wrong("--size", text, "give width and height in pixels, each 1 to 65536, such as --size 1280x720");
+    options.width = *width;
+    options.height = *height;
+}
+
+template <typename Triple>
+std::optional<Triple> parseTriple(const std::string& name, const std::string& text)
+{
+    if (text.empty())
+        return std::nullopt;
+    Triple triple;
+    std::string_view rest(text);
+    for (int i = 0; i < 3; ++i) {
+        const size_t comma = i < 2 ? rest.find(',') : rest.size();
+        const std::optional<double> number =
+            comma == std::string_view::npos ? std::nullopt : parseNumber<double>(rest.substr(0, comma));
+        if (!number || !std::isfinite(*number))
+            wrong(name, text, "give three numbers with commas between, such as " + name + " 0,1.5,-4");
+        triple[i] = *number;
+        rest.remove_prefix(std::min(comma + 1, rest.size()));
+    }
+    return triple;
+}
+
+std::optional<double> parseFieldOfView(const std::string& text)
+{
+    if (text.empty())
+        return std::nullopt;
+    const std::optional<double> degrees = parseNumber<double>(text);
+    if (!degrees || !(*degrees > 0.0 && *degrees < 180.0))
+        wrong("--fov", text, "give the vertical angle in degrees, above 0 and below 180");
+    return degrees;
+}
+
+/// How many letters lie between two words.
+size_t editDistance(std::string_view a, std::string_view b)
+{
+    std::vector<size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), size_t{0});
+    for (size_t i = 0; i < a.size(); ++i) {
+        size_t diagonal = row[0];
+        row[0] = i + 1;
+        for (size_t j = 0; j < b.size(); ++j) {
+            const size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
+        }
+    }
+    return row.back();
+}
+
+[[noreturn]] void unknownSwitch(const CLI::App& app, const std::string& given)
+{
+    const std::string name = given.substr(0, given.find('='));
+    std::string nearest;
+    size_t distance = name.size();
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& longName : option->get_lnames()) {
+            const size_t candidate = editDistance(name, "--" + longName);
+            if (candidate < distance) {
+                distance = candidate;
+                nearest = "--" + longName;
+            }
+        }
+    }
+    const std::string hint = nearest.empty() ? "" : "; did you mean " + nearest + "?";
+    throw Failure(kExitUsage, "unknown switch " + name + hint + " (--help lists all)");
+}
+
+void checkTogether(const Options& options)
+{
+    if (options.quiet && options.verbose)
+        throw Failure(kExitUsage, "-q and -v: give one of them, not both");
+    if (options.glInfo)
+        return;
+    if (options.models.empty())
+        throw Failure(kExitUsage, "no model given; try orloview MODEL -o picture.png (--help tells more)");
+    if (options.json && !options.info)
+        throw Failure(kExitUsage, "--json: it goes with --info");
+    if (options.info)
+        return;
+    if (options.output.empty())
+        throw Failure(kExitUsage, "no picture asked for; give -o picture.png, or --info to list what the model holds");
+    if (options.output != "-" && !CLI::detail::to_lower(options.output).ends_with(".png"))
+        throw Failure(kExitUsage, "-o " + options.output + ": only PNG pictures can be written; give a name ending in .png");
+    if (options.camera && (options.eye || options.target || options.up || options.fieldOfView))
+        throw Failure(kExitUsage, "--camera: a camera of the file has its own --eye, --target, --up and --fov; leave them out");
+    if (options.eye && options.target && (*options.eye)[0] == (*options.target)[0] &&
+        (*options.eye)[1] == (*options.target)[1] && (*options.eye)[2] == (*options.target)[2])
+        throw Failure(kExitUsage, "--eye and --target are the same point; move one of them");
+    if (options.up && (*options.up)[0] == 0.0 && (*options.up)[1] == 0.0 && (*options.up)[2] == 0.0)
+        throw Failure(kExitUsage, "--up 0,0,0: give a direction, such as --up 0,1,0");
+}
+
+} // namespace
+
+std::optional<std::array<float, 4>> parseColor(const std::string& text)
+{
+    const auto fromBytes = [](unsigned long rgba) {
+        std::array<float, 4> color{};
+        for (size_t channel = 0; channel < 4; ++channel)
+            color[channel] = static_cast<float>((rgba >> (24 - 8 * channel)) & 0xFFU) / 255.0F;
+        return color;
+    };
+    if (text == "transparent")
+        return std::array<float, 4>{0.0F, 0.0F, 0.0F, 0.0F};
+    for (const NamedColor& named : kNamedColors) {
+        if (text == named.name)
+            return fromBytes((static_cast<unsigned long>(named.rgb) << 8) | 0xFFU);
+    }
+    if (text.empty() || text[0] != '#')
+        return std::nullopt;
+    std::string digits = text.substr(1);
+    if (digits.size() == 3)
+        digits = {digits[0], digits[0], digits[1], digits[1], digits[2], digits[2]};
+    if (digits.size() == 6)
+        digits += "ff";
+    unsigned long rgba = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), rgba, 16);
+    if (digits.size() != 8 || error != std::errc() || end != digits.data() + digits.size())
+        return std::nullopt;
+    return fromBytes(rgba);
+}
+
+CommandLine parseCommandLine(int argc, const char* const* argv)
+{
+    CommandLine line;
+    Options& options = line.options;
+    std::string size;
+    std::string eye;
+    std::string target;
+    std::string up;
+    std::string fov;
+    std::string camera;
+    std::string background;
+
+    CLI::App app("Draws 3D models through OrloGL: several models make one scene.", "orloview");
+    app.footer(kFooter);
+    app.allow_extras();
+    app.set_help_flag("-h,--help", "Print this help");
+    app.set_version_flag("--version", "orloview " ORLOGL_VERSION, "Print the version");
+    app.add_option("models", options.models, "Model files: glTF 2.0 (.gltf, .glb), OBJ, PLY, STL and others")
+        ->type_name("MODEL...");
+    app.add_option("-o,--output", options.output, "Write a picture here, PNG; - for standard output")
+        ->type_name("FILE.png");
+    app.add_option("--size", size, "Size of the picture in pixels, 1280x720 unless given")->type_name("WxH");
+    app.add_option("--eye", eye, "Where the eye is")->type_name("X,Y,Z");
+    app.add_option("--target", target, "What the eye looks at")->type_name("X,Y,Z");
+    app.add_option("--up", up, "Which way is up, 0,1,0 unless given")->type_name("X,Y,Z");
+    app.add_option("--fov", fov, "Vertical angle of view, 35 unless given")->type_name("DEGREES");
+    app.add_option("--camera", camera, "Look through a camera of the file")->type_name("NAME|INDEX");
+    app.add_option("--background", background, "A name, #RRGGBB, #RRGGBBAA, or transparent")->type_name("COLOUR");
+    app.add_flag("--wireframe", options.wireframe, "Draw edges only");
+    app.add_flag("--stats", options.stats, "Print what was drawn and uploaded, frame by frame");
+    app.add_flag("--info", options.info, "Print what the models hold; needs no display");
+    app.add_flag("--json", options.json, "With --info: as JSON");
+    app.add_flag("--gl-info", options.glInfo, "Print OpenGL's version, capabilities and limits");
+    app.add_flag("-q,--quiet", options.quiet, "No warnings");
+    app.add_flag("-v,--verbose", options.verbose, "Say what is being done");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        line.printAndStop = app.help();
+        return line;
+    } catch (const CLI::CallForVersion&) {
+        line.printAndStop = "orloview " ORLOGL_VERSION "\n";
+        return line;
+    } catch (const CLI::ParseError& error) {
+        throw Failure(kExitUsage, std::string(error.what()) + " (--help lists all switches)");
+    }
+    const std::vector<std::string> extras = app.remaining();
+    if (!extras.empty())
+        unknownSwitch(app, extras.front());
+
+    if (app.count("--size") != 0)
+        parseSize(size, options);
+    const auto given = [&app](const char* name, const std::string& value) {
+        if (app.count(name) != 0 && value.empty())
+            wrong(name, "''", "give a value");
+        return value;
+    };
+    options.eye = parseTriple<koLinear::Point>("--eye", given("--eye", eye));
+    options.target = parseTriple<koLinear::Point>("--target", given("--target", target));
+    options.up = parseTriple<koLinear::Vector>("--up", given("--up", up));
+    options.fieldOfView = parseFieldOfView(given("--fov", fov));
+    if (app.count("--camera") != 0)
+        options.camera = given("--camera", camera);
+    if (app.count("--background") != 0) {
+        const auto color = parseColor(background);
+        if (!color)
+            wrong("--background", background, "give a name such as white, #RRGGBB, #RRGGBBAA, or transparent");
+        options.background = *color;
+    }
+    if (app.count("--output") != 0)
+        given("-o", options.output);
+    checkTogether(options);
+    return line;
+}
+
+} // namespace orloview

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <orlohost/koLinear.h>
+
+namespace orloview {
+
+/// What the command line asks for. Values are checked: sizes and angles are in range, nothing contradicts.
+struct Options {
+    std::vector<std::string> models;
+
+    /// The picture's file; "-" is standard output. Empty where none is asked for.
+    std::string output;
+    int width = 1280;
+    int height = 720;
+
+    std::optional<koLinear::Point> eye;
+    std::optional<koLinear::Point> target;
+    std::optional<koLinear::Vector> up;
+
+    /// The whole vertical angle, degrees.
+    std::optional<double> fieldOfView;
+
+    /// Name or index of a camera of the file.
+    std::optional<std::string> camera;
+
+    /// Red, green, blue, alpha as the picture stores them (sRGB), 0 to 1.
+    std::array<float, 4> background{0.16F, 0.17F, 0.19F, 1.0F};
+
+    bool wireframe = false;
+    bool stats = false;
+    bool info = false;
+    bool json = false;
+    bool glInfo = false;
+    bool quiet = false;
+    bool verbose = false;
+};
+
+/// What to do: options to go on with, or text to print and stop.
+struct CommandLine {
+    Options options;
+    std::string printAndStop;
+};
+
+/// Reads the command line. Throws Failure (kExitUsage) that names the switch and what it takes.
+CommandLine parseCommandLine(int argc, const char* const* argv);
+
+/// A colour of --background: a name, #RGB, #RRGGBB, #RRGGBBAA, or "transparent". Null when it is none.
+std::optional<std::array<float, 4>> parseColor(const std::string& text);
+
+} // namespace orloview

@@ -1,0 +1,118 @@
+// orloview, the reference viewer: reads models, draws them through the library, writes a picture.
+
+#include "ExitCode.h"
+#include "GLInfo.h"
+#include "Options.h"
+#include "Render.h"
+#include "import/Importer.h"
+#include "info/Info.h"
+#include "output/PngFile.h"
+#include "window/DisplaySession.h"
+#include "window/GLSession.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace orloview {
+
+namespace {
+
+void say(const std::string& line)
+{
+    std::fprintf(stderr, "orloview: %s\n", line.c_str());
+}
+
+struct Loaded {
+    Scene scene;
+    bool complete = true;
+};
+
+/// Every model that can be read, in one scene; each that can't gets its line.
+Loaded loadModels(const Options& options)
+{
+    Loaded loaded;
+    bool any = false;
+    for (const std::string& path : options.models) {
+        if (options.verbose)
+            say("reading " + path);
+        ImportResult result = importModel(path);
+        if (!result) {
+            say(path + ": " + result.error);
+            loaded.complete = false;
+            continue;
+        }
+        for (const std::string& warning : result.scene.warnings) {
+            loaded.complete = false;
+            if (!options.quiet)
+                say(path + ": warning: " + warning);
+        }
+        if (any)
+            loaded.scene.append(std::move(result.scene));
+        else
+            loaded.scene = std::move(result.scene);
+        any = true;
+    }
+    if (!any)
+        throw Failure(kExitNoInput, "no model could be read; nothing is written");
+    return loaded;
+}
+
+int showGLInfo(const Options& options)
+{
+    const DisplaySession display(options.verbose);
+    const GLSession gl(display.display());
+    std::fputs(describeGL().c_str(), stdout);
+    return kExitDone;
+}
+
+int writePicture(const Options& options, const Loaded& loaded)
+{
+    if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
+        throw Failure(kExitNoInput, options.models.front() + ": nothing in it can be drawn; no picture is written");
+    const View view = chooseView(options, loaded.scene);
+    const DisplaySession display(options.verbose);
+    const GLSession gl(display.display());
+    const Picture picture = renderPicture(options, loaded.scene, view);
+    writePng(options.output, picture, options.background[3] != 1.0F);
+    if (options.verbose)
+        say("wrote " + (options.output == "-" ? std::string("the picture to standard output") : options.output));
+    return loaded.complete ? kExitDone : kExitIncomplete;
+}
+
+int run(int argc, const char* const* argv)
+{
+    const CommandLine line = parseCommandLine(argc, argv);
+    if (!line.printAndStop.empty()) {
+        std::fputs(line.printAndStop.c_str(), stdout);
+        return kExitDone;
+    }
+    const Options& options = line.options;
+    if (options.glInfo)
+        return showGLInfo(options);
+    const Loaded loaded = loadModels(options);
+    if (options.info) {
+        std::fputs((options.json ? describeJson(loaded.scene) : describe(loaded.scene)).c_str(), stdout);
+        return loaded.complete ? kExitDone : kExitIncomplete;
+    }
+    return writePicture(options, loaded);
+}
+
+} // namespace
+
+} // namespace orloview
+
+int main(int argc, char** argv)
+{
+    try {
+        return orloview::run(argc, argv);
+    } catch (const orloview::Failure& failure) {
+        orloview::say(failure.what());
+        return failure.code();
+    } catch (const std::bad_alloc&) {
+        orloview::say("there is not enough memory; try a smaller --size or a smaller model");
+        return orloview::kExitOurFault;
+    } catch (const std::exception&) {
+        orloview::say("an unexpected fault of the viewer; please report it with the command and the model");
+        return orloview::kExitOurFault;
+    }
+}
