@@ -1,0 +1,306 @@
+#!/usr/bin/env python3
+"""orloview as a user meets it: exit code, message, picture. Usage: program_test.py ORLOVIEW PRELOAD [unittest arguments]"""
+
+import base64
+import json
+import os
+import shutil
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+import zlib
+
+ORLOVIEW = os.path.abspath(sys.argv.pop(1))
+HIDE_GL = os.path.abspath(sys.argv.pop(1))  # a library to preload that hides OpenGL from dlopen
+
+
+def read_png(data):
+    """Width, height, channels and rows of bytes of an 8-bit PNG."""
+    assert data[:8] == b"\x89PNG\r\n\x1a\n", "not a PNG"
+    at, packed = 8, b""
+    while at < len(data):
+        length, kind = struct.unpack(">I4s", data[at : at + 8])
+        body = data[at + 8 : at + 8 + length]
+        if kind == b"IHDR":
+            width, height, depth, colour = struct.unpack(">IIBB", body[:10])
+            assert depth == 8
+            channels = {2: 3, 6: 4}[colour]
+        elif kind == b"IDAT":
+            packed += body
+        at += 12 + length
+    raw, rows, stride = zlib.decompress(packed), [], width * channels
+    above = bytearray(stride)
+    for y in range(height):
+        kind, line = raw[y * (stride + 1)], bytearray(raw[y * (stride + 1) + 1 : (y + 1) * (stride + 1)])
+        for i in range(stride):
+            a = line[i - channels] if i >= channels else 0
+            b, c = above[i], above[i - channels] if i >= channels else 0
+            paeth = min((abs(b - c), 0, a), (abs(a - c), 1, b), (abs(a + b - 2 * c), 2, c))[2]
+            line[i] = (line[i] + [0, a, b, (a + b) // 2, paeth][kind]) & 255
+        rows.append(line)
+        above = line
+    return width, height, channels, rows
+
+
+def gltf(material=None, positions=((-1, -1, 0), (1, -1, 0), (0, 1, 0)), mode=4, cameras=(), nodes=None):
+    """A glTF file of one primitive without normals, its buffer inside."""
+    data = b"".join(struct.pack("<3f", *p) for p in positions)
+    columns = list(zip(*positions))
+    document = {
+        "asset": {"version": "2.0"},
+        "scene": 0,
+        "scenes": [{"nodes": list(range(len(nodes) if nodes else 1))}],
+        "nodes": nodes or [{"mesh": 0}],
+        "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "mode": mode, "material": 0}]}],
+        "materials": [material or {}],
+        "accessors": [
+            {
+                "bufferView": 0,
+                "componentType": 5126,
+                "count": len(positions),
+                "type": "VEC3",
+                "min": [min(c) for c in columns],
+                "max": [max(c) for c in columns],
+            }
+        ],
+        "bufferViews": [{"buffer": 0, "byteLength": len(data)}],
+        "buffers": [
+            {
+                "byteLength": len(data),
+                "uri": "data:application/octet-stream;base64," + base64.b64encode(data).decode(),
+            }
+        ],
+    }
+    if cameras:
+        document["cameras"] = list(cameras)
+    return json.dumps(document)
+
+
+def unlit(r, g, b, a=1.0, **more):
+    return {
+        "pbrMetallicRoughness": {"baseColorFactor": [r, g, b, a]},
+        "extensions": {"KHR_materials_unlit": {}},
+        **more,
+    }
+
+
+class Program(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="orloview-test-")
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, content):
+        with open(self.path(name), "wb") as file:
+            file.write(content.encode() if isinstance(content, str) else content)
+        return self.path(name)
+
+    def run_viewer(self, *arguments, environment=None):
+        env = {**os.environ, **(environment or {})}
+        env = {name: value for name, value in env.items() if value is not None}
+        return subprocess.run([ORLOVIEW, *arguments], capture_output=True, timeout=120, env=env)
+
+    def picture(self, *arguments, expect=0, environment=None):
+        result = self.run_viewer(*arguments, "-o", self.path("out.png"), environment=environment)
+        self.assertEqual(result.returncode, expect, result.stderr.decode())
+        with open(self.path("out.png"), "rb") as file:
+            return read_png(file.read())
+
+    def fails(self, code, arguments, *words, environment=None):
+        """One line on standard error with these words, this exit code, no picture."""
+        result = self.run_viewer(*arguments, environment=environment)
+        message = result.stderr.decode()
+        self.assertEqual(result.returncode, code, f"{arguments}: {message}")
+        self.assertTrue(message.startswith("orloview: "), message)
+        self.assertFalse(os.path.exists(self.path("out.png")), arguments)
+        for word in words:
+            self.assertIn(word, message)
+        for ugly in ("terminate", "exception", ".cpp", "std::", "X Error"):
+            self.assertNotIn(ugly, message)
+        return message
+
+    # What is drawn
+
+    def test_colours_are_linear_and_the_picture_is_srgb(self):
+        model = self.write("m.gltf", gltf(unlit(0.5, 0.0, 1.0)))
+        width, height, channels, rows = self.picture(model, "--size", "64x48", "--background", "#204060")
+        self.assertEqual((width, height, channels), (64, 48, 3))
+        self.assertEqual(list(rows[26][32 * 3 : 33 * 3]), [188, 0, 255])
+        self.assertEqual(list(rows[0][:3]), [0x20, 0x40, 0x60])
+
+    def test_lit_faces_keep_their_hue_and_turn_darker_away_from_the_key_light(self):
+        material = {"pbrMetallicRoughness": {"baseColorFactor": [0.8, 0.4, 0.1, 1], "roughnessFactor": 1}}
+        model = self.write("m.gltf", gltf(material))
+        rows = self.picture(model, "--size", "64x48")[3]
+        r, g, b = rows[26][32 * 3 : 33 * 3]
+        self.assertTrue(r > g > b > 0, (r, g, b))
+
+    def test_transparent_background_and_blending(self):
+        model = self.write("m.gltf", gltf(unlit(1, 0, 0, 0.5, alphaMode="BLEND")))
+        _, _, channels, rows = self.picture(model, "--size", "64x48", "--background", "transparent")
+        self.assertEqual(channels, 4)
+        self.assertEqual(list(rows[0][:4]), [0, 0, 0, 0])
+        self.assertEqual(list(rows[26][32 * 4 : 33 * 4]), [255, 0, 0, 128])
+        _, _, _, rows = self.picture(model, "--size", "64x48", "--background", "#0000ff")
+        self.assertEqual(list(rows[26][32 * 3 : 33 * 3]), [188, 0, 188])
+
+    def test_back_faces_are_hidden_unless_double_sided(self):
+        for double_sided in (False, True):
+            model = self.write("m.gltf", gltf(unlit(1, 1, 1, doubleSided=double_sided)))
+            rows = self.picture(model, "--size", "64x48", "--background", "black", "--eye", "0,0,-6")[3]
+            self.assertEqual(rows[26][32 * 3], 255 if double_sided else 0)
+
+    def test_mirrored_nodes_keep_their_front(self):
+        model = self.write("m.gltf", gltf(unlit(1, 1, 1), nodes=[{"mesh": 0, "scale": [-1, 1, 1]}]))
+        rows = self.picture(model, "--size", "64x48", "--background", "black")[3]
+        self.assertEqual(rows[26][32 * 3], 255)
+
+    def test_points_and_lines(self):
+        corners = ((-1, -1, 0), (1, -1, 0), (1, 1, 0), (-1, 1, 0))
+        for mode, at in ((0, None), (2, None), (1, None)):
+            model = self.write("m.gltf", gltf(unlit(1, 1, 1), corners, mode))
+            rows = self.picture(model, "--size", "64x64", "--background", "black")[3]
+            lit = sum(1 for row in rows for value in row[::3] if value > 60)
+            self.assertGreater(lit, 12 if mode == 0 else 60)
+            self.assertLess(rows[32][32 * 3], 60, "the middle is empty")
+
+    def test_cameras_of_the_file(self):
+        cameras = [
+            {"type": "orthographic", "name": "flat", "orthographic": {"xmag": 4, "ymag": 4, "znear": 0.1, "zfar": 20}},
+            {"type": "perspective", "perspective": {"yfov": 1.0, "znear": 0.1}},
+        ]
+        place = [0, 0, 5]
+        nodes = [{"mesh": 0}, {"camera": 0, "translation": place}, {"camera": 1, "translation": place}]
+        model = self.write("m.gltf", gltf(unlit(1, 1, 1), nodes=nodes, cameras=cameras))
+        heights = {}
+        for name in ("flat", "1"):
+            rows = self.picture(model, "--size", "80x80", "--background", "black", "--camera", name)[3]
+            heights[name] = sum(1 for row in rows if max(row) > 127)
+        self.assertAlmostEqual(heights["flat"], 20, delta=1)  # 2 of 8 units high
+        self.assertAlmostEqual(heights["1"], 80 * 2 / (2 * 5 * 0.5463), delta=1)  # tan(0.5) = 0.5463
+        os.remove(self.path("out.png"))
+        self.fails(1, [model, "-o", self.path("out.png"), "--camera", "side"], "--camera side", "flat")
+
+    def test_several_models_make_one_scene(self):
+        left = self.write("a.gltf", gltf(unlit(1, 0, 0), ((-3, -1, 0), (-1, -1, 0), (-2, 1, 0))))
+        right = self.write("b.gltf", gltf(unlit(0, 1, 0), ((1, -1, 0), (3, -1, 0), (2, 1, 0))))
+        rows = self.picture(left, right, "--size", "120x60", "--background", "black")[3]
+        colours = {tuple(row[x * 3 : x * 3 + 3]) for row in rows for x in range(120)}
+        self.assertIn((255, 0, 0), colours)
+        self.assertIn((0, 255, 0), colours)
+
+    def test_wireframe_leaves_the_inside_empty(self):
+        model = self.write("m.gltf", gltf(unlit(1, 1, 1)))
+        rows = self.picture(model, "--size", "64x48", "--background", "black", "--wireframe")[3]
+        self.assertEqual(rows[26][32 * 3], 0)
+        self.assertGreater(max(max(row) for row in rows), 100)
+
+    def test_a_second_frame_uploads_nothing(self):
+        model = self.write("m.gltf", gltf(nodes=[{"mesh": 0}, {"mesh": 0, "translation": [3, 0, 0]}]))
+        result = self.run_viewer(model, "-o", self.path("out.png"), "--size", "32x32", "--stats")
+        first, second = [line for line in result.stderr.decode().splitlines() if line.startswith("frame")]
+        self.assertIn("2 groups, 2 triangles", first)
+        self.assertNotIn(" 0 uploads", first)
+        self.assertIn("2 draw calls, 0 uploads, 0 bytes uploaded, 0 GL names made", second)
+
+    def test_standard_output_and_a_private_display(self):
+        model = self.write("m.gltf", gltf())
+        result = self.run_viewer(model, "-o", "-", "--size", "20x10", "-v", environment={"DISPLAY": None})
+        self.assertEqual(result.returncode, 0, result.stderr.decode())
+        self.assertEqual(read_png(result.stdout)[:2], (20, 10))
+        self.assertIn("private X server", result.stderr.decode())
+
+    def test_byte_buffers_do_where_floats_are_not_offered(self):
+        model = self.write("m.gltf", gltf(unlit(0.5, 0.0, 1.0)))
+        rows = self.picture(
+            model, "--size", "64x48", environment={"MESA_EXTENSION_OVERRIDE": "-GL_ARB_texture_float"}
+        )[3]
+        self.assertAlmostEqual(rows[26][32 * 3], 188, delta=1)
+
+    def test_gl_info(self):
+        result = self.run_viewer("--gl-info")
+        self.assertEqual(result.returncode, 0)
+        for words in ("OpenGL version: ", "renderer: ", "kCapFramebufferObject: yes", "kCapNVVertexProgram: no", "texture size: "):
+            self.assertIn(words, result.stdout.decode())
+
+    # Wrong use
+
+    def test_wrong_switches_are_refused_before_anything_is_read(self):
+        out = ["-o", self.path("out.png")]
+        for arguments, words in (
+            ([], ["no model", "--help"]),
+            (["m.glb"], ["-o"]),
+            (["m.glb", "--siez", "3x3", *out], ["--siez", "did you mean --size?"]),
+            (["m.glb", "-o"], ["--output"]),
+            (["m.glb", "-o", self.path("out.jpg")], ["out.jpg", "PNG"]),
+            (["m.glb", "--size", "0x0", *out], ["--size 0x0"]),
+            (["m.glb", "--size", "12", *out], ["--size 12"]),
+            (["m.glb", "--size", "-4x4", *out], ["--size -4x4"]),
+            (["m.glb", "--size", "99999999999x4", *out], ["--size"]),
+            (["m.glb", "--eye", "1,2", *out], ["--eye 1,2", "three numbers"]),
+            (["m.glb", "--eye", "1,2,inf", *out], ["--eye"]),
+            (["m.glb", "--eye", "1,2,3,4", *out], ["--eye"]),
+            (["m.glb", "--eye", "1,2,3", "--target", "1,2,3", *out], ["--eye and --target"]),
+            (["m.glb", "--up", "0,0,0", *out], ["--up"]),
+            (["m.glb", "--fov", "180", *out], ["--fov 180"]),
+            (["m.glb", "--fov", "wide", *out], ["--fov wide"]),
+            (["m.glb", "--background", "#12", *out], ["--background #12"]),
+            (["m.glb", "--camera", "0", "--fov", "30", *out], ["--camera"]),
+            (["m.glb", "--json", *out], ["--json", "--info"]),
+            (["m.glb", "-q", "-v", *out], ["-q and -v"]),
+        ):
+            with self.subTest(arguments=arguments):
+                message = self.fails(1, arguments, *words)
+                self.assertEqual(message.count("\n"), 1, message)
+
+    def test_wrong_views_and_sizes(self):
+        model = self.write("m.gltf", gltf())
+        out = ["-o", self.path("out.png")]
+        self.fails(1, [model, *out, "--eye", "0,5,0", "--target", "0,0,0"], "--up lies along the view")
+        self.fails(1, [model, *out, "--size", "60000x10"], "--size 60000x10", "at most")
+
+    def test_nothing_to_draw(self):
+        out = ["-o", self.path("out.png")]
+        self.fails(2, [self.path("none.glb"), *out], "none.glb")
+        self.fails(2, [self.folder, *out], self.folder)
+        self.fails(2, [self.write("empty.obj", ""), *out], "empty.obj")
+        self.fails(2, [self.write("m.xyz", "hello"), *out], "m.xyz")
+        self.fails(2, [self.write("n.gltf", '{"asset":{"version":"2.0"}}'), *out], "n.gltf")
+
+    def test_what_was_left_out_is_named(self):
+        model = self.write("m.gltf", gltf())
+        self.picture(model, self.path("gone.obj"), "--size", "16x16", expect=3)
+
+    def test_no_display(self):
+        model = self.write("m.gltf", gltf())
+        environment = {"DISPLAY": None, "PATH": self.folder}
+        self.fails(4, [model, "-o", self.path("out.png")], "no X display", "xvfb", environment=environment)
+        self.fails(4, ["--gl-info"], ":99999", environment={"DISPLAY": ":99999", "PATH": self.folder})
+
+    def test_no_usable_gl(self):
+        model = self.write("m.gltf", gltf())
+        arguments = [model, "-o", self.path("out.png"), "--size", "16x16"]
+        self.fails(4, arguments, "libGL.so.1", environment={"LD_PRELOAD": HIDE_GL, "ASAN_OPTIONS": "verify_asan_link_order=0"})
+        self.fails(4, arguments, "framebuffer objects", environment={"MESA_EXTENSION_OVERRIDE": "-GL_EXT_framebuffer_object"})
+
+    def test_a_failed_write_leaves_the_old_picture(self):
+        model = self.write("m.gltf", gltf())
+        message = self.fails(5, [model, "-o", self.path("no/such/out.png"), "--size", "16x16"], "out.png")
+        self.assertEqual(message.count("\n"), 1)
+        result = self.run_viewer(model, "-o", "/dev/full", "--size", "16x16")
+        self.assertEqual(result.returncode, 1, "not a PNG by its name")
+        os.symlink("/dev/full", self.path("full.png"))
+        self.fails(5, [model, "-o", self.path("full.png"), "--size", "16x16"], "full.png")
+        self.write("old.png", "old")
+        self.fails(2, [self.path("gone.obj"), "-o", self.path("old.png")])
+        with open(self.path("old.png")) as file:
+            self.assertEqual(file.read(), "old")
+        self.assertEqual([name for name in os.listdir(self.folder) if "part" in name], [])
+
+
+if __name__ == "__main__":
+    unittest.main()
