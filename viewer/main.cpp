@@ -5,7 +5,7 @@
 #include "Options.h"
 #include "Render.h"
 #include "import/Importer.h"
-#include "info/Info.h"
+#include "info/Describe.h"
 #include "output/PngFile.h"
 #include "window/DisplaySession.h"
 #include "window/GLSession.h"

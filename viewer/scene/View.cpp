@@ -22,7 +22,7 @@ constexpr double kDefaultFieldOfView = 35.0;
 constexpr double kElevation = 15.0;
 
 /// Room round the fitted scene, as a part of the distance.
-constexpr double kMargin = 1.04;
+constexpr double kMargin = 1.08;
 
 double radians(double degrees)
 {
