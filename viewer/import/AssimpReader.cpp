@@ -1,0 +1,346 @@
+#include "import/AssimpReader.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <map>
+#include <string_view>
+#include <utility>
+
+#include <assimp/Importer.hpp>
+#include <assimp/config.h>
+#include <assimp/material.h>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+
+#include "import/ImportError.h"
+#include "import/MeshCheck.h"
+#include "import/Text.h"
+#include "import/Warnings.h"
+#include "scene/Normals.h"
+
+namespace orloview {
+
+namespace {
+
+using koLinear::AffineMatrix;
+
+/// Row vectors here, column vectors there.
+AffineMatrix toAffine(const aiMatrix4x4& m) {
+    AffineMatrix result;
+    for (unsigned row = 0; row < 4; ++row)
+        for (unsigned axis = 0; axis < 3; ++axis)
+            result[static_cast<int>(row)][axis] = static_cast<double>(m[axis][row]);
+    return result;
+}
+
+aiMatrix4x4 toWorld(const aiNode* node) {
+    aiMatrix4x4 result = node->mTransformation;
+    for (node = node->mParent; node != nullptr; node = node->mParent)
+        result = node->mTransformation * result;
+    return result;
+}
+
+/// A frame that looks along `forward` from `place`, as cameras and lights of a scene do.
+AffineMatrix lookingAlong(const aiVector3D& place, aiVector3D forward, aiVector3D up) {
+    forward.NormalizeSafe();
+    aiVector3D right = forward ^ up;
+    if (right.SquareLength() < 1e-12F)
+        right = forward ^ (std::abs(forward.y) < 0.9F ? aiVector3D(0, 1, 0) : aiVector3D(1, 0, 0));
+    right.NormalizeSafe();
+    up = right ^ forward;
+    AffineMatrix m;
+    for (unsigned axis = 0; axis < 3; ++axis) {
+        m[0][axis] = static_cast<double>(right[axis]);
+        m[1][axis] = static_cast<double>(up[axis]);
+        m[2][axis] = static_cast<double>(-forward[axis]);
+        m[3][axis] = static_cast<double>(place[axis]);
+    }
+    return m;
+}
+
+koColor::Color toColor(const aiColor4D& c) {
+    return {c.r, c.g, c.b, c.a};
+}
+
+Wrap wrapOf(aiTextureMapMode mode) {
+    switch (mode) {
+    case aiTextureMapMode_Clamp:
+    case aiTextureMapMode_Decal:
+        return Wrap::ClampToEdge;
+    case aiTextureMapMode_Mirror:
+        return Wrap::MirroredRepeat;
+    default:
+        return Wrap::Repeat;
+    }
+}
+
+class Converter {
+public:
+    Converter(const aiScene& source, std::filesystem::path folder)
+        : fSource(source), fFolder(std::move(folder)) {}
+
+    Scene convert(const std::string& format) {
+        fScene.format = format;
+        for (unsigned i = 0; i < fSource.mNumMaterials; ++i)
+            fScene.materials.push_back(material(*fSource.mMaterials[i]));
+        for (unsigned i = 0; i < fSource.mNumMeshes; ++i)
+            addMesh(i);
+        placeNodes();
+        addCameras();
+        addLights();
+        fScene.warnings = fWarnings.lines();
+        return std::move(fScene);
+    }
+
+private:
+    Material material(const aiMaterial& source);
+    TextureUse use(const aiMaterial& source, aiTextureType type);
+    Image image(const std::string& name) const;
+    void addMesh(unsigned index);
+    void addElements(unsigned index, unsigned width, Topology topology);
+    void placeNodes();
+    void addCameras();
+    void addLights();
+
+    const aiScene& fSource;
+    std::filesystem::path fFolder;
+    Scene fScene;
+    Warnings fWarnings;
+    std::map<std::string, int> fTextures;
+    std::map<unsigned, std::vector<int>> fMeshes; ///< the library's mesh to those of the scene
+};
+
+Material Converter::material(const aiMaterial& source) {
+    Material result;
+    aiString name;
+    if (source.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS)
+        result.name = name.C_Str();
+    aiColor4D color;
+    if (source.Get(AI_MATKEY_BASE_COLOR, color) == aiReturn_SUCCESS ||
+        source.Get(AI_MATKEY_COLOR_DIFFUSE, color) == aiReturn_SUCCESS)
+        result.baseColor = toColor(color);
+    if (source.Get(AI_MATKEY_COLOR_EMISSIVE, color) == aiReturn_SUCCESS)
+        result.emissive = toColor(color);
+    float value = 1.0F;
+    if (source.Get(AI_MATKEY_OPACITY, value) == aiReturn_SUCCESS && value > 0.0F)
+        result.baseColor[3] = value;
+    if (result.baseColor[3] < 1.0F)
+        result.alphaMode = AlphaMode::Blend;
+    if (source.Get(AI_MATKEY_METALLIC_FACTOR, value) == aiReturn_SUCCESS)
+        result.metallic = value;
+    if (source.Get(AI_MATKEY_ROUGHNESS_FACTOR, value) == aiReturn_SUCCESS)
+        result.roughness = value;
+    else if (source.Get(AI_MATKEY_SHININESS, value) == aiReturn_SUCCESS && value > 0.0F)
+        result.roughness = std::sqrt(2.0F / (value + 2.0F));
+    int twoSided = 0;
+    result.doubleSided = source.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS && twoSided != 0;
+    result.baseColorTexture = use(source, aiTextureType_DIFFUSE);
+    result.normalTexture = use(source, aiTextureType_NORMALS);
+    result.emissiveTexture = use(source, aiTextureType_EMISSIVE);
+    return result;
+}
+
+TextureUse Converter::use(const aiMaterial& source, aiTextureType type) {
+    TextureUse result;
+    aiString path;
+    unsigned uvSet = 0;
+    aiTextureMapMode modes[3] = {aiTextureMapMode_Wrap, aiTextureMapMode_Wrap, aiTextureMapMode_Wrap};
+    if (source.GetTexture(type, 0, &path, nullptr, &uvSet, nullptr, nullptr, modes) != aiReturn_SUCCESS ||
+        path.length == 0)
+        return result;
+    result.uvSet = static_cast<int>(std::min(uvSet, 7U));
+    const std::string name = withSlashes(path.C_Str());
+    const auto [known, isNew] = fTextures.emplace(name, static_cast<int>(fScene.textures.size()));
+    result.texture = known->second;
+    if (!isNew)
+        return result;
+    Texture texture;
+    texture.name = name;
+    texture.image = static_cast<int>(fScene.images.size());
+    texture.wrapU = wrapOf(modes[0]);
+    texture.wrapV = wrapOf(modes[1]);
+    fScene.textures.push_back(std::move(texture));
+    fScene.images.push_back(image(name));
+    if (fScene.images.back().path.empty() && fScene.images.back().bytes.empty())
+        fWarnings.add("the picture '" + name + "'", "left out: there is no such file");
+    return result;
+}
+
+Image Converter::image(const std::string& name) const {
+    Image result;
+    result.name = name;
+    const aiTexture* embedded = fSource.GetEmbeddedTexture(name.c_str());
+    if (embedded != nullptr && embedded->mHeight == 0) { // a compressed file; mWidth is its length
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(embedded->pcData);
+        result.bytes.assign(bytes, bytes + embedded->mWidth);
+        return result;
+    }
+    // Such files often hold the path that the picture had on its author's machine.
+    for (const std::filesystem::path& path :
+         {fFolder / name, fFolder / std::filesystem::path(name).filename()}) {
+        std::error_code error;
+        if (result.path.empty() && std::filesystem::is_regular_file(path, error))
+            result.path = path.string();
+    }
+    return result;
+}
+
+void Converter::addMesh(unsigned index) {
+    addElements(index, 1, Topology::Points);
+    addElements(index, 2, Topology::Lines);
+    addElements(index, 3, Topology::Triangles);
+}
+
+/// Faces of this many corners; the library doesn't always part points, lines and triangles.
+void Converter::addElements(unsigned index, unsigned width, Topology topology) {
+    const aiMesh& source = *fSource.mMeshes[index];
+    Mesh mesh;
+    mesh.name = source.mName.C_Str();
+    mesh.topology = topology;
+    mesh.bothSides = true;
+    for (unsigned i = 0; i < source.mNumFaces; ++i)
+        if (const aiFace& face = source.mFaces[i]; face.mNumIndices == width)
+            mesh.indices.insert(mesh.indices.end(), face.mIndices, face.mIndices + width);
+    if (mesh.indices.empty() || source.mVertices == nullptr)
+        return;
+    if (source.mMaterialIndex < fScene.materials.size())
+        mesh.material = static_cast<int>(source.mMaterialIndex);
+    for (unsigned i = 0; i < source.mNumVertices; ++i) {
+        const aiVector3D& p = source.mVertices[i];
+        mesh.positions.insert(mesh.positions.end(), {p.x, p.y, p.z});
+        if (source.mNormals != nullptr) {
+            const aiVector3D& n = source.mNormals[i];
+            mesh.normals.insert(mesh.normals.end(), {n.x, n.y, n.z});
+        }
+        if (const aiColor4D* colors = source.mColors[0]; colors != nullptr)
+            mesh.colors.insert(mesh.colors.end(), {colors[i].r, colors[i].g, colors[i].b, colors[i].a});
+    }
+    for (unsigned set = 0; set < AI_MAX_NUMBER_OF_TEXTURECOORDS && source.HasTextureCoords(set); ++set) {
+        std::vector<float>& uvs = mesh.uvSets.emplace_back();
+        for (unsigned i = 0; i < source.mNumVertices; ++i) // v runs up in the library
+            uvs.insert(uvs.end(), {source.mTextureCoords[set][i].x, 1.0F - source.mTextureCoords[set][i].y});
+    }
+    const std::string name = mesh.name.empty() ? "the mesh" : "'" + mesh.name + "'";
+    if (!makeDrawable(mesh, name, fWarnings))
+        return;
+    if (topology == Topology::Triangles && mesh.normals.empty())
+        addSmoothNormals(mesh);
+    fMeshes[index].push_back(static_cast<int>(fScene.meshes.size()));
+    fScene.meshes.push_back(std::move(mesh));
+}
+
+void Converter::placeNodes() {
+    std::vector<std::pair<const aiNode*, aiMatrix4x4>> open{{fSource.mRootNode, aiMatrix4x4()}};
+    while (!open.empty()) {
+        const auto [node, parent] = open.back();
+        open.pop_back();
+        const aiMatrix4x4 transform = parent * node->mTransformation;
+        const AffineMatrix world = toAffine(transform);
+        const bool finite = std::all_of(world[0], world[0] + 12, [](double e) { return std::isfinite(e); });
+        if (!finite)
+            fWarnings.add(std::string("the node '") + node->mName.C_Str() + "'",
+                          "left out: its transform is not finite");
+        for (unsigned i = 0; finite && i < node->mNumMeshes; ++i)
+            for (const int mesh : fMeshes[node->mMeshes[i]])
+                fScene.instances.push_back({node->mName.C_Str(), mesh, world});
+        for (unsigned i = node->mNumChildren; i-- > 0;)
+            open.emplace_back(node->mChildren[i], transform);
+    }
+}
+
+void Converter::addCameras() {
+    for (unsigned i = 0; i < fSource.mNumCameras; ++i) {
+        const aiCamera& source = *fSource.mCameras[i];
+        Camera camera;
+        camera.name = source.mName.C_Str();
+        camera.aspect = static_cast<double>(source.mAspect);
+        camera.zNear = static_cast<double>(source.mClipPlaneNear);
+        camera.zFar = static_cast<double>(source.mClipPlaneFar);
+        if (source.mOrthographicWidth > 0.0F) {
+            camera.kind = Camera::Kind::Orthographic;
+            camera.xmag = static_cast<double>(source.mOrthographicWidth);
+            camera.ymag = camera.aspect > 0.0 ? camera.xmag / camera.aspect : camera.xmag;
+        } else {
+            const double across = std::tan(static_cast<double>(source.mHorizontalFOV) / 2.0);
+            camera.yfov = 2.0 * std::atan(camera.aspect > 0.0 ? across / camera.aspect : across);
+        }
+        const AffineMatrix own = lookingAlong(source.mPosition, source.mLookAt, source.mUp);
+        const aiNode* node = fSource.mRootNode->FindNode(source.mName);
+        camera.toWorld = node != nullptr ? own.then(toAffine(toWorld(node))) : own;
+        fScene.cameras.push_back(std::move(camera));
+    }
+}
+
+void Converter::addLights() {
+    for (unsigned i = 0; i < fSource.mNumLights; ++i) {
+        const aiLight& source = *fSource.mLights[i];
+        Light light;
+        light.name = source.mName.C_Str();
+        if (source.mType == aiLightSource_DIRECTIONAL)
+            light.kind = Light::Kind::Directional;
+        else if (source.mType == aiLightSource_SPOT)
+            light.kind = Light::Kind::Spot;
+        else if (source.mType != aiLightSource_POINT) {
+            fWarnings.add("the light '" + light.name + "'",
+                          "left out: only directional, point and spot lights "
+                          "are drawn");
+            continue;
+        }
+        const aiColor3D& c = source.mColorDiffuse;
+        light.color = koColor::Color(c.r, c.g, c.b);
+        light.innerConeAngle = static_cast<double>(source.mAngleInnerCone) / 2.0;
+        light.outerConeAngle = static_cast<double>(source.mAngleOuterCone) / 2.0;
+        const AffineMatrix own = lookingAlong(source.mPosition, source.mDirection, source.mUp);
+        const aiNode* node = fSource.mRootNode->FindNode(source.mName);
+        light.toWorld = node != nullptr ? own.then(toAffine(toWorld(node))) : own;
+        fScene.lights.push_back(std::move(light));
+    }
+}
+
+constexpr unsigned kPostprocess = aiProcess_Triangulate;
+
+/// The library's own words where they help: the first line without the tags it puts in front.
+std::string reasonOf(const Assimp::Importer& importer) {
+    std::string_view message = importer.GetErrorString();
+    message = takeLine(message);
+    const bool isInternal = message.find("xception") != message.npos || message.find(".cpp") != message.npos;
+    if (message.empty() || isInternal)
+        return "the file is damaged; export the model again";
+    return "the import library says '" + std::string(message.substr(0, 160)) + "'; export the model again";
+}
+
+Scene convert(const Assimp::Importer& importer, const aiScene* source, const std::filesystem::path& folder,
+              const std::string& format) {
+    if (source == nullptr || source->mRootNode == nullptr)
+        throw ImportError(reasonOf(importer));
+    return Converter(*source, folder).convert(format);
+}
+
+void withoutDot(std::string& suffix) {
+    suffix.erase(0, suffix.starts_with('.') ? 1 : 0);
+    std::transform(suffix.begin(), suffix.end(), suffix.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+}
+
+} // namespace
+
+Scene readStl(const std::vector<std::uint8_t>& bytes) {
+    Assimp::Importer importer;
+    const aiScene* source = importer.ReadFileFromMemory(bytes.data(), bytes.size(), kPostprocess, "stl");
+    return convert(importer, source, {}, "STL");
+}
+
+Scene readByLibrary(const std::filesystem::path& path) {
+    Assimp::Importer importer;
+    const aiScene* source = importer.ReadFile(path.string(), kPostprocess);
+    std::string format = path.extension().string();
+    withoutDot(format);
+    return convert(importer, source, path.parent_path(), format.empty() ? "model" : format);
+}
+
+bool libraryReads(const std::string& suffix) {
+    return !suffix.empty() && Assimp::Importer().IsExtensionSupported(suffix);
+}
+
+} // namespace orloview

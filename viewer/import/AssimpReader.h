@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "scene/Scene.h"
+
+namespace orloview {
+
+/// Reads STL from memory by the import library. Facets keep their flat normals.
+Scene readStl(const std::vector<std::uint8_t>& bytes);
+
+/// Reads whatever else the import library knows by the file's suffix or content. Its indices, coordinates and
+/// references are checked here: the library hands on what stands in the file. Throws an ImportError.
+Scene readByLibrary(const std::filesystem::path& path);
+
+/// Whether the import library reads files with this suffix (with its dot).
+bool libraryReads(const std::string& suffix);
+
+} // namespace orloview

@@ -1,0 +1,114 @@
+#include "import/Format.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <optional>
+#include <string_view>
+
+#include "import/AssimpReader.h"
+#include "import/ImportError.h"
+#include "import/Text.h"
+
+namespace orloview {
+
+namespace {
+
+constexpr std::size_t kStlHeader = 84;
+constexpr std::size_t kStlFacet = 50;
+
+std::string lowerSuffix(const std::filesystem::path& path) {
+    std::string suffix = path.extension().string();
+    std::transform(suffix.begin(), suffix.end(), suffix.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return suffix;
+}
+
+std::optional<Format> bySuffix(const std::string& suffix) {
+    if (suffix == ".gltf" || suffix == ".glb")
+        return Format::Gltf;
+    if (suffix == ".obj")
+        return Format::Obj;
+    if (suffix == ".ply")
+        return Format::Ply;
+    if (suffix == ".stl")
+        return Format::Stl;
+    if (libraryReads(suffix))
+        return Format::ByLibrary;
+    return std::nullopt;
+}
+
+bool isGltf(std::string_view start) {
+    return start.starts_with("glTF") ||
+           (trimmed(start).starts_with('{') && start.find("\"asset\"") != start.npos);
+}
+
+/// A text of facets, or a binary file that is as long as its count of facets says. Some binary files begin
+/// with "solid" as well.
+bool isStl(std::string_view file) {
+    if (file.size() >= kStlHeader) {
+        std::size_t facets = 0;
+        for (std::size_t i = 4; i-- > 0;)
+            facets = facets << 8U | static_cast<unsigned char>(file[kStlHeader - 4 + i]);
+        if (facets > 0 && file.size() == kStlHeader + facets * kStlFacet)
+            return true;
+    }
+    std::string_view text = file.substr(0, 4096);
+    return takeWord(text) == "solid" && text.find("facet") != text.npos;
+}
+
+/// The first lines of an OBJ file are comments and its own keywords with, among them, a vertex.
+bool isObj(std::string_view start) {
+    static constexpr std::array<std::string_view, 9> kKeywords{"v", "vt", "vn",     "f",     "o",
+                                                               "g", "s",  "mtllib", "usemtl"};
+    bool hasVertex = false;
+    for (int lines = 0; !start.empty() && lines < 64; ++lines) {
+        std::string_view line = takeLine(start);
+        const std::string_view word = takeWord(line);
+        if (word.empty() || word.starts_with('#') || start.empty()) // the last line may be cut short
+            continue;
+        if (std::find(kKeywords.begin(), kKeywords.end(), word) == kKeywords.end())
+            return false;
+        hasVertex = hasVertex || (word == "v" && toNumber(takeWord(line)));
+    }
+    return hasVertex;
+}
+
+/// Formats that the import library reads and that say at their start what they are.
+bool isKnownToLibrary(std::string_view start) {
+    static constexpr std::array<std::string_view, 5> kMagic{"Kaydara FBX Binary", "; FBX ", "xof 03", "OFF\n",
+                                                            "OFF\r"};
+    return std::any_of(kMagic.begin(), kMagic.end(),
+                       [&](std::string_view magic) { return start.starts_with(magic); }) ||
+           start.find("<COLLADA") != start.npos;
+}
+
+std::optional<Format> byContent(std::string_view file) {
+    const std::string_view start = file.substr(0, 4096);
+    if (isGltf(start))
+        return Format::Gltf;
+    if (start.starts_with("ply\n") || start.starts_with("ply\r"))
+        return Format::Ply;
+    if (isStl(file))
+        return Format::Stl;
+    if (isKnownToLibrary(start))
+        return Format::ByLibrary;
+    if (isObj(start))
+        return Format::Obj;
+    return std::nullopt;
+}
+
+} // namespace
+
+Format detectFormat(std::span<const std::uint8_t> bytes, const std::filesystem::path& path) {
+    const std::string_view file(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (const auto format = byContent(file))
+        return *format;
+    if (const auto format = bySuffix(lowerSuffix(path)))
+        return *format;
+    throw ImportError(
+        "this is no model file of a known kind; give a .gltf, .glb, .obj, .ply or .stl file, or "
+        "another that the import library reads (.dae, .fbx, .3ds, .off, .x ...)");
+}
+
+} // namespace orloview

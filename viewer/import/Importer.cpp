@@ -1,0 +1,80 @@
+#include "import/Importer.h"
+
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <utility>
+
+#include <unistd.h>
+
+#include "import/ChildProcess.h"
+#include "import/ImportError.h"
+#include "import/ModelReader.h"
+#include "import/SceneStream.h"
+
+namespace orloview {
+
+namespace {
+
+constexpr std::size_t kLongestError = 1000;
+
+/// The child's work: the scene, or one line that says what is wrong.
+bool readInto(int output, const std::string& path) {
+    try {
+        return writeScene(readModel(path), output);
+    } catch (const ImportError& error) {
+        const std::string line = std::string(error.what()).substr(0, kLongestError);
+        static_cast<void>(::write(output, line.data(), line.size()) != 0);
+        return false;
+    }
+}
+
+std::string oneLine(const std::vector<std::uint8_t>& bytes) {
+    std::string line;
+    for (const std::uint8_t byte : bytes)
+        line += byte < 0x20 ? ' ' : static_cast<char>(byte); // names in damaged files hold anything
+    return line;
+}
+
+std::string decimal(double number) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3g", number);
+    return text;
+}
+
+std::string whatHappened(const ChildResult& result, const ImportLimits& limits) {
+    constexpr const char* kDamaged = " (the file is probably damaged); try re-exporting it";
+    switch (result.outcome) {
+    case ChildOutcome::Failed:
+        return result.output.empty() ? std::string("the scene is too big to hand over; export it in parts")
+                                     : oneLine(result.output);
+    case ChildOutcome::OutOfMemory:
+        return "the file could not be read: it takes more than " +
+               decimal(static_cast<double>(limits.memoryBytes) / (1 << 30)) + " GB of memory" + kDamaged;
+    case ChildOutcome::OutOfTime:
+        return "the file could not be read: it takes longer than " + decimal(limits.seconds) + " seconds" +
+               kDamaged;
+    case ChildOutcome::NotStarted:
+        return "the file could not be read: no process could be started for it; try again later";
+    default:
+        return std::string("the file could not be read: the importer crashed") + kDamaged;
+    }
+}
+
+} // namespace
+
+ImportResult importModel(const std::string& path, const ImportLimits& limits) {
+    ImportResult result;
+    try {
+        const ChildResult child = runInChild([&](int output) { return readInto(output, path); }, limits);
+        if (child.outcome != ChildOutcome::Done)
+            result.error = whatHappened(child, limits);
+        else if (!readScene(child.output, result.scene))
+            result.error = whatHappened({ChildOutcome::Crashed, {}}, limits);
+    } catch (const std::bad_alloc&) {
+        result.error = whatHappened({ChildOutcome::OutOfMemory, {}}, limits);
+    }
+    return result;
+}
+
+} // namespace orloview

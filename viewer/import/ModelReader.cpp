@@ -1,0 +1,94 @@
+#include "import/ModelReader.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "import/AssimpReader.h"
+#include "import/FileBytes.h"
+#include "import/Format.h"
+#include "import/GltfReader.h"
+#include "import/ImportError.h"
+#include "import/ObjReader.h"
+#include "import/PlyReader.h"
+
+namespace orloview {
+
+namespace {
+
+Scene readAs(Format format, const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path) {
+    switch (format) {
+    case Format::Gltf:
+        return readGltf(bytes, path);
+    case Format::Obj:
+        return readObj(bytes, path);
+    case Format::Ply:
+        return readPly(bytes);
+    case Format::Stl:
+        return readStl(bytes);
+    case Format::ByLibrary:
+        return readByLibrary(path);
+    }
+    return {};
+}
+
+bool refers(int index, std::size_t length) {
+    return index >= 0 && static_cast<std::size_t>(index) < length;
+}
+
+bool refersOrNone(int index, std::size_t length) {
+    return index == -1 || refers(index, length);
+}
+
+bool fits(const std::vector<float>& values, std::size_t count) {
+    return values.empty() || values.size() == count;
+}
+
+bool isConsistent(const Mesh& mesh, std::size_t materialCount) {
+    const std::size_t vertices = mesh.vertexCount();
+    return mesh.positions.size() == vertices * 3 && fits(mesh.normals, vertices * 3) &&
+           fits(mesh.colors, vertices * 4) && !mesh.indices.empty() &&
+           refersOrNone(mesh.material, materialCount) &&
+           std::all_of(mesh.uvSets.begin(), mesh.uvSets.end(),
+                       [&](const std::vector<float>& uvs) { return fits(uvs, vertices * 2); }) &&
+           std::all_of(mesh.indices.begin(), mesh.indices.end(),
+                       [&](std::uint32_t index) { return index < vertices; });
+}
+
+bool isConsistent(const Material& material, std::size_t textureCount) {
+    for (const TextureUse* use :
+         {&material.baseColorTexture, &material.metallicRoughnessTexture, &material.normalTexture,
+          &material.occlusionTexture, &material.emissiveTexture})
+        if (!refersOrNone(use->texture, textureCount) || use->uvSet < 0)
+            return false;
+    return true;
+}
+
+} // namespace
+
+Scene readModel(const std::filesystem::path& path) {
+    const std::vector<std::uint8_t> bytes = readFile(path);
+    Scene scene = readAs(detectFormat(bytes, path), bytes, path);
+    if (scene.instances.empty() && scene.cameras.empty() && scene.lights.empty()) {
+        if (scene.warnings.empty())
+            throw ImportError("there is nothing in it to draw");
+        throw ImportError("nothing in it can be drawn: " + scene.warnings.front());
+    }
+    return scene;
+}
+
+bool isConsistent(const Scene& scene) {
+    return std::all_of(scene.meshes.begin(), scene.meshes.end(),
+                       [&](const Mesh& mesh) { return isConsistent(mesh, scene.materials.size()); }) &&
+           std::all_of(scene.instances.begin(), scene.instances.end(),
+                       [&](const Instance& each) { return refers(each.mesh, scene.meshes.size()); }) &&
+           std::all_of(
+               scene.materials.begin(), scene.materials.end(),
+               [&](const Material& material) { return isConsistent(material, scene.textures.size()); }) &&
+           std::all_of(scene.textures.begin(), scene.textures.end(), [&](const Texture& texture) {
+               return refersOrNone(texture.image, scene.images.size());
+           });
+}
+
+} // namespace orloview

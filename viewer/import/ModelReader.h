@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+
+#include "scene/Scene.h"
+
+namespace orloview {
+
+/// Reads a model file in this process. What importModel runs in its child: a damaged file may crash or hang
+/// an import library in here. Throws an ImportError where there is nothing to draw and no camera or light
+/// either.
+Scene readModel(const std::filesystem::path& path);
+
+/// Whether all references of the scene lead somewhere and its attributes fit its vertices.
+bool isConsistent(const Scene& scene);
+
+} // namespace orloview

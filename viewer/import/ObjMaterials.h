@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "import/Warnings.h"
+#include "scene/Scene.h"
+
+namespace orloview {
+
+/// The materials of an OBJ file: reads its libraries and knows each material by its name.
+class ObjMaterials {
+public:
+    /// `folder` is where libraries and pictures are looked for. Materials and textures go to the scene.
+    ObjMaterials(std::filesystem::path folder, Scene& scene, Warnings& warnings);
+
+    /// The rest of a "mtllib" line: one file name with blanks in it, or several without.
+    void readLibraries(std::string_view names);
+
+    /// The material's place in the scene; -1, with a warning, where no library has it.
+    int find(const std::string& name);
+
+private:
+    void readLibrary(const std::string& name);
+    TextureUse use(const std::string& picture, bool clamp);
+
+    std::filesystem::path fFolder;
+    Scene& fScene;
+    Warnings& fWarnings;
+    std::map<std::string, int> fByName;
+    std::map<std::string, int> fTextures; ///< by the picture's name
+    bool fLibraryMissing = false;
+};
+
+} // namespace orloview

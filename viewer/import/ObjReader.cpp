@@ -1,0 +1,370 @@
+#include "import/ObjReader.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <map>
+#include <numeric>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <unordered_map>
+#include <utility>
+
+#include "import/ImportError.h"
+#include "import/MeshCheck.h"
+#include "import/ObjMaterials.h"
+#include "import/Text.h"
+#include "import/Warnings.h"
+#include "scene/Normals.h"
+#include "scene/Triangulate.h"
+
+namespace orloview {
+
+namespace {
+
+constexpr std::uint32_t kNone = 0xFFFFFFFF;
+constexpr std::uint32_t kEverySmooth = 1; ///< the smoothing group of a file without any
+
+/// One corner of a face: indices from 0 into the file's lists, kNone where the corner has no such thing. What
+/// lies beyond a list stays as it is and is sorted out with the mesh.
+struct Corner {
+    std::uint32_t position = kNone;
+    std::uint32_t uv = kNone;
+    std::uint32_t normal = kNone;
+    std::uint32_t smoothing = kEverySmooth;
+
+    bool operator==(const Corner&) const = default;
+};
+
+struct CornerHash {
+    std::size_t operator()(const Corner& corner) const {
+        std::size_t hash = corner.position;
+        for (const std::uint32_t part : {corner.uv, corner.normal, corner.smoothing})
+            hash = hash * 0x9E3779B97F4A7C15U + part;
+        return hash ^ hash >> 29U;
+    }
+};
+
+bool isIn(const std::vector<float>& list, std::uint32_t index, std::size_t width) {
+    return index < list.size() / width;
+}
+
+/// Appends an entry of the list, or `instead` where there is no such entry.
+void copyOr(float instead, const std::vector<float>& list, std::uint32_t index, std::size_t width,
+            std::vector<float>& to) {
+    for (std::size_t i = 0; i < width; ++i)
+        to.push_back(isIn(list, index, width) ? list[std::size_t{index} * width + i] : instead);
+}
+
+/// A mesh that grows while the file is read; corners that are alike share a vertex.
+struct Part {
+    Mesh mesh;
+    std::unordered_map<Corner, std::uint32_t, CornerHash> known;
+    std::vector<Corner> corners; ///< by vertex
+    bool allNormals = true;
+
+    std::uint32_t vertexOf(const Corner& corner) {
+        const auto [found, isNew] = known.emplace(corner, static_cast<std::uint32_t>(corners.size()));
+        if (isNew)
+            corners.push_back(corner);
+        return found->second;
+    }
+};
+
+class Reader {
+public:
+    Reader(std::string_view text, const std::filesystem::path& folder)
+        : fText(text), fMaterials(folder, fScene, fWarnings) {}
+
+    Scene read();
+
+private:
+    void readLine(std::string_view keyword, std::string_view words);
+    void readPosition(std::string_view words);
+    void readVector(std::string_view words, std::size_t width, std::vector<float>& to);
+    void readFace(std::string_view words);
+    std::vector<std::uint32_t> cut(const std::vector<Corner>& face) const;
+    void readPolyline(std::string_view words);
+    void readPoints(std::string_view words);
+    void readSmoothing(std::string_view words);
+    std::optional<std::vector<Corner>> readCorners(std::string_view words, std::size_t least);
+    std::optional<Corner> readCorner(std::string_view word) const;
+    std::uint32_t listIndex(std::string_view word, std::size_t count, bool& valid) const;
+    Part& part(Topology topology);
+    void finish(Part& part);
+    void addNormals(Part& part);
+    void badLine(const char* reason);
+
+    std::string_view fText;
+    std::size_t fLine = 0;
+    Scene fScene;
+    Warnings fWarnings;
+    ObjMaterials fMaterials;
+
+    std::vector<float> fPositions;
+    std::vector<float> fColors; ///< r, g, b; as many as positions as soon as one has a colour
+    std::vector<float> fUvs;
+    std::vector<float> fNormals;
+
+    std::string fGroup;
+    int fMaterial = -1;
+    std::uint32_t fSmoothing = kEverySmooth;
+    std::uint32_t fFace = 0;
+    using PartKey = std::tuple<std::string, int, Topology>;
+    std::map<PartKey, std::size_t> fPartPlaces;
+    std::vector<Part> fParts;
+    std::optional<std::size_t> fCurrent[3]; ///< the part in use by topology, until group or material change
+};
+
+Scene Reader::read() {
+    fScene.format = "OBJ";
+    std::string continued;
+    while (!fText.empty()) {
+        std::string_view line = takeLine(fText);
+        ++fLine;
+        if (line.ends_with('\\')) {
+            continued += std::string(line.substr(0, line.size() - 1)) + " ";
+            continue;
+        }
+        if (!continued.empty()) {
+            continued += line;
+            line = continued;
+        }
+        const std::string_view keyword = takeWord(line);
+        readLine(keyword, line);
+        continued.clear();
+    }
+    if (fPositions.empty())
+        throw ImportError("there are no vertices in it; check that it is an OBJ file, or export it again");
+    for (Part& each : fParts)
+        finish(each);
+    fScene.warnings = fWarnings.lines();
+    return std::move(fScene);
+}
+
+/// Keywords that say nothing about the picture (and curves and surfaces, which few files have) are passed
+/// over.
+void Reader::readLine(std::string_view keyword, std::string_view words) {
+    if (keyword == "v")
+        readPosition(words);
+    else if (keyword == "vt")
+        readVector(words, 2, fUvs);
+    else if (keyword == "vn")
+        readVector(words, 3, fNormals);
+    else if (keyword == "f")
+        readFace(words);
+    else if (keyword == "l")
+        readPolyline(words);
+    else if (keyword == "p")
+        readPoints(words);
+    else if (keyword == "s")
+        readSmoothing(words);
+    else if (keyword == "mtllib")
+        fMaterials.readLibraries(words);
+    else if (keyword == "usemtl")
+        fMaterial = fMaterials.find(std::string(trimmed(words)));
+    else if (keyword == "g" || keyword == "o")
+        fGroup = trimmed(words);
+    else if (keyword == "curv" || keyword == "surf")
+        fWarnings.add("curves and surfaces", "left out: only points, lines and faces are drawn");
+    if (keyword == "usemtl" || keyword == "g" || keyword == "o")
+        for (std::optional<std::size_t>& current : fCurrent)
+            current.reset();
+}
+
+void Reader::badLine(const char* reason) {
+    fWarnings.add("line " + std::to_string(fLine), reason);
+}
+
+/// x, y, z and either a weight, which is passed over, or a colour.
+void Reader::readPosition(std::string_view words) {
+    std::array<float, 6> numbers{};
+    std::size_t count = 0;
+    for (auto number = toNumber(takeWord(words)); number && count < numbers.size();
+         number = toNumber(takeWord(words)))
+        numbers[count++] = toFloat(*number);
+    if (count < 3) { // keeps its place, so that later indices still count right
+        badLine("a vertex without three coordinates; what uses it is left out");
+        numbers[0] = std::numeric_limits<float>::quiet_NaN();
+    }
+    fPositions.insert(fPositions.end(), numbers.begin(), numbers.begin() + 3);
+    if (count >= 6)
+        fColors.resize(fPositions.size() - 3, 1.0F);
+    if (count >= 6)
+        fColors.insert(fColors.end(), numbers.begin() + 3, numbers.begin() + 6);
+    else if (!fColors.empty())
+        fColors.resize(fPositions.size(), 1.0F);
+}
+
+void Reader::readVector(std::string_view words, std::size_t width, std::vector<float>& to) {
+    for (std::size_t i = 0; i < width; ++i)
+        to.push_back(toFloat(toNumber(takeWord(words)).value_or(0.0)));
+}
+
+/// Counted from 1, or backwards from the end where negative.
+std::uint32_t Reader::listIndex(std::string_view word, std::size_t count, bool& valid) const {
+    const auto number = toWhole(word);
+    if (!number || *number == 0) {
+        valid = false;
+        return kNone;
+    }
+    const long long index = *number > 0 ? *number - 1 : static_cast<long long>(count) + *number;
+    return index >= 0 && index < static_cast<long long>(kNone) ? static_cast<std::uint32_t>(index) : kNone;
+}
+
+/// "v", "v/vt", "v//vn" or "v/vt/vn".
+std::optional<Corner> Reader::readCorner(std::string_view word) const {
+    Corner corner;
+    bool valid = true;
+    const auto takeIndex = [&](std::size_t count, bool needed) {
+        const std::size_t end = std::min(word.find('/'), word.size());
+        const std::string_view digits = word.substr(0, end);
+        word.remove_prefix(std::min(end + 1, word.size()));
+        return digits.empty() && !needed ? kNone : listIndex(digits, count, valid);
+    };
+    corner.position = takeIndex(fPositions.size() / 3, true);
+    corner.uv = takeIndex(fUvs.size() / 2, false);
+    corner.normal = takeIndex(fNormals.size() / 3, false);
+    return valid ? std::optional(corner) : std::nullopt;
+}
+
+std::optional<std::vector<Corner>> Reader::readCorners(std::string_view words, std::size_t least) {
+    std::vector<Corner> corners;
+    for (std::string_view word = takeWord(words); !word.empty() && !word.starts_with('#');
+         word = takeWord(words)) {
+        const std::optional<Corner> corner = readCorner(word);
+        if (!corner) {
+            badLine("left out: it has a word that is no vertex index");
+            return std::nullopt;
+        }
+        corners.push_back(*corner);
+    }
+    if (corners.size() < least) {
+        badLine("left out: it has too few vertices");
+        return std::nullopt;
+    }
+    return corners;
+}
+
+Part& Reader::part(Topology topology) {
+    std::optional<std::size_t>& current = fCurrent[static_cast<std::size_t>(topology)];
+    if (!current) {
+        const auto [place, isNew] = fPartPlaces.emplace(PartKey{fGroup, fMaterial, topology}, fParts.size());
+        if (isNew) {
+            Mesh& mesh = fParts.emplace_back().mesh;
+            mesh.name = fGroup;
+            mesh.material = fMaterial;
+            mesh.topology = topology;
+            mesh.bothSides = true;
+        }
+        current = place->second;
+    }
+    return fParts[*current];
+}
+
+void Reader::readFace(std::string_view words) {
+    std::optional<std::vector<Corner>> corners = readCorners(words, 3);
+    if (!corners)
+        return;
+    Part& to = part(Topology::Triangles);
+    ++fFace;
+    for (Corner& corner : *corners) {
+        to.allNormals = to.allNormals && corner.normal != kNone;
+        // A face that is not smoothed shares its vertices with no other face, as if it were a group of its
+        // own.
+        corner.smoothing = corner.normal != kNone ? 0 : fSmoothing > 0 ? fSmoothing : kNone - fFace;
+    }
+    for (const std::uint32_t corner : cut(*corners))
+        to.mesh.indices.push_back(to.vertexOf((*corners)[corner]));
+}
+
+/// The corners of the triangles that the face is cut into.
+std::vector<std::uint32_t> Reader::cut(const std::vector<Corner>& face) const {
+    std::vector<std::uint32_t> polygon(face.size());
+    std::iota(polygon.begin(), polygon.end(), 0U);
+    std::vector<float> outline;
+    for (std::size_t i = 0; face.size() > 3 && i < face.size(); ++i)
+        copyOr(0.0F, fPositions, face[i].position, 3, outline);
+    std::vector<std::uint32_t> triangles;
+    triangulate(polygon, outline, triangles);
+    return triangles;
+}
+
+void Reader::readPolyline(std::string_view words) {
+    const std::optional<std::vector<Corner>> corners = readCorners(words, 2);
+    if (!corners)
+        return;
+    Part& to = part(Topology::Lines);
+    for (std::size_t i = 0; i + 1 < corners->size(); ++i)
+        for (const Corner& corner : {(*corners)[i], (*corners)[i + 1]})
+            to.mesh.indices.push_back(to.vertexOf(corner));
+}
+
+void Reader::readPoints(std::string_view words) {
+    const std::optional<std::vector<Corner>> corners = readCorners(words, 1);
+    if (!corners)
+        return;
+    Part& to = part(Topology::Points);
+    for (const Corner& corner : *corners)
+        to.mesh.indices.push_back(to.vertexOf(corner));
+}
+
+void Reader::readSmoothing(std::string_view words) {
+    const std::string_view word = takeWord(words);
+    const long long number = word == "off" ? 0 : toWhole(word).value_or(0);
+    fSmoothing = number > 0 && number < kNone / 2 ? static_cast<std::uint32_t>(number) : 0;
+}
+
+/// Gives the part's vertices their values from the file's lists and hands the mesh over.
+void Reader::finish(Part& part) {
+    Mesh& mesh = part.mesh;
+    const std::string name = mesh.name.empty() ? "the mesh" : "'" + mesh.name + "'";
+    if (!fUvs.empty())
+        mesh.uvSets.resize(1);
+    for (const Corner& corner : part.corners) {
+        copyOr(0.0F, fPositions, corner.position, 3, mesh.positions);
+        if (!fUvs.empty()) {
+            copyOr(0.0F, fUvs, corner.uv, 2, mesh.uvSets[0]);
+            mesh.uvSets[0].back() = 1.0F - mesh.uvSets[0].back(); // v runs up in these files
+        }
+        if (!fColors.empty()) {
+            copyOr(1.0F, fColors, corner.position, 3, mesh.colors);
+            mesh.colors.push_back(1.0F);
+        }
+        if (part.allNormals && mesh.topology == Topology::Triangles)
+            copyOr(0.0F, fNormals, corner.normal, 3, mesh.normals);
+    }
+    for (std::uint32_t& index : mesh.indices)
+        if (!isIn(fPositions, part.corners[index].position, 3))
+            index = kNone;
+    if (!makeDrawable(mesh, name, fWarnings))
+        return;
+    if (mesh.topology == Topology::Triangles && mesh.normals.empty())
+        addNormals(part);
+    fScene.instances.push_back({mesh.name, static_cast<int>(fScene.meshes.size()), {}});
+    fScene.meshes.push_back(std::move(mesh));
+}
+
+/// Normals by smoothing group; corners that have one in the file keep it.
+void Reader::addNormals(Part& part) {
+    std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> places;
+    std::vector<std::uint32_t> groups;
+    for (const Corner& corner : part.corners) {
+        const auto key = std::pair(corner.position, corner.smoothing);
+        groups.push_back(places.emplace(key, static_cast<std::uint32_t>(places.size())).first->second);
+    }
+    addSmoothNormals(part.mesh, groups);
+    for (std::size_t i = 0; i < part.corners.size(); ++i)
+        if (isIn(fNormals, part.corners[i].normal, 3))
+            std::copy_n(&fNormals[std::size_t{part.corners[i].normal} * 3], 3, &part.mesh.normals[i * 3]);
+}
+
+} // namespace
+
+Scene readObj(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path) {
+    return Reader({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, path.parent_path()).read();
+}
+
+} // namespace orloview
