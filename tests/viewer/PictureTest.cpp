@@ -12,7 +12,7 @@ TEST(Picture, encodesAsSrgb) {
     EXPECT_EQ(encodeSrgb(0.0F), 0);
     EXPECT_EQ(encodeSrgb(0.001F), 3); // 12.92 * 0.001 * 255
     EXPECT_EQ(encodeSrgb(0.5F), 188);
-    EXPECT_EQ(encodeSrgb(0.2140411F), 128);
+    EXPECT_EQ(encodeSrgb(0.2158605F), 128);
     EXPECT_EQ(encodeSrgb(1.0F), 255);
     EXPECT_EQ(encodeSrgb(7.0F), 255);
     EXPECT_EQ(encodeSrgb(-1.0F), 0);

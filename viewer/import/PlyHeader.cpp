@@ -118,11 +118,12 @@ PlyHeader takePlyHeader(std::string_view& file) {
             hasFormat = true;
         } else if (keyword == "element") {
             header.elements.push_back(elementOf(words, line));
-        } else if (keyword == "property" && !header.elements.empty()) {
+        } else if (keyword == "property") {
+            if (header.elements.empty())
+                wrongLine(line);
             header.elements.back().properties.push_back(propertyOf(words, line));
-        } else if (keyword != "comment" && keyword != "obj_info" && !keyword.empty()) {
-            wrongLine(line);
         }
+        // Any other line is a remark: some exporters sign their files without the word "comment".
     }
     throw ImportError("the file is cut off in its header; copy or export it again");
 }
