@@ -6,6 +6,7 @@
 #include <bit>
 #include <memory>
 #include <new>
+#include <utility>
 
 bool GLRouting::fsUseObjectsForData = false;
 bool GLRouting::fsUseObjectsForIndexing = false;
@@ -38,6 +39,10 @@ void clientActiveTexture(GLFunctionTable& gl, GLenum unit) {
         gl.glClientActiveTexture(unit);
 }
 
+bool usePrimitiveRestart(const GLFunctionTable& gl) {
+    return GLRouting::fsUsePrimitiveRestart && gl.usable(kCapNVPrimitiveRestart);
+}
+
 /// Bytes of a stream; -1, which no upload takes, when they can't be counted.
 long streamBytes(const GeometryData& stream) {
     long bytes = 0;
@@ -57,67 +62,70 @@ long streamBytes(const GeometryData& stream) {
     return object.release();
 }
 
-void unbindBuffers() {
+/// Binds 0 to the targets that the switches say are in use.
+void unbindBuffers(GLFunctionTable& gl) {
+    if (!gl.usable(kCapVertexBufferObject))
+        return;
     if (GLRouting::fsUseObjectsForData)
-        GLObject::unbindBuffer(GLObject::kVertexData);
+        gl.glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
     if (GLRouting::fsUseObjectsForIndexing)
-        GLObject::unbindBuffer(GLObject::kIndexData);
+        gl.glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
 }
 
 } // namespace
 
-void GLRouting::setupInterpolant(GLInterpolant i, const DirectDataAssignment& a, bool pointersOnly) {
-    setupInterpolant(*GLFunctionTable::fpGlobalFunctionTable, i, a, pointersOnly);
-}
-
-inline void GLRouting::setupInterpolant(GLFunctionTable& gl, GLInterpolant i, const DirectDataAssignment& a,
-                                        bool pointersOnly) {
-    boundGLObjects[i] = a.fBufferObject;
+template <bool kPointersOnly>
+[[gnu::always_inline]] inline void GLRouting::setArray(GLFunctionTable& gl, GLInterpolant i,
+                                                       const DirectDataAssignment& a) {
     const auto count = static_cast<GLint>(a.fComponentCount);
     const auto stride = static_cast<GLsizei>(a.fStride);
-    const GLenum type = a.fComponentType;
     const auto bindBuffer = [&]() -> const void* {
         return a.fBufferObject && a.fBufferObject->bind(&gl) ? nullptr : a.fClientData;
     };
     const auto enable = [&](GLenum array) {
-        if (!pointersOnly)
+        if constexpr (!kPointersOnly)
             gl.glEnableClientState(array);
     };
 
+    boundGLObjects[i] = a.fBufferObject;
     if (i == kPosition) {
         const void* pointer = bindBuffer();
         enable(GL_VERTEX_ARRAY);
-        gl.glVertexPointer(count, type, stride, pointer);
+        gl.glVertexPointer(count, a.fComponentType, stride, pointer);
     } else if (i == kNormal) {
         const void* pointer = bindBuffer();
         enable(GL_NORMAL_ARRAY);
-        gl.glNormalPointer(type, stride, pointer);
+        gl.glNormalPointer(a.fComponentType, stride, pointer);
     } else if (i == kColor) {
         const void* pointer = bindBuffer();
         enable(GL_COLOR_ARRAY);
-        gl.glColorPointer(count, type, stride, pointer);
+        gl.glColorPointer(count, a.fComponentType, stride, pointer);
     } else if (isTexCoord(i)) {
         // With pointersOnly the client-active unit stays as it is: hosts that only move pointers have one set
         // of coordinates and have chosen its unit.
-        if (!pointersOnly)
+        if constexpr (!kPointersOnly)
             clientActiveTexture(gl, fsInterpolantEnums[i]);
         const void* pointer = bindBuffer();
         enable(GL_TEXTURE_COORD_ARRAY);
-        gl.glTexCoordPointer(count, type, stride, pointer);
+        gl.glTexCoordPointer(count, a.fComponentType, stride, pointer);
     } else if (attribIsLive(gl, i)) {
         const GLuint attrib = fsInterpolantEnums[i];
         const void* pointer = bindBuffer();
-        if (!pointersOnly)
+        if constexpr (!kPointersOnly)
             gl.glEnableVertexAttribArray(attrib);
-        gl.glVertexAttribPointer(attrib, count, type, GL_FALSE, stride, pointer);
+        gl.glVertexAttribPointer(attrib, count, a.fComponentType, GL_FALSE, stride, pointer);
     }
 }
 
-void GLRouting::disableInterpolant(GLInterpolant i) {
-    disableInterpolant(*GLFunctionTable::fpGlobalFunctionTable, i);
+void GLRouting::setupInterpolant(GLInterpolant i, const DirectDataAssignment& a, bool pointersOnly) {
+    GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
+    if (pointersOnly)
+        setArray<true>(gl, i, a);
+    else
+        setArray<false>(gl, i, a);
 }
 
-inline void GLRouting::disableInterpolant(GLFunctionTable& gl, GLInterpolant i) {
+inline void GLRouting::disableArray(GLFunctionTable& gl, GLInterpolant i) {
     if (i <= kColor) {
         gl.glDisableClientState(fsInterpolantEnums[i]);
     } else if (isTexCoord(i)) {
@@ -130,42 +138,72 @@ inline void GLRouting::disableInterpolant(GLFunctionTable& gl, GLInterpolant i) 
     }
 }
 
+void GLRouting::disableInterpolant(GLInterpolant i) {
+    disableArray(*GLFunctionTable::fpGlobalFunctionTable, i);
+}
+
 namespace {
 
+using Slots = std::array<GLRouting::Slot, GLRouting::kInterpolantCount>;
+
+/// A bit per used slot from `first` to `last`.
+[[gnu::noinline]] uint32_t usedSlotsOf(const Slots& slots, uint32_t first, uint32_t last) {
+    uint32_t used = 0;
+    for (uint32_t i = first; i <= last; ++i)
+        used |= uint32_t{slots[i].fMode != GLRouting::kUnused} << i;
+    return used;
+}
+
+/// Whether none of the slots is used, in an instruction per slot.
 template <uint32_t kFirst, size_t... kOffsets>
-uint32_t usedSlotsOf(const std::array<GLRouting::Slot, GLRouting::kInterpolantCount>& slots,
-                     std::index_sequence<kOffsets...>) {
-    // Most are unused: one look at all of them together.
-    if ((slots[kFirst + kOffsets].fMode & ...) == GLRouting::kUnused)
-        return 0;
-    return (... | (uint32_t{slots[kFirst + kOffsets].fMode != GLRouting::kUnused} << (kFirst + kOffsets)));
+bool areUnused(const Slots& slots, std::index_sequence<kOffsets...>) {
+    return (slots[kFirst + kOffsets].fMode & ...) == GLRouting::kUnused;
+}
+
+/// The same as a mask with its highest bits cleared so that only `count` are left.
+uint32_t firstOf(uint32_t mask, int32_t count) {
+    if (count >= static_cast<int32_t>(GLRouting::kInterpolantCount) || (count > 0 && mask >> count == 0))
+        return mask;
+    uint32_t beyond = mask;
+    for (; beyond != 0 && count > 0; --count)
+        beyond &= beyond - 1;
+    return mask & ~beyond;
 }
 
 } // namespace
 
-uint32_t GLRouting::usedSlots() const {
-    return usedSlotsOf<kPosition>(fSlots, std::make_index_sequence<4>()) |
-           usedSlotsOf<kTexCoord0 + 1>(fSlots, std::make_index_sequence<7>()) |
-           usedSlotsOf<kAttrib1>(fSlots, std::make_index_sequence<15>());
+inline uint32_t GLRouting::usedSlots() const {
+    uint32_t used = 0;
+    for (uint32_t i = kPosition; i <= kTexCoord0; ++i)
+        used |= uint32_t{fSlots[i].fMode != kUnused} << i;
+    if (!areUnused<kTexCoord0 + 1>(fSlots, std::make_index_sequence<kTexCoord7 - kTexCoord0>()))
+        used |= usedSlotsOf(fSlots, kTexCoord0 + 1, kTexCoord7);
+    if (!areUnused<kAttrib1>(fSlots, std::make_index_sequence<kAttrib15 - kTexCoord7>()))
+        used |= usedSlotsOf(fSlots, kAttrib1, kAttrib15);
+    return used;
 }
 
 void GLRouting::setVertexArrays(bool pointersOnly, bool substitute) {
-    setArrays(*GLFunctionTable::fpGlobalFunctionTable, usedSlots(), pointersOnly, substitute);
+    GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
+    if (pointersOnly)
+        setArrays<true>(gl, usedSlots(), substitute);
+    else
+        setArrays<false>(gl, usedSlots(), substitute);
 }
 
-void GLRouting::setArrays(GLFunctionTable& gl, uint32_t usedSlots, bool pointersOnly, bool substitute) {
+template <bool kPointersOnly>
+void GLRouting::setArrays(GLFunctionTable& gl, uint32_t usedSlots, bool substitute) {
     const bool useObjects = fsUseObjectsForData && gl.usable(kCapVertexBufferObject);
-    int32_t room = gl.fMaxTextureUnits + 3;
+    const auto normalType = substitute ? GeometryData::kSubstituteNormal : GeometryData::kNormal;
 
-    for (uint32_t rest = usedSlots; rest != 0 && room > 0; rest &= rest - 1, --room) {
+    for (uint32_t rest = firstOf(usedSlots, gl.fMaxTextureUnits + 3); rest != 0; rest &= rest - 1) {
         const auto i = static_cast<GLInterpolant>(std::countr_zero(rest));
         const Slot& slot = fSlots[i];
         if (slot.fMode == kDirect) {
-            setupInterpolant(gl, i, slot.fDirect, pointersOnly);
+            setArray<kPointersOnly>(gl, i, slot.fDirect);
             continue;
         }
-        const bool replaced = substitute && slot.fDataType == GeometryData::kNormal;
-        const auto type = replaced ? GeometryData::kSubstituteNormal : slot.fDataType;
+        const auto type = slot.fDataType == GeometryData::kNormal ? normalType : slot.fDataType;
         GeometryData* stream = fGroup ? fGroup->geometryDataPtr(type, slot.fIndex, false) : nullptr;
         if (!stream)
             continue;
@@ -175,8 +213,7 @@ void GLRouting::setArrays(GLFunctionTable& gl, uint32_t usedSlots, bool pointers
             if (!object)
                 object = uploadStream(*stream);
         }
-        setupInterpolant(gl, i, {stream->fComponentsPerElement, GL_FLOAT, 0, stream->fData, object},
-                         pointersOnly);
+        setArray<kPointersOnly>(gl, i, {stream->fComponentsPerElement, GL_FLOAT, 0, stream->fData, object});
     }
 }
 
@@ -190,14 +227,16 @@ void GLRouting::unsetArrays(GLFunctionTable& gl, uint32_t usedSlots) {
         if (isAttrib(i) && !requiresAttribInterpolants)
             break;
         GLObject* object = boundGLObjects[i];
-        if (object)
-            object->bind(&gl);
-        disableInterpolant(gl, i);
-        if (object)
-            object->unbind(&gl);
+        if (!object) {
+            disableArray(gl, i);
+            continue;
+        }
+        object->bind(&gl);
+        disableArray(gl, i);
+        object->unbind(&gl);
     }
     std::ranges::fill(boundGLObjects, nullptr);
-    unbindBuffers();
+    unbindBuffers(gl);
     clientActiveTexture(gl, GL_TEXTURE0_ARB);
 }
 
@@ -215,5 +254,39 @@ void GLRouting::disableAllArrays() {
         for (int32_t attrib = 1; attrib < gl.fMaxVertexAttribs; ++attrib)
             gl.glDisableVertexAttribArray(static_cast<GLuint>(attrib));
     }
-    unbindBuffers();
+    unbindBuffers(gl);
+}
+
+void GLRouting::drawGroup(GeometryLogicalGroup* group, koUtil::BitField* visible, unsigned* primitiveList,
+                          unsigned* preparedIndices, unsigned preparedCount, bool substitute) {
+    fGroup = group;
+    if (!group || group->indexRecordCount() == 0 || group->streamCount() == 0)
+        return;
+    GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
+
+    const bool isSubset = visible || primitiveList;
+    const bool useObjectsForData = fsUseObjectsForData;
+    const bool useObjectsForIndices = fsUseObjectsForIndexing;
+    if (isSubset) {
+        fsUseObjectsForData = false;
+        fsUseObjectsForIndexing = false;
+    }
+
+    const uint32_t used = usedSlots();
+    const bool restart = usePrimitiveRestart(gl);
+    setArrays<false>(gl, used, substitute);
+    if (restart) {
+        gl.glEnable(GL_PRIMITIVE_RESTART_NV);
+        gl.glPrimitiveRestartIndexNV(0xFFFFFFFFU);
+    }
+    drawRecords(visible, primitiveList, preparedIndices, preparedCount);
+    if (restart)
+        gl.glDisable(GL_PRIMITIVE_RESTART_NV);
+    unsetArrays(gl, used);
+
+    // Looks like a slip, but hosts count on it: after a subset the two switches come back exchanged.
+    if (isSubset) {
+        fsUseObjectsForIndexing = useObjectsForData;
+        fsUseObjectsForData = useObjectsForIndices;
+    }
 }

@@ -143,12 +143,13 @@ public:
     uint32_t fIndexCount = 0;
 
 private:
-    static void setupInterpolant(GLFunctionTable& gl, GLInterpolant i, const DirectDataAssignment& a,
-                                 bool pointersOnly);
-    static void disableInterpolant(GLFunctionTable& gl, GLInterpolant i);
-    void setArrays(GLFunctionTable& gl, uint32_t usedSlots, bool pointersOnly, bool substitute);
-    void unsetArrays(GLFunctionTable& gl, uint32_t usedSlots);
+    template <bool kPointersOnly>
+    static void setArray(GLFunctionTable& gl, GLInterpolant i, const DirectDataAssignment& a);
+    static void disableArray(GLFunctionTable& gl, GLInterpolant i);
     uint32_t usedSlots() const;
+    template <bool kPointersOnly>
+    void setArrays(GLFunctionTable& gl, uint32_t usedSlots, bool substitute);
+    void unsetArrays(GLFunctionTable& gl, uint32_t usedSlots);
     bool makeCurrent(GeometryDataIndex* record);
     void drawRecords(koUtil::BitField* visible, unsigned* primitiveList, unsigned* preparedIndices,
                      unsigned preparedCount);

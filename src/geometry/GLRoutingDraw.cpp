@@ -29,10 +29,6 @@ bool useObjectsForIndexing(const GLFunctionTable& gl) {
     return GLRouting::fsUseObjectsForIndexing && gl.usable(kCapVertexBufferObject);
 }
 
-bool usePrimitiveRestart(const GLFunctionTable& gl) {
-    return GLRouting::fsUsePrimitiveRestart && gl.usable(kCapNVPrimitiveRestart);
-}
-
 bool isInBlock(const GeometryDataIndex& record) {
     return record.fAllocatedCount != record.fIndexCount;
 }
@@ -82,43 +78,6 @@ GLObject* bindSharedObject(GeometryDataIndex& first) {
 
 } // namespace
 
-void GLRouting::drawGroup(GeometryLogicalGroup* group, koUtil::BitField* visible, unsigned* primitiveList,
-                          unsigned* preparedIndices, unsigned preparedCount, bool substitute) {
-    fGroup = group;
-    if (!group || group->indexRecordCount() == 0 || group->streamCount() == 0)
-        return;
-    GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
-
-    const bool isSubset = visible || primitiveList;
-    const bool useObjectsForData = fsUseObjectsForData;
-    const bool useObjectsForIndices = fsUseObjectsForIndexing;
-    if (isSubset) {
-        fsUseObjectsForData = false;
-        fsUseObjectsForIndexing = false;
-    }
-
-    const uint32_t used = usedSlots();
-    const bool restart = usePrimitiveRestart(gl);
-    setArrays(gl, used, false, substitute);
-    if (restart) {
-        gl.glEnable(GL_PRIMITIVE_RESTART_NV);
-        gl.glPrimitiveRestartIndexNV(0xFFFFFFFFU);
-    }
-    if (HWEnvironment::orlo_block_allocate_strips && !isSubset && ::useObjectsForIndexing(gl))
-        drawRecordsFromSharedObject(preparedIndices, preparedCount);
-    else
-        drawRecords(visible, primitiveList, preparedIndices, preparedCount);
-    if (restart)
-        gl.glDisable(GL_PRIMITIVE_RESTART_NV);
-    unsetArrays(gl, used);
-
-    // Looks like a slip, but hosts count on it: after a subset the two switches come back exchanged.
-    if (isSubset) {
-        fsUseObjectsForIndexing = useObjectsForData;
-        fsUseObjectsForData = useObjectsForIndices;
-    }
-}
-
 bool GLRouting::makeCurrent(GeometryDataIndex* record) {
     fIndexRecord = record;
     fPrimitiveType = record->fPrimitiveType;
@@ -128,6 +87,12 @@ bool GLRouting::makeCurrent(GeometryDataIndex* record) {
 
 void GLRouting::drawRecords(koUtil::BitField* visible, unsigned* primitiveList, unsigned* preparedIndices,
                             unsigned preparedCount) {
+    const bool isWhole = !visible && !primitiveList;
+    if (HWEnvironment::orlo_block_allocate_strips && isWhole &&
+        useObjectsForIndexing(*GLFunctionTable::fpGlobalFunctionTable)) {
+        drawRecordsFromSharedObject(preparedIndices, preparedCount);
+        return;
+    }
     for (size_t i = 0; i < fGroup->indexRecordCount(); ++i) {
         if (makeCurrent(fGroup->indexRecord(i)))
             drawSingleIndexed(visible, primitiveList, preparedIndices, preparedCount);
