@@ -1,0 +1,202 @@
+// Every public name, by the two umbrellas alone. That it compiles and links is the test; running it proves
+// that nothing was left to a lazy look-up.
+
+#include <orlogl.h>
+#include <orlohost.h>
+
+namespace {
+
+const void* volatile sink;
+
+/// Makes the linker find what a name stands for. A pointer to a member is wider than a plain one, so the
+/// address of its copy is taken.
+template <typename T>
+void use(const T& name) {
+    sink = &name;
+}
+
+template <typename T>
+constexpr bool kComplete = sizeof(T) > 0;
+
+void glAccess() {
+    use(GLFunctionTable::fpGlobalFunctionTable);
+    use(GLFunctionTable::fsNumInstances_GLFunctionTable);
+    use(&GLFunctionTable::nullify);
+    use(&GLFunctionTable::nullify_platform);
+    use(&GLFunctionTable::populate);
+    use(&GLFunctionTable::populate_platformExtensions);
+    use(&GLFunctionTable::ensureLiveMultitexture);
+    use(&GLFunctionTable::usable);
+    use(&GLFunctionTable::TrapBefore);
+    use(&GLFunctionTable::TrapAfter);
+    use(&GLFunctionTable::TrapBefore_PossiblyBeginEnd);
+    use(&GLFunctionTable::TrapAfter_PossiblyBeginEnd);
+    use(&GLFunctionTable::TrapAfterLoadProgramNV);
+    use(&GLFunctionTable::fExtSupported);
+    use(&GLFunctionTable::fExtEnabled);
+    use(&GLFunctionTable::fMaxTextureUnits);
+    use(&GLFunctionTable::fMaxTextureCoords);
+    use(&GLFunctionTable::fMaxTextureImageUnits);
+    use(&GLFunctionTable::fMaxTextureSize);
+    use(&GLFunctionTable::fMaxVertexAttribs);
+    use(&GLFunctionTable::fMaxArrayTextureLayers);
+    use(&GLFunctionTable::fInBeginEnd);
+    use(&isExtensionSupported);
+    use(&glXCreateGLXPbuffer);
+    const GLFunctionTable table;
+
+    use(GLStartupContext::fpGlobalGLStartupContext);
+    use(GLStartupContext::fsNumInstances_GLStartupContext);
+    use(&GLStartupContext::makeCurrent);
+    GLStartupContext startup(nullptr);
+    use(startup.window);
+    use(startup.display);
+    use(startup.wrapper);
+    use(startup.context);
+    use(startup.valid);
+    const GLStartupContext working(WindowWrapper(), nullptr);
+
+    use(GLUtility::fsLastGLError);
+    use(&GLUtility::gluErrorString);
+    use(&GLUtility::error);
+    use(&GLUtility::errorString);
+    use(&GLUtility::assertNoError);
+    use(&GLUtility::printErrors);
+    use(glErrorStrings);
+}
+
+void tableMembers() {
+#define MEMBER(name) use(&GLFunctionTable::name);
+#define RENAMED(member, function) use(&GLFunctionTable::member);
+#define UNFILLED(name) use(&GLFunctionTable::name);
+#include "gl/Members.inc"
+}
+
+/// The capabilities, with their fixed values.
+constexpr bool capabilities() {
+    constexpr uint32_t kValues[][2] = {
+        {kCapDrawRangeElements, 1},
+        {kCapRescaleNormal, 3},
+        {kCapSeparateSpecularColor, 4},
+        {kCapTexture3D, 5},
+        {kCapTextureEdgeClamp, 6},
+        {kCapTextureCubeMap, 7},
+        {kCapMultitexture, 8},
+        {kCapTextureEnvCombine, 13},
+        {kCapMultiDrawArrays, 17},
+        {kCapTextureNonPowerOfTwo, 18},
+        {kCapTextureRectangle, 19},
+        {kCapBlendSubtract, 23},
+        {kCapPointParameters, 30},
+        {kCapDepthTexture, 32},
+        {kCapShadow, 33},
+        {kCapShadowAmbient, 34},
+        {kCapSGIXDepthTexture, 35},
+        {kCapSGIXShadow, 36},
+        {kCapTexgenReflection, 37},
+        {kCapARBVertexProgram, 38},
+        {kCapARBFragmentProgram, 39},
+        {kCapOcclusionQuery, 40},
+        {kCapVertexBufferObject, 41},
+        {kCapHalfFloatPixel, 42},
+        {kCapTextureFloat, 43},
+        {kCapColorBufferFloat, 44},
+        {kCapFragmentProgramShadow, 45},
+        {kCapNVFloatBuffer, 47},
+        {kCapShaderObjects, 48},
+        {kCapCompiledVertexArray, 49},
+        {kCapSecondaryColor, 51},
+        {kCapEXTVertexShader, 54},
+        {kCapTextureFilterAnisotropic, 55},
+        {kCapTextureCompressionS3TC, 56},
+        {kCapEXTTransformFeedback, 57},
+        {kCapATIFragmentShader, 58},
+        {kCapATIMeminfo, 59},
+        {kCapNVRegisterCombiners, 61},
+        {kCapNVTextureShader, 62},
+        {kCapNVVertexProgram, 64},
+        {kCapNVFragmentProgram, 65},
+        {kCapNVOcclusionQuery, 66},
+        {kCapNVPrimitiveRestart, 67},
+        {kCapNVTransformFeedback, 68},
+        {kCapNVXGpuMemoryInfo, 69},
+        {kCapGenerateMipmap, 70},
+        {kCapFramebufferObject, 71},
+        {kCapPackedDepthStencil, 72},
+        {kCapFramebufferMultisample, 73},
+        {kCapTextureArray, 74},
+        {kCapGLXPbuffer, 82},
+        {kCapGLXFBConfig, 83},
+        {kCapGLXNewContext, 84},
+        {kCapGLXWindow, 85},
+        {kCapGLXDestroyPbuffer, 86},
+        {kCapSGIXPbuffer, 87},
+        {kCapSGIXChooseFBConfig, 88},
+        {kCapSGIXContextWithConfig, 89},
+        {kCapSGIXVisualFromFBConfig, 90},
+    };
+    for (const auto& [capability, value] : kValues) {
+        if (capability != value)
+            return false;
+    }
+    return sizeof(GLCapability) == 4 && kCapabilityCount == 91;
+}
+static_assert(capabilities());
+
+void hostTypes() {
+    using koString::CString;
+    using koString::IString;
+    const CString c = CString("a").plus("b");
+    IString i = IString("a").plus("b");
+    i.plusEqual("c");
+    use(i.asMultibyte());
+    use(c.asChar());
+    const CString converted = i.convertToCString();
+    const bool same = koString::equal(c, converted) || koString::less(c, converted) ||
+                      koString::equal(i, i) || koString::less(i, i);
+    use(same);
+
+    static_assert(kComplete<koLinear::Point> && kComplete<koLinear::PointFlt> &&
+                  kComplete<koLinear::Vector> && kComplete<koLinear::VectorFlt> &&
+                  kComplete<koLinear::HPoint>);
+    static_assert(koLinear::Point(1, 2, 3)[2] == 3 && koLinear::HPoint(1, 2, 3, 4)[3] == 4);
+    use(koLinear::ProjMatrixFlt(koLinear::ProjMatrix(koLinear::AffineMatrix())));
+    static_assert(koColor::Color(1, 2, 3, 4)[3] == 4);
+
+    koSharedObject::SharedObject* shared = new koSharedObject::SharedObject;
+    shared->ref();
+    shared->unref();
+    koUtil::BitField bits;
+    bits.set(3);
+    use(bits);
+
+    WindowWrapper wrapper(nullptr, 1, nullptr);
+    wrapper.setFBWindow(2);
+    use(wrapper.display());
+    use(wrapper.window());
+    use(wrapper.widget());
+    use(wrapper.fbWindow());
+
+    use(HWEnvironment::orlo_path);
+    use(HWEnvironment::orlo_block_allocate_strips);
+    use(HWEnvironment::disable_hwr_texture_shader_flag);
+    use(&OrloGetEnv);
+
+    PixelArray2D pixels(koSysPixelFormat(koSysPixelFormat::kDepthBytes, 4), 2, 3);
+    use(pixels.data());
+    use(pixels.width());
+    use(pixels.height());
+    use(koBufferFormat());
+    static_assert(kComplete<IHWTexture> && kComplete<IHWLight> && kComplete<IHWCamera> &&
+                  kComplete<IHWMemoryObject> && kComplete<IBaseResource> && kComplete<IPixelFormat>);
+    static_assert(kComplete<GeometryData> && kComplete<GeometryDataIndex> && kComplete<GeometryDataIterator>);
+    static_assert(sizeof(RasterFormat) == 4 && sizeof(SamplingType) == 4);
+}
+
+} // namespace
+
+int main() {
+    glAccess();
+    tableMembers();
+    hostTypes();
+}
