@@ -21,7 +21,7 @@ class MesaTest : public testing::Test {
 protected:
     void SetUp() override {
         fDisplay = XOpenDisplay(nullptr);
-        ASSERT_NE(fDisplay, nullptr) << "no display: set DISPLAY, or run under xvfb-run";
+        ASSERT_NE(fDisplay, nullptr) << "no display: set DISPLAY (a virtual one needs Xvfb -noreset)";
         xErrors().clear();
         XSetErrorHandler(noteXError);
         fStartup = new GLStartupContext(WindowWrapper(nullptr, 0, fDisplay), nullptr);
