@@ -70,7 +70,8 @@ def main():
         return 0
     listed = file.read_text(encoding="utf-8").splitlines()
     problems = [problem for library in libraries for problem in check(library, listed)]
-    print("\n".join(problems))
+    if problems:
+        print(*problems, "Where a change is wanted: cmake --build --preset debug --target update-exports", sep="\n")
     return 1 if problems else 0
 
 

@@ -4,6 +4,8 @@
 #include <orlogl.h>
 #include <orlohost.h>
 
+#include <type_traits>
+
 namespace {
 
 const void* volatile sink;
@@ -64,6 +66,17 @@ void glAccess() {
     use(&GLUtility::printErrors);
     use(glErrorStrings);
 }
+
+template <auto kMember, typename Signature>
+constexpr bool kIs = std::is_same_v<decltype(kMember), Signature GLFunctionTable::*>;
+
+// A host may hold framebuffer configurations without GLX's own type.
+static_assert(kIs<&GLFunctionTable::glXChooseFBConfig, void**(Display*, int, const int*, int*) const>);
+static_assert(kIs<&GLFunctionTable::glXChooseFBConfigSGIX, void**(Display*, int, int*, int*) const>);
+static_assert(kIs<&GLFunctionTable::glXGetFBConfigs, void**(Display*, int, int*) const>);
+static_assert(kIs<&GLFunctionTable::glXGetFBConfigAttrib, int(Display*, void*, int, int*) const>);
+static_assert(kIs<&GLFunctionTable::glXCreatePbuffer, GLXPbuffer(Display*, void*, const int*) const>);
+static_assert(std::is_polymorphic_v<GLFunctionTable> && std::has_virtual_destructor_v<GLFunctionTable>);
 
 void tableMembers() {
 #define MEMBER(name) use(&GLFunctionTable::name);
