@@ -15,10 +15,17 @@ Loader& loader() {
     return theLoader;
 }
 
+/// Off until a test asks for it: sanitizers look up their functions before anything of ours is constructed.
+bool recording = false;
+
 /// The C library's own function under our name.
 template <typename Function>
 Function systemFunction(const char* name) {
     return reinterpret_cast<Function>(dlvsym(RTLD_NEXT, name, "GLIBC_2.34"));
+}
+
+void note(const std::string& text) {
+    loader().calls.push_back(text);
 }
 
 } // namespace
@@ -37,27 +44,39 @@ std::set<std::string>& missingSymbols() {
 
 void resetLoader() {
     loader() = Loader();
+    recording = true;
 }
 
+// Without recording each hands over by a jump: RTLD_NEXT means the library after the one that called, and the
+// C library finds that one by the return address.
 extern "C" {
 
 void* dlopen(const char* file, int mode) {
-    static const auto open = systemFunction<void* (*)(const char*, int)>("dlopen");
-    if (!file)
+    static void* (*open)(const char*, int);
+    if (!open)
+        open = systemFunction<decltype(open)>("dlopen");
+    if (!recording || !file)
         return open(file, mode);
-    loader().calls.push_back(call("dlopen", file, mode));
+    note(call("dlopen", file, mode));
     return loader().missingLibraries.contains(file) ? nullptr : open(file, mode);
 }
 
 void* dlsym(void* handle, const char* name) {
-    static const auto find = systemFunction<void* (*)(void*, const char*)>("dlsym");
-    loader().calls.push_back(call("dlsym", name));
+    static void* (*find)(void*, const char*);
+    if (!find)
+        find = systemFunction<decltype(find)>("dlsym");
+    if (!recording)
+        return find(handle, name);
+    note(call("dlsym", name));
     return loader().missingSymbols.contains(name) ? nullptr : find(handle, name);
 }
 
 char* dlerror() {
-    static const auto error = systemFunction<char* (*)()>("dlerror");
-    loader().calls.push_back(call("dlerror"));
+    static char* (*error)();
+    if (!error)
+        error = systemFunction<decltype(error)>("dlerror");
+    if (recording)
+        note(call("dlerror"));
     return error();
 }
 

@@ -11,4 +11,5 @@ const Calls& loaderCalls();
 std::set<std::string>& missingLibraries();
 /// dlsym answers null for these.
 std::set<std::string>& missingSymbols();
+/// Forgets all of this, and starts writing down.
 void resetLoader();
