@@ -160,7 +160,7 @@ bool areUnused(const Slots& slots, std::index_sequence<kOffsets...>) {
     return (slots[kFirst + kOffsets].fMode & ...) == GLRouting::kUnused;
 }
 
-/// The same as a mask with its highest bits cleared so that only `count` are left.
+/// The lowest `count` of the bits that are set in `mask`.
 uint32_t firstOf(uint32_t mask, int32_t count) {
     if (count >= static_cast<int32_t>(GLRouting::kInterpolantCount) || (count > 0 && mask >> count == 0))
         return mask;

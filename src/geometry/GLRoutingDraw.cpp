@@ -59,6 +59,12 @@ GLObject* uploadIndices(GeometryDataIndex& record, long bytes) {
 
 constexpr long kIndexSize = sizeof(uint32_t);
 
+/// Where in the index buffer of its block a record begins. GL takes an offset as a pointer.
+const void* offsetOf(const GeometryDataIndex& record) {
+    const uintptr_t bytes = uintptr_t{record.fStart} * kIndexSize;
+    return reinterpret_cast<const void*>(bytes); // NOLINT(performance-no-int-to-ptr)
+}
+
 /// Binds the index object of a record that stands for itself, made and filled the first time; null when the
 /// record is to be drawn from client memory.
 GLObject* bindOwnObject(GeometryDataIndex& record, uint32_t indexCount) {
@@ -87,8 +93,8 @@ bool GLRouting::makeCurrent(GeometryDataIndex* record) {
 
 void GLRouting::drawRecords(koUtil::BitField* visible, unsigned* primitiveList, unsigned* preparedIndices,
                             unsigned preparedCount) {
-    const bool isWhole = !visible && !primitiveList;
-    if (HWEnvironment::orlo_block_allocate_strips && isWhole &&
+    // Never for a subset: drawGroup has switched the objects off.
+    if (HWEnvironment::orlo_block_allocate_strips &&
         useObjectsForIndexing(*GLFunctionTable::fpGlobalFunctionTable)) {
         drawRecordsFromSharedObject(preparedIndices, preparedCount);
         return;
@@ -136,7 +142,7 @@ void GLRouting::drawWholeRecord() {
     if (useObjectsForIndexing(gl)) {
         if (HWEnvironment::orlo_block_allocate_strips && isInBlock(*fIndexRecord)) {
             if (fSharedObjectIsBound)
-                indices = reinterpret_cast<const void*>(uintptr_t{fIndexRecord->fStart} * kIndexSize);
+                indices = offsetOf(*fIndexRecord);
         } else {
             fSharedObjectIsBound = false;
             ownObject = bindOwnObject(*fIndexRecord, fIndexCount);

@@ -254,6 +254,14 @@ TEST_F(Blocks, shareOneIndexBuffer) {
     EXPECT_EQ(drawn(), (Calls{fromMemory(0), fromMemory(1), fromMemory(2)}));
 }
 
+TEST_F(Blocks, areSingleRecordsWithoutTheSetting) {
+    fGroup.addIndexBlock(GeometryDataIndex::kTriangleStrip, {{0, 1, 2}, {3, 4, 5, 6}});
+    HWEnvironment::orlo_block_allocate_strips = false;
+    EXPECT_EQ(drawn(), (Calls{generate(), bindIndices(buffer(0)), upload(12, record(0).fIndices),
+                              atOffset(0, 0), bindIndices(0), generate(), bindIndices(buffer(1)),
+                              upload(16, record(1).fIndices), atOffset(1, 0), bindIndices(0)}));
+}
+
 TEST_F(Blocks, mixWithOtherRecords) {
     fGroup.addIndexBlock(GeometryDataIndex::kTriangleStrip, {{0, 1, 2}, {3, 4, 5}});
     auto& single = fGroup.addIndexRecord(GeometryDataIndex::kTriangles, {0, 1, 2});
