@@ -1,0 +1,202 @@
+#include "DoubleTest.h"
+
+#include "state/GLPassState.h"
+
+#include <cstring>
+#include <limits>
+
+namespace {
+
+using Bytes = std::array<int, 10>;
+
+Bytes bytes(const GLPassState& state) {
+    unsigned char raw[10];
+    std::memcpy(raw, &state, sizeof raw);
+    Bytes result;
+    std::copy(std::begin(raw), std::end(raw), result.begin());
+    return result;
+}
+
+template <typename Enum>
+Enum value(unsigned number) {
+    return static_cast<Enum>(number);
+}
+
+class PassState : public DoubleTest {
+protected:
+    using Test = GLPassState::TestCondition;
+    using Op = GLPassState::StencilOp;
+    using Factor = GLPassState::BlendFactor;
+
+    static Calls applied(const GLPassState& state, bool withStencil) {
+        clearRecorded();
+        state.applyGL(withStencil);
+        return recorded();
+    }
+};
+
+TEST_F(PassState, resetKeepsTheUnusedBits) {
+    EXPECT_EQ(bytes(GLPassState()), (Bytes{0xAF, 0x01, 0, 0xFF, 0, 0, 0xFF, 0, 0x08, 0x20}));
+    GLPassState state;
+    std::memset(static_cast<void*>(&state), 0xFF, sizeof state);
+    state.reset();
+    EXPECT_EQ(bytes(state), (Bytes{0xAF, 0xF9, 0, 0xFF, 0x00, 0xF8, 0xFF, 0xC0, 0x08, 0xA0}));
+}
+
+// Each setter over a record of ones and one of zeros: the bits that it writes, and no others.
+TEST_F(PassState, settersWriteTheirFieldAlone) {
+    const struct {
+        void (*set)(GLPassState&);
+        Bytes overZeros, overOnes;
+    } kCases[] = {
+        {[](GLPassState& s) { s.setColorMask(true, false, false, true); },
+         {0x09},
+         {0xF9, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
+        {[](GLPassState& s) { s.setColorMask(false, true, false, false); },
+         {0x02},
+         {0xF2, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
+        {[](GLPassState& s) { s.setDepthMask(true); },
+         {0x10},
+         {255, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
+        {[](GLPassState& s) { s.setDepthMask(false); },
+         {0x00},
+         {0xEF, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
+        {[](GLPassState& s) { s.setDepthFunc(value<Test>(8 + 5)); },
+         {0xA0},
+         {0xBF, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
+        {[](GLPassState& s) { s.setStencilFunc(value<Test>(2)); }, // the depth function
+         {0x40},
+         {0x5F, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
+        {[](GLPassState& s) { s.setAlphaFunc(value<Test>(8 + 6), 127.9F); },
+         {0, 6, 127},
+         {255, 0xFE, 127, 255, 255, 255, 255, 255, 255, 255}},
+        {[](GLPassState& s) { s.setStencilWriteMask(0x5A); },
+         {0, 0, 0, 0x5A},
+         {255, 255, 255, 0x5A, 255, 255, 255, 255, 255, 255}},
+        {[](GLPassState& s) { s.setStencilRef(200); },
+         {0, 0, 0, 0, 0x40, 0x06},
+         {255, 255, 255, 255, 0x47, 0xFE, 255, 255, 255, 255}},
+        {[](GLPassState& s) { s.setStencilReadMask(0x3C); },
+         {0, 0, 0, 0, 0, 0, 0x3C},
+         {255, 255, 255, 255, 255, 255, 0x3C, 255, 255, 255}},
+        {[](GLPassState& s) { s.setStencilOpSFail(value<Op>(8 + 3)); },
+         {0, 0, 0, 0, 0, 0, 0, 0x03},
+         {255, 255, 255, 255, 255, 255, 255, 0xFB, 255, 255}},
+        {[](GLPassState& s) { s.setStencilOpZFail(value<Op>(5)); },
+         {0, 0, 0, 0, 0, 0, 0, 0x28},
+         {255, 255, 255, 255, 255, 255, 255, 0xEF, 255, 255}},
+        {[](GLPassState& s) { s.setStencilOpZPass(value<Op>(7)); },
+         {0, 0, 0, 0, 0, 0, 0, 0, 0x07},
+         {255, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
+        {[](GLPassState& s) { s.setBlendFuncFactors(value<Factor>(16 + 10), value<Factor>(3)); },
+         {0, 0, 0, 0, 0, 0, 0, 0, 0xD0, 0x01},
+         {255, 255, 255, 255, 255, 255, 255, 255, 0xD7, 0xF9}},
+        {[](GLPassState& s) { s.setLogicOp(value<GLPassState::LogicOp>(16 + 5)); },
+         {0, 0, 0, 0, 0, 0, 0, 0, 0, 0x28},
+         {255, 255, 255, 255, 255, 255, 255, 255, 255, 0xAF}},
+    };
+    for (const auto& c : kCases) {
+        GLPassState state;
+        std::memset(static_cast<void*>(&state), 0, sizeof state);
+        c.set(state);
+        EXPECT_EQ(bytes(state), c.overZeros) << "case " << &c - kCases;
+        std::memset(static_cast<void*>(&state), 0xFF, sizeof state);
+        c.set(state);
+        EXPECT_EQ(bytes(state), c.overOnes) << "case " << &c - kCases;
+    }
+}
+
+TEST_F(PassState, truncatesTheAlphaReference) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    for (const auto& [reference, stored] :
+         std::initializer_list<std::pair<float, int>>{{0.99F, 0},
+                                                      {255.9F, 255},
+                                                      {256.0F, 0},
+                                                      {300.0F, 44},
+                                                      {-0.9F, 0},
+                                                      {-1.5F, 255},
+                                                      {2147483520.0F, 128},
+                                                      {2147483648.0F, 0},
+                                                      {-2147483648.0F, 0},
+                                                      {-2147483904.0F, 0},
+                                                      {kInfinity, 0},
+                                                      {-kInfinity, 0},
+                                                      {std::numeric_limits<float>::quiet_NaN(), 0}}) {
+        GLPassState state;
+        state.setAlphaFunc(GLPassState::kTestAlways, reference);
+        EXPECT_EQ(bytes(state)[2], stored) << reference;
+    }
+}
+
+TEST_F(PassState, appliesInOrder) {
+    EXPECT_EQ(applied(GLPassState(), true),
+              (Calls{call("glColorMask", 1, 1, 1, 1), call("glDepthMask", 0), call("glDepthFunc", GL_LEQUAL),
+                     call("glAlphaFunc", GL_NEVER, 0.0), call("glStencilMask", 255),
+                     call("glStencilFunc", GL_ALWAYS, 0, 255), call("glStencilOp", GL_KEEP, GL_KEEP, GL_KEEP),
+                     call("glBlendFunc", GL_ONE, GL_ZERO), call("glLogicOp", GL_NOOP)}));
+
+    GLPassState state;
+    state.setColorMask(false, true, false, true);
+    state.setDepthMask(true);
+    state.setStencilFunc(GLPassState::kTestGreater);
+    state.setAlphaFunc(GLPassState::kTestNotEqual, 51);
+    state.setStencilWriteMask(0x0F);
+    state.setStencilRef(200);
+    state.setStencilReadMask(0xF0);
+    state.setStencilOpSFail(GLPassState::kStencilZero);
+    state.setStencilOpZFail(GLPassState::kStencilInvert);
+    state.setStencilOpZPass(GLPassState::kStencilReplace);
+    state.setBlendFuncFactors(GLPassState::kBlendSourceAlpha, GLPassState::kBlendOneMinusSourceAlpha);
+    state.setLogicOp(GLPassState::kLogicXor);
+    Calls expected = {call("glColorMask", 0, 1, 0, 1),
+                      call("glDepthMask", 1),
+                      call("glDepthFunc", GL_GREATER),
+                      call("glAlphaFunc", GL_NOTEQUAL, 0.2),
+                      call("glStencilMask", 0x0F),
+                      call("glStencilFunc", GL_ALWAYS, 200, 0xF0),
+                      call("glStencilOp", GL_ZERO, GL_INVERT, GL_REPLACE),
+                      call("glBlendFunc", GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA),
+                      call("glLogicOp", GL_XOR)};
+    const GLPassState copy = state;
+    EXPECT_EQ(applied(copy, true), expected);
+    expected.erase(expected.begin() + 4, expected.begin() + 7);
+    EXPECT_EQ(applied(state, false), expected);
+}
+
+TEST_F(PassState, leavesOutACallWithoutATranslation) {
+    const std::string blend = call("glBlendFunc", GL_ONE, GL_ZERO);
+    const std::string stencil = call("glStencilOp", GL_KEEP, GL_KEEP, GL_KEEP);
+    const Calls all = applied(GLPassState(), true);
+    const auto without = [&all](const std::string& left) {
+        Calls rest = all;
+        std::erase(rest, left);
+        return rest;
+    };
+    for (unsigned op : {6, 7}) {
+        GLPassState states[3];
+        states[0].setStencilOpSFail(value<Op>(op));
+        states[1].setStencilOpZFail(value<Op>(op));
+        states[2].setStencilOpZPass(value<Op>(op));
+        for (const GLPassState& state : states)
+            EXPECT_EQ(applied(state, true), without(stencil)) << op;
+    }
+    for (unsigned factor : {11, 15}) {
+        GLPassState states[2];
+        states[0].setBlendFuncFactors(value<Factor>(factor), GLPassState::kBlendZero);
+        states[1].setBlendFuncFactors(GLPassState::kBlendOne, value<Factor>(factor));
+        for (const GLPassState& state : states)
+            EXPECT_EQ(applied(state, true), without(blend)) << factor;
+    }
+}
+
+TEST_F(PassState, translatesByTable) {
+    using testing::ElementsAre;
+    EXPECT_THAT(TestConditionTable, ElementsAre(0x207, 0x200, 0x202, 0x205, 0x201, 0x203, 0x204, 0x206));
+    EXPECT_THAT(StencilOpTable, ElementsAre(0x1E00, 0, 0x1E01, 0x1E02, 0x1E03, 0x150A));
+    EXPECT_THAT(BlendFactorTable,
+                ElementsAre(0, 1, 0x300, 0x301, 0x306, 0x307, 0x302, 0x303, 0x304, 0x305, 0x308));
+    EXPECT_THAT(LogicOpTable, ElementsAre(0x1500, 0x150F, 0x1503, 0x150C, 0x1505, 0x150A, 0x1501, 0x150E,
+                                          0x1507, 0x1508, 0x1506, 0x1509, 0x1502, 0x1504, 0x150B, 0x150D));
+}
+
+} // namespace
