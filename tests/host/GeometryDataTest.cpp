@@ -57,7 +57,9 @@ TEST(GeometryDataTest, laysBlocksOutBehindEachOther) {
     }
     EXPECT_THAT(std::vector<uint32_t>(block, block + 8), testing::ElementsAre(4, 5, 6, 7, 8, 9, 10, 0))
         << "a word to spare";
-    EXPECT_EQ(group.addIndexRecord(GeometryDataIndex::kQuads, {0, 1, 2, 3}).fAllocatedCount, 4U);
+    const GeometryDataIndex& single = group.addIndexRecord(GeometryDataIndex::kQuads, {0, 1, 2, 3});
+    EXPECT_EQ(single.fAllocatedCount, 4U);
+    EXPECT_EQ(single.fStart, 0U);
 }
 
 TEST(GeometryDataTest, deletesEachHangerOnce) {
