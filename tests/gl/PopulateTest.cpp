@@ -668,6 +668,24 @@ TEST_F(Multitexture, theHostsVetoDoesNotChangeTheLimits) {
     EXPECT_FALSE(table.ensureLiveMultitexture());
 }
 
+TEST_F(Multitexture, withoutALiveSetTheRemedyChangesNothing) {
+    script().inert = fExtSet;
+    script().inert.insert({"glActiveTexture", "glActiveTextureARB"});
+    GLFunctionTable table;
+    table.populate();
+    const auto slots = [&table] {
+        // The 34 slots stand together, from the first coordinate form to the client's unit.
+        const auto* first = reinterpret_cast<void* const*>(&table.fglMultiTexCoord1d);
+        return std::vector<void*>(first, first + 34);
+    };
+    // A set whose members can be told apart.
+    table.fglMultiTexCoord1d = ::glMultiTexCoord1d;
+    table.fglClientActiveTexture = ::glClientActiveTexture;
+    const std::vector<void*> before = slots();
+    EXPECT_FALSE(table.ensureLiveMultitexture());
+    EXPECT_EQ(slots(), before);
+}
+
 TEST_F(Multitexture, theRemedyPutsALiveSetInPlace) {
     const struct {
         const char* what;
