@@ -11,14 +11,12 @@ namespace orloview {
 
 namespace {
 
-void enable(GLenum capability, bool on)
-{
+void enable(GLenum capability, bool on) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     on ? gl->glEnable(capability) : gl->glDisable(capability);
 }
 
-void clear(const FrameLook& look)
-{
+void clear(const FrameLook& look) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     gl->glViewport(0, 0, look.width, look.height);
     gl->glClearColor(look.background[0], look.background[1], look.background[2], look.background[3]);
@@ -28,8 +26,7 @@ void clear(const FrameLook& look)
 }
 
 /// What holds for every group of a frame.
-void setFrameState(const FrameLook& look)
-{
+void setFrameState(const FrameLook& look) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     gl->glPolygonMode(GL_FRONT_AND_BACK, look.wireframe ? GL_LINE : GL_FILL);
     gl->glPointSize(look.pointSize);
@@ -44,10 +41,9 @@ void setFrameState(const FrameLook& look)
     gl->glEnable(GL_COLOR_MATERIAL);
 }
 
-/// A material's gloss: a dielectric reflects 4 parts in 100, a metal its own colour; the rougher, the wider the
-/// highlight and the fainter.
-void setGloss(const Material& material)
-{
+/// A material's gloss: a dielectric reflects 4 parts in 100, a metal its own colour; the rougher, the wider
+/// the highlight and the fainter.
+void setGloss(const Material& material) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     const float smoothness = 1.0F - material.roughness;
     koColor::Color specular;
@@ -60,8 +56,7 @@ void setGloss(const Material& material)
     gl->glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, exponent);
 }
 
-void setMaterial(const Material& material, bool lit, bool wireframe)
-{
+void setMaterial(const Material& material, bool lit, bool wireframe) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     const koColor::Color color = storedColor(material, material.baseColor);
     enable(GL_LIGHTING, lit);
@@ -73,8 +68,7 @@ void setMaterial(const Material& material, bool lit, bool wireframe)
     gl->glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, material.emissive.data());
 }
 
-GLPassState passStateOf(const Material& material)
-{
+GLPassState passStateOf(const Material& material) {
     GLPassState state;
     state.setDepthMask(material.alphaMode != AlphaMode::Blend);
     if (material.alphaMode == AlphaMode::Blend)
@@ -83,8 +77,7 @@ GLPassState passStateOf(const Material& material)
     return state;
 }
 
-void drawInstance(DrawableScene& drawable, size_t index, bool wireframe)
-{
+void drawInstance(DrawableScene& drawable, size_t index, bool wireframe) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     const Material& material = drawable.materialOf(index);
     const koLinear::AffineMatrix& toWorld = drawable.scene().instances[index].toWorld;
@@ -97,8 +90,7 @@ void drawInstance(DrawableScene& drawable, size_t index, bool wireframe)
     gl->glPopMatrix();
 }
 
-std::vector<size_t> farthestFirst(const DrawableScene& drawable, const View& view)
-{
+std::vector<size_t> farthestFirst(const DrawableScene& drawable, const View& view) {
     std::vector<std::pair<double, size_t>> byDepth;
     for (const size_t index : drawable.blendedInstances())
         byDepth.emplace_back(view.worldToEye.transform(drawable.centerOf(index))[2], index);
@@ -113,8 +105,7 @@ std::vector<size_t> farthestFirst(const DrawableScene& drawable, const View& vie
 } // namespace
 
 void drawFrame(GLFrameBuffer& target, const View& view, StudioLights& lights, DrawableScene& drawable,
-               const FrameLook& look)
-{
+               const FrameLook& look) {
     target.makeCurrent();
     clear(look);
     setFrameState(look);

@@ -19,8 +19,8 @@ struct FrameLook {
     float lineWidth = 1.0F;
 };
 
-/// Draws one frame: the road from the library's frame buffer to the last group. Needs the context that the buffer
-/// lives in current. What stands in the buffer afterwards is linear, colour multiplied by alpha.
+/// Draws one frame: the road from the library's frame buffer to the last group. Needs the context that the
+/// buffer lives in current. What stands in the buffer afterwards is linear, colour multiplied by alpha.
 void drawFrame(GLFrameBuffer& target, const View& view, StudioLights& lights, DrawableScene& drawable,
                const FrameLook& look);
 

@@ -9,14 +9,12 @@ namespace orloview {
 
 namespace {
 
-const char* stringOf(GLenum name)
-{
+const char* stringOf(GLenum name) {
     const auto* text = GLFunctionTable::fpGlobalFunctionTable->glGetString(name);
     return text ? reinterpret_cast<const char*>(text) : "unknown";
 }
 
-void describeCapabilities(std::ostream& out, const GLFunctionTable& gl)
-{
+void describeCapabilities(std::ostream& out, const GLFunctionTable& gl) {
     struct Named {
         const char* name;
         GLCapability capability;
@@ -29,15 +27,14 @@ void describeCapabilities(std::ostream& out, const GLFunctionTable& gl)
     for (const Named& named : kCapabilities) {
         if (std::strncmp(named.name, "kCapUnassigned", 14) == 0)
             continue;
-        const char* state = gl.usable(named.capability)            ? "yes"
+        const char* state = gl.usable(named.capability)          ? "yes"
                             : gl.fExtSupported[named.capability] ? "vetoed"
                                                                  : "no";
         out << "  " << named.name << ": " << state << "\n";
     }
 }
 
-void describeLimits(std::ostream& out, const GLFunctionTable& gl)
-{
+void describeLimits(std::ostream& out, const GLFunctionTable& gl) {
     const auto queried = [&gl](GLenum name) {
         GLint values[2] = {};
         gl.glGetIntegerv(name, values);
@@ -57,8 +54,7 @@ void describeLimits(std::ostream& out, const GLFunctionTable& gl)
 
 } // namespace
 
-std::string describeGL()
-{
+std::string describeGL() {
     const GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
     std::ostringstream out;
     out << "OpenGL version: " << stringOf(GL_VERSION) << "\n"

@@ -39,21 +39,20 @@ struct NamedColor {
 };
 
 constexpr NamedColor kNamedColors[] = {
-    {"black", 0x000000}, {"silver", 0xC0C0C0}, {"gray", 0x808080},   {"grey", 0x808080},  {"white", 0xFFFFFF},
-    {"maroon", 0x800000}, {"red", 0xFF0000},   {"purple", 0x800080}, {"fuchsia", 0xFF00FF}, {"green", 0x008000},
-    {"lime", 0x00FF00},  {"olive", 0x808000},  {"yellow", 0xFFFF00}, {"navy", 0x000080},  {"blue", 0x0000FF},
-    {"teal", 0x008080},  {"aqua", 0x00FFFF},   {"orange", 0xFFA500},
+    {"black", 0x000000},   {"silver", 0xC0C0C0}, {"gray", 0x808080}, {"grey", 0x808080},
+    {"white", 0xFFFFFF},   {"maroon", 0x800000}, {"red", 0xFF0000},  {"purple", 0x800080},
+    {"fuchsia", 0xFF00FF}, {"green", 0x008000},  {"lime", 0x00FF00}, {"olive", 0x808000},
+    {"yellow", 0xFFFF00},  {"navy", 0x000080},   {"blue", 0x0000FF}, {"teal", 0x008080},
+    {"aqua", 0x00FFFF},    {"orange", 0xFFA500},
 };
 
-[[noreturn]] void wrong(const std::string& name, const std::string& value, const std::string& wanted)
-{
+[[noreturn]] void wrong(const std::string& name, const std::string& value, const std::string& wanted) {
     throw Failure(kExitUsage, name + " " + value + ": " + wanted);
 }
 
 /// A whole number or nothing.
 template <typename Number>
-std::optional<Number> parseNumber(std::string_view text)
-{
+std::optional<Number> parseNumber(std::string_view text) {
     Number value{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size())
@@ -61,8 +60,7 @@ std::optional<Number> parseNumber(std::string_view text)
     return value;
 }
 
-void parseSize(const std::string& text, Options& options)
-{
+void parseSize(const std::string& text, Options& options) {
     const size_t x = text.find('x');
     std::optional<int> width;
     std::optional<int> height;
@@ -77,8 +75,7 @@ void parseSize(const std::string& text, Options& options)
 }
 
 template <typename Triple>
-std::optional<Triple> parseTriple(const std::string& name, const std::string& text)
-{
+std::optional<Triple> parseTriple(const std::string& name, const std::string& text) {
     if (text.empty())
         return std::nullopt;
     Triple triple;
@@ -95,8 +92,7 @@ std::optional<Triple> parseTriple(const std::string& name, const std::string& te
     return triple;
 }
 
-std::optional<double> parseFieldOfView(const std::string& text)
-{
+std::optional<double> parseFieldOfView(const std::string& text) {
     if (text.empty())
         return std::nullopt;
     const std::optional<double> degrees = parseNumber<double>(text);
@@ -106,8 +102,7 @@ std::optional<double> parseFieldOfView(const std::string& text)
 }
 
 /// How many letters lie between two words.
-size_t editDistance(std::string_view a, std::string_view b)
-{
+size_t editDistance(std::string_view a, std::string_view b) {
     std::vector<size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), size_t{0});
     for (size_t i = 0; i < a.size(); ++i) {
@@ -122,8 +117,7 @@ size_t editDistance(std::string_view a, std::string_view b)
     return row.back();
 }
 
-[[noreturn]] void unknownSwitch(const CLI::App& app, const std::string& given)
-{
+[[noreturn]] void unknownSwitch(const CLI::App& app, const std::string& given) {
     const std::string name = given.substr(0, given.find('='));
     std::string nearest;
     size_t distance = name.size();
@@ -140,8 +134,7 @@ size_t editDistance(std::string_view a, std::string_view b)
     throw Failure(kExitUsage, "unknown switch " + name + hint + " (--help lists all)");
 }
 
-void checkTogether(const Options& options)
-{
+void checkTogether(const Options& options) {
     if (options.quiet && options.verbose)
         throw Failure(kExitUsage, "-q and -v: give one of them, not both");
     if (options.glInfo)
@@ -153,11 +146,15 @@ void checkTogether(const Options& options)
     if (options.info)
         return;
     if (options.output.empty())
-        throw Failure(kExitUsage, "no picture asked for; give -o picture.png, or --info to list what the model holds");
+        throw Failure(kExitUsage,
+                      "no picture asked for; give -o picture.png, or --info to list what the model holds");
     if (options.output != "-" && !CLI::detail::to_lower(options.output).ends_with(".png"))
-        throw Failure(kExitUsage, "-o " + options.output + ": only PNG pictures can be written; give a name ending in .png");
+        throw Failure(kExitUsage, "-o " + options.output +
+                                      ": only PNG pictures can be written; give a name ending in .png");
     if (options.camera && (options.eye || options.target || options.up || options.fieldOfView))
-        throw Failure(kExitUsage, "--camera: a camera of the file has its own --eye, --target, --up and --fov; leave them out");
+        throw Failure(
+            kExitUsage,
+            "--camera: a camera of the file has its own --eye, --target, --up and --fov; leave them out");
     if (options.eye && options.target && (*options.eye)[0] == (*options.target)[0] &&
         (*options.eye)[1] == (*options.target)[1] && (*options.eye)[2] == (*options.target)[2])
         throw Failure(kExitUsage, "--eye and --target are the same point; move one of them");
@@ -167,8 +164,7 @@ void checkTogether(const Options& options)
 
 } // namespace
 
-std::optional<std::array<float, 4>> parseColor(const std::string& text)
-{
+std::optional<std::array<float, 4>> parseColor(const std::string& text) {
     const auto fromBytes = [](unsigned long rgba) {
         std::array<float, 4> color{};
         for (size_t channel = 0; channel < 4; ++channel)
@@ -195,8 +191,7 @@ std::optional<std::array<float, 4>> parseColor(const std::string& text)
     return fromBytes(rgba);
 }
 
-CommandLine parseCommandLine(int argc, const char* const* argv)
-{
+CommandLine parseCommandLine(int argc, const char* const* argv) {
     CommandLine line;
     Options& options = line.options;
     std::string size;
@@ -222,7 +217,8 @@ CommandLine parseCommandLine(int argc, const char* const* argv)
     app.add_option("--up", up, "Which way is up, 0,1,0 unless given")->type_name("X,Y,Z");
     app.add_option("--fov", fov, "Vertical angle of view, 35 unless given")->type_name("DEGREES");
     app.add_option("--camera", camera, "Look through a camera of the file")->type_name("NAME|INDEX");
-    app.add_option("--background", background, "A name, #RRGGBB, #RRGGBBAA, or transparent")->type_name("COLOUR");
+    app.add_option("--background", background, "A name, #RRGGBB, #RRGGBBAA, or transparent")
+        ->type_name("COLOUR");
     app.add_flag("--wireframe", options.wireframe, "Draw edges only");
     app.add_flag("--stats", options.stats, "Print what was drawn and uploaded, frame by frame");
     app.add_flag("--info", options.info, "Print what the models hold; needs no display");
@@ -262,7 +258,8 @@ CommandLine parseCommandLine(int argc, const char* const* argv)
     if (app.count("--background") != 0) {
         const auto color = parseColor(background);
         if (!color)
-            wrong("--background", background, "give a name such as white, #RRGGBB, #RRGGBBAA, or transparent");
+            wrong("--background", background,
+                  "give a name such as white, #RRGGBB, #RRGGBBAA, or transparent");
         options.background = *color;
     }
     if (app.count("--output") != 0)

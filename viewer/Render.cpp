@@ -18,8 +18,7 @@ namespace {
 /// Above as many pixels a frame is drawn without supersampling: a float pixel takes 16 bytes, twice.
 constexpr double kMostPixels = 34e6;
 
-const Camera& findCamera(const std::string& wanted, const Scene& scene)
-{
+const Camera& findCamera(const std::string& wanted, const Scene& scene) {
     for (const Camera& camera : scene.cameras) {
         if (camera.name == wanted)
             return camera;
@@ -38,8 +37,7 @@ const Camera& findCamera(const std::string& wanted, const Scene& scene)
 }
 
 /// A framebuffer object with a float colour buffer, or one of bytes where there is none.
-void createTarget(GLFrameBuffer& target, int width, int height)
-{
+void createTarget(GLFrameBuffer& target, int width, int height) {
     GLint limit = 0;
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     if (!gl->usable(kCapFramebufferObject))
@@ -48,22 +46,24 @@ void createTarget(GLFrameBuffer& target, int width, int height)
     gl->glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE_EXT, &limit);
     if (width > limit || height > limit)
         throw Failure(kExitUsage, "--size " + std::to_string(width) + "x" + std::to_string(height) +
-                                      ": this OpenGL draws at most " + std::to_string(limit) + " pixels each way");
+                                      ": this OpenGL draws at most " + std::to_string(limit) +
+                                      " pixels each way");
     for (const RasterFormat color : {kRasterRGBA32F, kRasterRGBA8}) {
         if (color == kRasterRGBA32F && !gl->usable(kCapTextureFloat))
             continue;
-        const koBufferFormat format(color, kRasterDepth24, kRasterNoStencil, kSamplingSingle, IHWTexture::kTexture2D);
+        const koBufferFormat format(color, kRasterDepth24, kRasterNoStencil, kSamplingSingle,
+                                    IHWTexture::kTexture2D);
         if (target.createOffscreen(format, static_cast<unsigned>(width), static_cast<unsigned>(height)) ==
             GLFrameBuffer::kSuccess)
             return;
     }
     throw Failure(kExitNoGL, "this OpenGL can't make a framebuffer of " + std::to_string(width) + "x" +
-                                 std::to_string(height) + " pixels with colour and depth; try a smaller --size");
+                                 std::to_string(height) +
+                                 " pixels with colour and depth; try a smaller --size");
 }
 
 /// Pictures are averaged from 2 x 2 pixels each, where the driver and memory allow.
-int supersampling(const Options& options)
-{
+int supersampling(const Options& options) {
     GLint limit = 0;
     GLFunctionTable::fpGlobalFunctionTable->glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE_EXT, &limit);
     const bool fits = options.width * 2 <= limit && options.height * 2 <= limit &&
@@ -71,26 +71,23 @@ int supersampling(const Options& options)
     return fits ? 2 : 1;
 }
 
-koColor::Color linearBackground(const std::array<float, 4>& srgb)
-{
+koColor::Color linearBackground(const std::array<float, 4>& srgb) {
     const float alpha = srgb[3];
     return {decodeSrgb(srgb[0]) * alpha, decodeSrgb(srgb[1]) * alpha, decodeSrgb(srgb[2]) * alpha, alpha};
 }
 
-void printStats(int frame, const CallCounts& counts, const Scene& scene)
-{
+void printStats(int frame, const CallCounts& counts, const Scene& scene) {
     std::fprintf(stderr,
                  "frame %d: %zu groups, %zu triangles, %zu lines, %zu points, %zu draw calls, %zu uploads, "
                  "%zu bytes uploaded, %zu GL names made\n",
-                 frame, scene.instances.size(), scene.count(Topology::Triangles), scene.count(Topology::Lines),
-                 scene.count(Topology::Points), counts.drawCalls, counts.uploads, counts.uploadedBytes,
-                 counts.namesGenerated);
+                 frame, scene.instances.size(), scene.count(Topology::Triangles),
+                 scene.count(Topology::Lines), scene.count(Topology::Points), counts.drawCalls,
+                 counts.uploads, counts.uploadedBytes, counts.namesGenerated);
 }
 
 } // namespace
 
-View chooseView(const Options& options, const Scene& scene)
-{
+View chooseView(const Options& options, const Scene& scene) {
     const double aspect = static_cast<double>(options.width) / options.height;
     const Bounds bounds = scene.bounds();
     if (options.camera)
@@ -98,8 +95,7 @@ View chooseView(const Options& options, const Scene& scene)
     return placeView({options.eye, options.target, options.up, options.fieldOfView}, bounds, aspect);
 }
 
-Picture renderPicture(const Options& options, const Scene& scene, const View& view)
-{
+Picture renderPicture(const Options& options, const Scene& scene, const View& view) {
     GLFrameBuffer target;
     const int factor = supersampling(options);
     createTarget(target, options.width * factor, options.height * factor);

@@ -17,8 +17,7 @@ namespace orloview {
 
 namespace {
 
-void say(const std::string& line)
-{
+void say(const std::string& line) {
     std::fprintf(stderr, "orloview: %s\n", line.c_str());
 }
 
@@ -28,8 +27,7 @@ struct Loaded {
 };
 
 /// Every model that can be read, in one scene; each that can't gets its line.
-Loaded loadModels(const Options& options)
-{
+Loaded loadModels(const Options& options) {
     Loaded loaded;
     bool any = false;
     for (const std::string& path : options.models) {
@@ -57,30 +55,29 @@ Loaded loadModels(const Options& options)
     return loaded;
 }
 
-int showGLInfo(const Options& options)
-{
+int showGLInfo(const Options& options) {
     const DisplaySession display(options.verbose);
     const GLSession gl(display.display());
     std::fputs(describeGL().c_str(), stdout);
     return kExitDone;
 }
 
-int writePicture(const Options& options, const Loaded& loaded)
-{
+int writePicture(const Options& options, const Loaded& loaded) {
     if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
-        throw Failure(kExitNoInput, options.models.front() + ": nothing in it can be drawn; no picture is written");
+        throw Failure(kExitNoInput,
+                      options.models.front() + ": nothing in it can be drawn; no picture is written");
     const View view = chooseView(options, loaded.scene);
     const DisplaySession display(options.verbose);
     const GLSession gl(display.display());
     const Picture picture = renderPicture(options, loaded.scene, view);
     writePng(options.output, picture, options.background[3] != 1.0F);
     if (options.verbose)
-        say("wrote " + (options.output == "-" ? std::string("the picture to standard output") : options.output));
+        say("wrote " +
+            (options.output == "-" ? std::string("the picture to standard output") : options.output));
     return loaded.complete ? kExitDone : kExitIncomplete;
 }
 
-int run(int argc, const char* const* argv)
-{
+int run(int argc, const char* const* argv) {
     const CommandLine line = parseCommandLine(argc, argv);
     if (!line.printAndStop.empty()) {
         std::fputs(line.printAndStop.c_str(), stdout);
@@ -101,8 +98,7 @@ int run(int argc, const char* const* argv)
 
 } // namespace orloview
 
-int main(int argc, char** argv)
-{
+int main(int argc, char** argv) {
     try {
         return orloview::run(argc, argv);
     } catch (const orloview::Failure& failure) {

@@ -10,30 +10,25 @@ namespace {
 
 CallCounts counts;
 
-void countDraw(...)
-{
+void countDraw(...) {
     ++counts.drawCalls;
 }
 
-void countBufferUpload(GLenum, GLsizeiptrARB size, const void*, GLenum)
-{
+void countBufferUpload(GLenum, GLsizeiptrARB size, const void*, GLenum) {
     ++counts.uploads;
     counts.uploadedBytes += static_cast<size_t>(size);
 }
 
-void countSubUpload(GLenum, GLintptrARB, GLsizeiptrARB size, const void*)
-{
+void countSubUpload(GLenum, GLintptrARB, GLsizeiptrARB size, const void*) {
     ++counts.uploads;
     counts.uploadedBytes += static_cast<size_t>(size);
 }
 
-void countImageUpload(...)
-{
+void countImageUpload(...) {
     ++counts.uploads;
 }
 
-void countNames(GLsizei n, GLuint*)
-{
+void countNames(GLsizei n, GLuint*) {
     counts.namesGenerated += static_cast<size_t>(n);
 }
 
@@ -41,18 +36,17 @@ void countNames(GLsizei n, GLuint*)
 template <auto kSlot, auto kCount>
 class Counted;
 
-template <typename Result, typename... Arguments, Result (*GLFunctionTable::*kSlot)(Arguments...), auto kCount>
+template <typename Result, typename... Arguments, Result (*GLFunctionTable::*kSlot)(Arguments...),
+          auto kCount>
 class Counted<kSlot, kCount> {
 public:
-    static void install(GLFunctionTable& table)
-    {
+    static void install(GLFunctionTable& table) {
         if (table.*kSlot && table.*kSlot != call)
             fsOriginal = std::exchange(table.*kSlot, call);
     }
 
 private:
-    static Result call(Arguments... arguments)
-    {
+    static Result call(Arguments... arguments) {
         kCount(arguments...);
         return fsOriginal(arguments...);
     }
@@ -62,8 +56,7 @@ private:
 
 } // namespace
 
-void CallCounter::install()
-{
+void CallCounter::install() {
     GLFunctionTable& table = *GLFunctionTable::fpGlobalFunctionTable;
     Counted<&GLFunctionTable::fglDrawArrays, countDraw>::install(table);
     Counted<&GLFunctionTable::fglDrawElements, countDraw>::install(table);
@@ -79,8 +72,7 @@ void CallCounter::install()
     Counted<&GLFunctionTable::fglGenRenderbuffersEXT, countNames>::install(table);
 }
 
-CallCounts CallCounter::take()
-{
+CallCounts CallCounter::take() {
     return std::exchange(counts, {});
 }
 

@@ -8,18 +8,17 @@ namespace {
 
 const Material kPlainMaterial;
 
-Bounds boundsOf(const Mesh& mesh, const koLinear::AffineMatrix& toWorld)
-{
+Bounds boundsOf(const Mesh& mesh, const koLinear::AffineMatrix& toWorld) {
     Bounds bounds;
     for (size_t i = 0; i + 2 < mesh.positions.size(); i += 3)
-        bounds.extend(toWorld.transform(koLinear::Point(mesh.positions[i], mesh.positions[i + 1], mesh.positions[i + 2])));
+        bounds.extend(toWorld.transform(
+            koLinear::Point(mesh.positions[i], mesh.positions[i + 1], mesh.positions[i + 2])));
     return bounds;
 }
 
 } // namespace
 
-koColor::Color storedColor(const Material& material, const koColor::Color& color)
-{
+koColor::Color storedColor(const Material& material, const koColor::Color& color) {
     if (material.alphaMode == AlphaMode::Opaque)
         return {color[0], color[1], color[2], 1.0F};
     if (material.alphaMode == AlphaMode::Mask)
@@ -27,8 +26,7 @@ koColor::Color storedColor(const Material& material, const koColor::Color& color
     return {color[0] * color[3], color[1] * color[3], color[2] * color[3], color[3]};
 }
 
-DrawableScene::DrawableScene(const Scene& scene) : fScene(scene)
-{
+DrawableScene::DrawableScene(const Scene& scene) : fScene(scene) {
     const auto route = [this](GLRouting::GLInterpolant interpolant, GeometryData::DataType type) {
         GLRouting::Slot& slot = fRouting.fSlots[interpolant];
         slot.fMode = GLRouting::kFromGeometry;
@@ -51,13 +49,14 @@ DrawableScene::DrawableScene(const Scene& scene) : fScene(scene)
 
 DrawableScene::~DrawableScene() = default;
 
-std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh& mesh) const
-{
+std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh& mesh) const {
     auto drawable = std::make_unique<Drawable>();
     const auto vertices = static_cast<uint32_t>(mesh.vertexCount());
-    const auto addStream = [&](GeometryData::DataType type, uint32_t components, const std::vector<float>& values) {
+    const auto addStream = [&](GeometryData::DataType type, uint32_t components,
+                               const std::vector<float>& values) {
         if (!values.empty())
-            drawable->group.addStream(std::make_unique<GeometryData>(type, components, values.data(), vertices));
+            drawable->group.addStream(
+                std::make_unique<GeometryData>(type, components, values.data(), vertices));
     };
     addStream(GeometryData::kPosition, 3, mesh.positions);
     addStream(GeometryData::kNormal, 3, mesh.normals);
@@ -79,19 +78,16 @@ std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh&
     return drawable;
 }
 
-const Material& DrawableScene::materialOf(size_t instance) const
-{
+const Material& DrawableScene::materialOf(size_t instance) const {
     const int material = fScene.meshes[fScene.instances[instance].mesh].material;
     return material < 0 ? kPlainMaterial : fScene.materials[material];
 }
 
-bool DrawableScene::isLit(size_t instance) const
-{
+bool DrawableScene::isLit(size_t instance) const {
     return !fScene.meshes[fScene.instances[instance].mesh].normals.empty() && !materialOf(instance).unlit;
 }
 
-void DrawableScene::drawMesh(size_t instance)
-{
+void DrawableScene::drawMesh(size_t instance) {
     const int index = fScene.instances[instance].mesh;
     const Mesh& mesh = fScene.meshes[index];
     Drawable& drawable = *fDrawables[index];
@@ -101,8 +97,7 @@ void DrawableScene::drawMesh(size_t instance)
         drawPointsOrLines(mesh, drawable);
 }
 
-void DrawableScene::drawPointsOrLines(const Mesh& mesh, Drawable& drawable)
-{
+void DrawableScene::drawPointsOrLines(const Mesh& mesh, Drawable& drawable) {
     // The routing draws triangles and quads only; its arrays serve here too.
     fRouting.fGroup = &drawable.group;
     fRouting.setVertexArrays(false, false);
@@ -110,8 +105,8 @@ void DrawableScene::drawPointsOrLines(const Mesh& mesh, Drawable& drawable)
         drawable.indicesTried = true;
         auto object = std::make_unique<GLObject>();
         object->fDataType = GLObject::kIndexData;
-        if (object->bind() &&
-            object->bufferData(static_cast<long>(mesh.indices.size() * sizeof(uint32_t)), mesh.indices.data()))
+        if (object->bind() && object->bufferData(static_cast<long>(mesh.indices.size() * sizeof(uint32_t)),
+                                                 mesh.indices.data()))
             drawable.indices = std::move(object);
     }
     const bool buffered = drawable.indices && drawable.indices->bind();

@@ -10,9 +10,9 @@
 
 namespace orloview {
 
-/// A scene made ready for the library: a geometry group per mesh, uploaded by the first frame that draws it and
-/// kept in buffer objects. Needs a current context of the share group to draw and to be destroyed; keeps a
-/// reference to the scene, which must outlive it.
+/// A scene made ready for the library: a geometry group per mesh, uploaded by the first frame that draws it
+/// and kept in buffer objects. Needs a current context of the share group to draw and to be destroyed; keeps
+/// a reference to the scene, which must outlive it.
 class DrawableScene {
 public:
     explicit DrawableScene(const Scene& scene);
@@ -23,8 +23,8 @@ public:
 
     const Scene& scene() const { return fScene; }
 
-    /// Instances whose material is drawn with all it covers hidden, in the order of the file, and those that let
-    /// it shine through.
+    /// Instances whose material is drawn with all it covers hidden, in the order of the file, and those that
+    /// let it shine through.
     const std::vector<size_t>& opaqueInstances() const { return fOpaque; }
     const std::vector<size_t>& blendedInstances() const { return fBlended; }
 
@@ -42,7 +42,7 @@ public:
 private:
     struct Drawable {
         GeometryLogicalGroup group;
-        std::vector<float> colors; ///< vertex colours times base colour, where the mesh has any
+        std::vector<float> colors;         ///< vertex colours times base colour, where the mesh has any
         std::unique_ptr<GLObject> indices; ///< of points and lines
         bool indicesTried = false;
     };

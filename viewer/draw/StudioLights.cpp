@@ -18,8 +18,7 @@ constexpr std::array<Setting, 3> kSettings = {{
 }};
 
 /// A space whose z axis points along `z`.
-koLinear::AffineMatrix frameAlong(const koLinear::Vector& z)
-{
+koLinear::AffineMatrix frameAlong(const koLinear::Vector& z) {
     const double length = std::hypot(z[0], z[1], z[2]);
     koLinear::AffineMatrix frame;
     for (int i = 0; i < 3; ++i)
@@ -38,8 +37,7 @@ koLinear::AffineMatrix frameAlong(const koLinear::Vector& z)
 
 } // namespace
 
-StudioLights::StudioLights()
-{
+StudioLights::StudioLights() {
     for (size_t i = 0; i < fLights.size(); ++i) {
         const float intensity = kSettings[i].intensity;
         fLights[i].setLightType(IHWLight::kLightDirectional);
@@ -48,8 +46,7 @@ StudioLights::StudioLights()
     }
 }
 
-void StudioLights::bind(const koLinear::AffineMatrix& worldToEye)
-{
+void StudioLights::bind(const koLinear::AffineMatrix& worldToEye) {
     const koLinear::AffineMatrix eyeToWorld = worldToEye.inverse();
     for (size_t i = 0; i < fLights.size(); ++i) {
         fLights[i].fLightTransform = frameAlong(kSettings[i].toLight).then(eyeToWorld);

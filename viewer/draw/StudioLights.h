@@ -8,8 +8,8 @@
 
 namespace orloview {
 
-/// The three lights of a scene that brings none: key from the upper left, fill from the right, rim from behind.
-/// They keep their place beside the eye. Needs a current context to be made.
+/// The three lights of a scene that brings none: key from the upper left, fill from the right, rim from
+/// behind. They keep their place beside the eye. Needs a current context to be made.
 class StudioLights {
 public:
     StudioLights();

@@ -8,36 +8,30 @@ namespace orloview {
 
 namespace {
 
-float encode(float linear)
-{
+float encode(float linear) {
     return linear <= 0.0031308F ? 12.92F * linear : 1.055F * std::pow(linear, 1.0F / 2.4F) - 0.055F;
 }
 
-std::uint8_t toByte(float value)
-{
+std::uint8_t toByte(float value) {
     return static_cast<std::uint8_t>(std::lround(value * 255.0F));
 }
 
-float clampToUnit(float value)
-{
+float clampToUnit(float value) {
     // The comparison, unlike std::clamp, turns a NaN into 0.
     return value > 0.0F ? std::min(value, 1.0F) : 0.0F;
 }
 
 } // namespace
 
-std::uint8_t encodeSrgb(float linear)
-{
+std::uint8_t encodeSrgb(float linear) {
     return toByte(encode(clampToUnit(linear)));
 }
 
-float decodeSrgb(float encoded)
-{
+float decodeSrgb(float encoded) {
     return encoded <= 0.04045F ? encoded / 12.92F : std::pow((encoded + 0.055F) / 1.055F, 2.4F);
 }
 
-Picture developPicture(const float* linear, int width, int height, int factor, bool opaque)
-{
+Picture developPicture(const float* linear, int width, int height, int factor, bool opaque) {
     Picture picture{width, height, std::vector<std::uint8_t>(static_cast<size_t>(width) * height * 4)};
     const size_t stride = static_cast<size_t>(width) * factor * 4;
     const float weight = 1.0F / static_cast<float>(factor * factor);

@@ -20,8 +20,9 @@ std::uint8_t encodeSrgb(float linear);
 float decodeSrgb(float encoded);
 
 /// Turns a frame into a picture: averages blocks of factor x factor linear pixels, encodes them as sRGB and
-/// turns the rows the right way up. `linear` holds red, green, blue (multiplied by alpha) and alpha per pixel,
-/// rows from the bottom up, factor times the picture's size in both directions. With `opaque` alpha counts as 1.
+/// turns the rows the right way up. `linear` holds red, green, blue (multiplied by alpha) and alpha per
+/// pixel, rows from the bottom up, factor times the picture's size in both directions. With `opaque` alpha
+/// counts as 1.
 Picture developPicture(const float* linear, int width, int height, int factor, bool opaque);
 
 } // namespace orloview

@@ -21,8 +21,7 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-[[noreturn]] void notWritten(const std::string& path, int error)
-{
+[[noreturn]] void notWritten(const std::string& path, int error) {
     const std::string reason = error != 0 ? std::strerror(error) : "the disk took no more";
     throw Failure(kExitNotWritten, path + ": the picture could not be written: " + reason +
                                        "; check the folder, its rights and the space left");
@@ -30,14 +29,13 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 /// The part that libpng may leave by longjmp: no object with a destructor lives here.
 bool encode(png_structp png, png_infop info, std::FILE* file, const Picture& picture, bool withAlpha,
-            png_bytep* rows)
-{
+            png_bytep* rows) {
     if (setjmp(png_jmpbuf(png)) != 0)
         return false;
     png_init_io(png, file);
     png_set_compression_level(png, 6);
-    png_set_IHDR(png, info, static_cast<png_uint_32>(picture.width), static_cast<png_uint_32>(picture.height), 8,
-                 withAlpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
+    png_set_IHDR(png, info, static_cast<png_uint_32>(picture.width), static_cast<png_uint_32>(picture.height),
+                 8, withAlpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_set_sRGB_gAMA_and_cHRM(png, info, PNG_sRGB_INTENT_PERCEPTUAL);
     png_write_info(png, info);
@@ -50,13 +48,11 @@ bool encode(png_structp png, png_infop info, std::FILE* file, const Picture& pic
 
 void ignoreWarning(png_structp, png_const_charp) {}
 
-void leaveQuietly(png_structp png, png_const_charp)
-{
+void leaveQuietly(png_structp png, png_const_charp) {
     png_longjmp(png, 1);
 }
 
-bool encodeTo(std::FILE* file, const Picture& picture, bool withAlpha)
-{
+bool encodeTo(std::FILE* file, const Picture& picture, bool withAlpha) {
     std::vector<png_bytep> rows(static_cast<size_t>(picture.height));
     for (size_t y = 0; y < rows.size(); ++y)
         rows[y] = const_cast<png_bytep>(picture.rgba.data()) + y * static_cast<size_t>(picture.width) * 4;
@@ -68,16 +64,14 @@ bool encodeTo(std::FILE* file, const Picture& picture, bool withAlpha)
 }
 
 /// A device or pipe can't be replaced by a renaming: it is written straight.
-bool isReplaceable(const std::string& path)
-{
+bool isReplaceable(const std::string& path) {
     struct stat status = {};
     return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
 }
 
 } // namespace
 
-void writePng(const std::string& path, const Picture& picture, bool withAlpha)
-{
+void writePng(const std::string& path, const Picture& picture, bool withAlpha) {
     if (path == "-") {
         if (!encodeTo(stdout, picture, withAlpha))
             notWritten("standard output", errno);

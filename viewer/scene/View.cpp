@@ -24,62 +24,52 @@ constexpr double kElevation = 15.0;
 /// Room round the fitted scene, as a part of the distance.
 constexpr double kMargin = 1.08;
 
-double radians(double degrees)
-{
+double radians(double degrees) {
     return degrees * std::numbers::pi / 180.0;
 }
 
-double dot(const Vector& a, const Vector& b)
-{
+double dot(const Vector& a, const Vector& b) {
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
 }
 
-Vector cross(const Vector& a, const Vector& b)
-{
+Vector cross(const Vector& a, const Vector& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-double length(const Vector& v)
-{
+double length(const Vector& v) {
     return std::hypot(v[0], v[1], v[2]);
 }
 
-Vector scaled(const Vector& v, double factor)
-{
+Vector scaled(const Vector& v, double factor) {
     return {v[0] * factor, v[1] * factor, v[2] * factor};
 }
 
-Vector between(const Point& from, const Point& to)
-{
+Vector between(const Point& from, const Point& to) {
     return {to[0] - from[0], to[1] - from[1], to[2] - from[2]};
 }
 
-Point offset(const Point& p, const Vector& v)
-{
+Point offset(const Point& p, const Vector& v) {
     return {p[0] + v[0], p[1] + v[1], p[2] + v[2]};
 }
 
-Point center(const Bounds& b)
-{
+Point center(const Bounds& b) {
     return {(b.min[0] + b.max[0]) / 2.0, (b.min[1] + b.max[1]) / 2.0, (b.min[2] + b.max[2]) / 2.0};
 }
 
-double radius(const Bounds& b)
-{
+double radius(const Bounds& b) {
     const double r = length(between(b.min, b.max)) / 2.0;
     return r > 0.0 ? r : 1.0; // a single point still has to be seen
 }
 
-std::array<Point, 8> corners(const Bounds& b)
-{
+std::array<Point, 8> corners(const Bounds& b) {
     std::array<Point, 8> result;
     for (size_t i = 0; i < 8; ++i)
-        result[i] = {(i & 1U) ? b.max[0] : b.min[0], (i & 2U) ? b.max[1] : b.min[1], (i & 4U) ? b.max[2] : b.min[2]};
+        result[i] = {(i & 1U) ? b.max[0] : b.min[0], (i & 2U) ? b.max[1] : b.min[1],
+                     (i & 4U) ? b.max[2] : b.min[2]};
     return result;
 }
 
-AffineMatrix lookAt(const Point& eye, const Point& target, const Vector& up)
-{
+AffineMatrix lookAt(const Point& eye, const Point& target, const Vector& up) {
     const Vector sight = between(eye, target);
     const double distance = length(sight);
     if (!(distance > 0.0))
@@ -106,8 +96,7 @@ AffineMatrix lookAt(const Point& eye, const Point& target, const Vector& up)
 }
 
 /// `far` may be infinite.
-ProjMatrix perspective(double fieldOfView, double aspect, double near, double far)
-{
+ProjMatrix perspective(double fieldOfView, double aspect, double near, double far) {
     const double scale = 1.0 / std::tan(fieldOfView / 2.0);
     ProjMatrix m;
     m[0][0] = scale / aspect;
@@ -119,8 +108,7 @@ ProjMatrix perspective(double fieldOfView, double aspect, double near, double fa
     return m;
 }
 
-ProjMatrix orthographic(double halfWidth, double halfHeight, double near, double far)
-{
+ProjMatrix orthographic(double halfWidth, double halfHeight, double near, double far) {
     ProjMatrix m;
     m[0][0] = 1.0 / halfWidth;
     m[1][1] = 1.0 / halfHeight;
@@ -135,8 +123,7 @@ struct DepthRange {
 };
 
 /// Just round the scene as this eye sees it, near enough to 0 to stand inside it.
-DepthRange depthRange(const AffineMatrix& worldToEye, const Bounds& bounds)
-{
+DepthRange depthRange(const AffineMatrix& worldToEye, const Bounds& bounds) {
     double nearest = std::numeric_limits<double>::max();
     double farthest = 0.0;
     for (const Point& corner : corners(bounds)) {
@@ -150,8 +137,8 @@ DepthRange depthRange(const AffineMatrix& worldToEye, const Bounds& bounds)
 }
 
 /// How far from the centre the eye must be, along `back`, to have every corner in view.
-double fittingDistance(const Bounds& bounds, const Vector& up, const Vector& back, double fieldOfView, double aspect)
-{
+double fittingDistance(const Bounds& bounds, const Vector& up, const Vector& back, double fieldOfView,
+                       double aspect) {
     const Point middle = center(bounds);
     const AffineMatrix view = lookAt(offset(middle, back), middle, up);
     const double tangentY = std::tan(fieldOfView / 2.0);
@@ -161,15 +148,15 @@ double fittingDistance(const Bounds& bounds, const Vector& up, const Vector& bac
         const Point p = view.transform(corner);
         // In front of the centre by 1 + z: the eye of this trial view is 1 away.
         const double before = 1.0 + p[2];
-        distance = std::max({distance, before + std::abs(p[0]) / tangentX, before + std::abs(p[1]) / tangentY});
+        distance =
+            std::max({distance, before + std::abs(p[0]) / tangentX, before + std::abs(p[1]) / tangentY});
     }
     return distance > 0.0 ? distance * kMargin : 1.0;
 }
 
 } // namespace
 
-View placeView(const Placement& placement, const Bounds& bounds, double aspect)
-{
+View placeView(const Placement& placement, const Bounds& bounds, double aspect) {
     const double fieldOfView = radians(placement.fieldOfView.value_or(kDefaultFieldOfView));
     const Vector up = placement.up.value_or(Vector(0.0, 1.0, 0.0));
     const Point target = placement.target.value_or(center(bounds));
@@ -183,16 +170,17 @@ View placeView(const Placement& placement, const Bounds& bounds, double aspect)
         const Vector above = scaled(up, 1.0 / length(up));
         const Vector back(front[0] * std::cos(radians(kElevation)) + above[0] * std::sin(radians(kElevation)),
                           front[1] * std::cos(radians(kElevation)) + above[1] * std::sin(radians(kElevation)),
-                          front[2] * std::cos(radians(kElevation)) + above[2] * std::sin(radians(kElevation)));
-        eye = offset(target, scaled(back, fittingDistance(bounds, up, back, fieldOfView, aspect) / length(back)));
+                          front[2] * std::cos(radians(kElevation)) +
+                              above[2] * std::sin(radians(kElevation)));
+        eye = offset(target,
+                     scaled(back, fittingDistance(bounds, up, back, fieldOfView, aspect) / length(back)));
     }
     const AffineMatrix worldToEye = lookAt(eye, target, up);
     const DepthRange depth = depthRange(worldToEye, bounds);
     return {worldToEye, perspective(fieldOfView, aspect, depth.near, depth.far)};
 }
 
-View viewThrough(const Camera& camera, const Bounds& bounds, double aspect)
-{
+View viewThrough(const Camera& camera, const Bounds& bounds, double aspect) {
     // A camera's place may carry a scale, which the view must not.
     AffineMatrix place = camera.toWorld;
     for (int axis = 0; axis < 3; ++axis) {

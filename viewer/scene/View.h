@@ -21,8 +21,8 @@ struct Placement {
     std::optional<double> fieldOfView; ///< the whole vertical angle, degrees
 };
 
-/// A view of the scene. `aspect` is width by height. Throws Failure (kExitUsage) when eye and target fall together
-/// or up lies along the view.
+/// A view of the scene. `aspect` is width by height. Throws Failure (kExitUsage) when eye and target fall
+/// together or up lies along the view.
 View placeView(const Placement& placement, const Bounds& bounds, double aspect);
 
 /// The view of a camera of the file. Its vertical angle or height is kept whatever the picture's shape.

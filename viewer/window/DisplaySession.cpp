@@ -18,20 +18,18 @@ namespace {
 
 constexpr int kServerStartMilliseconds = 20000;
 
-int rememberError(Display*, XErrorEvent*)
-{
+int rememberError(Display*, XErrorEvent*) {
     // What fails shows in what the library answers; the server's late report adds nothing for the user.
     return 0;
 }
 
-int serverLost(Display*)
-{
-    std::fputs("orloview: the connection to the X server was lost; start it again and repeat the command\n", stderr);
+int serverLost(Display*) {
+    std::fputs("orloview: the connection to the X server was lost; start it again and repeat the command\n",
+               stderr);
     std::_Exit(kExitNoGL);
 }
 
-[[noreturn]] void becomeServer(int displayPipe)
-{
+[[noreturn]] void becomeServer(int displayPipe) {
     // The server goes with us, also when we are killed.
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     const int silence = open("/dev/null", O_RDWR);
@@ -39,14 +37,13 @@ int serverLost(Display*)
     dup2(silence, STDOUT_FILENO);
     dup2(silence, STDERR_FILENO);
     const std::string descriptor = std::to_string(displayPipe);
-    execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
-           static_cast<char*>(nullptr));
+    execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "1280x1024x24", "-nolisten",
+           "tcp", static_cast<char*>(nullptr));
     _exit(127);
 }
 
 /// The line that the server writes once it listens: the number of its display.
-std::string readDisplayNumber(int displayPipe)
-{
+std::string readDisplayNumber(int displayPipe) {
     std::string number;
     pollfd ready{displayPipe, POLLIN, 0};
     while (poll(&ready, 1, kServerStartMilliseconds) > 0) {
@@ -65,8 +62,7 @@ std::string readDisplayNumber(int displayPipe)
 
 } // namespace
 
-DisplaySession::DisplaySession(bool verbose)
-{
+DisplaySession::DisplaySession(bool verbose) {
     XSetErrorHandler(rememberError);
     XSetIOErrorHandler(serverLost);
     const char* named = std::getenv("DISPLAY");
@@ -80,23 +76,23 @@ DisplaySession::DisplaySession(bool verbose)
         fDisplay = XOpenDisplay(name.c_str());
     if (!fDisplay) {
         endPrivateServer();
-        const std::string reason =
-            named && *named ? std::string("the X display ") + named + " can't be opened" : "there is no X display";
-        throw Failure(kExitNoGL, reason + ", and no Xvfb to start one; set DISPLAY, or install the package xvfb");
+        const std::string reason = named && *named
+                                       ? std::string("the X display ") + named + " can't be opened"
+                                       : "there is no X display";
+        throw Failure(kExitNoGL,
+                      reason + ", and no Xvfb to start one; set DISPLAY, or install the package xvfb");
     }
     if (verbose)
         std::fprintf(stderr, "orloview: started a private X server (Xvfb) on display %s\n", name.c_str());
 }
 
-DisplaySession::~DisplaySession()
-{
+DisplaySession::~DisplaySession() {
     if (fDisplay)
         XCloseDisplay(fDisplay);
     endPrivateServer();
 }
 
-std::string DisplaySession::startPrivateServer()
-{
+std::string DisplaySession::startPrivateServer() {
     std::array<int, 2> displayPipe{};
     if (pipe(displayPipe.data()) != 0)
         return {};
@@ -110,8 +106,7 @@ std::string DisplaySession::startPrivateServer()
     return number.empty() ? std::string() : ":" + number;
 }
 
-void DisplaySession::endPrivateServer()
-{
+void DisplaySession::endPrivateServer() {
     if (fServer <= 0)
         return;
     kill(fServer, SIGTERM);

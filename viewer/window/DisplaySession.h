@@ -8,14 +8,15 @@
 
 namespace orloview {
 
-/// A connection to an X server: the one that DISPLAY names, or a private Xvfb that this session starts and ends.
+/// A connection to an X server: the one that DISPLAY names, or a private Xvfb that this session starts and
+/// ends.
 ///
-/// Installs X error handlers for the whole process: a protocol error is remembered, not fatal; a lost server ends
-/// the program with one line and kExitNoGL.
+/// Installs X error handlers for the whole process: a protocol error is remembered, not fatal; a lost server
+/// ends the program with one line and kExitNoGL.
 class DisplaySession {
 public:
-    /// Throws Failure (kExitNoGL) when there is no display and none can be started. `verbose` says on standard error
-    /// what is started.
+    /// Throws Failure (kExitNoGL) when there is no display and none can be started. `verbose` says on
+    /// standard error what is started.
     explicit DisplaySession(bool verbose);
 
     /// Closes the connection and ends the private server.
