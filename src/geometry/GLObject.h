@@ -58,10 +58,10 @@ public:
 
     /// Binds the buffer to the target of its data type; the first time, makes its name. False when GL gives
     /// no name.
-    bool bind() { return bind(GLFunctionTable::fpGlobalFunctionTable); }
+    bool bind() { return bindWith(GLFunctionTable::fpGlobalFunctionTable); }
 
     /// Binds 0 to the target.
-    bool unbind() { return unbind(GLFunctionTable::fpGlobalFunctionTable); }
+    bool unbind() { return unbindWith(GLFunctionTable::fpGlobalFunctionTable); }
 
     /// Binds 0 to the target of `type`, where the vertex-buffer-object capability is usable.
     static void unbindBuffer(DataType type);
@@ -124,7 +124,7 @@ private:
 
     // bind and unbind for drawing, which fetches the table once per group.
 
-    bool bind(GLFunctionTable* gl) {
+    bool bindWith(GLFunctionTable* gl) {
         if (!fsSupported || (fBufferName == 0 && !makeName(gl)))
             return false;
         gl->glBindBufferARB(target(), fBufferName);
@@ -132,7 +132,7 @@ private:
         return true;
     }
 
-    bool unbind(GLFunctionTable* gl) {
+    bool unbindWith(GLFunctionTable* gl) {
         if (!fsSupported)
             return false;
         gl->glBindBufferARB(target(), 0);

@@ -80,7 +80,7 @@ template <bool kPointersOnly>
     const auto count = static_cast<GLint>(a.fComponentCount);
     const auto stride = static_cast<GLsizei>(a.fStride);
     const auto bindBuffer = [&]() -> const void* {
-        return a.fBufferObject && a.fBufferObject->bind(&gl) ? nullptr : a.fClientData;
+        return a.fBufferObject && a.fBufferObject->bindWith(&gl) ? nullptr : a.fClientData;
     };
     const auto enable = [&](GLenum array) {
         if constexpr (!kPointersOnly)
@@ -231,9 +231,9 @@ void GLRouting::unsetArrays(GLFunctionTable& gl, uint32_t usedSlots) {
             disableArray(gl, i);
             continue;
         }
-        object->bind(&gl);
+        object->bindWith(&gl);
         disableArray(gl, i);
-        object->unbind(&gl);
+        object->unbindWith(&gl);
     }
     std::ranges::fill(boundGLObjects, nullptr);
     unbindBuffers(gl);

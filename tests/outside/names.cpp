@@ -206,9 +206,65 @@ void hostTypes() {
     static_assert(sizeof(RasterFormat) == 4 && sizeof(SamplingType) == 4);
 }
 
+void geometry() {
+    use(&GLObject::bind);
+    use(&GLObject::unbind);
+    use(&GLObject::unbindBuffer);
+    use(&GLObject::mapBuffer);
+    use(&GLObject::unmapBuffer);
+    use(&GLObject::bufferData);
+    use(&GLObject::bufferSubData);
+    use(&GLObject::getBufferSubData);
+    use(&GLObject::getBufferPointer);
+    use(&GLObject::deleteObject);
+    use(GLObject::fsDataTypeInternal);
+    use(GLObject::fsAccessInternal);
+    use(GLObject::fsUsageInternal);
+    use(GLObject::fsSupported);
+    use(GLObject::fsMaximumMemoryUsage);
+    use(IHWMemoryObject::fsMemoryUsage);
+    GLObject object;
+    object.fUsage = 6;
+    object.fAccess = 2;
+    object.fDataType = GLObject::DataType(1);
+    use(object.fBufferName);
+    use(object.fBound);
+    use(object.fMapped);
+    use(object.fSize);
+
+    use(&GLRouting::drawGroup);
+    use(&GLRouting::drawSingleIndexed);
+    use(&GLRouting::setVertexArrays);
+    use(&GLRouting::unsetVertexArrays);
+    use(&GLRouting::setupInterpolant);
+    use(&GLRouting::disableInterpolant);
+    use(&GLRouting::disableAllArrays);
+    use(GLRouting::fsInterpolantEnums);
+    use(GLRouting::fsUseObjectsForData);
+    use(GLRouting::fsUseObjectsForIndexing);
+    use(GLRouting::fsUsePrimitiveRestart);
+    use(GLRouting::fsUseDrawRangeElements);
+    use(GLRouting::requiresAttribInterpolants);
+    use(boundGLObjects[25]);
+    GLRouting routing;
+    routing.fSlots[GLRouting::GLInterpolant(25)].fMode = 1;
+    routing.fSlots[25].fDirect = GLRouting::DirectDataAssignment{3, GL_FLOAT, 0, nullptr, &object};
+    routing.fSlots[25].fDataType = GeometryData::DataType(2);
+    routing.fSlots[25].fIndex = 0;
+
+    GeometryLogicalGroup group;
+    GeometryData& stream = group.addStream(GeometryData::kPosition, 3, {0, 0, 0});
+    stream.deleteHanger();
+    group.addIndexRecord(GeometryDataIndex::kTriangles, {0, 0, 0}).setHanger(nullptr);
+    use(group.geometryDataPtr(GeometryData::DataType(1), 0, false));
+    use(GeometryData::elementTypeSize(stream.fElementType));
+    GeometryDataIterator().reset(group.indexRecord(0), nullptr);
+}
+
 } // namespace
 
 int main() {
+    geometry();
     glAccess();
     tableMembers();
     hostTypes();
