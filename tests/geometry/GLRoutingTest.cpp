@@ -152,7 +152,7 @@ TEST_F(Routing, sendsStreamsFromClientMemory) {
     const GeometryData& normal = fGroup.addStream(GeometryData::kNormal, 3, {0, 0, 1});
     fGroup.addStream(GeometryData::kTexCoord, 2, {0, 0});
     const GeometryData& second = fGroup.addStream(GeometryData::kTexCoord, 2, {0, 0});
-    const GeometryData& flat = fGroup.addStream(GeometryData::kSubstituteNormal, 3, {0, 1, 0});
+    const GeometryData& flat = fGroup.addStream(GeometryData::DataType(14), 3, {0, 1, 0});
     route(GLRouting::kPosition, GeometryData::kPosition);
     route(GLRouting::kNormal, GeometryData::kNormal);
     route(GLRouting::kColor, GeometryData::kTexCoord, 2); // there are only two
