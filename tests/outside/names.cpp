@@ -261,9 +261,90 @@ void geometry() {
     GeometryDataIterator().reset(group.indexRecord(0), nullptr);
 }
 
+void textures() {
+    static_assert(std::is_base_of_v<IHWTexture, IGLTexture> && std::is_base_of_v<IGLTexture, GLTexture2D>);
+    use(&IGLTexture::sysDataType);
+    use(&IGLTexture::sysDataFormat);
+    use(&IGLTexture::sysPixelFormat);
+    use(&IGLTexture::textureName);
+    use(&GLTexture2D::width);
+    use(&GLTexture2D::height);
+    use(&GLTexture2D::bind);
+    use(&GLTexture2D::setWidthHeight);
+    use(&GLTexture2D::GLloadImage);
+    use(&GLTexture2D::GLloadImageLevel);
+    use(&GLTexture2D::GLloadImageMipmap);
+    use(&GLTexture2D::GLloadRenderedImage);
+    use(GLTexture2D::fsNumInstances_GLTexture2D);
+}
+
+void state() {
+    GLPassState pass;
+    pass.setColorMask(true, true, true, true);
+    pass.setDepthMask(true);
+    pass.setDepthFunc(GLPassState::TestCondition(7));
+    pass.setAlphaFunc(GLPassState::TestCondition(7), 1.0F);
+    pass.setStencilReadMask(1);
+    pass.setStencilWriteMask(1);
+    pass.setStencilFunc(GLPassState::TestCondition(7));
+    pass.setStencilRef(1);
+    pass.setStencilOpSFail(GLPassState::StencilOp(5));
+    pass.setStencilOpZFail(GLPassState::StencilOp(5));
+    pass.setStencilOpZPass(GLPassState::StencilOp(5));
+    pass.setBlendFuncFactors(GLPassState::BlendFactor(10), GLPassState::BlendFactor(10));
+    pass.setLogicOp(GLPassState::LogicOp(15));
+    pass.reset();
+    use(&GLPassState::applyGL);
+    use(TestConditionTable[7]);
+    use(StencilOpTable[5]);
+    use(BlendFactorTable[10]);
+    use(LogicOpTable[15]);
+
+    GLLight light;
+    light.setLightType(IHWLight::LightType(0));
+    light.addProjector(1);
+    light.removeProjector();
+    light.releaseLightResources();
+    light.removeShadowMaps();
+    light.removeTextures();
+    use(&GLLight::bind);
+    use(&GLLight::unbind);
+    use(&GLLight::allocateShadowMap);
+    use(GLLight::fsNumInstances_GLLight);
+    use(&GLLighting::bind);
+    use(&GLLighting::unbindAll);
+    use(GLLighting::fsNumInstances_GLLighting);
+    use(&GLCamera::bind);
+    use(GLCamera::fsNumInstances_GLCamera);
+    IHWCamera().bind();
+}
+
+void frameBuffers() {
+    GLFrameBuffer buffer;
+    buffer.clearInternalState();
+    buffer.deleteInternalState();
+    use(buffer.isOffscreen());
+    use(&GLFrameBuffer::createOffscreen);
+    use(&GLFrameBuffer::makeCurrent);
+    use(&GLFrameBuffer::viewportSize);
+    use(&GLFrameBuffer::getDimensions);
+    use(&GLFrameBuffer::resizeViewport);
+    use(&GLFrameBuffer::swapBuffers);
+    use(&GLFrameBuffer::readColorBuffer);
+    use(&GLFrameBuffer::makeCurrentWindowed);
+    use(&GLFrameBuffer::swapBuffersWindowed);
+    use(&GLFrameBuffer::resizeWindow);
+    use(&GLFrameBuffer::deleteInternalStateWindowed);
+    use(GLFrameBuffer::fsNumInstances_GLFrameBuffer);
+    use(&validFrameBufferStatus);
+}
+
 } // namespace
 
 int main() {
+    textures();
+    state();
+    frameBuffers();
     geometry();
     glAccess();
     tableMembers();
