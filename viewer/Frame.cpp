@@ -56,11 +56,11 @@ void setGloss(const Material& material) {
     gl->glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, exponent);
 }
 
-void setMaterial(const Material& material, bool lit, bool wireframe) {
+void setMaterial(const Material& material, bool lit, bool cullBackFaces) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     const koColor::Color color = storedColor(material, material.baseColor);
     enable(GL_LIGHTING, lit);
-    enable(GL_CULL_FACE, !material.doubleSided && !wireframe);
+    enable(GL_CULL_FACE, cullBackFaces);
     enable(GL_ALPHA_TEST, material.alphaMode == AlphaMode::Mask);
     enable(GL_BLEND, material.alphaMode == AlphaMode::Blend);
     gl->glColor4fv(color.data());
@@ -82,7 +82,7 @@ void drawInstance(DrawableScene& drawable, size_t index, bool wireframe) {
     const Material& material = drawable.materialOf(index);
     const koLinear::AffineMatrix& toWorld = drawable.scene().instances[index].toWorld;
     passStateOf(material).applyGL(false);
-    setMaterial(material, drawable.isLit(index), wireframe);
+    setMaterial(material, drawable.isLit(index), !drawable.isDoubleSided(index) && !wireframe);
     gl->glFrontFace(toWorld.determinant() < 0.0 ? GL_CW : GL_CCW);
     gl->glPushMatrix();
     gl->glMultMatrixd(koLinear::ProjMatrix(toWorld).data());

@@ -87,6 +87,10 @@ bool DrawableScene::isLit(size_t instance) const {
     return !fScene.meshes[fScene.instances[instance].mesh].normals.empty() && !materialOf(instance).unlit;
 }
 
+bool DrawableScene::isDoubleSided(size_t instance) const {
+    return fScene.meshes[fScene.instances[instance].mesh].bothSides || materialOf(instance).doubleSided;
+}
+
 void DrawableScene::drawMesh(size_t instance) {
     const int index = fScene.instances[instance].mesh;
     const Mesh& mesh = fScene.meshes[index];

@@ -36,6 +36,9 @@ public:
     /// Whether lighting makes sense for it: it has normals, and its material asks for light.
     bool isLit(size_t instance) const;
 
+    /// Whether its triangles are seen from behind too: the material or the file says so.
+    bool isDoubleSided(size_t instance) const;
+
     /// Draws an instance's mesh in its own space, with whatever matrices and material are set.
     void drawMesh(size_t instance);
 

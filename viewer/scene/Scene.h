@@ -28,12 +28,18 @@ struct Mesh {
     std::vector<float> positions; ///< x, y, z
     std::vector<float> normals;   ///< x, y, z of unit length; empty for points, lines without them
     std::vector<float> colors;    ///< r, g, b, a; empty where the file has none
-    std::vector<std::vector<float>>
-        uvSets; ///< u, v each, v running down the picture (the top row is v = 0); a set may be empty
-    std::vector<std::uint32_t> indices; ///< never empty, also where the file had none
-    int material = -1;                  ///< into Scene::materials; -1: a plain Material{}
-    bool bothSides =
-        false; ///< the format doesn't say which side is outside: show both, whatever the material
+
+    /// u and v each, v running down the picture (its top row is v = 0); a set may be empty.
+    std::vector<std::vector<float>> uvSets;
+
+    /// Never empty, also where the file has none.
+    std::vector<std::uint32_t> indices;
+
+    /// Into Scene::materials; -1: a plain Material{}.
+    int material = -1;
+
+    /// The format doesn't say which side is outside: show both, whatever the material.
+    bool bothSides = false;
 
     std::size_t vertexCount() const { return positions.size() / 3; }
     /// Points, lines or triangles, as the topology says.

@@ -1,0 +1,279 @@
+#include "TestFiles.h"
+
+#include "import/GltfReader.h"
+#include "import/ModelReader.h"
+
+#include <limits>
+
+namespace orloview {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+const std::vector<float> kSquare = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
+
+/// A file whose only primitive has these positions.
+GltfFile withPositions(const std::vector<float>& positions) {
+    GltfFile file;
+    file.primitive()["attributes"]["POSITION"] = file.floats(positions, "VEC3");
+    return file;
+}
+
+Scene read(const GltfFile& file) {
+    return readGltf(file.glb(), "model.glb");
+}
+
+TEST(GltfReader, spellsOutEveryPrimitiveMode) {
+    struct Mode {
+        int mode;
+        Topology topology;
+        std::vector<std::uint32_t> indices;
+    };
+    const Mode kModes[] = {
+        {0, Topology::Points, {0, 1, 2, 3}},
+        {1, Topology::Lines, {0, 1, 2, 3}},
+        {2, Topology::Lines, {0, 1, 1, 2, 2, 3, 3, 0}},
+        {3, Topology::Lines, {0, 1, 1, 2, 2, 3}},
+    };
+    for (const Mode& mode : kModes) {
+        GltfFile file = withPositions(kSquare);
+        file.primitive()["mode"] = mode.mode;
+        const Scene scene = read(file);
+        ASSERT_THAT(scene.meshes, SizeIs(1)) << mode.mode;
+        EXPECT_EQ(scene.meshes[0].topology, mode.topology);
+        EXPECT_EQ(scene.meshes[0].indices, mode.indices) << mode.mode;
+    }
+    // Strips and fans face one way throughout: by their flat normals.
+    const std::vector<float> strip = {0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 0, 2, 0};
+    const std::vector<float> fan = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, -1, 1, 0};
+    for (const auto& [mode, positions] : {std::pair(5, strip), std::pair(6, fan)}) {
+        GltfFile file = withPositions(positions);
+        file.primitive()["mode"] = mode;
+        const Scene scene = read(file);
+        ASSERT_THAT(scene.meshes, SizeIs(1));
+        EXPECT_EQ(scene.meshes[0].elementCount(), 3U);
+        for (std::size_t i = 2; i < scene.meshes[0].normals.size(); i += 3)
+            EXPECT_FLOAT_EQ(scene.meshes[0].normals[i], 1.0F) << mode;
+    }
+    GltfFile unknown = withPositions(kSquare);
+    unknown.primitive()["mode"] = 7;
+    EXPECT_THAT(read(unknown).meshes, IsEmpty());
+    EXPECT_THAT(read(unknown).warnings, ElementsAre(HasSubstr("mode 7")));
+}
+
+TEST(GltfReader, readsIndicesOfEveryWidth) {
+    const std::vector<std::uint32_t> indices = {2, 1, 0};
+    for (int type : {5121, 5123, 5125}) {
+        GltfFile file = withPositions(kSquare);
+        const Bytes data = type == 5121   ? packed(std::vector<std::uint8_t>{2, 1, 0})
+                           : type == 5123 ? packed(std::vector<std::uint16_t>{2, 1, 0})
+                                          : packed(indices);
+        file.primitive()["indices"] = file.accessor(data, type, "SCALAR", 3);
+        file.primitive()["attributes"]["NORMAL"] = file.floats(kSquare, "VEC3"); // so vertices stay shared
+        EXPECT_EQ(read(file).meshes.at(0).indices, indices) << type;
+    }
+}
+
+TEST(GltfReader, resolvesStridesSparseAndQuantisedData) {
+    GltfFile file;
+    // Positions of 16 bits, normalised, six bytes each and two between; the second one is replaced.
+    const Bytes shorts =
+        packed(std::vector<std::int16_t>{32767, 0, 0, 99, 0, -32768, 0, 99, 0, 0, 32767, 99});
+    const int positions = file.accessor(shorts, 5122, "VEC3", 3);
+    file.json["accessors"][positions]["normalized"] = true;
+    file.json["bufferViews"][0]["byteStride"] = 8;
+    const int indices = file.accessor({1}, 5121, "SCALAR", 1);
+    const int values = file.accessor(packed(std::vector<std::int16_t>{0, 0, 16384}), 5122, "VEC3", 1);
+    file.json["accessors"][positions]["sparse"] = {
+        {"count", 1},
+        {"indices", {{"bufferView", indices}, {"componentType", 5121}}},
+        {"values", {{"bufferView", values}}}};
+    file.primitive()["attributes"]["POSITION"] = positions;
+    file.primitive()["mode"] = 0;
+    const Scene scene = read(file);
+    EXPECT_THAT(scene.meshes.at(0).positions,
+                ElementsAre(1, 0, 0, 0, 0, testing::FloatNear(0.5F, 1e-4F), 0, 0, 1));
+}
+
+TEST(GltfReader, readsColoursWithAndWithoutAlpha) {
+    GltfFile file = withPositions({0, 0, 0});
+    file.primitive()["mode"] = 0;
+    const int bytes = file.accessor({255, 0, 51, 0}, 5121, "VEC3", 1);
+    file.json["accessors"][bytes]["normalized"] = true;
+    file.primitive()["attributes"]["COLOR_0"] = bytes;
+    EXPECT_THAT(read(file).meshes.at(0).colors, ElementsAre(1, 0, testing::FloatEq(0.2F), 1));
+    file.primitive()["attributes"]["COLOR_0"] = file.floats({0.25F, 0.5F, 0.75F, 0.125F}, "VEC4");
+    EXPECT_THAT(read(file).meshes.at(0).colors, ElementsAre(0.25F, 0.5F, 0.75F, 0.125F));
+}
+
+TEST(GltfReader, placesInstancesCamerasAndLights) {
+    GltfFile file = withPositions(kSquare);
+    const double half = std::sqrt(0.5);
+    file.json["scenes"][0]["nodes"] = {0, 2};
+    // A quarter turn about z and a doubling, moved; its child mirrored.
+    file.json["nodes"] = {
+        {{"translation", {10, 0, 0}},
+         {"rotation", {0, 0, half, half}},
+         {"scale", {2, 2, 2}},
+         {"children", {1}}},
+        {{"mesh", 0}, {"name", "mirrored"}, {"matrix", {-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 0, 0, 1}}},
+        {{"mesh", 0}, {"camera", 0}, {"extensions", {{"KHR_lights_punctual", {{"light", 0}}}}}}};
+    file.json["cameras"] = {{{"type", "orthographic"},
+                             {"name", "flat"},
+                             {"orthographic", {{"xmag", 3}, {"ymag", 2}, {"znear", 0.5}, {"zfar", 9}}}}};
+    file.json["extensions"]["KHR_lights_punctual"]["lights"] = {
+        {{"type", "spot"}, {"color", {1, 0.5, 0}}, {"intensity", 7}, {"spot", {{"outerConeAngle", 0.3}}}}};
+    const Scene scene = read(file);
+    ASSERT_THAT(scene.instances, SizeIs(2));
+    EXPECT_THAT(scene.meshes, SizeIs(1)) << "shared";
+    EXPECT_EQ(scene.instances[0].nodeName, "mirrored");
+    const koLinear::Point moved = scene.instances[0].toWorld.transform(koLinear::Point(3, 1, 5));
+    // Mirrored and moved to (-2, 1, 5), doubled, turned to (-2, -4, 10), moved on.
+    EXPECT_NEAR(moved[0], 8, 1e-12);
+    EXPECT_NEAR(moved[1], -4, 1e-12);
+    EXPECT_NEAR(moved[2], 10, 1e-12);
+    EXPECT_LT(scene.instances[0].toWorld.determinant(), 0.0);
+    ASSERT_THAT(scene.cameras, SizeIs(1));
+    EXPECT_EQ(scene.cameras[0].kind, Camera::Kind::Orthographic);
+    EXPECT_EQ(scene.cameras[0].ymag, 2.0);
+    ASSERT_THAT(scene.lights, SizeIs(1));
+    EXPECT_EQ(scene.lights[0].kind, Light::Kind::Spot);
+    EXPECT_EQ(scene.lights[0].outerConeAngle, 0.3);
+}
+
+TEST(GltfReader, readsMaterials) {
+    GltfFile file = withPositions(kSquare);
+    file.primitive()["material"] = 0;
+    file.json["materials"] = {Json::parse(R"({"name": "paint", "doubleSided": true, "alphaMode": "MASK",
+        "alphaCutoff": 0.25, "emissiveFactor": [0.5, 0, 1], "extensions": {"KHR_materials_unlit": {}},
+        "pbrMetallicRoughness": {"baseColorFactor": [0.1, 0.2, 0.3, 0.4], "metallicFactor": 0.6}})"),
+                              Json::object()};
+    const Scene scene = read(file);
+    ASSERT_THAT(scene.materials, SizeIs(2));
+    const Material& paint = scene.materials[0];
+    EXPECT_FLOAT_EQ(paint.baseColor[2], 0.3F);
+    EXPECT_FLOAT_EQ(paint.baseColor[3], 0.4F);
+    EXPECT_FLOAT_EQ(paint.metallic, 0.6F);
+    EXPECT_FLOAT_EQ(paint.roughness, 1.0F);
+    EXPECT_FLOAT_EQ(paint.emissive[2], 1.0F);
+    EXPECT_EQ(paint.alphaMode, AlphaMode::Mask);
+    EXPECT_FLOAT_EQ(paint.alphaCutoff, 0.25F);
+    EXPECT_TRUE(paint.doubleSided && paint.unlit);
+    EXPECT_FLOAT_EQ(scene.materials[1].metallic, 1.0F) << "what the file leaves out is a metal";
+}
+
+TEST(GltfReader, leavesOutWhatIsDamagedAndNamesIt) {
+    struct Damage {
+        const char* what;
+        std::function<void(GltfFile&)> make;
+        const char* warning;
+        std::size_t triangles;
+    };
+    const auto twoTriangles = [](GltfFile& file, std::vector<std::uint8_t> indices) {
+        file.primitive()["indices"] = file.accessor(indices, 5121, "SCALAR", indices.size());
+    };
+    const float infinity = std::numeric_limits<float>::infinity();
+    const Damage kDamages[] = {
+        {"an index beyond the vertices",
+         [&](GltfFile& f) {
+             twoTriangles(f, {0, 1, 2, 0, 2, 9});
+         },
+         "1 triangles", 1},
+        {"indices left over",
+         [&](GltfFile& f) {
+             twoTriangles(f, {0, 1, 2, 0, 2});
+         },
+         "no whole line or triangle", 1},
+        {"an infinite coordinate",
+         [&](GltfFile& f) {
+             f.primitive()["attributes"]["POSITION"] =
+                 f.floats({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, infinity, 0, 2, 0, 0, 2, 1, 0}, "VEC3");
+         },
+         "infinite or missing", 1},
+        {"an accessor beyond its view", [](GltfFile& f) { f.json["accessors"][0]["count"] = 5; },
+         "reaches beyond", 0},
+        {"a view beyond its buffer", [](GltfFile& f) { f.json["bufferViews"][0]["byteOffset"] = 1000; },
+         "reaches beyond", 0},
+        {"a count that no file could hold", [](GltfFile& f) { f.json["accessors"][0]["count"] = 1ULL << 62; },
+         "reaches beyond", 0},
+        {"too few normals",
+         [](GltfFile& f) {
+             f.primitive()["attributes"]["NORMAL"] = f.floats({0, 0, 1}, "VEC3");
+         },
+         "normals", 1},
+        {"a transform that is not finite",
+         [](GltfFile& f) {
+             f.json["nodes"][0]["scale"] = {1e300, 1e300, 1};
+             f.json["nodes"][0]["children"] = {1};
+             f.json["nodes"].push_back({{"mesh", 0}, {"scale", {1e300, 1, 1}}});
+         },
+         "not finite", 1},
+    };
+    for (const Damage& damage : kDamages) {
+        GltfFile file = withPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+        damage.make(file);
+        const Scene scene = read(file);
+        EXPECT_EQ(scene.count(Topology::Triangles), damage.triangles) << damage.what;
+        EXPECT_THAT(scene.warnings, testing::Contains(HasSubstr(damage.warning))) << damage.what;
+        EXPECT_TRUE(isConsistent(scene)) << damage.what;
+    }
+}
+
+TEST(GltfReader, refusesWhatItCannotShowRightly) {
+    struct Refused {
+        const char* word;
+        std::function<void(Json&)> make;
+    };
+    const Refused kRefused[] = {
+        {"version 1.0", [](Json& j) { j["asset"]["version"] = "1.0"; }},
+        {"which version", [](Json& j) { j["asset"].erase("version"); }},
+        {"glTF 2.1", [](Json& j) { j["asset"]["minVersion"] = "2.1"; }},
+        {"XYZ_strange", [](Json& j) { j["extensionsRequired"] = {"XYZ_strange"}; }},
+        {"contains itself",
+         [](Json& j) {
+             j["nodes"] = {{{"children", {1}}}, {{"children", {0}}}};
+         }},
+        {"contains itself",
+         [](Json& j) {
+             j["nodes"] = {{{"children", {0}}}};
+         }},
+        {"nodes", [](Json& j) { j["nodes"] = "none"; }},
+        {"nodes[0].mesh", [](Json& j) { j["nodes"][0]["mesh"] = 4; }},
+    };
+    for (const Refused& refused : kRefused) {
+        GltfFile file = withPositions(kSquare);
+        refused.make(file.json);
+        EXPECT_THAT(refusal([&] { read(file); }), HasSubstr(refused.word));
+    }
+}
+
+TEST(GltfReader, walksVeryDeepTrees) {
+    GltfFile file = withPositions(kSquare);
+    constexpr int kDepth = 100000;
+    Json nodes = Json::array();
+    for (int i = 0; i < kDepth; ++i)
+        nodes.push_back({{"children", {i + 1}}, {"translation", {0, 0, 1}}});
+    nodes.push_back({{"mesh", 0}});
+    file.json["nodes"] = nodes;
+    const Scene scene = read(file);
+    ASSERT_THAT(scene.instances, SizeIs(1));
+    EXPECT_EQ(scene.instances[0].toWorld[3][2], kDepth);
+}
+
+TEST(GltfReader, findsBuffersBesideTheFileAndNamesMissingOnes) {
+    const Folder folder;
+    GltfFile file = withPositions(kSquare);
+    file.json["buffers"] = {{{"byteLength", file.binary.size()}, {"uri", "a%20b.bin"}}};
+    const auto path = folder.write("model.gltf", bytesOf(file.json.dump()));
+    EXPECT_THAT(refusal([&] { readModel(path); }), HasSubstr("a b.bin"));
+    folder.write("a b.bin", file.binary);
+    EXPECT_THAT(readModel(path).instances, SizeIs(1));
+    folder.write("a b.bin", {1, 2, 3});
+    EXPECT_THAT(refusal([&] { readModel(path); }), HasSubstr("and has 3"));
+}
+
+} // namespace
+} // namespace orloview

@@ -1,0 +1,101 @@
+#include "TestFiles.h"
+
+#include "import/ObjReader.h"
+
+namespace orloview {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::FloatEq;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+Scene read(const std::string& text, const std::filesystem::path& path = "model.obj") {
+    return readObj(bytesOf(text), path);
+}
+
+const char* const kSquare = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";
+
+TEST(ObjReader, countsIndicesFromEitherEnd) {
+    const Scene scene = read(std::string(kSquare) + "vn 0 0 1\nf 1//1 2//1 3//1\nf -4//-1 -2//-1 -1//-1\n");
+    ASSERT_THAT(scene.meshes, SizeIs(1));
+    const Mesh& mesh = scene.meshes[0];
+    EXPECT_EQ(mesh.elementCount(), 2U);
+    EXPECT_EQ(mesh.vertexCount(), 4U) << "corners that are alike share a vertex";
+    EXPECT_EQ(mesh.positions[mesh.indices[3] * 3], 0.0F);
+    EXPECT_EQ(mesh.positions[mesh.indices[5] * 3 + 1], 1.0F);
+}
+
+TEST(ObjReader, cutsConcavePolygonsInside) {
+    // An arrow head: the notch at (1, 1) must not be covered.
+    const Scene scene = read("v 0 0 0\nv 2 0 0\nv 1 1 0\nv 2 2 0\nv 0 2 0\nf 1 2 3 4 5\n");
+    const Mesh& mesh = scene.meshes.at(0);
+    ASSERT_EQ(mesh.elementCount(), 3U);
+    double area = 0.0;
+    for (std::size_t i = 0; i < mesh.indices.size(); i += 3) {
+        const float* a = &mesh.positions[mesh.indices[i] * 3];
+        const float* b = &mesh.positions[mesh.indices[i + 1] * 3];
+        const float* c = &mesh.positions[mesh.indices[i + 2] * 3];
+        const double twice = (b[0] - a[0]) * (c[1] - a[1]) - (b[1] - a[1]) * (c[0] - a[0]);
+        EXPECT_GT(twice, 0.0) << "turned over";
+        area += twice / 2.0;
+    }
+    EXPECT_NEAR(area, 3.0, 1e-6); // the square of 4 less the notch of 1
+}
+
+TEST(ObjReader, followsSmoothingGroups) {
+    // Two walls of a tent that share the ridge 2-3.
+    const std::string tent = "v -1 0 0\nv 0 1 0\nv 0 1 1\nv 1 0 0\n";
+    const std::string walls = "f 1 3 2\nf 2 3 4\n";
+    const auto normalsOfRidge = [&](const std::string& smoothing) {
+        const Mesh mesh = read(tent + smoothing + walls).meshes.at(0);
+        std::vector<float> xs;
+        for (std::size_t i = 0; i < mesh.vertexCount(); ++i)
+            if (mesh.positions[i * 3] == 0.0F)
+                xs.push_back(mesh.normals[i * 3]);
+        return xs;
+    };
+    for (const float x : normalsOfRidge(""))
+        EXPECT_NEAR(x, 0.0F, 1e-6) << "smooth over the ridge";
+    for (const float x : normalsOfRidge("s off\n"))
+        EXPECT_NEAR(std::abs(x), 0.7071F, 1e-3) << "sharp at the ridge";
+}
+
+TEST(ObjReader, keepsGroupsMaterialsLinesAndPointsApart) {
+    const Folder folder;
+    folder.write("a.mtl", bytesOf("newmtl red\nKd 0.8 0.1 0.1\nd 0.5\nNs 98\nnewmtl plain\nKd 1 1 1\n"
+                                  "map_Kd pictures\\gone.png\n"));
+    const Scene scene =
+        read(std::string("mtllib a.mtl\n") + kSquare +
+                 "g first\nusemtl red\nf 1 2 3\nusemtl plain\nf 1 3 4\ng second\nl 1 2 3\np 4\n",
+             folder.path() / "model.obj");
+    ASSERT_THAT(scene.meshes, SizeIs(4));
+    EXPECT_EQ(scene.materials.at(0).alphaMode, AlphaMode::Blend);
+    EXPECT_THAT(scene.materials[0].baseColor[0], FloatEq(0.8F));
+    EXPECT_NEAR(scene.materials[0].roughness, std::sqrt(0.02), 1e-6);
+    EXPECT_EQ(scene.meshes[2].topology, Topology::Lines);
+    EXPECT_EQ(scene.meshes[2].elementCount(), 2U);
+    EXPECT_EQ(scene.meshes[3].topology, Topology::Points);
+    EXPECT_THAT(scene.warnings, ElementsAre(HasSubstr("pictures/gone.png")));
+}
+
+TEST(ObjReader, readsVertexColoursAndLongLines) {
+    const Scene scene = read("v 0 0 0 1 0.5 0\nv 1 0 0\nv 0 1 0 0 0 1\nf 1 \\\n2 3\n");
+    const Mesh& mesh = scene.meshes.at(0);
+    EXPECT_THAT(mesh.colors, ElementsAre(1, 0.5F, 0, 1, 1, 1, 1, 1, 0, 0, 1, 1));
+}
+
+TEST(ObjReader, namesWhatItLeavesOut) {
+    const Scene scene = read(std::string("mtllib gone.mtl\n") + kSquare +
+                             "usemtl red\nf 1 2 3\nf 1 2 9\nf 1 two 3\nf 1 2\nv nan 0 0\nf 1 2 5\n");
+    EXPECT_EQ(scene.count(Topology::Triangles), 1U);
+    for (const char* word : {"gone.mtl", "vertices that the file doesn't have", "no vertex index", "line 10",
+                             "too few", "infinite or missing"})
+        EXPECT_THAT(scene.warnings, Contains(HasSubstr(word)));
+    EXPECT_NE(refusal([] { read("# nothing\n"); }), "");
+}
+
+} // namespace
+} // namespace orloview
