@@ -128,9 +128,11 @@ static_assert(sizeof(GLPassState) == 10);
 /// GL's constant for each value of the enumerations above.
 inline constexpr ORLOGL_API std::array<GLenum, 8> TestConditionTable = {
     GL_ALWAYS, GL_NEVER, GL_EQUAL, GL_NOTEQUAL, GL_LESS, GL_LEQUAL, GL_GREATER, GL_GEQUAL};
+static_assert(TestConditionTable.size() == GLPassState::kTestGreaterEqual + 1);
 
 inline constexpr ORLOGL_API std::array<GLenum, 6> StencilOpTable = {GL_KEEP, GL_ZERO, GL_REPLACE,
                                                                     GL_INCR, GL_DECR, GL_INVERT};
+static_assert(StencilOpTable.size() == GLPassState::kStencilInvert + 1);
 
 inline constexpr ORLOGL_API std::array<GLenum, 11> BlendFactorTable = {GL_ZERO,
                                                                        GL_ONE,
@@ -143,8 +145,10 @@ inline constexpr ORLOGL_API std::array<GLenum, 11> BlendFactorTable = {GL_ZERO,
                                                                        GL_DST_ALPHA,
                                                                        GL_ONE_MINUS_DST_ALPHA,
                                                                        GL_SRC_ALPHA_SATURATE};
+static_assert(BlendFactorTable.size() == GLPassState::kBlendSourceAlphaSaturate + 1);
 
 inline constexpr ORLOGL_API std::array<GLenum, 16> LogicOpTable = {
     GL_CLEAR,       GL_SET,          GL_COPY,       GL_COPY_INVERTED, GL_NOOP, GL_INVERT,
     GL_AND,         GL_NAND,         GL_OR,         GL_NOR,           GL_XOR,  GL_EQUIV,
     GL_AND_REVERSE, GL_AND_INVERTED, GL_OR_REVERSE, GL_OR_INVERTED};
+static_assert(LogicOpTable.size() == GLPassState::kLogicOrInverted + 1);

@@ -43,66 +43,41 @@ TEST_F(PassState, resetKeepsTheUnusedBits) {
     EXPECT_EQ(bytes(state), (Bytes{0xAF, 0xF9, 0, 0xFF, 0x00, 0xF8, 0xFF, 0xC0, 0x08, 0xA0}));
 }
 
-// Each setter over a record of ones and one of zeros: the bits that it writes, and no others.
+// Each setter over a record of zeros and one of ones: the word in which it writes, and nothing beside it.
 TEST_F(PassState, settersWriteTheirFieldAlone) {
+    using State = GLPassState;
     const struct {
-        void (*set)(GLPassState&);
-        Bytes overZeros, overOnes;
+        void (*set)(State&);
+        size_t byte;
+        int overZeros, overOnes;
     } kCases[] = {
-        {[](GLPassState& s) { s.setColorMask(true, false, false, true); },
-         {0x09},
-         {0xF9, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
-        {[](GLPassState& s) { s.setColorMask(false, true, false, false); },
-         {0x02},
-         {0xF2, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
-        {[](GLPassState& s) { s.setDepthMask(true); },
-         {0x10},
-         {255, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
-        {[](GLPassState& s) { s.setDepthMask(false); },
-         {0x00},
-         {0xEF, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
-        {[](GLPassState& s) { s.setDepthFunc(value<Test>(8 + 5)); },
-         {0xA0},
-         {0xBF, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
-        {[](GLPassState& s) { s.setStencilFunc(value<Test>(2)); }, // the depth function
-         {0x40},
-         {0x5F, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
-        {[](GLPassState& s) { s.setAlphaFunc(value<Test>(8 + 6), 127.9F); },
-         {0, 6, 127},
-         {255, 0xFE, 127, 255, 255, 255, 255, 255, 255, 255}},
-        {[](GLPassState& s) { s.setStencilWriteMask(0x5A); },
-         {0, 0, 0, 0x5A},
-         {255, 255, 255, 0x5A, 255, 255, 255, 255, 255, 255}},
-        {[](GLPassState& s) { s.setStencilRef(200); },
-         {0, 0, 0, 0, 0x40, 0x06},
-         {255, 255, 255, 255, 0x47, 0xFE, 255, 255, 255, 255}},
-        {[](GLPassState& s) { s.setStencilReadMask(0x3C); },
-         {0, 0, 0, 0, 0, 0, 0x3C},
-         {255, 255, 255, 255, 255, 255, 0x3C, 255, 255, 255}},
-        {[](GLPassState& s) { s.setStencilOpSFail(value<Op>(8 + 3)); },
-         {0, 0, 0, 0, 0, 0, 0, 0x03},
-         {255, 255, 255, 255, 255, 255, 255, 0xFB, 255, 255}},
-        {[](GLPassState& s) { s.setStencilOpZFail(value<Op>(5)); },
-         {0, 0, 0, 0, 0, 0, 0, 0x28},
-         {255, 255, 255, 255, 255, 255, 255, 0xEF, 255, 255}},
-        {[](GLPassState& s) { s.setStencilOpZPass(value<Op>(7)); },
-         {0, 0, 0, 0, 0, 0, 0, 0, 0x07},
-         {255, 255, 255, 255, 255, 255, 255, 255, 255, 255}},
-        {[](GLPassState& s) { s.setBlendFuncFactors(value<Factor>(16 + 10), value<Factor>(3)); },
-         {0, 0, 0, 0, 0, 0, 0, 0, 0xD0, 0x01},
-         {255, 255, 255, 255, 255, 255, 255, 255, 0xD7, 0xF9}},
-        {[](GLPassState& s) { s.setLogicOp(value<GLPassState::LogicOp>(16 + 5)); },
-         {0, 0, 0, 0, 0, 0, 0, 0, 0, 0x28},
-         {255, 255, 255, 255, 255, 255, 255, 255, 255, 0xAF}},
+        {[](State& s) { s.setColorMask(true, false, false, true); }, 0, 0x0009, 0xFFF9},
+        {[](State& s) { s.setColorMask(false, true, false, false); }, 0, 0x0002, 0xFFF2},
+        {[](State& s) { s.setDepthMask(true); }, 0, 0x0010, 0xFFFF},
+        {[](State& s) { s.setDepthMask(false); }, 0, 0x0000, 0xFFEF},
+        {[](State& s) { s.setDepthFunc(value<Test>(8 + 5)); }, 0, 0x00A0, 0xFFBF},
+        {[](State& s) { s.setStencilFunc(value<Test>(2)); }, 0, 0x0040, 0xFF5F}, // the depth function
+        {[](State& s) { s.setAlphaFunc(value<Test>(8 + 6), 127.9F); }, 1, 0x7F06, 0x7FFE},
+        {[](State& s) { s.setStencilWriteMask(0x5A); }, 3, 0x005A, 0xFF5A},
+        {[](State& s) { s.setStencilRef(200); }, 4, 0x0640, 0xFE47},
+        {[](State& s) { s.setStencilReadMask(0x3C); }, 6, 0x003C, 0xFF3C},
+        {[](State& s) { s.setStencilOpSFail(value<Op>(8 + 3)); }, 7, 0x0003, 0xFFFB},
+        {[](State& s) { s.setStencilOpZFail(value<Op>(5)); }, 7, 0x0028, 0xFFEF},
+        {[](State& s) { s.setStencilOpZPass(value<Op>(7)); }, 8, 0x0007, 0xFFFF},
+        {[](State& s) { s.setBlendFuncFactors(value<Factor>(26), value<Factor>(3)); }, 8, 0x01D0, 0xF9D7},
+        {[](State& s) { s.setLogicOp(value<State::LogicOp>(16 + 5)); }, 8, 0x2800, 0xAFFF},
     };
     for (const auto& c : kCases) {
-        GLPassState state;
-        std::memset(static_cast<void*>(&state), 0, sizeof state);
-        c.set(state);
-        EXPECT_EQ(bytes(state), c.overZeros) << "case " << &c - kCases;
-        std::memset(static_cast<void*>(&state), 0xFF, sizeof state);
-        c.set(state);
-        EXPECT_EQ(bytes(state), c.overOnes) << "case " << &c - kCases;
+        for (const auto& [fill, word] : {std::pair{0, c.overZeros}, {0xFF, c.overOnes}}) {
+            State state;
+            std::memset(static_cast<void*>(&state), fill, sizeof state);
+            c.set(state);
+            Bytes expected;
+            expected.fill(fill);
+            expected[c.byte] = word & 0xFF;
+            expected[c.byte + 1] = word >> 8;
+            EXPECT_EQ(bytes(state), expected) << "case " << &c - kCases;
+        }
     }
 }
 
