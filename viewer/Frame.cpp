@@ -97,6 +97,7 @@ std::vector<size_t> farthestFirst(const DrawableScene& drawable, const View& vie
     std::stable_sort(byDepth.begin(), byDepth.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<size_t> order;
+    order.reserve(byDepth.size());
     for (const auto& [depth, index] : byDepth)
         order.push_back(index);
     return order;

@@ -42,7 +42,7 @@ Loaded loadModels(const Options& options) {
         for (const std::string& warning : result.scene.warnings) {
             loaded.complete = false;
             if (!options.quiet)
-                say(path + ": warning: " + warning);
+                std::fprintf(stderr, "orloview: %s: warning: %s\n", path.c_str(), warning.c_str());
         }
         if (any)
             loaded.scene.append(std::move(result.scene));

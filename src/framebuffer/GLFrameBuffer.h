@@ -143,10 +143,10 @@ public:
 private:
     void referenceStartupContext();
     void dropStartupContext();
-    bool createColor(const koBufferFormat& format, unsigned width, unsigned height);
-    bool createDepthAndStencil(const koBufferFormat& format, unsigned width, unsigned height);
+    uint32_t createColor(const koBufferFormat& format, unsigned width, unsigned height);
+    uint32_t createDepthAndStencil(const koBufferFormat& format, unsigned width, unsigned height);
     void createStencil(RasterFormat stencil, unsigned width, unsigned height);
-    void createDepth(RasterFormat depth, unsigned width, unsigned height);
+    uint32_t createDepth(RasterFormat depth, unsigned width, unsigned height);
     void attachCubeFace();
 
     /// References on the start-up context that this buffer took and has not given back.

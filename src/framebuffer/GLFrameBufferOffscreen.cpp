@@ -5,6 +5,8 @@
 #include "gl/GLStartupContext.h"
 #include "texture/GLTexture2D.h"
 
+#include <new>
+
 namespace {
 
 void clampAndUseNearest(const GLFunctionTable& gl, GLenum target) {
@@ -42,7 +44,7 @@ GLenum stencilInternalFormat(RasterFormat stencil) {
 
 uint32_t GLFrameBuffer::createOffscreen(const koBufferFormat& format, unsigned width, unsigned height) {
     if (!GLStartupContext::fpGlobalGLStartupContext)
-        GLStartupContext::fpGlobalGLStartupContext = new GLStartupContext(nullptr);
+        GLStartupContext::fpGlobalGLStartupContext = new (std::nothrow) GLStartupContext(nullptr);
     referenceStartupContext();
     GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
 
@@ -66,10 +68,14 @@ uint32_t GLFrameBuffer::createOffscreen(const koBufferFormat& format, unsigned w
     fGLXDrawableFlag = false;
     fColorAttachmentCount = 0;
 
-    if (!createColor(format, width, height) || !createDepthAndStencil(format, width, height) ||
-        !validFrameBufferStatus()) {
+    uint32_t result = createColor(format, width, height);
+    if (result == kSuccess)
+        result = createDepthAndStencil(format, width, height);
+    if (result == kSuccess && !validFrameBufferStatus())
+        result = kFormat;
+    if (result != kSuccess) {
         deleteInternalState();
-        return kFormat;
+        return result;
     }
 
     fKind = kOffscreen;
@@ -83,19 +89,21 @@ uint32_t GLFrameBuffer::createOffscreen(const koBufferFormat& format, unsigned w
     return kSuccess;
 }
 
-bool GLFrameBuffer::createColor(const koBufferFormat& format, unsigned width, unsigned height) {
+uint32_t GLFrameBuffer::createColor(const koBufferFormat& format, unsigned width, unsigned height) {
     if (format.fColorFormat == kRasterNoColor)
-        return true;
+        return kSuccess;
     GLint attachments = 0;
     fFunctionTable->glGetIntegerv(GL_MAX_COLOR_ATTACHMENTS_EXT, &attachments);
     if (attachments == 0)
-        return false;
+        return kFormat;
     if (format.fTextureType != IHWTexture::kTexture2D && format.fTextureType != IHWTexture::kTextureRectangle)
-        return false;
+        return kFormat;
 
     const bool rectangle = format.fTextureType == IHWTexture::kTextureRectangle;
     const GLenum target = rectangle ? GL_TEXTURE_RECTANGLE_ARB : GL_TEXTURE_2D;
-    auto* texture = new GLTexture2D(format.fColorFormat, rectangle);
+    auto* texture = new (std::nothrow) GLTexture2D(format.fColorFormat, rectangle);
+    if (!texture)
+        return kNoBuffer;
     texture->ref();
     fColorTextures[0] = texture;
     allocate(*texture, width, height);
@@ -104,30 +112,30 @@ bool GLFrameBuffer::createColor(const koBufferFormat& format, unsigned width, un
                                               texture->textureName(), 0);
     fColorAttachmentCount = 1;
     fFunctionTable->glBindTexture(target, 0);
-    return true;
+    return kSuccess;
 }
 
-bool GLFrameBuffer::createDepthAndStencil(const koBufferFormat& format, unsigned width, unsigned height) {
+uint32_t GLFrameBuffer::createDepthAndStencil(const koBufferFormat& format, unsigned width, unsigned height) {
     fDepthRenderbufferId = 0;
     fDepthTexture = nullptr;
     const bool wantsStencil = format.fStencilFormat != kRasterNoStencil;
     if (format.fDepthFormat == kRasterNoDepth) {
         if (wantsStencil)
             createStencil(format.fStencilFormat, width, height);
-        return true;
+        return kSuccess;
     }
     if (!wantsStencil || !fFunctionTable->usable(kCapPackedDepthStencil)) {
-        createDepth(format.fDepthFormat == kRasterDepth16 ? kRasterDepth16 : kRasterDepth24, width, height);
-        if (fColorAttachmentCount == 0) {
+        const RasterFormat depth = format.fDepthFormat == kRasterDepth16 ? kRasterDepth16 : kRasterDepth24;
+        const uint32_t result = createDepth(depth, width, height);
+        if (result == kSuccess && fColorAttachmentCount == 0) {
             fFunctionTable->glDrawBuffer(GL_NONE);
             fFunctionTable->glReadBuffer(GL_NONE);
         }
-        return true;
+        return result;
     }
     if (format.fStencilFormat != kRasterStencil8)
-        return false;
-    createDepth(kRasterDepth24Stencil8, width, height);
-    return true;
+        return kFormat;
+    return createDepth(kRasterDepth24Stencil8, width, height);
 }
 
 void GLFrameBuffer::createStencil(RasterFormat stencil, unsigned width, unsigned height) {
@@ -143,11 +151,14 @@ void GLFrameBuffer::createStencil(RasterFormat stencil, unsigned width, unsigned
 }
 
 /// The depth point alone, also for packed depth-stencil, whose stencil half is for who samples the texture.
-void GLFrameBuffer::createDepth(RasterFormat depth, unsigned width, unsigned height) {
-    fDepthTexture = new GLTexture2D(depth, false);
+uint32_t GLFrameBuffer::createDepth(RasterFormat depth, unsigned width, unsigned height) {
+    fDepthTexture = new (std::nothrow) GLTexture2D(depth, false);
+    if (!fDepthTexture)
+        return kNoBuffer;
     fDepthTexture->ref();
     allocate(*fDepthTexture, width, height);
     clampAndUseNearest(*fFunctionTable, GL_TEXTURE_2D);
     fFunctionTable->glFramebufferTexture2DEXT(GL_FRAMEBUFFER_EXT, GL_DEPTH_ATTACHMENT_EXT, GL_TEXTURE_2D,
                                               fDepthTexture->textureName(), 0);
+    return kSuccess;
 }

@@ -55,6 +55,6 @@ PixelArray2D* GLFrameBuffer::readColorBuffer(unsigned pixelType, unsigned x, uns
     fFunctionTable->glPixelStorei(GL_PACK_ALIGNMENT, 1);
     fFunctionTable->glReadPixels(static_cast<GLint>(x), static_cast<GLint>(y), readWidth, readHeight,
                                  transfer.format, transfer.type, target->data());
-    made.release();
+    static_cast<void>(made.release()); // the caller's now
     return target;
 }

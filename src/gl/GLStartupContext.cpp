@@ -3,6 +3,7 @@
 #include "gl/GLFunctionTable.h"
 
 #include <dlfcn.h>
+#include <new>
 
 GLStartupContext* GLStartupContext::fpGlobalGLStartupContext = nullptr;
 int32_t GLStartupContext::fsNumInstances_GLStartupContext = 0;
@@ -90,9 +91,10 @@ GLStartupContext::GLStartupContext(const WindowWrapper& host, GLXContext share)
     glx.makeCurrent(display, window, context);
 
     if (!GLFunctionTable::fpGlobalFunctionTable)
-        GLFunctionTable::fpGlobalFunctionTable = new GLFunctionTable;
-    GLFunctionTable::fpGlobalFunctionTable->populate();
-    valid = true;
+        GLFunctionTable::fpGlobalFunctionTable = new (std::nothrow) GLFunctionTable;
+    valid = GLFunctionTable::fpGlobalFunctionTable != nullptr;
+    if (valid)
+        GLFunctionTable::fpGlobalFunctionTable->populate();
 
     if (hostContext && hostDrawable)
         glx.makeCurrent(display, hostDrawable, hostContext);

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
+#include <new>
 
 int32_t GLLight::fsNumInstances_GLLight = 0;
 
@@ -57,9 +59,15 @@ void GLLight::releaseLightResources() {
 
 void GLLight::addProjector(unsigned int count) {
     removeProjector();
-    fProjectors.reserve(count);
+    try {
+        fProjectors.reserve(count);
+    } catch (const std::exception&) { // more than there is memory for, or than a vector can hold
+        return;
+    }
     for (unsigned int i = 0; i < count; ++i) {
-        auto* projector = new GLCamera;
+        auto* projector = new (std::nothrow) GLCamera;
+        if (!projector)
+            return;
         projector->fIsProjector = true;
         fProjectors.push_back(projector);
     }
@@ -100,9 +108,15 @@ void GLLight::unbind(unsigned short unit) {
 }
 
 void GLLight::allocateShadowMap(RasterFormat format) {
-    auto* shadowMap = new GLTexture2D(format, false);
+    auto* shadowMap = new (std::nothrow) GLTexture2D(format, false);
+    if (!shadowMap)
+        return;
     shadowMap->ref();
-    fShadowMaps.push_back(shadowMap);
+    try {
+        fShadowMaps.push_back(shadowMap);
+    } catch (const std::bad_alloc&) {
+        shadowMap->unref();
+    }
 }
 
 void GLLight::removeShadowMaps() {

@@ -27,7 +27,7 @@ public:
     /// Lets go of the shadow maps; projectors and textures stay.
     void releaseLightResources() override;
 
-    /// Deletes the projectors there are and makes `count` new ones.
+    /// Deletes the projectors there are and makes `count` new ones, as many as memory allows.
     void addProjector(unsigned int count) override;
     void removeProjector() override;
 

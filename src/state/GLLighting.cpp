@@ -3,6 +3,8 @@
 #include "gl/GLFunctionTable.h"
 #include "state/GLLight.h"
 
+#include <new>
+
 int32_t GLLighting::fsNumInstances_GLLighting = 0;
 
 GLLighting::GLLighting() {
@@ -12,8 +14,11 @@ GLLighting::GLLighting() {
         gl->glLightModeli(GL_LIGHT_MODEL_COLOR_CONTROL, GL_SEPARATE_SPECULAR_COLOR);
     GLint units = 8;
     gl->glGetIntegerv(GL_MAX_LIGHTS, &units);
-    if (units > 0)
-        fLightSlots.resize(static_cast<size_t>(units), nullptr);
+    try {
+        fLightSlots.resize(units > 0 ? static_cast<size_t>(units) : 0, nullptr);
+    } catch (const std::bad_alloc&) {
+        fLightSlots.clear(); // no unit can be used, and nothing breaks
+    }
 }
 
 GLLighting::~GLLighting() {

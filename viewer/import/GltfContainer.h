@@ -9,7 +9,7 @@
 namespace orloview {
 
 /// A glTF file taken apart: its JSON and, of a binary file, the chunk of data that follows.
-struct GltfContainer {
+struct GltfContainer { // NOLINT(bugprone-exception-escape): the JSON library's move constructor may throw
     nlohmann::json json;
     std::vector<std::uint8_t> binary;
     bool isBinary = false;

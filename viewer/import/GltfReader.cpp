@@ -70,7 +70,7 @@ AffineMatrix fromColumns(const std::array<double, 16>& m) {
     AffineMatrix result;
     for (int row = 0; row < 4; ++row)
         for (int axis = 0; axis < 3; ++axis)
-            result[row][axis] = m[static_cast<std::size_t>(row * 4 + axis)];
+            result[row][axis] = m.data()[row * 4 + axis];
     return result;
 }
 

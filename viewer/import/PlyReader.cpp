@@ -43,7 +43,8 @@ public:
     std::size_t nextCount(const PlyProperty& list) {
         const double count = next(*list.listCount);
         const std::size_t itemSize = fFormat == PlyFormat::Text ? 1 : sizeOf(list.type);
-        if (!(count >= 0.0) || count > static_cast<double>(fData.size() / itemSize))
+        const std::size_t most = fData.size() / itemSize;
+        if (!(count >= 0.0) || count > static_cast<double>(most))
             cutOff();
         return static_cast<std::size_t>(count);
     }

@@ -90,8 +90,10 @@ void cutEars(std::vector<Corner> corners, std::vector<std::uint32_t>& triangles)
             ++ear;
         if (ear == n) // crosses itself or has no area: any corner is as good
             ear = 0;
-        triangles.insert(triangles.end(), {corners[(ear + n - 1) % n].vertex, corners[ear].vertex,
-                                           corners[(ear + 1) % n].vertex});
+        const std::size_t before = ear == 0 ? n - 1 : ear - 1;
+        const std::size_t after = ear + 1 == n ? 0 : ear + 1;
+        triangles.insert(triangles.end(),
+                         {corners[before].vertex, corners[ear].vertex, corners[after].vertex});
         corners.erase(corners.begin() + static_cast<std::ptrdiff_t>(ear));
     }
     triangles.insert(triangles.end(), {corners[0].vertex, corners[1].vertex, corners[2].vertex});
