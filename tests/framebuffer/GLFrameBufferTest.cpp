@@ -77,8 +77,11 @@ TEST_F(FrameBuffer, deletesADepthRenderbuffer) {
     buffer.fDepthRenderbufferId = 31;
     buffer.fFramebufferId = 21;
     buffer.fColorAttachmentCount = 2; // both slots empty
+    auto* const beyondTheCount = reinterpret_cast<IGLTexture*>(8);
+    buffer.fColorTextures[2] = beyondTheCount;
     for (int i = 0; i < 2; ++i)
         buffer.deleteInternalState();
+    EXPECT_EQ(buffer.fColorTextures[2], beyondTheCount);
     EXPECT_EQ(recorded(), (Calls{call("glDeleteRenderbuffersEXT", 1, Values{31}),
                                  call("glDeleteFramebuffersEXT", 1, Values{21})}));
     EXPECT_EQ(buffer.fKind, 0u);
@@ -176,6 +179,17 @@ TEST_F(FrameBuffer, swapsAndResizesItsWindow) {
     buffer.swapBuffers();
     EXPECT_EQ(recorded(), (Calls{call("glXSwapBuffers", fakeDisplay(), 0x321),
                                  call("XResizeWindow", fakeDisplay(), 0x321, 30, 40), call("glXWaitX")}));
+
+    clearRecorded();
+    buffer.fGLXDrawableFlag = true;
+    buffer.fDisplay = nullptr;
+    buffer.swapBuffers();
+    buffer.resizeWindow(30, 40);
+    buffer.fDisplay = fakeDisplay();
+    buffer.fFunctionTable = nullptr;
+    buffer.swapBuffers();
+    buffer.resizeWindow(30, 40);
+    EXPECT_EQ(recorded(), Calls{}) << "without a table or display";
     buffer.clearInternalState();
 }
 
@@ -216,6 +230,7 @@ TEST_F(FrameBuffer, releasesItsWindowOnce) {
         buffer.deleteInternalState();
         EXPECT_EQ(recorded(), c.calls) << c.kind << c.glxWindows << c.drawable;
         EXPECT_EQ(buffer.fKind, 0u);
+        EXPECT_EQ(buffer.fPbuffer | buffer.fDrawable, 0u);
         EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, instances - 1);
         clearRecorded();
         buffer.deleteInternalState();

@@ -121,8 +121,12 @@ TEST(Pixels, areZeroedOrNotThere) {
     const auto* bytes = static_cast<const unsigned char*>(pixels.data());
     EXPECT_THAT((std::vector<unsigned char>{bytes, bytes + 30}), testing::Each(0));
     EXPECT_NE(PixelArray2D(format, 0, 5).data(), nullptr) << "empty, but there";
-    for (const auto& [width, height, bytesPerPixel] :
-         {std::tuple{-1, 4, 1U}, {4, -1, 1U}, {INT_MAX, INT_MAX, 16U}, {INT_MAX, INT_MAX, UINT_MAX}}) {
+    for (const auto& [width, height, bytesPerPixel] : {std::tuple{-1, 4, 1U},
+                                                       {4, -1, 1U},
+                                                       {-1, 0, 1U},
+                                                       {0, -1, 1U},
+                                                       {INT_MAX, INT_MAX, 16U},
+                                                       {INT_MAX, INT_MAX, UINT_MAX}}) {
         const PixelArray2D none(koSysPixelFormat(2, bytesPerPixel), width, height);
         EXPECT_EQ(none.data(), nullptr) << width << " x " << height << " x " << bytesPerPixel;
         EXPECT_EQ(none.byteCount(), 0u);

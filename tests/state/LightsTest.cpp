@@ -160,7 +160,8 @@ TEST_F(Lights, canBeMadeWithoutGL) {
     EXPECT_EQ(light.fShadowPass, 0);
     EXPECT_TRUE(light.fCastsShadows);
     EXPECT_FALSE(light.fShadowsStale);
-    EXPECT_EQ(light.fShadowColor[3], 1);
+    const float* color = light.fShadowColor.data();
+    EXPECT_THAT(std::vector<float>(color, color + 4), testing::ElementsAre(0, 0, 0, 1));
     EXPECT_EQ(light.fTextureIntensity, 1);
 }
 
