@@ -34,6 +34,8 @@ Loaded loadModels(const Options& options) {
         if (options.verbose)
             say("reading " + path);
         ImportResult result = importModel(path);
+        if (!result && options.models.size() == 1)
+            throw Failure(kExitNoInput, path + ": " + result.error);
         if (!result) {
             say(path + ": " + result.error);
             loaded.complete = false;

@@ -265,7 +265,8 @@ class Program(unittest.TestCase):
 
     def test_nothing_to_draw(self):
         out = ["-o", self.path("out.png")]
-        self.fails(2, [self.path("none.glb"), *out], "none.glb")
+        message = self.fails(2, [self.path("none.glb"), *out], "none.glb")
+        self.assertEqual(message.count("\n"), 1, message)
         self.fails(2, [self.folder, *out], self.folder)
         self.fails(2, [self.write("empty.obj", ""), *out], "empty.obj")
         self.fails(2, [self.write("m.xyz", "hello"), *out], "m.xyz")

@@ -328,7 +328,10 @@ void withoutDot(std::string& suffix) {
 Scene readStl(const std::vector<std::uint8_t>& bytes) {
     Assimp::Importer importer;
     const aiScene* source = importer.ReadFileFromMemory(bytes.data(), bytes.size(), kPostprocess, "stl");
-    return convert(importer, source, {}, "STL");
+    Scene scene = convert(importer, source, {}, "STL");
+    for (Mesh& mesh : scene.meshes)
+        addFlatNormals(mesh); // those of the file are often zero or point inwards
+    return scene;
 }
 
 Scene readByLibrary(const std::filesystem::path& path) {

@@ -9,7 +9,7 @@
 
 namespace orloview {
 
-/// Reads STL from memory by the import library. Facets keep their flat normals.
+/// Reads STL from memory by the import library. Facets are flat, their normals as their vertices turn.
 Scene readStl(const std::vector<std::uint8_t>& bytes);
 
 /// Reads whatever else the import library knows by the file's suffix or content. Its indices, coordinates and

@@ -16,7 +16,7 @@ std::vector<std::uint8_t> readFile(const fs::path& path) {
     if (status.type() == fs::file_type::not_found)
         throw ImportError("there is no such file; check the name");
     if (error)
-        throw ImportError("the file can't be read: " + error.message());
+        throw ImportError("the file can't be read: " + error.message() + "; check its name and permissions");
     if (status.type() == fs::file_type::directory)
         throw ImportError("this is a directory; name a model file in it");
     if (status.type() != fs::file_type::regular)

@@ -89,6 +89,14 @@ std::uint32_t indexAt(const std::uint8_t* from, int type) {
     }
 }
 
+template <typename Value>
+Value valueAt(const std::uint8_t* from, int type, bool normalized) {
+    if constexpr (std::is_same_v<Value, float>)
+        return floatAt(from, type, normalized);
+    else
+        return indexAt(from, type);
+}
+
 bool isIndexType(int type) {
     return type == kUnsignedByte || type == kUnsignedShort || type == kUnsignedInt;
 }
@@ -167,8 +175,9 @@ GltfData::Elements GltfData::elements(const GltfObject& source, const Layout& la
         return {};
     const std::span<const std::uint8_t> bytes = view(static_cast<std::size_t>(viewIndex));
     const std::size_t offset = source.whole("byteOffset", 0);
-    const std::size_t stride = std::max<std::size_t>(
-        fViews[static_cast<std::size_t>(viewIndex)].whole("byteStride", defaultStride), 1);
+    std::size_t stride = fViews[static_cast<std::size_t>(viewIndex)].whole("byteStride", 0);
+    if (stride == 0) // some exporters write that where others leave it out
+        stride = defaultStride;
     const bool fits =
         layout.count == 0 || (offset <= bytes.size() && layout.elementSize() <= bytes.size() - offset &&
                               layout.count - 1 <= (bytes.size() - offset - layout.elementSize()) / stride);
@@ -190,10 +199,7 @@ std::vector<Value> GltfData::read(int accessor) {
     for (std::size_t i = 0; from.stride > 0 && i < values.size(); ++i) {
         const std::uint8_t* at =
             &from.bytes[i / format.components * from.stride + i % format.components * format.componentSize];
-        if constexpr (std::is_same_v<Value, float>)
-            values[i] = floatAt(at, format.componentType, format.normalized);
-        else
-            values[i] = indexAt(at, format.componentType);
+        values[i] = valueAt<Value>(at, format.componentType, format.normalized);
     }
     if (source.has("sparse"))
         readSparse(source.object("sparse"), format, values);
@@ -224,11 +230,8 @@ void GltfData::readSparse(const GltfObject& sparse, const Layout& layout, std::v
             throw ImportError(sparse.place() + " replaces an element that isn't there");
         for (std::size_t k = 0; k < layout.components; ++k) {
             const std::uint8_t* at = &valueBytes.bytes[i * valueBytes.stride + k * layout.componentSize];
-            Value& value = values[index * layout.components + k];
-            if constexpr (std::is_same_v<Value, float>)
-                value = floatAt(at, layout.componentType, layout.normalized);
-            else
-                value = indexAt(at, layout.componentType);
+            values[index * layout.components + k] =
+                valueAt<Value>(at, layout.componentType, layout.normalized);
         }
     }
 }

@@ -1,11 +1,13 @@
 #include "import/GltfMaterials.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "import/GltfContainer.h"
 #include "import/ImportError.h"
+#include "import/Text.h"
 
 namespace orloview {
 
@@ -112,22 +114,27 @@ TextureUse readUse(const GltfObject& owner, const char* key, std::size_t texture
     TextureUse use;
     const GltfObject info = owner.object(key);
     use.texture = info.reference("index", textureCount);
-    use.uvSet = static_cast<int>(info.whole("texCoord", 0));
-    use.strength = static_cast<float>(info.number("scale", info.number("strength", 1.0)));
+    use.strength = toFloat(info.number("scale", info.number("strength", 1.0)));
 
     const GltfObject transform = info.object("extensions").object("KHR_texture_transform");
     const auto offset = transform.numbers<2>("offset", {0.0, 0.0});
     const auto scale = transform.numbers<2>("scale", {1.0, 1.0});
-    use.offset = {static_cast<float>(offset[0]), static_cast<float>(offset[1])};
-    use.scale = {static_cast<float>(scale[0]), static_cast<float>(scale[1])};
-    use.rotation = static_cast<float>(transform.number("rotation", 0.0));
-    use.uvSet = static_cast<int>(transform.whole("texCoord", static_cast<std::size_t>(use.uvSet)));
+    use.offset = {toFloat(offset[0]), toFloat(offset[1])};
+    use.scale = {toFloat(scale[0]), toFloat(scale[1])};
+    use.rotation = toFloat(transform.number("rotation", 0.0));
+    constexpr std::size_t kLastUvSet = 9; // a mesh has no more
+    const std::size_t uvSet = transform.whole("texCoord", info.whole("texCoord", 0));
+    use.uvSet = static_cast<int>(std::min(uvSet, kLastUvSet));
     return use;
 }
 
 koColor::Color color(const std::array<double, 4>& c) {
-    return {static_cast<float>(c[0]), static_cast<float>(c[1]), static_cast<float>(c[2]),
-            static_cast<float>(c[3])};
+    return {toFloat(c[0]), toFloat(c[1]), toFloat(c[2]), toFloat(c[3])};
+}
+
+/// Between 0 and 1, whatever the file says.
+float share(double value) {
+    return static_cast<float>(std::clamp(value, 0.0, 1.0));
 }
 
 AlphaMode alphaModeOf(const std::string& word) {
@@ -138,8 +145,8 @@ AlphaMode alphaModeOf(const std::string& word) {
 
 void readMetallicRoughness(const GltfObject& pbr, std::size_t textureCount, Material& material) {
     material.baseColor = color(pbr.numbers<4>("baseColorFactor", {1.0, 1.0, 1.0, 1.0}));
-    material.metallic = static_cast<float>(pbr.number("metallicFactor", 1.0));
-    material.roughness = static_cast<float>(pbr.number("roughnessFactor", 1.0));
+    material.metallic = share(pbr.number("metallicFactor", 1.0));
+    material.roughness = share(pbr.number("roughnessFactor", 1.0));
     material.baseColorTexture = readUse(pbr, "baseColorTexture", textureCount);
     material.metallicRoughnessTexture = readUse(pbr, "metallicRoughnessTexture", textureCount);
 }
@@ -148,7 +155,7 @@ void readMetallicRoughness(const GltfObject& pbr, std::size_t textureCount, Mate
 void readSpecularGlossiness(const GltfObject& pbr, std::size_t textureCount, Material& material) {
     material.baseColor = color(pbr.numbers<4>("diffuseFactor", {1.0, 1.0, 1.0, 1.0}));
     material.metallic = 0.0F;
-    material.roughness = 1.0F - static_cast<float>(pbr.number("glossinessFactor", 1.0));
+    material.roughness = 1.0F - share(pbr.number("glossinessFactor", 1.0));
     material.baseColorTexture = readUse(pbr, "diffuseTexture", textureCount);
     material.metallicRoughnessTexture = {};
 }
@@ -168,7 +175,7 @@ Material readMaterial(const GltfObject& source, std::size_t textureCount) {
     material.doubleSided = source.flag("doubleSided");
     material.unlit = extensions.has("KHR_materials_unlit");
     material.alphaMode = alphaModeOf(source.text("alphaMode"));
-    material.alphaCutoff = static_cast<float>(source.number("alphaCutoff", 0.5));
+    material.alphaCutoff = toFloat(source.number("alphaCutoff", 0.5));
     material.normalTexture = readUse(source, "normalTexture", textureCount);
     material.occlusionTexture = readUse(source, "occlusionTexture", textureCount);
     material.emissiveTexture = readUse(source, "emissiveTexture", textureCount);

@@ -8,7 +8,6 @@
 #include <string>
 #include <utility>
 
-#include "import/FileBytes.h"
 #include "import/GltfContainer.h"
 #include "import/GltfData.h"
 #include "import/GltfJson.h"

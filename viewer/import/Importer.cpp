@@ -11,6 +11,7 @@
 #include "import/ImportError.h"
 #include "import/ModelReader.h"
 #include "import/SceneStream.h"
+#include "import/Text.h"
 
 namespace orloview {
 
@@ -23,17 +24,10 @@ bool readInto(int output, const std::string& path) {
     try {
         return writeScene(readModel(path), output);
     } catch (const ImportError& error) {
-        const std::string line = std::string(error.what()).substr(0, kLongestError);
+        const std::string line = error.what();
         static_cast<void>(::write(output, line.data(), line.size()) != 0);
         return false;
     }
-}
-
-std::string oneLine(const std::vector<std::uint8_t>& bytes) {
-    std::string line;
-    for (const std::uint8_t byte : bytes)
-        line += byte < 0x20 ? ' ' : static_cast<char>(byte); // names in damaged files hold anything
-    return line;
 }
 
 std::string decimal(double number) {
@@ -46,8 +40,9 @@ std::string whatHappened(const ChildResult& result, const ImportLimits& limits) 
     constexpr const char* kDamaged = " (the file is probably damaged); try re-exporting it";
     switch (result.outcome) {
     case ChildOutcome::Failed:
-        return result.output.empty() ? std::string("the scene is too big to hand over; export it in parts")
-                                     : oneLine(result.output);
+        return result.output.empty()
+                   ? std::string("the scene is too big to hand over; export it in parts")
+                   : printable(std::string(result.output.begin(), result.output.end()), kLongestError);
     case ChildOutcome::OutOfMemory:
         return "the file could not be read: it takes more than " +
                decimal(static_cast<double>(limits.memoryBytes) / (1 << 30)) + " GB of memory" + kDamaged;

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "scene/Normals.h"
+
 namespace orloview {
 
 namespace {
@@ -23,11 +25,11 @@ std::size_t indicesPerElement(Topology topology) {
 const char* elementName(Topology topology) {
     switch (topology) {
     case Topology::Points:
-        return "points";
+        return "point";
     case Topology::Lines:
-        return "lines";
+        return "line";
     case Topology::Triangles:
-        return "triangles";
+        return "triangle";
     }
     return "";
 }
@@ -95,19 +97,10 @@ void makeFinite(std::vector<float>& values, float instead) {
             value = instead;
 }
 
-void normalize(std::vector<float>& normals) {
-    for (std::size_t i = 0; i + 2 < normals.size(); i += 3) {
-        float* n = &normals[i];
-        const double length = std::hypot(double{n[0]}, double{n[1]}, double{n[2]});
-        const bool usable = std::isfinite(length) && length > 0.0;
-        for (std::size_t axis = 0; axis < 3; ++axis)
-            n[axis] = usable ? static_cast<float>(n[axis] / length) : axis == 2 ? 1.0F : 0.0F;
-    }
-}
-
 void warnOf(const Dropped& dropped, const Mesh& mesh, const std::string& name, Warnings& warnings) {
     const auto part = [&](std::size_t count) {
-        return std::to_string(count) + " " + elementName(mesh.topology) + " of " + name;
+        return std::to_string(count) + " " + elementName(mesh.topology) + (count == 1 ? " of " : "s of ") +
+               name;
     };
     if (dropped.missingVertex > 0)
         warnings.add(part(dropped.missingVertex), "left out: they use vertices that the file doesn't have");
@@ -123,6 +116,9 @@ bool makeDrawable(Mesh& mesh, const std::string& name, Warnings& warnings) {
     mesh.positions.resize(mesh.positions.size() / 3 * 3);
     warnOf(dropElements(mesh), mesh, name, warnings);
     dropMisfits(mesh, name, warnings);
+    if (std::none_of(mesh.normals.begin(), mesh.normals.end(),
+                     [](float n) { return std::isfinite(n) && n != 0.0F; }))
+        mesh.normals.clear(); // exporters write zeros for normals that they don't have
     normalize(mesh.normals);
     makeFinite(mesh.colors, 1.0F);
     for (std::vector<float>& uvSet : mesh.uvSets)

@@ -47,8 +47,8 @@ bool fits(const std::vector<float>& values, std::size_t count) {
 
 bool isConsistent(const Mesh& mesh, std::size_t materialCount) {
     const std::size_t vertices = mesh.vertexCount();
-    return mesh.positions.size() == vertices * 3 && fits(mesh.normals, vertices * 3) &&
-           fits(mesh.colors, vertices * 4) && !mesh.indices.empty() &&
+    return mesh.topology <= Topology::Triangles && mesh.positions.size() == vertices * 3 &&
+           fits(mesh.normals, vertices * 3) && fits(mesh.colors, vertices * 4) && !mesh.indices.empty() &&
            refersOrNone(mesh.material, materialCount) &&
            std::all_of(mesh.uvSets.begin(), mesh.uvSets.end(),
                        [&](const std::vector<float>& uvs) { return fits(uvs, vertices * 2); }) &&
@@ -57,6 +57,8 @@ bool isConsistent(const Mesh& mesh, std::size_t materialCount) {
 }
 
 bool isConsistent(const Material& material, std::size_t textureCount) {
+    if (material.alphaMode > AlphaMode::Blend)
+        return false;
     for (const TextureUse* use :
          {&material.baseColorTexture, &material.metallicRoughnessTexture, &material.normalTexture,
           &material.occlusionTexture, &material.emissiveTexture})

@@ -6,6 +6,7 @@
 #include <map>
 #include <numeric>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -63,7 +64,6 @@ struct Part {
     Mesh mesh;
     std::unordered_map<Corner, std::uint32_t, CornerHash> known;
     std::vector<Corner> corners; ///< by vertex
-    bool allNormals = true;
 
     std::uint32_t vertexOf(const Corner& corner) {
         const auto [found, isNew] = known.emplace(corner, static_cast<std::uint32_t>(corners.size()));
@@ -84,6 +84,7 @@ private:
     void readLine(std::string_view keyword, std::string_view words);
     void readPosition(std::string_view words);
     void readVector(std::string_view words, std::size_t width, std::vector<float>& to);
+    void readNormal(std::string_view words);
     void readFace(std::string_view words);
     std::vector<std::uint32_t> cut(const std::vector<Corner>& face) const;
     void readPolyline(std::string_view words);
@@ -152,7 +153,7 @@ void Reader::readLine(std::string_view keyword, std::string_view words) {
     else if (keyword == "vt")
         readVector(words, 2, fUvs);
     else if (keyword == "vn")
-        readVector(words, 3, fNormals);
+        readNormal(words);
     else if (keyword == "f")
         readFace(words);
     else if (keyword == "l")
@@ -201,6 +202,12 @@ void Reader::readPosition(std::string_view words) {
 void Reader::readVector(std::string_view words, std::size_t width, std::vector<float>& to) {
     for (std::size_t i = 0; i < width; ++i)
         to.push_back(toFloat(toNumber(takeWord(words)).value_or(0.0)));
+}
+
+/// Of unit length: faces that have normals at some of their corners only keep these as they stand here.
+void Reader::readNormal(std::string_view words) {
+    readVector(words, 3, fNormals);
+    normalize(std::span(fNormals).last(3));
 }
 
 /// Counted from 1, or backwards from the end where negative.
@@ -271,7 +278,6 @@ void Reader::readFace(std::string_view words) {
     Part& to = part(Topology::Triangles);
     ++fFace;
     for (Corner& corner : *corners) {
-        to.allNormals = to.allNormals && corner.normal != kNone;
         // A face that is not smoothed shares its vertices with no other face, as if it were a group of its
         // own.
         corner.smoothing = corner.normal != kNone ? 0 : fSmoothing > 0 ? fSmoothing : kNone - fFace;
@@ -313,7 +319,7 @@ void Reader::readPoints(std::string_view words) {
 
 void Reader::readSmoothing(std::string_view words) {
     const std::string_view word = takeWord(words);
-    const long long number = word == "off" ? 0 : toWhole(word).value_or(0);
+    const long long number = word == "on" ? 1 : toWhole(word).value_or(0);
     fSmoothing = number > 0 && number < kNone / 2 ? static_cast<std::uint32_t>(number) : 0;
 }
 
@@ -321,6 +327,9 @@ void Reader::readSmoothing(std::string_view words) {
 void Reader::finish(Part& part) {
     Mesh& mesh = part.mesh;
     const std::string name = mesh.name.empty() ? "the mesh" : "'" + mesh.name + "'";
+    const bool allNormals = std::all_of(part.corners.begin(), part.corners.end(), [&](const Corner& corner) {
+        return isIn(fNormals, corner.normal, 3);
+    });
     if (!fUvs.empty())
         mesh.uvSets.resize(1);
     for (const Corner& corner : part.corners) {
@@ -333,7 +342,7 @@ void Reader::finish(Part& part) {
             copyOr(1.0F, fColors, corner.position, 3, mesh.colors);
             mesh.colors.push_back(1.0F);
         }
-        if (part.allNormals && mesh.topology == Topology::Triangles)
+        if (allNormals && mesh.topology == Topology::Triangles)
             copyOr(0.0F, fNormals, corner.normal, 3, mesh.normals);
     }
     for (std::uint32_t& index : mesh.indices)

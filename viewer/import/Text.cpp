@@ -68,6 +68,14 @@ float toFloat(double number) {
     return static_cast<float>(number);
 }
 
+std::string printable(std::string_view text, std::size_t most) {
+    std::string result(text.substr(0, most));
+    for (char& c : result)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+            c = ' ';
+    return text.size() > most ? result + "..." : result;
+}
+
 std::string withSlashes(std::string_view path) {
     std::string result(path);
     std::replace(result.begin(), result.end(), '\\', '/');

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,6 +24,10 @@ std::optional<long long> toWhole(std::string_view word);
 
 /// In single precision; what is too large for that is infinite.
 float toFloat(double number);
+
+/// Fit for one line of a terminal: control characters become blanks, and what is longer than `most` bytes is
+/// cut. Names in damaged files hold anything.
+std::string printable(std::string_view text, std::size_t most = 120);
 
 /// The path in a form that this system understands: files made elsewhere part folders by a backslash.
 std::string withSlashes(std::string_view path);

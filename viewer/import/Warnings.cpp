@@ -2,17 +2,24 @@
 
 #include <algorithm>
 
+#include "import/Text.h"
+
 namespace orloview {
 
 namespace {
 
 constexpr std::size_t kMostNamed = 3;
+constexpr std::size_t kMostLines = 12;
 
 } // namespace
 
 void Warnings::add(const std::string& what, const std::string& reason) {
     auto entry = std::find_if(fEntries.begin(), fEntries.end(),
                               [&](const Entry& known) { return known.reason == reason; });
+    if (entry == fEntries.end() && fEntries.size() == kMostLines) {
+        ++fUnnamed;
+        return;
+    }
     if (entry == fEntries.end())
         entry = fEntries.insert(entry, Entry{reason, {}, 0});
     if (std::find(entry->parts.begin(), entry->parts.end(), what) != entry->parts.end())
@@ -27,11 +34,13 @@ std::vector<std::string> Warnings::lines() const {
     for (const Entry& entry : fEntries) {
         std::string line;
         for (const std::string& part : entry.parts)
-            line += (line.empty() ? "" : ", ") + part;
+            line += (line.empty() ? "" : ", ") + printable(part);
         if (entry.count > entry.parts.size())
             line += " and " + std::to_string(entry.count - entry.parts.size()) + " more";
-        result.push_back(line + ": " + entry.reason);
+        result.push_back(line + ": " + printable(entry.reason, 300));
     }
+    if (fUnnamed > 0)
+        result.push_back(std::to_string(fUnnamed) + " more parts: left out for other reasons");
     return result;
 }
 

@@ -6,7 +6,8 @@
 
 namespace orloview {
 
-/// What was left out of a scene and why. A reason that strikes many parts of a file becomes one line.
+/// What was left out of a scene and why. A reason that strikes many parts of a file becomes one line, and
+/// there are never more lines than a person reads.
 class Warnings {
 public:
     /// `what` names a part of the file, `reason` says what happened to it and is shared by many parts.
@@ -22,6 +23,7 @@ private:
         std::size_t count = 0;
     };
     std::vector<Entry> fEntries;
+    std::size_t fUnnamed = 0; ///< parts whose reason found no line any more
 };
 
 } // namespace orloview

@@ -6,6 +6,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "import/Text.h"
+
 namespace orloview {
 
 namespace {
@@ -15,7 +17,7 @@ using Json = nlohmann::ordered_json;
 constexpr double kDegrees = 57.29577951308232;
 
 std::string nameOr(const std::string& name, std::size_t index) {
-    return name.empty() ? "#" + std::to_string(index) : name;
+    return name.empty() ? "#" + std::to_string(index) : printable(name);
 }
 
 std::string decimal(double number) {

@@ -32,7 +32,8 @@ Vec areaVector(const Mesh& mesh, std::size_t triangle) {
 
 void storeUnit(const Vec& vector, float* to) {
     const double length = std::hypot(vector[0], vector[1], vector[2]);
-    if (!(length > 0.0) || !std::isfinite(length)) { // a triangle without area has no normal: any will do
+    if (!(length > 0.0) ||
+        !std::isfinite(length)) { // of a triangle without area, or so in the file: any will do
         to[0] = to[1] = 0.0F;
         to[2] = 1.0F;
         return;
@@ -88,6 +89,11 @@ void addSmoothNormals(Mesh& mesh, std::span<const std::uint32_t> groups) {
     mesh.normals.resize(mesh.positions.size());
     for (std::size_t vertex = 0; vertex < mesh.vertexCount(); ++vertex)
         storeUnit(sums[groupOf(vertex)], &mesh.normals[vertex * 3]);
+}
+
+void normalize(std::span<float> normals) {
+    for (std::size_t i = 0; i + 2 < normals.size(); i += 3)
+        storeUnit({normals[i], normals[i + 1], normals[i + 2]}, &normals[i]);
 }
 
 } // namespace orloview

@@ -5,7 +5,7 @@
 
 #include "scene/Scene.h"
 
-/// Normals for triangle meshes that come without. The mesh's indices must be in range.
+/// Normals for triangle meshes that come without, or with bad ones. A mesh's indices must be in range.
 namespace orloview {
 
 /// Gives every triangle the normal of its plane. Triangles get vertices of their own for this.
@@ -16,5 +16,8 @@ void addFlatNormals(Mesh& mesh);
 /// Vertices with the same number in `groups` (one for each vertex) count as one; that is how vertices that
 /// were split for their texture coordinates stay smooth. Without groups each vertex is its own.
 void addSmoothNormals(Mesh& mesh, std::span<const std::uint32_t> groups = {});
+
+/// Brings normals (x, y, z each) to length 1; one without a direction becomes z.
+void normalize(std::span<float> normals);
 
 } // namespace orloview

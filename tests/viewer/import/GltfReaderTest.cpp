@@ -165,6 +165,66 @@ TEST(GltfReader, readsMaterials) {
     EXPECT_FLOAT_EQ(scene.materials[1].metallic, 1.0F) << "what the file leaves out is a metal";
 }
 
+TEST(GltfReader, readsTexturesAndHowTheyAreUsed) {
+    GltfFile file = withPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+    const int picture = file.accessor({0x89, 'P', 'N', 'G'}, 5121, "SCALAR", 4);
+    file.json["images"] = {{{"bufferView", picture}, {"mimeType", "image/png"}}, {{"uri", "gone%21.png"}}};
+    file.json["samplers"] = {{{"wrapS", 33071}, {"wrapT", 33648}, {"magFilter", 9728}, {"minFilter", 9985}}};
+    file.json["textures"] = {{{"source", 0}, {"sampler", 0}}, {{"source", 1}}};
+    file.json["materials"] = {
+        Json::parse(R"({"normalTexture": {"index": 1, "scale": 0.5, "texCoord": 4294967296},
+        "pbrMetallicRoughness": {"metallicFactor": 7, "roughnessFactor": -1, "baseColorTexture": {"index": 0,
+        "texCoord": 0, "extensions": {"KHR_texture_transform": {"offset": [0.1, 0.2], "rotation": 0.3,
+        "scale": [2, 3], "texCoord": 1}}}}})")};
+    const Scene scene = read(file);
+    EXPECT_EQ(scene.images.at(0).bytes, (Bytes{0x89, 'P', 'N', 'G'}));
+    EXPECT_THAT(scene.warnings, ElementsAre(HasSubstr("'gone!.png'")));
+    ASSERT_THAT(scene.textures, SizeIs(2)) << "the entry of a missing picture stays";
+    EXPECT_EQ(scene.textures[0].wrapU, Wrap::ClampToEdge);
+    EXPECT_EQ(scene.textures[0].wrapV, Wrap::MirroredRepeat);
+    EXPECT_EQ(scene.textures[0].magFilter, Filter::Nearest);
+    EXPECT_EQ(scene.textures[0].minFilter, Filter::LinearMipmapNearest);
+    const Material& material = scene.materials.at(0);
+    EXPECT_EQ(material.metallic, 1.0F);
+    EXPECT_EQ(material.roughness, 0.0F);
+    const TextureUse& use = material.baseColorTexture;
+    EXPECT_EQ(use.texture, 0);
+    EXPECT_EQ(use.uvSet, 1) << "that of the transform counts";
+    EXPECT_THAT(use.offset, ElementsAre(0.1F, 0.2F));
+    EXPECT_THAT(use.scale, ElementsAre(2.0F, 3.0F));
+    EXPECT_EQ(use.rotation, 0.3F);
+    EXPECT_EQ(material.normalTexture.strength, 0.5F);
+    EXPECT_TRUE(isConsistent(scene)) << "a far set of texture coordinates";
+}
+
+TEST(GltfReader, takesAStrideOfZeroAsNone) {
+    GltfFile file = withPositions(kSquare);
+    file.json["bufferViews"][0]["byteStride"] = 0;
+    file.primitive()["mode"] = 0;
+    EXPECT_EQ(read(file).meshes.at(0).positions, kSquare);
+}
+
+TEST(GltfReader, warnsInFewPlainLines) {
+    GltfFile file = withPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+    file.json["meshes"][0]["name"] = "evil\n\x1b[2J" + std::string(5000, 'x');
+    const Json good = file.primitive();
+    for (int i = 1; i <= 500; ++i) { // each with a reason of its own
+        Json accessor = file.json["accessors"][0];
+        accessor["count"] = 3 + i;
+        file.json["accessors"].push_back(accessor);
+        file.json["meshes"][0]["primitives"].push_back(good);
+        file.json["meshes"][0]["primitives"].back()["attributes"]["POSITION"] = i;
+    }
+    const Scene scene = read(file);
+    EXPECT_EQ(scene.count(Topology::Triangles), 1U);
+    EXPECT_LT(scene.warnings.size(), 20U);
+    for (const std::string& line : scene.warnings) {
+        EXPECT_LT(line.size(), 1000U);
+        EXPECT_EQ(line.find_first_of("\n\x1b"), line.npos) << line;
+    }
+    EXPECT_THAT(scene.warnings.back(), HasSubstr("more parts"));
+}
+
 TEST(GltfReader, leavesOutWhatIsDamagedAndNamesIt) {
     struct Damage {
         const char* what;
@@ -181,7 +241,7 @@ TEST(GltfReader, leavesOutWhatIsDamagedAndNamesIt) {
          [&](GltfFile& f) {
              twoTriangles(f, {0, 1, 2, 0, 2, 9});
          },
-         "1 triangles", 1},
+         "1 triangle of", 1},
         {"indices left over",
          [&](GltfFile& f) {
              twoTriangles(f, {0, 1, 2, 0, 2});

@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <sys/wait.h>
 
 namespace orloview {
 namespace {
@@ -62,6 +63,19 @@ TEST(ChildProcess, handsTheOutputOverAndKeepsQuiet) {
     EXPECT_THAT(result.output, SizeIs(100000));
 }
 
+TEST(ChildProcess, needsNoStandardStreams) {
+    const pid_t withoutStreams = ::fork();
+    if (withoutStreams == 0) {
+        for (int stream : {0, 1, 2})
+            ::close(stream);
+        const ChildResult result = runInChild([](int output) { return ::write(output, "well", 4) == 4; }, {});
+        ::_exit(result.output == bytesOf("well") ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(withoutStreams, &status, 0), withoutStreams);
+    EXPECT_EQ(status, 0);
+}
+
 GltfFile triangle() {
     GltfFile file;
     file.primitive()["attributes"]["POSITION"] = file.floats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
@@ -104,8 +118,15 @@ TEST(Importer, survivesEveryCut) {
     const Bytes facet = packed(std::vector<float>{0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0});
     binaryStl.insert(binaryStl.end(), facet.begin(), facet.end());
     binaryStl.resize(84 + 50);
+    Bytes binaryPly = bytesOf("ply\nformat binary_little_endian 1.0\nelement vertex 3\nproperty char x\n"
+                              "property char y\nproperty char z\nelement tristrips 1\n"
+                              "property list uchar char vertex_indices\nend_header\n");
+    for (std::uint8_t byte : {0, 0, 0, 1, 0, 0, 0, 1, 0, 3, 0, 1, 2})
+        binaryPly.push_back(byte);
     const std::pair<const char*, Bytes> kFiles[] = {
         {"a.glb", withExtras.glb()},
+        {"a.gltf", bytesOf(withExtras.text())},
+        {"b.ply", binaryPly},
         {"a.obj", bytesOf("v 0 0 0\nv 1 0 0\nv 0 1 0\nvn 0 0 1\nusemtl x\nf 1//1 2//1 3//1\n")},
         {"a.ply",
          bytesOf("ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty "
@@ -126,6 +147,19 @@ TEST(Importer, survivesEveryCut) {
                 folder.write(name, Bytes(whole.begin(), whole.begin() + static_cast<long>(length)));
             refusal([&] { EXPECT_TRUE(isConsistent(readModel(path))) << name << " cut to " << length; });
         }
+    }
+}
+
+/// The import library ends its process on some of these.
+TEST(Importer, outlivesTheImportLibrary) {
+    const Folder folder;
+    const std::string whole = "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
+    EXPECT_EQ(importModel(folder.write("a.off", bytesOf(whole)).string()).scene.count(Topology::Triangles),
+              1U);
+    for (std::size_t length = 1; length + 1 < whole.size(); ++length) {
+        const ImportResult result =
+            importModel(folder.write("a.off", bytesOf(whole.substr(0, length))).string());
+        EXPECT_NE(result.error.empty(), result.scene.instances.empty()) << length << result.error;
     }
 }
 

@@ -57,8 +57,9 @@ TEST(ObjReader, followsSmoothingGroups) {
                 xs.push_back(mesh.normals[i * 3]);
         return xs;
     };
-    for (const float x : normalsOfRidge(""))
-        EXPECT_NEAR(x, 0.0F, 1e-6) << "smooth over the ridge";
+    for (const char* smoothing : {"", "s 4\n", "s on\n"})
+        for (const float x : normalsOfRidge(smoothing))
+            EXPECT_NEAR(x, 0.0F, 1e-6) << "smooth over the ridge";
     for (const float x : normalsOfRidge("s off\n"))
         EXPECT_NEAR(std::abs(x), 0.7071F, 1e-3) << "sharp at the ridge";
 }
@@ -85,6 +86,13 @@ TEST(ObjReader, readsVertexColoursAndLongLines) {
     const Scene scene = read("v 0 0 0 1 0.5 0\nv 1 0 0\nv 0 1 0 0 0 1\nf 1 \\\n2 3\n");
     const Mesh& mesh = scene.meshes.at(0);
     EXPECT_THAT(mesh.colors, ElementsAre(1, 0.5F, 0, 1, 1, 1, 1, 1, 0, 0, 1, 1));
+}
+
+TEST(ObjReader, makesTheNormalsThatAreMissing) {
+    // The first two corners have a normal, too long; the third names one that isn't there.
+    const Scene scene = read(std::string(kSquare) + "vn 3 0 4\nf 1//1 2//1 3//7\n");
+    EXPECT_THAT(scene.meshes.at(0).normals,
+                ElementsAre(FloatEq(0.6F), 0, FloatEq(0.8F), FloatEq(0.6F), 0, FloatEq(0.8F), 0, 0, 1));
 }
 
 TEST(ObjReader, namesWhatItLeavesOut) {

@@ -96,6 +96,21 @@ TEST(PlyReader, believesNoCountAndNoIndex) {
                 HasSubstr("property"));
 }
 
+TEST(PlyReader, readsOtherSpellingsAndMakesUpForZeroNormals) {
+    std::string text = "ply\nformat ascii 1.0\nelement vertex 3\n";
+    for (const char* name : {"x", "y", "z", "nx", "ny", "nz", "u", "v", "diffuse_red", "diffuse_green",
+                             "diffuse_blue", "diffuse_alpha"})
+        text += std::string("property float ") + name + "\n";
+    const Scene scene = read(text + "element face 1\nproperty list uchar int vertex_index\nend_header\n"
+                                    "0 0 0 0 0 0 0 0.25 1 0.5 0 0.75\n0 1 0 0 0 0 0 0 0 0 0 0\n"
+                                    "0 0 1 0 0 0 0 0 0 0 0 0\n3 0 1 2\n");
+    const Mesh& mesh = scene.meshes.at(0);
+    EXPECT_THAT(std::vector<float>(mesh.colors.begin(), mesh.colors.begin() + 4),
+                ElementsAre(1, 0.5F, 0, 0.75F));
+    EXPECT_EQ(mesh.uvSets.at(0)[1], 0.75F) << "v runs down here";
+    EXPECT_THAT(mesh.normals, ElementsAre(1, 0, 0, 1, 0, 0, 1, 0, 0));
+}
+
 TEST(PlyReader, takesUnmarkedRemarks) {
     const Scene scene = read("ply\nformat ascii 1.0\nmade by hand, 1999\nelement vertex 1\nproperty float x\n"
                              "property float y\nproperty float z\nend_header\n1 2 3\n");

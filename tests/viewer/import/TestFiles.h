@@ -107,6 +107,20 @@ public:
         return file;
     }
 
+    /// As a .gltf file with its data inside.
+    std::string text() const {
+        static const char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        std::string base64;
+        for (std::size_t i = 0; i < binary.size() * 8; i += 6) {
+            const std::size_t next = i / 8 + 1 < binary.size() ? binary[i / 8 + 1] : 0;
+            base64 += kAlphabet[(binary[i / 8] << 8U | next) >> (10 - i % 8) & 63U];
+        }
+        Json document = json;
+        document["buffers"] = {
+            {{"byteLength", binary.size()}, {"uri", "data:application/octet-stream;base64," + base64}}};
+        return document.dump();
+    }
+
     Json json;
     Bytes binary;
 };
