@@ -136,8 +136,10 @@ TEST(Importer, survivesEveryCut) {
         {"b.stl", binaryStl},
     };
     const Folder folder;
-    for (const auto& [name, whole] : kFiles) {
-        EXPECT_EQ(refusal([&, &name = name, &whole = whole] {
+    for (const auto& file : kFiles) {
+        const char* const name = file.first;
+        const Bytes& whole = file.second;
+        EXPECT_EQ(refusal([&] {
                       EXPECT_EQ(readModel(folder.write(name, whole)).count(Topology::Triangles), 1U) << name;
                   }),
                   "")
