@@ -50,6 +50,11 @@ class ORLOHOST_API AffineMatrix {
 public:
     constexpr AffineMatrix() = default;
 
+    /// From 12 numbers, row by row.
+    constexpr AffineMatrix(double m00, double m01, double m02, double m10, double m11, double m12, double m20,
+                           double m21, double m22, double m30, double m31, double m32)
+        : fRows{{m00, m01, m02}, {m10, m11, m12}, {m20, m21, m22}, {m30, m31, m32}} {}
+
     constexpr const double* operator[](int row) const { return fRows[row]; }
     constexpr double* operator[](int row) { return fRows[row]; }
 
@@ -78,6 +83,10 @@ public:
     constexpr ProjMatrix() = default;
 
     /// From 16 numbers, row by row.
+    constexpr ProjMatrix(double m00, double m01, double m02, double m03, double m10, double m11, double m12,
+                         double m13, double m20, double m21, double m22, double m23, double m30, double m31,
+                         double m32, double m33)
+        : fRows{{m00, m01, m02, m03}, {m10, m11, m12, m13}, {m20, m21, m22, m23}, {m30, m31, m32, m33}} {}
     explicit ProjMatrix(const double* elements);
     ProjMatrix(const AffineMatrix& affine); // NOLINT: every affine map is a projective one
 
@@ -100,6 +109,10 @@ static_assert(sizeof(ProjMatrix) == 16 * sizeof(double));
 class ORLOHOST_API ProjMatrixFlt {
 public:
     constexpr ProjMatrixFlt() = default;
+    constexpr ProjMatrixFlt(float m00, float m01, float m02, float m03, float m10, float m11, float m12,
+                            float m13, float m20, float m21, float m22, float m23, float m30, float m31,
+                            float m32, float m33)
+        : fRows{{m00, m01, m02, m03}, {m10, m11, m12, m13}, {m20, m21, m22, m23}, {m30, m31, m32, m33}} {}
     explicit ProjMatrixFlt(const float* elements);
     explicit ProjMatrixFlt(const ProjMatrix& matrix);
 
