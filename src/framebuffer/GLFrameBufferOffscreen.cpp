@@ -45,6 +45,8 @@ GLenum stencilInternalFormat(RasterFormat stencil) {
 uint32_t GLFrameBuffer::createOffscreen(const koBufferFormat& format, unsigned width, unsigned height) {
     if (!GLStartupContext::fpGlobalGLStartupContext)
         GLStartupContext::fpGlobalGLStartupContext = new (std::nothrow) GLStartupContext(nullptr);
+    if (!GLStartupContext::fpGlobalGLStartupContext)
+        return kNoContextOrSize;
     referenceStartupContext();
     GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
 

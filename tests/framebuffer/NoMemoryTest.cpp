@@ -1,0 +1,102 @@
+// Memory that runs short: no exception gets out, the failure result comes back, and no GL name is left.
+
+#include "FrameBufferTest.h"
+
+#include "state/GLCamera.h"
+#include "state/GLLight.h"
+#include "state/GLLighting.h"
+#include "texture/GLTexture2D.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+/// The request for a single object that fails next, counted from 1; 0 for none.
+int theFailingObject = 0;
+/// Vectors of exactly this many bytes fail; 0 for none.
+size_t theFailingSize = 0;
+
+bool objectFails() {
+    return theFailingObject != 0 && --theFailingObject == 0;
+}
+
+} // namespace
+
+void* operator new(size_t size) {
+    void* memory = size != 0 && size == theFailingSize ? nullptr : std::malloc(size);
+    if (!memory)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+    return objectFails() ? nullptr : std::malloc(size);
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, size_t) noexcept {
+    std::free(memory);
+}
+
+namespace {
+
+class NoMemory : public FrameBufferTest {
+protected:
+    static koBufferFormat wanted() {
+        return {kRasterRGBA8, kRasterDepth24, kRasterNoStencil, kSamplingSingle, IHWTexture::kTexture2D};
+    }
+};
+
+TEST_F(NoMemory, framebufferObjectsFailWhole) {
+    for (int failing : {1, 2}) { // the colour texture, the depth texture
+        GLFrameBuffer buffer;
+        theFailingObject = failing;
+        EXPECT_EQ(buffer.createOffscreen(wanted(), 8, 4), 5u);
+        EXPECT_EQ(theFailingObject, 0) << "that many are made";
+        EXPECT_TRUE(ledger(NameKind::Framebuffer).live.empty());
+        EXPECT_TRUE(ledger(NameKind::Texture).live.empty());
+    }
+    GLStartupContext::fpGlobalGLStartupContext = nullptr;
+    GLFrameBuffer buffer;
+    theFailingObject = 1;
+    EXPECT_EQ(buffer.createOffscreen(wanted(), 8, 4), 4u) << "no start-up context";
+    EXPECT_EQ(GLStartupContext::fpGlobalGLStartupContext, nullptr);
+}
+
+TEST_F(NoMemory, nothingIsRead) {
+    GLFrameBuffer buffer;
+    ASSERT_EQ(buffer.createOffscreen(wanted(), 8, 4), 0u);
+    clearRecorded();
+    theFailingObject = 1;
+    EXPECT_EQ(buffer.readColorBuffer(2, 0, 0, 0, 0, nullptr), nullptr);
+    EXPECT_EQ(recorded(), Calls{});
+}
+
+TEST_F(NoMemory, lightsKeepWhatTheyGot) {
+    GLLight light;
+    theFailingObject = 3;
+    light.addProjector(5);
+    EXPECT_EQ(light.fProjectors.size(), 2u);
+    theFailingSize = 1000 * sizeof(void*);
+    light.addProjector(1000);
+    EXPECT_TRUE(light.fProjectors.empty());
+
+    theFailingObject = 1;
+    light.allocateShadowMap(kRasterDepth24);
+    theFailingSize = sizeof(void*); // the list's first entry
+    light.allocateShadowMap(kRasterDepth24);
+    EXPECT_TRUE(light.fShadowMaps.empty());
+    EXPECT_TRUE(ledger(NameKind::Texture).live.empty());
+
+    script().values[GL_MAX_LIGHTS] = {70000};
+    theFailingSize = 70000 * sizeof(void*);
+    GLLighting lighting;
+    theFailingSize = 0;
+    EXPECT_TRUE(lighting.fLightSlots.empty());
+}
+
+} // namespace
