@@ -1,5 +1,7 @@
 #include "FrameBufferTest.h"
 
+#include "texture/GLTexture2D.h"
+
 namespace {
 
 class FrameBuffer : public FrameBufferTest {
@@ -76,16 +78,24 @@ TEST_F(FrameBuffer, deletesADepthRenderbuffer) {
     buffer.fKind = GLFrameBuffer::kOffscreen;
     buffer.fDepthRenderbufferId = 31;
     buffer.fFramebufferId = 21;
-    buffer.fColorAttachmentCount = 2; // both slots empty
+    buffer.fColorAttachmentCount = 2; // the first slot is empty
+    auto* texture = new GLTexture2D;
+    texture->ref();
+    texture->ref();
+    buffer.fColorTextures[1] = texture;
+    clearRecorded();
     auto* const beyondTheCount = reinterpret_cast<IGLTexture*>(8);
     buffer.fColorTextures[2] = beyondTheCount;
     for (int i = 0; i < 2; ++i)
         buffer.deleteInternalState();
+    EXPECT_EQ(buffer.fColorTextures[1], nullptr);
     EXPECT_EQ(buffer.fColorTextures[2], beyondTheCount);
+    EXPECT_EQ(texture->refCount(), 1);
     EXPECT_EQ(recorded(), (Calls{call("glDeleteRenderbuffersEXT", 1, Values{31}),
                                  call("glDeleteFramebuffersEXT", 1, Values{21})}));
     EXPECT_EQ(buffer.fKind, 0u);
     EXPECT_EQ(buffer.fColorAttachmentCount, 0u);
+    texture->unref();
 }
 
 TEST_F(FrameBuffer, aWindowBecomesTheTarget) {

@@ -23,22 +23,23 @@ bool objectFails() {
 
 } // namespace
 
-void* operator new(size_t size) {
+// Not inlined: seeing half of a pair, the compiler takes malloc and delete for a mismatch.
+[[gnu::noinline]] void* operator new(size_t size) {
     void* memory = size != 0 && size == theFailingSize ? nullptr : std::malloc(size);
     if (!memory)
         throw std::bad_alloc();
     return memory;
 }
 
-void* operator new(size_t size, const std::nothrow_t&) noexcept {
+[[gnu::noinline]] void* operator new(size_t size, const std::nothrow_t&) noexcept {
     return objectFails() ? nullptr : std::malloc(size);
 }
 
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
-void operator delete(void* memory, size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, size_t) noexcept {
     std::free(memory);
 }
 
