@@ -41,6 +41,8 @@ std::size_t componentSize(int type) {
 }
 
 std::size_t componentsOf(const std::string& type) {
+    if (type == "MAT4")
+        return 16;
     static constexpr std::array<std::string_view, 4> kTypes{"SCALAR", "VEC2", "VEC3", "VEC4"};
     const auto found = std::find(kTypes.begin(), kTypes.end(), type);
     return found == kTypes.end() ? 0 : static_cast<std::size_t>(found - kTypes.begin()) + 1;

@@ -25,7 +25,7 @@ public:
     std::size_t accessorCount() const { return fAccessors.size(); }
     std::size_t viewCount() const { return fViews.size(); }
 
-    /// How many numbers an element of the accessor has: 1 to 4 for SCALAR to VEC4.
+    /// How many numbers an element of the accessor has: 1 to 4 for SCALAR to VEC4, 16 for MAT4.
     std::size_t components(int accessor) const;
 
     /// All elements as floats, one after the other. Normalised integers become 0 to 1 or -1 to 1, others keep

@@ -5,6 +5,7 @@
 #include <map>
 #include <numeric>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -12,6 +13,7 @@
 #include "import/GltfData.h"
 #include "import/GltfJson.h"
 #include "import/GltfMaterials.h"
+#include "import/GltfSkin.h"
 #include "import/ImportError.h"
 #include "import/MeshCheck.h"
 #include "import/Warnings.h"
@@ -117,9 +119,10 @@ class Reader {
 public:
     Reader(const GltfContainer& container, const std::filesystem::path& folder)
         : fRoot(container.json, ""), fData(container, folder), fNodes(fRoot.objects("nodes")),
-          fMeshes(fRoot.objects("meshes")), fCameras(fRoot.objects("cameras")),
+          fMeshes(fRoot.objects("meshes")), fSkins(fRoot.objects("skins")),
+          fCameras(fRoot.objects("cameras")),
           fLights(fRoot.object("extensions").object("KHR_lights_punctual").objects("lights")),
-          fParents(fNodes.size(), kUnvisited) {
+          fParents(fNodes.size(), kUnvisited), fWorlds(fNodes.size()) {
         fScene.format = container.isBinary ? "glTF 2.0 binary" : "glTF 2.0 text";
         readGltfMaterials(fRoot, fData, folder, fScene, fWarnings);
     }
@@ -127,6 +130,8 @@ public:
     Scene read() {
         for (const int root : roots())
             walk(root);
+        for (const std::size_t node : fSkinned)
+            placeSkinned(fNodes[node], fWorlds[node]);
         fScene.warnings = fWarnings.lines();
         return std::move(fScene);
     }
@@ -143,12 +148,15 @@ private:
     std::vector<int> roots() const;
     void walk(int root);
     void enter(int child, int parent);
-    void place(const GltfObject& node, const AffineMatrix& toWorld);
+    void place(std::size_t index, const AffineMatrix& toWorld);
     void placeMesh(const GltfObject& node, std::size_t mesh, const AffineMatrix& toWorld);
+    void placeSkinned(const GltfObject& node, const AffineMatrix& toWorld);
     void placeCamera(const GltfObject& node, const GltfObject& camera, const AffineMatrix& toWorld);
     void placeLight(const GltfObject& node, const GltfObject& light, const AffineMatrix& toWorld);
-    std::vector<int> meshesOf(std::size_t mesh);
-    std::optional<Mesh> readPrimitive(const GltfObject& primitive, const std::string& name);
+    const std::vector<int>& meshesOf(std::size_t mesh);
+    std::vector<int> readMesh(std::size_t mesh, std::span<const AffineMatrix> joints);
+    std::optional<Mesh> readPrimitive(const GltfObject& primitive, const std::string& name,
+                                      std::span<const AffineMatrix> joints);
     void readAttributes(const GltfObject& primitive, const std::string& name, Mesh& mesh);
     std::vector<float> attribute(const GltfObject& attributes, const char* key, std::size_t components);
     std::vector<float> colors(const GltfObject& attributes);
@@ -157,9 +165,12 @@ private:
     GltfData fData;
     std::vector<GltfObject> fNodes;
     std::vector<GltfObject> fMeshes;
+    std::vector<GltfObject> fSkins;
     std::vector<GltfObject> fCameras;
     std::vector<GltfObject> fLights;
-    std::vector<int> fParents;                     ///< by node, once it has been reached
+    std::vector<int> fParents;         ///< by node, once it has been reached
+    std::vector<AffineMatrix> fWorlds; ///< by node, likewise
+    std::vector<std::size_t> fSkinned; ///< nodes whose meshes wait until every joint has its place
     std::map<std::size_t, std::vector<int>> fRead; ///< a file's mesh to those of the scene, one a primitive
     Scene fScene;
     Warnings fWarnings;
@@ -197,7 +208,8 @@ void Reader::walk(int root) {
         open.pop_back();
         const GltfObject& node = fNodes[static_cast<std::size_t>(index)];
         const AffineMatrix toWorld = localTransform(node).then(parentToWorld);
-        place(node, toWorld);
+        fWorlds[static_cast<std::size_t>(index)] = toWorld;
+        place(static_cast<std::size_t>(index), toWorld);
         const std::vector<int> children = node.references("children", fNodes.size());
         for (auto child = children.rbegin(); child != children.rend(); ++child) {
             if (fParents[static_cast<std::size_t>(*child)] == kUnvisited)
@@ -222,10 +234,13 @@ void Reader::enter(int child, int parent) {
     fWarnings.add(named(fNodes[static_cast<std::size_t>(child)]), "placed once only, not twice");
 }
 
-void Reader::place(const GltfObject& node, const AffineMatrix& toWorld) {
+void Reader::place(std::size_t index, const AffineMatrix& toWorld) {
+    const GltfObject& node = fNodes[index];
     if (!isFinite(toWorld))
         return fWarnings.add("the node " + named(node), "left out: its transform is not finite");
-    if (const int mesh = node.reference("mesh", fMeshes.size()); mesh >= 0)
+    if (const int mesh = node.reference("mesh", fMeshes.size()); mesh >= 0 && node.has("skin"))
+        fSkinned.push_back(index);
+    else if (mesh >= 0)
         placeMesh(node, static_cast<std::size_t>(mesh), toWorld);
     if (const int camera = node.reference("camera", fCameras.size()); camera >= 0)
         placeCamera(node, fCameras[static_cast<std::size_t>(camera)], toWorld);
@@ -237,6 +252,20 @@ void Reader::place(const GltfObject& node, const AffineMatrix& toWorld) {
 void Reader::placeMesh(const GltfObject& node, std::size_t mesh, const AffineMatrix& toWorld) {
     for (const int read : meshesOf(mesh))
         fScene.instances.push_back({node.text("name"), read, toWorld});
+}
+
+/// A skinned mesh stands where its joints are, not where its node is.
+void Reader::placeSkinned(const GltfObject& node, const AffineMatrix& toWorld) {
+    const auto mesh = static_cast<std::size_t>(node.reference("mesh", fMeshes.size()));
+    const auto skin = static_cast<std::size_t>(node.reference("skin", fSkins.size()));
+    try {
+        const std::vector<AffineMatrix> joints = readGltfSkin(fSkins[skin], fData, fWorlds);
+        for (const int read : readMesh(mesh, joints))
+            fScene.instances.push_back({node.text("name"), read, {}});
+    } catch (const ImportError& error) {
+        fWarnings.add("the skin of " + named(node), std::string("left out: ") + error.what());
+        placeMesh(node, mesh, toWorld);
+    }
 }
 
 void Reader::placeCamera(const GltfObject& node, const GltfObject& camera, const AffineMatrix& toWorld) {
@@ -283,15 +312,20 @@ void Reader::placeLight(const GltfObject& node, const GltfObject& light, const A
 }
 
 /// The scene's meshes for a mesh of the file; read when the first node asks for it.
-std::vector<int> Reader::meshesOf(std::size_t mesh) {
-    const auto known = fRead.find(mesh);
-    if (known != fRead.end())
-        return known->second;
-    std::vector<int>& result = fRead[mesh];
+const std::vector<int>& Reader::meshesOf(std::size_t mesh) {
+    const auto [known, isNew] = fRead.try_emplace(mesh);
+    if (isNew)
+        known->second = readMesh(mesh, {});
+    return known->second;
+}
+
+/// Posed by these joints where there are any.
+std::vector<int> Reader::readMesh(std::size_t mesh, std::span<const AffineMatrix> joints) {
+    std::vector<int> result;
     for (const GltfObject& primitive : fMeshes[mesh].objects("primitives")) {
         const std::string name =
             "mesh " + named(fMeshes[mesh]) + primitive.place().substr(fMeshes[mesh].place().size());
-        std::optional<Mesh> read = readPrimitive(primitive, name);
+        std::optional<Mesh> read = readPrimitive(primitive, name, joints);
         if (!read)
             continue;
         read->name = fMeshes[mesh].text("name");
@@ -301,10 +335,13 @@ std::vector<int> Reader::meshesOf(std::size_t mesh) {
     return result;
 }
 
-std::optional<Mesh> Reader::readPrimitive(const GltfObject& primitive, const std::string& name) {
+std::optional<Mesh> Reader::readPrimitive(const GltfObject& primitive, const std::string& name,
+                                          std::span<const AffineMatrix> joints) {
     Mesh mesh;
     try {
         readAttributes(primitive, name, mesh);
+        if (!joints.empty())
+            poseMesh(mesh, primitive.object("attributes"), fData, joints);
         std::vector<std::uint32_t> indices(mesh.vertexCount());
         std::iota(indices.begin(), indices.end(), 0U);
         if (const int given = primitive.reference("indices", fData.accessorCount()); given >= 0)

@@ -33,6 +33,15 @@ Scene readAs(Format format, const std::vector<std::uint8_t>& bytes, const std::f
     return {};
 }
 
+/// A small file can place one mesh in thousands of places and keep every later step busy for hours.
+void checkSize(const Scene& scene) {
+    constexpr std::size_t kMostElements = std::size_t{1} << 28;
+    for (const Topology topology : {Topology::Points, Topology::Lines, Topology::Triangles})
+        if (scene.count(topology) > kMostElements)
+            throw ImportError("it places meshes so often that " + std::to_string(scene.count(topology)) +
+                              " triangles, lines or points would be drawn; export it with fewer copies");
+}
+
 bool refers(int index, std::size_t length) {
     return index >= 0 && static_cast<std::size_t>(index) < length;
 }
@@ -77,6 +86,7 @@ Scene readModel(const std::filesystem::path& path) {
             throw ImportError("there is nothing in it to draw");
         throw ImportError("nothing in it can be drawn: " + scene.warnings.front());
     }
+    checkSize(scene);
     return scene;
 }
 

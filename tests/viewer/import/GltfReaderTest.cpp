@@ -144,6 +144,33 @@ TEST(GltfReader, placesInstancesCamerasAndLights) {
     EXPECT_EQ(scene.lights[0].outerConeAngle, 0.3);
 }
 
+TEST(GltfReader, posesSkinnedMeshes) {
+    GltfFile file = withPositions({1, 0, 0, 1, 0, 0, 1, 0, 0});
+    file.primitive()["mode"] = 0;
+    Json& attributes = file.primitive()["attributes"];
+    attributes["JOINTS_0"] = file.accessor({0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0}, 5121, "VEC4", 3);
+    attributes["WEIGHTS_0"] =
+        file.floats({1, 0, 0, 0, 0, 1, 0, 0, 1, 1, 0, 0}, "VEC4"); // the last to be halved
+    // Before the joints move it the second one takes the vertex to the origin.
+    const int inverses = file.floats(
+        {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, -1, 0, 0, 1},
+        "MAT4");
+    file.json["skins"] = {{{"joints", {1, 2}}, {"inverseBindMatrices", inverses}}};
+    file.json["nodes"] = {{{"mesh", 0}, {"skin", 0}, {"translation", {99, 99, 99}}},
+                          {{"scale", {3, 3, 3}}},
+                          {{"translation", {0, 5, 0}}}};
+    file.json["scenes"][0]["nodes"] = {0, 1, 2};
+    const Scene scene = read(file);
+    EXPECT_THAT(scene.meshes.at(0).positions, ElementsAre(3, 0, 0, 0, 5, 0, 1.5F, 2.5F, 0));
+    EXPECT_EQ(scene.instances.at(0).toWorld[3][0], 0.0) << "the node's own place says nothing";
+
+    file.json["skins"][0]["joints"] = {1};
+    EXPECT_THAT(read(file).warnings, ElementsAre(HasSubstr("joints that its skin doesn't have")));
+    file.json["skins"][0]["joints"] = {1, 2, 0};
+    EXPECT_THAT(read(file).warnings, ElementsAre(HasSubstr("not one matrix for each joint")));
+    EXPECT_EQ(read(file).instances.at(0).toWorld[3][0], 99.0) << "shown without its skin";
+}
+
 TEST(GltfReader, readsMaterials) {
     GltfFile file = withPositions(kSquare);
     file.primitive()["material"] = 0;
@@ -171,11 +198,11 @@ TEST(GltfReader, readsTexturesAndHowTheyAreUsed) {
     file.json["images"] = {{{"bufferView", picture}, {"mimeType", "image/png"}}, {{"uri", "gone%21.png"}}};
     file.json["samplers"] = {{{"wrapS", 33071}, {"wrapT", 33648}, {"magFilter", 9728}, {"minFilter", 9985}}};
     file.json["textures"] = {{{"source", 0}, {"sampler", 0}}, {{"source", 1}}};
-    file.json["materials"] = {
+    file.json["materials"][0] =
         Json::parse(R"({"normalTexture": {"index": 1, "scale": 0.5, "texCoord": 4294967296},
         "pbrMetallicRoughness": {"metallicFactor": 7, "roughnessFactor": -1, "baseColorTexture": {"index": 0,
         "texCoord": 0, "extensions": {"KHR_texture_transform": {"offset": [0.1, 0.2], "rotation": 0.3,
-        "scale": [2, 3], "texCoord": 1}}}}})")};
+        "scale": [2, 3], "texCoord": 1}}}}})");
     const Scene scene = read(file);
     EXPECT_EQ(scene.images.at(0).bytes, (Bytes{0x89, 'P', 'N', 'G'}));
     EXPECT_THAT(scene.warnings, ElementsAre(HasSubstr("'gone!.png'")));

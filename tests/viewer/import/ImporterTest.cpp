@@ -38,7 +38,7 @@ TEST(ChildProcess, tellsWhatBecameOfTheWork) {
               }),
               ChildOutcome::OutOfTime);
     if (kLimitsMemory) {
-        limits.memoryBytes = std::size_t{256} << 20;
+        limits = {std::size_t{256} << 20, 60.0};
         EXPECT_EQ(outcome([](int) {
                       std::vector<std::vector<char>> hoard;
                       for (;;)
@@ -94,6 +94,17 @@ TEST(Importer, bringsTheSceneOver) {
     EXPECT_EQ(result.scene.meshes.at(0).positions, (std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}));
     EXPECT_EQ(result.scene.materials.at(0).name, "paint");
     EXPECT_EQ(result.scene.materials.at(0).baseColor[1], 0.5F);
+}
+
+TEST(Importer, refusesMoreCopiesThanCanBeDrawn) {
+    const Folder folder;
+    GltfFile file = triangle();
+    file.primitive()["indices"] = file.accessor(Bytes(60000, 0), 5121, "SCALAR", 60000);
+    for (int node = 0; node < 14000; ++node) { // with 20,000 triangles each
+        file.json["nodes"][node]["mesh"] = 0;
+        file.json["scenes"][0]["nodes"][node] = node;
+    }
+    EXPECT_THAT(importModel(folder.write("a.glb", file.glb()).string()).error, HasSubstr("280000000"));
 }
 
 TEST(Importer, saysInOneLineWhyThereIsNothing) {

@@ -79,7 +79,9 @@ public:
     }
 
     int floats(const std::vector<float>& values, const std::string& type) {
-        const std::size_t width = type == "SCALAR" ? 1 : static_cast<std::size_t>(type.back() - '0');
+        const std::size_t width = type == "SCALAR" ? 1
+                                  : type == "MAT4" ? 16
+                                                   : static_cast<std::size_t>(type.back() - '0');
         return accessor(packed(values), 5126, type, values.size() / width);
     }
 
