@@ -81,7 +81,7 @@ TEST(GltfReader, resolvesStridesSparseAndQuantisedData) {
     GltfFile file;
     // Positions of 16 bits, normalised, six bytes each and two between; the second one is replaced.
     const Bytes shorts =
-        packed(std::vector<std::int16_t>{32767, 0, 0, 99, 0, -32768, 0, 99, 0, 0, 32767, 99});
+        packed(std::vector<std::int16_t>{32767, 0, 0, 99, 0, 7, 0, 99, 0, -32768, 32767, 99});
     const int positions = file.accessor(shorts, 5122, "VEC3", 3);
     file.json["accessors"][positions]["normalized"] = true;
     file.json["bufferViews"][0]["byteStride"] = 8;
@@ -95,7 +95,7 @@ TEST(GltfReader, resolvesStridesSparseAndQuantisedData) {
     file.primitive()["mode"] = 0;
     const Scene scene = read(file);
     EXPECT_THAT(scene.meshes.at(0).positions,
-                ElementsAre(1, 0, 0, 0, 0, testing::FloatNear(0.5F, 1e-4F), 0, 0, 1));
+                ElementsAre(1, 0, 0, 0, 0, testing::FloatNear(0.5F, 1e-4F), 0, -1, 1));
 }
 
 TEST(GltfReader, readsColoursWithAndWithoutAlpha) {
@@ -190,6 +190,13 @@ TEST(GltfReader, readsMaterials) {
     EXPECT_FLOAT_EQ(paint.alphaCutoff, 0.25F);
     EXPECT_TRUE(paint.doubleSided && paint.unlit);
     EXPECT_FLOAT_EQ(scene.materials[1].metallic, 1.0F) << "what the file leaves out is a metal";
+
+    file.json["materials"][1] = Json::parse(R"({"extensions": {"KHR_materials_pbrSpecularGlossiness":
+        {"diffuseFactor": [0.5, 0, 0, 1], "glossinessFactor": 0.75}}})");
+    const Material shiny = read(file).materials.at(1);
+    EXPECT_FLOAT_EQ(shiny.baseColor[0], 0.5F);
+    EXPECT_FLOAT_EQ(shiny.roughness, 0.25F);
+    EXPECT_FLOAT_EQ(shiny.metallic, 0.0F);
 }
 
 TEST(GltfReader, readsTexturesAndHowTheyAreUsed) {
@@ -266,7 +273,7 @@ TEST(GltfReader, leavesOutWhatIsDamagedAndNamesIt) {
     const Damage kDamages[] = {
         {"an index beyond the vertices",
          [&](GltfFile& f) {
-             twoTriangles(f, {0, 1, 2, 0, 2, 9});
+             twoTriangles(f, {0, 1, 2, 0, 2, 3});
          },
          "1 triangle of", 1},
         {"indices left over",

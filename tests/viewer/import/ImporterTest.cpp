@@ -199,6 +199,9 @@ TEST(SceneStream, refusesDamagedBytes) {
     EXPECT_EQ(back.instances[0].nodeName, "node");
     for (std::size_t length = 0; length < sent.output.size(); ++length)
         EXPECT_FALSE(readScene(std::span(sent.output).first(length), back)) << length;
+    Bytes longer = sent.output;
+    longer.push_back(0);
+    EXPECT_FALSE(readScene(longer, back));
     scene.meshes[0].indices[2] = 3;
     const ChildResult wrong = runInChild([&](int output) { return writeScene(scene, output); }, {});
     EXPECT_FALSE(readScene(wrong.output, back)) << "an index without a vertex";

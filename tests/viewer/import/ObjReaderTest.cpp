@@ -102,6 +102,7 @@ TEST(ObjReader, namesWhatItLeavesOut) {
     for (const char* word : {"gone.mtl", "vertices that the file doesn't have", "no vertex index", "line 10",
                              "too few", "infinite or missing"})
         EXPECT_THAT(scene.warnings, Contains(HasSubstr(word)));
+    EXPECT_THAT(read("v 0 0 0\r\nf 1 two 1\r\np 1\r\n").warnings, ElementsAre(HasSubstr("line 2:")));
     EXPECT_NE(refusal([] { read("# nothing\n"); }), "");
 }
 

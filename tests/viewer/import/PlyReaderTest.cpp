@@ -111,6 +111,19 @@ TEST(PlyReader, readsOtherSpellingsAndMakesUpForZeroNormals) {
     EXPECT_THAT(mesh.normals, ElementsAre(1, 0, 0, 1, 0, 0, 1, 0, 0));
 }
 
+TEST(PlyReader, scalesColoursByTheirType) {
+    for (const auto& [type, full] : {std::pair("uchar", "255"), std::pair("ushort", "65535"),
+                                     std::pair("float", "1"), std::pair("double", "1")}) {
+        std::string text = "ply\nformat ascii 1.0\nelement vertex 1\n";
+        for (const char* name : {"x", "y", "z"})
+            text += std::string("property float ") + name + "\n";
+        for (const char* name : {"red", "green", "blue"})
+            text += std::string("property ") + type + " " + name + "\n";
+        const Scene scene = read(text + "end_header\n0 0 0 0 " + full + " 0\n");
+        EXPECT_THAT(scene.meshes.at(0).colors, ElementsAre(0, 1, 0, 1)) << type;
+    }
+}
+
 TEST(PlyReader, takesUnmarkedRemarks) {
     const Scene scene = read("ply\nformat ascii 1.0\nmade by hand, 1999\nelement vertex 1\nproperty float x\n"
                              "property float y\nproperty float z\nend_header\n1 2 3\n");

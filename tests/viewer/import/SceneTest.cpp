@@ -1,0 +1,61 @@
+#include "TestFiles.h"
+
+#include "import/ModelReader.h"
+#include "scene/Normals.h"
+
+namespace orloview {
+namespace {
+
+using testing::ElementsAre;
+
+/// One of everything, each with a reference.
+Scene chain(const std::string& format) {
+    Scene scene;
+    scene.format = format;
+    Mesh& mesh = scene.meshes.emplace_back();
+    mesh.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    mesh.indices = {0, 1, 2};
+    mesh.material = 0;
+    scene.instances.push_back({format, 0, {}});
+    scene.images.resize(3);
+    scene.textures.resize(2);
+    scene.textures[1].image = 2;
+    Material& material = scene.materials.emplace_back();
+    material.baseColorTexture.texture = 0;
+    material.emissiveTexture.texture = 1;
+    return scene;
+}
+
+TEST(Scene, renumbersWhatItTakesIn) {
+    Scene both = chain("OBJ");
+    both.materials.emplace_back();
+    Scene second = chain("STL");
+    second.meshes[0].material = -1;
+    both.append(chain("PLY"));
+    both.append(second);
+    EXPECT_EQ(both.format, "OBJ, PLY, STL");
+    EXPECT_TRUE(isConsistent(both));
+    EXPECT_EQ(both.meshes.at(1).material, 2);
+    EXPECT_EQ(both.meshes.at(2).material, -1) << "none stays none";
+    EXPECT_EQ(both.instances.at(2).mesh, 2);
+    EXPECT_EQ(both.textures.at(3).image, 5);
+    EXPECT_EQ(both.materials.at(2).baseColorTexture.texture, 2);
+    EXPECT_EQ(both.materials.at(2).emissiveTexture.texture, 3);
+    EXPECT_EQ(both.materials.at(2).normalTexture.texture, -1);
+    EXPECT_EQ(both.count(Topology::Triangles), 3U);
+}
+
+TEST(Normals, weighTrianglesByTheirArea) {
+    Mesh mesh; // the vertex at the origin belongs to a triangle facing z and one of twice its size facing x
+    mesh.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 2};
+    mesh.indices = {0, 1, 2, 0, 2, 3};
+    addSmoothNormals(mesh);
+    EXPECT_NEAR(mesh.normals[0], 2 / std::sqrt(5.0), 1e-6);
+    EXPECT_NEAR(mesh.normals[2], 1 / std::sqrt(5.0), 1e-6);
+    addFlatNormals(mesh);
+    EXPECT_EQ(mesh.vertexCount(), 6U);
+    EXPECT_THAT(std::vector<float>(mesh.normals.end() - 3, mesh.normals.end()), ElementsAre(1, 0, 0));
+}
+
+} // namespace
+} // namespace orloview
