@@ -21,6 +21,13 @@ void say(const std::string& line) {
     std::fprintf(stderr, "orloview: %s\n", line.c_str());
 }
 
+/// Prints what was asked for.
+void print(const std::string& text) {
+    if (std::fputs(text.c_str(), stdout) == EOF || std::fflush(stdout) != 0)
+        throw Failure(kExitNotWritten,
+                      "standard output took no more; check where it leads and the space left");
+}
+
 struct Loaded {
     Scene scene;
     bool complete = true;
@@ -60,7 +67,7 @@ Loaded loadModels(const Options& options) {
 int showGLInfo(const Options& options) {
     const DisplaySession display(options.verbose);
     const GLSession gl(display.display());
-    std::fputs(describeGL().c_str(), stdout);
+    print(describeGL());
     return kExitDone;
 }
 
@@ -82,7 +89,7 @@ int writePicture(const Options& options, const Loaded& loaded) {
 int run(int argc, const char* const* argv) {
     const CommandLine line = parseCommandLine(argc, argv);
     if (!line.printAndStop.empty()) {
-        std::fputs(line.printAndStop.c_str(), stdout);
+        print(line.printAndStop);
         return kExitDone;
     }
     const Options& options = line.options;
@@ -90,7 +97,7 @@ int run(int argc, const char* const* argv) {
         return showGLInfo(options);
     const Loaded loaded = loadModels(options);
     if (options.info) {
-        std::fputs((options.json ? describeJson(loaded.scene) : describe(loaded.scene)).c_str(), stdout);
+        print(options.json ? describeJson(loaded.scene) : describe(loaded.scene));
         return loaded.complete ? kExitDone : kExitIncomplete;
     }
     return writePicture(options, loaded);

@@ -296,6 +296,10 @@ class Program(unittest.TestCase):
         self.assertEqual(result.returncode, 1, "not a PNG by its name")
         os.symlink("/dev/full", self.path("full.png"))
         self.fails(5, [model, "-o", self.path("full.png"), "--size", "16x16"], "full.png")
+        with open("/dev/full", "w") as full:
+            told = subprocess.run([ORLOVIEW, "--info", model], stdout=full, stderr=subprocess.PIPE)
+        self.assertEqual(told.returncode, 5)
+        self.assertIn(b"standard output", told.stderr)
         self.write("old.png", "old")
         self.fails(2, [self.path("gone.obj"), "-o", self.path("old.png")])
         with open(self.path("old.png")) as file:
