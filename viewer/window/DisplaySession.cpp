@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kServerStartMilliseconds = 20000;
 
-int rememberError(Display*, XErrorEvent*) {
+int ignoreError(Display*, XErrorEvent*) {
     // What fails shows in what the library answers; the server's late report adds nothing for the user.
     return 0;
 }
@@ -63,7 +63,7 @@ std::string readDisplayNumber(int displayPipe) {
 } // namespace
 
 DisplaySession::DisplaySession(bool verbose) {
-    XSetErrorHandler(rememberError);
+    XSetErrorHandler(ignoreError);
     XSetIOErrorHandler(serverLost);
     const char* named = std::getenv("DISPLAY");
     if (named && *named)

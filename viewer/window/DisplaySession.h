@@ -11,7 +11,7 @@ namespace orloview {
 /// A connection to an X server: the one that DISPLAY names, or a private Xvfb that this session starts and
 /// ends.
 ///
-/// Installs X error handlers for the whole process: a protocol error is remembered, not fatal; a lost server
+/// Installs X error handlers for the whole process: a protocol error is passed over; a lost server
 /// ends the program with one line and kExitNoGL.
 class DisplaySession {
 public:
