@@ -77,12 +77,13 @@ GLPassState passStateOf(const Material& material) {
     return state;
 }
 
-void drawInstance(DrawableScene& drawable, size_t index, bool wireframe) {
+void drawInstance(DrawableScene& drawable, size_t index, const FrameLook& look) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     const Material& material = drawable.materialOf(index);
     const koLinear::AffineMatrix& toWorld = drawable.scene().instances[index].toWorld;
     passStateOf(material).applyGL(false);
-    setMaterial(material, drawable.isLit(index), !drawable.isDoubleSided(index) && !wireframe);
+    const bool cullBackFaces = look.culling && !look.wireframe && !drawable.isDoubleSided(index);
+    setMaterial(material, look.lights && drawable.isLit(index), cullBackFaces);
     gl->glFrontFace(toWorld.determinant() < 0.0 ? GL_CW : GL_CCW);
     gl->glPushMatrix();
     gl->glMultMatrixd(koLinear::ProjMatrix(toWorld).data());
@@ -105,8 +106,7 @@ std::vector<size_t> farthestFirst(const DrawableScene& drawable, const View& vie
 
 } // namespace
 
-void drawFrame(GLFrameBuffer& target, const View& view, StudioLights& lights, DrawableScene& drawable,
-               const FrameLook& look) {
+void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& content, const FrameLook& look) {
     target.makeCurrent();
     clear(look);
     setFrameState(look);
@@ -115,12 +115,16 @@ void drawFrame(GLFrameBuffer& target, const View& view, StudioLights& lights, Dr
     camera.fViewTransform = view.worldToEye;
     camera.fProjection = view.projection;
     camera.bind();
-    lights.bind(view.worldToEye);
+    content.lights.bind(view.worldToEye);
 
-    for (const size_t index : drawable.opaqueInstances())
-        drawInstance(drawable, index, look.wireframe);
-    for (const size_t index : farthestFirst(drawable, view))
-        drawInstance(drawable, index, look.wireframe);
+    if (look.grid)
+        drawInstance(content.grid, 0, look);
+    if (look.axes)
+        drawInstance(content.axes, 0, look);
+    for (const size_t index : content.drawable.opaqueInstances())
+        drawInstance(content.drawable, index, look);
+    for (const size_t index : farthestFirst(content.drawable, view))
+        drawInstance(content.drawable, index, look);
 }
 
 } // namespace orloview

@@ -15,13 +15,24 @@ struct FrameLook {
     int height = 0;
     koColor::Color background; ///< linear, multiplied by its alpha
     bool wireframe = false;
+    bool lights = true;
+    bool culling = true; ///< hides triangles that are seen from behind, where the material says so
+    bool grid = false;
+    bool axes = false;
     float pointSize = 3.0F; ///< pixels
     float lineWidth = 1.0F;
 };
 
+/// What is in a frame.
+struct FrameContent {
+    DrawableScene& drawable;
+    StudioLights& lights;
+    DrawableScene& grid; ///< of one instance, as axes
+    DrawableScene& axes;
+};
+
 /// Draws one frame: the road from the library's frame buffer to the last group. Needs the context that the
 /// buffer lives in current. What stands in the buffer afterwards is linear, colour multiplied by alpha.
-void drawFrame(GLFrameBuffer& target, const View& view, StudioLights& lights, DrawableScene& drawable,
-               const FrameLook& look);
+void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& content, const FrameLook& look);
 
 } // namespace orloview

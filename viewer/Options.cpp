@@ -140,7 +140,7 @@ void checkTogether(const Options& options) {
     if (options.glInfo)
         return;
     if (options.models.empty())
-        throw Failure(kExitUsage, "no model given; try orloview MODEL -o picture.png (--help tells more)");
+        throw Failure(kExitUsage, "no model given; try orloview MODEL (--help tells more)");
     if (options.json && !options.info)
         throw Failure(kExitUsage, "--json: it goes with --info");
     if (options.info)
@@ -151,10 +151,11 @@ void checkTogether(const Options& options) {
     if (options.output != "-" && !CLI::detail::to_lower(options.output).ends_with(".png"))
         throw Failure(kExitUsage, "-o " + options.output +
                                       ": only PNG pictures can be written; give a name ending in .png");
-    if (options.camera && (options.eye || options.target || options.up || options.fieldOfView))
-        throw Failure(
-            kExitUsage,
-            "--camera: a camera of the file has its own --eye, --target, --up and --fov; leave them out");
+    if (options.camera &&
+        (options.eye || options.target || options.up || options.fieldOfView || options.orthographic))
+        throw Failure(kExitUsage,
+                      "--camera: a camera of the file has its own --eye, --target, --up, --fov and "
+                      "--orthographic; leave them out");
     if (options.eye && options.target && (*options.eye)[0] == (*options.target)[0] &&
         (*options.eye)[1] == (*options.target)[1] && (*options.eye)[2] == (*options.target)[2])
         throw Failure(kExitUsage, "--eye and --target are the same point; move one of them");
@@ -201,8 +202,13 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     std::string fov;
     std::string camera;
     std::string background;
+    bool noLights = false;
+    bool noCulling = false;
 
-    CLI::App app("Draws 3D models through OrloGL: several models make one scene.", "orloview");
+    CLI::App app(
+        "Shows 3D models, drawn through OrloGL, in a window or writes a picture of them: several models "
+        "make one scene. H in the window lists its keys.",
+        "orloview");
     app.footer(kFooter);
     app.allow_extras();
     app.set_help_flag("-h,--help", "Print this help");
@@ -217,9 +223,15 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     app.add_option("--up", up, "Which way is up, 0,1,0 unless given")->type_name("X,Y,Z");
     app.add_option("--fov", fov, "Vertical angle of view, 35 unless given")->type_name("DEGREES");
     app.add_option("--camera", camera, "Look through a camera of the file")->type_name("NAME|INDEX");
+    app.add_flag("--orthographic", options.orthographic,
+                 "Draw without perspective, as large as at the target with it");
     app.add_option("--background", background, "A name, #RRGGBB, #RRGGBBAA, or transparent")
         ->type_name("COLOUR");
     app.add_flag("--wireframe", options.wireframe, "Draw edges only");
+    app.add_flag("--no-lights", noLights, "Draw colours as they are, unlit");
+    app.add_flag("--no-culling", noCulling, "Draw triangles from behind too");
+    app.add_flag("--grid", options.grid, "Draw a grid under the model");
+    app.add_flag("--axes", options.axes, "Draw the axes of the world: x red, y green, z blue");
     app.add_flag("--stats", options.stats, "Print what was drawn and uploaded, frame by frame");
     app.add_flag("--info", options.info, "Print what the models hold; needs no display");
     app.add_flag("--json", options.json, "With --info: as JSON");
@@ -249,6 +261,8 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
             wrong(name, "''", "give a value");
         return value;
     };
+    options.lights = !noLights;
+    options.culling = !noCulling;
     options.eye = parseTriple<koLinear::Point>("--eye", given("--eye", eye));
     options.target = parseTriple<koLinear::Point>("--target", given("--target", target));
     options.up = parseTriple<koLinear::Vector>("--up", given("--up", up));

@@ -13,8 +13,10 @@ namespace orloview {
 struct Options {
     std::vector<std::string> models;
 
-    /// The picture's file; "-" is standard output. Empty where none is asked for.
+    /// The picture's file; "-" is standard output. Empty: show the model in a window.
     std::string output;
+
+    /// Of the picture or the window, pixels.
     int width = 1280;
     int height = 720;
 
@@ -31,7 +33,12 @@ struct Options {
     /// Red, green, blue, alpha as the picture stores them (sRGB), 0 to 1.
     std::array<float, 4> background{0.16F, 0.17F, 0.19F, 1.0F};
 
+    bool orthographic = false;
     bool wireframe = false;
+    bool lights = true;
+    bool culling = true;
+    bool grid = false;
+    bool axes = false;
     bool stats = false;
     bool info = false;
     bool json = false;

@@ -1,8 +1,8 @@
 #include "Render.h"
 
 #include "ExitCode.h"
-#include "Frame.h"
 #include "draw/CallCounter.h"
+#include "draw/Canvas.h"
 
 #include <charconv>
 #include <cstdio>
@@ -36,38 +36,11 @@ const Camera& findCamera(const std::string& wanted, const Scene& scene) {
     throw Failure(kExitUsage, "--camera " + wanted + ": the model has no such camera; it has " + known);
 }
 
-/// A framebuffer object with a float colour buffer, or one of bytes where there is none.
-void createTarget(GLFrameBuffer& target, int width, int height) {
-    GLint limit = 0;
-    const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
-    if (!gl->usable(kCapFramebufferObject))
-        throw Failure(kExitNoGL, "this OpenGL has no framebuffer objects (GL_EXT_framebuffer_object), which "
-                                 "pictures are drawn in; --gl-info shows what it has");
-    gl->glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE_EXT, &limit);
-    if (width > limit || height > limit)
-        throw Failure(kExitUsage, "--size " + std::to_string(width) + "x" + std::to_string(height) +
-                                      ": this OpenGL draws at most " + std::to_string(limit) +
-                                      " pixels each way");
-    for (const RasterFormat color : {kRasterRGBA32F, kRasterRGBA8}) {
-        if (color == kRasterRGBA32F && !gl->usable(kCapTextureFloat))
-            continue;
-        const koBufferFormat format(color, kRasterDepth24, kRasterNoStencil, kSamplingSingle,
-                                    IHWTexture::kTexture2D);
-        if (target.createOffscreen(format, static_cast<unsigned>(width), static_cast<unsigned>(height)) ==
-            GLFrameBuffer::kSuccess)
-            return;
-    }
-    throw Failure(kExitNoGL, "this OpenGL can't make a framebuffer of " + std::to_string(width) + "x" +
-                                 std::to_string(height) +
-                                 " pixels with colour and depth; try a smaller --size");
-}
-
 /// Pictures are averaged from 2 x 2 pixels each, where the driver and memory allow.
-int supersampling(const Options& options) {
-    GLint limit = 0;
-    GLFunctionTable::fpGlobalFunctionTable->glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE_EXT, &limit);
-    const bool fits = options.width * 2 <= limit && options.height * 2 <= limit &&
-                      4.0 * options.width * options.height <= kMostPixels;
+int supersampling(const FrameLook& look) {
+    const int limit = Canvas::largestSide();
+    const bool fits =
+        look.width * 2 <= limit && look.height * 2 <= limit && 4.0 * look.width * look.height <= kMostPixels;
     return fits ? 2 : 1;
 }
 
@@ -87,45 +60,70 @@ void printStats(int frame, const CallCounts& counts, const Scene& scene) {
 
 } // namespace
 
-View chooseView(const Options& options, const Scene& scene) {
+koLinear::Vector upOf(const Options& options) {
+    return options.up.value_or(koLinear::Vector(0.0, 1.0, 0.0));
+}
+
+FrameLook lookOf(const Options& options) {
+    FrameLook look;
+    look.width = options.width;
+    look.height = options.height;
+    look.background = linearBackground(options.background);
+    look.wireframe = options.wireframe;
+    look.lights = options.lights;
+    look.culling = options.culling;
+    look.grid = options.grid;
+    look.axes = options.axes;
+    return look;
+}
+
+FrameLook enlarged(FrameLook look, int factor) {
+    look.width *= factor;
+    look.height *= factor;
+    look.pointSize *= static_cast<float>(factor);
+    look.lineWidth *= static_cast<float>(factor);
+    return look;
+}
+
+Viewpoint chooseEye(const Options& options, const Scene& scene) {
     const double aspect = static_cast<double>(options.width) / options.height;
     const Bounds bounds = scene.bounds();
     if (options.camera)
-        return viewThrough(findCamera(*options.camera, scene), bounds, aspect);
-    return placeView({options.eye, options.target, options.up, options.fieldOfView}, bounds, aspect);
+        return eyeOf(findCamera(*options.camera, scene), bounds);
+    return placeEye({options.eye, options.target, options.up, options.fieldOfView, options.orthographic},
+                    bounds, aspect);
 }
 
-Picture renderPicture(const Options& options, const Scene& scene, const View& view) {
-    GLFrameBuffer target;
-    const int factor = supersampling(options);
-    createTarget(target, options.width * factor, options.height * factor);
+View chooseView(const Options& options, const Scene& scene, const Bounds& bounds) {
+    const double aspect = static_cast<double>(options.width) / options.height;
+    if (options.camera)
+        return viewThrough(findCamera(*options.camera, scene), bounds, aspect);
+    return viewFrom(chooseEye(options, scene), bounds, aspect);
+}
 
-    FrameLook look;
-    look.width = options.width * factor;
-    look.height = options.height * factor;
-    look.background = linearBackground(options.background);
-    look.wireframe = options.wireframe;
-    look.pointSize *= static_cast<float>(factor);
-    look.lineWidth *= static_cast<float>(factor);
+Picture renderPicture(const View& view, const FrameContent& content, const FrameLook& look, bool stats) {
+    const int factor = supersampling(look);
+    const FrameLook large = enlarged(look, factor);
+    Canvas canvas(large.width, large.height, Canvas::Precision::Full);
+    GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
 
-    StudioLights lights;
-    DrawableScene drawable(scene);
-    if (options.stats)
+    if (stats)
         CallCounter::install();
-    const int frames = options.stats ? 2 : 1;
+    const int frames = stats ? 2 : 1;
     for (int frame = 1; frame <= frames; ++frame) {
         CallCounter::take();
-        drawFrame(target, view, lights, drawable, look);
-        if (options.stats)
-            printStats(frame, CallCounter::take(), scene);
+        drawFrame(canvas.target(), view, content, large);
+        if (stats)
+            printStats(frame, CallCounter::take(), content.drawable.scene());
     }
 
     constexpr unsigned kRGBAFloats = 4;
-    const std::unique_ptr<PixelArray2D> pixels(target.readColorBuffer(kRGBAFloats, 0, 0, 0, 0, nullptr));
+    const std::unique_ptr<PixelArray2D> pixels(
+        canvas.target().readColorBuffer(kRGBAFloats, 0, 0, 0, 0, nullptr));
     if (!pixels)
         throw Failure(kExitNoGL, "there is no memory for a picture of this size; try a smaller --size");
-    return developPicture(static_cast<const float*>(pixels->data()), options.width, options.height, factor,
-                          options.background[3] == 1.0F);
+    return developPicture(static_cast<const float*>(pixels->data()), look.width, look.height, factor,
+                          look.background[3] == 1.0F);
 }
 
 } // namespace orloview

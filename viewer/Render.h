@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Frame.h"
 #include "Options.h"
 #include "output/Picture.h"
 #include "scene/Scene.h"
@@ -7,11 +8,25 @@
 
 namespace orloview {
 
-/// The view that the options ask for. Throws Failure (kExitUsage) for a camera that the scene doesn't have.
-View chooseView(const Options& options, const Scene& scene);
+/// Which way is up.
+koLinear::Vector upOf(const Options& options);
 
-/// Draws the scene offscreen. Needs a GLSession. Throws Failure when the size is beyond the driver's limit or
-/// GL lacks framebuffer objects. With --stats prints what each of two frames cost to standard error.
-Picture renderPicture(const Options& options, const Scene& scene, const View& view);
+/// The eye that the options ask for. This and chooseView throw Failure (kExitUsage) for a camera that the
+/// scene doesn't have, and for an eye that looks nowhere.
+Viewpoint chooseEye(const Options& options, const Scene& scene);
+
+/// The view that the options ask for, through the file's camera exactly. `bounds` is round all that is drawn.
+View chooseView(const Options& options, const Scene& scene, const Bounds& bounds);
+
+/// The look that the options ask for.
+FrameLook lookOf(const Options& options);
+
+/// The same look in a frame that is `factor` times as large each way.
+FrameLook enlarged(FrameLook look, int factor);
+
+/// Draws the content offscreen, in the start-up context, which it leaves current, and develops the picture.
+/// Throws Failure when the size is beyond the driver's limit or GL lacks framebuffer objects. With `stats`
+/// prints what each of two frames cost to standard error.
+Picture renderPicture(const View& view, const FrameContent& content, const FrameLook& look, bool stats);
 
 } // namespace orloview

@@ -1,4 +1,4 @@
-// orloview, the reference viewer: reads models, draws them through the library, writes a picture.
+// orloview, the reference viewer: reads models, draws them through the library, in a window or to a picture.
 
 #include "ExitCode.h"
 #include "GLInfo.h"
@@ -7,6 +7,7 @@
 #include "import/Importer.h"
 #include "info/Describe.h"
 #include "output/PngFile.h"
+#include "scene/Guides.h"
 #include "window/DisplaySession.h"
 #include "window/GLSession.h"
 
@@ -65,20 +66,24 @@ Loaded loadModels(const Options& options) {
 }
 
 int showGLInfo(const Options& options) {
-    const DisplaySession display(options.verbose);
+    const DisplaySession display(DisplaySession::Kind::Offscreen, options.verbose);
     const GLSession gl(display.display());
     print(describeGL());
     return kExitDone;
 }
 
 int writePicture(const Options& options, const Loaded& loaded) {
-    if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
-        throw Failure(kExitNoInput,
-                      options.models.front() + ": nothing in it can be drawn; no picture is written");
-    const View view = chooseView(options, loaded.scene);
-    const DisplaySession display(options.verbose);
+    const Guides guides = makeGuides(loaded.scene.bounds(), upOf(options));
+    const View view = chooseView(options, loaded.scene,
+                                 boundsWith(loaded.scene.bounds(), guides, options.grid, options.axes));
+    const DisplaySession display(DisplaySession::Kind::Offscreen, options.verbose);
     const GLSession gl(display.display());
-    const Picture picture = renderPicture(options, loaded.scene, view);
+    StudioLights lights;
+    DrawableScene drawable(loaded.scene);
+    DrawableScene grid(guides.grid);
+    DrawableScene axes(guides.axes);
+    const Picture picture =
+        renderPicture(view, {drawable, lights, grid, axes}, lookOf(options), options.stats);
     writePng(options.output, picture, options.background[3] != 1.0F);
     if (options.verbose)
         say("wrote " +
@@ -100,6 +105,8 @@ int run(int argc, const char* const* argv) {
         print(options.json ? describeJson(loaded.scene) : describe(loaded.scene));
         return loaded.complete ? kExitDone : kExitIncomplete;
     }
+    if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
+        throw Failure(kExitNoInput, options.models.front() + ": nothing in it can be drawn");
     return writePicture(options, loaded);
 }
 

@@ -1,6 +1,7 @@
 #include "scene/View.h"
 
 #include "ExitCode.h"
+#include "scene/Vectors.h"
 
 #include <algorithm>
 #include <array>
@@ -12,9 +13,7 @@ namespace orloview {
 namespace {
 
 using koLinear::AffineMatrix;
-using koLinear::Point;
 using koLinear::ProjMatrix;
-using koLinear::Vector;
 
 constexpr double kDefaultFieldOfView = 35.0;
 
@@ -28,39 +27,6 @@ double radians(double degrees) {
     return degrees * std::numbers::pi / 180.0;
 }
 
-double dot(const Vector& a, const Vector& b) {
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-Vector cross(const Vector& a, const Vector& b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
-double length(const Vector& v) {
-    return std::hypot(v[0], v[1], v[2]);
-}
-
-Vector scaled(const Vector& v, double factor) {
-    return {v[0] * factor, v[1] * factor, v[2] * factor};
-}
-
-Vector between(const Point& from, const Point& to) {
-    return {to[0] - from[0], to[1] - from[1], to[2] - from[2]};
-}
-
-Point offset(const Point& p, const Vector& v) {
-    return {p[0] + v[0], p[1] + v[1], p[2] + v[2]};
-}
-
-Point center(const Bounds& b) {
-    return {(b.min[0] + b.max[0]) / 2.0, (b.min[1] + b.max[1]) / 2.0, (b.min[2] + b.max[2]) / 2.0};
-}
-
-double radius(const Bounds& b) {
-    const double r = length(between(b.min, b.max)) / 2.0;
-    return r > 0.0 ? r : 1.0; // a single point still has to be seen
-}
-
 std::array<Point, 8> corners(const Bounds& b) {
     std::array<Point, 8> result;
     for (size_t i = 0; i < 8; ++i)
@@ -69,30 +35,19 @@ std::array<Point, 8> corners(const Bounds& b) {
     return result;
 }
 
-AffineMatrix lookAt(const Point& eye, const Point& target, const Vector& up) {
+/// Turns the eye to look from `eye` at `target`.
+void lookAt(Viewpoint& viewpoint, const Point& eye, const Point& target, const Vector& up) {
     const Vector sight = between(eye, target);
-    const double distance = length(sight);
-    if (!(distance > 0.0))
+    viewpoint.target = target;
+    viewpoint.distance = length(sight);
+    if (!(viewpoint.distance > 0.0))
         throw Failure(kExitUsage, "--eye is where the view looks; move --eye or --target");
-    const Vector back = scaled(sight, -1.0 / distance);
-    Vector right = cross(up, back);
-    const double sine = length(right) / length(up);
-    if (!(sine > 1e-9))
+    viewpoint.back = scaled(sight, -1.0 / viewpoint.distance);
+    const Vector right = cross(up, viewpoint.back);
+    if (!(length(right) / length(up) > 1e-9))
         throw Failure(kExitUsage, "--up lies along the view; give another direction, such as --up 0,0,1");
-    right = scaled(right, 1.0 / length(right));
-    const Vector top = cross(back, right);
-
-    AffineMatrix view;
-    const Vector origin = between({}, eye);
-    for (int axis = 0; axis < 3; ++axis) {
-        view[axis][0] = right[axis];
-        view[axis][1] = top[axis];
-        view[axis][2] = back[axis];
-    }
-    view[3][0] = -dot(origin, right);
-    view[3][1] = -dot(origin, top);
-    view[3][2] = -dot(origin, back);
-    return view;
+    viewpoint.right = scaled(right, 1.0 / length(right));
+    viewpoint.up = cross(viewpoint.back, viewpoint.right);
 }
 
 /// `far` may be infinite.
@@ -122,74 +77,139 @@ struct DepthRange {
     double far;
 };
 
-/// Just round the scene as this eye sees it, near enough to 0 to stand inside it.
-DepthRange depthRange(const AffineMatrix& worldToEye, const Bounds& bounds) {
-    double nearest = std::numeric_limits<double>::max();
-    double farthest = 0.0;
+/// Just round the scene as this eye sees it; where the scene reaches behind the eye, near is negative.
+DepthRange rangeOf(const AffineMatrix& worldToEye, const Bounds& bounds) {
+    DepthRange range{std::numeric_limits<double>::max(), std::numeric_limits<double>::lowest()};
     for (const Point& corner : corners(bounds)) {
         const double depth = -worldToEye.transform(corner)[2];
-        nearest = std::min(nearest, depth);
-        farthest = std::max(farthest, depth);
+        range.near = std::min(range.near, depth);
+        range.far = std::max(range.far, depth);
     }
-    const double size = radius(bounds);
-    const double far = std::max(farthest, size * 1e-3) * 1.01;
-    return {std::max(nearest * 0.99, far * 1e-4), far};
+    return range;
 }
 
-/// How far from the centre the eye must be, along `back`, to have every corner in view.
-double fittingDistance(const Bounds& bounds, const Vector& up, const Vector& back, double fieldOfView,
-                       double aspect) {
-    const Point middle = center(bounds);
-    const AffineMatrix view = lookAt(offset(middle, back), middle, up);
-    const double tangentY = std::tan(fieldOfView / 2.0);
-    const double tangentX = tangentY * aspect;
-    double distance = 0.0;
-    for (const Point& corner : corners(bounds)) {
-        const Point p = view.transform(corner);
-        // In front of the centre by 1 + z: the eye of this trial view is 1 away.
-        const double before = 1.0 + p[2];
-        distance =
-            std::max({distance, before + std::abs(p[0]) / tangentX, before + std::abs(p[1]) / tangentY});
-    }
-    return distance > 0.0 ? distance * kMargin : 1.0;
+/// The range for a perspective: in front of the eye, near enough to it to stand inside the scene.
+DepthRange inFront(DepthRange range, const Bounds& bounds) {
+    const double far = std::max(range.far, radiusOf(bounds) * 1e-3) * 1.01;
+    return {std::max(range.near * 0.99, far * 1e-4), far};
 }
 
-} // namespace
-
-View placeView(const Placement& placement, const Bounds& bounds, double aspect) {
-    const double fieldOfView = radians(placement.fieldOfView.value_or(kDefaultFieldOfView));
-    const Vector up = placement.up.value_or(Vector(0.0, 1.0, 0.0));
-    const Point target = placement.target.value_or(center(bounds));
-    Point eye;
-    if (placement.eye) {
-        eye = *placement.eye;
-    } else {
-        // In front of the scene: +z where y is up; where z is up, -y, so that the model stands on its feet.
-        const bool zIsUp = std::abs(up[2]) > std::abs(up[1]) && std::abs(up[2]) > std::abs(up[0]);
-        const Vector front = zIsUp ? Vector(0.0, -1.0, 0.0) : Vector(0.0, 0.0, 1.0);
-        const Vector above = scaled(up, 1.0 / length(up));
-        const Vector back(front[0] * std::cos(radians(kElevation)) + above[0] * std::sin(radians(kElevation)),
-                          front[1] * std::cos(radians(kElevation)) + above[1] * std::sin(radians(kElevation)),
-                          front[2] * std::cos(radians(kElevation)) +
-                              above[2] * std::sin(radians(kElevation)));
-        eye = offset(target,
-                     scaled(back, fittingDistance(bounds, up, back, fieldOfView, aspect) / length(back)));
+AffineMatrix worldToEyeOf(const Viewpoint& viewpoint) {
+    AffineMatrix matrix;
+    const Vector origin = between({}, viewpoint.eye());
+    for (int axis = 0; axis < 3; ++axis) {
+        matrix[axis][0] = viewpoint.right[axis];
+        matrix[axis][1] = viewpoint.up[axis];
+        matrix[axis][2] = viewpoint.back[axis];
     }
-    const AffineMatrix worldToEye = lookAt(eye, target, up);
-    const DepthRange depth = depthRange(worldToEye, bounds);
-    return {worldToEye, perspective(fieldOfView, aspect, depth.near, depth.far)};
+    matrix[3][0] = -dot(origin, viewpoint.right);
+    matrix[3][1] = -dot(origin, viewpoint.up);
+    matrix[3][2] = -dot(origin, viewpoint.back);
+    return matrix;
 }
 
-View viewThrough(const Camera& camera, const Bounds& bounds, double aspect) {
-    // A camera's place may carry a scale, which the view must not.
-    AffineMatrix place = camera.toWorld;
+/// A camera's place may carry a scale, which the view must not.
+AffineMatrix withoutScale(AffineMatrix place) {
     for (int axis = 0; axis < 3; ++axis) {
         const double size = std::hypot(place[axis][0], place[axis][1], place[axis][2]);
         for (int i = 0; size > 0.0 && i < 3; ++i)
             place[axis][i] /= size;
     }
-    View view{place.inverse(), {}};
-    const DepthRange fitted = depthRange(view.worldToEye, bounds);
+    return place;
+}
+
+} // namespace
+
+Point Viewpoint::eye() const {
+    return offset(target, scaled(back, distance));
+}
+
+double Viewpoint::halfHeight() const {
+    return distance * std::tan(fieldOfView / 2.0);
+}
+
+Point centerOf(const Bounds& b) {
+    return {(b.min[0] + b.max[0]) / 2.0, (b.min[1] + b.max[1]) / 2.0, (b.min[2] + b.max[2]) / 2.0};
+}
+
+double radiusOf(const Bounds& b) {
+    const double radius = length(between(b.min, b.max)) / 2.0;
+    return radius > 0.0 ? radius : 1.0;
+}
+
+Vector frontOf(const Vector& up) {
+    const bool zIsUp = std::abs(up[2]) > std::abs(up[1]) && std::abs(up[2]) > std::abs(up[0]);
+    return zIsUp ? Vector(0.0, -1.0, 0.0) : Vector(0.0, 0.0, 1.0);
+}
+
+double fittingDistance(const Viewpoint& viewpoint, const Bounds& bounds, double aspect) {
+    const Point middle = centerOf(bounds);
+    const double tangentY = std::tan(viewpoint.fieldOfView / 2.0);
+    const double tangentX = tangentY * aspect;
+    double distance = 0.0;
+    for (const Point& corner : corners(bounds)) {
+        const Vector p = between(middle, corner);
+        const double nearer = viewpoint.orthographic ? 0.0 : dot(p, viewpoint.back);
+        distance = std::max({distance, nearer + std::abs(dot(p, viewpoint.right)) / tangentX,
+                             nearer + std::abs(dot(p, viewpoint.up)) / tangentY});
+    }
+    return distance > 0.0 ? distance * kMargin : 1.0;
+}
+
+Viewpoint placeEye(const Placement& placement, const Bounds& bounds, double aspect) {
+    Viewpoint viewpoint;
+    viewpoint.fieldOfView = radians(placement.fieldOfView.value_or(kDefaultFieldOfView));
+    viewpoint.orthographic = placement.orthographic;
+    const Vector up = placement.up.value_or(Vector(0.0, 1.0, 0.0));
+    const Point target = placement.target.value_or(centerOf(bounds));
+    if (placement.eye) {
+        lookAt(viewpoint, *placement.eye, target, up);
+        return viewpoint;
+    }
+    const Vector back = sum(scaled(frontOf(up), std::cos(radians(kElevation))),
+                            scaled(up, std::sin(radians(kElevation)) / length(up)));
+    lookAt(viewpoint, offset(target, back), target, up);
+    viewpoint.distance = fittingDistance(viewpoint, bounds, aspect);
+    return viewpoint;
+}
+
+Viewpoint eyeOf(const Camera& camera, const Bounds& bounds) {
+    const AffineMatrix place = withoutScale(camera.toWorld);
+    Viewpoint viewpoint;
+    viewpoint.right = {place[0][0], place[0][1], place[0][2]};
+    viewpoint.back = {place[2][0], place[2][1], place[2][2]};
+    viewpoint.up = cross(viewpoint.back, viewpoint.right);
+    const Point eye(place[3][0], place[3][1], place[3][2]);
+    const double depth = dot(between(centerOf(bounds), eye), viewpoint.back);
+    viewpoint.distance = depth > 0.0 ? depth : radiusOf(bounds);
+    viewpoint.orthographic = camera.kind == Camera::Kind::Orthographic;
+    viewpoint.fieldOfView =
+        viewpoint.orthographic ? 2.0 * std::atan(camera.ymag / viewpoint.distance) : camera.yfov;
+    viewpoint.target = offset(eye, scaled(viewpoint.back, -viewpoint.distance));
+    return viewpoint;
+}
+
+View viewFrom(const Viewpoint& viewpoint, const Bounds& bounds, double aspect) {
+    View view{worldToEyeOf(viewpoint), {}};
+    const DepthRange range = rangeOf(view.worldToEye, bounds);
+    if (viewpoint.orthographic) {
+        const double room = radiusOf(bounds) * 0.01;
+        const double halfHeight = viewpoint.halfHeight();
+        view.projection = orthographic(halfHeight * aspect, halfHeight, range.near - room, range.far + room);
+    } else {
+        const DepthRange depth = inFront(range, bounds);
+        view.projection = perspective(viewpoint.fieldOfView, aspect, depth.near, depth.far);
+    }
+    return view;
+}
+
+View placeView(const Placement& placement, const Bounds& bounds, double aspect) {
+    return viewFrom(placeEye(placement, bounds, aspect), bounds, aspect);
+}
+
+View viewThrough(const Camera& camera, const Bounds& bounds, double aspect) {
+    View view{withoutScale(camera.toWorld).inverse(), {}};
+    const DepthRange fitted = inFront(rangeOf(view.worldToEye, bounds), bounds);
     const double near = camera.zNear > 0.0 ? camera.zNear : fitted.near;
     if (camera.kind == Camera::Kind::Orthographic) {
         const double halfWidth = camera.ymag * aspect;

@@ -12,6 +12,22 @@ struct View {
     koLinear::ProjMatrix projection;
 };
 
+/// An eye and what it looks at: a view before the picture's shape and the scene's depth are known.
+struct Viewpoint {
+    koLinear::Vector right{1.0, 0.0, 0.0}; ///< the eye's axes, each of unit length and across the others
+    koLinear::Vector up{0.0, 1.0, 0.0};
+    koLinear::Vector back{0.0, 0.0, 1.0}; ///< from the target to the eye
+    koLinear::Point target;
+    double distance = 1.0;             ///< of the eye from the target
+    double fieldOfView = 0.6108652382; ///< the whole vertical angle, radians
+    bool orthographic = false; ///< without perspective; as much is seen as in perspective at the target
+
+    koLinear::Point eye() const;
+
+    /// Half the height that is seen at the target.
+    double halfHeight() const;
+};
+
 /// How a view without a camera of the file is placed. What isn't given is chosen so that the scene fits, seen
 /// from the front and a little above.
 struct Placement {
@@ -19,10 +35,34 @@ struct Placement {
     std::optional<koLinear::Point> target;
     std::optional<koLinear::Vector> up;
     std::optional<double> fieldOfView; ///< the whole vertical angle, degrees
+    bool orthographic = false;
 };
 
-/// A view of the scene. `aspect` is width by height. Throws Failure (kExitUsage) when eye and target fall
+/// The eye of a placement. `aspect` is width by height. Throws Failure (kExitUsage) when eye and target fall
 /// together or up lies along the view.
+Viewpoint placeEye(const Placement& placement, const Bounds& bounds, double aspect);
+
+/// An eye where a camera of the file stands, its target beside the middle of the scene. The near and far
+/// planes of the camera are left behind.
+Viewpoint eyeOf(const Camera& camera, const Bounds& bounds);
+
+/// The side of a scene that is the front, given which way is up: towards +z; towards -y where z is up, so
+/// that the model stands on its feet.
+koLinear::Vector frontOf(const koLinear::Vector& up);
+
+/// How far from the centre of the scene the eye must be to have all of it in view, the axes and the angle
+/// given.
+double fittingDistance(const Viewpoint& viewpoint, const Bounds& bounds, double aspect);
+
+koLinear::Point centerOf(const Bounds& bounds);
+
+/// Half the diagonal; 1 for a single point, which still has to be seen.
+double radiusOf(const Bounds& bounds);
+
+/// What the eye sees, near and far plane just round the scene.
+View viewFrom(const Viewpoint& viewpoint, const Bounds& bounds, double aspect);
+
+/// viewFrom what placeEye finds.
 View placeView(const Placement& placement, const Bounds& bounds, double aspect);
 
 /// The view of a camera of the file. Its vertical angle or height is kept whatever the picture's shape.

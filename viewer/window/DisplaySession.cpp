@@ -62,7 +62,7 @@ std::string readDisplayNumber(int displayPipe) {
 
 } // namespace
 
-DisplaySession::DisplaySession(bool verbose) {
+DisplaySession::DisplaySession(Kind kind, bool verbose) {
     XSetErrorHandler(ignoreError);
     XSetIOErrorHandler(serverLost);
     const char* named = std::getenv("DISPLAY");
@@ -71,14 +71,15 @@ DisplaySession::DisplaySession(bool verbose) {
     if (fDisplay)
         return;
 
+    const std::string reason = named && *named ? std::string("the X display ") + named + " can't be opened"
+                                               : "there is no X display";
+    if (kind == Kind::Window)
+        throw Failure(kExitNoGL, reason + " for a window; set DISPLAY, or give -o picture.png for a picture");
     const std::string name = startPrivateServer();
     if (!name.empty())
         fDisplay = XOpenDisplay(name.c_str());
     if (!fDisplay) {
         endPrivateServer();
-        const std::string reason = named && *named
-                                       ? std::string("the X display ") + named + " can't be opened"
-                                       : "there is no X display";
         throw Failure(kExitNoGL,
                       reason + ", and no Xvfb to start one; set DISPLAY, or install the package xvfb");
     }

@@ -8,16 +8,18 @@
 
 namespace orloview {
 
-/// A connection to an X server: the one that DISPLAY names, or a private Xvfb that this session starts and
-/// ends.
+/// A connection to an X server: the one that DISPLAY names, or, for what nobody looks at, a private Xvfb that
+/// this session starts and ends.
 ///
 /// Installs X error handlers for the whole process: a protocol error is passed over; a lost server
 /// ends the program with one line and kExitNoGL.
 class DisplaySession {
 public:
-    /// Throws Failure (kExitNoGL) when there is no display and none can be started. `verbose` says on
-    /// standard error what is started.
-    explicit DisplaySession(bool verbose);
+    enum class Kind { Offscreen, Window };
+
+    /// Throws Failure (kExitNoGL) when there is no display and none can be started; for a window, where no
+    /// private one helps, when there is none. `verbose` says on standard error what is started.
+    DisplaySession(Kind kind, bool verbose);
 
     /// Closes the connection and ends the private server.
     ~DisplaySession();

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <framebuffer/GLFrameBuffer.h>
+
+namespace orloview {
+
+/// A framebuffer object that a frame is drawn in, in linear colours: floats, or bytes where floats aren't
+/// offered.
+///
+/// Lives in the start-up context: make that current to draw in it. Needs a GLSession, also to go.
+class Canvas {
+public:
+    enum class Precision { Half, Full };
+
+    /// Throws Failure: kExitUsage when the size, pixels each way, is beyond the driver's limit; kExitNoGL
+    /// when GL can't do it.
+    Canvas(int width, int height, Precision precision);
+
+    /// The largest width and height.
+    static int largestSide();
+
+    GLFrameBuffer& target() { return fTarget; }
+
+    /// What is drawn, as a texture.
+    IGLTexture& texture() { return *fTarget.fColorTextures[0]; }
+
+private:
+    GLFrameBuffer fTarget;
+};
+
+} // namespace orloview

@@ -1,0 +1,109 @@
+#include "scene/Guides.h"
+
+#include "scene/Vectors.h"
+#include "scene/View.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orloview {
+
+namespace {
+
+constexpr koColor::Color kGridColor{0.10F, 0.10F, 0.11F};
+constexpr koColor::Color kAxisColors[] = {{0.8F, 0.05F, 0.06F}, {0.10F, 0.55F, 0.05F}, {0.06F, 0.15F, 0.9F}};
+
+void addLine(Mesh& mesh, const Point& from, const Point& to, const koColor::Color& color) {
+    for (const Point& end : {from, to}) {
+        mesh.indices.push_back(static_cast<uint32_t>(mesh.vertexCount()));
+        for (int axis = 0; axis < 3; ++axis)
+            mesh.positions.push_back(static_cast<float>(end[axis]));
+        mesh.colors.insert(mesh.colors.end(), color.data(), color.data() + 4);
+    }
+}
+
+/// A scene of one unlit mesh of lines.
+Scene sceneOf(Mesh mesh) {
+    Scene scene;
+    mesh.topology = Topology::Lines;
+    mesh.material = 0;
+    scene.materials.emplace_back().unlit = true;
+    scene.meshes.push_back(std::move(mesh));
+    scene.instances.emplace_back().mesh = 0;
+    return scene;
+}
+
+/// The largest of 1, 2, 5 times a power of ten that is not above `size`.
+double roundStep(double size) {
+    const double power = std::pow(10.0, std::floor(std::log10(size)));
+    for (const double step : {5.0, 2.0}) {
+        if (step * power <= size)
+            return step * power;
+    }
+    return power;
+}
+
+/// How far the scene reaches along a direction of unit length, at least.
+double lowestAlong(const Bounds& bounds, const Vector& direction) {
+    double lowest = 0.0;
+    for (int axis = 0; axis < 3; ++axis)
+        lowest += std::min(bounds.min[axis] * direction[axis], bounds.max[axis] * direction[axis]);
+    return lowest;
+}
+
+Scene makeGrid(const Bounds& bounds, const Vector& up) {
+    constexpr int kCells = 10; // to each side
+    const double radius = radiusOf(bounds);
+    const double step = roundStep(radius / 4.0);
+    const Vector front = frontOf(up);
+    const Vector right = scaled(cross(up, front), 1.0 / length(cross(up, front)));
+    const Vector ahead = cross(right, up);
+    // A hair below the lowest point, or a floor there would flicker through the lines.
+    const double height = lowestAlong(bounds, up) - radius * 1e-3;
+    const Vector middle = between({}, centerOf(bounds));
+    const double x = std::round(dot(middle, right) / step) * step;
+    const double y = std::round(dot(middle, ahead) / step) * step;
+    const auto at = [&](double i, double j) {
+        return offset({},
+                      sum(sum(scaled(right, x + i * step), scaled(ahead, y + j * step)), scaled(up, height)));
+    };
+    Mesh mesh;
+    for (int i = -kCells; i <= kCells; ++i) {
+        addLine(mesh, at(i, -kCells), at(i, kCells), kGridColor);
+        addLine(mesh, at(-kCells, i), at(kCells, i), kGridColor);
+    }
+    return sceneOf(std::move(mesh));
+}
+
+Scene makeAxes(const Bounds& bounds) {
+    Mesh mesh;
+    const double size = radiusOf(bounds) * 1.2;
+    for (int axis = 0; axis < 3; ++axis) {
+        Point end;
+        end[axis] = size;
+        addLine(mesh, {}, end, kAxisColors[axis]);
+    }
+    return sceneOf(std::move(mesh));
+}
+
+void extend(Bounds& bounds, const Scene& other) {
+    const Bounds more = other.bounds();
+    bounds.extend(more.min);
+    bounds.extend(more.max);
+}
+
+} // namespace
+
+Guides makeGuides(const Bounds& scene, const Vector& up) {
+    return {makeGrid(scene, scaled(up, 1.0 / length(up))), makeAxes(scene)};
+}
+
+Bounds boundsWith(Bounds scene, const Guides& guides, bool grid, bool axes) {
+    if (grid)
+        extend(scene, guides.grid);
+    if (axes)
+        extend(scene, guides.axes);
+    return scene;
+}
+
+} // namespace orloview

@@ -1,0 +1,88 @@
+#include "scene/Navigation.h"
+
+#include "scene/Vectors.h"
+
+#include <algorithm>
+#include <numbers>
+
+namespace orloview {
+
+namespace {
+
+/// How near and how far the eye goes, in radii of the scene.
+constexpr double kNearest = 1e-4;
+constexpr double kFarthest = 1e3;
+
+} // namespace
+
+Navigation::Navigation(const Viewpoint& start, const Vector& up, const Bounds& bounds)
+    : fViewpoint(start), fStart(start), fUp(scaled(up, 1.0 / length(up))), fBounds(bounds) {}
+
+void Navigation::orbit(double toRight, double higher) {
+    Viewpoint& v = fViewpoint;
+    v.right = turned(v.right, fUp, toRight);
+    v.back = turned(v.back, fUp, toRight);
+    constexpr double kPole = std::numbers::pi / 2.0;
+    const double elevation = std::atan2(dot(v.back, fUp), length(cross(v.back, fUp)));
+    const double tilt = std::clamp(elevation + higher, -kPole, kPole) - elevation;
+    v.back = turned(v.back, v.right, -tilt);
+    // Rounding must not add up over thousands of moves.
+    v.back = scaled(v.back, 1.0 / length(v.back));
+    v.right = sum(v.right, scaled(v.back, -dot(v.right, v.back)));
+    v.right = scaled(v.right, 1.0 / length(v.right));
+    v.up = cross(v.back, v.right);
+}
+
+void Navigation::pan(double right, double up) {
+    const double half = fViewpoint.halfHeight();
+    const Vector move = sum(scaled(fViewpoint.right, -right * half), scaled(fViewpoint.up, -up * half));
+    fViewpoint.target = offset(fViewpoint.target, move);
+}
+
+void Navigation::zoom(double factor, double x, double y, double aspect) {
+    const double radius = radiusOf(fBounds);
+    const double before = fViewpoint.halfHeight();
+    fViewpoint.distance = std::clamp(fViewpoint.distance / factor, radius * kNearest, radius * kFarthest);
+    const double closer = before - fViewpoint.halfHeight();
+    fViewpoint.target = offset(fViewpoint.target, sum(scaled(fViewpoint.right, x * aspect * closer),
+                                                      scaled(fViewpoint.up, y * closer)));
+}
+
+void Navigation::fit(double aspect) {
+    fViewpoint.target = centerOf(fBounds);
+    fViewpoint.distance = fittingDistance(fViewpoint, fBounds, aspect);
+}
+
+void Navigation::face(Side side) {
+    // Up need not be a coordinate axis: the front is what lies across it.
+    Vector front = frontOf(fUp);
+    front = sum(front, scaled(fUp, -dot(front, fUp)));
+    front = scaled(front, 1.0 / length(front));
+    const Vector right = cross(fUp, front);
+    Viewpoint& v = fViewpoint;
+    switch (side) {
+    case Side::Front:
+        v.back = front;
+        break;
+    case Side::Back:
+        v.back = scaled(front, -1.0);
+        break;
+    case Side::Right:
+        v.back = right;
+        break;
+    case Side::Left:
+        v.back = scaled(right, -1.0);
+        break;
+    case Side::Top:
+        v.back = fUp;
+        break;
+    case Side::Bottom:
+        v.back = scaled(fUp, -1.0);
+        break;
+    }
+    const bool alongUp = side == Side::Top || side == Side::Bottom;
+    v.right = alongUp ? right : cross(fUp, v.back);
+    v.up = cross(v.back, v.right);
+}
+
+} // namespace orloview

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cmath>
+
+#include <orlohost/koLinear.h>
+
+/// Arithmetic on the host's points and vectors.
+namespace orloview {
+
+using koLinear::Point;
+using koLinear::Vector;
+
+inline double dot(const Vector& a, const Vector& b) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+inline Vector cross(const Vector& a, const Vector& b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
+inline double length(const Vector& v) {
+    return std::hypot(v[0], v[1], v[2]);
+}
+
+inline Vector scaled(const Vector& v, double factor) {
+    return {v[0] * factor, v[1] * factor, v[2] * factor};
+}
+
+inline Vector sum(const Vector& a, const Vector& b) {
+    return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
+}
+
+inline Vector between(const Point& from, const Point& to) {
+    return {to[0] - from[0], to[1] - from[1], to[2] - from[2]};
+}
+
+inline Point offset(const Point& p, const Vector& v) {
+    return {p[0] + v[0], p[1] + v[1], p[2] + v[2]};
+}
+
+/// The vector turned by an angle (radians, right-handed) round an axis of unit length.
+inline Vector turned(const Vector& v, const Vector& axis, double angle) {
+    const double along = dot(axis, v) * (1.0 - std::cos(angle));
+    return sum(sum(scaled(v, std::cos(angle)), scaled(cross(axis, v), std::sin(angle))), scaled(axis, along));
+}
+
+} // namespace orloview
