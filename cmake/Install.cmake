@@ -1,0 +1,38 @@
+# What `cmake --install` puts in place: the two libraries, their public headers, the viewer, the documents, and a CMake
+# package. Everything finds its neighbours by relative paths, so that an installed tree can be moved as a whole.
+
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+# The library's headers include each other as "gl/X.h", and hosts include <orlogl.h> or <orlogl/gl/X.h>.
+set(library_headers ${CMAKE_INSTALL_INCLUDEDIR}/orlogl)
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/OrloGL)
+
+install(TARGETS orlohost EXPORT OrloGLTargets INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(TARGETS orlogl EXPORT OrloGLTargets INCLUDES DESTINATION ${library_headers} ${CMAKE_INSTALL_INCLUDEDIR})
+set_target_properties(orlogl PROPERTIES INSTALL_RPATH "$ORIGIN")
+
+install(DIRECTORY host/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.h)
+# Every header of src/ but those that only the library's own sources include.
+install(DIRECTORY src/ DESTINATION ${library_headers}
+  FILES_MATCHING PATTERN *.h PATTERN *.inc
+  PATTERN EntryGroup.h EXCLUDE
+  PATTERN GLULibrary.h EXCLUDE)
+
+if(TARGET orloview)
+  file(RELATIVE_PATH libraries_from_programs ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  install(TARGETS orloview)
+  set_target_properties(orloview PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_programs}")
+endif()
+
+install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES examples/minimal.cpp DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+
+install(EXPORT OrloGLTargets NAMESPACE OrloGL:: DESTINATION ${package_folder})
+configure_package_config_file(cmake/OrloGLConfig.cmake.in ${CMAKE_BINARY_DIR}/OrloGLConfig.cmake
+  INSTALL_DESTINATION ${package_folder} NO_SET_AND_CHECK_MACRO)
+# Before 1.0 a minor version may break what the one before it offered.
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/OrloGLConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/OrloGLConfig.cmake ${CMAKE_BINARY_DIR}/OrloGLConfigVersion.cmake
+  DESTINATION ${package_folder})

@@ -1,0 +1,93 @@
+#!/usr/bin/env python3
+"""Installs, moves what was installed elsewhere, builds a project of its own against it and runs what is there.
+
+Usage: install_test.py CMAKE SOURCES BUILD CXX [FLAGS]
+"""
+
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.MULTILINE)
+
+
+def run(*command):
+    """Standard output as bytes; what fails ends the test with its output."""
+    environment = {name: value for name, value in os.environ.items() if name != "LD_LIBRARY_PATH"}
+    done = subprocess.run(command, capture_output=True, env=environment)
+    if done.returncode:
+        sys.exit(f"{command} ended with {done.returncode}:\n{(done.stdout + done.stderr).decode(errors='replace')}")
+    return done.stdout
+
+
+def reached(include, start):
+    """The installed headers that a host gets with one include."""
+    seen, todo = set(), [start]
+    while todo:
+        path = todo.pop()
+        if path in seen or not path.is_file():
+            continue
+        seen.add(path)
+        for name in INCLUDE.findall(path.read_text(encoding="utf-8")):
+            todo += [path.parent / name, include / name, include / "orlogl" / name]
+    return seen
+
+
+def check_headers(prefix):
+    include = prefix / "include"
+    public = reached(include, include / "orlogl/orlogl.h") | reached(include, include / "orlohost.h")
+    installed = {path for path in include.rglob("*") if path.is_file()}
+    assert public, "no umbrella header is installed"
+    assert installed == public, f"headers that no umbrella includes: {sorted(map(str, installed - public))}"
+
+
+def check_paths(prefix, *folders):
+    """The package must not remember where it was built or first installed."""
+    texts = list(prefix.rglob("*.cmake"))
+    assert texts, "no CMake package is installed"
+    for text in texts:
+        for folder in folders:
+            assert str(folder) not in text.read_text(encoding="utf-8"), f"{text} mentions {folder}"
+
+
+def check_libraries(prefix, program):
+    """A program takes our libraries from where they lie now."""
+    for line in run("ldd", program).decode().splitlines():
+        if "liborlo" in line:
+            assert str(prefix) in line, line
+
+
+def main():
+    cmake, sources, build, compiler, *flags = sys.argv[1:]
+    sources = pathlib.Path(sources)
+    with tempfile.TemporaryDirectory() as scratch:
+        scratch = pathlib.Path(scratch).resolve()
+        first, prefix, tree = scratch / "first", scratch / "moved to" / "here", scratch / "tree"
+        run(cmake, "--install", build, "--prefix", first)
+        prefix.parent.mkdir()
+        first.rename(prefix)
+        check_headers(prefix)
+        check_paths(prefix, first, build, sources)
+
+        run(cmake, "-S", sources / "tests/outside/package", "-B", tree, f"-DCMAKE_PREFIX_PATH={prefix}",
+            f"-DCMAKE_CXX_COMPILER={compiler}", f"-DCMAKE_CXX_FLAGS={' '.join(flags)}",
+            f"-DEXAMPLE={sources / 'examples/minimal.cpp'}")
+        run(cmake, "--build", tree)
+        run(tree / "names")
+        check_libraries(prefix, tree / "minimal")
+        picture = run(tree / "minimal")
+        corner, middle = (picture[at:at + 3] for at in (15, 15 + (120 * 320 + 160) * 3))
+        assert picture.startswith(b"P6\n320 240\n255\n") and corner != middle, "minimal drew nothing"
+
+        viewer = prefix / "bin/orloview"
+        check_libraries(prefix, viewer)
+        run(viewer, sources / "samples/showcase.glb", "-o", scratch / "picture.png", "--size", "160x120")
+        assert (scratch / "picture.png").read_bytes().startswith(b"\x89PNG\r\n\x1a\n")
+        assert (prefix / "share/doc/OrloGL/LICENSE").is_file()
+
+
+if __name__ == "__main__":
+    main()
