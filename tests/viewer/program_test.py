@@ -125,6 +125,17 @@ class Program(unittest.TestCase):
 
     # What is drawn
 
+    def test_the_large_samples_hold_what_was_ordered(self):
+        script = os.path.join(os.path.dirname(__file__), "../../samples/make_large.py")
+        subprocess.run([sys.executable, script, self.folder, "--triangles", "400", "--meshes", "7"], check=True, stdout=subprocess.DEVNULL)
+        models = [self.path("large_model.glb"), self.path("large_scene.glb")]
+        told = json.loads(self.run_viewer(*models, "--info", "--json").stdout)
+        self.assertEqual((told["groups"], told["warnings"]), (8, []))
+        self.assertGreater(told["triangles"], 400)
+        rows = self.picture(*models, "--size", "64x48")[3]
+        drawn = sum(row[at : at + 3] != rows[0][:3] for row in rows for at in range(0, 64 * 3, 3))
+        self.assertGreater(drawn, 300)
+
     def test_colours_are_linear_and_the_picture_is_srgb(self):
         model = self.write("m.gltf", gltf(unlit(0.5, 0.0, 1.0)))
         width, height, channels, rows = self.picture(model, "--size", "64x48", "--background", "#204060")
