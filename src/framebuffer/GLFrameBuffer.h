@@ -19,6 +19,8 @@ ORLOGL_API bool validFrameBufferStatus();
 
 /// Where the host draws: a framebuffer object rendered into textures, a pbuffer, or a window.
 ///
+/// Off screen:
+///
 ///     GLFrameBuffer buffer;
 ///     const koBufferFormat format(kRasterRGBA8, kRasterDepth24, kRasterNoStencil, kSamplingSingle,
 ///                                 IHWTexture::kTexture2D);
@@ -28,6 +30,16 @@ ORLOGL_API bool validFrameBufferStatus();
 ///     GLFunctionTable::fpGlobalFunctionTable->glViewport(0, 0, 640, 480);
 ///     ... draw ...
 ///     PixelArray2D* picture = buffer.readColorBuffer(2, 0, 0, 0, 0, nullptr);
+///
+/// In a window of the host:
+///
+///     GLFrameBuffer buffer;
+///     if (buffer.createInWindow(WindowWrapper(nullptr, window, display), format) != GLFrameBuffer::kSuccess)
+///     ... XMapWindow(display, buffer.fWindow.fbWindow());   // the child that is drawn into
+///     buffer.makeCurrent();
+///     GLFunctionTable::fpGlobalFunctionTable->glViewport(0, 0, width, height);
+///     ... draw ...
+///     buffer.swapBuffers();
 ///
 /// A framebuffer object belongs to the start-up context (and to all that share with it): the host makes that
 /// context current before it draws, and sets the viewport, which starts with the 10 x 10 of the hidden
@@ -66,11 +78,41 @@ public:
     /// bound on success. On failure nothing stays allocated but a stencil-only renderbuffer.
     uint32_t createOffscreen(const koBufferFormat& format, unsigned width, unsigned height);
 
+    /// Makes a double-buffered drawable of its own in `parent` and a context for it that shares objects with
+    /// the start-up context, which is made on the parent's display if there is none. Makes neither current.
+    ///
+    /// Where the driver offers the SGIX configurations, or no configurations at all, the drawable is a child
+    /// window as large as the parent is now. It is not mapped, asks for keys, buttons and exposure but hears
+    /// of no pointer motion, and doesn't follow the parent's size: the host maps `fWindow.fbWindow()`,
+    /// selects the events that it wants on it, and calls resizeWindow and glViewport when the parent changes.
+    /// With GLX 1.3 alone the drawable is a GLX window on the parent itself, and that too is `fbWindow()`.
+    ///
+    /// At least 8 bits each of red, green, blue and alpha, or 32 for kRasterRGBA32F; 24 bits of depth for
+    /// kRasterDepth24, otherwise 16; the stencil's bits. Samples, unless kSamplingSingle, as many as the
+    /// current context has. fActualFormat repeats what was asked for: ask GL for what was given.
+    ///
+    /// kUnsupported: a GLX function is missing. kFormat: no configuration or visual. kNoWindow: X refused, or
+    /// the parent is no window. kNoContextOrSize: no display, table or context. What was made until then
+    /// stays, and may be looked at in the fields. A buffer that was a framebuffer object before, or that
+    /// failed, is used again only after clearInternalState.
+    uint32_t createInWindow(const WindowWrapper& parent, const koBufferFormat& format);
+
+    /// Adopts a window and a context that the host made; nothing is asked of GL. They stay the host's. The
+    /// context should share objects with the start-up context. makeCurrent never unbinds a framebuffer object
+    /// here: bind framebuffer 0 before drawing. kNoContextOrSize without a table, and the buffer is cleared.
+    uint32_t assignInWindow(GLXContext context, const WindowWrapper& window, const koBufferFormat& format,
+                            unsigned width, unsigned height);
+
+    /// Gives an adopted window back, as assignInWindow found it, and clears the buffer.
+    void unassignInWindow();
+
     /// Forgets everything without releasing anything. Always 0.
     uint32_t clearInternalState();
 
     /// Releases what the buffer holds. A stencil-only renderbuffer stays until the GL context goes. A window
-    /// or pbuffer leaves no context current: make another current before deleting textures or buffers.
+    /// or pbuffer leaves no context current: make another current before deleting textures or buffers. The
+    /// child window stays until its parent goes, and X reports an error (GLXBadWindow or BadWindow): have a
+    /// handler installed. A window is released while a start-up context exists, and not at all without one.
     void deleteInternalState();
 
     bool isOffscreen() const;
@@ -141,8 +183,16 @@ public:
     Display* fDisplay = nullptr;
 
 private:
+    struct Attributes;
+
     void referenceStartupContext();
     void dropStartupContext();
+    uint32_t createDrawable(const WindowWrapper& parent);
+    Attributes configurationAttributes() const;
+    uint32_t createBySGIXConfiguration(const WindowWrapper& parent, Attributes& attributes);
+    uint32_t createByVisual(const WindowWrapper& parent);
+    uint32_t createByConfiguration(const WindowWrapper& parent, Attributes& attributes);
+    uint32_t createChildWindow(const WindowWrapper& parent, const XVisualInfo& visual);
     uint32_t createColor(const koBufferFormat& format, unsigned width, unsigned height);
     uint32_t createDepthAndStencil(const koBufferFormat& format, unsigned width, unsigned height);
     void createStencil(RasterFormat stencil, unsigned width, unsigned height);

@@ -1,4 +1,4 @@
-// What windows and pbuffers share: becoming current, swapping, resizing, release.
+// Windows, and what they share with pbuffers: becoming current, swapping, resizing, release.
 
 #include "framebuffer/GLFrameBuffer.h"
 #include "gl/GLFunctionTable.h"
@@ -11,11 +11,39 @@ void GLFrameBuffer::referenceStartupContext() {
 
 void GLFrameBuffer::dropStartupContext() {
     // Never more than was taken: a second release would end the start-up context under the host.
-    if (fStartupReferences != 0) {
-        --fStartupReferences;
-        GLStartupContext::fpGlobalGLStartupContext->unref();
+    if (fStartupReferences == 0)
+        return;
+    --fStartupReferences;
+    GLStartupContext::fpGlobalGLStartupContext->unref();
+}
+
+uint32_t GLFrameBuffer::assignInWindow(GLXContext context, const WindowWrapper& window,
+                                       const koBufferFormat& format, unsigned width, unsigned height) {
+    fFunctionTable = GLFunctionTable::fpGlobalFunctionTable;
+    if (!fFunctionTable) {
+        clearInternalState();
+        return kNoContextOrSize;
     }
-    --fsNumInstances_GLFrameBuffer;
+    if (GLStartupContext::fpGlobalGLStartupContext)
+        referenceStartupContext();
+    fRequestedFormat = format;
+    fActualFormat = format;
+    fWindow = window;
+    fContext = context;
+    fWidth = width;
+    fHeight = height;
+    fKind = kWindowed;
+    fPbuffer = 0;
+    fDrawable = window.window();
+    fDisplay = window.display();
+    fOwnsDrawable = false;
+    return kSuccess;
+}
+
+void GLFrameBuffer::unassignInWindow() {
+    if (GLStartupContext::fpGlobalGLStartupContext)
+        dropStartupContext();
+    clearInternalState();
 }
 
 uint32_t GLFrameBuffer::makeCurrentWindowed() {
@@ -44,6 +72,7 @@ void GLFrameBuffer::deleteInternalStateWindowed() {
     if (fContext) {
         if (!fOwnsDrawable) {
             dropStartupContext();
+            --fsNumInstances_GLFrameBuffer;
             return;
         }
         fFunctionTable->glXMakeCurrent(fDisplay, None, nullptr);
@@ -71,4 +100,5 @@ void GLFrameBuffer::deleteInternalStateWindowed() {
         fOwnsDrawable = false;
     }
     dropStartupContext();
+    --fsNumInstances_GLFrameBuffer;
 }

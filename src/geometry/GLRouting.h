@@ -102,6 +102,13 @@ public:
     void drawSingleIndexed(koUtil::BitField* visible, unsigned* primitiveList, unsigned* preparedIndices,
                            unsigned preparedCount);
 
+    /// Draws fGroup in immediate mode where each stream has an index record of its own (fStream): positions,
+    /// normals and texture coordinates, each walked in its own order until the positions are through. The
+    /// type of the last record decides: triangles or quads, else nothing is drawn. A stream that no record
+    /// names reads as (0, 0, 0, 1). Uses no slots; positions and normals have at least 3 components, texture
+    /// coordinates 2.
+    void drawFullMultipleIndexed();
+
     /// Sets the arrays of all used slots, in their order, with streams of fGroup. Stops after as many slots
     /// as there are texture units and three. With `pointersOnly` the arrays are enabled already.
     void setVertexArrays(bool pointersOnly, bool substitute);
@@ -134,7 +141,7 @@ public:
 
     std::array<Slot, kInterpolantCount> fSlots;
 
-    /// The group whose streams are routed; drawGroup sets it.
+    /// The group whose streams are routed; drawGroup sets it, and the host for drawFullMultipleIndexed.
     GeometryLogicalGroup* fGroup = nullptr;
 
     /// What drawSingleIndexed draws; drawGroup sets them.

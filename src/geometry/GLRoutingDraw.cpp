@@ -190,3 +190,47 @@ void GLRouting::drawOneByOne(GLenum mode, uint32_t primitiveSize, const koUtil::
     }
     gl.glEnd();
 }
+
+void GLRouting::drawFullMultipleIndexed() {
+    GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
+    GeometryDataIterator positions;
+    GeometryDataIterator normals;
+    GeometryDataIterator texCoords;
+    uint32_t type = GeometryDataIndex::kNothing;
+    const size_t recordCount = fGroup ? fGroup->indexRecordCount() : 0;
+    for (size_t i = 0; i < recordCount; ++i) {
+        const GeometryDataIndex* record = fGroup->indexRecord(i);
+        if (!record)
+            break;
+        type = record->fPrimitiveType;
+        switch (record->fStream ? record->fStream->fDataType : GeometryData::kNone) {
+        case GeometryData::kPosition:
+            positions.reset(record, nullptr);
+            break;
+        case GeometryData::kNormal:
+            normals.reset(record, nullptr);
+            break;
+        case GeometryData::kTexCoord:
+            texCoords.reset(record, nullptr);
+            break;
+        default:
+            break;
+        }
+    }
+    if (type != GeometryDataIndex::kTriangles && type != GeometryDataIndex::kQuads)
+        return;
+
+    const bool isQuads = type == GeometryDataIndex::kQuads;
+    while (!positions.done()) {
+        gl.glBegin(isQuads ? GL_QUADS : GL_TRIANGLES);
+        for (int vertex = 0; vertex < (isQuads ? 4 : 3); ++vertex) {
+            gl.glTexCoord2fv(texCoords.current());
+            gl.glNormal3fv(normals.current());
+            gl.glVertex3fv(positions.current());
+            texCoords.advance();
+            normals.advance();
+            positions.advance();
+        }
+        gl.glEnd();
+    }
+}

@@ -135,6 +135,10 @@ Script& script() {
     return recording().script;
 }
 
+void failNext(const char* name, int n) {
+    recording().script.failing[name] = recording().callCounts[name] + n;
+}
+
 State& state() {
     return recording().state;
 }

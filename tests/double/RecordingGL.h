@@ -105,6 +105,8 @@ struct Script {
     bool traceLookups = false;
 };
 Script& script();
+/// Makes the n-th call from now on fail.
+void failNext(const char* name, int n = 1);
 
 /// The kinds of names that the double gives out and takes back. Each kind counts from its own first value, so
 /// that a texture's name in a buffer's place shows.

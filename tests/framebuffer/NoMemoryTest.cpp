@@ -65,6 +65,8 @@ TEST_F(NoMemory, framebufferObjectsFailWhole) {
     GLFrameBuffer buffer;
     theFailingObject = 1;
     EXPECT_EQ(buffer.createOffscreen(wanted(), 8, 4), 4u) << "no start-up context";
+    theFailingObject = 1;
+    EXPECT_EQ(buffer.createInWindow(WindowWrapper(nullptr, 5, fakeDisplay()), wanted()), 4u);
     EXPECT_EQ(GLStartupContext::fpGlobalGLStartupContext, nullptr);
 }
 

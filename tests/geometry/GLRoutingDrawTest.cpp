@@ -212,6 +212,63 @@ TEST_F(Drawing, exchangesTheSwitchesAfterASubset) {
     EXPECT_TRUE(GLRouting::fsUseObjectsForData) << "nor do groups that aren't drawn";
 }
 
+TEST_F(Drawing, drawsStreamsWithIndexListsOfTheirOwn) {
+    GeometryLogicalGroup group;
+    std::map<GeometryData::DataType, GeometryData*> streams;
+    // Five elements each; component k of element e of type t is 100 t + 10 e + k.
+    for (auto type :
+         {GeometryData::kPosition, GeometryData::kNormal, GeometryData::kTexCoord, GeometryData::kColor}) {
+        const uint32_t components = type == GeometryData::kTexCoord ? 2 : 3;
+        std::vector<float> values;
+        for (uint32_t i = 0; i < 5 * components; ++i)
+            values.push_back(static_cast<float>(100 * type + 10 * (i / components) + i % components));
+        streams[type] = &group.addStream(type, components, values);
+    }
+    const auto record = [&](GeometryData::DataType type, uint32_t primitives, std::vector<uint32_t> indices) {
+        GeometryDataIndex& added = group.addIndexRecord(primitives, std::move(indices));
+        added.fStream = type == GeometryData::kNone ? nullptr : streams[type];
+        return &added;
+    };
+    const auto vertex = [](int texCoord, int normal, int position) {
+        const auto values = [](double type, double element) {
+            const double first = 100 * type + 10 * element;
+            return element < 0 ? Values{0, 0, 0} : Values{first, first + 1, first + 2};
+        };
+        Values two = values(3, texCoord);
+        two.pop_back();
+        return Calls{call("glTexCoord2fv", two), call("glNormal3fv", values(2, normal)),
+                     call("glVertex3fv", values(1, position))};
+    };
+    const auto drawn = [&] {
+        fRouting.fGroup = &group;
+        newCalls();
+        fRouting.drawFullMultipleIndexed();
+        return newCalls();
+    };
+    const auto begin = [](GLenum mode) { return Calls{call("glBegin", mode)}; };
+    const Calls end = {call("glEnd")};
+
+    EXPECT_EQ(drawn(), Calls{}) << "no records";
+    record(GeometryData::kPosition, 8, {0, 1, 2, 3});
+    record(GeometryData::kTexCoord, 8, {4, 3, 2, 1, 0});
+    EXPECT_EQ(drawn(), begin(GL_QUADS) + vertex(4, -1, 0) + vertex(3, -1, 1) + vertex(2, -1, 2) +
+                           vertex(1, -1, 3) + end);
+
+    record(GeometryData::kColor, 8, {0});
+    record(GeometryData::kNone, 8, {0});
+    GeometryDataIndex* last = record(GeometryData::kNormal, 5, {2, 2, 0, 9});
+    EXPECT_EQ(drawn(), begin(GL_TRIANGLES) + vertex(4, 2, 0) + vertex(3, 2, 1) + vertex(2, 0, 2) + end +
+                           begin(GL_TRIANGLES) + vertex(1, -1, 3) + vertex(0, -1, -1) + vertex(-1, -1, -1) +
+                           end)
+        << "past its end an iterator reads as nothing";
+
+    last->fPrimitiveType = 6;
+    EXPECT_EQ(drawn(), Calls{}) << "the last record's type decides";
+    fRouting.fGroup = nullptr;
+    fRouting.drawFullMultipleIndexed();
+    EXPECT_EQ(newCalls(), Calls{});
+}
+
 TEST_F(Drawing, substitutesStreams) {
     fGroup.addStream(GeometryData::kNormal, 3, {0, 0, 1});
     const void* flat = fGroup.addStream(GeometryData::kSubstituteNormal, 3, {0, 1, 0}).fData;

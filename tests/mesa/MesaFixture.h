@@ -80,6 +80,13 @@ protected:
         return theErrors;
     }
 
+    /// Waits for the X errors that are due, compares and forgets them: for calls that X is known to refuse.
+    void expectXErrors(const std::vector<int>& expected) {
+        XSync(fDisplay, 0);
+        EXPECT_EQ(xErrors(), expected);
+        xErrors().clear();
+    }
+
 private:
     static int noteXError(Display*, XErrorEvent* event) {
         xErrors().push_back(event->error_code);

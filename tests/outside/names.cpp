@@ -234,6 +234,7 @@ void geometry() {
 
     use(&GLRouting::drawGroup);
     use(&GLRouting::drawSingleIndexed);
+    use(&GLRouting::drawFullMultipleIndexed);
     use(&GLRouting::setVertexArrays);
     use(&GLRouting::unsetVertexArrays);
     use(&GLRouting::setupInterpolant);
@@ -325,6 +326,9 @@ void frameBuffers() {
     buffer.deleteInternalState();
     use(buffer.isOffscreen());
     use(&GLFrameBuffer::createOffscreen);
+    use(&GLFrameBuffer::createInWindow);
+    use(&GLFrameBuffer::assignInWindow);
+    use(&GLFrameBuffer::unassignInWindow);
     use(&GLFrameBuffer::makeCurrent);
     use(&GLFrameBuffer::viewportSize);
     use(&GLFrameBuffer::getDimensions);

@@ -1,0 +1,223 @@
+// Making a drawable of its own in a host's window, by the newest GLX that can do it.
+
+#include "framebuffer/GLFrameBuffer.h"
+#include "gl/GLFunctionTable.h"
+#include "gl/GLStartupContext.h"
+
+#include <cstring>
+#include <new>
+
+namespace {
+
+int colorBits(RasterFormat color) {
+    return color == kRasterRGBA32F ? 32 : 8;
+}
+
+int depthBits(RasterFormat depth) {
+    return depth == kRasterDepth24 ? 24 : 16;
+}
+
+int stencilBits(RasterFormat stencil) {
+    constexpr int kBits[] = {1, 4, 8, 16};
+    static_assert(kRasterStencil16 - kRasterStencil1 == 3);
+    return stencil >= kRasterStencil1 && stencil <= kRasterStencil16 ? kBits[stencil - kRasterStencil1] : 0;
+}
+
+/// ResizeRedirectMask: other programs can't resize the child window, they only ask for it.
+constexpr long kEvents = KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask | ExposureMask |
+                         StructureNotifyMask | ResizeRedirectMask;
+
+} // namespace
+
+/// Pairs of attribute and value for GLX, with a 0 behind the last.
+struct GLFrameBuffer::Attributes {
+    std::array<int, 23> values = {};
+    int count = 0;
+
+    void add(int attribute, int value) {
+        values[count++] = attribute;
+        values[count++] = value;
+    }
+};
+
+uint32_t GLFrameBuffer::createInWindow(const WindowWrapper& parent, const koBufferFormat& format) {
+    fRequestedFormat = format;
+    if (!GLStartupContext::fpGlobalGLStartupContext)
+        GLStartupContext::fpGlobalGLStartupContext = new (std::nothrow) GLStartupContext(parent, nullptr);
+    if (!GLStartupContext::fpGlobalGLStartupContext)
+        return kNoContextOrSize;
+    referenceStartupContext();
+    fFunctionTable = GLFunctionTable::fpGlobalFunctionTable;
+    fDisplay = parent.display();
+    if (!fFunctionTable || !fDisplay)
+        return kNoContextOrSize;
+
+    const uint32_t result = createDrawable(parent);
+    if (result != kSuccess)
+        return result;
+    fActualFormat = fRequestedFormat;
+    fWindow = parent;
+    fWindow.setFBWindow(fDrawable);
+    fKind = kWindowed;
+    fOwnsDrawable = true;
+    return kSuccess;
+}
+
+uint32_t GLFrameBuffer::createDrawable(const WindowWrapper& parent) {
+    const GLFunctionTable& gl = *fFunctionTable;
+    if (!gl.fglXQueryExtensionsString)
+        return kUnsupported;
+    Attributes attributes = configurationAttributes();
+    if (gl.usable(kCapSGIXChooseFBConfig) && gl.usable(kCapSGIXVisualFromFBConfig))
+        return createBySGIXConfiguration(parent, attributes);
+    if (!gl.usable(kCapGLXFBConfig) || !gl.usable(kCapGLXNewContext))
+        return createByVisual(parent);
+    return createByConfiguration(parent, attributes);
+}
+
+GLFrameBuffer::Attributes GLFrameBuffer::configurationAttributes() const {
+    const GLFunctionTable& gl = *fFunctionTable;
+    const char* extensions = gl.glXQueryExtensionsString(fDisplay, DefaultScreen(fDisplay));
+    const bool offersMultisampling = extensions && std::strstr(extensions, "GLX_ARB_multisample");
+    GLint sampleBuffers = 0;
+    GLint samples = 0;
+    if (offersMultisampling && fRequestedFormat.fSamplingType != kSamplingSingle) {
+        gl.glGetIntegerv(GL_SAMPLE_BUFFERS, &sampleBuffers);
+        if (sampleBuffers != 0)
+            gl.glGetIntegerv(GL_SAMPLES, &samples);
+    }
+
+    Attributes wanted;
+    wanted.add(GLX_DRAWABLE_TYPE, GLX_WINDOW_BIT);
+    wanted.add(GLX_DOUBLEBUFFER, 1);
+    wanted.add(GLX_RENDER_TYPE, GLX_RGBA_BIT);
+    for (int channel : {GLX_RED_SIZE, GLX_GREEN_SIZE, GLX_BLUE_SIZE, GLX_ALPHA_SIZE})
+        wanted.add(channel, colorBits(fRequestedFormat.fColorFormat));
+    wanted.add(GLX_DEPTH_SIZE, depthBits(fRequestedFormat.fDepthFormat));
+    wanted.add(GLX_STENCIL_SIZE, stencilBits(fRequestedFormat.fStencilFormat));
+    if (sampleBuffers != 0) {
+        // GL's names and not GLX's, which look like a slip. Choosers that don't know them pass them over, so
+        // hosts get a window without samples where one with samples could not be had.
+        wanted.add(GL_SAMPLE_BUFFERS, 1);
+        wanted.add(GL_SAMPLES, samples);
+    }
+    return wanted;
+}
+
+uint32_t GLFrameBuffer::createBySGIXConfiguration(const WindowWrapper& parent, Attributes& attributes) {
+    const GLFunctionTable& gl = *fFunctionTable;
+    const int screen = DefaultScreen(fDisplay);
+    const GLXContext shared = GLStartupContext::fpGlobalGLStartupContext->context;
+    if (!gl.fglXCreateContext || !gl.fglXChooseVisual)
+        return kUnsupported;
+
+    int count = attributes.count;
+    void** configurations = gl.glXChooseFBConfigSGIX(fDisplay, screen, attributes.values.data(), &count);
+    if (!configurations || count == 0)
+        return kFormat;
+    fKind = kWindowed;
+    XVisualInfo* firstVisual = gl.glXGetVisualFromFBConfigSGIX(fDisplay, configurations[0]);
+    if (!firstVisual)
+        return kFormat;
+    fContext = gl.glXCreateContext(fDisplay, firstVisual, shared, True);
+    if (!fContext)
+        return kNoContextOrSize;
+
+    // The configuration only had to prove itself by a context; what is drawn with comes from the chooser of
+    // visuals. The first context and its visual look forgotten: they last as long as the display connection,
+    // and the share group of hosts that close their last window lives on in them.
+    XVisualInfo* visual = gl.glXChooseVisual(fDisplay, screen, attributes.values.data());
+    if (!visual)
+        return kFormat;
+    fContext = gl.glXCreateContext(fDisplay, visual, shared, True);
+    if (!fContext)
+        return kNoContextOrSize;
+    const uint32_t result = createChildWindow(parent, *visual);
+    if (result != kSuccess)
+        return result;
+    XFree(visual);
+    XFree(configurations);
+    return kSuccess;
+}
+
+uint32_t GLFrameBuffer::createByVisual(const WindowWrapper& parent) {
+    const GLFunctionTable& gl = *fFunctionTable;
+    if (!gl.fglXChooseVisual || !gl.fglXCreateContext)
+        return kUnsupported;
+
+    // GLX_RGBA is missing though colours are meant, and GLX_USE_GL looks like a value of GLX_DOUBLEBUFFER,
+    // which has none. Choosers pass over both, and hosts on old servers get their visual by just this list.
+    const int color = colorBits(fRequestedFormat.fColorFormat);
+    int wanted[] = {GLX_DOUBLEBUFFER,
+                    GLX_USE_GL,
+                    GLX_RED_SIZE,
+                    color,
+                    GLX_GREEN_SIZE,
+                    color,
+                    GLX_BLUE_SIZE,
+                    color,
+                    GLX_ALPHA_SIZE,
+                    color,
+                    GLX_DEPTH_SIZE,
+                    depthBits(fRequestedFormat.fDepthFormat),
+                    GLX_STENCIL_SIZE,
+                    stencilBits(fRequestedFormat.fStencilFormat),
+                    None};
+    XVisualInfo* visual = gl.glXChooseVisual(fDisplay, DefaultScreen(fDisplay), wanted);
+    if (!visual)
+        return kFormat;
+    fContext =
+        gl.glXCreateContext(fDisplay, visual, GLStartupContext::fpGlobalGLStartupContext->context, True);
+    if (!fContext)
+        return kNoContextOrSize;
+    const uint32_t result = createChildWindow(parent, *visual);
+    if (result != kSuccess)
+        return result;
+    XFree(visual);
+    return kSuccess;
+}
+
+uint32_t GLFrameBuffer::createByConfiguration(const WindowWrapper& parent, Attributes& attributes) {
+    const GLFunctionTable& gl = *fFunctionTable;
+    if (!gl.fglXCreateWindow)
+        return kUnsupported;
+
+    int count = attributes.count;
+    void** configurations =
+        gl.glXChooseFBConfig(fDisplay, DefaultScreen(fDisplay), attributes.values.data(), &count);
+    // Null when there are none: the refusal of the context is the answer to both.
+    void* first = configurations ? configurations[0] : nullptr;
+    // GLX_DRAWABLE_TYPE is no render type, GLX_RGBA_TYPE would be. Drivers that look at it refuse, and hosts
+    // take that to mean that only the two older roads lead to a window there.
+    fContext = gl.glXCreateNewContext(fDisplay, first, GLX_DRAWABLE_TYPE,
+                                      GLStartupContext::fpGlobalGLStartupContext->context, True);
+    if (!fContext || !first)
+        return kNoContextOrSize;
+    // On the host's window itself: no child, so nothing to map, and its size is the host's.
+    fDrawable = gl.glXCreateWindow(fDisplay, first, parent.window(), nullptr);
+    if (fDrawable == 0)
+        return kNoWindow;
+    XFree(configurations);
+    return kSuccess;
+}
+
+uint32_t GLFrameBuffer::createChildWindow(const WindowWrapper& parent, const XVisualInfo& visual) {
+    Window root = 0;
+    int x = 0;
+    int y = 0;
+    unsigned width = 0;
+    unsigned height = 0;
+    unsigned border = 0;
+    unsigned depth = 0;
+    if (!XGetGeometry(fDisplay, parent.window(), &root, &x, &y, &width, &height, &border, &depth))
+        return kNoWindow;
+    XSetWindowAttributes attributes = {};
+    attributes.background_pixmap = None;
+    attributes.border_pixel = 0;
+    attributes.event_mask = kEvents;
+    attributes.colormap = XCreateColormap(fDisplay, root, visual.visual, AllocNone);
+    fDrawable =
+        XCreateWindow(fDisplay, parent.window(), 0, 0, width, height, 0, visual.depth, InputOutput,
+                      visual.visual, CWBackPixmap | CWBorderPixel | CWEventMask | CWColormap, &attributes);
+    return fDrawable != 0 ? kSuccess : kNoWindow;
+}
