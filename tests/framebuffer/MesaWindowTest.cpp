@@ -1,18 +1,48 @@
+// Windows of the real server: what is looked at is what stands in the X window, not in GL's buffers.
+
 #include "MesaFixture.h"
 
 #include "framebuffer/GLFrameBuffer.h"
 
 #include <X11/Xutil.h>
 
+#include <memory>
+
 namespace {
+
+constexpr int kGLXBadWindow = 12;
+
+koBufferFormat wanted(RasterFormat color = kRasterRGBA8, RasterFormat depth = kRasterDepth24,
+                      RasterFormat stencil = kRasterStencil8) {
+    return {color, depth, stencil, kSamplingSingle, IHWTexture::kTexture2D};
+}
 
 class MesaWindow : public MesaTest {
 protected:
-    static koBufferFormat wanted() {
-        return {kRasterRGBA8, kRasterDepth24, kRasterStencil8, kSamplingSingle, IHWTexture::kTexture2D};
+    struct Size {
+        int width, height;
+    };
+
+    struct CloseImage {
+        void operator()(XImage* image) const { XDestroyImage(image); }
+    };
+    using Image = std::unique_ptr<XImage, CloseImage>;
+
+    Window hostWindow(Size size) {
+        const Window window = XCreateSimpleWindow(display(), DefaultRootWindow(display()), 0, 0,
+                                                  static_cast<unsigned>(size.width),
+                                                  static_cast<unsigned>(size.height), 0, 0, 0x123456);
+        XMapWindow(display(), window);
+        return window;
     }
 
-    static constexpr int kGLXBadWindow = 12;
+    WindowWrapper wrapped(Window window) { return {nullptr, window, display()}; }
+
+    XWindowAttributes attributesOf(Window window) {
+        XWindowAttributes attributes = {};
+        EXPECT_TRUE(XGetWindowAttributes(display(), window, &attributes));
+        return attributes;
+    }
 
     int glxError(int code) {
         int opcode = 0;
@@ -21,33 +51,272 @@ protected:
         EXPECT_TRUE(XQueryExtension(display(), "GLX", &opcode, &event, &first));
         return first + code;
     }
+
+    GLint bits(GLenum parameter) {
+        GLint value = -1;
+        gl().glGetIntegerv(parameter, &value);
+        return value;
+    }
+
+    void clear(float red, float green, float blue) {
+        gl().glClearColor(red, green, blue, 1);
+        gl().glClear(GL_COLOR_BUFFER_BIT);
+    }
+
+    /// Green with a blue rectangle of 3 x 2 in the lower left corner, in the upper right one a red pixel.
+    void paint(GLFrameBuffer& buffer, Size size) {
+        ASSERT_EQ(buffer.makeCurrent(), 1u);
+        gl().glViewport(0, 0, size.width, size.height);
+        clear(0, 1, 0);
+        gl().glEnable(GL_SCISSOR_TEST);
+        gl().glScissor(0, 0, 3, 2);
+        clear(0, 0, 1);
+        gl().glScissor(size.width - 1, size.height - 1, 1, 1);
+        clear(1, 0, 0);
+        gl().glDisable(GL_SCISSOR_TEST);
+        // Read before the swap: after it, the driver cuts the first frame of the next size to this one.
+        EXPECT_EQ(readPixel(size.width - 1, size.height - 1), (Pixel{255, 0, 0, 255}));
+        buffer.swapBuffers();
+        gl().glXWaitX();
+        expectNoErrors();
+    }
+
+    /// What the X window shows: 0xRRGGBB by place, (0, 0) at the upper left as X has it.
+    Image shown(Window window, Size size) {
+        gl().glXWaitGL();
+        Image image(XGetImage(display(), window, 0, 0, static_cast<unsigned>(size.width),
+                              static_cast<unsigned>(size.height), AllPlanes, ZPixmap));
+        EXPECT_NE(image, nullptr);
+        EXPECT_EQ(image->red_mask, 0xFF0000u);
+        return image;
+    }
+
+    static unsigned at(const Image& image, int x, int y) {
+        return static_cast<unsigned>(XGetPixel(image.get(), x, y)) & 0xFFFFFF;
+    }
+
+    void expectPainted(Window window, Size size) {
+        const Image image = shown(window, size);
+        const auto [right, bottom] = Size{size.width - 1, size.height - 1};
+        const struct {
+            int x, y;
+            unsigned color;
+        } kPlaces[] = {
+            {0, bottom, 0x0000FF},     {2, bottom - 1, 0x0000FF}, {3, bottom, 0x00FF00},
+            {0, bottom - 2, 0x00FF00}, {0, 0, 0x00FF00},          {right, 0, 0xFF0000},
+            {right - 1, 0, 0x00FF00},  {right, 1, 0x00FF00},      {right, bottom, 0x00FF00},
+        };
+        for (const auto& place : kPlaces)
+            EXPECT_EQ(at(image, place.x, place.y), place.color) << place.x << ", " << place.y;
+    }
 };
 
-TEST_F(MesaWindow, drawsIntoItsChild) {
-    const Window host = XCreateSimpleWindow(display(), DefaultRootWindow(display()), 0, 0, 64, 48, 0, 0, 0);
-    XMapWindow(display(), host);
+TEST_F(MesaWindow, drawsOnTheScreenAndFollowsResizeWindow) {
+    const struct {
+        std::vector<GLCapability> vetoed;
+        int releaseError;
+    } kPaths[] = {
+        {{}, glxError(kGLXBadWindow)},
+        {{kCapSGIXChooseFBConfig, kCapGLXFBConfig}, glxError(kGLXBadWindow)},
+        {{kCapGLXWindow}, BadWindow},
+    };
+    for (const auto& path : kPaths) {
+        for (GLCapability capability : path.vetoed)
+            gl().fExtEnabled[capability] = false;
+        const Window host = hostWindow({40, 30});
+        GLFrameBuffer buffer;
+        ASSERT_EQ(buffer.createInWindow(wrapped(host), wanted()), 0u);
+        const Window child = buffer.fWindow.fbWindow();
+        XMapWindow(display(), child);
+        paint(buffer, {40, 30});
+        expectPainted(child, {40, 30});
+        EXPECT_EQ(at(shown(host, {40, 30}), 39, 0), 0xFF0000u) << "seen through the host's window";
+
+        for (const Size size : {Size{75, 50}, Size{3, 3}}) {
+            XResizeWindow(display(), host, static_cast<unsigned>(size.width),
+                          static_cast<unsigned>(size.height));
+            buffer.resizeWindow(static_cast<unsigned>(size.width), static_cast<unsigned>(size.height));
+            EXPECT_EQ(attributesOf(child).width, size.width);
+            int width = 0;
+            int height = 0;
+            buffer.getDimensions(&width, &height);
+            EXPECT_NE(width, size.width) << "a window is measured by its viewport";
+            gl().glViewport(0, 0, size.width, size.height);
+            buffer.getDimensions(&width, &height);
+            EXPECT_EQ(width, size.width);
+            EXPECT_EQ(height, size.height);
+            clear(0, 0, 0);
+            gl().glColor3f(1, 1, 0);
+            gl().glRectf(-1, -1, 1, 1);
+            buffer.swapBuffers();
+            const Image filled = shown(child, size);
+            for (int y = 0; y < size.height; ++y)
+                for (int x = 0; x < size.width; ++x)
+                    ASSERT_EQ(at(filled, x, y), 0xFFFF00u) << x << ", " << y;
+        }
+        expectXErrors({});
+        buffer.deleteInternalState();
+        expectXErrors({path.releaseError});
+        EXPECT_EQ(gl().glXGetCurrentContext(), nullptr);
+        EXPECT_EQ(attributesOf(child).width, 3) << "lives on until its parent goes";
+        XDestroyWindow(display(), host);
+        for (GLCapability capability : path.vetoed)
+            gl().fExtEnabled[capability] = true;
+    }
+}
+
+TEST_F(MesaWindow, isAnUnmappedChildThatIsLeftToTheHost) {
+    const Window host = hostWindow({40, 30});
+    XSelectInput(display(), host, PointerMotionMask);
+    GLuint texture = 0;
+    gl().glGenTextures(1, &texture);
+    gl().glBindTexture(GL_TEXTURE_2D, texture);
     GLFrameBuffer buffer;
-    ASSERT_EQ(buffer.createInWindow(WindowWrapper(nullptr, host, display()), wanted()), 0u);
-    XMapWindow(display(), buffer.fWindow.fbWindow());
+    ASSERT_EQ(buffer.createInWindow(wrapped(host), wanted()), 0u);
+    EXPECT_EQ(gl().glXGetCurrentContext(), startup().context) << "what was current still is";
+    const Window child = buffer.fWindow.fbWindow();
+    const XWindowAttributes attributes = attributesOf(child);
+    EXPECT_EQ(attributes.map_state, IsUnmapped);
+    EXPECT_EQ(attributes.your_event_mask, 0x6800F);
+    EXPECT_EQ(attributes.width, 40);
+    EXPECT_EQ(attributes.height, 30);
+    XResizeWindow(display(), host, 60, 60);
+    EXPECT_EQ(attributesOf(child).width, 40) << "doesn't follow the parent";
+
     ASSERT_EQ(buffer.makeCurrent(), 1u);
-    gl().glViewport(0, 0, 64, 48);
-    gl().glClearColor(1, 0, 0, 1);
-    gl().glClear(GL_COLOR_BUFFER_BIT);
-    expectNoErrors();
-    buffer.swapBuffers();
-    XImage* image = XGetImage(display(), buffer.fWindow.fbWindow(), 0, 0, 64, 48, AllPlanes, ZPixmap);
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(XGetPixel(image, 10, 10) & 0xFFFFFF, 0xFF0000u);
-    XDestroyImage(image);
-    XSync(display(), 0);
-    EXPECT_THAT(xErrors(), testing::IsEmpty());
+    EXPECT_TRUE(gl().glIsTexture(texture)) << "objects are shared";
+    clear(0, 1, 0);
+    EXPECT_EQ(readPixel(39, 29), (Pixel{0, 255, 0, 255})) << "also without being mapped";
+    gl().glDeleteTextures(1, &texture);
     buffer.deleteInternalState();
-    XSync(display(), 0);
-    printf("codes:");
-    for (int c : xErrors())
-        printf(" %d", c);
-    printf("\n");
-    xErrors().clear();
+    expectXErrors({glxError(kGLXBadWindow)});
+    XDestroyWindow(display(), host);
+}
+
+TEST_F(MesaWindow, givesAtLeastWhatWasAskedFor) {
+    const struct {
+        RasterFormat color, depth, stencil;
+        uint32_t result;
+        int depthBits, stencilBits;
+    } kCases[] = {
+        {kRasterRGBA8, kRasterDepth24, kRasterStencil8, 0, 24, 8},
+        {kRasterRGB8, kRasterDepth16, kRasterStencil1, 0, 16, 1},
+        {kRasterNoColor, kRasterNoDepth, kRasterStencil4, 0, 16, 4},
+        {kRasterAlpha8, kRasterDepth24, kRasterNoStencil, 0, 24, 0},
+        {kRasterRGBA32F, kRasterDepth24, kRasterNoStencil, 2, 0, 0},
+        {kRasterRGBA8, kRasterDepth24, kRasterStencil16, 2, 0, 0},
+    };
+    const Window host = hostWindow({8, 8});
+    for (const auto& c : kCases) {
+        GLFrameBuffer buffer;
+        ASSERT_EQ(buffer.createInWindow(wrapped(host), wanted(c.color, c.depth, c.stencil)), c.result);
+        if (c.result != 0)
+            continue;
+        EXPECT_EQ(buffer.fActualFormat.fStencilFormat, c.stencil) << "repeats the request";
+        buffer.makeCurrent();
+        EXPECT_GE(bits(GL_DEPTH_BITS), c.depthBits);
+        EXPECT_GE(bits(GL_STENCIL_BITS), c.stencilBits);
+        EXPECT_EQ(bits(GL_RED_BITS), 8);
+        EXPECT_EQ(bits(GL_ALPHA_BITS), 8);
+        EXPECT_TRUE(bits(GL_DOUBLEBUFFER));
+        buffer.deleteInternalState();
+        expectXErrors({glxError(kGLXBadWindow)});
+    }
+    XDestroyWindow(display(), host);
+}
+
+TEST_F(MesaWindow, twoCloseInEitherOrder) {
+    const Size sizes[] = {{40, 30}, {25, 20}};
+    for (int closedFirst : {0, 1}) {
+        SCOPED_TRACE(closedFirst);
+        const Window hosts[] = {hostWindow(sizes[0]), hostWindow(sizes[1])};
+        XMoveWindow(display(), hosts[1], 200, 100);
+        GLFrameBuffer buffers[2];
+        ASSERT_EQ(buffers[0].createInWindow(wrapped(hosts[0]), wanted()), 0u);
+        ASSERT_EQ(buffers[1].createInWindow(wrapped(hosts[1]),
+                                            wanted(kRasterRGB8, kRasterDepth16, kRasterNoStencil)),
+                  0u);
+        EXPECT_EQ(startup().refCount(), 3);
+        for (int i : {0, 1, 0})
+            XMapWindow(display(), buffers[i].fWindow.fbWindow());
+        paint(buffers[0], sizes[0]);
+        EXPECT_EQ(bits(GL_STENCIL_BITS), 8);
+        paint(buffers[1], sizes[1]);
+        EXPECT_EQ(bits(GL_STENCIL_BITS), 0);
+        for (int i : {0, 1})
+            expectPainted(buffers[i].fWindow.fbWindow(), sizes[i]);
+        expectXErrors({});
+
+        const int other = 1 - closedFirst;
+        buffers[closedFirst].deleteInternalState();
+        expectXErrors({glxError(kGLXBadWindow)});
+        XDestroyWindow(display(), hosts[closedFirst]);
+        EXPECT_EQ(startup().refCount(), 2);
+        ASSERT_EQ(buffers[other].makeCurrent(), 1u);
+        clear(1, 1, 1);
+        buffers[other].swapBuffers();
+        EXPECT_EQ(at(shown(buffers[other].fWindow.fbWindow(), sizes[other]), 0, 0), 0xFFFFFFu);
+        paint(buffers[other], sizes[other]);
+        expectPainted(buffers[other].fWindow.fbWindow(), sizes[other]);
+        buffers[other].deleteInternalState();
+        expectXErrors({glxError(kGLXBadWindow)});
+        XDestroyWindow(display(), hosts[other]);
+        EXPECT_EQ(startup().refCount(), 1);
+    }
+}
+
+TEST_F(MesaWindow, drawsWithAContextOfTheHost) {
+    int list[] = {GLX_RGBA, GLX_DOUBLEBUFFER, GLX_RED_SIZE, 8, GLX_DEPTH_SIZE, 24, None};
+    const std::unique_ptr<XVisualInfo, int (*)(void*)> visual(
+        gl().glXChooseVisual(display(), DefaultScreen(display()), list), XFree);
+    ASSERT_NE(visual, nullptr);
+    const GLXContext context = gl().glXCreateContext(display(), visual.get(), startup().context, True);
+    ASSERT_NE(context, nullptr);
+    XSetWindowAttributes attributes = {};
+    const Window root = DefaultRootWindow(display());
+    attributes.colormap = XCreateColormap(display(), root, visual->visual, AllocNone);
+    const Window host = XCreateWindow(display(), root, 0, 0, 40, 30, 0, visual->depth, InputOutput,
+                                      visual->visual, CWBorderPixel | CWColormap, &attributes);
+    XMapWindow(display(), host);
+
+    GLFrameBuffer buffer;
+    ASSERT_EQ(buffer.assignInWindow(context, wrapped(host), wanted(), 40, 30), 0u);
+    EXPECT_EQ(startup().refCount(), 2);
+    paint(buffer, {40, 30});
+    expectPainted(host, {40, 30});
+    buffer.resizeWindow(55, 33);
+    paint(buffer, {55, 33});
+    expectPainted(host, {55, 33});
+
+    GLuint framebuffer = 0;
+    gl().glGenFramebuffersEXT(1, &framebuffer);
+    gl().glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, framebuffer);
+    buffer.makeCurrent();
+    EXPECT_EQ(bits(GL_FRAMEBUFFER_BINDING_EXT), static_cast<GLint>(framebuffer)) << "stays bound";
+    gl().glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+    gl().glDeleteFramebuffersEXT(1, &framebuffer);
+
+    buffer.unassignInWindow();
+    EXPECT_EQ(startup().refCount(), 1);
+    EXPECT_EQ(gl().glXGetCurrentContext(), context) << "the host's context is left as it is";
+    clear(0, 0, 1);
+    gl().glXSwapBuffers(display(), host);
+    EXPECT_EQ(at(shown(host, {55, 33}), 54, 0), 0x0000FFu);
+    gl().glXMakeCurrent(display(), None, nullptr);
+    gl().glXDestroyContext(display(), context);
+    XDestroyWindow(display(), host);
+    XFreeColormap(display(), attributes.colormap);
+    expectXErrors({});
+}
+
+TEST_F(MesaWindow, failsWithoutAParentOrAContext) {
+    const Window host = hostWindow({8, 8});
+    GLFrameBuffer orphan;
+    EXPECT_EQ(orphan.createInWindow(wrapped(1), wanted()), 3u);
+    expectXErrors({BadDrawable});
+    gl().fExtEnabled[kCapSGIXChooseFBConfig] = false;
+    GLFrameBuffer refused;
+    EXPECT_EQ(refused.createInWindow(wrapped(host), wanted()), 4u) << "the render type of GLX 1.3";
     XDestroyWindow(display(), host);
 }
 
