@@ -17,6 +17,7 @@ constexpr int kLargestSide = 65536;
 
 const char* const kFooter = R"(
 Examples:
+  orloview model.glb
   orloview model.glb -o picture.png
   orloview part1.obj part2.stl -o - --size 1920x1080 --background white > both.png
   orloview room.gltf -o view.png --camera Entrance
@@ -24,7 +25,7 @@ Examples:
   orloview model.glb --info --json
 
 Exit codes:
-  0   the picture is written, or what was asked for is printed
+  0   the picture is written, the window closed, or what was asked for is printed
   1   a switch or its value is wrong
   2   no model could be read, or nothing in it can be drawn
   3   the picture is written, but some input was left out (each is named)
@@ -145,10 +146,8 @@ void checkTogether(const Options& options) {
         throw Failure(kExitUsage, "--json: it goes with --info");
     if (options.info)
         return;
-    if (options.output.empty())
-        throw Failure(kExitUsage,
-                      "no picture asked for; give -o picture.png, or --info to list what the model holds");
-    if (options.output != "-" && !CLI::detail::to_lower(options.output).ends_with(".png"))
+    if (!options.output.empty() && options.output != "-" &&
+        !CLI::detail::to_lower(options.output).ends_with(".png"))
         throw Failure(kExitUsage, "-o " + options.output +
                                       ": only PNG pictures can be written; give a name ending in .png");
     if (options.camera &&
@@ -215,9 +214,11 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     app.set_version_flag("--version", "orloview " ORLOGL_VERSION, "Print the version");
     app.add_option("models", options.models, "Model files: glTF 2.0 (.gltf, .glb), OBJ, PLY, STL and others")
         ->type_name("MODEL...");
-    app.add_option("-o,--output", options.output, "Write a picture here, PNG; - for standard output")
+    app.add_option("-o,--output", options.output,
+                   "Write a picture here, PNG, and open no window; - for standard output")
         ->type_name("FILE.png");
-    app.add_option("--size", size, "Size of the picture in pixels, 1280x720 unless given")->type_name("WxH");
+    app.add_option("--size", size, "Size of the picture or window in pixels, 1280x720 unless given")
+        ->type_name("WxH");
     app.add_option("--eye", eye, "Where the eye is")->type_name("X,Y,Z");
     app.add_option("--target", target, "What the eye looks at")->type_name("X,Y,Z");
     app.add_option("--up", up, "Which way is up, 0,1,0 unless given")->type_name("X,Y,Z");
@@ -232,7 +233,8 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     app.add_flag("--no-culling", noCulling, "Draw triangles from behind too");
     app.add_flag("--grid", options.grid, "Draw a grid under the model");
     app.add_flag("--axes", options.axes, "Draw the axes of the world: x red, y green, z blue");
-    app.add_flag("--stats", options.stats, "Print what was drawn and uploaded, frame by frame");
+    app.add_flag("--stats", options.stats,
+                 "Print what was drawn and uploaded, frame by frame; in a window, show it");
     app.add_flag("--info", options.info, "Print what the models hold; needs no display");
     app.add_flag("--json", options.json, "With --info: as JSON");
     app.add_flag("--gl-info", options.glInfo, "Print OpenGL's version, capabilities and limits");

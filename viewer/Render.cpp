@@ -36,14 +36,6 @@ const Camera& findCamera(const std::string& wanted, const Scene& scene) {
     throw Failure(kExitUsage, "--camera " + wanted + ": the model has no such camera; it has " + known);
 }
 
-/// Pictures are averaged from 2 x 2 pixels each, where the driver and memory allow.
-int supersampling(const FrameLook& look) {
-    const int limit = Canvas::largestSide();
-    const bool fits =
-        look.width * 2 <= limit && look.height * 2 <= limit && 4.0 * look.width * look.height <= kMostPixels;
-    return fits ? 2 : 1;
-}
-
 koColor::Color linearBackground(const std::array<float, 4>& srgb) {
     const float alpha = srgb[3];
     return {decodeSrgb(srgb[0]) * alpha, decodeSrgb(srgb[1]) * alpha, decodeSrgb(srgb[2]) * alpha, alpha};
@@ -99,6 +91,13 @@ View chooseView(const Options& options, const Scene& scene, const Bounds& bounds
     if (options.camera)
         return viewThrough(findCamera(*options.camera, scene), bounds, aspect);
     return viewFrom(chooseEye(options, scene), bounds, aspect);
+}
+
+int supersampling(const FrameLook& look) {
+    const int limit = Canvas::largestSide();
+    const bool fits =
+        look.width * 2 <= limit && look.height * 2 <= limit && 4.0 * look.width * look.height <= kMostPixels;
+    return fits ? 2 : 1;
 }
 
 Picture renderPicture(const View& view, const FrameContent& content, const FrameLook& look, bool stats) {

@@ -24,6 +24,9 @@ FrameLook lookOf(const Options& options);
 /// The same look in a frame that is `factor` times as large each way.
 FrameLook enlarged(FrameLook look, int factor);
 
+/// From how many pixels each way a pixel of the picture is averaged: 2, where the driver and memory allow.
+int supersampling(const FrameLook& look);
+
 /// Draws the content offscreen, in the start-up context, which it leaves current, and develops the picture.
 /// Throws Failure when the size is beyond the driver's limit or GL lacks framebuffer objects. With `stats`
 /// prints what each of two frames cost to standard error.

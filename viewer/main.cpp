@@ -10,6 +10,7 @@
 #include "scene/Guides.h"
 #include "window/DisplaySession.h"
 #include "window/GLSession.h"
+#include "window/ViewerWindow.h"
 
 #include <cstdio>
 #include <exception>
@@ -107,7 +108,10 @@ int run(int argc, const char* const* argv) {
     }
     if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
         throw Failure(kExitNoInput, options.models.front() + ": nothing in it can be drawn");
-    return writePicture(options, loaded);
+    if (!options.output.empty())
+        return writePicture(options, loaded);
+    showInWindow(options, loaded.scene);
+    return kExitDone;
 }
 
 } // namespace

@@ -61,10 +61,11 @@ TEST_F(NavigationTest, turnsRoundTheTargetAndStopsAtThePoles) {
             navigation.orbit(0.37, i % 3 ? -0.011 : 0.02);
         expectLevelAxes(navigation);
         navigation.orbit(0.0, 9.0);
-        expectNear(navigation.viewpoint().back, navigation.up());
+        EXPECT_NEAR(dot(navigation.viewpoint().back, navigation.up()), 1.0, 1e-5);
         expectLevelAxes(navigation);
         navigation.orbit(1.0, -9.0);
-        expectNear(navigation.viewpoint().back, scaled(navigation.up(), -1.0));
+        EXPECT_NEAR(dot(navigation.viewpoint().back, navigation.up()), -1.0, 1e-5);
+        EXPECT_GT(dot(navigation.viewpoint().up, navigation.up()), 1e-3) << "before the pole";
         expectNear(between(target, navigation.viewpoint().target), {});
     }
     Navigation navigation = start();

@@ -86,23 +86,26 @@ Scene makeAxes(const Bounds& bounds) {
     return sceneOf(std::move(mesh));
 }
 
-void extend(Bounds& bounds, const Scene& other) {
-    const Bounds more = other.bounds();
-    bounds.extend(more.min);
-    bounds.extend(more.max);
+Bounds unite(Bounds a, const Bounds& b) {
+    a.extend(b.min);
+    a.extend(b.max);
+    return a;
 }
 
 } // namespace
 
 Guides makeGuides(const Bounds& scene, const Vector& up) {
-    return {makeGrid(scene, scaled(up, 1.0 / length(up))), makeAxes(scene)};
+    Guides guides{makeGrid(scene, scaled(up, 1.0 / length(up))), makeAxes(scene), {}, {}};
+    guides.gridBounds = guides.grid.bounds();
+    guides.axesBounds = guides.axes.bounds();
+    return guides;
 }
 
 Bounds boundsWith(Bounds scene, const Guides& guides, bool grid, bool axes) {
     if (grid)
-        extend(scene, guides.grid);
+        scene = unite(scene, guides.gridBounds);
     if (axes)
-        extend(scene, guides.axes);
+        scene = unite(scene, guides.axesBounds);
     return scene;
 }
 

@@ -11,6 +11,9 @@ struct Guides {
 
     /// x red, y green, z blue, from the origin, in the positive direction.
     Scene axes;
+
+    Bounds gridBounds;
+    Bounds axesBounds;
 };
 
 /// Guides for a scene of this size. `up` is the axis that points up, of any length.

@@ -13,6 +13,10 @@ namespace {
 constexpr double kNearest = 1e-4;
 constexpr double kFarthest = 1e3;
 
+/// Turning ends a little before straight above: there, eye, target and up would no longer say which way is up
+/// in the picture.
+constexpr double kHighest = 89.9 / 180.0 * std::numbers::pi;
+
 } // namespace
 
 Navigation::Navigation(const Viewpoint& start, const Vector& up, const Bounds& bounds)
@@ -22,9 +26,8 @@ void Navigation::orbit(double toRight, double higher) {
     Viewpoint& v = fViewpoint;
     v.right = turned(v.right, fUp, toRight);
     v.back = turned(v.back, fUp, toRight);
-    constexpr double kPole = std::numbers::pi / 2.0;
     const double elevation = std::atan2(dot(v.back, fUp), length(cross(v.back, fUp)));
-    const double tilt = std::clamp(elevation + higher, -kPole, kPole) - elevation;
+    const double tilt = std::clamp(elevation + higher, -kHighest, kHighest) - elevation;
     v.back = turned(v.back, v.right, -tilt);
     // Rounding must not add up over thousands of moves.
     v.back = scaled(v.back, 1.0 / length(v.back));

@@ -6,8 +6,9 @@ namespace orloview {
 
 /// Moves an eye about a scene by hand: turns it round its target, moves both, goes nearer.
 ///
-/// The horizon stays level: turning goes round the axis that points up, and tilting ends straight above and
-/// straight below. Angles are radians; places in the picture run from -1 (left, bottom) to 1.
+/// The horizon stays level: turning goes round the axis that points up, and tilting ends a tenth of a degree
+/// before straight above and straight below. Angles are radians; places in the picture run from -1 (left,
+/// bottom) to 1.
 class Navigation {
 public:
     enum class Side { Front, Back, Right, Left, Top, Bottom };

@@ -43,9 +43,10 @@ void lookAt(Viewpoint& viewpoint, const Point& eye, const Point& target, const V
     if (!(viewpoint.distance > 0.0))
         throw Failure(kExitUsage, "--eye is where the view looks; move --eye or --target");
     viewpoint.back = scaled(sight, -1.0 / viewpoint.distance);
-    const Vector right = cross(up, viewpoint.back);
-    if (!(length(right) / length(up) > 1e-9))
-        throw Failure(kExitUsage, "--up lies along the view; give another direction, such as --up 0,0,1");
+    Vector right = cross(up, viewpoint.back);
+    if (!(length(right) / length(up) >
+          1e-9)) // from straight above or below: the front is at the bottom or top
+        right = cross(up, frontOf(up));
     viewpoint.right = scaled(right, 1.0 / length(right));
     viewpoint.up = cross(viewpoint.back, viewpoint.right);
 }

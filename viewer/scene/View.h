@@ -38,8 +38,8 @@ struct Placement {
     bool orthographic = false;
 };
 
-/// The eye of a placement. `aspect` is width by height. Throws Failure (kExitUsage) when eye and target fall
-/// together or up lies along the view.
+/// The eye of a placement. `aspect` is width by height. Seen from straight above, the front is at the bottom
+/// of the picture. Throws Failure (kExitUsage) when eye and target fall together.
 Viewpoint placeEye(const Placement& placement, const Bounds& bounds, double aspect);
 
 /// An eye where a camera of the file stands, its target beside the middle of the scene. The near and far

@@ -1,0 +1,366 @@
+#!/usr/bin/python3
+"""orloview's window as a user meets it, on an X server of its own, with keys and mouse by XTest.
+
+Usage: window_test.py ORLOVIEW [unittest arguments]. Debian's Python: the package python3-xlib belongs to that one.
+"""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+from Xlib import XK, X, display, error
+from Xlib.ext import xtest
+from Xlib.protocol import event
+
+from viewer_files import gltf, read_png, unlit
+
+ORLOVIEW = os.path.abspath(sys.argv.pop(1))
+WIDTH, HEIGHT = 320, 240
+MESSAGE = 30  # rows at the bottom where a passing message may stand
+
+# Two triangles that no view shows alike from two sides, one of them half transparent.
+CORNERS = ((-1, -1, 0), (1, -1, 0), (0, 1, 0))
+NODES = [{"mesh": 0}, {"mesh": 0, "translation": [0.3, 0.2, 0.5], "scale": [0.7, 0.4, 1], "rotation": [0, 0.6, 0, 0.8]}]
+MODEL = gltf({"pbrMetallicRoughness": {"baseColorFactor": [0.9, 0.3, 0.1, 0.8]}, "alphaMode": "BLEND"}, CORNERS, nodes=NODES)
+
+
+class Server:
+    """An Xvfb that ends with the test."""
+
+    def __init__(self):
+        reading, writing = os.pipe()
+        command = ["Xvfb", "-displayfd", str(writing), "-screen", "0", "800x600x24", "-noreset", "-nolisten", "tcp"]
+        self.process = subprocess.Popen(command, pass_fds=[writing], stderr=subprocess.DEVNULL)
+        os.close(writing)
+        with os.fdopen(reading) as pipe:
+            self.name = ":" + pipe.readline().strip()
+
+    def stop(self):
+        self.process.terminate()
+        self.process.wait()
+
+
+class Window:
+    """A running orloview and its window."""
+
+    def __init__(self, server, folder, *arguments):
+        environment = {**os.environ, "DISPLAY": server.name}
+        self.process = subprocess.Popen(
+            [ORLOVIEW, *arguments], cwd=folder, env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True
+        )
+        self.display = display.Display(server.name)
+        self.window = self.wait_for(self.find)
+        xtest.fake_input(self.display, X.MotionNotify, x=WIDTH // 2, y=HEIGHT // 2)
+        self.settle()
+
+    def wait_for(self, found):
+        """What `found` returns as soon as it is true."""
+        for _ in range(600):
+            if result := found():
+                return result
+            time.sleep(0.05)
+        raise AssertionError(f"{found.__name__}: not within 30 seconds; {self.process.poll()}")
+
+    def find(self):
+        for window in self.display.screen().root.query_tree().children:
+            try:
+                name = window.get_wm_class()
+                if name and name[1] == "orloview" and window.get_attributes().map_state == X.IsViewable:
+                    return window
+            except error.BadWindow:
+                pass
+        return None
+
+    def size(self):
+        geometry = self.window.get_geometry()
+        return geometry.width, geometry.height
+
+    def picture(self):
+        """Rows of red, green, blue of what the screen shows."""
+        width, height = self.size()
+        data = self.window.get_image(0, 0, width, height, X.ZPixmap, 0xFFFFFFFF).data
+        rows = []
+        for y in range(height):
+            line = data[y * width * 4 : (y + 1) * width * 4]
+            row = bytearray(width * 3)
+            row[0::3], row[1::3], row[2::3] = line[2::4], line[1::4], line[0::4]
+            rows.append(bytes(row))
+        return rows
+
+    def settle(self):
+        """The picture once it has stood still for a while, without the rows of the message."""
+        last, since = None, time.monotonic()
+        end = since + 30
+        while time.monotonic() < end:
+            now = self.picture()[:-MESSAGE]
+            if now != last:
+                last, since = now, time.monotonic()
+            elif time.monotonic() - since > 0.35:
+                return last
+            time.sleep(0.05)
+        raise AssertionError("the picture never stands still")
+
+    def press(self, name, *modifiers):
+        codes = [self.display.keysym_to_keycode(XK.string_to_keysym(key)) for key in (*modifiers, name)]
+        for code in codes:
+            xtest.fake_input(self.display, X.KeyPress, code)
+        for code in reversed(codes):
+            xtest.fake_input(self.display, X.KeyRelease, code)
+        self.display.sync()
+
+    def after(self, name, *modifiers):
+        self.press(name, *modifiers)
+        return self.settle()
+
+    def move_pointer(self, x, y):
+        xtest.fake_input(self.display, X.MotionNotify, x=x, y=y)
+        self.display.sync()
+
+    def drag(self, button, right, down, shift=False):
+        code = self.display.keysym_to_keycode(XK.XK_Shift_L)
+        x, y = WIDTH // 2, HEIGHT // 2
+        self.move_pointer(x, y)
+        if shift:
+            xtest.fake_input(self.display, X.KeyPress, code)
+        xtest.fake_input(self.display, X.ButtonPress, button)
+        for step in range(1, 5):
+            self.move_pointer(x + right * step // 4, y + down * step // 4)
+            time.sleep(0.02)
+        xtest.fake_input(self.display, X.ButtonRelease, button)
+        if shift:
+            xtest.fake_input(self.display, X.KeyRelease, code)
+        self.display.sync()
+        return self.settle()
+
+    def wheel(self, button, times, x, y):
+        self.move_pointer(x, y)
+        for _ in range(times):
+            xtest.fake_input(self.display, X.ButtonPress, button)
+            xtest.fake_input(self.display, X.ButtonRelease, button)
+        self.display.sync()
+        return self.settle()
+
+    def resize(self, width, height):
+        self.window.configure(width=width, height=height)
+        self.display.sync()
+        self.wait_for(lambda: self.size() == (width, height))
+        if height > MESSAGE:
+            return self.settle()
+        time.sleep(0.5)
+        return None
+
+    def close(self):
+        """As a window manager does it."""
+        atom = self.display.intern_atom
+        ask = event.ClientMessage(
+            window=self.window, client_type=atom("WM_PROTOCOLS"), data=(32, [atom("WM_DELETE_WINDOW"), X.CurrentTime, 0, 0, 0])
+        )
+        self.window.send_event(ask)
+        self.display.sync()
+
+    def kill(self):
+        self.process.kill()
+        self.process.communicate()
+        try:
+            self.display.close()
+        except error.ConnectionClosedError:
+            pass
+
+    def end(self):
+        """Exit code, standard output and standard error."""
+        out, err = self.process.communicate(timeout=30)
+        return self.process.returncode, out, err
+
+    def ticks(self):
+        with open(f"/proc/{self.process.pid}/stat") as stat:
+            return sum(int(number) for number in stat.read().rsplit(")", 1)[1].split()[11:13])
+
+
+def difference(a, b):
+    """The largest difference of two pictures, and the share of values that differ by more than 2."""
+    assert len(a) == len(b) and len(a[0]) == len(b[0])
+    differences = [abs(p - q) for row, other in zip(a, b) for p, q in zip(row, other)]
+    return max(differences), sum(d > 2 for d in differences) / len(differences)
+
+
+def middle_of(rows, matches):
+    """The mean place of the pixels that match."""
+    places = [(x, y) for y, row in enumerate(rows) for x in range(len(row) // 3) if matches(*row[x * 3 : x * 3 + 3])]
+    return tuple(sum(axis) / len(places) for axis in zip(*places))
+
+
+class WindowTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="orloview-test-")
+        self.addCleanup(shutil.rmtree, self.folder)
+        with open(os.path.join(self.folder, "m.gltf"), "w") as file:
+            file.write(MODEL)
+        self.server = Server()
+        self.addCleanup(self.server.stop)
+
+    def open(self, *arguments, size=(WIDTH, HEIGHT)):
+        window = Window(self.server, self.folder, *arguments, "--size", f"{size[0]}x{size[1]}")
+        self.addCleanup(window.kill)
+        return window
+
+    def drawn(self, *switches):
+        """The picture that -o writes."""
+        out = os.path.join(self.folder, "drawn.png")
+        command = [ORLOVIEW, "m.gltf", *switches, "-o", out]
+        subprocess.run(command, cwd=self.folder, check=True, env={**os.environ, "DISPLAY": self.server.name})
+        return self.png("drawn.png")
+
+    def png(self, name):
+        with open(os.path.join(self.folder, name), "rb") as file:
+            return read_png(file.read())[3]
+
+    def assertSame(self, shown, wanted, words=""):
+        largest, share = difference(shown, wanted[: len(shown)])
+        self.assertLessEqual(largest, 2, f"{words}: {share:.2%} of the values differ by more")
+
+    def quit(self, window, name="q"):
+        window.press(name)
+        code, out, err = window.end()
+        self.assertEqual((code, err), (0, ""))
+        return out
+
+    def test_the_window_shows_what_a_picture_shows(self):
+        for switches in ((), ("--background", "#c0ffee", "--axes"), ("--orthographic", "--wireframe", "--up", "0,0,1")):
+            window = self.open("m.gltf", *switches)
+            self.assertSame(window.settle(), self.drawn(*switches, "--size", f"{WIDTH}x{HEIGHT}"), switches)
+            self.quit(window, "Escape")
+
+    def test_keys_and_mouse_change_the_picture_and_home_brings_it_back(self):
+        window = self.open("m.gltf")
+        first = window.settle()
+        for key, modifiers in (
+            ("1", ()), ("1", ("Control_L",)), ("3", ()), ("3", ("Control_L",)), ("7", ()), ("7", ("Control_L",)),
+            ("KP_3", ()), ("Left", ()), ("Right", ()), ("Up", ()), ("Down", ()), ("minus", ()), ("KP_Add", ()),
+        ):
+            self.assertNotEqual(window.after(key, *modifiers), first, key)
+            self.assertEqual(window.after("Home"), first, key)
+        for key in ("5", "w", "l", "c", "g", "x", "s", "h", "F1"):
+            if key == "c":
+                window.press("1", "Control_L")  # seen from behind, where culling shows
+            before = window.settle()
+            self.assertNotEqual(window.after(key), before, key)
+            if key == "s":
+                window.press(key)
+                continue  # the numbers change from frame to frame
+            self.assertEqual(window.after(key), before, key)
+        window.press("Home")
+        for what, act in (
+            ("turn", lambda: window.drag(1, 60, 20)),
+            ("move", lambda: window.drag(2, 60, 20)),
+            ("move with Shift", lambda: window.drag(1, 60, 20, shift=True)),
+            ("nearer", lambda: window.wheel(4, 3, 100, 80)),
+            ("farther", lambda: window.wheel(5, 3, 100, 80)),
+        ):
+            self.assertNotEqual(act(), first, what)
+            self.assertEqual(window.after("Home"), first, what)
+        self.assertEqual(window.drag(3, 60, 20), first, "the right button does nothing")
+        self.assertEqual(window.after("Home", "Alt_L"), first)
+        self.quit(window)
+
+    def test_dragging_moves_the_model_with_the_pointer_and_the_wheel_keeps_what_is_under_it(self):
+        with open(os.path.join(self.folder, "m.gltf"), "w") as file:
+            file.write(gltf(unlit(1, 0, 0), ((-0.1, -0.1, 0), (0.1, -0.1, 0), (0, 0.1, 0)), nodes=[{"mesh": 0}]))
+        window = self.open("m.gltf", "--eye", "0,0,4", "--target", "0,0,0", "--background", "black")
+
+        def red(rows):
+            return middle_of(rows, lambda r, g, b: r > 128)
+
+        x, y = red(window.settle())
+        moved = red(window.drag(2, 48, -24))
+        self.assertAlmostEqual(moved[0] - x, 48, delta=1)
+        self.assertAlmostEqual(moved[1] - y, -24, delta=1)
+        place = [round(axis) for axis in moved]
+        near = red(window.wheel(4, 4, *place))
+        self.assertAlmostEqual(near[0], place[0], delta=1.5)
+        self.assertAlmostEqual(near[1], place[1], delta=1.5)
+        window.press("f")
+        fitted = red(window.settle())
+        self.assertAlmostEqual(fitted[0], WIDTH / 2, delta=2)
+        self.quit(window)
+
+    def test_the_switches_printed_draw_the_same_picture(self):
+        window = self.open("m.gltf", "--grid", "--fov", "50")
+        wanted = []
+        for act in (
+            lambda: window.drag(1, -37, 55),
+            lambda: (window.after("x"), window.wheel(4, 2, 200, 100)),
+            lambda: (window.after("5"), window.after("l"), window.drag(2, 11, 17)),
+            lambda: window.after("7"),
+        ):
+            act()
+            wanted.append(window.settle())
+            window.press("question", "Shift_L")
+            window.settle()
+        lines = self.quit(window).splitlines()
+        self.assertEqual(len(lines), len(wanted))
+        for line, shown in zip(lines, wanted):
+            self.assertSame(shown, self.drawn(*line.split()), line)
+        self.assertIn("--orthographic", lines[2])
+        self.assertIn("--no-lights", lines[2])
+
+    def test_screenshots_are_numbered_and_show_no_overlay(self):
+        window = self.open("m.gltf", "--background", "transparent")
+        plain = window.after("Left")
+        window.press("h")
+        for name in ("m_1.png", "m_2.png"):
+            window.press("F12")
+            window.wait_for(lambda: os.path.exists(os.path.join(self.folder, name)))
+        window.press("h")
+        self.assertEqual(self.quit(window).split(), ["m_1.png", "m_2.png"])
+        self.assertEqual(self.png("m_1.png"), self.png("m_2.png"))
+        self.assertEqual(len(self.png("m_1.png")[0]), WIDTH * 4, "alpha is kept")
+        self.assertEqual(len(plain[0]), WIDTH * 3)
+        os.chmod(self.folder, 0o500)
+        self.addCleanup(os.chmod, self.folder, 0o700)
+
+    def test_the_window_follows_resizes_down_to_one_pixel(self):
+        window = self.open("m.gltf")
+        window.press("h")  # the overlay has to fit as well
+        window.resize(1, 1)
+        window.resize(2, 500)
+        window.resize(500, 300)
+        shown = window.after("h")
+        self.assertSame(shown, self.drawn("--size", "500x300", *self.first_eye(window)))
+        self.assertEqual(window.process.poll(), None)
+        self.quit(window)
+
+    def first_eye(self, window):
+        """The eye of a window that has another shape than it began with, as switches without the size."""
+        window.press("question", "Shift_L")
+        return window.process.stdout.readline().split()[:-2]
+
+    def test_closing_ends_with_0(self):
+        window = self.open("m.gltf", "--stats")
+        window.close()
+        code, out, err = window.end()
+        self.assertEqual((code, out), (0, ""))
+        self.assertRegex(err, r"^window: \d+ frames, [\d.]+ ms each, [\d.]+ per second\n$")
+
+    def test_an_idle_window_uses_no_processor_time(self):
+        window = self.open("m.gltf")
+        time.sleep(5)  # until the message has gone
+        window.settle()
+        before = window.ticks()
+        time.sleep(2)
+        self.assertEqual(window.ticks(), before)
+        self.quit(window)
+
+    def test_a_lost_server_ends_with_one_line(self):
+        window = self.open("m.gltf")
+        self.server.process.kill()
+        code, out, err = window.end()
+        self.assertEqual((code, out, err.count("\n")), (4, "", 1), err)
+        self.assertIn("X server was lost", err)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,181 @@
+#include "window/InteractiveView.h"
+
+#include "output/Picture.h"
+#include "scene/Vectors.h"
+
+#include <cmath>
+#include <cstdio>
+#include <numbers>
+
+namespace orloview {
+
+namespace {
+
+constexpr double kRadiansPerPixel = 0.007;
+constexpr double kRadiansPerKey = std::numbers::pi / 12.0;
+constexpr double kZoomPerStep = 1.15;
+
+std::string number(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.9g", value);
+    return text;
+}
+
+template <typename Triple>
+std::string triple(const Triple& t) {
+    return number(t[0]) + "," + number(t[1]) + "," + number(t[2]);
+}
+
+/// The --up that makes such a view: the axis that points up, unless the view is rolled.
+Vector upSwitch(const Navigation& navigation) {
+    const Viewpoint& v = navigation.viewpoint();
+    const bool level = std::abs(dot(v.right, navigation.up())) < 1e-9 && dot(v.up, navigation.up()) > -1e-9;
+    return level ? navigation.up() : v.up;
+}
+
+/// As --background takes it: the colour before alpha was multiplied in, encoded.
+std::string backgroundSwitch(const koColor::Color& stored) {
+    const float alpha = stored[3];
+    std::string text = "#";
+    for (int channel = 0; channel < 4; ++channel) {
+        const unsigned byte = channel == 3 ? static_cast<unsigned>(std::lround(alpha * 255.0F))
+                                           : encodeSrgb(alpha > 0.0F ? stored[channel] / alpha : 0.0F);
+        char digits[3];
+        std::snprintf(digits, sizeof digits, "%02x", byte & 0xFFU);
+        if (channel < 3 || byte != 255)
+            text += digits;
+    }
+    return text;
+}
+
+/// What a command switches; null for one that does something else. To read and to write.
+template <typename Look, typename Flag>
+Flag* switchOf(Command command, Look& look, Flag& statistics, Flag& help) {
+    switch (command) {
+    case Command::Wireframe:
+        return &look.wireframe;
+    case Command::Lights:
+        return &look.lights;
+    case Command::Culling:
+        return &look.culling;
+    case Command::Grid:
+        return &look.grid;
+    case Command::Axes:
+        return &look.axes;
+    case Command::Statistics:
+        return &statistics;
+    case Command::Help:
+        return &help;
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+void InteractiveView::resize(int width, int height) {
+    fLook.width = width;
+    fLook.height = height;
+}
+
+std::optional<bool> InteractiveView::isOn(Command command) const {
+    if (command == Command::Orthographic)
+        return fNavigation.viewpoint().orthographic;
+    const bool* state = switchOf(command, fLook, statisticsShown, helpShown);
+    return state ? std::optional(*state) : std::nullopt;
+}
+
+bool InteractiveView::apply(Command command) {
+    if (bool* state = switchOf(command, fLook, statisticsShown, helpShown)) {
+        *state = !*state;
+        return true;
+    }
+    using Side = Navigation::Side;
+    switch (command) {
+    case Command::Fit:
+        fNavigation.fit(aspect());
+        break;
+    case Command::Front:
+        fNavigation.face(Side::Front);
+        break;
+    case Command::Back:
+        fNavigation.face(Side::Back);
+        break;
+    case Command::Right:
+        fNavigation.face(Side::Right);
+        break;
+    case Command::Left:
+        fNavigation.face(Side::Left);
+        break;
+    case Command::Top:
+        fNavigation.face(Side::Top);
+        break;
+    case Command::Bottom:
+        fNavigation.face(Side::Bottom);
+        break;
+    case Command::Home:
+        fNavigation.home();
+        break;
+    case Command::Orthographic:
+        fNavigation.setOrthographic(!fNavigation.viewpoint().orthographic);
+        break;
+    case Command::TurnLeft:
+        fNavigation.orbit(-kRadiansPerKey, 0.0);
+        break;
+    case Command::TurnRight:
+        fNavigation.orbit(kRadiansPerKey, 0.0);
+        break;
+    case Command::TurnUp:
+        fNavigation.orbit(0.0, kRadiansPerKey);
+        break;
+    case Command::TurnDown:
+        fNavigation.orbit(0.0, -kRadiansPerKey);
+        break;
+    case Command::Nearer:
+        fNavigation.zoom(kZoomPerStep, 0.0, 0.0, aspect());
+        break;
+    case Command::Farther:
+        fNavigation.zoom(1.0 / kZoomPerStep, 0.0, 0.0, aspect());
+        break;
+    default:
+        return false;
+    }
+    return true;
+}
+
+void InteractiveView::turn(int right, int down) {
+    fNavigation.orbit(-right * kRadiansPerPixel, down * kRadiansPerPixel);
+}
+
+void InteractiveView::move(int right, int down) {
+    const double half = fLook.height / 2.0;
+    fNavigation.pan(right / half, -down / half);
+}
+
+void InteractiveView::zoom(int steps, int x, int y) {
+    const double right = 2.0 * (x + 0.5) / fLook.width - 1.0;
+    const double up = 1.0 - 2.0 * (y + 0.5) / fLook.height;
+    fNavigation.zoom(std::pow(kZoomPerStep, steps), right, up, aspect());
+}
+
+std::string InteractiveView::switches() const {
+    const Viewpoint& v = fNavigation.viewpoint();
+    std::string text = "--eye " + triple(v.eye()) + " --target " + triple(v.target);
+    const Vector up = upSwitch(fNavigation);
+    if (length(between({0.0, 1.0, 0.0}, {up[0], up[1], up[2]})) > 1e-9)
+        text += " --up " + triple(up);
+    text += " --fov " + number(v.fieldOfView * 180.0 / std::numbers::pi);
+    for (const auto& [name, given] : {std::pair{" --orthographic", v.orthographic},
+                                      {" --wireframe", fLook.wireframe},
+                                      {" --no-lights", !fLook.lights},
+                                      {" --no-culling", !fLook.culling},
+                                      {" --grid", fLook.grid},
+                                      {" --axes", fLook.axes}}) {
+        if (given)
+            text += name;
+    }
+    text += " --background " + backgroundSwitch(fLook.background);
+    return text + " --size " + std::to_string(fLook.width) + "x" + std::to_string(fLook.height);
+}
+
+} // namespace orloview

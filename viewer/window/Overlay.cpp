@@ -1,0 +1,123 @@
+#include "window/Overlay.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace orloview {
+
+namespace {
+
+constexpr koColor::Color kPanel{0.05F, 0.05F, 0.06F, 0.85F};
+constexpr koColor::Color kText{0.92F, 0.92F, 0.92F};
+constexpr koColor::Color kKeys{1.0F, 0.80F, 0.40F};
+constexpr koColor::Color kOn{0.50F, 0.90F, 0.55F};
+constexpr koColor::Color kOff{0.55F, 0.55F, 0.58F};
+
+constexpr int kSmallestLine = 8;
+constexpr size_t kKeyColumn = 20;
+constexpr size_t kTextColumn = 32;
+constexpr size_t kStateColumn = 3;
+
+struct Line {
+    std::string keys;
+    std::string text;
+    std::string state;
+    koColor::Color stateColor;
+};
+
+std::vector<Line> helpLines(const InteractiveView& view) {
+    std::vector<Line> lines;
+    for (const MouseHelp& mouse : mouseHelp())
+        lines.push_back({mouse.action, mouse.text, {}, {}});
+    for (const CommandHelp& help : commandHelp()) {
+        const std::optional<bool> on = view.isOn(help.command);
+        lines.push_back({help.keys, help.text, on ? (*on ? "on" : "off") : "", on && *on ? kOn : kOff});
+    }
+    return lines;
+}
+
+void writeHelp(TextPainter& text, const std::vector<Line>& lines, int windowWidth, int windowHeight) {
+    const int cell = text.characterWidth();
+    const int line = text.lineHeight();
+    const int width = static_cast<int>(kKeyColumn + kTextColumn + kStateColumn + 2) * cell;
+    const int height = static_cast<int>(lines.size() + 1) * line;
+    const int left = std::max(0, (windowWidth - width) / 2);
+    int y = std::max(0, (windowHeight - height) / 2);
+    text.addPanel(left, y, width, height, kPanel);
+    y += line / 2;
+    const int keys = left + cell;
+    const int words = keys + static_cast<int>(kKeyColumn) * cell;
+    const int states = words + static_cast<int>(kTextColumn) * cell;
+    for (const Line& entry : lines) {
+        text.addText(keys, y, entry.keys, kKeys);
+        text.addText(words, y, entry.text, kText);
+        text.addText(states, y, entry.state, entry.stateColor);
+        y += line;
+    }
+}
+
+/// With a comma after every third digit.
+std::string grouped(size_t number) {
+    std::string text = std::to_string(number);
+    for (int at = static_cast<int>(text.size()) - 3; at > 0; at -= 3)
+        text.insert(static_cast<size_t>(at), ",");
+    return text;
+}
+
+std::vector<std::string> statisticsLines(const Scene& scene, const FrameStatistics& statistics) {
+    char time[64];
+    std::snprintf(time, sizeof time, "%.1f ms, %.1f frames per second", statistics.milliseconds,
+                  1000.0 / std::max(statistics.milliseconds, 0.001));
+    const CallCounts& calls = statistics.calls;
+    return {time,
+            grouped(scene.instances.size()) + " groups, " + grouped(scene.count(Topology::Triangles)) +
+                " triangles",
+            grouped(scene.count(Topology::Lines)) + " lines, " + grouped(scene.count(Topology::Points)) +
+                " points",
+            grouped(calls.drawCalls) + " draw calls, " + grouped(calls.uploads) + " uploads of " +
+                grouped(calls.uploadedBytes) + " bytes"};
+}
+
+void writeStatistics(TextPainter& text, const std::vector<std::string>& lines) {
+    size_t longest = 0;
+    for (const std::string& line : lines)
+        longest = std::max(longest, line.size());
+    const int cell = text.characterWidth();
+    const int height = text.lineHeight();
+    text.addPanel(0, 0, static_cast<int>(longest + 2) * cell, (static_cast<int>(lines.size()) + 1) * height,
+                  kPanel);
+    for (size_t i = 0; i < lines.size(); ++i)
+        text.addText(cell, height / 2 + static_cast<int>(i) * height, lines[i], kText);
+}
+
+void writeMessage(TextPainter& text, const std::string& message, int windowHeight) {
+    const int cell = text.characterWidth();
+    const int height = text.lineHeight();
+    const int y = windowHeight - height * 3 / 2;
+    text.addPanel(0, y, static_cast<int>(message.size() + 2) * cell, height * 3 / 2, kPanel);
+    text.addText(cell, y + height / 4, message, kText);
+}
+
+} // namespace
+
+void writeOverlay(TextPainter& text, const InteractiveView& view, const Scene& scene,
+                  const FrameStatistics& statistics, const std::string& message, int lineHeight) {
+    const int width = view.look().width;
+    const int height = view.look().height;
+    const std::vector<Line> help = view.helpShown ? helpLines(view) : std::vector<Line>();
+    if (!help.empty()) {
+        // A character is a little over half as wide as a line is high.
+        const int byHeight = height / static_cast<int>(help.size() + 1);
+        const int byWidth = width * 9 / 5 / static_cast<int>(kKeyColumn + kTextColumn + kStateColumn + 2);
+        lineHeight = std::max(kSmallestLine, std::min({lineHeight, byHeight, byWidth}));
+    }
+    text.setLineHeight(lineHeight);
+    if (!help.empty())
+        writeHelp(text, help, width, height);
+    if (view.statisticsShown)
+        writeStatistics(text, statisticsLines(scene, statistics));
+    if (!message.empty())
+        writeMessage(text, message, height);
+}
+
+} // namespace orloview

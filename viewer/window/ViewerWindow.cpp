@@ -1,0 +1,301 @@
+#include "window/ViewerWindow.h"
+
+#include "ExitCode.h"
+#include "Render.h"
+#include "output/PngFile.h"
+#include "scene/Guides.h"
+#include "window/DisplaySession.h"
+#include "window/GLSession.h"
+#include "window/HostWindow.h"
+#include "window/InteractiveView.h"
+#include "window/Overlay.h"
+#include "window/WindowPainter.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <poll.h>
+
+#include <X11/Xutil.h>
+
+namespace orloview {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// A view that has rested for so long is drawn once more, smoothly.
+constexpr auto kRest = std::chrono::milliseconds(120);
+
+constexpr auto kMessageTime = std::chrono::seconds(4);
+
+/// The height of a line of text, pixels: larger on a display whose user asks for larger letters.
+int lineHeightOn(Display* display) {
+    constexpr int kUsual = 18;
+    constexpr double kUsualDpi = 96.0;
+    const char* dpi = XGetDefault(display, "Xft", "dpi");
+    const double scale = dpi ? std::strtod(dpi, nullptr) / kUsualDpi : 1.0;
+    return static_cast<int>(kUsual * std::clamp(scale, 0.5, 8.0));
+}
+
+std::string titleOf(const Options& options) {
+    std::string title = std::filesystem::path(options.models.front()).filename();
+    if (options.models.size() > 1)
+        title += " and " + std::to_string(options.models.size() - 1) + " more";
+    return title + " - orloview";
+}
+
+/// A name for a screenshot that no file has yet.
+std::string screenshotPath(const Options& options) {
+    const std::string stem = std::filesystem::path(options.models.front()).stem();
+    for (int n = 1;; ++n) {
+        std::string path = stem + "_" + std::to_string(n) + ".png";
+        std::error_code error;
+        if (!std::filesystem::exists(path, error))
+            return path;
+    }
+}
+
+void print(const std::string& line) {
+    std::puts(line.c_str());
+    std::fflush(stdout);
+}
+
+/// Everything that draws, made and ended in the order that contexts ask for.
+class ViewerWindow {
+public:
+    ViewerWindow(const Options& options, const Scene& scene, const Viewpoint& start);
+    ~ViewerWindow();
+
+    ViewerWindow(const ViewerWindow&) = delete;
+    ViewerWindow& operator=(const ViewerWindow&) = delete;
+
+    /// Until the user closes the window.
+    void run();
+
+private:
+    void handle(XEvent& event);
+    void press(XKeyEvent& event);
+    void press(const XButtonEvent& event);
+    void drag(const XMotionEvent& event);
+    void execute(Command command);
+    void screenshot();
+    void say(const std::string& message);
+    void paint(int factor);
+    void wait();
+    View currentView() const;
+    FrameContent content() { return {fDrawable, fLights, fGridDrawable, fAxesDrawable}; }
+
+    const Options& fOptions;
+    const Scene& fScene;
+    Bounds fBounds; ///< of the scene
+    Guides fGuides;
+    InteractiveView fView;
+    DisplaySession fDisplaySession;
+    Display* fDisplay;
+    GLSession fGL;
+    StudioLights fLights;
+    DrawableScene fDrawable;
+    DrawableScene fGridDrawable;
+    DrawableScene fAxesDrawable;
+    std::optional<HostWindow> fWindow;
+    std::optional<WindowPainter> fPainter;
+    int fLineHeight;
+
+    bool fChanged = true; ///< what is shown is not what is on the screen
+    bool fQuit = false;
+    int fPointerX = 0;
+    int fPointerY = 0;
+    FrameStatistics fStatistics;
+    std::string fMessage;
+    std::optional<Clock::time_point> fSmoothAt;
+    std::optional<Clock::time_point> fMessageEnds;
+    size_t fFrames = 0;
+    double fTotalMilliseconds = 0.0;
+};
+
+ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Viewpoint& start)
+    : fOptions(options), fScene(scene), fBounds(scene.bounds()), fGuides(makeGuides(fBounds, upOf(options))),
+      fView(Navigation(start, upOf(options), fBounds), lookOf(options)),
+      fDisplaySession(DisplaySession::Kind::Window, options.verbose), fDisplay(fDisplaySession.display()),
+      fGL(fDisplay), fDrawable(scene), fGridDrawable(fGuides.grid), fAxesDrawable(fGuides.axes),
+      fLineHeight(lineHeightOn(fDisplay)) {
+    fWindow.emplace(fDisplay, titleOf(options), options.width, options.height);
+    fPainter.emplace(fWindow->buffer());
+    if (options.verbose && !fPainter->develops())
+        std::fputs("orloview: this OpenGL has no shaders: colours in the window are too dark\n", stderr);
+    fView.resize(fWindow->width(), fWindow->height());
+    fView.statisticsShown = options.stats;
+    CallCounter::install();
+    say("H lists the keys");
+}
+
+ViewerWindow::~ViewerWindow() {
+    fWindow->buffer().makeCurrent();
+    fPainter.reset();
+    fWindow.reset();
+    fGL.makeCurrent(); // what is uploaded goes in a context
+}
+
+void ViewerWindow::run() {
+    while (!fQuit) {
+        while (!fQuit && XPending(fDisplay) > 0) {
+            XEvent event;
+            XNextEvent(fDisplay, &event);
+            handle(event);
+        }
+        if (fQuit)
+            break;
+        if (fChanged) {
+            paint(1);
+            fSmoothAt = Clock::now() + kRest;
+        } else {
+            wait();
+        }
+    }
+    if (fOptions.stats && fFrames > 0)
+        std::fprintf(stderr, "window: %zu frames, %.1f ms each, %.1f per second\n", fFrames,
+                     fTotalMilliseconds / static_cast<double>(fFrames),
+                     1000.0 * static_cast<double>(fFrames) / fTotalMilliseconds);
+}
+
+/// Sleeps until an event comes or something is due, and does what is due.
+void ViewerWindow::wait() {
+    std::optional<Clock::time_point> next = fSmoothAt;
+    if (fMessageEnds && (!next || *fMessageEnds < *next))
+        next = fMessageEnds;
+    int milliseconds = -1;
+    if (next) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*next - Clock::now()).count();
+        milliseconds = static_cast<int>(std::max<decltype(left)>(left, 0));
+    }
+    pollfd ready{ConnectionNumber(fDisplay), POLLIN, 0};
+    if (poll(&ready, 1, milliseconds) != 0)
+        return;
+    if (fMessageEnds && *fMessageEnds <= Clock::now()) {
+        fMessage.clear();
+        fMessageEnds.reset();
+        fSmoothAt = Clock::now();
+    }
+    if (fSmoothAt && *fSmoothAt <= Clock::now()) {
+        fSmoothAt.reset();
+        paint(supersampling(fView.look()));
+    }
+}
+
+void ViewerWindow::handle(XEvent& event) {
+    if (fWindow->isClose(event)) {
+        fQuit = true;
+    } else if (fWindow->followResize(event)) {
+        fView.resize(fWindow->width(), fWindow->height());
+        fChanged = true;
+    } else if (event.type == Expose) {
+        fChanged = true;
+    } else if (event.type == KeyPress) {
+        press(event.xkey);
+    } else if (event.type == ButtonPress) {
+        press(event.xbutton);
+    } else if (event.type == MotionNotify) {
+        drag(event.xmotion);
+    } else if (event.type == MappingNotify) {
+        XRefreshKeyboardMapping(&event.xmapping);
+    }
+}
+
+void ViewerWindow::press(XKeyEvent& event) {
+    KeySym key = NoSymbol;
+    char text[8];
+    XLookupString(&event, text, sizeof text, &key, nullptr);
+    if (const std::optional<Command> command = commandOf(key, event.state))
+        execute(*command);
+}
+
+void ViewerWindow::press(const XButtonEvent& event) {
+    fPointerX = event.x;
+    fPointerY = event.y;
+    if (event.button == Button4 || event.button == Button5) {
+        fView.zoom(event.button == Button4 ? 1 : -1, event.x, event.y);
+        fChanged = true;
+    }
+}
+
+void ViewerWindow::drag(const XMotionEvent& event) {
+    const int right = event.x - fPointerX;
+    const int down = event.y - fPointerY;
+    fPointerX = event.x;
+    fPointerY = event.y;
+    if ((event.state & Button2Mask) || ((event.state & Button1Mask) && (event.state & ShiftMask)))
+        fView.move(right, down);
+    else if (event.state & Button1Mask)
+        fView.turn(right, down);
+    else
+        return;
+    fChanged = true;
+}
+
+void ViewerWindow::execute(Command command) {
+    switch (command) {
+    case Command::Quit:
+        fQuit = true;
+        break;
+    case Command::Screenshot:
+        screenshot();
+        break;
+    case Command::PrintSwitches:
+        print(fView.switches());
+        say("the switches stand on standard output");
+        break;
+    default:
+        fView.apply(command);
+        fChanged = true;
+    }
+}
+
+void ViewerWindow::screenshot() {
+    const std::string path = screenshotPath(fOptions);
+    try {
+        const Picture picture = renderPicture(currentView(), content(), fView.look(), false);
+        writePng(path, picture, fView.look().background[3] != 1.0F);
+        print(path);
+        say("wrote " + path);
+    } catch (const Failure& failure) {
+        std::fprintf(stderr, "orloview: %s\n", failure.what());
+        say(failure.what());
+    }
+}
+
+void ViewerWindow::say(const std::string& message) {
+    fMessage = message;
+    fMessageEnds = Clock::now() + kMessageTime;
+    fChanged = true;
+}
+
+View ViewerWindow::currentView() const {
+    const FrameLook& look = fView.look();
+    return viewFrom(fView.navigation().viewpoint(), boundsWith(fBounds, fGuides, look.grid, look.axes),
+                    static_cast<double>(look.width) / look.height);
+}
+
+void ViewerWindow::paint(int factor) {
+    fChanged = false;
+    CallCounter::take();
+    const Clock::time_point start = Clock::now();
+    fPainter->paint(currentView(), content(), fView.look(), factor, [this](TextPainter& text) {
+        writeOverlay(text, fView, fScene, fStatistics, fMessage, fLineHeight);
+    });
+    const std::chrono::duration<double, std::milli> took = Clock::now() - start;
+    fStatistics = {took.count(), CallCounter::take()};
+    ++fFrames;
+    fTotalMilliseconds += took.count();
+}
+
+} // namespace
+
+void showInWindow(const Options& options, const Scene& scene) {
+    ViewerWindow(options, scene, chooseEye(options, scene)).run();
+}
+
+} // namespace orloview

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "Options.h"
+#include "scene/Scene.h"
+
+namespace orloview {
+
+/// Shows the scene in a window until the user closes it. Throws Failure when there is no display or no OpenGL
+/// for it.
+void showInWindow(const Options& options, const Scene& scene);
+
+} // namespace orloview
