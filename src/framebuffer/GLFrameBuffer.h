@@ -92,9 +92,9 @@ public:
     /// current context has. fActualFormat repeats what was asked for: ask GL for what was given.
     ///
     /// kUnsupported: a GLX function is missing. kFormat: no configuration or visual. kNoWindow: X refused, or
-    /// the parent is no window. kNoContextOrSize: no display, table or context. What was made until then
-    /// stays, and may be looked at in the fields. A buffer that was a framebuffer object before, or that
-    /// failed, is used again only after clearInternalState.
+    /// the parent is no window. kNoContextOrSize: no display, table or context. After a failure what was made
+    /// until then stays, and deleteInternalState gives the reference on the start-up context back; then the
+    /// buffer can try again. One that was a framebuffer object before needs clearInternalState.
     uint32_t createInWindow(const WindowWrapper& parent, const koBufferFormat& format);
 
     /// Adopts a window and a context that the host made; nothing is asked of GL. They stay the host's. The

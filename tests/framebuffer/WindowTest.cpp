@@ -192,6 +192,7 @@ TEST_F(InWindow, eachFailureEndsItThere) {
             buffer.deleteInternalState();
             EXPECT_EQ(recorded(), Calls{}) << "and is not destroyed";
             EXPECT_EQ(startup().refCount(), 1);
+            EXPECT_EQ(create(buffer), 0u) << "tries again";
         }
     }
 }
