@@ -34,8 +34,9 @@ ORLOGL_API bool validFrameBufferStatus();
 /// In a window of the host:
 ///
 ///     GLFrameBuffer buffer;
-///     if (buffer.createInWindow(WindowWrapper(nullptr, window, display), format) != GLFrameBuffer::kSuccess)
-///     ... XMapWindow(display, buffer.fWindow.fbWindow());   // the child that is drawn into
+///     const WindowWrapper host(nullptr, window, display);
+///     if (buffer.createInWindow(host, format) != GLFrameBuffer::kSuccess) ...
+///     XMapWindow(display, buffer.fWindow.fbWindow());   // the child that is drawn into
 ///     buffer.makeCurrent();
 ///     GLFunctionTable::fpGlobalFunctionTable->glViewport(0, 0, width, height);
 ///     ... draw ...

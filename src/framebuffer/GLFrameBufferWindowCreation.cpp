@@ -1,4 +1,4 @@
-// Making a drawable of its own in a host's window, by the newest GLX that can do it.
+// Making a drawable of its own in a host's window: by SGIX configurations, by visuals, or by GLX 1.3.
 
 #include "framebuffer/GLFrameBuffer.h"
 #include "gl/GLFunctionTable.h"
@@ -27,6 +27,11 @@ int stencilBits(RasterFormat stencil) {
 constexpr long kEvents = KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask | ExposureMask |
                          StructureNotifyMask | ResizeRedirectMask;
 
+/// What the contexts of all frame buffers share objects with.
+GLXContext sharedContext() {
+    return GLStartupContext::fpGlobalGLStartupContext->context;
+}
+
 } // namespace
 
 /// Pairs of attribute and value for GLX, with a 0 behind the last.
@@ -37,6 +42,13 @@ struct GLFrameBuffer::Attributes {
     void add(int attribute, int value) {
         values[count++] = attribute;
         values[count++] = value;
+    }
+
+    void addSizes(const koBufferFormat& format) {
+        for (int channel : {GLX_RED_SIZE, GLX_GREEN_SIZE, GLX_BLUE_SIZE, GLX_ALPHA_SIZE})
+            add(channel, colorBits(format.fColorFormat));
+        add(GLX_DEPTH_SIZE, depthBits(format.fDepthFormat));
+        add(GLX_STENCIL_SIZE, stencilBits(format.fStencilFormat));
     }
 };
 
@@ -91,10 +103,7 @@ GLFrameBuffer::Attributes GLFrameBuffer::configurationAttributes() const {
     wanted.add(GLX_DRAWABLE_TYPE, GLX_WINDOW_BIT);
     wanted.add(GLX_DOUBLEBUFFER, 1);
     wanted.add(GLX_RENDER_TYPE, GLX_RGBA_BIT);
-    for (int channel : {GLX_RED_SIZE, GLX_GREEN_SIZE, GLX_BLUE_SIZE, GLX_ALPHA_SIZE})
-        wanted.add(channel, colorBits(fRequestedFormat.fColorFormat));
-    wanted.add(GLX_DEPTH_SIZE, depthBits(fRequestedFormat.fDepthFormat));
-    wanted.add(GLX_STENCIL_SIZE, stencilBits(fRequestedFormat.fStencilFormat));
+    wanted.addSizes(fRequestedFormat);
     if (sampleBuffers != 0) {
         // GL's names and not GLX's, which look like a slip. Choosers that don't know them pass them over, so
         // hosts get a window without samples where one with samples could not be had.
@@ -107,7 +116,6 @@ GLFrameBuffer::Attributes GLFrameBuffer::configurationAttributes() const {
 uint32_t GLFrameBuffer::createBySGIXConfiguration(const WindowWrapper& parent, Attributes& attributes) {
     const GLFunctionTable& gl = *fFunctionTable;
     const int screen = DefaultScreen(fDisplay);
-    const GLXContext shared = GLStartupContext::fpGlobalGLStartupContext->context;
     if (!gl.fglXCreateContext || !gl.fglXChooseVisual)
         return kUnsupported;
 
@@ -119,17 +127,17 @@ uint32_t GLFrameBuffer::createBySGIXConfiguration(const WindowWrapper& parent, A
     XVisualInfo* firstVisual = gl.glXGetVisualFromFBConfigSGIX(fDisplay, configurations[0]);
     if (!firstVisual)
         return kFormat;
-    fContext = gl.glXCreateContext(fDisplay, firstVisual, shared, True);
+    fContext = gl.glXCreateContext(fDisplay, firstVisual, sharedContext(), True);
     if (!fContext)
         return kNoContextOrSize;
 
     // The configuration only had to prove itself by a context; what is drawn with comes from the chooser of
-    // visuals. The first context and its visual look forgotten: they last as long as the display connection,
-    // and the share group of hosts that close their last window lives on in them.
+    // visuals. The first context and its visual look forgotten: they last as long as the process, so that the
+    // shared objects of a host that closes its last window live on.
     XVisualInfo* visual = gl.glXChooseVisual(fDisplay, screen, attributes.values.data());
     if (!visual)
         return kFormat;
-    fContext = gl.glXCreateContext(fDisplay, visual, shared, True);
+    fContext = gl.glXCreateContext(fDisplay, visual, sharedContext(), True);
     if (!fContext)
         return kNoContextOrSize;
     const uint32_t result = createChildWindow(parent, *visual);
@@ -147,27 +155,13 @@ uint32_t GLFrameBuffer::createByVisual(const WindowWrapper& parent) {
 
     // GLX_RGBA is missing though colours are meant, and GLX_USE_GL looks like a value of GLX_DOUBLEBUFFER,
     // which has none. Choosers pass over both, and hosts on old servers get their visual by just this list.
-    const int color = colorBits(fRequestedFormat.fColorFormat);
-    int wanted[] = {GLX_DOUBLEBUFFER,
-                    GLX_USE_GL,
-                    GLX_RED_SIZE,
-                    color,
-                    GLX_GREEN_SIZE,
-                    color,
-                    GLX_BLUE_SIZE,
-                    color,
-                    GLX_ALPHA_SIZE,
-                    color,
-                    GLX_DEPTH_SIZE,
-                    depthBits(fRequestedFormat.fDepthFormat),
-                    GLX_STENCIL_SIZE,
-                    stencilBits(fRequestedFormat.fStencilFormat),
-                    None};
-    XVisualInfo* visual = gl.glXChooseVisual(fDisplay, DefaultScreen(fDisplay), wanted);
+    Attributes wanted;
+    wanted.add(GLX_DOUBLEBUFFER, GLX_USE_GL);
+    wanted.addSizes(fRequestedFormat);
+    XVisualInfo* visual = gl.glXChooseVisual(fDisplay, DefaultScreen(fDisplay), wanted.values.data());
     if (!visual)
         return kFormat;
-    fContext =
-        gl.glXCreateContext(fDisplay, visual, GLStartupContext::fpGlobalGLStartupContext->context, True);
+    fContext = gl.glXCreateContext(fDisplay, visual, sharedContext(), True);
     if (!fContext)
         return kNoContextOrSize;
     const uint32_t result = createChildWindow(parent, *visual);
@@ -187,10 +181,9 @@ uint32_t GLFrameBuffer::createByConfiguration(const WindowWrapper& parent, Attri
         gl.glXChooseFBConfig(fDisplay, DefaultScreen(fDisplay), attributes.values.data(), &count);
     // Null when there are none: the refusal of the context is the answer to both.
     void* first = configurations ? configurations[0] : nullptr;
-    // GLX_DRAWABLE_TYPE is no render type, GLX_RGBA_TYPE would be. Drivers that look at it refuse, and hosts
-    // take that to mean that only the two older roads lead to a window there.
-    fContext = gl.glXCreateNewContext(fDisplay, first, GLX_DRAWABLE_TYPE,
-                                      GLStartupContext::fpGlobalGLStartupContext->context, True);
+    // GLX_DRAWABLE_TYPE is no render type, GLX_RGBA_TYPE would be. Drivers that look at it refuse; on them,
+    // hosts count on getting no window this way, and veto it.
+    fContext = gl.glXCreateNewContext(fDisplay, first, GLX_DRAWABLE_TYPE, sharedContext(), True);
     if (!fContext || !first)
         return kNoContextOrSize;
     // On the host's window itself: no child, so nothing to map, and its size is the host's.

@@ -272,14 +272,4 @@ TEST_F(FrameBuffer, leavesAnAdoptedWindowAlone) {
     EXPECT_EQ(recorded(), Calls{});
 }
 
-TEST_F(FrameBuffer, givesBackTheReferenceItTook) {
-    GLFrameBuffer buffer;
-    ASSERT_EQ(buffer.createOffscreen(koBufferFormat(), 8, 4), 0u);
-    EXPECT_EQ(startup().refCount(), 2);
-    for (int i = 0; i < 2; ++i) {
-        buffer.deleteInternalStateWindowed();
-        EXPECT_EQ(startup().refCount(), 1);
-    }
-}
-
 } // namespace
