@@ -63,5 +63,6 @@ int main() {
     benchDrawGroup(1, "drawGroup, 1 group");
     benchDrawGroup(1'000, "drawGroup, 1,000 groups");
     benchDrawGroup(10'000, "drawGroup, 10,000 groups");
+    benchDrawGroup(100'000, "drawGroup, 100,000 groups");
     GLFunctionTable::fpGlobalFunctionTable = nullptr;
 }

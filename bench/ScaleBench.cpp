@@ -1,0 +1,118 @@
+#include "GroupBench.h"
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+
+// What a group costs when there are many: time, in which unlike in instructions the caches show, and memory.
+// Against the GL that does nothing. Prints a line per figure: name, library, by hand.
+
+namespace {
+
+using Groups = std::vector<std::unique_ptr<GeometryLogicalGroup>>;
+
+Groups makeGroups(size_t count) {
+    Groups groups(count);
+    for (auto& group : groups)
+        group = makeGroup();
+    return groups;
+}
+
+void draw(GLRouting& routing, const Groups& groups) {
+    for (const auto& group : groups)
+        routing.drawGroup(group.get(), nullptr, nullptr, nullptr, 0, false);
+}
+
+/// Nanoseconds that one of `count` groups takes when all are drawn again and again for a while.
+template <typename Draw>
+double timePerGroup(size_t count, const Draw& drawAll) {
+    constexpr size_t kGroupsPerRound = 400'000;
+    const size_t repetitions = std::max<size_t>(1, kGroupsPerRound / count);
+    const auto start = std::chrono::steady_clock::now();
+    for (size_t i = 0; i < repetitions; ++i)
+        drawAll();
+    const std::chrono::duration<double, std::nano> taken = std::chrono::steady_clock::now() - start;
+    return taken.count() / static_cast<double>(repetitions * count);
+}
+
+struct Scene {
+    size_t count;
+    Groups groups;
+    std::vector<HandGroup> handGroups;
+    std::vector<double> library;
+    std::vector<double> byHand;
+};
+
+Scene makeScene(size_t count, GLRouting& routing) {
+    Scene scene{count, makeGroups(count), {}, {}, {}};
+    draw(routing, scene.groups);
+    for (const auto& group : scene.groups)
+        scene.handGroups.push_back(handGroupOf(*group));
+    return scene;
+}
+
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+/// All counts take turns, so that a machine that grows slower meanwhile is slow for each of them.
+void benchGrowth(GLRouting& routing) {
+    constexpr int kRounds = 15;
+    std::vector<Scene> scenes;
+    for (const size_t count : {1, 100, 1'000, 10'000, 100'000})
+        scenes.push_back(makeScene(count, routing));
+    for (int round = 0; round < kRounds; ++round) {
+        for (Scene& scene : scenes) {
+            scene.library.push_back(timePerGroup(scene.count, [&] { draw(routing, scene.groups); }));
+            scene.byHand.push_back(timePerGroup(scene.count, [&] {
+                for (const HandGroup& group : scene.handGroups)
+                    drawByHand(table(), group);
+            }));
+        }
+    }
+    for (const Scene& scene : scenes)
+        std::printf("ns per group of %zu|%.1f|%.1f\n", scene.count, median(scene.library),
+                    median(scene.byHand));
+}
+
+/// With what the allocator takes for itself.
+double heapBytes() {
+    const struct mallinfo2 heap = mallinfo2();
+    return static_cast<double>(heap.uordblks + heap.hblkhd);
+}
+
+/// A buffer as a renderer of its own would remember it.
+struct HandBuffer {
+    GLuint name;
+    const void* data;
+};
+
+void benchMemory(GLRouting& routing) {
+    constexpr size_t kCount = 10'000;
+    const Groups groups = makeGroups(kCount);
+    const double before = heapBytes();
+    draw(routing, groups);
+    const double drawn = heapBytes();
+    const std::vector<std::array<HandBuffer, 4>> byHand(kCount);
+    const double kept = heapBytes();
+    std::printf("bytes per group of %zu|%.1f|%.1f\n", kCount, (drawn - before) / kCount,
+                (kept - drawn) / kCount);
+}
+
+} // namespace
+
+int main() {
+    GLFunctionTable functions;
+    functions.populate();
+    GLFunctionTable::fpGlobalFunctionTable = &functions;
+    GLRouting::fsUseObjectsForData = true;
+    GLRouting::fsUseObjectsForIndexing = true;
+    GLRouting routing = makeRouting();
+    benchMemory(routing);
+    benchGrowth(routing);
+    GLFunctionTable::fpGlobalFunctionTable = nullptr;
+}
