@@ -4,6 +4,7 @@
 #include "draw/CallCounter.h"
 #include "draw/Canvas.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <memory>
@@ -48,6 +49,24 @@ void printStats(int frame, const CallCounts& counts, const Scene& scene) {
                  frame, scene.instances.size(), scene.count(Topology::Triangles),
                  scene.count(Topology::Lines), scene.count(Topology::Points), counts.drawCalls,
                  counts.uploads, counts.uploadedBytes, counts.namesGenerated);
+}
+
+/// Reads the frame a band at a time, so that the whole of it never lies in memory as floats.
+Picture develop(Canvas& canvas, const FrameLook& look, int factor) {
+    constexpr unsigned kRGBAFloats = 4;
+    constexpr int kBandRows = 32;
+    Picture picture(look.width, look.height);
+    for (int first = 0; first < look.height; first += kBandRows) {
+        const int rows = std::min(kBandRows, look.height - first);
+        const std::unique_ptr<PixelArray2D> band(
+            canvas.target().readColorBuffer(kRGBAFloats, 0, static_cast<unsigned>(first * factor),
+                                            look.width * factor, rows * factor, nullptr));
+        if (!band)
+            throw Failure(kExitNoGL, "there is no memory for a picture of this size; try a smaller --size");
+        developRows(picture, first, rows, static_cast<const float*>(band->data()), factor,
+                    look.background[3] == 1.0F);
+    }
+    return picture;
 }
 
 } // namespace
@@ -103,7 +122,7 @@ int supersampling(const FrameLook& look) {
 Picture renderPicture(const View& view, const FrameContent& content, const FrameLook& look, bool stats) {
     const int factor = supersampling(look);
     const FrameLook large = enlarged(look, factor);
-    Canvas canvas(large.width, large.height, Canvas::Precision::Full);
+    Canvas canvas(large.width, large.height, Canvas::Precision::Half);
     GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
 
     if (stats)
@@ -116,13 +135,7 @@ Picture renderPicture(const View& view, const FrameContent& content, const Frame
             printStats(frame, CallCounter::take(), content.drawable.scene());
     }
 
-    constexpr unsigned kRGBAFloats = 4;
-    const std::unique_ptr<PixelArray2D> pixels(
-        canvas.target().readColorBuffer(kRGBAFloats, 0, 0, 0, 0, nullptr));
-    if (!pixels)
-        throw Failure(kExitNoGL, "there is no memory for a picture of this size; try a smaller --size");
-    return developPicture(static_cast<const float*>(pixels->data()), look.width, look.height, factor,
-                          look.background[3] == 1.0F);
+    return develop(canvas, look, factor);
 }
 
 } // namespace orloview

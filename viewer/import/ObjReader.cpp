@@ -358,10 +358,10 @@ void Reader::finish(Part& part) {
 
 /// Normals by smoothing group; corners that have one in the file keep it.
 void Reader::addNormals(Part& part) {
-    std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> places;
+    std::unordered_map<Corner, std::uint32_t, CornerHash> places;
     std::vector<std::uint32_t> groups;
     for (const Corner& corner : part.corners) {
-        const auto key = std::pair(corner.position, corner.smoothing);
+        const Corner key{.position = corner.position, .smoothing = corner.smoothing};
         groups.push_back(places.emplace(key, static_cast<std::uint32_t>(places.size())).first->second);
     }
     addSmoothNormals(part.mesh, groups);

@@ -8,12 +8,9 @@ namespace orloview {
 
 namespace {
 
+/// The IEC 61966-2-1 curve.
 float encode(float linear) {
     return linear <= 0.0031308F ? 12.92F * linear : 1.055F * std::pow(linear, 1.0F / 2.4F) - 0.055F;
-}
-
-std::uint8_t toByte(float value) {
-    return static_cast<std::uint8_t>(std::lround(value * 255.0F));
 }
 
 float clampToUnit(float value) {
@@ -21,41 +18,81 @@ float clampToUnit(float value) {
     return value > 0.0F ? std::min(value, 1.0F) : 0.0F;
 }
 
+std::uint8_t toByte(float value) {
+    return static_cast<std::uint8_t>(value * 255.0F + 0.5F);
+}
+
+/// The curve without a power per value: 0 to 1 is cut so finely that no piece holds more than two bytes, and
+/// each piece knows its lower byte and where the upper one begins.
+class CurveTable {
+public:
+    CurveTable() {
+        for (size_t i = 0; i < kPieces; ++i) {
+            const std::uint8_t byte = toByte(encode(static_cast<float>(i) / kPieces));
+            fPieces[i] = {decodeSrgb((static_cast<float>(byte) + 0.5F) / 255.0F), byte};
+        }
+    }
+
+    std::uint8_t byteOf(float unit) const {
+        const Piece& piece = fPieces[static_cast<size_t>(unit * kPieces)];
+        return static_cast<std::uint8_t>(piece.byte + (unit >= piece.upper ? 1 : 0));
+    }
+
+private:
+    // The curve is steepest at 0, where it climbs 12.92 * 255 bytes.
+    static constexpr size_t kPieces = 4096;
+
+    struct Piece {
+        float upper = 2.0F; ///< of the last one, for 1 itself: never reached
+        std::uint8_t byte = 255;
+    };
+    std::array<Piece, kPieces + 1> fPieces;
+};
+
+/// The sum of a block's pixels: colour and alpha.
+std::array<float, 4> sumOf(const float* corner, size_t stride, int factor, bool opaque) {
+    std::array<float, 4> sum{};
+    for (int dy = 0; dy < factor; ++dy, corner += stride) {
+        const float* in = corner;
+        for (int dx = 0; dx < factor; ++dx, in += 4) {
+            for (size_t channel = 0; channel < 3; ++channel)
+                sum[channel] += clampToUnit(in[channel]);
+            sum[3] += opaque ? 1.0F : clampToUnit(in[3]);
+        }
+    }
+    return sum;
+}
+
 } // namespace
 
 std::uint8_t encodeSrgb(float linear) {
-    return toByte(encode(clampToUnit(linear)));
+    static const CurveTable table;
+    return table.byteOf(clampToUnit(linear));
 }
 
 float decodeSrgb(float encoded) {
     return encoded <= 0.04045F ? encoded / 12.92F : std::pow((encoded + 0.055F) / 1.055F, 2.4F);
 }
 
-Picture developPicture(const float* linear, int width, int height, int factor, bool opaque) {
-    Picture picture{width, height, std::vector<std::uint8_t>(static_cast<size_t>(width) * height * 4)};
-    const size_t stride = static_cast<size_t>(width) * factor * 4;
+Picture::Picture(int pictureWidth, int pictureHeight)
+    : width(pictureWidth), height(pictureHeight),
+      rgba(static_cast<size_t>(pictureWidth) * static_cast<size_t>(pictureHeight) * 4) {}
+
+void developRows(Picture& picture, int first, int count, const float* linear, int factor, bool opaque) {
+    const size_t stride = static_cast<size_t>(picture.width) * factor * 4;
     const float weight = 1.0F / static_cast<float>(factor * factor);
-    for (int y = 0; y < height; ++y) {
-        std::uint8_t* out = picture.rgba.data() + static_cast<size_t>(height - 1 - y) * width * 4;
-        for (int x = 0; x < width; ++x, out += 4) {
-            std::array<float, 4> sum{};
-            for (int dy = 0; dy < factor; ++dy) {
-                const float* in = linear + (static_cast<size_t>(y) * factor + dy) * stride +
-                                  static_cast<size_t>(x) * factor * 4;
-                for (int dx = 0; dx < factor; ++dx, in += 4) {
-                    const float alpha = opaque ? 1.0F : clampToUnit(in[3]);
-                    for (size_t channel = 0; channel < 3; ++channel)
-                        sum[channel] += clampToUnit(in[channel]);
-                    sum[3] += alpha;
-                }
-            }
+    for (int y = first; y < first + count; ++y, linear += stride * factor) {
+        std::uint8_t* out =
+            picture.rgba.data() + static_cast<size_t>(picture.height - 1 - y) * picture.width * 4;
+        const float* in = linear;
+        for (int x = 0; x < picture.width; ++x, out += 4, in += static_cast<ptrdiff_t>(4) * factor) {
+            const std::array<float, 4> sum = sumOf(in, stride, factor, opaque);
             const float perAlpha = sum[3] > 0.0F ? 1.0F / sum[3] : 0.0F;
             for (size_t channel = 0; channel < 3; ++channel)
                 out[channel] = encodeSrgb(sum[channel] * perAlpha);
             out[3] = toByte(sum[3] * weight);
         }
     }
-    return picture;
 }
 
 } // namespace orloview
