@@ -16,7 +16,7 @@ namespace orloview {
 
 namespace {
 
-/// Above as many pixels a frame is drawn without supersampling: a float pixel takes 16 bytes, twice.
+/// Above as many pixels a frame is drawn without supersampling: colour and depth take 12 bytes each.
 constexpr double kMostPixels = 34e6;
 
 const Camera& findCamera(const std::string& wanted, const Scene& scene) {
@@ -122,7 +122,7 @@ int supersampling(const FrameLook& look) {
 Picture renderPicture(const View& view, const FrameContent& content, const FrameLook& look, bool stats) {
     const int factor = supersampling(look);
     const FrameLook large = enlarged(look, factor);
-    Canvas canvas(large.width, large.height, Canvas::Precision::Half);
+    Canvas canvas(large.width, large.height);
     GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
 
     if (stats)

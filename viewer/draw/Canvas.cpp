@@ -8,7 +8,7 @@
 
 namespace orloview {
 
-Canvas::Canvas(int width, int height, Precision precision) {
+Canvas::Canvas(int width, int height) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     const std::string size = std::to_string(width) + "x" + std::to_string(height);
     if (!gl->usable(kCapFramebufferObject))
@@ -17,9 +17,8 @@ Canvas::Canvas(int width, int height, Precision precision) {
     if (width > largestSide() || height > largestSide())
         throw Failure(kExitUsage, "--size " + size + ": this OpenGL draws at most " +
                                       std::to_string(largestSide()) + " pixels each way");
-    const RasterFormat floats = precision == Precision::Full ? kRasterRGBA32F : kRasterRGBA16F;
-    for (const RasterFormat color : {floats, kRasterRGBA8}) {
-        if (color == floats && !gl->usable(kCapTextureFloat))
+    for (const RasterFormat color : {kRasterRGBA16F, kRasterRGBA8}) {
+        if (color == kRasterRGBA16F && !gl->usable(kCapTextureFloat))
             continue;
         const koBufferFormat format(color, kRasterDepth24, kRasterNoStencil, kSamplingSingle,
                                     IHWTexture::kTexture2D);

@@ -4,17 +4,15 @@
 
 namespace orloview {
 
-/// A framebuffer object that a frame is drawn in, in linear colours: floats, or bytes where floats aren't
-/// offered.
+/// A framebuffer object that a frame is drawn in, in linear colours: half floats, or bytes where floats
+/// aren't offered.
 ///
 /// Lives in the start-up context: make that current to draw in it. Needs a GLSession, also to go.
 class Canvas {
 public:
-    enum class Precision { Half, Full };
-
     /// Throws Failure: kExitUsage when the size, pixels each way, is beyond the driver's limit; kExitNoGL
     /// when GL can't do it.
-    Canvas(int width, int height, Precision precision);
+    Canvas(int width, int height);
 
     /// The largest width and height.
     static int largestSide();

@@ -35,7 +35,8 @@ double outOfRange(std::string_view word) {
 } // namespace
 
 std::string_view takeLine(std::string_view& text) {
-    const auto end = static_cast<std::size_t>(std::find_if(text.begin(), text.end(), endsLine) - text.begin());
+    const auto end =
+        static_cast<std::size_t>(std::find_if(text.begin(), text.end(), endsLine) - text.begin());
     const std::string_view line = text.substr(0, end);
     text.remove_prefix(end);
     text.remove_prefix(text.starts_with("\r\n") ? 2 : std::min<std::size_t>(text.size(), 1));
