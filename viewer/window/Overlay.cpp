@@ -64,18 +64,23 @@ std::string grouped(size_t number) {
     return text;
 }
 
+/// The number and what it counts, in the plural unless it is one.
+std::string counted(size_t number, const char* what) {
+    return grouped(number) + " " + what + (number == 1 ? "" : "s");
+}
+
 std::vector<std::string> statisticsLines(const Scene& scene, const FrameStatistics& statistics) {
     char time[64];
     std::snprintf(time, sizeof time, "%.1f ms, %.1f frames per second", statistics.milliseconds,
                   1000.0 / std::max(statistics.milliseconds, 0.001));
     const CallCounts& calls = statistics.calls;
     return {time,
-            grouped(scene.instances.size()) + " groups, " + grouped(scene.count(Topology::Triangles)) +
-                " triangles",
-            grouped(scene.count(Topology::Lines)) + " lines, " + grouped(scene.count(Topology::Points)) +
-                " points",
-            grouped(calls.drawCalls) + " draw calls, " + grouped(calls.uploads) + " uploads of " +
-                grouped(calls.uploadedBytes) + " bytes"};
+            counted(scene.instances.size(), "group") + ", " +
+                counted(scene.count(Topology::Triangles), "triangle"),
+            counted(scene.count(Topology::Lines), "line") + ", " +
+                counted(scene.count(Topology::Points), "point"),
+            counted(calls.drawCalls, "draw call") + ", " + counted(calls.uploads, "upload") + " of " +
+                counted(calls.uploadedBytes, "byte")};
 }
 
 void writeStatistics(TextPainter& text, const std::vector<std::string>& lines) {
