@@ -190,9 +190,10 @@ private:
     void dropStartupContext();
     uint32_t createDrawable(const WindowWrapper& parent);
     Attributes configurationAttributes() const;
-    uint32_t createBySGIXConfiguration(const WindowWrapper& parent, Attributes& attributes);
-    uint32_t createByVisual(const WindowWrapper& parent);
-    uint32_t createByConfiguration(const WindowWrapper& parent, Attributes& attributes);
+    Attributes visualAttributes() const;
+    uint32_t createBySGIXConfiguration(const WindowWrapper& parent, Attributes attributes);
+    uint32_t createByVisual(const WindowWrapper& parent, Attributes attributes);
+    uint32_t createByConfiguration(const WindowWrapper& parent, Attributes attributes);
     uint32_t createChildWindow(const WindowWrapper& parent, const XVisualInfo& visual);
     uint32_t createColor(const koBufferFormat& format, unsigned width, unsigned height);
     uint32_t createDepthAndStencil(const koBufferFormat& format, unsigned width, unsigned height);

@@ -79,11 +79,11 @@ uint32_t GLFrameBuffer::createDrawable(const WindowWrapper& parent) {
     const GLFunctionTable& gl = *fFunctionTable;
     if (!gl.fglXQueryExtensionsString)
         return kUnsupported;
-    Attributes attributes = configurationAttributes();
+    const Attributes attributes = configurationAttributes();
     if (gl.usable(kCapSGIXChooseFBConfig) && gl.usable(kCapSGIXVisualFromFBConfig))
         return createBySGIXConfiguration(parent, attributes);
     if (!gl.usable(kCapGLXFBConfig) || !gl.usable(kCapGLXNewContext))
-        return createByVisual(parent);
+        return createByVisual(parent, visualAttributes());
     return createByConfiguration(parent, attributes);
 }
 
@@ -113,7 +113,7 @@ GLFrameBuffer::Attributes GLFrameBuffer::configurationAttributes() const {
     return wanted;
 }
 
-uint32_t GLFrameBuffer::createBySGIXConfiguration(const WindowWrapper& parent, Attributes& attributes) {
+uint32_t GLFrameBuffer::createBySGIXConfiguration(const WindowWrapper& parent, Attributes attributes) {
     const GLFunctionTable& gl = *fFunctionTable;
     const int screen = DefaultScreen(fDisplay);
     if (!gl.fglXCreateContext || !gl.fglXChooseVisual)
@@ -134,44 +134,38 @@ uint32_t GLFrameBuffer::createBySGIXConfiguration(const WindowWrapper& parent, A
     // The configuration only had to prove itself by a context; what is drawn with comes from the chooser of
     // visuals. The first context and its visual look forgotten: they last as long as the process, so that the
     // shared objects of a host that closes its last window live on.
-    XVisualInfo* visual = gl.glXChooseVisual(fDisplay, screen, attributes.values.data());
-    if (!visual)
-        return kFormat;
-    fContext = gl.glXCreateContext(fDisplay, visual, sharedContext(), True);
-    if (!fContext)
-        return kNoContextOrSize;
-    const uint32_t result = createChildWindow(parent, *visual);
-    if (result != kSuccess)
-        return result;
-    XFree(visual);
-    XFree(configurations);
-    return kSuccess;
+    const uint32_t result = createByVisual(parent, attributes);
+    if (result == kSuccess)
+        XFree(configurations);
+    return result;
 }
 
-uint32_t GLFrameBuffer::createByVisual(const WindowWrapper& parent) {
-    const GLFunctionTable& gl = *fFunctionTable;
-    if (!gl.fglXChooseVisual || !gl.fglXCreateContext)
-        return kUnsupported;
-
+GLFrameBuffer::Attributes GLFrameBuffer::visualAttributes() const {
     // GLX_RGBA is missing though colours are meant, and GLX_USE_GL looks like a value of GLX_DOUBLEBUFFER,
     // which has none. Choosers pass over both, and hosts on old servers get their visual by just this list.
     Attributes wanted;
     wanted.add(GLX_DOUBLEBUFFER, GLX_USE_GL);
     wanted.addSizes(fRequestedFormat);
-    XVisualInfo* visual = gl.glXChooseVisual(fDisplay, DefaultScreen(fDisplay), wanted.values.data());
+    return wanted;
+}
+
+uint32_t GLFrameBuffer::createByVisual(const WindowWrapper& parent, Attributes attributes) {
+    const GLFunctionTable& gl = *fFunctionTable;
+    if (!gl.fglXChooseVisual || !gl.fglXCreateContext)
+        return kUnsupported;
+    XVisualInfo* visual = gl.glXChooseVisual(fDisplay, DefaultScreen(fDisplay), attributes.values.data());
     if (!visual)
         return kFormat;
     fContext = gl.glXCreateContext(fDisplay, visual, sharedContext(), True);
     if (!fContext)
         return kNoContextOrSize;
     const uint32_t result = createChildWindow(parent, *visual);
-    if (result != kSuccess)
-        return result;
-    XFree(visual);
-    return kSuccess;
+    if (result == kSuccess)
+        XFree(visual);
+    return result;
 }
 
-uint32_t GLFrameBuffer::createByConfiguration(const WindowWrapper& parent, Attributes& attributes) {
+uint32_t GLFrameBuffer::createByConfiguration(const WindowWrapper& parent, Attributes attributes) {
     const GLFunctionTable& gl = *fFunctionTable;
     if (!gl.fglXCreateWindow)
         return kUnsupported;

@@ -19,7 +19,8 @@ float clampToUnit(float value) {
 }
 
 std::uint8_t toByte(float value) {
-    return static_cast<std::uint8_t>(value * 255.0F + 0.5F);
+    // Never negative: cutting off is rounding here, and lround is a call.
+    return static_cast<std::uint8_t>(value * 255.0F + 0.5F); // NOLINT(bugprone-incorrect-roundings)
 }
 
 /// The curve without a power per value: 0 to 1 is cut so finely that no piece holds more than two bytes, and

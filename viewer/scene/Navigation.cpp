@@ -62,27 +62,9 @@ void Navigation::face(Side side) {
     front = sum(front, scaled(fUp, -dot(front, fUp)));
     front = scaled(front, 1.0 / length(front));
     const Vector right = cross(fUp, front);
+    const Vector backs[] = {front, scaled(front, -1.0), right, scaled(right, -1.0), fUp, scaled(fUp, -1.0)};
     Viewpoint& v = fViewpoint;
-    switch (side) {
-    case Side::Front:
-        v.back = front;
-        break;
-    case Side::Back:
-        v.back = scaled(front, -1.0);
-        break;
-    case Side::Right:
-        v.back = right;
-        break;
-    case Side::Left:
-        v.back = scaled(right, -1.0);
-        break;
-    case Side::Top:
-        v.back = fUp;
-        break;
-    case Side::Bottom:
-        v.back = scaled(fUp, -1.0);
-        break;
-    }
+    v.back = backs[static_cast<size_t>(side)];
     const bool alongUp = side == Side::Top || side == Side::Bottom;
     v.right = alongUp ? right : cross(fUp, v.back);
     v.up = cross(v.back, v.right);

@@ -90,28 +90,18 @@ bool InteractiveView::apply(Command command) {
         *state = !*state;
         return true;
     }
-    using Side = Navigation::Side;
     switch (command) {
     case Command::Fit:
         fNavigation.fit(aspect());
         break;
     case Command::Front:
-        fNavigation.face(Side::Front);
-        break;
     case Command::Back:
-        fNavigation.face(Side::Back);
-        break;
     case Command::Right:
-        fNavigation.face(Side::Right);
-        break;
     case Command::Left:
-        fNavigation.face(Side::Left);
-        break;
     case Command::Top:
-        fNavigation.face(Side::Top);
-        break;
-    case Command::Bottom:
-        fNavigation.face(Side::Bottom);
+    case Command::Bottom: // in the order of the sides
+        fNavigation.face(
+            static_cast<Navigation::Side>(static_cast<int>(command) - static_cast<int>(Command::Front)));
         break;
     case Command::Home:
         fNavigation.home();
