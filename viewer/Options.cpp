@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <numeric>
+#include <unistd.h>
 
 namespace orloview {
 
@@ -91,6 +92,16 @@ std::optional<Triple> parseTriple(const std::string& name, const std::string& te
         rest.remove_prefix(std::min(comma + 1, rest.size()));
     }
     return triple;
+}
+
+/// How progress is shown; a bar where somebody sees it, unless told.
+Progress::Mode parseProgress(const std::string& text, bool quiet) {
+    const bool seen = isatty(STDERR_FILENO) != 0;
+    if (text != "bar" && text != "plain" && text != "none" && !text.empty())
+        wrong("--progress", text, "give bar, plain or none");
+    if (quiet || text == "none" || (text.empty() && !seen))
+        return Progress::Mode::Silent;
+    return text == "plain" ? Progress::Mode::Plain : Progress::Mode::Bar;
 }
 
 std::optional<double> parseFieldOfView(const std::string& text) {
@@ -201,6 +212,7 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     std::string fov;
     std::string camera;
     std::string background;
+    std::string progress;
     bool noLights = false;
     bool noCulling = false;
 
@@ -238,7 +250,10 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     app.add_flag("--info", options.info, "Print what the models hold; needs no display");
     app.add_flag("--json", options.json, "With --info: as JSON");
     app.add_flag("--gl-info", options.glInfo, "Print OpenGL's version, capabilities and limits");
-    app.add_flag("-q,--quiet", options.quiet, "No warnings");
+    app.add_option("--progress", progress,
+                   "How to show progress; a bar on a terminal, else nothing, unless given")
+        ->type_name("bar|plain|none");
+    app.add_flag("-q,--quiet", options.quiet, "No warnings, no progress");
     app.add_flag("-v,--verbose", options.verbose, "Say what is being done");
 
     try {
@@ -263,6 +278,7 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
             wrong(name, "''", "give a value");
         return value;
     };
+    options.progress = parseProgress(progress, options.quiet);
     options.lights = !noLights;
     options.culling = !noCulling;
     options.eye = parseTriple<koLinear::Point>("--eye", given("--eye", eye));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "output/Progress.h"
+
 #include <array>
 #include <optional>
 #include <string>
@@ -39,6 +41,7 @@ struct Options {
     bool culling = true;
     bool grid = false;
     bool axes = false;
+    Progress::Mode progress = Progress::Mode::Silent;
     bool stats = false;
     bool info = false;
     bool json = false;

@@ -52,7 +52,7 @@ void printStats(int frame, const CallCounts& counts, const Scene& scene) {
 }
 
 /// Reads the frame a band at a time, so that the whole of it never lies in memory as floats.
-Picture develop(Canvas& canvas, const FrameLook& look, int factor) {
+Picture develop(Canvas& canvas, const FrameLook& look, int factor, const ProgressReport& report) {
     constexpr unsigned kRGBAFloats = 4;
     constexpr int kBandRows = 32;
     Picture picture(look.width, look.height);
@@ -65,6 +65,7 @@ Picture develop(Canvas& canvas, const FrameLook& look, int factor) {
             throw Failure(kExitNoGL, "there is no memory for a picture of this size; try a smaller --size");
         developRows(picture, first, rows, static_cast<const float*>(band->data()), factor,
                     look.background[3] == 1.0F);
+        tell(report, first + rows, look.height);
     }
     return picture;
 }
@@ -119,7 +120,8 @@ int supersampling(const FrameLook& look) {
     return fits ? 2 : 1;
 }
 
-Picture renderPicture(const View& view, const FrameContent& content, const FrameLook& look, bool stats) {
+Picture renderPicture(const View& view, const FrameContent& content, const FrameLook& look, bool stats,
+                      Progress& progress) {
     const int factor = supersampling(look);
     const FrameLook large = enlarged(look, factor);
     Canvas canvas(large.width, large.height);
@@ -127,15 +129,20 @@ Picture renderPicture(const View& view, const FrameContent& content, const Frame
 
     if (stats)
         CallCounter::install();
+    CallCounter::take();
+    progress.begin(Progress::Stage::Upload);
+    content.drawable.upload(progress.report());
+    progress.begin(Progress::Stage::Draw);
     const int frames = stats ? 2 : 1;
     for (int frame = 1; frame <= frames; ++frame) {
-        CallCounter::take();
         drawFrame(canvas.target(), view, content, large);
-        if (stats)
+        if (stats) {
+            progress.clear();
             printStats(frame, CallCounter::take(), content.drawable.scene());
+        }
     }
 
-    return develop(canvas, look, factor);
+    return develop(canvas, look, factor, progress.report());
 }
 
 } // namespace orloview

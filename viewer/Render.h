@@ -3,6 +3,7 @@
 #include "Frame.h"
 #include "Options.h"
 #include "output/Picture.h"
+#include "output/Progress.h"
 #include "scene/Scene.h"
 #include "scene/View.h"
 
@@ -30,6 +31,7 @@ int supersampling(const FrameLook& look);
 /// Draws the content offscreen, in the start-up context, which it leaves current, and develops the picture.
 /// Throws Failure when the size is beyond the driver's limit or GL lacks framebuffer objects. With `stats`
 /// prints what each of two frames cost to standard error.
-Picture renderPicture(const View& view, const FrameContent& content, const FrameLook& look, bool stats);
+Picture renderPicture(const View& view, const FrameContent& content, const FrameLook& look, bool stats,
+                      Progress& progress);
 
 } // namespace orloview

@@ -36,13 +36,19 @@ struct Loaded {
 };
 
 /// Every model that can be read, in one scene; each that can't gets its line.
-Loaded loadModels(const Options& options) {
+Loaded loadModels(const Options& options, Progress& progress) {
     Loaded loaded;
     bool any = false;
-    for (const std::string& path : options.models) {
+    progress.begin(Progress::Stage::Read);
+    for (size_t i = 0; i < options.models.size(); ++i) {
+        const std::string& path = options.models[i];
+        progress.clear();
         if (options.verbose)
             say("reading " + path);
-        ImportResult result = importModel(path);
+        ImportResult result = importModel(path, {}, [&](double done) {
+            progress.update((static_cast<double>(i) + done) / static_cast<double>(options.models.size()));
+        });
+        progress.clear();
         if (!result && options.models.size() == 1)
             throw Failure(kExitNoInput, path + ": " + result.error);
         if (!result) {
@@ -73,19 +79,23 @@ int showGLInfo(const Options& options) {
     return kExitDone;
 }
 
-int writePicture(const Options& options, const Loaded& loaded) {
+int writePicture(const Options& options, const Loaded& loaded, Progress& progress) {
+    progress.begin(Progress::Stage::Prepare);
+    progress.clear();
     const Guides guides = makeGuides(loaded.scene.bounds(), upOf(options));
     const View view = chooseView(options, loaded.scene,
                                  boundsWith(loaded.scene.bounds(), guides, options.grid, options.axes));
     const DisplaySession display(DisplaySession::Kind::Offscreen, options.verbose);
     const GLSession gl(display.display());
     StudioLights lights;
-    DrawableScene drawable(loaded.scene);
+    DrawableScene drawable(loaded.scene, progress.report());
     DrawableScene grid(guides.grid);
     DrawableScene axes(guides.axes);
     const Picture picture =
-        renderPicture(view, {drawable, lights, grid, axes}, lookOf(options), options.stats);
-    writePng(options.output, picture, options.background[3] != 1.0F);
+        renderPicture(view, {drawable, lights, grid, axes}, lookOf(options), options.stats, progress);
+    progress.begin(Progress::Stage::Write);
+    writePng(options.output, picture, options.background[3] != 1.0F, progress.report());
+    progress.finish();
     if (options.verbose)
         say("wrote " +
             (options.output == "-" ? std::string("the picture to standard output") : options.output));
@@ -101,16 +111,18 @@ int run(int argc, const char* const* argv) {
     const Options& options = line.options;
     if (options.glInfo)
         return showGLInfo(options);
-    const Loaded loaded = loadModels(options);
+    Progress progress(options.progress, stderr);
+    const Loaded loaded = loadModels(options, progress);
     if (options.info) {
+        progress.finish();
         print(options.json ? describeJson(loaded.scene) : describe(loaded.scene));
         return loaded.complete ? kExitDone : kExitIncomplete;
     }
     if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
         throw Failure(kExitNoInput, options.models.front() + ": nothing in it can be drawn");
     if (!options.output.empty())
-        return writePicture(options, loaded);
-    showInWindow(options, loaded.scene);
+        return writePicture(options, loaded, progress);
+    showInWindow(options, loaded.scene, progress);
     return kExitDone;
 }
 

@@ -3,6 +3,7 @@
 
 import json
 import os
+import pty
 import shutil
 import subprocess
 import sys
@@ -147,6 +148,35 @@ class Program(unittest.TestCase):
         self.assertNotIn(" 0 uploads", first)
         self.assertIn("2 draw calls, 0 uploads, 0 bytes uploaded, 0 GL names made", second)
 
+    def test_progress(self):
+        model = self.write("m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n" + "f 1 2 3\n" * 400000)
+        arguments = [model, "-o", self.path("out.png"), "--size", "64x64"]
+        self.assertEqual(self.run_viewer(*arguments).stderr, b"", "no terminal, no progress")
+        lines = self.run_viewer(*arguments, "--progress", "plain").stderr.decode().splitlines()
+        done = [line.split()[1] for line in lines if "done in" in line]
+        self.assertEqual(done, ["read,", "prepare,", "upload,", "draw,", "write,"])
+        self.assertEqual(self.run_viewer(*arguments, "--progress", "plain", "-q").stderr, b"")
+        shown = self.on_a_terminal(*arguments)
+        self.assertRegex(shown, rb"\rread +\[#*\.*\] +\d+%")
+        self.assertTrue(shown.endswith(b" \r"), shown[-100:])
+        shown = self.on_a_terminal(model, self.path("gone.glb"), *arguments[1:]).decode()
+        message = next(line for line in shown.splitlines() if "gone.glb" in line).rsplit("\r")[-1]
+        self.assertTrue(message.startswith("orloview: "), shown)
+
+    def on_a_terminal(self, *arguments):
+        """What the viewer writes to a standard error that is a terminal."""
+        ours, theirs = pty.openpty()
+        with subprocess.Popen([ORLOVIEW, *arguments], stderr=theirs, stdout=subprocess.DEVNULL):
+            os.close(theirs)
+            shown = b""
+            try:
+                while part := os.read(ours, 4096):
+                    shown += part
+            except OSError:
+                pass  # how Linux tells that the other end has closed
+        os.close(ours)
+        return shown
+
     def test_standard_output_and_a_private_display(self):
         model = self.write("m.gltf", gltf())
         result = self.run_viewer(model, "-o", "-", "--size", "20x10", "-v", environment={"DISPLAY": None})
@@ -189,6 +219,7 @@ class Program(unittest.TestCase):
             (["m.glb", "--fov", "wide", *out], ["--fov wide"]),
             (["m.glb", "--background", "#12", *out], ["--background #12"]),
             (["m.glb", "--camera", "0", "--fov", "30", *out], ["--camera"]),
+            (["m.glb", "--progress", "fancy", *out], ["--progress fancy", "plain"]),
             (["m.glb", "--json", *out], ["--json", "--info"]),
             (["m.glb", "-q", "-v", *out], ["-q and -v"]),
         ):

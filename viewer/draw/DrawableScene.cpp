@@ -26,7 +26,7 @@ koColor::Color storedColor(const Material& material, const koColor::Color& color
     return {color[0] * color[3], color[1] * color[3], color[2] * color[3], color[3]};
 }
 
-DrawableScene::DrawableScene(const Scene& scene) : fScene(scene) {
+DrawableScene::DrawableScene(const Scene& scene, const ProgressReport& report) : fScene(scene) {
     const auto route = [this](GLRouting::GLInterpolant interpolant, GeometryData::DataType type) {
         GLRouting::Slot& slot = fRouting.fSlots[interpolant];
         slot.fMode = GLRouting::kFromGeometry;
@@ -36,8 +36,10 @@ DrawableScene::DrawableScene(const Scene& scene) : fScene(scene) {
     route(GLRouting::kNormal, GeometryData::kNormal);
     route(GLRouting::kColor, GeometryData::kColor);
 
-    for (const Mesh& mesh : scene.meshes)
+    for (const Mesh& mesh : scene.meshes) {
         fDrawables.push_back(makeDrawable(mesh));
+        tell(report, static_cast<double>(fDrawables.size()), static_cast<double>(scene.meshes.size()));
+    }
     for (size_t i = 0; i < scene.instances.size(); ++i) {
         const Instance& instance = scene.instances[i];
         const Bounds bounds = boundsOf(scene.meshes[instance.mesh], instance.toWorld);
@@ -101,18 +103,37 @@ void DrawableScene::drawMesh(size_t instance) {
         drawPointsOrLines(mesh, drawable);
 }
 
+void DrawableScene::uploadIndices(const Mesh& mesh, Drawable& drawable) {
+    if (!GLRouting::fsUseObjectsForIndexing || drawable.indicesTried)
+        return;
+    drawable.indicesTried = true;
+    auto object = std::make_unique<GLObject>();
+    object->fDataType = GLObject::kIndexData;
+    const auto bytes = static_cast<long>(mesh.indices.size() * sizeof(uint32_t));
+    if (!object->bind() || !object->bufferData(bytes, mesh.indices.data()))
+        return;
+    object->unbind();
+    if (mesh.topology == Topology::Triangles)
+        drawable.group.indexRecord(0)->setHanger(object.release()); // the group's from here on
+    else
+        drawable.indices = std::move(object);
+}
+
+void DrawableScene::upload(const ProgressReport& report) {
+    for (size_t i = 0; i < fDrawables.size(); ++i) {
+        fRouting.fGroup = &fDrawables[i]->group;
+        fRouting.setVertexArrays(false, false);
+        fRouting.unsetVertexArrays();
+        uploadIndices(fScene.meshes[i], *fDrawables[i]);
+        tell(report, static_cast<double>(i + 1), static_cast<double>(fDrawables.size()));
+    }
+}
+
 void DrawableScene::drawPointsOrLines(const Mesh& mesh, Drawable& drawable) {
     // The routing draws triangles and quads only; its arrays serve here too.
     fRouting.fGroup = &drawable.group;
     fRouting.setVertexArrays(false, false);
-    if (GLRouting::fsUseObjectsForIndexing && !drawable.indicesTried) {
-        drawable.indicesTried = true;
-        auto object = std::make_unique<GLObject>();
-        object->fDataType = GLObject::kIndexData;
-        if (object->bind() && object->bufferData(static_cast<long>(mesh.indices.size() * sizeof(uint32_t)),
-                                                 mesh.indices.data()))
-            drawable.indices = std::move(object);
-    }
+    uploadIndices(mesh, drawable);
     const bool buffered = drawable.indices && drawable.indices->bind();
     GLFunctionTable::fpGlobalFunctionTable->glDrawElements(
         mesh.topology == Topology::Points ? GL_POINTS : GL_LINES, static_cast<GLsizei>(mesh.indices.size()),

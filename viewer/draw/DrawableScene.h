@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ProgressReport.h"
 #include "scene/Scene.h"
 
 #include <memory>
@@ -10,18 +11,21 @@
 
 namespace orloview {
 
-/// A scene made ready for the library: a geometry group per mesh, uploaded by the first frame that draws it
-/// and kept in buffer objects. Needs a current context of the share group to draw and to be destroyed; keeps
-/// a reference to the scene, which must outlive it.
+/// A scene made ready for the library: a geometry group per mesh, uploaded by `upload`, or by the first frame
+/// that draws it, and kept in buffer objects. Needs a current context of the share group to draw and to be
+/// destroyed; keeps a reference to the scene, which must outlive it.
 class DrawableScene {
 public:
-    explicit DrawableScene(const Scene& scene);
+    explicit DrawableScene(const Scene& scene, const ProgressReport& report = {});
     ~DrawableScene();
 
     DrawableScene(const DrawableScene&) = delete;
     DrawableScene& operator=(const DrawableScene&) = delete;
 
     const Scene& scene() const { return fScene; }
+
+    /// Uploads what a first frame would. Needs a current context.
+    void upload(const ProgressReport& report);
 
     /// Instances whose material is drawn with all it covers hidden, in the order of the file, and those that
     /// let it shine through.
@@ -46,11 +50,12 @@ private:
     struct Drawable {
         GeometryLogicalGroup group;
         std::vector<float> colors;         ///< vertex colours times base colour, where the mesh has any
-        std::unique_ptr<GLObject> indices; ///< of points and lines
+        std::unique_ptr<GLObject> indices; ///< of points and lines, made when first needed
         bool indicesTried = false;
     };
 
     std::unique_ptr<Drawable> makeDrawable(const Mesh& mesh) const;
+    static void uploadIndices(const Mesh& mesh, Drawable& drawable);
     void drawPointsOrLines(const Mesh& mesh, Drawable& drawable);
 
     const Scene& fScene;

@@ -94,15 +94,18 @@ void silence() {
 }
 
 /// Waits until the child has closed its end of the pipe, which it does at its end. False when time is up.
-bool waitForEnd(int pipe, double seconds) {
+bool waitForEnd(int pipe, double seconds, const std::function<void()>& whileWaiting) {
     using Clock = std::chrono::steady_clock;
+    const double longest = whileWaiting ? 50.0 : 1e6; // milliseconds
     const auto deadline = Clock::now() + std::chrono::duration<double>(seconds);
     for (;;) {
         const std::chrono::duration<double, std::milli> left = deadline - Clock::now();
         if (left.count() <= 0.0)
             return false;
         pollfd end{pipe, POLLIN, 0};
-        const int ready = ::poll(&end, 1, static_cast<int>(std::min(left.count() + 1.0, 1e6)));
+        const int ready = ::poll(&end, 1, static_cast<int>(std::min(left.count() + 1.0, longest)));
+        if (whileWaiting)
+            whileWaiting();
         if (ready > 0)
             return true;
         if (ready < 0 && errno != EINTR)
@@ -151,7 +154,8 @@ std::vector<std::uint8_t> contents(int file) {
 
 } // namespace
 
-ChildResult runInChild(const ChildWork& work, const ImportLimits& limits) {
+ChildResult runInChild(const ChildWork& work, const ImportLimits& limits,
+                       const std::function<void()>& whileWaiting) {
     ChildResult result;
     int ends[2] = {-1, -1};
     const Descriptor output(besideStandardStreams(::memfd_create("orloview", MFD_CLOEXEC)));
@@ -170,7 +174,7 @@ ChildResult runInChild(const ChildWork& work, const ImportLimits& limits) {
         beChild(work, limits, output.number());
 
     writeEnd.close();
-    const bool inTime = waitForEnd(readEnd.number(), limits.seconds);
+    const bool inTime = waitForEnd(readEnd.number(), limits.seconds, whileWaiting);
     if (!inTime)
         ::kill(child, SIGKILL);
     int status = 0;

@@ -22,7 +22,9 @@ struct ChildResult {
 using ChildWork = std::function<bool(int fileDescriptor)>;
 
 /// Runs the work in a forked process with these limits, its standard output and error silenced, and waits for
-/// it. The child ends with its parent. Not for a process that has started threads.
-ChildResult runInChild(const ChildWork& work, const ImportLimits& limits);
+/// it, calling `whileWaiting` about 20 times a second. The child ends with its parent. Not for a process that
+/// has started threads.
+ChildResult runInChild(const ChildWork& work, const ImportLimits& limits,
+                       const std::function<void()>& whileWaiting = {});
 
 } // namespace orloview

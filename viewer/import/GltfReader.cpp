@@ -117,9 +117,9 @@ std::string named(const GltfObject& object) {
 
 class Reader {
 public:
-    Reader(const GltfContainer& container, const std::filesystem::path& folder)
-        : fRoot(container.json, ""), fData(container, folder), fNodes(fRoot.objects("nodes")),
-          fMeshes(fRoot.objects("meshes")), fSkins(fRoot.objects("skins")),
+    Reader(const GltfContainer& container, const std::filesystem::path& folder, const ProgressReport& report)
+        : fReport(report), fRoot(container.json, ""), fData(container, folder),
+          fNodes(fRoot.objects("nodes")), fMeshes(fRoot.objects("meshes")), fSkins(fRoot.objects("skins")),
           fCameras(fRoot.objects("cameras")),
           fLights(fRoot.object("extensions").object("KHR_lights_punctual").objects("lights")),
           fParents(fNodes.size(), kUnvisited), fWorlds(fNodes.size()) {
@@ -161,6 +161,8 @@ private:
     std::vector<float> attribute(const GltfObject& attributes, const char* key, std::size_t components);
     std::vector<float> colors(const GltfObject& attributes);
 
+    const ProgressReport& fReport;
+    std::size_t fPlaced = 0; ///< nodes
     GltfObject fRoot;
     GltfData fData;
     std::vector<GltfObject> fNodes;
@@ -210,6 +212,7 @@ void Reader::walk(int root) {
         const AffineMatrix toWorld = localTransform(node).then(parentToWorld);
         fWorlds[static_cast<std::size_t>(index)] = toWorld;
         place(static_cast<std::size_t>(index), toWorld);
+        tell(fReport, static_cast<double>(++fPlaced), static_cast<double>(fNodes.size()));
         const std::vector<int> children = node.references("children", fNodes.size());
         for (auto child = children.rbegin(); child != children.rend(); ++child) {
             if (fParents[static_cast<std::size_t>(*child)] == kUnvisited)
@@ -403,9 +406,10 @@ std::vector<float> Reader::colors(const GltfObject& attributes) {
 
 } // namespace
 
-Scene readGltf(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path) {
+Scene readGltf(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
+               const ProgressReport& report) {
     const GltfContainer container = openGltf(bytes);
-    return Reader(container, path.parent_path()).read();
+    return Reader(container, path.parent_path(), report).read();
 }
 
 } // namespace orloview

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "ProgressReport.h"
 #include "scene/Scene.h"
 
 namespace orloview {
@@ -14,6 +15,7 @@ namespace orloview {
 /// spelled out, quantised and sparse attributes are resolved, skins stand in the pose of the scene, triangles
 /// without normals get flat ones. Parts that can't be read are left out with a warning. Throws an ImportError
 /// where nothing can be made of the file.
-Scene readGltf(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path);
+Scene readGltf(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
+               const ProgressReport& report = {});
 
 } // namespace orloview

@@ -11,6 +11,7 @@
 #include "import/ImportError.h"
 #include "import/ModelReader.h"
 #include "import/SceneStream.h"
+#include "import/SharedFraction.h"
 #include "import/Text.h"
 
 namespace orloview {
@@ -20,9 +21,9 @@ namespace {
 constexpr std::size_t kLongestError = 1000;
 
 /// The child's work: the scene, or one line that says what is wrong.
-bool readInto(int output, const std::string& path) {
+bool readInto(int output, const std::string& path, SharedFraction& done) {
     try {
-        return writeScene(readModel(path), output);
+        return writeScene(readModel(path, [&done](double fraction) { done.set(fraction); }), output);
     } catch (const ImportError& error) {
         const std::string line = error.what();
         static_cast<void>(::write(output, line.data(), line.size()) != 0);
@@ -58,10 +59,12 @@ std::string whatHappened(const ChildResult& result, const ImportLimits& limits) 
 
 } // namespace
 
-ImportResult importModel(const std::string& path, const ImportLimits& limits) {
+ImportResult importModel(const std::string& path, const ImportLimits& limits, const ProgressReport& report) {
     ImportResult result;
+    SharedFraction done;
     try {
-        const ChildResult child = runInChild([&](int output) { return readInto(output, path); }, limits);
+        const ChildResult child = runInChild([&](int output) { return readInto(output, path, done); }, limits,
+                                             [&] { tell(report, done.get(), 1.0); });
         if (child.outcome != ChildOutcome::Done)
             result.error = whatHappened(child, limits);
         else if (!readScene(child.output, result.scene))

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 
+#include "ProgressReport.h"
 #include "scene/Scene.h"
 
 namespace orloview {
@@ -26,6 +27,7 @@ struct ImportResult {
 /// The format is told by what the file holds, its suffix where that says nothing. Import libraries crash and
 /// hang on some damaged files, so the work is done in a child process of its own; whatever becomes of that,
 /// the caller gets a scene or a line. Call it before the process has started threads or opened a display.
-ImportResult importModel(const std::string& path, const ImportLimits& limits = {});
+ImportResult importModel(const std::string& path, const ImportLimits& limits = {},
+                         const ProgressReport& report = {});
 
 } // namespace orloview

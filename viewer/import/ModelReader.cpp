@@ -17,14 +17,15 @@ namespace orloview {
 
 namespace {
 
-Scene readAs(Format format, const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path) {
+Scene readAs(Format format, const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
+             const ProgressReport& report) {
     switch (format) {
     case Format::Gltf:
-        return readGltf(bytes, path);
+        return readGltf(bytes, path, report);
     case Format::Obj:
-        return readObj(bytes, path);
+        return readObj(bytes, path, report);
     case Format::Ply:
-        return readPly(bytes);
+        return readPly(bytes, report);
     case Format::Stl:
         return readStl(bytes);
     case Format::ByLibrary:
@@ -78,9 +79,9 @@ bool isConsistent(const Material& material, std::size_t textureCount) {
 
 } // namespace
 
-Scene readModel(const std::filesystem::path& path) {
+Scene readModel(const std::filesystem::path& path, const ProgressReport& report) {
     const std::vector<std::uint8_t> bytes = readFile(path);
-    Scene scene = readAs(detectFormat(bytes, path), bytes, path);
+    Scene scene = readAs(detectFormat(bytes, path), bytes, path, report);
     if (scene.instances.empty() && scene.cameras.empty() && scene.lights.empty()) {
         if (scene.warnings.empty())
             throw ImportError("there is nothing in it to draw");

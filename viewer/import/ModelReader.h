@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "ProgressReport.h"
 #include "scene/Scene.h"
 
 namespace orloview {
@@ -9,7 +10,7 @@ namespace orloview {
 /// Reads a model file in this process. What importModel runs in its child: a damaged file may crash or hang
 /// an import library in here. Throws an ImportError where there is nothing to draw and no camera or light
 /// either.
-Scene readModel(const std::filesystem::path& path);
+Scene readModel(const std::filesystem::path& path, const ProgressReport& report = {});
 
 /// Whether all references of the scene lead somewhere and its attributes fit its vertices.
 bool isConsistent(const Scene& scene);

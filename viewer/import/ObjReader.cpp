@@ -75,8 +75,8 @@ struct Part {
 
 class Reader {
 public:
-    Reader(std::string_view text, const std::filesystem::path& folder)
-        : fText(text), fMaterials(folder, fScene, fWarnings) {}
+    Reader(std::string_view text, const std::filesystem::path& folder, const ProgressReport& report)
+        : fReport(report), fText(text), fMaterials(folder, fScene, fWarnings) {}
 
     Scene read();
 
@@ -98,6 +98,7 @@ private:
     void addNormals(Part& part);
     void badLine(const char* reason);
 
+    const ProgressReport& fReport;
     std::string_view fText;
     std::size_t fLine = 0;
     Scene fScene;
@@ -121,10 +122,13 @@ private:
 
 Scene Reader::read() {
     fScene.format = "OBJ";
+    constexpr std::size_t kLinesBetweenReports = 4096;
+    const auto all = static_cast<double>(fText.size());
     std::string continued;
     while (!fText.empty()) {
         std::string_view line = takeLine(fText);
-        ++fLine;
+        if (++fLine % kLinesBetweenReports == 0)
+            tell(fReport, all - static_cast<double>(fText.size()), all);
         if (line.ends_with('\\')) {
             continued += std::string(line.substr(0, line.size() - 1)) + " ";
             continue;
@@ -372,8 +376,10 @@ void Reader::addNormals(Part& part) {
 
 } // namespace
 
-Scene readObj(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path) {
-    return Reader({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, path.parent_path()).read();
+Scene readObj(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
+              const ProgressReport& report) {
+    return Reader({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, path.parent_path(), report)
+        .read();
 }
 
 } // namespace orloview

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "ProgressReport.h"
 #include "scene/Scene.h"
 
 namespace orloview {
@@ -14,6 +15,7 @@ namespace orloview {
 /// of corners are cut into triangles; where the file has no normals they follow its smoothing groups, and all
 /// is smooth where it has none. Missing material libraries and pictures, and lines that make no sense, are
 /// told as warnings. Throws an ImportError where there is nothing to draw.
-Scene readObj(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path);
+Scene readObj(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
+              const ProgressReport& report = {});
 
 } // namespace orloview

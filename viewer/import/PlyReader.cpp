@@ -37,6 +37,9 @@ public:
             cutOff();
     }
 
+    /// How many bytes are still to be read.
+    std::size_t left() const { return fData.size(); }
+
     double next(PlyType type) { return fFormat == PlyFormat::Text ? nextWord() : nextBinary(type); }
 
     /// How many items the list has that begins here.
@@ -169,7 +172,8 @@ std::vector<std::size_t> placesOf(const PlyElement& element,
 
 class Reader {
 public:
-    explicit Reader(std::string_view file) : fHeader(takePlyHeader(file)), fBody(file, fHeader.format) {}
+    Reader(std::string_view file, const ProgressReport& report)
+        : fReport(report), fHeader(takePlyHeader(file)), fBody(file, fHeader.format), fLength(fBody.left()) {}
 
     Scene read() {
         for (const PlyElement& element : fHeader.elements) {
@@ -191,6 +195,7 @@ public:
     }
 
 private:
+    void readRow(const PlyElement& element);
     void readVertices(const PlyElement& element);
     void readFaces(const PlyElement& element);
     void readStrips(const PlyElement& element);
@@ -199,8 +204,11 @@ private:
     Scene takeScene();
     void add(Scene& scene, Topology topology, std::vector<std::uint32_t> indices);
 
+    const ProgressReport& fReport;
     PlyHeader fHeader;
     Body fBody;
+    std::size_t fLength; ///< of the body
+    std::size_t fRowsRead = 0;
     Row fRow;
     Mesh fVertices;
     std::vector<std::vector<std::uint32_t>> fPolygons;
@@ -208,6 +216,13 @@ private:
     std::vector<std::uint32_t> fLines;
     Warnings fWarnings;
 };
+
+void Reader::readRow(const PlyElement& element) {
+    constexpr std::size_t kRowsBetweenReports = 4096;
+    fRow.read(element, fBody);
+    if (++fRowsRead % kRowsBetweenReports == 0)
+        tell(fReport, static_cast<double>(fLength - fBody.left()), static_cast<double>(fLength));
+}
 
 void Reader::readVertices(const PlyElement& element) {
     const auto positions = placesOf(element, {{"x", "y", "z"}});
@@ -230,7 +245,7 @@ void Reader::readVertices(const PlyElement& element) {
     if (!uvs.empty())
         fVertices.uvSets.resize(1);
     for (std::size_t i = 0; i < element.count; ++i) {
-        fRow.read(element, fBody);
+        readRow(element);
         append(fVertices.positions, positions);
         append(fVertices.normals, normals);
         if (!uvs.empty()) // v runs up in these files
@@ -256,7 +271,7 @@ void Reader::readFaces(const PlyElement& element) {
         return;
     const std::size_t list = listPlace(element);
     for (std::size_t i = 0; i < element.count; ++i) {
-        fRow.read(element, fBody);
+        readRow(element);
         if (fRow.lists[list].size() < 3) {
             fWarnings.add("face " + std::to_string(i), "left out: it has fewer than three corners");
             continue;
@@ -275,7 +290,7 @@ void Reader::readStrips(const PlyElement& element) {
     const std::size_t list = listPlace(element);
     std::vector<std::uint32_t> strip;
     for (std::size_t i = 0; i < element.count; ++i) {
-        fRow.read(element, fBody);
+        readRow(element);
         for (const double index : fRow.lists[list]) {
             if (index >= 0.0) {
                 strip.push_back(toIndex(index));
@@ -294,7 +309,7 @@ void Reader::readEdges(const PlyElement& element) {
     if (ends.empty())
         return skip(element);
     for (std::size_t i = 0; i < element.count; ++i) {
-        fRow.read(element, fBody);
+        readRow(element);
         fLines.insert(fLines.end(), {toIndex(fRow.values[ends[0]]), toIndex(fRow.values[ends[1]])});
     }
 }
@@ -303,7 +318,7 @@ void Reader::skip(const PlyElement& element) {
     if (element.properties.empty()) // takes no bytes, so its count may be anything
         return;
     for (std::size_t i = 0; i < element.count; ++i)
-        fRow.read(element, fBody);
+        readRow(element);
     if (element.count > 0)
         fWarnings.add("the element '" + element.name + "'", "left out: it is of no known kind");
 }
@@ -342,8 +357,8 @@ Scene Reader::takeScene() {
 
 } // namespace
 
-Scene readPly(const std::vector<std::uint8_t>& bytes) {
-    return Reader({reinterpret_cast<const char*>(bytes.data()), bytes.size()}).read();
+Scene readPly(const std::vector<std::uint8_t>& bytes, const ProgressReport& report) {
+    return Reader({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, report).read();
 }
 
 } // namespace orloview

@@ -29,7 +29,7 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 /// The part that libpng may leave by longjmp: no object with a destructor lives here.
 bool encode(png_structp png, png_infop info, std::FILE* file, const Picture& picture, bool withAlpha,
-            png_bytep* rows) {
+            const ProgressReport& report) {
     if (setjmp(png_jmpbuf(png)) != 0)
         return false;
     png_init_io(png, file);
@@ -41,7 +41,11 @@ bool encode(png_structp png, png_infop info, std::FILE* file, const Picture& pic
     png_write_info(png, info);
     if (!withAlpha)
         png_set_filler(png, 0, PNG_FILLER_AFTER);
-    png_write_image(png, rows);
+    const auto stride = static_cast<size_t>(picture.width) * 4;
+    for (int y = 0; y < picture.height; ++y) {
+        png_write_row(png, picture.rgba.data() + static_cast<size_t>(y) * stride);
+        tell(report, y + 1, picture.height);
+    }
     png_write_end(png, info);
     return true;
 }
@@ -52,13 +56,10 @@ void leaveQuietly(png_structp png, png_const_charp) {
     png_longjmp(png, 1);
 }
 
-bool encodeTo(std::FILE* file, const Picture& picture, bool withAlpha) {
-    std::vector<png_bytep> rows(static_cast<size_t>(picture.height));
-    for (size_t y = 0; y < rows.size(); ++y)
-        rows[y] = const_cast<png_bytep>(picture.rgba.data()) + y * static_cast<size_t>(picture.width) * 4;
+bool encodeTo(std::FILE* file, const Picture& picture, bool withAlpha, const ProgressReport& report) {
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leaveQuietly, ignoreWarning);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
-    const bool written = info && encode(png, info, file, picture, withAlpha, rows.data());
+    const bool written = info && encode(png, info, file, picture, withAlpha, report);
     png_destroy_write_struct(&png, &info);
     return written && std::fflush(file) == 0;
 }
@@ -71,9 +72,9 @@ bool isReplaceable(const std::string& path) {
 
 } // namespace
 
-void writePng(const std::string& path, const Picture& picture, bool withAlpha) {
+void writePng(const std::string& path, const Picture& picture, bool withAlpha, const ProgressReport& report) {
     if (path == "-") {
-        if (!encodeTo(stdout, picture, withAlpha))
+        if (!encodeTo(stdout, picture, withAlpha, report))
             notWritten("standard output", errno);
         return;
     }
@@ -83,7 +84,7 @@ void writePng(const std::string& path, const Picture& picture, bool withAlpha) {
     if (!file)
         notWritten(path, errno);
     errno = 0;
-    const bool complete = encodeTo(file.get(), picture, withAlpha);
+    const bool complete = encodeTo(file.get(), picture, withAlpha, report);
     const int error = errno;
     const bool closed = std::fclose(file.release()) == 0;
     if (complete && closed && (!replace || std::rename(written.c_str(), path.c_str()) == 0))

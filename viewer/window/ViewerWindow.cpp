@@ -67,7 +67,7 @@ void print(const std::string& line) {
 /// Everything that draws, made and ended in the order that contexts ask for.
 class ViewerWindow {
 public:
-    ViewerWindow(const Options& options, const Scene& scene, const Viewpoint& start);
+    ViewerWindow(const Options& options, const Scene& scene, const Viewpoint& start, Progress& progress);
     ~ViewerWindow();
 
     ViewerWindow(const ViewerWindow&) = delete;
@@ -117,12 +117,13 @@ private:
     double fTotalMilliseconds = 0.0;
 };
 
-ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Viewpoint& start)
+ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Viewpoint& start,
+                           Progress& progress)
     : fOptions(options), fScene(scene), fBounds(scene.bounds()), fGuides(makeGuides(fBounds, upOf(options))),
       fView(Navigation(start, upOf(options), fBounds), lookOf(options)),
       fDisplaySession(DisplaySession::Kind::Window, options.verbose), fDisplay(fDisplaySession.display()),
-      fGL(fDisplay), fDrawable(scene), fGridDrawable(fGuides.grid), fAxesDrawable(fGuides.axes),
-      fLineHeight(lineHeightOn(fDisplay)) {
+      fGL(fDisplay), fDrawable(scene, progress.report()), fGridDrawable(fGuides.grid),
+      fAxesDrawable(fGuides.axes), fLineHeight(lineHeightOn(fDisplay)) {
     fWindow.emplace(fDisplay, titleOf(options), options.width, options.height);
     fPainter.emplace(fWindow->buffer());
     if (options.verbose && !fPainter->develops())
@@ -130,7 +131,12 @@ ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Vie
     fView.resize(fWindow->width(), fWindow->height());
     fView.statisticsShown = options.stats;
     CallCounter::install();
+    progress.begin(Progress::Stage::Upload);
+    fDrawable.upload(progress.report());
     say("H lists the keys");
+    progress.begin(Progress::Stage::Draw);
+    paint(1);
+    progress.finish();
 }
 
 ViewerWindow::~ViewerWindow() {
@@ -257,7 +263,8 @@ void ViewerWindow::execute(Command command) {
 void ViewerWindow::screenshot() {
     const std::string path = screenshotPath(fOptions);
     try {
-        const Picture picture = renderPicture(currentView(), content(), fView.look(), false);
+        Progress silent(Progress::Mode::Silent, stdout);
+        const Picture picture = renderPicture(currentView(), content(), fView.look(), false, silent);
         writePng(path, picture, fView.look().background[3] != 1.0F);
         print(path);
         say("wrote " + path);
@@ -294,8 +301,9 @@ void ViewerWindow::paint(int factor) {
 
 } // namespace
 
-void showInWindow(const Options& options, const Scene& scene) {
-    ViewerWindow(options, scene, chooseEye(options, scene)).run();
+void showInWindow(const Options& options, const Scene& scene, Progress& progress) {
+    progress.begin(Progress::Stage::Prepare);
+    ViewerWindow(options, scene, chooseEye(options, scene), progress).run();
 }
 
 } // namespace orloview
