@@ -8,6 +8,7 @@ struct Loader {
     Calls calls;
     std::set<std::string> missingLibraries;
     std::set<std::string> missingSymbols;
+    std::map<std::string, void*> replacedSymbols;
 };
 
 Loader& loader() {
@@ -42,6 +43,10 @@ std::set<std::string>& missingSymbols() {
     return loader().missingSymbols;
 }
 
+std::map<std::string, void*>& replacedSymbols() {
+    return loader().replacedSymbols;
+}
+
 void resetLoader() {
     loader() = Loader();
     recording = true;
@@ -68,6 +73,8 @@ void* dlsym(void* handle, const char* name) {
     if (!recording)
         return find(handle, name);
     note(call("dlsym", name));
+    if (const auto replaced = loader().replacedSymbols.find(name); replaced != loader().replacedSymbols.end())
+        return replaced->second;
     return loader().missingSymbols.contains(name) ? nullptr : find(handle, name);
 }
 

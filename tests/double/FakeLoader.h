@@ -11,5 +11,7 @@ const Calls& loaderCalls();
 std::set<std::string>& missingLibraries();
 /// dlsym answers null for these.
 std::set<std::string>& missingSymbols();
+/// dlsym answers with these instead of what it finds.
+std::map<std::string, void*>& replacedSymbols();
 /// Forgets all of this, and starts writing down.
 void resetLoader();

@@ -277,6 +277,61 @@ void textures() {
     use(&GLTexture2D::GLloadImageMipmap);
     use(&GLTexture2D::GLloadRenderedImage);
     use(GLTexture2D::fsNumInstances_GLTexture2D);
+
+    static_assert(std::is_base_of_v<IGLTexture, GLTexture1D> && std::is_base_of_v<IGLTexture, GLTexture3D>);
+    use(&GLTexture1D::bind);
+    use(&GLTexture3D::bind);
+    use(GLTexture1D::fsNumInstances_GLTexture1D);
+    use(GLTexture3D::fsNumInstances_GLTexture3D);
+
+    static_assert(std::is_base_of_v<IGLTexture, GLTextureCubeMap> && IHWTexture::CubeMapSide(5) == 5);
+    using Side = IHWTexture::CubeMapSide;
+    use<bool (GLTextureCubeMap::*)(unsigned, Side, void*)>(&GLTextureCubeMap::GLLoadImage);
+    use<bool (GLTextureCubeMap::*)(unsigned, Side, void*, Side, void*, Side, void*, Side, void*, Side, void*,
+                                   Side, void*)>(&GLTextureCubeMap::GLLoadImage);
+    use(&GLTextureCubeMap::GLLoadImageMipMap);
+    use(&GLTextureCubeMap::fEdgeSize);
+    use(GLTextureCubeMap::fsNumInstances_GLTextureCubeMap);
+}
+
+void textureUse() {
+    use(&GLTexUsage::setWrapMode);
+    use(&GLTexUsage::setMinMagFilter);
+    use(&GLTexUsage::setBorderColor);
+    use(&GLTexUsage::setFilterAnisotropic);
+    use<void (*)(unsigned, IHWTexUsage::GenMode*)>(&GLTexUsage::setTexGenMode);
+    use<void (*)(IHWTexUsage::ProjType, const koLinear::ProjMatrix&, float*)>(&GLTexUsage::setTexGenMode);
+    use<void (*)(const koLinear::ProjMatrix&)>(&GLTexUsage::setTransform);
+    use<void (*)(float*, float*, float)>(&GLTexUsage::setTransform);
+    use<void (*)(float*, float*, float*, float, float*)>(&GLTexUsage::setTransform);
+    use(GLTexUsage::fsWrapModes[IHWTexUsage::WrapMode(6)]);
+    use(GLTexUsage::fsFilterModes[IHWTexUsage::Filter(7)]);
+    use(GLTexUsage::fsTexGenModes[9]);
+    use(GLTexUsage::fsMaxAnisotropy);
+
+    GLTexUnitState unit;
+    unit.setTextureFunction(GLTexUnitState::TexEnvFunc(5));
+    unit.setCombinerFuncRGB(GLTexUnitState::CombinerFunc(7));
+    unit.setCombinerFuncAlpha(GLTexUnitState::CombinerFunc(7));
+    unit.setCombinerSourceOpRGB(0, GLTexUnitState::CombinerSource(3), GLTexUnitState::CombinerOperand(3));
+    unit.setCombinerSourceOpAlpha(0, GLTexUnitState::CombinerSource(3), GLTexUnitState::CombinerOperand(1));
+    unit.setCombinerScaleRGB(4);
+    unit.setCombinerScaleAlpha(4);
+    unit.reset();
+    use(&GLTexUnitState::applyGL);
+    use(&GLTexUnitState::textureFunction);
+    use(&GLTexUnitState::combinerFuncRGB);
+    use(&GLTexUnitState::combinerFuncAlpha);
+    use(&GLTexUnitState::combinerSourceRGB);
+    use(&GLTexUnitState::combinerOperandRGB);
+    use(&GLTexUnitState::combinerSourceAlpha);
+    use(&GLTexUnitState::combinerOperandAlpha);
+    use(&GLTexUnitState::combinerScaleRGB);
+    use(&GLTexUnitState::combinerScaleAlpha);
+    use(TexEnvFuncTable[5]);
+    use(CombinerFuncTable[7]);
+    use(CombinerSourceTable[3]);
+    use(CombinerOperandTable[3]);
 }
 
 void state() {
@@ -347,6 +402,7 @@ void frameBuffers() {
 
 int main() {
     textures();
+    textureUse();
     state();
     frameBuffers();
     geometry();

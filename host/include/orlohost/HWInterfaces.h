@@ -43,6 +43,16 @@ public:
         kTextureCubeMap = 5,
     };
 
+    /// The sides of a cube map, by the axis that points out of them.
+    enum CubeMapSide : uint32_t {
+        kPositiveX = 0,
+        kNegativeX = 1,
+        kPositiveY = 2,
+        kNegativeY = 3,
+        kPositiveZ = 4,
+        kNegativeZ = 5,
+    };
+
     ~IHWTexture() override;
 
     /// Makes this the bound texture of the active unit; false when that can't be.
@@ -57,6 +67,55 @@ public:
 
     /// Asks for compressed storage where GL offers it. Set before the upload.
     bool fCompressionRequest = false;
+};
+
+/// How a texture is applied: what a host's materials ask for, by number.
+class ORLOHOST_API IHWTexUsage {
+public:
+    /// What coordinates outside 0 to 1 show. The mirrored clamps need GL_EXT_texture_mirror_clamp.
+    enum WrapMode : uint32_t {
+        kClamp = 0, ///< half border, half edge when filtered
+        kClampToEdge = 1,
+        kClampToBorder = 2,
+        kRepeat = 3,
+        kMirroredRepeat = 4,
+        kMirrorClamp = 5,
+        kMirrorClampToEdge = 6,
+    };
+
+    /// Bilinear is linear, and trilinear the linear mix of linear mipmaps, under the names that artists use.
+    /// The mipmap filters are for minification only.
+    enum Filter : uint32_t {
+        kNearest = 0,
+        kLinear = 1,
+        kBilinear = 2,
+        kTrilinear = 3,
+        kNearestMipmapNearest = 4,
+        kNearestMipmapLinear = 5,
+        kLinearMipmapNearest = 6,
+        kLinearMipmapLinear = 7,
+    };
+
+    /// Where a texture coordinate comes from. The last four are the host's own business: renderers leave the
+    /// coordinate as it is.
+    enum GenMode : uint32_t {
+        kGenNone = 0, ///< from the vertices
+        kGenObjectLinear = 1,
+        kGenEyeLinear = 2,
+        kGenSphereMap = 3,
+        kGenReflectionMap = 4,
+        kGenNormalMap = 5,
+        kGenHost6 = 6,
+        kGenHost7 = 7,
+        kGenHost8 = 8,
+        kGenHost9 = 9,
+    };
+
+    /// How a light or camera projects a texture.
+    enum ProjType : uint32_t {
+        kProjPerspective = 0,
+        kProjOrthographic = 1,
+    };
 };
 
 /// A camera: where it stands and what it sees.

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "gl/EntryMacros.h"
+#include "gl/Export.h"
+#include "orlohost/HWInterfaces.h"
+#include "orlohost/koColor.h"
+#include "orlohost/koLinear.h"
+
+#include <array>
+
+/// How the texture bound to a target of the active unit is applied: wrap and filter, border, generated
+/// coordinates, the texture matrix. Keeps nothing but the driver's largest anisotropy: all else is GL state
+/// of the current context and unit.
+///
+///     texture->bind();
+///     GLTexUsage::setWrapMode(GL_TEXTURE_2D, IHWTexUsage::kRepeat, IHWTexUsage::kClampToEdge);
+///     GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, IHWTexUsage::kTrilinear, IHWTexUsage::kLinear);
+///
+/// No argument is checked against what the driver offers: GL refuses with GL_INVALID_ENUM what it doesn't
+/// know (a mipmap filter for magnification; repeating a rectangle texture). Modes beyond an enumeration are
+/// the caller's error.
+class ORLOGL_API GLTexUsage {
+public:
+    /// Along s and t.
+    static void setWrapMode(unsigned target, IHWTexUsage::WrapMode s, IHWTexUsage::WrapMode t);
+
+    static void setMinMagFilter(unsigned target, IHWTexUsage::Filter min, IHWTexUsage::Filter mag);
+
+    static void setBorderColor(unsigned target, const koColor::Color& color);
+
+    /// The largest anisotropy that the driver has, or none (1). Without GL_EXT_texture_filter_anisotropic at
+    /// the first call this and all later calls do nothing.
+    static void setFilterAnisotropic(unsigned target, bool enable);
+
+    /// Generation of s, t, r and q, of four modes. Enables cube mapping on the unit for GL_TEXTURE_CUBE_MAP
+    /// and disables it for any other target. kGenEyeLinear and the host's own modes leave a coordinate as it
+    /// is: eye planes come with the projection below.
+    static void setTexGenMode(unsigned target, IHWTexUsage::GenMode* modes);
+
+    /// Coordinates projected from a light or camera: `view` is its world-to-eye matrix, `frustum` its left,
+    /// right, bottom, top, near and far. Set with the matrix of the world's camera in force as model-view
+    /// matrix. Leaves the generation of all four coordinates enabled, GL_MODELVIEW current, and both stacks
+    /// as they were.
+    static void setTexGenMode(IHWTexUsage::ProjType type, const koLinear::ProjMatrix& view, float* frustum);
+
+    /// The texture matrix, as it is or from placement: `offset`, `repeat` and the pivots are two numbers,
+    /// `rotate` is in degrees counter-clockwise. A repeat of (0, 0) means that nothing is scaled. All leave
+    /// GL_MODELVIEW current.
+    ///
+    /// The short form turns about the middle of the texture and moves by -offset; the long form scales and
+    /// turns about pivots and moves by +offset.
+    static void setTransform(const koLinear::ProjMatrix& matrix);
+    static void setTransform(float* offset, float* repeat, float rotate);
+    static void setTransform(float* offset, float* repeat, float* repeatPivot, float rotate,
+                             float* rotatePivot);
+
+    /// GL's constant for each value of the enumerations of IHWTexUsage.
+    static constexpr std::array<GLint, 7> fsWrapModes = {
+        GL_CLAMP,           GL_CLAMP_TO_EDGE,    GL_CLAMP_TO_BORDER,         GL_REPEAT,
+        GL_MIRRORED_REPEAT, GL_MIRROR_CLAMP_EXT, GL_MIRROR_CLAMP_TO_EDGE_EXT};
+    static_assert(fsWrapModes.size() == IHWTexUsage::kMirrorClampToEdge + 1);
+
+    static constexpr std::array<GLint, 8> fsFilterModes = {GL_NEAREST,
+                                                           GL_LINEAR,
+                                                           GL_LINEAR,
+                                                           GL_LINEAR_MIPMAP_LINEAR,
+                                                           GL_NEAREST_MIPMAP_NEAREST,
+                                                           GL_NEAREST_MIPMAP_LINEAR,
+                                                           GL_LINEAR_MIPMAP_NEAREST,
+                                                           GL_LINEAR_MIPMAP_LINEAR};
+    static_assert(fsFilterModes.size() == IHWTexUsage::kLinearMipmapLinear + 1);
+
+    /// For hosts that set a coordinate by themselves; setTexGenMode leaves eye-linear out.
+    static constexpr std::array<GLint, 10> fsTexGenModes = {
+        0, GL_OBJECT_LINEAR, GL_EYE_LINEAR, GL_SPHERE_MAP, GL_REFLECTION_MAP, GL_NORMAL_MAP, 0, 0, 0, 0};
+    static_assert(fsTexGenModes.size() == IHWTexUsage::kGenHost9 + 1);
+
+    /// The driver's largest anisotropy; -2 until the first call asks for it, -1 where there is none.
+    static float fsMaxAnisotropy;
+};

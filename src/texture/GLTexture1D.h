@@ -1,0 +1,15 @@
+#pragma once
+
+#include "texture/IGLTexture.h"
+
+/// A name for a 1D texture of the host: the host uploads into textureName() itself.
+class ORLOGL_API GLTexture1D : public IGLTexture {
+public:
+    GLTexture1D();
+    ~GLTexture1D() override;
+
+    /// Always false, and nothing is bound: this layer binds 2D textures and cube maps only.
+    bool bind() override;
+
+    static int32_t fsNumInstances_GLTexture1D;
+};
