@@ -51,6 +51,9 @@ protected:
     Display* display() { return fDisplay; }
     GLStartupContext& startup() { return *fStartup; }
 
+    /// For tests that end the start-up context themselves.
+    void forgetStartup() { fStartup = nullptr; }
+
     void expectNoErrors() { expectErrors({}); }
 
     /// Drains the pending GL errors and compares them: for calls that the driver is known to refuse.

@@ -294,6 +294,44 @@ void textures() {
     use(GLTextureCubeMap::fsNumInstances_GLTextureCubeMap);
 }
 
+void computedTextures() {
+    use(GLTextureManager);
+    use(HWTextureCacheList);
+    use(&TextureManager::textureCache);
+    use(&TextureManager::normalizationCubeMap);
+    use(&TextureManager::normalizationHILOCubeMap);
+    use(&TextureManager::attenDistanceMap);
+    use(&TextureManager::attenExponentMap);
+    use(&TextureManager::atten1DMapId);
+    use(&TextureManager::nhkMapId);
+    use(&TextureManager::normalizeExponentiateMapId);
+    use(&TextureManager::rampTextureMap);
+    use(&TextureManager::spotProjTextureMask);
+    use(&TextureManager::shadowProjTextureMask);
+    use(&TextureManager::round2);
+    use(&generateNHKMap);
+    use(&generateNormalizeExponentiateMap);
+    use(&generateRampMap);
+    use(&find_closest_normexp_index);
+    use(&makeNormalizeVectorCubeMap);
+
+    const GLTextureCacheEntry entry{7, nullptr};
+    use(entry);
+    use(&GLTextureCache::initialize);
+    use(&GLTextureCache::add);
+    use(&GLTextureCache::find);
+    use(&GLTextureCache::find_texture);
+    use(&GLTextureCache::remove);
+    static_assert(std::is_base_of_v<GLTextureCubeMap, GLNormalCubeMap>);
+    static_assert(std::is_base_of_v<GLTexture2D, GLSpotLightMap> &&
+                  std::is_polymorphic_v<GLAttenuationLightMap>);
+    use(GLNormalCubeMap::fsNumInstances_GLNormalCubeMap);
+    use(GLSpotLightMap::fsNumInstances_GLSpotLightMap);
+    use(GLAttenuationLightMap::fsNumInstances_GLAttenuationLightMap);
+    use(&GLAttenuationLightMap::fDistanceTexture);
+    use(&GLAttenuationLightMap::fExponentTexture);
+}
+
 void textureUse() {
     use(&GLTexUsage::setWrapMode);
     use(&GLTexUsage::setMinMagFilter);
@@ -402,6 +440,7 @@ void frameBuffers() {
 
 int main() {
     textures();
+    computedTextures();
     textureUse();
     state();
     frameBuffers();
