@@ -1,7 +1,8 @@
 #include "Frame.h"
 
+#include "draw/TextureUnits.h"
+
 #include <algorithm>
-#include <cmath>
 
 #include <gl/GLFunctionTable.h>
 #include <state/GLCamera.h>
@@ -35,6 +36,8 @@ void setFrameState(const FrameLook& look) {
     gl->glEnable(GL_NORMALIZE);
     gl->glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE);
     gl->glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, GL_TRUE);
+    if (gl->usable(kCapSeparateSpecularColor)) // highlights lie over the textures
+        gl->glLightModeli(GL_LIGHT_MODEL_COLOR_CONTROL, GL_SEPARATE_SPECULAR_COLOR);
     const koColor::Color ambient(0.09F, 0.09F, 0.1F);
     gl->glLightModelfv(GL_LIGHT_MODEL_AMBIENT, ambient.data());
     gl->glColorMaterial(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE);
@@ -56,7 +59,7 @@ void setGloss(const Material& material) {
     gl->glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, exponent);
 }
 
-void setMaterial(const Material& material, bool lit, bool cullBackFaces) {
+void setMaterial(const Material& material, bool lit, bool cullBackFaces, bool emitsByTexture) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     const koColor::Color color = storedColor(material, material.baseColor);
     enable(GL_LIGHTING, lit);
@@ -65,7 +68,8 @@ void setMaterial(const Material& material, bool lit, bool cullBackFaces) {
     enable(GL_BLEND, material.alphaMode == AlphaMode::Blend);
     gl->glColor4fv(color.data());
     setGloss(material);
-    gl->glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, material.emissive.data());
+    const koColor::Color emission = emitsByTexture ? koColor::Color() : material.emissive;
+    gl->glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, emission.data());
 }
 
 GLPassState passStateOf(const Material& material) {
@@ -73,35 +77,59 @@ GLPassState passStateOf(const Material& material) {
     state.setDepthMask(material.alphaMode != AlphaMode::Blend);
     if (material.alphaMode == AlphaMode::Blend)
         state.setBlendFuncFactors(GLPassState::kBlendOne, GLPassState::kBlendOneMinusSourceAlpha);
+    if (material.alphaMode == AlphaMode::Mask) // its alpha is for the test only
+        state.setColorMask(true, true, true, false);
     state.setAlphaFunc(GLPassState::kTestGreaterEqual, material.alphaCutoff * 255.0F);
     return state;
 }
 
-void drawInstance(DrawableScene& drawable, size_t index, const FrameLook& look) {
+/// Whether its emission comes as a texture, or would, if the picture could be read.
+bool emitsByTexture(const Material& material, const TextureLayer* layer) {
+    return layer || material.emissiveTexture.texture >= 0;
+}
+
+/// Sets an instance's material and matrix, lets `draw` draw it, and takes the matrix back.
+template <typename Draw>
+void drawPlaced(DrawableScene& drawable, size_t index, const FrameLook& look, TextureUnits& units,
+                Draw draw) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     const Material& material = drawable.materialOf(index);
     const koLinear::AffineMatrix& toWorld = drawable.scene().instances[index].toWorld;
+    const TextureLayer* emission = drawable.emissionLayerOf(index);
     passStateOf(material).applyGL(false);
+    units.set(drawable.baseLayerOf(index), emission);
     const bool cullBackFaces = look.culling && !look.wireframe && !drawable.isDoubleSided(index);
-    setMaterial(material, look.lights && drawable.isLit(index), cullBackFaces);
+    setMaterial(material, look.lights && drawable.isLit(index), cullBackFaces,
+                emitsByTexture(material, emission));
     gl->glFrontFace(toWorld.determinant() < 0.0 ? GL_CW : GL_CCW);
     gl->glPushMatrix();
     gl->glMultMatrixd(koLinear::ProjMatrix(toWorld).data());
-    drawable.drawMesh(index);
+    draw();
     gl->glPopMatrix();
 }
 
-std::vector<size_t> farthestFirst(const DrawableScene& drawable, const View& view) {
-    std::vector<std::pair<double, size_t>> byDepth;
-    for (const size_t index : drawable.blendedInstances())
-        byDepth.emplace_back(view.worldToEye.transform(drawable.centerOf(index))[2], index);
-    std::stable_sort(byDepth.begin(), byDepth.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
-    std::vector<size_t> order;
-    order.reserve(byDepth.size());
-    for (const auto& [depth, index] : byDepth)
-        order.push_back(index);
-    return order;
+/// Makes opaque what has just been drawn of an instance: what passed the alpha test is there wholly, whatever
+/// its alpha.
+void fillAlpha(DrawableScene& drawable, size_t index, TextureUnits& units) {
+    const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
+    GLPassState state;
+    state.setColorMask(false, false, false, true);
+    state.setDepthFunc(GLPassState::kTestEqual);
+    state.applyGL(false);
+    units.set(nullptr, nullptr);
+    gl->glDisable(GL_LIGHTING);
+    gl->glDisable(GL_ALPHA_TEST);
+    gl->glColor4f(0.0F, 0.0F, 0.0F, 1.0F);
+    drawable.drawShape(index);
+}
+
+void drawInstance(DrawableScene& drawable, size_t index, const FrameLook& look, TextureUnits& units) {
+    drawPlaced(drawable, index, look, units, [&] {
+        drawable.drawMesh(index);
+        const bool mayBeSeenThrough = look.background[3] < 1.0F;
+        if (drawable.materialOf(index).alphaMode == AlphaMode::Mask && mayBeSeenThrough)
+            fillAlpha(drawable, index, units);
+    });
 }
 
 } // namespace
@@ -117,14 +145,15 @@ void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& cont
     camera.bind();
     content.lights.bind(view.worldToEye);
 
+    TextureUnits units;
     if (look.grid)
-        drawInstance(content.grid, 0, look);
+        drawInstance(content.grid, 0, look, units);
     if (look.axes)
-        drawInstance(content.axes, 0, look);
+        drawInstance(content.axes, 0, look, units);
     for (const size_t index : content.drawable.opaqueInstances())
-        drawInstance(content.drawable, index, look);
-    for (const size_t index : farthestFirst(content.drawable, view))
-        drawInstance(content.drawable, index, look);
+        drawInstance(content.drawable, index, look, units);
+    for (const BlendedElements::Run& run : content.drawable.farthestFirst(view.worldToEye))
+        drawPlaced(content.drawable, run.instance, look, units, [&] { content.drawable.drawRun(run); });
 }
 
 } // namespace orloview

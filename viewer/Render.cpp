@@ -145,4 +145,10 @@ Picture renderPicture(const View& view, const FrameContent& content, const Frame
     return develop(canvas, look, factor, progress.report());
 }
 
+void printWarnings(const DrawableScene& drawable, Progress& progress) {
+    progress.clear();
+    for (const std::string& warning : drawable.warnings())
+        std::fprintf(stderr, "orloview: %s\n", warning.c_str());
+}
+
 } // namespace orloview

@@ -34,4 +34,7 @@ int supersampling(const FrameLook& look);
 Picture renderPicture(const View& view, const FrameContent& content, const FrameLook& look, bool stats,
                       Progress& progress);
 
+/// Tells of pictures that were left out, on standard error.
+void printWarnings(const DrawableScene& drawable, Progress& progress);
+
 } // namespace orloview

@@ -61,6 +61,8 @@ Loaded loadModels(const Options& options, Progress& progress) {
             if (!options.quiet)
                 std::fprintf(stderr, "orloview: %s: warning: %s\n", path.c_str(), warning.c_str());
         }
+        for (Image& image : result.scene.images)
+            image.model = path;
         if (any)
             loaded.scene.append(std::move(result.scene));
         else
@@ -93,13 +95,15 @@ int writePicture(const Options& options, const Loaded& loaded, Progress& progres
     DrawableScene axes(guides.axes);
     const Picture picture =
         renderPicture(view, {drawable, lights, grid, axes}, lookOf(options), options.stats, progress);
+    if (!options.quiet)
+        printWarnings(drawable, progress);
     progress.begin(Progress::Stage::Write);
     writePng(options.output, picture, options.background[3] != 1.0F, progress.report());
     progress.finish();
     if (options.verbose)
         say("wrote " +
             (options.output == "-" ? std::string("the picture to standard output") : options.output));
-    return loaded.complete ? kExitDone : kExitIncomplete;
+    return loaded.complete && drawable.warnings().empty() ? kExitDone : kExitIncomplete;
 }
 
 int run(int argc, const char* const* argv) {

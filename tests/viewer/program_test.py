@@ -4,55 +4,17 @@
 import json
 import os
 import pty
-import shutil
 import subprocess
 import sys
-import tempfile
 import unittest
 
 from viewer_files import gltf, read_png, unlit
+from viewer_program import ORLOVIEW, ViewerProgram
 
-ORLOVIEW = os.path.abspath(sys.argv.pop(1))
 HIDE_GL = os.path.abspath(sys.argv.pop(1))  # a library to preload that hides OpenGL from dlopen
 
 
-class Program(unittest.TestCase):
-    def setUp(self):
-        self.folder = tempfile.mkdtemp(prefix="orloview-test-")
-        self.addCleanup(shutil.rmtree, self.folder)
-
-    def path(self, name):
-        return os.path.join(self.folder, name)
-
-    def write(self, name, content):
-        with open(self.path(name), "wb") as file:
-            file.write(content.encode() if isinstance(content, str) else content)
-        return self.path(name)
-
-    def run_viewer(self, *arguments, environment=None):
-        env = {**os.environ, **(environment or {})}
-        env = {name: value for name, value in env.items() if value is not None}
-        return subprocess.run([ORLOVIEW, *arguments], capture_output=True, timeout=120, env=env)
-
-    def picture(self, *arguments, expect=0, environment=None):
-        result = self.run_viewer(*arguments, "-o", self.path("out.png"), environment=environment)
-        self.assertEqual(result.returncode, expect, result.stderr.decode())
-        with open(self.path("out.png"), "rb") as file:
-            return read_png(file.read())
-
-    def fails(self, code, arguments, *words, environment=None):
-        """One line on standard error with these words, this exit code, no picture."""
-        result = self.run_viewer(*arguments, environment=environment)
-        message = result.stderr.decode()
-        self.assertEqual(result.returncode, code, f"{arguments}: {message}")
-        self.assertTrue(message.startswith("orloview: "), message)
-        self.assertFalse(os.path.exists(self.path("out.png")), arguments)
-        for word in words:
-            self.assertIn(word, message)
-        for ugly in ("terminate", "exception", ".cpp", "std::", "X Error"):
-            self.assertNotIn(ugly, message)
-        return message
-
+class Program(ViewerProgram):
     # What is drawn
 
     def test_the_large_samples_hold_what_was_ordered(self):

@@ -74,3 +74,82 @@ def unlit(r, g, b, a=1.0, **more):
         "extensions": {"KHR_materials_unlit": {}},
         **more,
     }
+
+
+def png(rows):
+    """An RGBA PNG of rows of (r, g, b, a) bytes."""
+
+    def chunk(kind, body):
+        return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
+
+    raw = b"".join(b"\0" + b"".join(bytes(pixel) for pixel in row) for row in rows)
+    header = struct.pack(">IIBBBBB", len(rows[0]), len(rows), 8, 6, 0, 0, 0)
+    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(raw)) + chunk(b"IEND", b"")
+
+
+UNIT_SQUARE = ((0, 0), (1, 0), (1, 1), (0, 1))  # texture coordinates, from the top left corner clockwise
+
+
+def textured(quads, materials, pictures, samplers=({},), textures=None):
+    """A glTF file of squares in the plane z = 0, seen by an orthographic camera that shows -1 to 1.
+
+    A quad is a material, the corners left, top, right, bottom, optionally z, and sets of texture coordinates. All
+    quads of one entry are one mesh, if the entry is a list.
+    """
+    document = {
+        "asset": {"version": "2.0"},
+        "extensionsUsed": ["KHR_texture_transform", "KHR_materials_unlit"],
+        "scenes": [{"nodes": []}],
+        "nodes": [],
+        "meshes": [],
+        "cameras": [{"type": "orthographic", "orthographic": {"xmag": 1, "ymag": 1, "znear": 0.1, "zfar": 20}}],
+        "materials": materials,
+        "samplers": list(samplers),
+        "images": [{"uri": name} for name in pictures],
+        "textures": textures or [{"source": i, "sampler": 0} for i in range(len(pictures))],
+        "accessors": [],
+        "bufferViews": [],
+    }
+    buffer = b""
+
+    def accessor(rows, kind, component):
+        nonlocal buffer
+        packed = b"".join(struct.pack("<%d%s" % (len(row), "f" if component == 5126 else "I"), *row) for row in rows)
+        columns = list(zip(*rows))
+        document["bufferViews"].append({"buffer": 0, "byteOffset": len(buffer), "byteLength": len(packed)})
+        document["accessors"].append(
+            {
+                "bufferView": len(document["bufferViews"]) - 1,
+                "componentType": component,
+                "count": len(rows),
+                "type": kind,
+                "min": [min(c) for c in columns],
+                "max": [max(c) for c in columns],
+            }
+        )
+        buffer += packed
+        return len(document["accessors"]) - 1
+
+    for entry in quads:
+        entry = entry if isinstance(entry, list) else [entry]
+        positions, indices, sets = [], [], []
+        for quad in entry:
+            left, top, right, bottom = quad["at"]
+            first, z = len(positions), quad.get("z", 0)
+            positions += [(left, top, z), (right, top, z), (right, bottom, z), (left, bottom, z)]
+            indices += [(first + i,) for i in (0, 3, 2, 0, 2, 1)]
+            for number, uvs in enumerate(quad.get("uvs", [UNIT_SQUARE])):
+                if number == len(sets):
+                    sets.append([])
+                sets[number] += uvs
+        attributes = {"POSITION": accessor(positions, "VEC3", 5126)}
+        for number, uvs in enumerate(sets):
+            attributes["TEXCOORD_%d" % number] = accessor(uvs, "VEC2", 5126)
+        primitive = {"attributes": attributes, "indices": accessor(indices, "SCALAR", 5125), "material": entry[0]["material"]}
+        document["meshes"].append({"primitives": [primitive]})
+        document["nodes"].append({"mesh": len(document["meshes"]) - 1})
+    document["nodes"].append({"camera": 0, "translation": [0, 0, 10]})
+    document["nodes"].append({"camera": 0, "translation": [0, 0, -10], "rotation": [0, 1, 0, 0]})
+    document["scenes"][0]["nodes"] = list(range(len(document["nodes"])))
+    document["buffers"] = [{"byteLength": len(buffer), "uri": "data:application/octet-stream;base64," + base64.b64encode(buffer).decode()}]
+    return json.dumps(document)

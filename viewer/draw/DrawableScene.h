@@ -1,9 +1,13 @@
 #pragma once
 
 #include "ProgressReport.h"
+#include "draw/BlendedElements.h"
 #include "scene/Scene.h"
+#include "texture/SceneTextures.h"
 
+#include <array>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <geometry/GLRouting.h>
@@ -12,8 +16,9 @@
 namespace orloview {
 
 /// A scene made ready for the library: a geometry group per mesh, uploaded by `upload`, or by the first frame
-/// that draws it, and kept in buffer objects. Needs a current context of the share group to draw and to be
-/// destroyed; keeps a reference to the scene, which must outlive it.
+/// that draws it, and kept in buffer objects; textures, which only `upload` makes. Needs a current context of
+/// the share group to be made, to draw and to be destroyed; keeps a reference to the scene, which must
+/// outlive it.
 class DrawableScene {
 public:
     explicit DrawableScene(const Scene& scene, const ProgressReport& report = {});
@@ -24,18 +29,25 @@ public:
 
     const Scene& scene() const { return fScene; }
 
-    /// Uploads what a first frame would. Needs a current context.
+    /// Uploads what a first frame would, and the textures.
     void upload(const ProgressReport& report);
 
-    /// Instances whose material is drawn with all it covers hidden, in the order of the file, and those that
-    /// let it shine through.
+    /// Pictures that were left out or reduced, a line each. Filled by `upload`.
+    const std::vector<std::string>& warnings() const { return fTextures.warnings(); }
+
+    /// Instances whose material is drawn with all it covers hidden, in the order of the file.
     const std::vector<size_t>& opaqueInstances() const { return fOpaque; }
-    const std::vector<size_t>& blendedInstances() const { return fBlended; }
+
+    /// What shines through, in the order to draw it.
+    const std::vector<BlendedElements::Run>& farthestFirst(const koLinear::AffineMatrix& worldToEye) {
+        return fBlended->farthestFirst(worldToEye);
+    }
 
     const Material& materialOf(size_t instance) const;
 
-    /// The middle of what the instance draws, in world space.
-    koLinear::Point centerOf(size_t instance) const { return fCenters[instance]; }
+    /// What the material lays over it: null for no layer, and where the mesh lacks the texture coordinates.
+    const TextureLayer* baseLayerOf(size_t instance) const;
+    const TextureLayer* emissionLayerOf(size_t instance) const;
 
     /// Whether lighting makes sense for it: it has normals, and its material asks for light.
     bool isLit(size_t instance) const;
@@ -46,24 +58,38 @@ public:
     /// Draws an instance's mesh in its own space, with whatever matrices and material are set.
     void drawMesh(size_t instance);
 
+    /// The same without colours and texture coordinates.
+    void drawShape(size_t instance);
+
+    /// Part of a mesh.
+    void drawRun(const BlendedElements::Run& run);
+
 private:
+    static constexpr size_t kLayers = 2;
+
     struct Drawable {
         GeometryLogicalGroup group;
+        std::array<int, kLayers> uvStreams{-1, -1}; ///< of base and emission; -1: none
         std::vector<float> colors;         ///< vertex colours times base colour, where the mesh has any
         std::unique_ptr<GLObject> indices; ///< of points and lines, made when first needed
         bool indicesTried = false;
     };
 
     std::unique_ptr<Drawable> makeDrawable(const Mesh& mesh) const;
+    void addUvStreams(const Mesh& mesh, Drawable& drawable) const;
+    const Mesh& meshOf(size_t instance) const { return fScene.meshes[fScene.instances[instance].mesh]; }
+    Drawable& drawableOf(size_t instance) { return *fDrawables[fScene.instances[instance].mesh]; }
+    void route(const Drawable& drawable);
     static void uploadIndices(const Mesh& mesh, Drawable& drawable);
-    void drawPointsOrLines(const Mesh& mesh, Drawable& drawable);
+    void drawRouted(size_t instance);
+    static void drawElements(const Mesh& mesh, size_t count, const void* indices);
 
     const Scene& fScene;
+    SceneTextures fTextures;
     GLRouting fRouting;
     std::vector<std::unique_ptr<Drawable>> fDrawables; ///< as Scene::meshes
     std::vector<size_t> fOpaque;
-    std::vector<size_t> fBlended;
-    std::vector<koLinear::Point> fCenters;
+    std::unique_ptr<BlendedElements> fBlended;
 };
 
 /// A material's colour as a frame stores it: alpha 1 unless it blends, and red, green, blue multiplied by it.

@@ -70,6 +70,7 @@ struct Image {
     std::string name;
     std::string path;                ///< of the picture's file, where it has one of its own
     std::vector<std::uint8_t> bytes; ///< the picture's file, where it is embedded
+    std::string model{};             ///< the model that names it, for messages; set by who reads several
 };
 
 /// A picture and the way to sample it.

@@ -133,6 +133,8 @@ ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Vie
     CallCounter::install();
     progress.begin(Progress::Stage::Upload);
     fDrawable.upload(progress.report());
+    if (!options.quiet)
+        printWarnings(fDrawable, progress);
     say("H lists the keys");
     progress.begin(Progress::Stage::Draw);
     paint(1);

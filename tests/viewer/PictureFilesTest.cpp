@@ -1,0 +1,152 @@
+#include "texture/Texels.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <fstream>
+#include <string>
+
+#include <gdk-pixbuf/gdk-pixbuf.h>
+
+namespace orloview {
+namespace {
+
+constexpr int kSide = 40;
+
+/// A picture of kSide x kSide: its left half red, its right half blue.
+GdkPixbuf* halves() {
+    GdkPixbuf* picture = gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, kSide, kSide);
+    for (int i = 0; i < kSide * kSide; ++i) {
+        guchar* pixel =
+            gdk_pixbuf_get_pixels(picture) + i / kSide * gdk_pixbuf_get_rowstride(picture) + i % kSide * 3;
+        const bool left = i % kSide < kSide / 2;
+        pixel[0] = left ? 255 : 0;
+        pixel[1] = 0;
+        pixel[2] = left ? 0 : 255;
+    }
+    return picture;
+}
+
+std::vector<std::uint8_t> fileOf(const std::string& kind) {
+    std::vector<std::uint8_t> file;
+    const auto add = [&](const std::string& header, std::initializer_list<int> order) {
+        file.assign(header.begin(), header.end());
+        for (int i = 0; i < kSide * kSide; ++i) {
+            const int pixel[] = {i % kSide < kSide / 2 ? 255 : 0, 0, i % kSide < kSide / 2 ? 0 : 255};
+            for (const int channel : order)
+                file.push_back(static_cast<std::uint8_t>(pixel[channel]));
+        }
+    };
+    if (kind == "ppm") {
+        add("P6\n40 40\n255\n", {0, 1, 2});
+    } else if (kind == "tga") {
+        add(std::string("\0\0\2\0\0\0\0\0\0\0\0\0\x28\0\x28\0\x18\x20", 18), {2, 1, 0});
+    } else {
+        gchar* bytes = nullptr;
+        gsize size = 0;
+        GdkPixbuf* picture = halves();
+        EXPECT_TRUE(gdk_pixbuf_save_to_buffer(picture, &bytes, &size, kind.c_str(), nullptr, nullptr))
+            << kind;
+        file.assign(bytes, bytes + size);
+        g_free(bytes);
+        g_object_unref(picture);
+    }
+    return file;
+}
+
+std::string faultOf(const Image& image) {
+    try {
+        const DecodedPicture picture(image);
+        return "";
+    } catch (const PictureError& error) {
+        return error.what();
+    }
+}
+
+float fromHalf(std::uint16_t half) {
+    const int exponent = (half >> 10) & 31;
+    const auto mantissa = static_cast<float>(half & 1023);
+    const float magnitude =
+        exponent == 0 ? std::ldexp(mantissa, -24) : std::ldexp(1024.0F + mantissa, exponent - 25);
+    return (half & 0x8000) != 0 ? -magnitude : magnitude;
+}
+
+class PictureFile : public testing::TestWithParam<const char*> {};
+
+TEST_P(PictureFile, isDecodedWholeAndRefusedCut) {
+    const std::vector<std::uint8_t> file = fileOf(GetParam());
+    const DecodedPicture picture(Image{"", "", file});
+    ASSERT_EQ(picture.width(), kSide);
+    ASSERT_EQ(picture.height(), kSide);
+    for (const int y : {0, kSide - 1}) {
+        const std::uint8_t* right = picture.row(y) + static_cast<ptrdiff_t>(picture.channels()) * (kSide - 1);
+        EXPECT_GT(picture.row(y)[0], 240); // JPEG is near
+        EXPECT_LT(picture.row(y)[2], 15);
+        EXPECT_LT(right[0], 15);
+        EXPECT_GT(right[2], 240);
+    }
+    for (const size_t kept : {file.size() / 4, file.size() / 2, file.size() * 7 / 8})
+        EXPECT_NE(faultOf({"", "", {file.begin(), file.begin() + static_cast<ptrdiff_t>(kept)}}), "") << kept;
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, PictureFile,
+                         testing::Values("png", "jpeg", "bmp", "tiff", "ico", "ppm", "tga"),
+                         [](const auto& info) { return std::string(info.param); });
+
+TEST(PictureFiles, faultsAreNamed) {
+    EXPECT_EQ(faultOf({"", "", {}}), "it is empty");
+    EXPECT_NE(faultOf({"", "/nowhere/at/all.png", {}}).find("no such file"), std::string::npos);
+    EXPECT_NE(faultOf({"", "/", {}}), "");
+    EXPECT_NE(faultOf({"", "", {'n', 'o', 'n', 'e'}}), "");
+    std::vector<std::uint8_t> huge = fileOf("bmp");
+    huge[18] = huge[22] = 0; // width and height of 60160
+    huge[19] = huge[23] = 235;
+    EXPECT_EQ(faultOf({"", "", huge}), "it has more than 16384 x 16384 pixels");
+}
+
+TEST(Texels, halvesAreTheNearest) {
+    for (std::uint32_t half = 0; half < 0x7BFF; ++half) {
+        const float here = fromHalf(static_cast<std::uint16_t>(half));
+        const float next = fromHalf(static_cast<std::uint16_t>(half + 1));
+        const float middle = (here + next) / 2.0F; // exact
+        ASSERT_EQ(toHalf(here), half);
+        ASSERT_EQ(toHalf(-next), half + 1 + 0x8000);
+        ASSERT_EQ(toHalf(std::nextafter(middle, 0.0F)), half);
+        ASSERT_EQ(toHalf(middle), half + (half & 1)) << "ties go to the even one";
+        ASSERT_EQ(toHalf(std::nextafter(middle, 1e9F)), half + 1);
+    }
+    EXPECT_EQ(toHalf(1e9F), 0x7BFF);
+}
+
+TEST(Texels, areLinearWithTheAlphaThatTheMaterialWants) {
+    const std::uint8_t tga[] = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 2, 0, 32, 0x28,
+                                // blue, green, red, alpha
+                                10, 188, 255, 255, /**/ 10, 188, 255, 51, /**/ 0, 0, 0, 0, 10, 188, 255, 255,
+                                /**/ 10, 188, 255, 51, /**/ 255, 255, 255, 255};
+    const DecodedPicture picture(Image{"", "", {std::begin(tga), std::end(tga)}});
+    const std::array<float, 3> factor{0.5F, 2.0F, 1.0F};
+    const auto expectTexel = [](const Texels& texels, size_t at, std::array<float, 4> wanted) {
+        for (size_t channel = 0; channel < 4; ++channel)
+            EXPECT_NEAR(fromHalf(texels.halves[at * 4 + channel]), wanted[channel],
+                        0.0005F * wanted[channel] + 1e-6F)
+                << at << ", channel " << channel;
+    };
+    const float green = 2.0F * 0.502886F; // of 188
+    const float blue = 0.00303527F;       // of 10
+    expectTexel(makeTexels(picture, AlphaUse::Ignored, factor, 64), 1, {0.5F, green, blue, 1.0F});
+    expectTexel(makeTexels(picture, AlphaUse::Kept, factor, 64), 1, {0.5F, green, blue, 0.2F});
+    expectTexel(makeTexels(picture, AlphaUse::Multiplied, factor, 64), 1,
+                {0.1F, 0.2F * green, 0.2F * blue, 0.2F});
+
+    // Reduced to 2 x 1 by blocks of 2 x 2, the last of 1 x 2; a hidden pixel's black doesn't show.
+    const Texels kept = makeTexels(picture, AlphaUse::Kept, factor, 2);
+    ASSERT_EQ(kept.width, 2);
+    ASSERT_EQ(kept.height, 1);
+    expectTexel(kept, 0, {0.5F, green, blue, 0.6F});
+    expectTexel(kept, 1, {0.5F, 2.0F, 1.0F, 0.5F});
+    expectTexel(makeTexels(picture, AlphaUse::Multiplied, factor, 2), 1, {0.25F, 1.0F, 0.5F, 0.5F});
+}
+
+} // namespace
+} // namespace orloview

@@ -1,0 +1,51 @@
+"""A test case that runs orloview as a user would. A test program that imports this takes the viewer's path as its
+first argument."""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from viewer_files import read_png
+
+ORLOVIEW = os.path.abspath(sys.argv.pop(1))
+
+
+class ViewerProgram(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="orloview-test-")
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, content):
+        with open(self.path(name), "wb") as file:
+            file.write(content.encode() if isinstance(content, str) else content)
+        return self.path(name)
+
+    def run_viewer(self, *arguments, environment=None):
+        env = {**os.environ, **(environment or {})}
+        env = {name: value for name, value in env.items() if value is not None}
+        return subprocess.run([ORLOVIEW, *arguments], capture_output=True, timeout=120, env=env)
+
+    def picture(self, *arguments, expect=0, environment=None):
+        result = self.run_viewer(*arguments, "-o", self.path("out.png"), environment=environment)
+        self.assertEqual(result.returncode, expect, result.stderr.decode())
+        with open(self.path("out.png"), "rb") as file:
+            return read_png(file.read())
+
+    def fails(self, code, arguments, *words, environment=None):
+        """One line on standard error with these words, this exit code, no picture."""
+        result = self.run_viewer(*arguments, environment=environment)
+        message = result.stderr.decode()
+        self.assertEqual(result.returncode, code, f"{arguments}: {message}")
+        self.assertTrue(message.startswith("orloview: "), message)
+        self.assertFalse(os.path.exists(self.path("out.png")), arguments)
+        for word in words:
+            self.assertIn(word, message)
+        for ugly in ("terminate", "exception", ".cpp", "std::", "X Error"):
+            self.assertNotIn(ugly, message)
+        return message

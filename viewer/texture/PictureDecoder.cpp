@@ -1,0 +1,101 @@
+#include "texture/PictureDecoder.h"
+
+#include "import/FileBytes.h"
+#include "import/ImportError.h"
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include <gdk-pixbuf/gdk-pixbuf.h>
+
+namespace orloview {
+
+namespace {
+
+/// What the loader tells while it reads.
+struct Watch {
+    bool tooLarge = false;
+    int rows = 0; ///< delivered, over all passes of an interlaced picture
+};
+
+void onSize(GdkPixbufLoader*, int width, int height, void* data) {
+    static_cast<Watch*>(data)->tooLarge = static_cast<double>(width) * height > DecodedPicture::kMostPixels;
+}
+
+void onRows(GdkPixbufLoader*, int, int, int, int height, void* data) {
+    static_cast<Watch*>(data)->rows += height;
+}
+
+/// The loader fills in what a PNG or JPEG file doesn't hold any more; both kinds say where they end.
+bool endsEarly(std::string_view file) {
+    using namespace std::string_view_literals;
+    if (file.starts_with("\x89PNG"sv))
+        return file.rfind("IEND"sv) == file.npos;
+    if (!file.starts_with("\xFF\xD8"sv))
+        return false;
+    const size_t scan = file.rfind("\xFF\xDA"sv);
+    return scan == file.npos || file.find("\xFF\xD9"sv, scan) == file.npos;
+}
+
+[[noreturn]] void fail(GError* error) {
+    const std::string reason = error->message;
+    g_error_free(error);
+    throw PictureError(reason);
+}
+
+/// Feeds the loader piece by piece, so that it can be stopped when the picture's size is known.
+void feed(GdkPixbufLoader* loader, const std::vector<std::uint8_t>& file, const Watch& watch) {
+    constexpr size_t kPiece = 65536;
+    GError* error = nullptr;
+    for (size_t at = 0; at < file.size() && !error && !watch.tooLarge; at += kPiece)
+        gdk_pixbuf_loader_write(loader, file.data() + at, std::min(kPiece, file.size() - at), &error);
+    // A loader has to be closed whatever came before; only the first error is of interest.
+    gdk_pixbuf_loader_close(loader, error || watch.tooLarge ? nullptr : &error);
+    if (watch.tooLarge) {
+        g_clear_error(&error);
+        throw PictureError("it has more than 16384 x 16384 pixels");
+    }
+    if (error)
+        fail(error);
+}
+
+std::shared_ptr<GdkPixbuf> decode(const std::vector<std::uint8_t>& file) {
+    if (file.empty())
+        throw PictureError("it is empty");
+    if (endsEarly({reinterpret_cast<const char*>(file.data()), file.size()}))
+        throw PictureError("it is cut off");
+    const std::unique_ptr<GdkPixbufLoader, void (*)(void*)> loader(gdk_pixbuf_loader_new(), g_object_unref);
+    Watch watch;
+    g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(onSize), &watch);
+    g_signal_connect(loader.get(), "area-updated", G_CALLBACK(onRows), &watch);
+    feed(loader.get(), file, watch);
+    GdkPixbuf* pixbuf = gdk_pixbuf_loader_get_pixbuf(loader.get());
+    if (!pixbuf || watch.rows < gdk_pixbuf_get_height(pixbuf))
+        throw PictureError("it is cut off");
+    return {GDK_PIXBUF(g_object_ref(pixbuf)), g_object_unref};
+}
+
+std::shared_ptr<GdkPixbuf> decode(const Image& image) {
+    if (image.path.empty())
+        return decode(image.bytes);
+    try {
+        return decode(readFile(image.path));
+    } catch (const ImportError& error) {
+        throw PictureError(error.what());
+    }
+}
+
+} // namespace
+
+DecodedPicture::DecodedPicture(const Image& image) {
+    const std::shared_ptr<GdkPixbuf> pixbuf = decode(image);
+    fOwner = pixbuf;
+    fPixels = gdk_pixbuf_read_pixels(pixbuf.get());
+    fStride = static_cast<size_t>(gdk_pixbuf_get_rowstride(pixbuf.get()));
+    fWidth = gdk_pixbuf_get_width(pixbuf.get());
+    fHeight = gdk_pixbuf_get_height(pixbuf.get());
+    fChannels = gdk_pixbuf_get_n_channels(pixbuf.get());
+}
+
+} // namespace orloview

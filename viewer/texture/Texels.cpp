@@ -1,0 +1,130 @@
+#include "texture/Texels.h"
+
+#include "output/Picture.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace orloview {
+
+namespace {
+
+using ByteTable = std::array<float, 256>;
+
+ByteTable linearValues() {
+    ByteTable table;
+    for (size_t byte = 0; byte < table.size(); ++byte)
+        table[byte] = decodeSrgb(static_cast<float>(byte) / 255.0F);
+    return table;
+}
+
+/// Linear values of sRGB bytes.
+const ByteTable kLinear = linearValues();
+
+/// Half floats of all bytes of a channel, multiplied by a factor.
+std::array<std::uint16_t, 256> halvesOf(const ByteTable& values, float factor) {
+    std::array<std::uint16_t, 256> halves;
+    for (size_t byte = 0; byte < halves.size(); ++byte)
+        halves[byte] = toHalf(values[byte] * factor);
+    return halves;
+}
+
+float alphaOf(const std::uint8_t* pixel, int channels, AlphaUse use) {
+    return channels == 4 && use != AlphaUse::Ignored ? static_cast<float>(pixel[3]) / 255.0F : 1.0F;
+}
+
+/// The common case, where each byte has its half float: no picture is reduced, no colour multiplied.
+void convertBytes(const DecodedPicture& picture, AlphaUse use, const std::array<float, 3>& factor,
+                  Texels& texels) {
+    const std::array tables{halvesOf(kLinear, factor[0]), halvesOf(kLinear, factor[1]),
+                            halvesOf(kLinear, factor[2])};
+    ByteTable unit;
+    for (size_t byte = 0; byte < unit.size(); ++byte)
+        unit[byte] = static_cast<float>(byte) / 255.0F;
+    const auto alphas = halvesOf(unit, 1.0F);
+    const int channels = picture.channels();
+    std::uint16_t* out = texels.halves.data();
+    for (int y = 0; y < picture.height(); ++y) {
+        const std::uint8_t* in = picture.row(y);
+        for (int x = 0; x < picture.width(); ++x, in += channels, out += 4) {
+            out[0] = tables[0][in[0]];
+            out[1] = tables[1][in[1]];
+            out[2] = tables[2][in[2]];
+            out[3] = alphas[channels == 4 && use != AlphaUse::Ignored ? in[3] : 255];
+        }
+    }
+}
+
+/// The mean of the block of step x step pixels, less at the far edges, that begins at x, y. Colours are
+/// weighed by alpha, so that what can't be seen doesn't shine through.
+std::array<float, 4> meanOfBlock(const DecodedPicture& picture, AlphaUse use, int x, int y, int step) {
+    const int endX = std::min(x + step, picture.width());
+    const int endY = std::min(y + step, picture.height());
+    std::array<float, 4> sum{};
+    for (int row = y; row < endY; ++row) {
+        for (int column = x; column < endX; ++column) {
+            const std::uint8_t* pixel =
+                picture.row(row) + static_cast<ptrdiff_t>(column) * picture.channels();
+            const float alpha = alphaOf(pixel, picture.channels(), use);
+            for (size_t channel = 0; channel < 3; ++channel)
+                sum[channel] += kLinear[pixel[channel]] * alpha;
+            sum[3] += alpha;
+        }
+    }
+    const auto count = static_cast<float>((endX - x) * (endY - y));
+    const float weight = use == AlphaUse::Multiplied ? count : std::max(sum[3], 1.0F / 255.0F);
+    return {sum[0] / weight, sum[1] / weight, sum[2] / weight, sum[3] / count};
+}
+
+void convertBlocks(const DecodedPicture& picture, AlphaUse use, const std::array<float, 3>& factor, int step,
+                   Texels& texels) {
+    std::uint16_t* out = texels.halves.data();
+    for (int y = 0; y < picture.height(); y += step) {
+        for (int x = 0; x < picture.width(); x += step, out += 4) {
+            const std::array<float, 4> mean = meanOfBlock(picture, use, x, y, step);
+            for (size_t channel = 0; channel < 3; ++channel)
+                out[channel] = toHalf(mean[channel] * factor[channel]);
+            out[3] = toHalf(mean[3]);
+        }
+    }
+}
+
+int dividedUp(int size, int step) {
+    return (size + step - 1) / step;
+}
+
+} // namespace
+
+std::uint16_t toHalf(float value) {
+    constexpr float kLargest = 65504.0F;
+    constexpr float kSmallestNormal = 6.103515625e-05F; // 2^-14
+    const std::uint32_t sign = (std::bit_cast<std::uint32_t>(value) >> 16) & 0x8000U;
+    const float magnitude = std::min(std::abs(value), kLargest);
+    if (magnitude < kSmallestNormal) // in steps of 2^-24; the largest of them rounds up into the normal ones
+        return static_cast<std::uint16_t>(
+            sign | static_cast<std::uint32_t>(std::nearbyint(std::ldexp(magnitude, 24))));
+    const std::uint32_t bits = std::bit_cast<std::uint32_t>(magnitude);
+    const std::uint32_t rounded = bits + 0x0FFFU + ((bits >> 13) & 1U); // 13 bits fewer, ties to even
+    return static_cast<std::uint16_t>(sign | ((rounded >> 13) - ((127U - 15U) << 10)));
+}
+
+Texels makeTexels(const DecodedPicture& picture, AlphaUse alpha, const std::array<float, 3>& factor,
+                  int largestSide) {
+    const int step =
+        std::max(dividedUp(picture.width(), largestSide), dividedUp(picture.height(), largestSide));
+    Texels texels{dividedUp(picture.width(), step), dividedUp(picture.height(), step), {}};
+    texels.halves.resize(static_cast<size_t>(texels.width) * static_cast<size_t>(texels.height) * 4);
+    const bool perByte = step == 1 && (alpha != AlphaUse::Multiplied || picture.channels() == 3);
+    if (perByte)
+        convertBytes(picture, alpha, factor, texels);
+    else
+        convertBlocks(picture, alpha, factor, step, texels);
+    return texels;
+}
+
+Texels makeTexel(const std::array<float, 3>& linearColor) {
+    return {1, 1, {toHalf(linearColor[0]), toHalf(linearColor[1]), toHalf(linearColor[2]), toHalf(1.0F)}};
+}
+
+} // namespace orloview

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "texture/PictureDecoder.h"
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace orloview {
+
+/// What a picture's alpha means to a material.
+enum class AlphaUse : std::uint8_t {
+    Ignored,   ///< everything is opaque, whatever the picture says
+    Kept,      ///< for an alpha test
+    Multiplied ///< colours are multiplied by it, as blending wants them
+};
+
+/// Linear red, green, blue, alpha as half floats (IEEE 754 binary16), rows from the top down. Half floats
+/// hold each of the 256 sRGB values apart, also multiplied by alpha, and filter linearly.
+struct Texels {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint16_t> halves; ///< width x height x 4
+};
+
+/// Decodes sRGB colours to linear ones times `factor`. A picture that is larger than `largestSide` either way
+/// is reduced by a whole number: each texel is the mean of a block. Needs no GL.
+Texels makeTexels(const DecodedPicture& picture, AlphaUse alpha, const std::array<float, 3>& factor,
+                  int largestSide);
+
+/// A single texel of that colour.
+Texels makeTexel(const std::array<float, 3>& linearColor);
+
+/// The nearest half float, ties to even; what is too large becomes the largest finite one.
+std::uint16_t toHalf(float value);
+
+} // namespace orloview

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "texture/Texels.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace orloview {
+
+/// A picture to be read, and what is to become of it.
+struct TextureJob {
+    const Image* image = nullptr; ///< null: a single texel of the colour `factor`
+    AlphaUse alpha = AlphaUse::Ignored;
+    std::array<float, 3> factor{1.0F, 1.0F, 1.0F}; ///< multiplies the linear colour
+};
+
+struct LoadedTexture {
+    Texels texels;
+    std::string fault;    ///< why there are no texels, or empty
+    int pictureWidth = 0; ///< before it was reduced
+    int pictureHeight = 0;
+
+    bool operator!() const { return texels.halves.empty(); }
+};
+
+/// Reads and converts pictures on threads of its own while the caller prepares other things. They are handed
+/// over in the order of the jobs; the threads keep only a few ahead of that, so that memory doesn't fill.
+class TextureLoader {
+public:
+    /// Begins. The images have to stay as they are until the loader ends.
+    TextureLoader(std::vector<TextureJob> jobs, int largestSide);
+
+    /// Gives up what nobody took.
+    ~TextureLoader();
+
+    TextureLoader(const TextureLoader&) = delete;
+    TextureLoader& operator=(const TextureLoader&) = delete;
+
+    /// The next job's result; waits for it. Call it as often as there are jobs, not more.
+    LoadedTexture take();
+
+private:
+    void work();
+
+    const std::vector<TextureJob> fJobs;
+    const int fLargestSide;
+    std::mutex fMutex;
+    std::condition_variable fChanged;
+    std::vector<std::optional<LoadedTexture>> fResults; ///< as fJobs
+    size_t fBegun = 0;
+    size_t fTaken = 0;
+    bool fStop = false;
+    std::vector<std::thread> fThreads;
+};
+
+} // namespace orloview
