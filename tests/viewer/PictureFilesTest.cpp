@@ -4,8 +4,8 @@
 
 #include <bit>
 #include <cmath>
-#include <fstream>
 #include <string>
+#include <string_view>
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
@@ -28,6 +28,16 @@ GdkPixbuf* halves() {
     return picture;
 }
 
+// clang-format off
+constexpr std::string_view kGif(
+    "\x47\x49\x46\x38\x39\x61\x28\x00\x28\x00\xf0\x00\x00\xff\x00\x00\x00\x00\xff\x21\xf9\x04\x00\x00"
+    "\x00\x00\x00\x2c\x00\x00\x00\x00\x28\x00\x28\x00\x00\x02\x5c\x84\x8f\x99\xc1\xed\xff\x94\x94\xb0"
+    "\xd6\x89\x8f\xdd\x2d\x67\xce\x79\x18\xb8\x89\x13\x69\x99\x14\x0a\xa9\x0a\xdb\xba\x08\x1c\xc9\x1a"
+    "\xdd\xd9\x06\x9e\xeb\x3c\xa3\xdb\xfd\x82\x80\x5f\x80\x68\x44\x0e\x83\x49\xe6\xd2\xf7\xb4\x35\xa1"
+    "\x3c\x65\xd5\x79\xa5\xe2\xac\x5b\x6c\x57\x4b\xe3\x86\xbd\x63\x30\x4c\x7c\x26\xa7\xcd\x2c\x74\x5b"
+    "\xfd\x66\xa3\xdc\x73\x78\x5d\x4e\xa2\x93\x0a\x00\x3b", 133);
+// clang-format on
+
 std::vector<std::uint8_t> fileOf(const std::string& kind) {
     std::vector<std::uint8_t> file;
     const auto add = [&](const std::string& header, std::initializer_list<int> order) {
@@ -42,6 +52,8 @@ std::vector<std::uint8_t> fileOf(const std::string& kind) {
         add("P6\n40 40\n255\n", {0, 1, 2});
     } else if (kind == "tga") {
         add(std::string("\0\0\2\0\0\0\0\0\0\0\0\0\x28\0\x28\0\x18\x20", 18), {2, 1, 0});
+    } else if (kind == "gif") {
+        file.assign(kGif.begin(), kGif.end());
     } else {
         gchar* bytes = nullptr;
         gsize size = 0;
@@ -91,7 +103,7 @@ TEST_P(PictureFile, isDecodedWholeAndRefusedCut) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, PictureFile,
-                         testing::Values("png", "jpeg", "bmp", "tiff", "ico", "ppm", "tga"),
+                         testing::Values("png", "jpeg", "bmp", "tiff", "ico", "ppm", "tga", "gif", "webp"),
                          [](const auto& info) { return std::string(info.param); });
 
 TEST(PictureFiles, faultsAreNamed) {

@@ -41,7 +41,7 @@ TEST_F(SceneTexturesTest, sharesOnePictureAndGivesBackEveryName) {
         for (const int without : {-1, 1, 2, 3})
             EXPECT_EQ(textures.layersOf(without).base.texture, nullptr) << without;
         ASSERT_EQ(textures.warnings().size(), 1U) << "of the absent one the importer has told";
-        EXPECT_EQ(textures.warnings()[0].find("m.gltf: warning: the picture 'bad.ppm' left out: "), 0U);
+        EXPECT_EQ(textures.warnings()[0].find("m.gltf: warning: the picture 'bad.ppm': left out: "), 0U);
         EXPECT_EQ(ledger(NameKind::Texture).made, 2);
     }
     EXPECT_TRUE(ledger(NameKind::Texture).live.empty());

@@ -149,7 +149,7 @@ class Textures(ViewerProgram):
             result = self.run_viewer(model, "--camera", "0", "--size", "16x16", "-o", self.path("out.png"))
             message = result.stderr.decode()
             self.assertEqual((result.returncode, message.count("\n")), (3, 1), message)
-            for part in ("m.gltf: warning: the picture '0.png' left out", word):
+            for part in ("m.gltf: warning: the picture '0.png': left out", word):
                 self.assertIn(part, message)
             with open(self.path("out.png"), "rb") as file:
                 self.assertEqual(list(read_png(file.read())[3][8][24:27]), [255, 0, 0])
@@ -159,7 +159,7 @@ class Textures(ViewerProgram):
         rows = self.draw(quads, [unlit()], [wide], expect=3)
         self.assertEqual((rows[32][8], rows[32][56]), (RED, BLUE))
         told = self.run_viewer(self.path("m.gltf"), "-o", self.path("out.png")).stderr.decode()
-        self.assertIn("'0.png' drawn with 10000x1 pixels of its 20000x2", told)
+        self.assertIn("'0.png': drawn with 10000x1 pixels of its 20000x2", told)
 
 
 if __name__ == "__main__":

@@ -15,6 +15,7 @@
 
 #include "import/ImportError.h"
 #include "import/MeshCheck.h"
+#include "import/PictureSearch.h"
 #include "import/Text.h"
 #include "import/Warnings.h"
 #include "scene/Normals.h"
@@ -75,10 +76,65 @@ Wrap wrapOf(aiTextureMapMode mode) {
     }
 }
 
+/// The library turns v upside down and turns about the middle of the picture; here both begin at the top left
+/// corner.
+void place(TextureUse& use, const aiUVTransform& placed) {
+    const float r = -placed.mRotation;
+    const float c = std::cos(r);
+    const float s = std::sin(r);
+    const float x = placed.mScaling.x;
+    const float y = placed.mScaling.y;
+    use.rotation = r;
+    use.scale = {x, y};
+    use.offset = {placed.mTranslation.x - x / 2.0F * (1.0F - c + s),
+                  y / 2.0F * (s + c - 1.0F) + 1.0F - y - placed.mTranslation.y};
+}
+
+/// Whether the alpha of the colour picture is meant to be seen.
+bool blendsByPicture(const aiMaterial& source) {
+    int flags = 0;
+    if (source.Get(AI_MATKEY_TEXFLAGS(aiTextureType_DIFFUSE, 0), flags) == aiReturn_SUCCESS &&
+        (flags & aiTextureFlags_UseAlpha) != 0)
+        return true;
+    aiString color;
+    aiString opacity;
+    return source.GetTexture(aiTextureType_OPACITY, 0, &opacity) == aiReturn_SUCCESS &&
+           source.GetTexture(aiTextureType_DIFFUSE, 0, &color) == aiReturn_SUCCESS && color == opacity;
+}
+
+/// The file of an embedded picture: as it is, or bare pixels with a TGA header before them.
+std::vector<std::uint8_t> fileOf(const aiTexture& embedded) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(embedded.pcData);
+    if (embedded.mHeight == 0) // mWidth is its length
+        return {bytes, bytes + embedded.mWidth};
+    const auto low = [](unsigned value) { return static_cast<std::uint8_t>(value & 255U); };
+    std::vector<std::uint8_t> file{0,
+                                   0,
+                                   2,
+                                   0,
+                                   0,
+                                   0,
+                                   0,
+                                   0,
+                                   0,
+                                   0,
+                                   0,
+                                   0, // true colour, not packed
+                                   low(embedded.mWidth),
+                                   low(embedded.mWidth >> 8),
+                                   low(embedded.mHeight),
+                                   low(embedded.mHeight >> 8),
+                                   32,
+                                   0x28}; // from the top left, 8 bits of alpha
+    const std::size_t pixels = std::size_t{embedded.mWidth} * embedded.mHeight;
+    file.insert(file.end(), bytes, bytes + pixels * 4); // blue, green, red, alpha in both
+    return file;
+}
+
 class Converter {
 public:
     Converter(const aiScene& source, std::filesystem::path folder)
-        : fSource(source), fFolder(std::move(folder)) {}
+        : fSource(source), fPictures(std::move(folder)) {}
 
     Scene convert(const std::string& format) {
         fScene.format = format;
@@ -95,8 +151,9 @@ public:
 
 private:
     Material material(const aiMaterial& source);
-    TextureUse use(const aiMaterial& source, aiTextureType type);
-    Image image(const std::string& name) const;
+    TextureUse use(const aiMaterial& source, std::initializer_list<aiTextureType> types);
+    int texture(const std::string& name, const aiTextureMapMode* modes);
+    Image image(const std::string& name);
     void addMesh(unsigned index);
     void addElements(unsigned index, unsigned width, Topology topology);
     void placeNodes();
@@ -104,7 +161,7 @@ private:
     void addLights();
 
     const aiScene& fSource;
-    std::filesystem::path fFolder;
+    PictureSearch fPictures;
     Scene fScene;
     Warnings fWarnings;
     std::map<std::string, int> fTextures;
@@ -135,26 +192,37 @@ Material Converter::material(const aiMaterial& source) {
         result.roughness = std::sqrt(2.0F / (value + 2.0F));
     int twoSided = 0;
     result.doubleSided = source.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS && twoSided != 0;
-    result.baseColorTexture = use(source, aiTextureType_DIFFUSE);
-    result.normalTexture = use(source, aiTextureType_NORMALS);
-    result.emissiveTexture = use(source, aiTextureType_EMISSIVE);
+    result.baseColorTexture = use(source, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE});
+    result.normalTexture = use(source, {aiTextureType_NORMALS});
+    result.emissiveTexture = use(source, {aiTextureType_EMISSION_COLOR, aiTextureType_EMISSIVE});
+    if (blendsByPicture(source))
+        result.alphaMode = AlphaMode::Blend;
     return result;
 }
 
-TextureUse Converter::use(const aiMaterial& source, aiTextureType type) {
+TextureUse Converter::use(const aiMaterial& source, std::initializer_list<aiTextureType> types) {
     TextureUse result;
-    aiString path;
-    unsigned uvSet = 0;
-    aiTextureMapMode modes[3] = {aiTextureMapMode_Wrap, aiTextureMapMode_Wrap, aiTextureMapMode_Wrap};
-    if (source.GetTexture(type, 0, &path, nullptr, &uvSet, nullptr, nullptr, modes) != aiReturn_SUCCESS ||
-        path.length == 0)
-        return result;
-    result.uvSet = static_cast<int>(std::min(uvSet, 7U));
-    const std::string name = withSlashes(path.C_Str());
+    for (const aiTextureType type : types) {
+        aiString path;
+        unsigned uvSet = 0;
+        aiTextureMapMode modes[3] = {aiTextureMapMode_Wrap, aiTextureMapMode_Wrap, aiTextureMapMode_Wrap};
+        if (result.texture >= 0 ||
+            source.GetTexture(type, 0, &path, nullptr, &uvSet, nullptr, nullptr, modes) != aiReturn_SUCCESS ||
+            path.length == 0)
+            continue;
+        result.texture = texture(withSlashes(path.C_Str()), modes);
+        result.uvSet = static_cast<int>(std::min(uvSet, 7U));
+        aiUVTransform placed;
+        if (source.Get(AI_MATKEY_UVTRANSFORM(type, 0), placed) == aiReturn_SUCCESS)
+            place(result, placed);
+    }
+    return result;
+}
+
+int Converter::texture(const std::string& name, const aiTextureMapMode* modes) {
     const auto [known, isNew] = fTextures.emplace(name, static_cast<int>(fScene.textures.size()));
-    result.texture = known->second;
     if (!isNew)
-        return result;
+        return known->second;
     Texture texture;
     texture.name = name;
     texture.image = static_cast<int>(fScene.images.size());
@@ -162,26 +230,20 @@ TextureUse Converter::use(const aiMaterial& source, aiTextureType type) {
     texture.wrapV = wrapOf(modes[1]);
     fScene.textures.push_back(std::move(texture));
     fScene.images.push_back(image(name));
-    if (fScene.images.back().path.empty() && fScene.images.back().bytes.empty())
-        fWarnings.add("the picture '" + name + "'", "left out: there is no such file");
-    return result;
+    return known->second;
 }
 
-Image Converter::image(const std::string& name) const {
+Image Converter::image(const std::string& name) {
     Image result;
     result.name = name;
-    const aiTexture* embedded = fSource.GetEmbeddedTexture(name.c_str());
-    if (embedded != nullptr && embedded->mHeight == 0) { // a compressed file; mWidth is its length
-        const auto* bytes = reinterpret_cast<const std::uint8_t*>(embedded->pcData);
-        result.bytes.assign(bytes, bytes + embedded->mWidth);
+    if (const aiTexture* embedded = fSource.GetEmbeddedTexture(name.c_str())) {
+        result.bytes = fileOf(*embedded);
         return result;
     }
-    // Such files often hold the path that the picture had on its author's machine.
-    for (const std::filesystem::path& path :
-         {fFolder / name, fFolder / std::filesystem::path(name).filename()}) {
-        std::error_code error;
-        if (result.path.empty() && std::filesystem::is_regular_file(path, error))
-            result.path = path.string();
+    try {
+        result.path = fPictures.find(name);
+    } catch (const ImportError& error) {
+        fWarnings.add("the picture '" + name + "'", std::string("left out: ") + error.what());
     }
     return result;
 }

@@ -17,9 +17,13 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 /// What the readers understand; without an extension that a file requires, its picture would be wrong.
-constexpr std::array<std::string_view, 6> kKnownExtensions{
-    "KHR_lights_punctual", "KHR_materials_emissive_strength", "KHR_materials_pbrSpecularGlossiness",
-    "KHR_materials_unlit", "KHR_mesh_quantization",           "KHR_texture_transform"};
+constexpr std::array<std::string_view, 7> kKnownExtensions{"EXT_texture_webp",
+                                                           "KHR_lights_punctual",
+                                                           "KHR_materials_emissive_strength",
+                                                           "KHR_materials_pbrSpecularGlossiness",
+                                                           "KHR_materials_unlit",
+                                                           "KHR_mesh_quantization",
+                                                           "KHR_texture_transform"};
 
 constexpr std::uint32_t kJsonChunk = 0x4E4F534A;
 constexpr std::uint32_t kBinaryChunk = 0x004E4942;

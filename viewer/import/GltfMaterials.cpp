@@ -7,6 +7,7 @@
 
 #include "import/GltfContainer.h"
 #include "import/ImportError.h"
+#include "import/PictureSearch.h"
 #include "import/Text.h"
 
 namespace orloview {
@@ -57,18 +58,14 @@ std::string nameOf(const GltfObject& source) {
     return source.text("name", source.place());
 }
 
-Image readImage(const GltfObject& source, GltfData& data, const std::filesystem::path& folder) {
+Image readImage(const GltfObject& source, GltfData& data, PictureSearch& pictures) {
     Image image;
     image.name = nameOf(source);
     const std::string uri = source.text("uri");
     if (uri.starts_with("data:")) {
         image.bytes = decodeDataUri(uri);
     } else if (!uri.empty()) {
-        const std::filesystem::path path = folder / image.name;
-        std::error_code error;
-        if (!std::filesystem::is_regular_file(path, error))
-            throw ImportError("there is no such file");
-        image.path = path.string();
+        image.path = pictures.find(image.name);
     } else if (const int view = source.reference("bufferView", data.viewCount()); view >= 0) {
         const auto bytes = data.view(static_cast<std::size_t>(view));
         image.bytes.assign(bytes.begin(), bytes.end());
@@ -81,15 +78,33 @@ Image readImage(const GltfObject& source, GltfData& data, const std::filesystem:
 std::vector<Image> readImages(const GltfObject& root, GltfData& data, const std::filesystem::path& folder,
                               Warnings& warnings) {
     std::vector<Image> images;
+    PictureSearch pictures(folder);
     for (const GltfObject& source : root.objects("images")) {
         try {
-            images.push_back(readImage(source, data, folder));
+            images.push_back(readImage(source, data, pictures));
         } catch (const ImportError& error) {
             images.push_back({nameOf(source), "", {}});
             warnings.add("the picture '" + nameOf(source) + "'", std::string("left out: ") + error.what());
         }
     }
     return images;
+}
+
+/// The picture of a texture: that of an extension that is understood comes before the plain one, which is for
+/// viewers that know none.
+int imageOf(const GltfObject& texture, std::size_t imageCount) {
+    const GltfObject webp = texture.object("extensions").object("EXT_texture_webp");
+    const int better = webp.reference("source", imageCount);
+    return better >= 0 ? better : texture.reference("source", imageCount);
+}
+
+/// Why a texture has no picture.
+std::string whyWithout(const GltfObject& texture) {
+    for (const char* name : {"KHR_texture_basisu", "MSFT_texture_dds"}) {
+        if (texture.object("extensions").has(name))
+            return std::string("left out: ") + name + " is not understood; export it as PNG, JPEG or WebP";
+    }
+    return "left out: it has no picture of a known kind";
 }
 
 std::vector<Texture> readTextures(const GltfObject& root, const std::vector<Image>& images,
@@ -101,9 +116,9 @@ std::vector<Texture> readTextures(const GltfObject& root, const std::vector<Imag
         texture.name = source.text("name");
         if (const int sampler = source.reference("sampler", samplers.size()); sampler >= 0)
             readSampler(samplers[static_cast<std::size_t>(sampler)], texture);
-        texture.image = source.reference("source", images.size());
+        texture.image = imageOf(source, images.size());
         if (texture.image < 0)
-            warnings.add(source.place(), "left out: it has no picture of a known kind");
+            warnings.add(source.place(), whyWithout(source));
         else if (texture.name.empty())
             texture.name = images[static_cast<std::size_t>(texture.image)].name;
     }

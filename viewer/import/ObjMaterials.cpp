@@ -34,10 +34,25 @@ float opacityOf(const tinyobj::material_t& source) {
     return source.dissolve > 0.0F ? source.dissolve : 1.0F;
 }
 
+/// Scale and offset of a file's coordinates, whose v runs upward: v' = 1 - ((1 - v) scale + offset).
+TextureUse usePlaced(int texture, const tinyobj::texture_option_t& options) {
+    TextureUse use;
+    use.texture = texture;
+    use.scale = {options.scale[0], options.scale[1]};
+    use.offset = {options.origin_offset[0], 1.0F - options.scale[1] - options.origin_offset[1]};
+    return use;
+}
+
+/// Exporters leave the colour of what has a picture black, which would hide it.
+void whitenIfBlack(koColor::Color& color) {
+    if (color[0] == 0.0F && color[1] == 0.0F && color[2] == 0.0F)
+        color = koColor::Color(1.0F, 1.0F, 1.0F, color[3]);
+}
+
 } // namespace
 
 ObjMaterials::ObjMaterials(std::filesystem::path folder, Scene& scene, Warnings& warnings)
-    : fFolder(std::move(folder)), fScene(scene), fWarnings(warnings) {}
+    : fFolder(std::move(folder)), fPictures(fFolder), fScene(scene), fWarnings(warnings) {}
 
 void ObjMaterials::readLibraries(std::string_view names) {
     const std::string whole = withSlashes(trimmed(names));
@@ -72,34 +87,54 @@ void ObjMaterials::readLibrary(const std::string& name) {
         material.roughness = roughnessOf(source);
         if (opacityOf(source) < 1.0F)
             material.alphaMode = AlphaMode::Blend;
-        material.baseColorTexture = use(source.diffuse_texname, source.diffuse_texopt.clamp);
-        material.normalTexture = use(source.normal_texname, source.normal_texopt.clamp);
-        material.emissiveTexture = use(source.emissive_texname, source.emissive_texopt.clamp);
+        const auto use = [this](const std::string& picture, const tinyobj::texture_option_t& options) {
+            return picture.empty() ? TextureUse{} : usePlaced(texture(picture, options.clamp), options);
+        };
+        material.baseColorTexture = use(source.diffuse_texname, source.diffuse_texopt);
+        material.normalTexture = use(source.normal_texname, source.normal_texopt);
+        material.emissiveTexture = use(source.emissive_texname, source.emissive_texopt);
+        if (material.baseColorTexture.texture >= 0)
+            whitenIfBlack(material.baseColor);
+        if (material.emissiveTexture.texture >= 0)
+            whitenIfBlack(material.emissive);
+        readAlpha(source.alpha_texname, source.diffuse_texname, material);
         fByName[source.name] = static_cast<int>(fScene.materials.size());
         fScene.materials.push_back(std::move(material));
     }
 }
 
-TextureUse ObjMaterials::use(const std::string& picture, bool clamp) {
-    TextureUse result;
-    if (picture.empty())
-        return result;
+int ObjMaterials::texture(const std::string& picture, bool clamp) {
     const std::string name = withSlashes(picture);
-    const auto [known, isNew] = fTextures.emplace(name, static_cast<int>(fScene.textures.size()));
-    result.texture = known->second;
+    const auto [known, isNew] =
+        fTextures.emplace(std::pair(name, clamp), static_cast<int>(fScene.textures.size()));
     if (!isNew)
-        return result;
-    const std::filesystem::path path = fFolder / name;
-    if (!isFile(path))
-        fWarnings.add("the picture '" + name + "'", "left out: there is no such file");
+        return known->second;
     Texture texture;
     texture.name = name;
     texture.image = static_cast<int>(fScene.images.size());
     if (clamp)
         texture.wrapU = texture.wrapV = Wrap::ClampToEdge;
-    fScene.images.push_back({name, isFile(path) ? path.string() : "", {}});
+    Image image{name, "", {}};
+    try {
+        image.path = fPictures.find(name);
+    } catch (const ImportError& error) {
+        fWarnings.add("the picture '" + name + "'", std::string("left out: ") + error.what());
+    }
+    fScene.images.push_back(std::move(image));
     fScene.textures.push_back(std::move(texture));
-    return result;
+    return known->second;
+}
+
+/// A picture of opacity in the colour picture's alpha blends; one by itself has no place in a scene.
+void ObjMaterials::readAlpha(const std::string& alphaPicture, const std::string& colorPicture,
+                             Material& material) {
+    if (alphaPicture.empty())
+        return;
+    if (alphaPicture == colorPicture)
+        material.alphaMode = AlphaMode::Blend;
+    else
+        fWarnings.add("the picture '" + withSlashes(alphaPicture) + "'",
+                      "left out: opacity is read from the alpha of the colour picture only");
 }
 
 int ObjMaterials::find(const std::string& name) {

@@ -4,7 +4,9 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "import/PictureSearch.h"
 #include "import/Warnings.h"
 #include "scene/Scene.h"
 
@@ -24,13 +26,15 @@ public:
 
 private:
     void readLibrary(const std::string& name);
-    TextureUse use(const std::string& picture, bool clamp);
+    int texture(const std::string& picture, bool clamp);
+    void readAlpha(const std::string& alphaPicture, const std::string& colorPicture, Material& material);
 
     std::filesystem::path fFolder;
+    PictureSearch fPictures;
     Scene& fScene;
     Warnings& fWarnings;
     std::map<std::string, int> fByName;
-    std::map<std::string, int> fTextures; ///< by the picture's name
+    std::map<std::pair<std::string, bool>, int> fTextures; ///< by the picture's name, and whether clamped
     bool fLibraryMissing = false;
 };
 

@@ -27,15 +27,23 @@ void onRows(GdkPixbufLoader*, int, int, int, int height, void* data) {
     static_cast<Watch*>(data)->rows += height;
 }
 
-/// The loader fills in what a PNG or JPEG file doesn't hold any more; both kinds say where they end.
+/// For the kinds whose loaders make up what a file doesn't hold any more: these say themselves where they
+/// end.
 bool endsEarly(std::string_view file) {
     using namespace std::string_view_literals;
     if (file.starts_with("\x89PNG"sv))
         return file.rfind("IEND"sv) == file.npos;
-    if (!file.starts_with("\xFF\xD8"sv))
-        return false;
-    const size_t scan = file.rfind("\xFF\xDA"sv);
-    return scan == file.npos || file.find("\xFF\xD9"sv, scan) == file.npos;
+    if (file.starts_with("\xFF\xD8"sv)) {
+        const size_t scan = file.rfind("\xFF\xDA"sv);
+        return scan == file.npos || file.find("\xFF\xD9"sv, scan) == file.npos;
+    }
+    if (file.starts_with("RIFF"sv) && file.size() >= 8) {
+        size_t length = 0;
+        for (size_t i = 7; i >= 4; --i)
+            length = length << 8 | static_cast<unsigned char>(file[i]);
+        return file.size() < length + 8;
+    }
+    return false;
 }
 
 [[noreturn]] void fail(GError* error) {

@@ -170,7 +170,7 @@ void SceneTextures::warn(const Key& key, const std::string& what) {
     if (key.image < 0)
         return;
     const Image& image = fScene.images[static_cast<size_t>(key.image)];
-    const std::string line = image.model + ": warning: the picture '" + image.name + "' " + what;
+    const std::string line = image.model + ": warning: the picture '" + image.name + "': " + what;
     if (std::find(fWarnings.begin(), fWarnings.end(), line) == fWarnings.end())
         fWarnings.push_back(line);
 }

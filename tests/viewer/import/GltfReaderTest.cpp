@@ -231,6 +231,23 @@ TEST(GltfReader, readsTexturesAndHowTheyAreUsed) {
     EXPECT_TRUE(isConsistent(scene)) << "a far set of texture coordinates";
 }
 
+TEST(GltfReader, takesThePictureThatItUnderstands) {
+    GltfFile file = withPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+    const int picture = file.accessor({1, 2, 3, 4}, 5121, "SCALAR", 4);
+    file.json["images"] = {{{"bufferView", picture}}, {{"bufferView", picture}}};
+    file.json["extensionsRequired"] = {"EXT_texture_webp"};
+    file.json["textures"] = Json::parse(R"([{"source": 0, "extensions": {"EXT_texture_webp": {"source": 1}}},
+        {"extensions": {"EXT_texture_webp": {"source": 1}}},
+        {"source": 0, "extensions": {"KHR_texture_basisu": {"source": 1}}},
+        {"extensions": {"KHR_texture_basisu": {"source": 1}}}])");
+    const Scene scene = read(file);
+    std::vector<int> images;
+    for (const Texture& texture : scene.textures)
+        images.push_back(texture.image);
+    EXPECT_THAT(images, ElementsAre(1, 1, 0, -1));
+    EXPECT_THAT(scene.warnings, ElementsAre(HasSubstr("KHR_texture_basisu is not understood")));
+}
+
 TEST(GltfReader, takesAStrideOfZeroAsNone) {
     GltfFile file = withPositions(kSquare);
     file.json["bufferViews"][0]["byteStride"] = 0;

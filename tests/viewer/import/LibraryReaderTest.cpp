@@ -53,6 +53,36 @@ const char* const kCollada = R"(<?xml version="1.0"?>
  <node id="n" name="n"><translate>0 0 9</translate><instance_camera url="#c"/></node>
 </visual_scene></library_visual_scenes><scene><instance_visual_scene url="#s"/></scene></COLLADA>)";
 
+TEST(LibraryReader, readsHowPicturesAreLaidOn) {
+    const Folder folder;
+    std::filesystem::create_directory(folder.path() / "textures");
+    folder.write("textures/Wood.png", bytesOf("x"));
+    std::string text = kCollada;
+    const auto put = [&](const std::string& what, const std::string& instead) {
+        text.replace(text.find(what), what.size(), instead);
+    };
+    put("<library_effects><effect id=\"e\"><profile_COMMON>",
+        "<library_images><image "
+        "id=\"i\"><init_from>C:/Users/ann/wood.png</init_from></image></library_images>"
+        "<library_effects><effect id=\"e\"><profile_COMMON><newparam sid=\"f\"><surface type=\"2D\">"
+        "<init_from>i</init_from></surface></newparam><newparam sid=\"w\"><sampler2D><source>f</source>"
+        "</sampler2D></newparam>");
+    put("<color>0.25 0.5 0.75 1</color>", "<texture texture=\"w\" texcoord=\"UV\"><extra><technique "
+                                          "profile=\"MAYA\"><wrapU>1</wrapU><mirrorU>1</mirrorU>"
+                                          "<wrapV>0</wrapV><repeatU>2</repeatU><repeatV>3</"
+                                          "repeatV><offsetU>0.25</offsetU><offsetV>0.5</offsetV>"
+                                          "</technique></extra></texture>");
+    const Scene scene = readByLibrary(folder.write("model.dae", bytesOf(text)));
+    ASSERT_THAT(scene.textures, SizeIs(1));
+    EXPECT_EQ(scene.textures[0].wrapU, Wrap::MirroredRepeat);
+    EXPECT_EQ(scene.textures[0].wrapV, Wrap::ClampToEdge);
+    EXPECT_TRUE(std::filesystem::equivalent(scene.images.at(0).path, folder.path() / "textures/Wood.png"));
+    const TextureUse& use = scene.materials.at(0).baseColorTexture;
+    EXPECT_THAT(use.scale, ElementsAre(2.0F, 3.0F));
+    EXPECT_THAT(use.offset, ElementsAre(0.25F, 1.0F - 3.0F - 0.5F));
+    EXPECT_THAT(scene.warnings, testing::IsEmpty());
+}
+
 TEST(LibraryReader, readsPlacesMaterialsAndCameras) {
     const Folder folder;
     const Scene scene = readByLibrary(folder.write("model.dae", bytesOf(kCollada)));

@@ -82,6 +82,33 @@ TEST(ObjReader, keepsGroupsMaterialsLinesAndPointsApart) {
     EXPECT_THAT(scene.warnings, ElementsAre(HasSubstr("pictures/gone.png")));
 }
 
+TEST(ObjReader, readsHowPicturesAreLaidOn) {
+    const Folder folder;
+    folder.write("Wood.png", bytesOf("x"));
+    folder.write("a.mtl",
+                 bytesOf("newmtl placed\nKd 0 0 0\nmap_Kd -clamp on -s 2 3 1 -o 0.25 0.5 0 wood.png\n"
+                         "map_d wood.png\n"
+                         "newmtl glowing\nKd 0 0 0\nmap_Ke wood.png\nmap_d mask.png\n"));
+    const Scene scene = read("mtllib a.mtl\nv 0 0 0\n", folder.path() / "model.obj");
+    const Material& placed = scene.materials.at(0);
+    EXPECT_EQ(placed.baseColor[0], 1.0F) << "black times a picture would be black";
+    EXPECT_EQ(placed.alphaMode, AlphaMode::Blend) << "its opacity is in the same picture";
+    // A corner at v = 0.25 from above is at 0.75 from below: 0.75 * 3 + 0.5 from below, 1 less that from
+    // above.
+    const TextureUse& use = placed.baseColorTexture;
+    EXPECT_FLOAT_EQ(0.25F * use.scale[1] + use.offset[1], 1.0F - (0.75F * 3.0F + 0.5F));
+    EXPECT_FLOAT_EQ(0.5F * use.scale[0] + use.offset[0], 0.5F * 2.0F + 0.25F);
+    EXPECT_EQ(scene.textures.at(static_cast<std::size_t>(use.texture)).wrapV, Wrap::ClampToEdge);
+    const Material& glowing = scene.materials.at(1);
+    EXPECT_EQ(glowing.baseColor[0], 0.0F);
+    EXPECT_EQ(glowing.emissive[0], 1.0F);
+    EXPECT_EQ(glowing.alphaMode, AlphaMode::Opaque);
+    EXPECT_EQ(scene.textures.at(static_cast<std::size_t>(glowing.emissiveTexture.texture)).wrapU,
+              Wrap::Repeat)
+        << "the same picture, laid on another way";
+    EXPECT_THAT(scene.warnings, ElementsAre(HasSubstr("'mask.png': left out: opacity")));
+}
+
 TEST(ObjReader, readsVertexColoursAndLongLines) {
     const Scene scene = read("v 0 0 0 1 0.5 0\nv 1 0 0\nv 0 1 0 0 0 1\nf 1 \\\n2 3\n");
     const Mesh& mesh = scene.meshes.at(0);

@@ -1,0 +1,84 @@
+#include "import/PictureSearch.h"
+
+#include <algorithm>
+#include <array>
+#include <system_error>
+#include <vector>
+
+#include "import/ImportError.h"
+#include "import/Text.h"
+
+namespace orloview {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::array kUsualFolders{"textures", "texture", "tex", "images", "maps", "materials"};
+
+bool isFile(const fs::path& path) {
+    std::error_code error;
+    return fs::is_regular_file(path, error);
+}
+
+std::string lowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return text;
+}
+
+bool isRemote(std::string_view name) {
+    return name.starts_with("http://") || name.starts_with("https://") || name.starts_with("ftp://");
+}
+
+} // namespace
+
+std::string PictureSearch::find(std::string_view name) {
+    if (isRemote(name))
+        throw ImportError("it is in the network; save it beside the model");
+    if (name.starts_with("file://"))
+        name.remove_prefix(std::string_view("file://").size());
+    const fs::path path = withSlashes(name);
+    if (isFile(fFolder / path)) // which is the path itself where that begins at the root
+        return (fFolder / path).string();
+
+    std::vector<fs::path> candidates{findIgnoringCase(fFolder, path)};
+    const fs::path last = path.filename();
+    candidates.push_back(findIgnoringCase(fFolder, last));
+    if (path.has_parent_path())
+        candidates.push_back(findIgnoringCase(fFolder, path.parent_path().filename() / last));
+    for (const fs::path& above : {fFolder, fFolder / ".."}) {
+        for (const char* usual : kUsualFolders)
+            candidates.push_back(findIgnoringCase(above, fs::path(usual) / last));
+    }
+    const auto found = std::find_if(candidates.begin(), candidates.end(), isFile);
+    if (found == candidates.end())
+        throw ImportError("there is no such file");
+    return found->string();
+}
+
+/// Empty where there is none.
+fs::path PictureSearch::findIgnoringCase(const fs::path& folder, const fs::path& name) {
+    fs::path place = folder;
+    for (const fs::path& part : name.relative_path()) {
+        const bool asItIs = part == "." || part == "..";
+        place = asItIs ? place / part : entryIgnoringCase(place, part.string());
+        if (place.empty())
+            return place;
+    }
+    return place;
+}
+
+fs::path PictureSearch::entryIgnoringCase(const fs::path& folder, const std::string& name) {
+    const auto [listing, isNew] = fListings.try_emplace(folder);
+    if (isNew) {
+        std::error_code error;
+        for (fs::directory_iterator entry(folder.empty() ? "." : folder, error), end; !error && entry != end;
+             entry.increment(error))
+            listing->second.emplace(lowerCase(entry->path().filename().string()), entry->path().filename());
+    }
+    const auto found = listing->second.find(lowerCase(name));
+    return found == listing->second.end() ? fs::path() : folder / found->second;
+}
+
+} // namespace orloview
