@@ -30,6 +30,9 @@ public:
 
     /// The same with all levels: by GL's automatic mipmaps where offered, otherwise by GLU. False when GLU
     /// refuses the last side, and without a GLU where it is needed.
+    ///
+    /// Begin with +x. Mesa (22.3) makes the levels of whatever side comes from those of +x, and crashes where
+    /// that has no image yet.
     bool GLLoadImageMipMap(unsigned size, CubeMapSide side1, void* pixels1, CubeMapSide side2, void* pixels2,
                            CubeMapSide side3, void* pixels3, CubeMapSide side4, void* pixels4,
                            CubeMapSide side5, void* pixels5, CubeMapSide side6, void* pixels6);
