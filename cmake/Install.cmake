@@ -16,6 +16,7 @@ install(DIRECTORY host/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MA
 # Every header of src/ but those that only the library's own sources include.
 install(DIRECTORY src/ DESTINATION ${library_headers}
   FILES_MATCHING PATTERN *.h PATTERN *.inc
+  PATTERN DrawableAttributes.h EXCLUDE
   PATTERN EntryGroup.h EXCLUDE
   PATTERN GLULibrary.h EXCLUDE
   PATTERN TexelBuffer.h EXCLUDE)

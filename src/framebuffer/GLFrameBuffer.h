@@ -13,6 +13,7 @@
 class GLFunctionTable;
 class GLTexture2D;
 class IGLTexture;
+struct DrawableAttributes;
 
 /// Asks the bound framebuffer object whether it can be drawn into. Needs the table and a current context.
 ORLOGL_API bool validFrameBufferStatus();
@@ -72,12 +73,28 @@ public:
     GLFrameBuffer(const GLFrameBuffer&) = delete;
     GLFrameBuffer& operator=(const GLFrameBuffer&) = delete;
 
-    /// Makes a framebuffer object whose colour buffer is a 2D or rectangle texture and whose depth buffer is
-    /// a texture. Cube maps aren't made yet: kFormat. The start-up context is made if there is none (an empty
-    /// one, which has no GL: make a working one first) and becomes current. A stencil with depth must be 8
-    /// bits, and is left out without a word where packed depth-stencil isn't offered. Leaves framebuffer 0
-    /// bound on success. On failure nothing stays allocated but a stencil-only renderbuffer.
+    /// Makes a framebuffer object whose colour buffer is a 2D, rectangle or cube-map texture (of `width` on
+    /// each side; see fCubeFaceMask) and whose depth buffer is a texture. The start-up context is made if
+    /// there is none (an empty one, which has no GL: make a working one first) and becomes current. A stencil
+    /// with depth must be 8 bits, and is left out without a word where packed depth-stencil isn't offered.
+    /// Leaves framebuffer 0 bound on success. On failure nothing stays allocated but a stencil-only
+    /// renderbuffer.
     uint32_t createOffscreen(const koBufferFormat& format, unsigned width, unsigned height);
+
+    /// Makes a pbuffer on the window's display and a context for it that shares objects with the start-up
+    /// context, which is made if there is none and becomes current. Single-buffered, with a stencil; sizes of
+    /// colour, depth and stencil and samples as createInWindow asks for them. fActualFormat tells what came
+    /// of it, but for the texture type, which stays.
+    ///
+    /// A size beyond the driver's is cut to it without a word: see fWidth and fHeight. With `squareLimit` (by
+    /// GLX 1.3 alone) it is cut to a square m x m, m being the smaller of the driver's largest sides, halved
+    /// where it is nearer to the power of two below than to that above; the height is cut only where m is
+    /// less than the *width*.
+    ///
+    /// kUnsupported: GLX lacks a function. kFormat: no configuration. kNoBuffer: no pbuffer or no visual.
+    /// kNoContextOrSize: no display, table or context. What was made before a failure stays.
+    uint32_t createOffscreen(const WindowWrapper& window, const koBufferFormat& format, unsigned width,
+                             unsigned height, bool squareLimit);
 
     /// Makes a double-buffered drawable of its own in `parent` and a context for it that shares objects with
     /// the start-up context, which is made on the parent's display if there is none. Makes neither current.
@@ -138,14 +155,71 @@ public:
     /// Shows what was drawn into a window; nothing for a framebuffer object.
     void swapBuffers();
 
+    // Pixel transfer. Everything works on whatever is current: make the buffer current first. (A window or
+    // pbuffer becomes current by being measured.) Nothing is reported but by a null result, and nothing
+    // happens before the buffer is created. Sizes larger than the buffer's are cut to it; negative places
+    // count as 0 where they are signed whole numbers. Reads leave a pack alignment of 1, draws an unpack
+    // alignment of 1.
+
     /// Reads colour into `target`, or into a new array that the caller deletes when null.
     ///
     /// `pixelType`: 0 alpha, 1 RGB, 2 RGBA in bytes, 3 RGBA in halves, 4 RGBA in floats, 8 depth in floats;
-    /// others can't be read. A width or height of 0 is the buffer's, larger ones are cut to it. A given
-    /// target must hold the size that comes of it. Null on failure. Reads whatever framebuffer is current.
-    /// Leaves a pack alignment of 1.
+    /// others can't be read. A width or height of 0 is the buffer's. A given target must hold the size that
+    /// comes of it. Null on failure.
     PixelArray2D* readColorBuffer(unsigned pixelType, unsigned x, unsigned y, int width, int height,
                                   PixelArray2D* target);
+
+    /// The whole buffer in a new array, the number of the actual colour format taken for the pixel type. The
+    /// argument is not looked at.
+    PixelArray2D* readCurrentColorBuffer(PixelArray2D* ignored);
+
+    /// Depth, 0 near to 1 far, as floats in a new array that the caller deletes; null without memory and for
+    /// negative sizes.
+    PixelArray2D* readDepthBuffer(int x, int y, int width, int height);
+    PixelArray2D* readDepthBuffer();
+
+    /// The same in bytes, of the whole buffer.
+    PixelArray2D* readDepthBufferInBytes();
+
+    /// Reads the depth buffer twice and keeps nothing: for hosts that wait for the drawing to end.
+    void readDepthBuffer(PixelArray2D* ignored);
+
+    /// Draws the array with its lower left corner at a place that the matrices in force transform. The array
+    /// must hold the size that is drawn: the given one, cut to the buffer's. 0, and nothing drawn, for a
+    /// pixel type beyond 4, nonzero otherwise.
+    uint32_t drawColorBuffer(float x, float y, float z, int width, int height, PixelArray2D* pixels);
+
+    /// Likewise into the depth buffer, for arrays of depth in floats (type 8); nothing for any other. Depth
+    /// writes and, with GL_ALWAYS, the depth test have to be on.
+    void drawDepthBuffer(float x, float y, float z, int width, int height, PixelArray2D* pixels);
+
+    /// Draws an array as large as the buffer at (0, 0, 0).
+    void writeCurrentColorBuffer(const PixelArray2D& pixels);
+    void writeDepthBuffer(const PixelArray2D& pixels);
+
+    /// Draws a quad with the texture, in colour alone or in depth alone, from corner (-1, -1) to (1, 1) in a
+    /// projection of one unit per texel of the texture: one pixel beside the origin, as the viewport has it.
+    /// Nothing for a texture that is no GLTexture2D. Leaves the colour and depth masks as it set them, and
+    /// the identity as model-view matrix.
+    void writeCurrentColorBuffer(const IHWTexture& texture);
+    void writeDepthBuffer(const IHWTexture& texture);
+
+    /// Copies the buffer into the texture's level 0: the attachment of that index, or GL_BACK for a window
+    /// and beyond the attachments. Nothing for null and for a texture that is no GLTexture2D.
+    void readCurrentColorBuffer(IHWTexture* texture, unsigned index);
+
+    /// Copies depth, which needs a texture of a depth format. Selects GL_DEPTH for reading, which GL refuses
+    /// (GL_INVALID_ENUM) while copying all the same.
+    void readDepthBuffer(IHWTexture* texture);
+
+    /// Copies a region into the texture: of the first attachment, or without attachments of GL_FRONT
+    /// (`source` 0) or GL_BACK (1); nothing for any other source.
+    void renderTexture(GLTexture2D* texture, int x, int y, int width, int height, unsigned unused,
+                       unsigned source);
+
+    /// Copies a region into a new texture, which the caller references; null without memory. The texture's
+    /// format is RGBX, and GL fills it with what that can hold: colour.
+    GLTexture2D* copyDepthBuffer2Texture2D(int x, int y, int width, int height);
 
     // What makeCurrent, swapBuffers and deleteInternalState do for windows and pbuffers.
 
@@ -184,22 +258,31 @@ public:
     Display* fDisplay = nullptr;
 
 private:
-    struct Attributes;
+    struct PbufferParts;
 
     void referenceStartupContext();
     void dropStartupContext();
     uint32_t createDrawable(const WindowWrapper& parent);
-    Attributes configurationAttributes() const;
-    Attributes visualAttributes() const;
-    uint32_t createBySGIXConfiguration(const WindowWrapper& parent, Attributes attributes);
-    uint32_t createByVisual(const WindowWrapper& parent, Attributes attributes);
-    uint32_t createByConfiguration(const WindowWrapper& parent, Attributes attributes);
+    DrawableAttributes visualAttributes() const;
+    uint32_t createBySGIXConfiguration(const WindowWrapper& parent, DrawableAttributes attributes);
+    uint32_t createByVisual(const WindowWrapper& parent, DrawableAttributes attributes);
+    uint32_t createByConfiguration(const WindowWrapper& parent, DrawableAttributes attributes);
     uint32_t createChildWindow(const WindowWrapper& parent, const XVisualInfo& visual);
+    uint32_t createPbuffer(const DrawableAttributes& attributes, bool squareLimit, PbufferParts& parts);
+    uint32_t createPbufferByConfiguration(DrawableAttributes attributes, bool squareLimit,
+                                          PbufferParts& parts);
+    uint32_t createPbufferBySGIX(DrawableAttributes attributes, PbufferParts& parts);
+    void readActualFormat(XVisualInfo* visual);
     uint32_t createColor(const koBufferFormat& format, unsigned width, unsigned height);
     uint32_t createDepthAndStencil(const koBufferFormat& format, unsigned width, unsigned height);
     void createStencil(RasterFormat stencil, unsigned width, unsigned height);
     uint32_t createDepth(RasterFormat depth, unsigned width, unsigned height);
     void attachCubeFace();
+    PixelArray2D* readDepth(const koSysPixelFormat& format, GLenum type, int x, int y, int width, int height);
+    void drawPixels(const std::array<float, 3>& place, const std::array<int, 2>& size, GLenum format,
+                    GLenum type, const PixelArray2D& pixels);
+    std::array<int, 2> cutToBuffer(int width, int height);
+    static void copyInto(GLTexture2D& texture, int x, int y, int width, int height);
 
     /// References on the start-up context that this buffer took and has not given back.
     uint32_t fStartupReferences = 0;

@@ -4,6 +4,7 @@
 #include "gl/GLFunctionTable.h"
 #include "gl/GLStartupContext.h"
 #include "texture/GLTexture2D.h"
+#include "texture/GLTextureCubeMap.h"
 
 #include <new>
 
@@ -21,6 +22,47 @@ void allocate(GLTexture2D& texture, unsigned width, unsigned height) {
     texture.fCompressionRequest = false;
     texture.bind();
     texture.GLloadImage(nullptr, width, height);
+}
+
+/// Six sides without data.
+void allocate(GLTextureCubeMap& texture, unsigned size) {
+    texture.fCompressionRequest = false;
+    texture.bind();
+    texture.GLLoadImage(size, IHWTexture::kPositiveX, nullptr, IHWTexture::kNegativeX, nullptr,
+                        IHWTexture::kPositiveY, nullptr, IHWTexture::kNegativeY, nullptr,
+                        IHWTexture::kPositiveZ, nullptr, IHWTexture::kNegativeZ, nullptr);
+}
+
+/// None for what can't be a colour buffer.
+GLenum targetOf(IHWTexture::TextureType type) {
+    switch (type) {
+    case IHWTexture::kTexture2D:
+        return GL_TEXTURE_2D;
+    case IHWTexture::kTextureRectangle:
+        return GL_TEXTURE_RECTANGLE_ARB;
+    case IHWTexture::kTextureCubeMap:
+        return GL_TEXTURE_CUBE_MAP;
+    default:
+        return GL_NONE;
+    }
+}
+
+/// Bound, with storage and one reference; null without memory. A cube map has the width on all sides.
+IGLTexture* makeColorTexture(RasterFormat format, GLenum target, unsigned width, unsigned height) {
+    if (target == GL_TEXTURE_CUBE_MAP) {
+        auto* cube = new (std::nothrow) GLTextureCubeMap(format);
+        if (cube) {
+            cube->ref();
+            allocate(*cube, width);
+        }
+        return cube;
+    }
+    auto* texture = new (std::nothrow) GLTexture2D(format, target == GL_TEXTURE_RECTANGLE_ARB);
+    if (texture) {
+        texture->ref();
+        allocate(*texture, width, height);
+    }
+    return texture;
 }
 
 /// 8 bits by the unsized format, and everything unknown by the sized one: drivers pick their native 8 bits
@@ -98,19 +140,17 @@ uint32_t GLFrameBuffer::createColor(const koBufferFormat& format, unsigned width
     fFunctionTable->glGetIntegerv(GL_MAX_COLOR_ATTACHMENTS_EXT, &attachments);
     if (attachments == 0)
         return kFormat;
-    if (format.fTextureType != IHWTexture::kTexture2D && format.fTextureType != IHWTexture::kTextureRectangle)
+    const GLenum target = targetOf(format.fTextureType);
+    if (target == GL_NONE)
         return kFormat;
-
-    const bool rectangle = format.fTextureType == IHWTexture::kTextureRectangle;
-    const GLenum target = rectangle ? GL_TEXTURE_RECTANGLE_ARB : GL_TEXTURE_2D;
-    auto* texture = new (std::nothrow) GLTexture2D(format.fColorFormat, rectangle);
+    IGLTexture* texture = makeColorTexture(format.fColorFormat, target, width, height);
     if (!texture)
         return kNoBuffer;
-    texture->ref();
     fColorTextures[0] = texture;
-    allocate(*texture, width, height);
     clampAndUseNearest(*fFunctionTable, target);
-    fFunctionTable->glFramebufferTexture2DEXT(GL_FRAMEBUFFER_EXT, fAttachmentPoints[0], target,
+    // The first side of a cube map; makeCurrent attaches the others.
+    const GLenum attached = target == GL_TEXTURE_CUBE_MAP ? GL_TEXTURE_CUBE_MAP_POSITIVE_X : target;
+    fFunctionTable->glFramebufferTexture2DEXT(GL_FRAMEBUFFER_EXT, fAttachmentPoints[0], attached,
                                               texture->textureName(), 0);
     fColorAttachmentCount = 1;
     fFunctionTable->glBindTexture(target, 0);

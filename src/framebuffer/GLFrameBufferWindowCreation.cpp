@@ -1,56 +1,19 @@
 // Making a drawable of its own in a host's window: by SGIX configurations, by visuals, or by GLX 1.3.
 
+#include "framebuffer/DrawableAttributes.h"
 #include "framebuffer/GLFrameBuffer.h"
 #include "gl/GLFunctionTable.h"
 #include "gl/GLStartupContext.h"
 
-#include <cstring>
 #include <new>
 
 namespace {
-
-int colorBits(RasterFormat color) {
-    return color == kRasterRGBA32F ? 32 : 8;
-}
-
-int depthBits(RasterFormat depth) {
-    return depth == kRasterDepth24 ? 24 : 16;
-}
-
-int stencilBits(RasterFormat stencil) {
-    constexpr int kBits[] = {1, 4, 8, 16};
-    static_assert(kRasterStencil16 - kRasterStencil1 == 3);
-    return stencil >= kRasterStencil1 && stencil <= kRasterStencil16 ? kBits[stencil - kRasterStencil1] : 0;
-}
 
 /// ResizeRedirectMask: other programs can't resize the child window, they only ask for it.
 constexpr long kEvents = KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask | ExposureMask |
                          StructureNotifyMask | ResizeRedirectMask;
 
-/// What the contexts of all frame buffers share objects with.
-GLXContext sharedContext() {
-    return GLStartupContext::fpGlobalGLStartupContext->context;
-}
-
 } // namespace
-
-/// Pairs of attribute and value for GLX, with a 0 behind the last.
-struct GLFrameBuffer::Attributes {
-    std::array<int, 23> values = {};
-    int count = 0;
-
-    void add(int attribute, int value) {
-        values[count++] = attribute;
-        values[count++] = value;
-    }
-
-    void addSizes(const koBufferFormat& format) {
-        for (int channel : {GLX_RED_SIZE, GLX_GREEN_SIZE, GLX_BLUE_SIZE, GLX_ALPHA_SIZE})
-            add(channel, colorBits(format.fColorFormat));
-        add(GLX_DEPTH_SIZE, depthBits(format.fDepthFormat));
-        add(GLX_STENCIL_SIZE, stencilBits(format.fStencilFormat));
-    }
-};
 
 uint32_t GLFrameBuffer::createInWindow(const WindowWrapper& parent, const koBufferFormat& format) {
     fRequestedFormat = format;
@@ -76,10 +39,11 @@ uint32_t GLFrameBuffer::createInWindow(const WindowWrapper& parent, const koBuff
 }
 
 uint32_t GLFrameBuffer::createDrawable(const WindowWrapper& parent) {
-    const GLFunctionTable& gl = *fFunctionTable;
+    GLFunctionTable& gl = *fFunctionTable;
     if (!gl.fglXQueryExtensionsString)
         return kUnsupported;
-    const Attributes attributes = configurationAttributes();
+    const auto attributes =
+        DrawableAttributes::configuration(gl, fDisplay, GLX_WINDOW_BIT, true, fRequestedFormat);
     if (gl.usable(kCapSGIXChooseFBConfig) && gl.usable(kCapSGIXVisualFromFBConfig))
         return createBySGIXConfiguration(parent, attributes);
     if (!gl.usable(kCapGLXFBConfig) || !gl.usable(kCapGLXNewContext))
@@ -87,33 +51,8 @@ uint32_t GLFrameBuffer::createDrawable(const WindowWrapper& parent) {
     return createByConfiguration(parent, attributes);
 }
 
-GLFrameBuffer::Attributes GLFrameBuffer::configurationAttributes() const {
-    const GLFunctionTable& gl = *fFunctionTable;
-    const char* extensions = gl.glXQueryExtensionsString(fDisplay, DefaultScreen(fDisplay));
-    const bool offersMultisampling = extensions && std::strstr(extensions, "GLX_ARB_multisample");
-    GLint sampleBuffers = 0;
-    GLint samples = 0;
-    if (offersMultisampling && fRequestedFormat.fSamplingType != kSamplingSingle) {
-        gl.glGetIntegerv(GL_SAMPLE_BUFFERS, &sampleBuffers);
-        if (sampleBuffers != 0)
-            gl.glGetIntegerv(GL_SAMPLES, &samples);
-    }
-
-    Attributes wanted;
-    wanted.add(GLX_DRAWABLE_TYPE, GLX_WINDOW_BIT);
-    wanted.add(GLX_DOUBLEBUFFER, 1);
-    wanted.add(GLX_RENDER_TYPE, GLX_RGBA_BIT);
-    wanted.addSizes(fRequestedFormat);
-    if (sampleBuffers != 0) {
-        // GL's names and not GLX's, which look like a slip. Choosers that don't know them pass them over, so
-        // hosts get a window without samples where one with samples could not be had.
-        wanted.add(GL_SAMPLE_BUFFERS, 1);
-        wanted.add(GL_SAMPLES, samples);
-    }
-    return wanted;
-}
-
-uint32_t GLFrameBuffer::createBySGIXConfiguration(const WindowWrapper& parent, Attributes attributes) {
+uint32_t GLFrameBuffer::createBySGIXConfiguration(const WindowWrapper& parent,
+                                                  DrawableAttributes attributes) {
     const GLFunctionTable& gl = *fFunctionTable;
     const int screen = DefaultScreen(fDisplay);
     if (!gl.fglXCreateContext || !gl.fglXChooseVisual)
@@ -140,16 +79,16 @@ uint32_t GLFrameBuffer::createBySGIXConfiguration(const WindowWrapper& parent, A
     return result;
 }
 
-GLFrameBuffer::Attributes GLFrameBuffer::visualAttributes() const {
+DrawableAttributes GLFrameBuffer::visualAttributes() const {
     // GLX_RGBA is missing though colours are meant, and GLX_USE_GL looks like a value of GLX_DOUBLEBUFFER,
     // which has none. Choosers pass over both, and hosts on old servers get their visual by just this list.
-    Attributes wanted;
+    DrawableAttributes wanted;
     wanted.add(GLX_DOUBLEBUFFER, GLX_USE_GL);
     wanted.addSizes(fRequestedFormat);
     return wanted;
 }
 
-uint32_t GLFrameBuffer::createByVisual(const WindowWrapper& parent, Attributes attributes) {
+uint32_t GLFrameBuffer::createByVisual(const WindowWrapper& parent, DrawableAttributes attributes) {
     const GLFunctionTable& gl = *fFunctionTable;
     if (!gl.fglXChooseVisual || !gl.fglXCreateContext)
         return kUnsupported;
@@ -165,7 +104,7 @@ uint32_t GLFrameBuffer::createByVisual(const WindowWrapper& parent, Attributes a
     return result;
 }
 
-uint32_t GLFrameBuffer::createByConfiguration(const WindowWrapper& parent, Attributes attributes) {
+uint32_t GLFrameBuffer::createByConfiguration(const WindowWrapper& parent, DrawableAttributes attributes) {
     const GLFunctionTable& gl = *fFunctionTable;
     if (!gl.fglXCreateWindow)
         return kUnsupported;

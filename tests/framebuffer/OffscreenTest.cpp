@@ -117,6 +117,36 @@ TEST_F(Offscreen, rectangleColorBesideOrdinaryDepth) {
                                   closing()}));
 }
 
+TEST_F(Offscreen, cubeMapColorOfTheWidth) {
+    const auto name = nthName(NameKind::Texture);
+    Calls cube = {call("glGetIntegerv", GL_MAX_COLOR_ATTACHMENTS_EXT, kOut),
+                  call("glGenTextures", 1, kOut),
+                  call("glBindTexture", GL_TEXTURE_CUBE_MAP, name),
+                  call("glPixelStorei", GL_UNPACK_ROW_LENGTH, 0),
+                  call("glPixelStorei", GL_UNPACK_ALIGNMENT, 1),
+                  call("glPixelStorei", GL_UNPACK_SKIP_ROWS, 0),
+                  call("glPixelStorei", GL_UNPACK_SKIP_PIXELS, 0),
+                  call("glBindTexture", GL_TEXTURE_CUBE_MAP, name)};
+    for (int face = 0; face < 6; ++face)
+        cube.push_back(call("glTexImage2D", GL_TEXTURE_CUBE_MAP_POSITIVE_X + face, 0, GL_RGBA16F_ARB, 8, 8, 0,
+                            GL_RGBA, 0x140B, nullptr));
+    for (const auto& [parameter, value] : {std::pair{GL_TEXTURE_MIN_FILTER, GL_NEAREST},
+                                           {GL_TEXTURE_MAG_FILTER, GL_NEAREST},
+                                           {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
+                                           {GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE}})
+        cube.push_back(call("glTexParameterf", GL_TEXTURE_CUBE_MAP, parameter, value));
+    cube.push_back(call("glFramebufferTexture2DEXT", GL_FRAMEBUFFER_EXT, GL_COLOR_ATTACHMENT0_EXT,
+                        GL_TEXTURE_CUBE_MAP_POSITIVE_X, name, 0));
+    cube.push_back(call("glBindTexture", GL_TEXTURE_CUBE_MAP, 0));
+    GLFrameBuffer buffer;
+    EXPECT_EQ(buffer.createOffscreen(wanted(3, 15, 16, 5), 8, 4), 0u);
+    EXPECT_EQ(recorded(), joined({opening(), cube, closing()}));
+    EXPECT_EQ(buffer.fActualFormat.fTextureType, 5u);
+    buffer.deleteInternalState();
+    EXPECT_TRUE(ledger(NameKind::Texture).live.empty());
+    EXPECT_TRUE(ledger(NameKind::Framebuffer).live.empty());
+}
+
 TEST_F(Offscreen, depthAndStencilForms) {
     const Calls undrawn = {call("glDrawBuffer", GL_NONE), call("glReadBuffer", GL_NONE)};
     const auto depth = [](GLenum store, GLenum data, GLenum type) {

@@ -418,7 +418,8 @@ void frameBuffers() {
     buffer.clearInternalState();
     buffer.deleteInternalState();
     use(buffer.isOffscreen());
-    use(&GLFrameBuffer::createOffscreen);
+    use<uint32_t (GLFrameBuffer::*)(const koBufferFormat&, unsigned, unsigned)>(
+        &GLFrameBuffer::createOffscreen);
     use(&GLFrameBuffer::createInWindow);
     use(&GLFrameBuffer::assignInWindow);
     use(&GLFrameBuffer::unassignInWindow);
@@ -428,6 +429,23 @@ void frameBuffers() {
     use(&GLFrameBuffer::resizeViewport);
     use(&GLFrameBuffer::swapBuffers);
     use(&GLFrameBuffer::readColorBuffer);
+    use<uint32_t (GLFrameBuffer::*)(const WindowWrapper&, const koBufferFormat&, unsigned, unsigned, bool)>(
+        &GLFrameBuffer::createOffscreen);
+    use<PixelArray2D* (GLFrameBuffer::*)(PixelArray2D*)>(&GLFrameBuffer::readCurrentColorBuffer);
+    use<void (GLFrameBuffer::*)(IHWTexture*, unsigned)>(&GLFrameBuffer::readCurrentColorBuffer);
+    use<PixelArray2D* (GLFrameBuffer::*)(int, int, int, int)>(&GLFrameBuffer::readDepthBuffer);
+    use<PixelArray2D* (GLFrameBuffer::*)()>(&GLFrameBuffer::readDepthBuffer);
+    use<void (GLFrameBuffer::*)(PixelArray2D*)>(&GLFrameBuffer::readDepthBuffer);
+    use<void (GLFrameBuffer::*)(IHWTexture*)>(&GLFrameBuffer::readDepthBuffer);
+    use(&GLFrameBuffer::readDepthBufferInBytes);
+    use(&GLFrameBuffer::drawColorBuffer);
+    use(&GLFrameBuffer::drawDepthBuffer);
+    use<void (GLFrameBuffer::*)(const PixelArray2D&)>(&GLFrameBuffer::writeCurrentColorBuffer);
+    use<void (GLFrameBuffer::*)(const IHWTexture&)>(&GLFrameBuffer::writeCurrentColorBuffer);
+    use<void (GLFrameBuffer::*)(const PixelArray2D&)>(&GLFrameBuffer::writeDepthBuffer);
+    use<void (GLFrameBuffer::*)(const IHWTexture&)>(&GLFrameBuffer::writeDepthBuffer);
+    use(&GLFrameBuffer::renderTexture);
+    use(&GLFrameBuffer::copyDepthBuffer2Texture2D);
     use(&GLFrameBuffer::makeCurrentWindowed);
     use(&GLFrameBuffer::swapBuffersWindowed);
     use(&GLFrameBuffer::resizeWindow);
