@@ -19,7 +19,7 @@ void enable(GLenum capability, bool on) {
 
 void clear(const FrameLook& look) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
-    gl->glViewport(0, 0, look.width, look.height);
+    gl->glViewport(-look.left, -look.bottom, look.width, look.height);
     gl->glClearColor(look.background[0], look.background[1], look.background[2], look.background[3]);
     gl->glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     gl->glDepthMask(GL_TRUE);

@@ -13,6 +13,8 @@ namespace orloview {
 struct FrameLook {
     int width = 0;
     int height = 0;
+    int left = 0; ///< what of the frame the target holds begins here: a target may be smaller than the frame
+    int bottom = 0;
     koColor::Color background; ///< linear, multiplied by its alpha
     bool wireframe = false;
     bool lights = true;

@@ -1,6 +1,7 @@
 #include "Options.h"
 
 #include "ExitCode.h"
+#include "output/PictureFile.h"
 
 #include <CLI/CLI.hpp>
 
@@ -146,6 +147,15 @@ size_t editDistance(std::string_view a, std::string_view b) {
     throw Failure(kExitUsage, "unknown switch " + name + hint + " (--help lists all)");
 }
 
+/// A whole number of a switch.
+int parseCount(const std::string& name, const std::string& text, int least, int most) {
+    const std::optional<int> number = parseNumber<int>(text);
+    if (!number || *number < least || *number > most)
+        wrong(name, text,
+              "give a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+    return *number;
+}
+
 void checkTogether(const Options& options) {
     if (options.quiet && options.verbose)
         throw Failure(kExitUsage, "-q and -v: give one of them, not both");
@@ -157,10 +167,10 @@ void checkTogether(const Options& options) {
         throw Failure(kExitUsage, "--json: it goes with --info");
     if (options.info)
         return;
-    if (!options.output.empty() && options.output != "-" &&
-        !CLI::detail::to_lower(options.output).ends_with(".png"))
+    if (!options.output.empty() && !formatOf(options.output))
         throw Failure(kExitUsage, "-o " + options.output +
-                                      ": only PNG pictures can be written; give a name ending in .png");
+                                      ": no picture format has this suffix; give a name ending in " +
+                                      kPictureFormats);
     if (options.camera &&
         (options.eye || options.target || options.up || options.fieldOfView || options.orthographic))
         throw Failure(kExitUsage,
@@ -206,6 +216,8 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     CommandLine line;
     Options& options = line.options;
     std::string size;
+    std::string samples;
+    std::string tile;
     std::string eye;
     std::string target;
     std::string up;
@@ -226,11 +238,17 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     app.set_version_flag("--version", "orloview " ORLOGL_VERSION, "Print the version");
     app.add_option("models", options.models, "Model files: glTF 2.0 (.gltf, .glb), OBJ, PLY, STL and others")
         ->type_name("MODEL...");
-    app.add_option("-o,--output", options.output,
-                   "Write a picture here, PNG, and open no window; - for standard output")
-        ->type_name("FILE.png");
+    app.add_option(
+           "-o,--output", options.output,
+           "Write a picture here and open no window: .png, .jpg, .bmp, .tga, .ppm, or .pfm for linear "
+           "floats; - for PNG to standard output")
+        ->type_name("FILE");
     app.add_option("--size", size, "Size of the picture or window in pixels, 1280x720 unless given")
         ->type_name("WxH");
+    app.add_option("--samples", samples, "Average a pixel from N x N samples, 1 to 8; 2 unless given")
+        ->type_name("N");
+    app.add_option("--tile", tile, "Draw the picture in squares of N pixels; chosen by its size unless given")
+        ->type_name("N");
     app.add_option("--eye", eye, "Where the eye is")->type_name("X,Y,Z");
     app.add_option("--target", target, "What the eye looks at")->type_name("X,Y,Z");
     app.add_option("--up", up, "Which way is up, 0,1,0 unless given")->type_name("X,Y,Z");
@@ -278,6 +296,10 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
             wrong(name, "''", "give a value");
         return value;
     };
+    if (app.count("--samples") != 0)
+        options.sampling.samples = parseCount("--samples", samples, 1, 8);
+    if (app.count("--tile") != 0)
+        options.sampling.tile = parseCount("--tile", tile, 16, 16384);
     options.progress = parseProgress(progress, options.quiet);
     options.lights = !noLights;
     options.culling = !noCulling;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "output/Progress.h"
+#include "output/Sampling.h"
 
 #include <array>
 #include <optional>
@@ -34,6 +35,9 @@ struct Options {
 
     /// Red, green, blue, alpha as the picture stores them (sRGB), 0 to 1.
     std::array<float, 4> background{0.16F, 0.17F, 0.19F, 1.0F};
+
+    /// Of a picture.
+    Sampling sampling;
 
     bool orthographic = false;
     bool wireframe = false;

@@ -16,8 +16,11 @@ namespace orloview {
 
 namespace {
 
-/// Above as many pixels a frame is drawn without supersampling: colour and depth take 12 bytes each.
+/// As many pixels of a frame are drawn at once: colour and depth take 12 bytes each.
 constexpr double kMostPixels = 34e6;
+
+/// The side of the tiles of larger frames, in their pixels.
+constexpr int kLargeTile = 4096;
 
 const Camera& findCamera(const std::string& wanted, const Scene& scene) {
     for (const Camera& camera : scene.cameras) {
@@ -51,23 +54,61 @@ void printStats(int frame, const CallCounts& counts, const Scene& scene) {
                  counts.uploads, counts.uploadedBytes, counts.namesGenerated);
 }
 
-/// Reads the frame a band at a time, so that the whole of it never lies in memory as floats.
-Picture develop(Canvas& canvas, const FrameLook& look, int factor, const ProgressReport& report) {
+/// Reads a tile a strip at a time, so that the whole of it never lies in memory as floats.
+void develop(Canvas& canvas, const Block& tile, int factor, PictureFile& picture) {
     constexpr unsigned kRGBAFloats = 4;
-    constexpr int kBandRows = 32;
-    Picture picture(look.width, look.height);
-    for (int first = 0; first < look.height; first += kBandRows) {
-        const int rows = std::min(kBandRows, look.height - first);
-        const std::unique_ptr<PixelArray2D> band(
+    constexpr int kStripRows = 32;
+    for (int first = 0; first < tile.height; first += kStripRows) {
+        const int rows = std::min(kStripRows, tile.height - first);
+        const std::unique_ptr<PixelArray2D> strip(
             canvas.target().readColorBuffer(kRGBAFloats, 0, static_cast<unsigned>(first * factor),
-                                            look.width * factor, rows * factor, nullptr));
-        if (!band)
+                                            tile.width * factor, rows * factor, nullptr));
+        if (!strip)
             throw Failure(kExitNoGL, "there is no memory for a picture of this size; try a smaller --size");
-        developRows(picture, first, rows, static_cast<const float*>(band->data()), factor,
-                    look.background[3] == 1.0F);
-        tell(report, first + rows, look.height);
+        picture.add({tile.x, first, tile.width, rows}, static_cast<const float*>(strip->data()), factor);
     }
-    return picture;
+}
+
+/// How large tiles are, in pixels of the picture.
+int tileSide(const FrameLook& look, const Sampling& sampling) {
+    const int factor = sampling.samples;
+    const int limit = Canvas::largestSide() / factor;
+    if (sampling.tile > 0)
+        return std::min(sampling.tile, limit);
+    const double pixels = static_cast<double>(look.width) * look.height * factor * factor;
+    const int longest = std::max(look.width, look.height);
+    return longest <= limit && pixels <= kMostPixels ? longest : std::min(kLargeTile / factor, limit);
+}
+
+/// A frame that a viewport may be as large as, and the view of it.
+struct FramePart {
+    View view;
+    FrameLook look;
+};
+
+/// The part of a frame beyond GL's viewports that holds what begins at x, y; the whole of a smaller one.
+FramePart partAt(const View& view, const FrameLook& large, int x, int y, int tile) {
+    const int most = Canvas::largestFrame() / tile * tile;
+    FramePart part{view, large};
+    const int left = x / most * most;
+    const int bottom = y / most * most;
+    part.look.left = x - left;
+    part.look.bottom = y - bottom;
+    if (large.width <= most && large.height <= most)
+        return part;
+    part.look.width = std::min(most, large.width - left);
+    part.look.height = std::min(most, large.height - bottom);
+    const auto scale = [](int whole, int side) { return static_cast<double>(whole) / side; };
+    const auto shift = [](int whole, int first, int side) {
+        return static_cast<double>(whole - 2 * first) / side - 1.0;
+    };
+    koLinear::ProjMatrix window;
+    window[0][0] = scale(large.width, part.look.width);
+    window[1][1] = scale(large.height, part.look.height);
+    window[3][0] = shift(large.width, left, part.look.width);
+    window[3][1] = shift(large.height, bottom, part.look.height);
+    part.view.projection = view.projection.then(window);
+    return part;
 }
 
 } // namespace
@@ -120,29 +161,48 @@ int supersampling(const FrameLook& look) {
     return fits ? 2 : 1;
 }
 
-Picture renderPicture(const View& view, const FrameContent& content, const FrameLook& look, bool stats,
-                      Progress& progress) {
-    const int factor = supersampling(look);
-    const FrameLook large = enlarged(look, factor);
-    Canvas canvas(large.width, large.height);
-    GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
-
+void prepare(DrawableScene& drawable, bool stats, Progress& progress) {
     if (stats)
         CallCounter::install();
     CallCounter::take();
     progress.begin(Progress::Stage::Upload);
-    content.drawable.upload(progress.report());
-    progress.begin(Progress::Stage::Draw);
-    const int frames = stats ? 2 : 1;
-    for (int frame = 1; frame <= frames; ++frame) {
-        drawFrame(canvas.target(), view, content, large);
-        if (stats) {
-            progress.clear();
-            printStats(frame, CallCounter::take(), content.drawable.scene());
-        }
-    }
+    drawable.upload(progress.report());
+}
 
-    return develop(canvas, look, factor, progress.report());
+void renderPicture(const View& view, const FrameContent& content, const FrameLook& look,
+                   const Sampling& sampling, bool stats, PictureFile& picture, Progress& progress) {
+    const int factor = sampling.samples;
+    const FrameLook large = enlarged(look, factor);
+    const int side = tileSide(look, sampling);
+    Canvas canvas(std::min(side, look.width) * factor, std::min(side, look.height) * factor);
+    GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
+
+    const auto draw = [&](int x, int y) {
+        const FramePart part = partAt(view, large, x * factor, y * factor, side * factor);
+        drawFrame(canvas.target(), part.view, content, part.look);
+    };
+    const bool isOneTile = look.width <= side && look.height <= side;
+    if (stats && isOneTile) { // twice, to show what only the first costs
+        draw(0, 0);
+        progress.clear();
+        printStats(1, CallCounter::take(), content.drawable.scene());
+    }
+    // Bands from the top down, as pictures are written.
+    for (int top = look.height; top > 0;) {
+        const int bottom = (top - 1) / side * side;
+        picture.beginBand(top - bottom);
+        for (int x = 0; x < look.width; x += side) {
+            draw(x, bottom);
+            develop(canvas, {x, 0, std::min(side, look.width - x), top - bottom}, factor, picture);
+        }
+        picture.endBand();
+        top = bottom;
+        progress.update(1.0 - static_cast<double>(top) / look.height);
+    }
+    if (stats) {
+        progress.clear();
+        printStats(isOneTile ? 2 : 1, CallCounter::take(), content.drawable.scene());
+    }
 }
 
 void printWarnings(const DrawableScene& drawable, Progress& progress) {

@@ -6,7 +6,7 @@
 #include "Render.h"
 #include "import/Importer.h"
 #include "info/Describe.h"
-#include "output/PngFile.h"
+#include "output/PictureFile.h"
 #include "scene/Guides.h"
 #include "window/DisplaySession.h"
 #include "window/GLSession.h"
@@ -93,12 +93,16 @@ int writePicture(const Options& options, const Loaded& loaded, Progress& progres
     DrawableScene drawable(loaded.scene, progress.report());
     DrawableScene grid(guides.grid);
     DrawableScene axes(guides.axes);
-    const Picture picture =
-        renderPicture(view, {drawable, lights, grid, axes}, lookOf(options), options.stats, progress);
+    prepare(drawable, options.stats, progress);
     if (!options.quiet)
         printWarnings(drawable, progress);
+    progress.begin(Progress::Stage::Draw);
+    const auto picture = createPicture(options.output, *formatOf(options.output), options.width,
+                                       options.height, options.background[3] == 1.0F);
+    renderPicture(view, {drawable, lights, grid, axes}, lookOf(options), options.sampling, options.stats,
+                  *picture, progress);
     progress.begin(Progress::Stage::Write);
-    writePng(options.output, picture, options.background[3] != 1.0F, progress.report());
+    picture->finish();
     progress.finish();
     if (options.verbose)
         say("wrote " +

@@ -9,7 +9,7 @@ namespace {
 
 std::vector<std::uint8_t> develop(int width, int height, const float* linear, int factor, bool opaque) {
     Picture picture(width, height);
-    developRows(picture, 0, height, linear, factor, opaque);
+    developBlock(picture, {0, 0, width, height}, linear, factor, opaque);
     return picture.rgba;
 }
 
@@ -43,8 +43,8 @@ TEST(Picture, averagesInLinearValuesAndTurnsTheRows) {
     EXPECT_EQ(develop(1, 2, samples, 2, false), expected);
 
     Picture byBands(1, 2);
-    developRows(byBands, 1, 1, samples + 16, 2, false);
-    developRows(byBands, 0, 1, samples, 2, false);
+    developBlock(byBands, {0, 1, 1, 1}, samples + 16, 2, false);
+    developBlock(byBands, {0, 0, 1, 1}, samples, 2, false);
     EXPECT_EQ(byBands.rgba, expected);
 }
 

@@ -2,6 +2,8 @@
 
 #include "ExitCode.h"
 
+#include <algorithm>
+
 #include <string>
 
 #include <gl/GLFunctionTable.h>
@@ -34,6 +36,12 @@ int Canvas::largestSide() {
     GLint limit = 0;
     GLFunctionTable::fpGlobalFunctionTable->glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE_EXT, &limit);
     return limit;
+}
+
+int Canvas::largestFrame() {
+    GLint limits[2] = {};
+    GLFunctionTable::fpGlobalFunctionTable->glGetIntegerv(GL_MAX_VIEWPORT_DIMS, limits);
+    return std::min(limits[0], limits[1]);
 }
 
 } // namespace orloview

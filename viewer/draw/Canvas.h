@@ -17,6 +17,9 @@ public:
     /// The largest width and height.
     static int largestSide();
 
+    /// The largest width and height of a frame, of which a canvas may hold a part.
+    static int largestFrame();
+
     GLFrameBuffer& target() { return fTarget; }
 
     /// What is drawn, as a texture.

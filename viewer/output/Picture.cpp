@@ -79,19 +79,35 @@ Picture::Picture(int pictureWidth, int pictureHeight)
     : width(pictureWidth), height(pictureHeight),
       rgba(static_cast<size_t>(pictureWidth) * static_cast<size_t>(pictureHeight) * 4) {}
 
-void developRows(Picture& picture, int first, int count, const float* linear, int factor, bool opaque) {
-    const size_t stride = static_cast<size_t>(picture.width) * factor * 4;
+void developBlock(Picture& picture, const Block& block, const float* linear, int factor, bool opaque) {
+    const size_t stride = static_cast<size_t>(block.width) * factor * 4;
     const float weight = 1.0F / static_cast<float>(factor * factor);
-    for (int y = first; y < first + count; ++y, linear += stride * factor) {
-        std::uint8_t* out =
-            picture.rgba.data() + static_cast<size_t>(picture.height - 1 - y) * picture.width * 4;
+    for (int y = block.y; y < block.y + block.height; ++y, linear += stride * factor) {
+        const size_t row = static_cast<size_t>(picture.height - 1 - y) * picture.width;
+        std::uint8_t* out = picture.rgba.data() + (row + block.x) * 4;
         const float* in = linear;
-        for (int x = 0; x < picture.width; ++x, out += 4, in += static_cast<ptrdiff_t>(4) * factor) {
+        for (int x = 0; x < block.width; ++x, out += 4, in += static_cast<ptrdiff_t>(4) * factor) {
             const std::array<float, 4> sum = sumOf(in, stride, factor, opaque);
             const float perAlpha = sum[3] > 0.0F ? 1.0F / sum[3] : 0.0F;
             for (size_t channel = 0; channel < 3; ++channel)
                 out[channel] = encodeSrgb(sum[channel] * perAlpha);
             out[3] = toByte(sum[3] * weight);
+        }
+    }
+}
+
+void averageBlock(std::vector<float>& rgb, int width, const Block& block, const float* linear, int factor) {
+    const size_t stride = static_cast<size_t>(block.width) * factor * 4;
+    const float weight = 1.0F / static_cast<float>(factor * factor);
+    for (int y = block.y; y < block.y + block.height; ++y, linear += stride * factor) {
+        float* out = rgb.data() + (static_cast<size_t>(y) * width + block.x) * 3;
+        for (int x = 0; x < block.width; ++x, out += 3) {
+            for (int sample = 0; sample < factor * factor; ++sample) {
+                const float* in = linear + stride * (sample / factor) +
+                                  static_cast<ptrdiff_t>(4) * (x * factor + sample % factor);
+                for (size_t channel = 0; channel < 3; ++channel)
+                    out[channel] += in[channel] * weight;
+            }
         }
     }
 }

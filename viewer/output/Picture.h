@@ -22,11 +22,22 @@ std::uint8_t encodeSrgb(float linear);
 /// The linear value of an sRGB value in 0 to 1.
 float decodeSrgb(float encoded);
 
-/// Turns rows of a frame into rows of a picture: averages blocks of factor x factor linear pixels, encodes
-/// them as sRGB and turns the rows the right way up. `first` and `count` are rows of the picture, counted
-/// from the bottom; `linear` holds red, green, blue (multiplied by alpha) and alpha per pixel of the frame,
-/// which is factor times the picture's size both ways, rows from the bottom up beginning with that of
-/// `first`. With `opaque` alpha counts as 1.
-void developRows(Picture& picture, int first, int count, const float* linear, int factor, bool opaque);
+/// Part of a picture, pixels, counted from the lower left corner.
+struct Block {
+    int x;
+    int y;
+    int width;
+    int height;
+};
+
+/// Turns a block of a frame into a block of a picture: averages squares of factor x factor linear pixels,
+/// encodes them as sRGB and turns the rows the right way up. `linear` holds red, green, blue (multiplied by
+/// alpha) and alpha per pixel of the frame's block, which is factor times as large both ways, rows from the
+/// bottom up. With `opaque` alpha counts as 1.
+void developBlock(Picture& picture, const Block& block, const float* linear, int factor, bool opaque);
+
+/// The same without the curve and without limits, into rows of three floats, `width` pixels each, from the
+/// bottom up.
+void averageBlock(std::vector<float>& rgb, int width, const Block& block, const float* linear, int factor);
 
 } // namespace orloview

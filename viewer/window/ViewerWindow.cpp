@@ -2,7 +2,7 @@
 
 #include "ExitCode.h"
 #include "Render.h"
-#include "output/PngFile.h"
+#include "output/PictureFile.h"
 #include "scene/Guides.h"
 #include "window/DisplaySession.h"
 #include "window/GLSession.h"
@@ -266,8 +266,11 @@ void ViewerWindow::screenshot() {
     const std::string path = screenshotPath(fOptions);
     try {
         Progress silent(Progress::Mode::Silent, stdout);
-        const Picture picture = renderPicture(currentView(), content(), fView.look(), false, silent);
-        writePng(path, picture, fView.look().background[3] != 1.0F);
+        const FrameLook& look = fView.look();
+        const auto picture =
+            createPicture(path, PictureFormat::Png, look.width, look.height, look.background[3] == 1.0F);
+        renderPicture(currentView(), content(), look, fOptions.sampling, false, *picture, silent);
+        picture->finish();
         print(path);
         say("wrote " + path);
     } catch (const Failure& failure) {

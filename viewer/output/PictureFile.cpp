@@ -1,0 +1,130 @@
+#include "output/PictureFile.h"
+
+#include "output/RowWriter.h"
+
+#include <algorithm>
+#include <bit>
+#include <cctype>
+#include <utility>
+#include <vector>
+
+namespace orloview {
+
+namespace {
+
+/// Pictures of bytes.
+class BytePicture : public PictureFile {
+public:
+    BytePicture(std::unique_ptr<RowWriter> writer, int width, bool opaque)
+        : fWriter(std::move(writer)), fBand(width, 0), fOpaque(opaque) {}
+
+    void beginBand(int rows) override { fBand = Picture(fBand.width, rows); }
+
+    void add(const Block& block, const float* linear, int factor) override {
+        developBlock(fBand, block, linear, factor, fOpaque);
+    }
+
+    void endBand() override {
+        for (int y = 0; y < fBand.height; ++y)
+            fWriter->write(fBand.rgba.data() + static_cast<size_t>(y) * static_cast<size_t>(fBand.width) * 4);
+    }
+
+    void finish() override { fWriter->finish(); }
+
+private:
+    std::unique_ptr<RowWriter> fWriter;
+    Picture fBand;
+    bool fOpaque;
+};
+
+/// Portable float map: three floats a pixel, rows from the bottom up. The bands come from the top down, so
+/// each is put where it belongs.
+class PfmPicture : public PictureFile {
+public:
+    PfmPicture(const std::string& path, int width, int height)
+        : fFile(path), fWidth(width), fRowsLeft(height) {
+        static_assert(std::endian::native == std::endian::little, "the header says so");
+        const std::string header = "PF\n" + std::to_string(width) + " " + std::to_string(height) + "\n-1.0\n";
+        fFile.write(header.data(), header.size());
+        fStart = static_cast<long>(header.size());
+    }
+
+    void beginBand(int rows) override {
+        fRowsLeft -= rows;
+        fBand.assign(static_cast<size_t>(fWidth) * static_cast<size_t>(rows) * 3, 0.0F);
+    }
+
+    void add(const Block& block, const float* linear, int factor) override {
+        averageBlock(fBand, fWidth, block, linear, factor);
+    }
+
+    void endBand() override {
+        const size_t rowBytes = static_cast<size_t>(fWidth) * 3 * sizeof(float);
+        if (std::fseek(fFile.stream(), fStart + fRowsLeft * static_cast<long>(rowBytes), SEEK_SET) != 0)
+            fFile.fail();
+        fFile.write(fBand.data(), fBand.size() * sizeof(float));
+    }
+
+    void finish() override { fFile.commit(); }
+
+private:
+    OutputFile fFile;
+    int fWidth;
+    long fRowsLeft; ///< below the current band
+    long fStart = 0;
+    std::vector<float> fBand; ///< rows from the bottom up
+};
+
+struct Suffix {
+    const char* text;
+    PictureFormat format;
+};
+constexpr Suffix kSuffixes[] = {{".png", PictureFormat::Png},   {".jpg", PictureFormat::Jpeg},
+                                {".jpeg", PictureFormat::Jpeg}, {".bmp", PictureFormat::Bmp},
+                                {".tga", PictureFormat::Tga},   {".ppm", PictureFormat::Ppm},
+                                {".pfm", PictureFormat::Pfm}};
+
+} // namespace
+
+const char* const kPictureFormats = ".png, .jpg or .jpeg, .bmp, .tga, .ppm, .pfm (linear floats)";
+
+std::optional<PictureFormat> formatOf(const std::string& path) {
+    if (path == "-")
+        return PictureFormat::Png;
+    std::string lower = path;
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    for (const Suffix& suffix : kSuffixes) {
+        if (lower.ends_with(suffix.text))
+            return suffix.format;
+    }
+    return std::nullopt;
+}
+
+bool hasAlpha(PictureFormat format) {
+    return format == PictureFormat::Png || format == PictureFormat::Tga;
+}
+
+std::unique_ptr<PictureFile> createPicture(const std::string& path, PictureFormat format, int width,
+                                           int height, bool opaque) {
+    const auto bytes = [&](std::unique_ptr<RowWriter> writer) {
+        return std::make_unique<BytePicture>(std::move(writer), width, opaque || !hasAlpha(format));
+    };
+    switch (format) {
+    case PictureFormat::Pfm:
+        return std::make_unique<PfmPicture>(path, width, height);
+    case PictureFormat::Jpeg:
+        return bytes(makePixbufWriter(path, width, height, "jpeg"));
+    case PictureFormat::Bmp:
+        return bytes(makePixbufWriter(path, width, height, "bmp"));
+    case PictureFormat::Tga:
+        return bytes(makeTgaWriter(path, width, height, !opaque));
+    case PictureFormat::Ppm:
+        return bytes(makePpmWriter(path, width, height));
+    case PictureFormat::Png:
+        break;
+    }
+    return bytes(makePngWriter(path, width, height, !opaque));
+}
+
+} // namespace orloview
