@@ -1,6 +1,7 @@
 #include "Options.h"
 
 #include "ExitCode.h"
+#include "output/DepthFile.h"
 #include "output/PictureFile.h"
 
 #include <CLI/CLI.hpp>
@@ -171,6 +172,12 @@ void checkTogether(const Options& options) {
         throw Failure(kExitUsage, "-o " + options.output +
                                       ": no picture format has this suffix; give a name ending in " +
                                       kPictureFormats);
+    if (!options.depth.empty() && !isDepthFile(options.depth))
+        throw Failure(kExitUsage,
+                      "--depth " + options.depth + ": give a name ending in .pfm (distances) or .png");
+    if (options.turntable > 0 && (options.output.empty() || options.output == "-"))
+        throw Failure(kExitUsage,
+                      "--turntable: give -o and a name, such as -o turn.png, for turn_001.png and so on");
     if (options.camera &&
         (options.eye || options.target || options.up || options.fieldOfView || options.orthographic))
         throw Failure(kExitUsage,
@@ -218,6 +225,8 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     std::string size;
     std::string samples;
     std::string tile;
+    std::string turntable;
+    std::string offscreen;
     std::string eye;
     std::string target;
     std::string up;
@@ -249,6 +258,18 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
         ->type_name("N");
     app.add_option("--tile", tile, "Draw the picture in squares of N pixels; chosen by its size unless given")
         ->type_name("N");
+    app.add_option("--turntable", turntable,
+                   "Write N pictures of one way round the model: FILE_001 and so on")
+        ->type_name("N");
+    app.add_option("--depth", options.depth,
+                   "Write the distance along the view of each pixel: floats (.pfm) or 16 bits of grey (.png)")
+        ->type_name("FILE");
+    app.add_option(
+           "--cube-map", options.cubeMap,
+           "Write what is seen from --eye, or from the middle of the scene, to the six sides of a cube")
+        ->type_name("FOLDER");
+    app.add_option("--offscreen", offscreen, "What pictures are drawn in; fbo unless given")
+        ->type_name("fbo|pbuffer");
     app.add_option("--eye", eye, "Where the eye is")->type_name("X,Y,Z");
     app.add_option("--target", target, "What the eye looks at")->type_name("X,Y,Z");
     app.add_option("--up", up, "Which way is up, 0,1,0 unless given")->type_name("X,Y,Z");
@@ -300,6 +321,11 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
         options.sampling.samples = parseCount("--samples", samples, 1, 8);
     if (app.count("--tile") != 0)
         options.sampling.tile = parseCount("--tile", tile, 16, 16384);
+    if (app.count("--turntable") != 0)
+        options.turntable = parseCount("--turntable", turntable, 1, 100000);
+    if (app.count("--offscreen") != 0 && offscreen != "fbo" && offscreen != "pbuffer")
+        wrong("--offscreen", offscreen, "give fbo or pbuffer");
+    options.sampling.pbuffer = offscreen == "pbuffer";
     options.progress = parseProgress(progress, options.quiet);
     options.lights = !noLights;
     options.culling = !noCulling;
@@ -318,6 +344,8 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     }
     if (app.count("--output") != 0)
         given("-o", options.output);
+    given("--depth", options.depth);
+    given("--cube-map", options.cubeMap);
     checkTogether(options);
     return line;
 }

@@ -39,6 +39,16 @@ struct Options {
     /// Of a picture.
     Sampling sampling;
 
+    /// Of how many pictures one goes round the model, or 0.
+    int turntable = 0;
+
+    /// The file of a picture of distances, and the folder of a cube map; empty: none.
+    std::string depth;
+    std::string cubeMap;
+
+    /// Whether files are written instead of showing a window.
+    bool writes() const { return !output.empty() || !depth.empty() || !cubeMap.empty(); }
+
     bool orthographic = false;
     bool wireframe = false;
     bool lights = true;

@@ -2,8 +2,6 @@
 
 #include "Frame.h"
 #include "Options.h"
-#include "output/PictureFile.h"
-#include "output/Progress.h"
 #include "scene/Scene.h"
 #include "scene/View.h"
 
@@ -24,21 +22,5 @@ FrameLook lookOf(const Options& options);
 
 /// The same look in a frame that is `factor` times as large each way.
 FrameLook enlarged(FrameLook look, int factor);
-
-/// From how many pixels each way a pixel of a window is averaged: 2, where the driver and memory allow.
-int supersampling(const FrameLook& look);
-
-/// Uploads what is drawn, so that a first picture costs what every picture does. With `stats` counting
-/// begins.
-void prepare(DrawableScene& drawable, bool stats, Progress& progress);
-
-/// Draws the content offscreen, in the start-up context, which it leaves current, tile by tile, and writes
-/// the picture. Throws Failure when GL lacks framebuffer objects. With `stats` prints what each of two frames
-/// cost to standard error.
-void renderPicture(const View& view, const FrameContent& content, const FrameLook& look,
-                   const Sampling& sampling, bool stats, PictureFile& picture, Progress& progress);
-
-/// Tells of pictures that were left out, on standard error.
-void printWarnings(const DrawableScene& drawable, Progress& progress);
 
 } // namespace orloview

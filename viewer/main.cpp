@@ -3,11 +3,9 @@
 #include "ExitCode.h"
 #include "GLInfo.h"
 #include "Options.h"
-#include "Render.h"
+#include "WritePictures.h"
 #include "import/Importer.h"
 #include "info/Describe.h"
-#include "output/PictureFile.h"
-#include "scene/Guides.h"
 #include "window/DisplaySession.h"
 #include "window/GLSession.h"
 #include "window/ViewerWindow.h"
@@ -81,35 +79,6 @@ int showGLInfo(const Options& options) {
     return kExitDone;
 }
 
-int writePicture(const Options& options, const Loaded& loaded, Progress& progress) {
-    progress.begin(Progress::Stage::Prepare);
-    progress.clear();
-    const Guides guides = makeGuides(loaded.scene.bounds(), upOf(options));
-    const View view = chooseView(options, loaded.scene,
-                                 boundsWith(loaded.scene.bounds(), guides, options.grid, options.axes));
-    const DisplaySession display(DisplaySession::Kind::Offscreen, options.verbose);
-    const GLSession gl(display.display());
-    StudioLights lights;
-    DrawableScene drawable(loaded.scene, progress.report());
-    DrawableScene grid(guides.grid);
-    DrawableScene axes(guides.axes);
-    prepare(drawable, options.stats, progress);
-    if (!options.quiet)
-        printWarnings(drawable, progress);
-    progress.begin(Progress::Stage::Draw);
-    const auto picture = createPicture(options.output, *formatOf(options.output), options.width,
-                                       options.height, options.background[3] == 1.0F);
-    renderPicture(view, {drawable, lights, grid, axes}, lookOf(options), options.sampling, options.stats,
-                  *picture, progress);
-    progress.begin(Progress::Stage::Write);
-    picture->finish();
-    progress.finish();
-    if (options.verbose)
-        say("wrote " +
-            (options.output == "-" ? std::string("the picture to standard output") : options.output));
-    return loaded.complete && drawable.warnings().empty() ? kExitDone : kExitIncomplete;
-}
-
 int run(int argc, const char* const* argv) {
     const CommandLine line = parseCommandLine(argc, argv);
     if (!line.printAndStop.empty()) {
@@ -128,8 +97,9 @@ int run(int argc, const char* const* argv) {
     }
     if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
         throw Failure(kExitNoInput, options.models.front() + ": nothing in it can be drawn");
-    if (!options.output.empty())
-        return writePicture(options, loaded, progress);
+    if (options.writes())
+        return writePictures(options, loaded.scene, progress) && loaded.complete ? kExitDone
+                                                                                 : kExitIncomplete;
     showInWindow(options, loaded.scene, progress);
     return kExitDone;
 }

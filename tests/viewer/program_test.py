@@ -2,6 +2,7 @@
 """orloview as a user meets it: exit code, message, picture. Usage: program_test.py ORLOVIEW PRELOAD [unittest arguments]"""
 
 import json
+import math
 import os
 import pty
 import struct
@@ -146,6 +147,71 @@ class Program(ViewerProgram):
         blends = [len({bytes(row[x : x + 3]) for row in read_png(written("--size", "64x64", "--samples", str(n)))[3] for x in range(0, 192, 3)}) for n in (1, 2, 4)]
         self.assertTrue(2 == blends[0] < blends[1] <= 5 < blends[2], blends)
 
+    def test_turntable(self):
+        model = self.write("m.gltf", gltf(unlit(1, 1, 1), ((0.2, -1, 0), (1, -1, 0), (1, 1, 0))))
+        switches = ("--size", "48x48", "--background", "black", "--eye", "0,0,6", "--target", "0,0,0")
+        self.assertEqual(self.run_viewer(model, "--turntable", "4", "-o", self.path("t.png"), "--no-culling", *switches).returncode, 0)
+        frames = []
+        for number in range(1, 5):
+            with open(self.path(f"t_00{number}.png"), "rb") as file:
+                frames.append(file.read())
+        self.picture(model, "--no-culling", *switches)
+        with open(self.path("out.png"), "rb") as file:
+            self.assertEqual(file.read(), frames[0], "begins where a single picture is taken from")
+        halves = [[sum(row[x] for row in read_png(frame)[3] for x in side) for side in (range(0, 66, 3), range(78, 144, 3))] for frame in frames]
+        self.assertEqual([left > 0 for left, _ in halves], [False, False, True, False], halves)
+        self.assertEqual([right > 0 for _, right in halves], [True, False, False, False], "edge-on from the sides")
+        self.assertEqual(sorted(os.listdir(self.folder)), ["m.gltf", "out.png", *(f"t_00{n}.png" for n in range(1, 5))])
+
+    def test_depth_is_the_distance_along_the_view(self):
+        triangle = ((-1, -1, 0), (1, -1, 0), (1, 1, 2))
+        ortho = {"type": "orthographic", "orthographic": {"xmag": 1, "ymag": 1, "znear": 0.1, "zfar": 20}}
+        persp = {"type": "perspective", "perspective": {"yfov": 0.4, "aspectRatio": 1, "znear": 1, "zfar": 50}}
+        model = self.write("m.gltf", gltf({}, triangle, cameras=[ortho, persp], nodes=[{"mesh": 0}, {"camera": 0, "translation": [0, 0, 10]}, {"camera": 1, "translation": [0, 0, 10]}]))
+        for camera in ("0", "1"):
+            for tile in ("16", "64"):
+                switches = (model, "--camera", camera, "--size", "64x64", "--tile", tile, "--no-culling")
+                self.assertEqual(self.run_viewer(*switches, "--depth", self.path("d.pfm")).returncode, 0)
+                with open(self.path("d.pfm"), "rb") as file:
+                    data = file.read()
+                self.assertTrue(data.startswith(b"Pf\n64 64\n-1.0\n"))
+                depths = struct.unpack("<4096f", data[14:])
+                self.assertEqual(depths[63 * 64], float("inf"))
+                if camera == "0":
+                    self.assertAlmostEqual(depths[20 * 64 + 40], 10 - 20.5 / 32, 3)
+                else:  # y = (10 - z) tan, z = y + 1 on the plane
+                    slope = 2 * (20.5 / 64 - 0.5) * math.tan(0.2)
+                    y = (10 - 1) * slope / (1 + slope)
+                    self.assertAlmostEqual(depths[20 * 64 + 40], 10 - (y + 1), 2)
+        self.assertEqual(self.run_viewer(*switches, "--depth", self.path("d.png")).returncode, 0)
+        with open(self.path("d.png"), "rb") as file:
+            self.assertEqual(file.read()[16:26], struct.pack(">IIBB", 64, 64, 16, 0))
+
+    def test_cube_map(self):
+        # On the side of +x, above and towards -z, seen from the origin.
+        model = self.write("m.gltf", gltf(unlit(1, 1, 1, doubleSided=True), ((2, 0.1, -0.1), (2, 0.1, -2.5), (2, 2.5, -0.1))))
+        folder = self.path("sides")
+        switches = ("--eye", "0,0,0", "--size", "64x96", "--background", "black", "--cube-map")
+        self.assertEqual(self.run_viewer(model, *switches, folder).returncode, 0)
+        self.assertEqual(sorted(os.listdir(folder)), ["nx.png", "ny.png", "nz.png", "px.png", "py.png", "pz.png"])
+        lit = {}
+        for name in os.listdir(folder):
+            with open(os.path.join(folder, name), "rb") as file:
+                width, height, _, rows = read_png(file.read())
+            self.assertEqual((width, height), (64, 64))
+            lit[name] = [[bool(rows[y][3 * x]) for x in (16, 44)] for y in (20, 48)]
+        nothing = [[False, False], [False, False]]
+        self.assertEqual(lit.pop("px.png"), [[False, True], [False, False]])
+        self.assertEqual(set(map(str, lit.values())), {str(nothing)})
+        self.write("taken", "")
+        self.fails(5, [model, *switches, self.path("taken/x")], "taken/x")
+
+    def test_a_pbuffer_gives_the_same_picture(self):
+        model = self.write("m.gltf", gltf(unlit(0.5, 0.2, 1.0)))
+        pictures = [self.picture(model, "--size", "64x48", "--background", "white", "--offscreen", kind)[3] for kind in ("fbo", "pbuffer")]
+        for ours, theirs in zip(*pictures):
+            self.assertTrue(all(abs(a - b) <= 2 for a, b in zip(ours, theirs)))
+
     def test_a_second_frame_uploads_nothing(self):
         model = self.write("m.gltf", gltf(nodes=[{"mesh": 0}, {"mesh": 0, "translation": [3, 0, 0]}]))
         result = self.run_viewer(model, "-o", self.path("out.png"), "--size", "32x32", "--stats")
@@ -225,6 +291,10 @@ class Program(ViewerProgram):
             (["m.glb", "--fov", "wide", *out], ["--fov wide"]),
             (["m.glb", "--background", "#12", *out], ["--background #12"]),
             (["m.glb", "--camera", "0", "--fov", "30", *out], ["--camera"]),
+            (["m.glb", "--turntable", "4"], ["--turntable", "-o"]),
+            (["m.glb", "--turntable", "0", *out], ["--turntable 0"]),
+            (["m.glb", "--depth", "d.jpg"], ["--depth d.jpg", ".pfm"]),
+            (["m.glb", "--offscreen", "window", *out], ["--offscreen window", "pbuffer"]),
             (["m.glb", "--samples", "9", *out], ["--samples 9", "1 to 8"]),
             (["m.glb", "--tile", "x", *out], ["--tile x", "16"]),
             (["m.glb", "--progress", "fancy", *out], ["--progress fancy", "plain"]),

@@ -3,33 +3,72 @@
 #include "ExitCode.h"
 
 #include <algorithm>
-
 #include <string>
 
 #include <gl/GLFunctionTable.h>
+#include <gl/GLStartupContext.h>
 
 namespace orloview {
 
-Canvas::Canvas(int width, int height) {
+namespace {
+
+std::string sizeOf(int width, int height) {
+    return std::to_string(width) + "x" + std::to_string(height);
+}
+
+} // namespace
+
+Canvas::Canvas(Kind kind, int width, int height) {
+    if (width > largestSide() || height > largestSide())
+        throw Failure(kExitUsage, "--size " + sizeOf(width, height) + ": this OpenGL draws at most " +
+                                      std::to_string(largestSide()) + " pixels each way");
+    if (kind == Kind::Pbuffer)
+        createPbuffer(width, height);
+    else
+        createFramebuffer(kind, width, height);
+}
+
+Canvas::~Canvas() {
+    fTarget.deleteInternalState();
+    GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
+}
+
+void Canvas::createFramebuffer(Kind kind, int width, int height) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
-    const std::string size = std::to_string(width) + "x" + std::to_string(height);
     if (!gl->usable(kCapFramebufferObject))
         throw Failure(kExitNoGL, "this OpenGL has no framebuffer objects (GL_EXT_framebuffer_object), which "
                                  "pictures are drawn in; --gl-info shows what it has");
-    if (width > largestSide() || height > largestSide())
-        throw Failure(kExitUsage, "--size " + size + ": this OpenGL draws at most " +
-                                      std::to_string(largestSide()) + " pixels each way");
+    const auto type = kind == Kind::CubeMap ? IHWTexture::kTextureCubeMap : IHWTexture::kTexture2D;
     for (const RasterFormat color : {kRasterRGBA16F, kRasterRGBA8}) {
         if (color == kRasterRGBA16F && !gl->usable(kCapTextureFloat))
             continue;
-        const koBufferFormat format(color, kRasterDepth24, kRasterNoStencil, kSamplingSingle,
-                                    IHWTexture::kTexture2D);
+        const koBufferFormat format(color, kRasterDepth24, kRasterNoStencil, kSamplingSingle, type);
         if (fTarget.createOffscreen(format, static_cast<unsigned>(width), static_cast<unsigned>(height)) ==
             GLFrameBuffer::kSuccess)
             return;
     }
-    throw Failure(kExitNoGL, "this OpenGL can't make a framebuffer of " + size +
+    throw Failure(kExitNoGL, "this OpenGL can't make a framebuffer of " + sizeOf(width, height) +
                                  " pixels with colour and depth; try a smaller --size");
+}
+
+void Canvas::createPbuffer(int width, int height) {
+    const koBufferFormat format(kRasterRGBA8, kRasterDepth24, kRasterNoStencil, kSamplingSingle,
+                                IHWTexture::kTexture2D);
+    const WindowWrapper& window = GLStartupContext::fpGlobalGLStartupContext->wrapper;
+    const uint32_t result = fTarget.createOffscreen(window, format, static_cast<unsigned>(width),
+                                                    static_cast<unsigned>(height), false);
+    const bool isWhole =
+        fTarget.fWidth == static_cast<unsigned>(width) && fTarget.fHeight == static_cast<unsigned>(height);
+    if (result != GLFrameBuffer::kSuccess || !isWhole)
+        throw Failure(kExitNoGL, "this display can't make a pbuffer of " + sizeOf(width, height) +
+                                     " pixels; leave --offscreen pbuffer out");
+}
+
+void Canvas::makeCurrent() {
+    if (fTarget.fFramebufferObjectFlag)
+        GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
+    else
+        fTarget.makeCurrent();
 }
 
 int Canvas::largestSide() {

@@ -1,18 +1,31 @@
 #pragma once
 
+#include <cstdint>
+
 #include <framebuffer/GLFrameBuffer.h>
 
 namespace orloview {
 
-/// A framebuffer object that a frame is drawn in, in linear colours: half floats, or bytes where floats
-/// aren't offered.
-///
-/// Lives in the start-up context: make that current to draw in it. Needs a GLSession, also to go.
+/// What a frame is drawn in, in linear colours: half floats, or bytes where floats aren't offered. Needs a
+/// GLSession, also to go, and leaves the start-up context current then.
 class Canvas {
 public:
+    enum class Kind : std::uint8_t {
+        Picture, ///< a framebuffer object
+        CubeMap, ///< one whose colours are a cube map; the width counts
+        Pbuffer, ///< a pbuffer with a context of its own; bytes
+    };
+
     /// Throws Failure: kExitUsage when the size, pixels each way, is beyond the driver's limit; kExitNoGL
     /// when GL can't do it.
-    Canvas(int width, int height);
+    Canvas(Kind kind, int width, int height);
+    ~Canvas();
+
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    /// The context that it lives in, which drawFrame needs.
+    void makeCurrent();
 
     /// The largest width and height.
     static int largestSide();
@@ -22,10 +35,13 @@ public:
 
     GLFrameBuffer& target() { return fTarget; }
 
-    /// What is drawn, as a texture.
+    /// What is drawn, as a texture. A pbuffer has none.
     IGLTexture& texture() { return *fTarget.fColorTextures[0]; }
 
 private:
+    void createFramebuffer(Kind kind, int width, int height);
+    void createPbuffer(int width, int height);
+
     GLFrameBuffer fTarget;
 };
 

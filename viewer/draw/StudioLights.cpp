@@ -47,7 +47,7 @@ StudioLights::StudioLights() {
 }
 
 void StudioLights::bind(const koLinear::AffineMatrix& worldToEye) {
-    const koLinear::AffineMatrix eyeToWorld = worldToEye.inverse();
+    const koLinear::AffineMatrix eyeToWorld = fKeptTo.value_or(worldToEye).inverse();
     for (size_t i = 0; i < fLights.size(); ++i) {
         fLights[i].fLightTransform = frameAlong(kSettings[i].toLight).then(eyeToWorld);
         fLighting.bind(static_cast<unsigned>(i), &fLights[i]);

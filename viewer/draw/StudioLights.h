@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 
 #include <orlohost/koLinear.h>
 #include <state/GLLight.h>
@@ -14,12 +15,16 @@ class StudioLights {
 public:
     StudioLights();
 
+    /// From here on they keep their place beside this eye, wherever the frame's own is.
+    void keepTo(const koLinear::AffineMatrix& worldToEye) { fKeptTo = worldToEye; }
+
     /// Puts them on GL lights 0 to 2. Needs the camera bound.
     void bind(const koLinear::AffineMatrix& worldToEye);
 
 private:
     GLLighting fLighting;
     std::array<GLLight, 3> fLights;
+    std::optional<koLinear::AffineMatrix> fKeptTo;
 };
 
 } // namespace orloview

@@ -1,7 +1,9 @@
 #include "window/ViewerWindow.h"
 
 #include "ExitCode.h"
+#include "PictureRenderer.h"
 #include "Render.h"
+#include "WritePictures.h"
 #include "output/PictureFile.h"
 #include "scene/Guides.h"
 #include "window/DisplaySession.h"
@@ -265,11 +267,10 @@ void ViewerWindow::execute(Command command) {
 void ViewerWindow::screenshot() {
     const std::string path = screenshotPath(fOptions);
     try {
-        Progress silent(Progress::Mode::Silent, stdout);
         const FrameLook& look = fView.look();
         const auto picture =
             createPicture(path, PictureFormat::Png, look.width, look.height, look.background[3] == 1.0F);
-        renderPicture(currentView(), content(), look, fOptions.sampling, false, *picture, silent);
+        renderPicture(currentView(), content(), look, fOptions.sampling, *picture);
         picture->finish();
         print(path);
         say("wrote " + path);

@@ -37,7 +37,7 @@ Canvas* WindowPainter::canvasFor(const FrameLook& look, size_t factor) {
         return canvas.get();
     try {
         canvas.reset();
-        canvas = std::make_unique<Canvas>(look.width, look.height);
+        canvas = std::make_unique<Canvas>(Canvas::Kind::Picture, look.width, look.height);
     } catch (const Failure&) {
         fDevelops = false;
     }

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Frame.h"
+#include "ProgressReport.h"
+#include "draw/CallCounter.h"
+#include "output/PictureFile.h"
+#include "output/Sampling.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace orloview {
+
+// Pictures are drawn offscreen, tile by tile, linear, and developed while they are read. All need a
+// GLSession, leave the start-up context current, and throw Failure when GL can't do it.
+
+/// From how many pixels each way a pixel of a window is averaged: 2, where the driver and memory allow.
+int supersampling(const FrameLook& look);
+
+/// Told what a frame cost, by its number from 1.
+using FrameCosts = std::function<void(int, const CallCounts&)>;
+
+/// Fills and leaves the picture, which is not finished yet. With `costs` a picture of one tile is drawn
+/// twice, to show what only the first frame costs; the counter has to be installed.
+void renderPicture(const View& view, const FrameContent& content, const FrameLook& look,
+                   const Sampling& sampling, PictureFile& picture, const ProgressReport& report = {},
+                   const FrameCosts& costs = {});
+
+/// How far away along the view what is seen in the middle of each pixel is, in the units of the scene;
+/// infinity where there is nothing. What shines through doesn't count. Rows from the bottom up.
+std::vector<float> renderDepth(const View& view, const FrameContent& content, const FrameLook& look,
+                               const Sampling& sampling, const ProgressReport& report = {});
+
+/// Renders what stands round `eye` into a cube map of look.width each side and writes its sides to the
+/// folder: px.png, nx.png, py.png, ny.png, pz.png, nz.png, the way GL and most programs take them (the top
+/// row first; seen from inside they are mirrored). `bounds` is round all that is drawn. Throws Failure
+/// (kExitNotWritten).
+void writeCubeMap(const koLinear::Point& eye, const Bounds& bounds, const FrameContent& content,
+                  const FrameLook& look, const Sampling& sampling, const std::string& folder,
+                  const ProgressReport& report = {});
+
+} // namespace orloview

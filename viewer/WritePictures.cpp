@@ -1,0 +1,166 @@
+#include "WritePictures.h"
+
+#include "PictureRenderer.h"
+#include "Render.h"
+#include "output/DepthFile.h"
+#include "scene/Guides.h"
+#include "scene/Vectors.h"
+#include "window/DisplaySession.h"
+#include "window/GLSession.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <numbers>
+
+namespace orloview {
+
+namespace {
+
+void printStats(int frame, const CallCounts& counts, const Scene& scene) {
+    std::fprintf(stderr,
+                 "frame %d: %zu groups, %zu triangles, %zu lines, %zu points, %zu draw calls, %zu uploads, "
+                 "%zu bytes uploaded, %zu GL names made\n",
+                 frame, scene.instances.size(), scene.count(Topology::Triangles),
+                 scene.count(Topology::Lines), scene.count(Topology::Points), counts.drawCalls,
+                 counts.uploads, counts.uploadedBytes, counts.namesGenerated);
+}
+
+/// "picture.png" as "picture_007.png": as many digits as the last one needs, three at least.
+std::string numbered(const std::string& path, int number, int last) {
+    const std::filesystem::path whole(path);
+    std::string digits = std::to_string(number);
+    const size_t width = std::max<size_t>(3, std::to_string(last).size());
+    digits.insert(0, width - digits.size(), '0');
+    return (whole.parent_path() / (whole.stem().string() + "_" + digits + whole.extension().string()))
+        .string();
+}
+
+/// Everything that is drawn, made and ended in the order that contexts ask for.
+class PictureSession {
+public:
+    PictureSession(const Options& options, const Scene& scene, Progress& progress)
+        : fOptions(options), fScene(scene), fProgress(progress),
+          fGuides(makeGuides(scene.bounds(), upOf(options))),
+          fBounds(boundsWith(scene.bounds(), fGuides, options.grid, options.axes)),
+          fView(chooseView(options, scene, fBounds)),
+          fDisplay(DisplaySession::Kind::Offscreen, options.verbose), fGL(fDisplay.display()),
+          fDrawable(scene, progress.report()), fGrid(fGuides.grid), fAxes(fGuides.axes) {
+        if (options.stats)
+            CallCounter::install();
+        CallCounter::take();
+        progress.begin(Progress::Stage::Upload);
+        fDrawable.upload(progress.report());
+        if (!options.quiet)
+            printWarnings(fDrawable, progress);
+    }
+
+    bool complete() const { return fDrawable.warnings().empty(); }
+
+    void writePicture() {
+        fProgress.begin(Progress::Stage::Draw);
+        const FrameCosts costs = [this](int frame, const CallCounts& counts) {
+            fProgress.clear();
+            printStats(frame, counts, fScene);
+        };
+        const auto picture = create(fOptions.output);
+        renderPicture(fView, content(), lookOf(fOptions), fOptions.sampling, *picture, fProgress.report(),
+                      fOptions.stats ? costs : FrameCosts{});
+        fProgress.begin(Progress::Stage::Write);
+        picture->finish();
+        told(fOptions.output == "-" ? "the picture to standard output" : fOptions.output);
+    }
+
+    /// The eye goes round the target once, to the right.
+    void writeTurntable() {
+        fProgress.begin(Progress::Stage::Draw);
+        const Viewpoint start = chooseEye(fOptions, fScene);
+        const koLinear::Vector up = scaled(upOf(fOptions), 1.0 / length(upOf(fOptions)));
+        const double aspect = static_cast<double>(fOptions.width) / fOptions.height;
+        for (int i = 0; i < fOptions.turntable; ++i) {
+            const double angle = 2.0 * std::numbers::pi * i / fOptions.turntable;
+            Viewpoint eye = start;
+            for (koLinear::Vector* axis : {&eye.right, &eye.up, &eye.back})
+                *axis = turned(*axis, up, angle);
+            const std::string path = numbered(fOptions.output, i + 1, fOptions.turntable);
+            const auto picture = create(path);
+            renderPicture(viewFrom(eye, fBounds, aspect), content(), lookOf(fOptions), fOptions.sampling,
+                          *picture);
+            picture->finish();
+            fProgress.update(static_cast<double>(i + 1) / fOptions.turntable);
+            told(path);
+        }
+    }
+
+    void writeDepth() {
+        fProgress.begin(Progress::Stage::Draw);
+        const std::vector<float> depth =
+            renderDepth(fView, content(), lookOf(fOptions), fOptions.sampling, fProgress.report());
+        fProgress.begin(Progress::Stage::Write);
+        orloview::writeDepth(fOptions.depth, fOptions.width, fOptions.height, depth);
+        told(fOptions.depth);
+    }
+
+    void writeCube() {
+        fProgress.begin(Progress::Stage::Draw);
+        FrameLook look = lookOf(fOptions);
+        look.width = look.height = std::min(look.width, look.height);
+        writeCubeMap(fOptions.eye.value_or(centerOf(fScene.bounds())), fBounds, content(), look,
+                     fOptions.sampling, fOptions.cubeMap, fProgress.report());
+        told("the cube map to " + fOptions.cubeMap);
+    }
+
+private:
+    FrameContent content() { return {fDrawable, fLights, fGrid, fAxes}; }
+
+    std::unique_ptr<PictureFile> create(const std::string& path) const {
+        return createPicture(path, *formatOf(path), fOptions.width, fOptions.height,
+                             fOptions.background[3] == 1.0F);
+    }
+
+    void told(const std::string& what) {
+        if (!fOptions.verbose)
+            return;
+        fProgress.clear();
+        std::fprintf(stderr, "orloview: wrote %s\n", what.c_str());
+    }
+
+    const Options& fOptions;
+    const Scene& fScene;
+    Progress& fProgress;
+    Guides fGuides;
+    Bounds fBounds; ///< round all that is drawn
+    View fView;
+    DisplaySession fDisplay;
+    GLSession fGL;
+    StudioLights fLights;
+    DrawableScene fDrawable;
+    DrawableScene fGrid;
+    DrawableScene fAxes;
+};
+
+} // namespace
+
+bool writePictures(const Options& options, const Scene& scene, Progress& progress) {
+    progress.begin(Progress::Stage::Prepare);
+    progress.clear();
+    PictureSession session(options, scene, progress);
+    if (options.turntable > 0)
+        session.writeTurntable();
+    else if (!options.output.empty())
+        session.writePicture();
+    if (!options.depth.empty())
+        session.writeDepth();
+    if (!options.cubeMap.empty())
+        session.writeCube();
+    progress.finish();
+    return session.complete();
+}
+
+void printWarnings(const DrawableScene& drawable, Progress& progress) {
+    progress.clear();
+    for (const std::string& warning : drawable.warnings())
+        std::fprintf(stderr, "orloview: %s\n", warning.c_str());
+}
+
+} // namespace orloview

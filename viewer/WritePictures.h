@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Options.h"
+#include "draw/DrawableScene.h"
+#include "output/Progress.h"
+#include "scene/Scene.h"
+
+namespace orloview {
+
+/// Draws and writes what the options ask for: the picture or the turntable's, the depth, the cube map. The
+/// models are uploaded once. Whether everything of the scene could be drawn. Throws Failure.
+bool writePictures(const Options& options, const Scene& scene, Progress& progress);
+
+/// Tells of pictures that were left out of the scene, on standard error.
+void printWarnings(const DrawableScene& drawable, Progress& progress);
+
+} // namespace orloview
