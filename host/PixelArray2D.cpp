@@ -21,7 +21,7 @@ PixelArray2D::PixelArray2D(const koSysPixelFormat& format, int width, int height
         fByteCount = 0;
         return;
     }
-    fData.reset(new (std::nothrow) std::byte[fByteCount]());
+    fData.reset(new (std::nothrow) std::byte[fByteCount]);
     if (!fData)
         fByteCount = 0;
 }

@@ -58,7 +58,8 @@ private:
 /// Pixels in memory: rows from the bottom up, without padding.
 class ORLOHOST_API PixelArray2D {
 public:
-    /// Zeroed pixels. A size that is negative or can't be had leaves data() null.
+    /// Pixels of no value yet: most arrays are made to be filled. A size that is negative or can't be had
+    /// leaves data() null.
     PixelArray2D(const koSysPixelFormat& format, int width, int height);
 
     int width() const { return fWidth; }
