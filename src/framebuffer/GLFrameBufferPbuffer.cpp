@@ -86,8 +86,10 @@ uint32_t GLFrameBuffer::createOffscreen(const WindowWrapper& window, const koBuf
         return kNoContextOrSize;
     referenceStartupContext();
     GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
+    if (!sharedContext())
+        return kNoContextOrSize;
     fFunctionTable = GLFunctionTable::fpGlobalFunctionTable;
-    if (!sharedContext() || !fFunctionTable || !fDisplay)
+    if (!fFunctionTable || !fDisplay)
         return kNoContextOrSize;
     fKind = kOffscreen;
     fFramebufferObjectFlag = false;

@@ -61,12 +61,21 @@ TEST_F(NoMemory, framebufferObjectsFailWhole) {
         EXPECT_TRUE(ledger(NameKind::Framebuffer).live.empty());
         EXPECT_TRUE(ledger(NameKind::Texture).live.empty());
     }
+    const koBufferFormat cube(kRasterRGBA8, kRasterNoDepth, kRasterNoStencil, kSamplingSingle,
+                              IHWTexture::kTextureCubeMap);
+    GLFrameBuffer withoutCube;
+    theFailingObject = 1;
+    EXPECT_EQ(withoutCube.createOffscreen(cube, 8, 8), 5u);
+    EXPECT_TRUE(ledger(NameKind::Framebuffer).live.empty());
+
     GLStartupContext::fpGlobalGLStartupContext = nullptr;
     GLFrameBuffer buffer;
     theFailingObject = 1;
     EXPECT_EQ(buffer.createOffscreen(wanted(), 8, 4), 4u) << "no start-up context";
     theFailingObject = 1;
     EXPECT_EQ(buffer.createInWindow(WindowWrapper(nullptr, 5, fakeDisplay()), wanted()), 4u);
+    theFailingObject = 1;
+    EXPECT_EQ(buffer.createOffscreen(WindowWrapper(nullptr, 5, fakeDisplay()), wanted(), 8, 8, false), 4u);
     EXPECT_EQ(GLStartupContext::fpGlobalGLStartupContext, nullptr);
 }
 
@@ -76,6 +85,10 @@ TEST_F(NoMemory, nothingIsRead) {
     clearRecorded();
     theFailingObject = 1;
     EXPECT_EQ(buffer.readColorBuffer(2, 0, 0, 0, 0, nullptr), nullptr);
+    theFailingObject = 1;
+    EXPECT_EQ(buffer.readDepthBuffer(), nullptr);
+    theFailingObject = 1;
+    EXPECT_EQ(buffer.copyDepthBuffer2Texture2D(0, 0, 8, 4), nullptr);
     EXPECT_EQ(recorded(), Calls{});
 }
 
