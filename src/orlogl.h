@@ -20,6 +20,7 @@
 
 #include "framebuffer/GLFrameBuffer.h"
 #include "geometry/GLObject.h"
+#include "geometry/GLOcclusionQuery.h"
 #include "geometry/GLRouting.h"
 #include "gl/GLCapability.h"
 #include "gl/GLFunctionTable.h"

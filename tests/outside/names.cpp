@@ -207,6 +207,14 @@ void hostTypes() {
 }
 
 void geometry() {
+    use(&GLOcclusionQuery::generateQueries);
+    use(&GLOcclusionQuery::reset);
+    use(&GLOcclusionQuery::beginQuery);
+    use(&GLOcclusionQuery::endQuery);
+    use(&GLOcclusionQuery::completeQueryRenders);
+    use(&GLOcclusionQuery::queryIsAvailable);
+    use(&GLOcclusionQuery::waitForQueriesToProcess);
+    use(&GLOcclusionQuery::sampleCount);
     use(&GLObject::bind);
     use(&GLObject::unbind);
     use(&GLObject::unbindBuffer);
