@@ -4,7 +4,6 @@
 #include "texture/GLTexture2D.h"
 
 #include <cstring>
-#include <fstream>
 #include <functional>
 #include <memory>
 
@@ -73,13 +72,6 @@ protected:
         XSync(display(), 0);
         EXPECT_THAT(xErrors(), testing::Each(BadMatch));
         xErrors().clear();
-    }
-
-    static long residentPages() {
-        long size = 0;
-        long resident = 0;
-        std::ifstream("/proc/self/statm") >> size >> resident;
-        return resident;
     }
 };
 

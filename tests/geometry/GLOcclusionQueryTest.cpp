@@ -1,31 +1,7 @@
 #include "DoubleTest.h"
+#include "FailingArrays.h"
 
 #include "geometry/GLOcclusionQuery.h"
-
-#include <cstdlib>
-#include <new>
-
-namespace {
-
-bool theArraysFail = false;
-
-} // namespace
-
-[[gnu::noinline]] void* operator new[](size_t size) {
-    return std::malloc(size);
-}
-
-[[gnu::noinline]] void* operator new[](size_t size, const std::nothrow_t&) noexcept {
-    return theArraysFail ? nullptr : std::malloc(size);
-}
-
-[[gnu::noinline]] void operator delete[](void* memory) noexcept {
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete[](void* memory, size_t) noexcept {
-    std::free(memory);
-}
 
 namespace {
 

@@ -1,34 +1,11 @@
 #include "DoubleTest.h"
+#include "FailingArrays.h"
 
 #include "gl/GLStartupContext.h"
 #include "texture/GLSpotLightMap.h"
 #include "texture/TextureManager.h"
 
-#include <cstdlib>
 #include <limits>
-#include <new>
-
-namespace {
-
-bool theArraysFail = false;
-
-} // namespace
-
-[[gnu::noinline]] void* operator new[](size_t size) {
-    return std::malloc(size);
-}
-
-[[gnu::noinline]] void* operator new[](size_t size, const std::nothrow_t&) noexcept {
-    return theArraysFail ? nullptr : std::malloc(size);
-}
-
-[[gnu::noinline]] void operator delete[](void* memory) noexcept {
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete[](void* memory, size_t) noexcept {
-    std::free(memory);
-}
 
 namespace {
 

@@ -2,20 +2,12 @@
 
 #include "texture/SceneTextures.h"
 
-#include <fstream>
 #include <string>
 
 namespace orloview {
 namespace {
 
 class MesaSceneTextures : public MesaTest {};
-
-long residentPages() {
-    long size = 0;
-    long resident = 0;
-    std::ifstream("/proc/self/statm") >> size >> resident;
-    return resident;
-}
 
 TEST_F(MesaSceneTextures, memoryStaysLevelOverAThousandRounds) {
     Scene scene;
