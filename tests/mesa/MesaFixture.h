@@ -81,12 +81,14 @@ protected:
     /// Memory of this process, in pages. With the address sanitizer always 0: it keeps what is freed, so that
     /// its memory says nothing.
     static long residentPages() {
+#ifdef __SANITIZE_ADDRESS__
+        return 0;
+#else
         long size = 0;
         long resident = 0;
-#ifndef __SANITIZE_ADDRESS__
         std::ifstream("/proc/self/statm") >> size >> resident;
-#endif
         return resident;
+#endif
     }
 
     /// The codes that X reported so far. Errors arrive late: XSync first.
