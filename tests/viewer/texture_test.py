@@ -113,6 +113,14 @@ class Textures(ViewerProgram):
         self.close(rows[32][16], (0, 90, 0, 255))
         self.close(rows[32][48], (188, 0, 188, 255))
 
+    def test_a_frame_leaves_no_texture_to_the_next(self):
+        plain = {"pbrMetallicRoughness": {"baseColorFactor": [0, 0, 1, 1]}, "extensions": {"KHR_materials_unlit": {}}}
+        glowing = unlit(emissiveTexture={"index": 0}, emissiveFactor=[1, 1, 1], transform={"scale": [3, 3]})
+        quads = [{"material": 0, "at": (-1, 1, 1, 0)}, {"material": 1, "at": (-1, 0, 1, -1)}]
+        rows = self.draw(quads, [plain, glowing], [[[RED, GREEN]]], "--tile", "16", "--samples", "1")
+        self.assertEqual({pixel for row in rows[:32] for pixel in row}, {BLUE}, "drawn first, in each tile")
+        self.assertEqual({pixel for row in rows[32:] for pixel in row}, {RED, GREEN, (255, 255, 0, 255)})
+
     def test_emission_is_not_tinted_by_the_base_colour(self):
         material = unlit(emissiveFactor=[0, linear(120), 0])
         rows = self.draw([{"material": 0, "at": WHOLE}], [material], [[[RED]]])
