@@ -51,7 +51,7 @@ void develop(Canvas& canvas, const Block& tile, int factor, PictureFile& picture
 /// How large tiles are, in pixels of the picture.
 int tileSide(const FrameLook& look, const Sampling& sampling) {
     const int factor = sampling.samples;
-    const int limit = Canvas::largestSide() / factor;
+    const int limit = std::min(Canvas::largestSide(), Canvas::largestFrame()) / factor;
     if (sampling.tile > 0)
         return std::min(sampling.tile, limit);
     const double pixels = static_cast<double>(look.width) * look.height * factor * factor;
