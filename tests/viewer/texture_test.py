@@ -126,6 +126,14 @@ class Textures(ViewerProgram):
         rows = self.draw([{"material": 0, "at": WHOLE}], [material], [[[RED]]])
         self.close(rows[32][32], (255, 120, 0, 255))
 
+    def test_a_lit_surface_sends_out_its_emission_once(self):
+        dark = {"pbrMetallicRoughness": {"baseColorTexture": {"index": 0}, "baseColorFactor": [0, 0, 0, 1], "metallicFactor": 0}}
+        quads = [{"material": 0, "at": WHOLE}]
+        rows = self.draw(quads, [{**dark, "emissiveFactor": [0, 0.25, 0]}], [[[WHITE]]])
+        self.close(rows[32][32], (0, encoded(0.25), 0, 255))
+        rows = self.draw(quads, [{**dark, "emissiveFactor": [1, 1, 1], "emissiveTexture": {"index": 1}}], [[[WHITE]], b"broken"], expect=3)
+        self.close(rows[32][32], (0, 0, 0, 255))
+
     def test_overlapping_transparent_quads_from_both_sides(self):
         half = dict(alphaMode="BLEND", doubleSided=True)
         materials = [unlit(0, (1, 1, 1, 0.5), **half), unlit(1, (1, 1, 1, 0.5), **half)]
