@@ -43,6 +43,14 @@ class Program(ViewerProgram):
         rows = self.picture(model, "--size", "64x48")[3]
         r, g, b = rows[26][32 * 3 : 33 * 3]
         self.assertTrue(r > g > b > 0, (r, g, b))
+        model = self.write("m.gltf", gltf(material, nodes=[{"mesh": 0, "scale": [5, 5, 5]}]))
+        rows = self.picture(model, "--size", "64x48")[3]
+        self.assertEqual((r, g, b), tuple(rows[26][32 * 3 : 33 * 3]), "however large the model is")
+        # Two triangles of a roof, their ridge along y: the left one looks towards the key light.
+        roof = ((-1, -1, 0), (0, -1, 0.7), (0, 1, 0.7), (0, -1, 0.7), (1, -1, 0), (0, 1, 0.7))
+        rows = self.picture(self.write("m.gltf", gltf(material, roof)), "--size", "64x64", "--eye", "0,0,6", "--target", "0,0,0")[3]
+        left, right = rows[44][26 * 3], rows[44][38 * 3]
+        self.assertTrue(left > right + 20 > 60, (left, right))
 
     def test_transparent_background_and_blending(self):
         model = self.write("m.gltf", gltf(unlit(1, 0, 0, 0.5, alphaMode="BLEND")))

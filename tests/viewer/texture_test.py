@@ -121,6 +121,14 @@ class Textures(ViewerProgram):
         self.assertEqual({pixel for row in rows[:32] for pixel in row}, {BLUE}, "drawn first, in each tile")
         self.assertEqual({pixel for row in rows[32:] for pixel in row}, {RED, GREEN, (255, 255, 0, 255)})
 
+    def test_a_tile_begins_without_the_depth_of_the_last(self):
+        materials = [unlit(0), unlit(0, (1, 1, 1, 0.5), alphaMode="BLEND"), unlit(1)]
+        quads = [{"material": 0, "at": (-1, 1, 0, -1), "z": 2}, {"material": 1, "at": WHOLE, "z": 1}, {"material": 2, "at": WHOLE, "z": 0}]
+        rows = self.draw(quads, materials, [[[RED]], [[BLUE]]], "--tile", "32")
+        for y in (8, 56):
+            self.close(rows[y][8], RED)
+            self.close(rows[y][56], (188, 0, 188, 255))
+
     def test_emission_is_not_tinted_by_the_base_colour(self):
         material = unlit(emissiveFactor=[0, linear(120), 0])
         rows = self.draw([{"material": 0, "at": WHOLE}], [material], [[[RED]]])
