@@ -462,9 +462,55 @@ void frameBuffers() {
     use(&validFrameBufferStatus);
 }
 
+void shaders() {
+    GlslShader shader;
+    use(&GlslShader::create);
+    use(&GlslShader::enable);
+    use(&GlslShader::destroy);
+    use(&GlslShader::loadVertexProgramFromString);
+    use(&GlslShader::loadFragmentProgramFromString);
+    use<void (GlslShader::*)(const koString::CString&, IHWTexture::TextureType, IHWTexUsage::WrapMode,
+                             IHWTexUsage::WrapMode, IHWTexUsage::Filter, IHWTexUsage::Filter,
+                             const koColor::Color&, bool, IGLTexture*) const>(
+        &GlslShader::setParameterTexture);
+    use<void (GlslShader::*)(const koString::CString&, unsigned) const>(&GlslShader::setParameterTexture);
+    use(shader.fSamplerUnits.size() + shader.fVertexShader + shader.fFragmentShader + shader.fProgram);
+    use(shader.fNeedsLink);
+
+    GL2Shader stage(GL2Shader::kFragmentShader);
+    use(GL2Shader::vertexShaderExtension);
+    use(GL2Shader::fragmentShaderExtension);
+    use(&GL2Shader::initialize);
+    use(&GL2Shader::deleteSource);
+    use(&GL2Shader::deleteProgramObject);
+    use(&GL2Shader::readShaderSource);
+    use(&GL2Shader::setShaderSource);
+    use(&GL2Shader::assignShaderSource);
+    use(&GL2Shader::compileShaderSource);
+    use(stage.fType == GL2Shader::kVertexShader);
+    use(stage.fSourceLength);
+    use(stage.fShaderObject + stage.fStatusWord);
+    use(stage.fSource.get());
+
+    GL2ProgramObject program;
+    use(&GL2ProgramObject::createObject);
+    use(&GL2ProgramObject::attachVertexShader);
+    use(&GL2ProgramObject::detachVertexShader);
+    use(&GL2ProgramObject::attachFragmentShader);
+    use(&GL2ProgramObject::detachFragmentShader);
+    use(&GL2ProgramObject::linkShaders);
+    use(&GL2ProgramObject::bind);
+    use(&GL2ProgramObject::unbind);
+    use(&GL2ProgramObject::deleteObject);
+    use(program.fProgramObject);
+    use(program.fVertexShader);
+    use(program.fFragmentShader);
+}
+
 } // namespace
 
 int main() {
+    shaders();
     textures();
     computedTextures();
     textureUse();
