@@ -28,6 +28,7 @@
 #include "gl/GLUtility.h"
 #include "shader/GL2ProgramObject.h"
 #include "shader/GL2Shader.h"
+#include "shader/GlslManager.h"
 #include "shader/GlslShader.h"
 #include "state/GLCamera.h"
 #include "state/GLLight.h"

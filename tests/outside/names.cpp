@@ -477,6 +477,14 @@ void shaders() {
     use(shader.fSamplerUnits.size() + shader.fVertexShader + shader.fFragmentShader + shader.fProgram);
     use(shader.fNeedsLink);
 
+    GlslManager manager;
+    use(&GlslManager::bindKOSLShader);
+    use(&GlslManager::getLightStringFromType);
+    use(&GlslManager::getTransparencyTypeStringFromType);
+    use(GlslManager::kAmbientLight);
+    use(GlslManager::kTransparencyInRGB);
+    use(manager.fShaders.size());
+
     GL2Shader stage(GL2Shader::kFragmentShader);
     use(GL2Shader::vertexShaderExtension);
     use(GL2Shader::fragmentShaderExtension);
@@ -507,9 +515,39 @@ void shaders() {
     use(program.fFragmentShader);
 }
 
+void shadingNetworks() {
+    using koShadingDag::ShadingNodeSpec;
+    ShadingNodeSpec node(koShadingDag::kMetallicRoughness);
+    use(&ShadingNodeSpec::kind);
+    use(&ShadingNodeSpec::connect);
+    use(&ShadingNodeSpec::disconnect);
+    use<bool (ShadingNodeSpec::*)(const koString::CString&, float)>(&ShadingNodeSpec::setValue);
+    use<bool (ShadingNodeSpec::*)(const koString::CString&, float, float)>(&ShadingNodeSpec::setValue);
+    use<bool (ShadingNodeSpec::*)(const koString::CString&, const koColor::Color&)>(
+        &ShadingNodeSpec::setValue);
+    use(&ShadingNodeSpec::unsetValue);
+    use(&ShadingNodeSpec::setSetting);
+    use(&ShadingNodeSpec::setTexture);
+    use(&ShadingNodeSpec::shaderManager);
+    use(&ShadingNodeSpec::assignShaderManager);
+    use(&ShadingNodeSpec::networkKey);
+    use(&ShadingNodeSpec::uniforms);
+    use(&ShadingNodeSpec::samplers);
+    use(koShadingDag::kNormal);
+    use(koShadingDag::kMask);
+    use(koShadingDag::kStep);
+    use(koShadingDag::TextureUsage().fAnisotropic);
+    use(LightSpec{LightSpec::kSky}.fCastsShadow);
+    use(&compileMaterialToGlsl);
+
+    class Manager : public IHWShaderManager {};
+    use(Manager());
+}
+
 } // namespace
 
 int main() {
+    shadingNetworks();
     shaders();
     textures();
     computedTextures();

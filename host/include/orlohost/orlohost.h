@@ -8,6 +8,7 @@
 #include "orlohost/IHWMemoryObject.h"
 #include "orlohost/PixelArray2D.h"
 #include "orlohost/RasterFormat.h"
+#include "orlohost/ShadingNodeSpec.h"
 #include "orlohost/WindowWrapper.h"
 #include "orlohost/koColor.h"
 #include "orlohost/koLinear.h"

@@ -1,0 +1,197 @@
+#pragma once
+
+#include "orlohost/Export.h"
+#include "orlohost/HWInterfaces.h"
+#include "orlohost/koColor.h"
+#include "orlohost/koString.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+// A host's materials: networks of shading nodes, and the compiler that makes shaders of them.
+//
+//     auto wood = std::make_shared<koShadingDag::ShadingNodeSpec>(koShadingDag::kFileTexture);
+//     wood->setTexture(texture, usage);
+//     koShadingDag::ShadingNodeSpec material(koShadingDag::kMetallicRoughness);
+//     material.connect("baseColor", wood, "color");
+//     material.setValue("roughness", 0.4F);
+//     compileMaterialToGlsl(material, &lights, vertexSource, fragmentSource);
+
+/// What a renderer hangs on a material: its compiled shaders. The material's node deletes it, while the
+/// context that the shaders live in is current.
+class ORLOHOST_API IHWShaderManager {
+public:
+    IHWShaderManager() = default;
+    virtual ~IHWShaderManager();
+
+    IHWShaderManager(const IHWShaderManager&) = delete;
+    IHWShaderManager& operator=(const IHWShaderManager&) = delete;
+};
+
+/// What a shader has to know of a light in advance; colours and places come from GL's light state. The i-th
+/// of a list stands for GL light i. A sky takes no GL light: put it behind the others.
+///
+/// A GL light's diffuse colour is what a white surface sends out that faces it, an ambient light's ambient
+/// colour what it sends out from anywhere.
+struct LightSpec {
+    enum Type : uint32_t { kPoint = 0, kSpot = 1, kDirectional = 2, kAmbient = 3, kSky = 4 };
+
+    Type fType = kPoint;
+
+    /// It ends at a distance: uniform float lightNInverseRange (1 / distance).
+    bool fHasRange = false;
+
+    /// Spots: the cone fades from an inner angle to the cutoff, in the place of GL's exponent: uniform float
+    /// lightNInnerCosine.
+    bool fHasInnerCone = false;
+
+    /// It has a shadow map: uniform sampler2DShadow lightNShadowMap and mat4 lightNShadowMatrix, from eye
+    /// space to the map, 0 to 1.
+    bool fCastsShadow = false;
+};
+
+namespace koShadingDag {
+
+/// Floats go where colours are asked for, as grey. Nothing else changes its type.
+enum ValueType : uint32_t { kFloat = 0, kVector2 = 1, kColor = 2, kNormal = 3 };
+
+/// Docs: docs/shading-networks.md lists the inputs, settings and outputs of each.
+enum NodeKind : uint32_t {
+    kTexCoord,
+    kVertexColor,
+    kFileTexture,
+    kRamp,
+    kNoise,
+    kChecker,
+    kBumpMap,
+    kNormalMap,
+    kMultiply,
+    kMix,
+    kLambert,
+    kBlinnPhong,
+    kMetallicRoughness,
+    kSpecularGlossiness,
+    kUnlit,
+    kNodeKindCount
+};
+
+/// What a surface does with its opacity: nothing, hide what is below the cutoff, or shine through (colours
+/// come out multiplied by it).
+enum AlphaMode : int32_t { kOpaque = 0, kMask = 1, kBlend = 2 };
+
+/// What a ramp does between its stops.
+enum Interpolation : int32_t { kLinear = 0, kSmooth = 1, kStep = 2 };
+
+/// How a texture of a network is applied.
+struct TextureUsage {
+    IHWTexUsage::WrapMode fWrapS = IHWTexUsage::kRepeat;
+    IHWTexUsage::WrapMode fWrapT = IHWTexUsage::kRepeat;
+    IHWTexUsage::Filter fMinFilter = IHWTexUsage::kTrilinear;
+    IHWTexUsage::Filter fMagFilter = IHWTexUsage::kLinear;
+    koColor::Color fBorderColor;
+    bool fAnisotropic = false;
+};
+
+/// A node of a shading network, and with all that is connected to it a whole material.
+///
+/// An input is fed by a connection, else by the value set, else by its kind's default. Defaults cost nothing:
+/// they are part of the shader. Values become uniforms, so that materials that differ in them alone share one
+/// shader.
+class ORLOHOST_API ShadingNodeSpec {
+public:
+    /// An input of the network that a renderer sets: its name in the shader, and where its 1, 2 or 3 floats
+    /// are, for as long as the network stays as it is.
+    struct Uniform {
+        koString::CString fName;
+        uint32_t fComponents;
+        const float* fValues;
+    };
+
+    /// A 2D texture of the network and the name of its sampler.
+    struct Sampler {
+        koString::CString fName;
+        IHWTexture* fTexture;
+        TextureUsage fUsage;
+    };
+
+    explicit ShadingNodeSpec(NodeKind kind = kLambert);
+
+    /// Deletes the manager and lets go of what is connected.
+    ~ShadingNodeSpec();
+
+    ShadingNodeSpec(const ShadingNodeSpec&) = delete;
+    ShadingNodeSpec& operator=(const ShadingNodeSpec&) = delete;
+
+    NodeKind kind() const { return fKind; }
+
+    /// Feeds an input from another node's output. Empty when done, else what is wrong, for people: a name
+    /// that isn't there, types that don't fit, a circle. Then nothing has changed.
+    [[nodiscard]] koString::CString connect(const koString::CString& input,
+                                            std::shared_ptr<ShadingNodeSpec> source,
+                                            const koString::CString& output);
+
+    void disconnect(const koString::CString& input);
+
+    /// False, with nothing changed, for an input that isn't there or of another type; a color takes a float
+    /// as grey, a normal takes no value.
+    bool setValue(const koString::CString& input, float value);
+    bool setValue(const koString::CString& input, float x, float y);
+    bool setValue(const koString::CString& input, const koColor::Color& value);
+
+    /// Back to the default.
+    void unsetValue(const koString::CString& input);
+
+    /// What can't change without another shader, by name and range (docs/shading-networks.md). False, with
+    /// nothing changed, for what isn't there.
+    bool setSetting(const koString::CString& name, int32_t value);
+
+    /// File textures: what is sampled; it has to outlive the node. Null: white.
+    void setTexture(IHWTexture* texture, const TextureUsage& usage);
+
+    IHWShaderManager* shaderManager() const { return fShaderManager.get(); }
+
+    /// Takes the manager over; the one before is deleted.
+    void assignShaderManager(IHWShaderManager* manager) { fShaderManager.reset(manager); }
+
+    /// All that makes the shader of this network under these lights what it is: equal keys, equal sources.
+    koString::CString networkKey(const std::vector<LightSpec>* lights) const;
+
+    /// What a renderer has to feed the shader with.
+    std::vector<Uniform> uniforms() const;
+    std::vector<Sampler> samplers() const;
+
+    /// For compilers.
+    struct Input {
+        std::shared_ptr<ShadingNodeSpec> fSource; ///< null: not connected
+        uint32_t fOutput = 0;                     ///< number of the source's output
+        bool fIsSet = false;
+        float fValue[3] = {};
+    };
+    const std::vector<Input>& inputs() const { return fInputs; } ///< in the order of the kind's
+    const std::vector<int32_t>& settings() const { return fSettings; }
+    IHWTexture* texture() const { return fTexture; }
+    const TextureUsage& textureUsage() const { return fUsage; }
+
+private:
+    Input* findInput(const koString::CString& name, ValueType type);
+
+    NodeKind fKind;
+    std::vector<Input> fInputs;
+    std::vector<int32_t> fSettings;
+    IHWTexture* fTexture = nullptr;
+    TextureUsage fUsage;
+    std::unique_ptr<IHWShaderManager> fShaderManager;
+};
+
+} // namespace koShadingDag
+
+/// Makes GLSL 1.20 of a network: the first output of the node under these lights (none where null).
+/// Attributes are GL's own, as GLRouting sets them up: gl_Vertex, gl_Normal, gl_Color, and texture coordinate
+/// set N in gl_MultiTexCoordN. Surfaces are shaded in eye space. Colours come out linear.
+///
+/// A network that is too large, and a ninth light, give sources that don't compile and say why.
+ORLOHOST_API void compileMaterialToGlsl(const koShadingDag::ShadingNodeSpec& node,
+                                        const std::vector<LightSpec>* lights, koString::CString& vertexSource,
+                                        koString::CString& fragmentSource);

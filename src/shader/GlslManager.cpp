@@ -1,0 +1,55 @@
+#include "shader/GlslManager.h"
+
+#include <array>
+#include <new>
+
+namespace {
+
+constexpr std::array<const char*, 4> kLightStrings = {"point_light", "spot_light",
+                                                      "directional_light"
+                                                      "ambient_light",
+                                                      ""};
+constexpr std::array<const char*, 2> kTransparencyStrings = {"OpacityInAlpha", "TransparencyInRGB"};
+
+GlslManager* managerOf(koShadingDag::ShadingNodeSpec& node) {
+    if (!node.shaderManager())
+        node.assignShaderManager(new (std::nothrow) GlslManager);
+    return dynamic_cast<GlslManager*>(node.shaderManager());
+}
+
+} // namespace
+
+GlslManager::~GlslManager() {
+    for (auto& [key, shader] : fShaders)
+        shader.destroy();
+}
+
+GlslShader* GlslManager::bindKOSLShader(koShadingDag::ShadingNodeSpec& node, const koString::CString& key,
+                                        const std::vector<LightSpec>* lights) const {
+    GlslManager* manager = managerOf(node);
+    if (!manager)
+        return nullptr;
+    auto place = manager->fShaders.lower_bound(key);
+    if (place == manager->fShaders.end() || koString::less(key, place->first)) {
+        try {
+            koString::CString vertexSource;
+            koString::CString fragmentSource;
+            compileMaterialToGlsl(node, lights, vertexSource, fragmentSource);
+            place = manager->fShaders.emplace_hint(place, key, GlslShader());
+            place->second.loadVertexProgramFromString(vertexSource);
+            place->second.loadFragmentProgramFromString(fragmentSource);
+        } catch (const std::bad_alloc&) {
+            return nullptr;
+        }
+    }
+    place->second.enable();
+    return &place->second;
+}
+
+koString::CString GlslManager::getLightStringFromType(GlslLightType type) {
+    return type < kLightStrings.size() ? kLightStrings[type] : "";
+}
+
+koString::CString GlslManager::getTransparencyTypeStringFromType(GlslTransparencyType type) {
+    return type < kTransparencyStrings.size() ? kTransparencyStrings[type] : "";
+}
