@@ -1,5 +1,6 @@
 #include "GroupBench.h"
 #include "NullGL.h"
+#include "ShaderBench.h"
 
 #include <dlfcn.h>
 
@@ -60,6 +61,7 @@ int main() {
     measure("nothing/by hand", [] {});
     benchWrapper();
     benchPopulate();
+    benchBindShader();
     benchDrawGroup(1, "drawGroup, 1 group");
     benchDrawGroup(1'000, "drawGroup, 1,000 groups");
     benchDrawGroup(10'000, "drawGroup, 10,000 groups");

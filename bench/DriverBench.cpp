@@ -1,4 +1,5 @@
 #include "GroupBench.h"
+#include "ShaderBench.h"
 
 #include "framebuffer/GLFrameBuffer.h"
 #include "gl/GLStartupContext.h"
@@ -97,6 +98,7 @@ int main() {
     }
     measure("nothing/by hand", [] {});
     benchDrawGroup(1'000, "drawGroup, 1,000 groups");
+    benchBindShader();
     {
         GLFrameBuffer buffer;
         const koBufferFormat format(kRasterRGBA8, kRasterDepth24, kRasterNoStencil, kSamplingSingle,

@@ -25,6 +25,11 @@ void glGetIntegerv(GLenum, GLint* value) {
     *value = 8;
 }
 
+/// Everything compiles and links.
+void glGetObjectParameterivARB(GLhandleARB, GLenum, GLint* value) {
+    *value = 1;
+}
+
 void glGenBuffersARB(GLsizei n, GLuint* buffers) {
     static GLuint last = 0;
     std::generate_n(buffers, n, [] { return ++last; });

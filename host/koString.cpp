@@ -1,5 +1,7 @@
 #include "orlohost/koString.h"
 
+#include <cstring>
+
 namespace koString {
 
 CString::CString(const char* text) : fText(text ? text : "") {}
@@ -33,19 +35,19 @@ IString& IString::plusEqual(const IString& tail) {
 }
 
 bool less(const CString& a, const CString& b) {
-    return std::string_view(a.asChar()) < std::string_view(b.asChar());
+    return std::strcmp(a.asChar(), b.asChar()) < 0;
 }
 
 bool less(const IString& a, const IString& b) {
-    return std::string_view(a.asMultibyte()) < std::string_view(b.asMultibyte());
+    return std::strcmp(a.asMultibyte(), b.asMultibyte()) < 0;
 }
 
 bool equal(const CString& a, const CString& b) {
-    return std::string_view(a.asChar()) == std::string_view(b.asChar());
+    return std::strcmp(a.asChar(), b.asChar()) == 0;
 }
 
 bool equal(const IString& a, const IString& b) {
-    return std::string_view(a.asMultibyte()) == std::string_view(b.asMultibyte());
+    return std::strcmp(a.asMultibyte(), b.asMultibyte()) == 0;
 }
 
 } // namespace koString

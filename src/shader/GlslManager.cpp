@@ -14,7 +14,10 @@ constexpr std::array<const char*, 2> kTransparencyStrings = {"OpacityInAlpha", "
 GlslManager* managerOf(koShadingDag::ShadingNodeSpec& node) {
     if (!node.shaderManager())
         node.assignShaderManager(new (std::nothrow) GlslManager);
-    return dynamic_cast<GlslManager*>(node.shaderManager());
+    IHWShaderManager* manager = node.shaderManager();
+    if (manager && typeid(*manager) == typeid(GlslManager)) // the usual case, without the search of a cast
+        return static_cast<GlslManager*>(manager);
+    return dynamic_cast<GlslManager*>(manager);
 }
 
 } // namespace
