@@ -146,18 +146,21 @@ TEST(Texels, areLinearWithTheAlphaThatTheMaterialWants) {
     };
     const float green = 2.0F * 0.502886F; // of 188
     const float blue = 0.00303527F;       // of 10
-    expectTexel(makeTexels(picture, AlphaUse::Ignored, factor, 64), 1, {0.5F, green, blue, 1.0F});
-    expectTexel(makeTexels(picture, AlphaUse::Kept, factor, 64), 1, {0.5F, green, blue, 0.2F});
-    expectTexel(makeTexels(picture, AlphaUse::Multiplied, factor, 64), 1,
+    expectTexel(makeTexels(picture, Encoding::Srgb, AlphaUse::Ignored, factor, 64), 1,
+                {0.5F, green, blue, 1.0F});
+    expectTexel(makeTexels(picture, Encoding::Srgb, AlphaUse::Kept, factor, 64), 1,
+                {0.5F, green, blue, 0.2F});
+    expectTexel(makeTexels(picture, Encoding::Srgb, AlphaUse::Multiplied, factor, 64), 1,
                 {0.1F, 0.2F * green, 0.2F * blue, 0.2F});
 
     // Reduced to 2 x 1 by blocks of 2 x 2, the last of 1 x 2; a hidden pixel's black doesn't show.
-    const Texels kept = makeTexels(picture, AlphaUse::Kept, factor, 2);
+    const Texels kept = makeTexels(picture, Encoding::Srgb, AlphaUse::Kept, factor, 2);
     ASSERT_EQ(kept.width, 2);
     ASSERT_EQ(kept.height, 1);
     expectTexel(kept, 0, {0.5F, green, blue, 0.6F});
     expectTexel(kept, 1, {0.5F, 2.0F, 1.0F, 0.5F});
-    expectTexel(makeTexels(picture, AlphaUse::Multiplied, factor, 2), 1, {0.25F, 1.0F, 0.5F, 0.5F});
+    expectTexel(makeTexels(picture, Encoding::Srgb, AlphaUse::Multiplied, factor, 2), 1,
+                {0.25F, 1.0F, 0.5F, 0.5F});
 }
 
 } // namespace

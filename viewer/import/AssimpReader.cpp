@@ -102,6 +102,20 @@ bool blendsByPicture(const aiMaterial& source) {
            source.GetTexture(aiTextureType_DIFFUSE, 0, &color) == aiReturn_SUCCESS && color == opacity;
 }
 
+/// The classic gloss, where the file tells of it.
+void readPhong(const aiMaterial& source, Material& result) {
+    aiColor4D specular;
+    float exponent = 0.0F;
+    if (source.Get(AI_MATKEY_COLOR_SPECULAR, specular) != aiReturn_SUCCESS)
+        return;
+    float strength = 1.0F;
+    source.Get(AI_MATKEY_SHININESS_STRENGTH, strength);
+    result.reflection = Reflection::Phong;
+    result.specular = {specular.r * strength, specular.g * strength, specular.b * strength};
+    if (source.Get(AI_MATKEY_SHININESS, exponent) == aiReturn_SUCCESS)
+        result.phongExponent = std::max(exponent, 1.0F);
+}
+
 /// The file of an embedded picture: as it is, or bare pixels with a TGA header before them.
 std::vector<std::uint8_t> fileOf(const aiTexture& embedded) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(embedded.pcData);
@@ -190,10 +204,13 @@ Material Converter::material(const aiMaterial& source) {
         result.roughness = value;
     else if (source.Get(AI_MATKEY_SHININESS, value) == aiReturn_SUCCESS && value > 0.0F)
         result.roughness = std::sqrt(2.0F / (value + 2.0F));
+    if (source.Get(AI_MATKEY_ROUGHNESS_FACTOR, value) != aiReturn_SUCCESS)
+        readPhong(source, result);
     int twoSided = 0;
     result.doubleSided = source.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS && twoSided != 0;
     result.baseColorTexture = use(source, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE});
     result.normalTexture = use(source, {aiTextureType_NORMALS});
+    result.specularTexture = use(source, {aiTextureType_SPECULAR});
     result.emissiveTexture = use(source, {aiTextureType_EMISSION_COLOR, aiTextureType_EMISSIVE});
     if (blendsByPicture(source))
         result.alphaMode = AlphaMode::Blend;

@@ -166,13 +166,25 @@ void readMetallicRoughness(const GltfObject& pbr, std::size_t textureCount, Mate
     material.metallicRoughnessTexture = readUse(pbr, "metallicRoughnessTexture", textureCount);
 }
 
-/// The older workflow: the diffuse colour stands for the base colour, shiny for not rough.
+/// The older workflow.
 void readSpecularGlossiness(const GltfObject& pbr, std::size_t textureCount, Material& material) {
     material.baseColor = color(pbr.numbers<4>("diffuseFactor", {1.0, 1.0, 1.0, 1.0}));
+    material.reflection = Reflection::SpecularGlossiness;
     material.metallic = 0.0F;
     material.roughness = 1.0F - share(pbr.number("glossinessFactor", 1.0));
+    const auto specular = pbr.numbers<3>("specularFactor", {1.0, 1.0, 1.0});
+    material.specular = koColor::Color(share(specular[0]), share(specular[1]), share(specular[2]));
     material.baseColorTexture = readUse(pbr, "diffuseTexture", textureCount);
+    material.specularTexture = readUse(pbr, "specularGlossinessTexture", textureCount);
     material.metallicRoughnessTexture = {};
+}
+
+void readClearcoat(const GltfObject& coat, std::size_t textureCount, Material& material) {
+    material.clearcoat = share(coat.number("clearcoatFactor", 0.0));
+    material.clearcoatRoughness = share(coat.number("clearcoatRoughnessFactor", 0.0));
+    material.clearcoatTexture = readUse(coat, "clearcoatTexture", textureCount);
+    material.clearcoatRoughnessTexture = readUse(coat, "clearcoatRoughnessTexture", textureCount);
+    material.clearcoatNormalTexture = readUse(coat, "clearcoatNormalTexture", textureCount);
 }
 
 Material readMaterial(const GltfObject& source, std::size_t textureCount) {
@@ -183,6 +195,7 @@ Material readMaterial(const GltfObject& source, std::size_t textureCount) {
     if (extensions.has("KHR_materials_pbrSpecularGlossiness"))
         readSpecularGlossiness(extensions.object("KHR_materials_pbrSpecularGlossiness"), textureCount,
                                material);
+    readClearcoat(extensions.object("KHR_materials_clearcoat"), textureCount, material);
     const auto emissive = source.numbers<3>("emissiveFactor", {0.0, 0.0, 0.0});
     const double strength =
         extensions.object("KHR_materials_emissive_strength").number("emissiveStrength", 1.0);

@@ -67,14 +67,10 @@ bool isConsistent(const Mesh& mesh, std::size_t materialCount) {
 }
 
 bool isConsistent(const Material& material, std::size_t textureCount) {
-    if (material.alphaMode > AlphaMode::Blend)
-        return false;
-    for (const TextureUse* use :
-         {&material.baseColorTexture, &material.metallicRoughnessTexture, &material.normalTexture,
-          &material.occlusionTexture, &material.emissiveTexture})
-        if (!refersOrNone(use->texture, textureCount) || use->uvSet < 0)
-            return false;
-    return true;
+    return material.alphaMode <= AlphaMode::Blend && material.reflection <= Reflection::Phong &&
+           std::all_of(kTextureUses.begin(), kTextureUses.end(), [&](TextureUse Material::*use) {
+               return refersOrNone((material.*use).texture, textureCount) && (material.*use).uvSet >= 0;
+           });
 }
 
 } // namespace

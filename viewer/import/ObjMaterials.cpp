@@ -1,5 +1,6 @@
 #include "import/ObjMaterials.h"
 
+#include <algorithm>
 #include <cmath>
 #include <sstream>
 #include <utility>
@@ -26,6 +27,19 @@ float roughnessOf(const tinyobj::material_t& source) {
     if (source.roughness > 0.0F)
         return source.roughness;
     return source.shininess > 0.0F ? std::sqrt(2.0F / (source.shininess + 2.0F)) : 1.0F;
+}
+
+/// The classic materials of the format, unless it has the fields of the physical extension.
+void readGloss(const tinyobj::material_t& source, Material& material) {
+    material.metallic = source.metallic;
+    material.roughness = roughnessOf(source);
+    material.clearcoat = source.clearcoat_thickness;
+    material.clearcoatRoughness = source.clearcoat_roughness;
+    if (source.roughness > 0.0F || source.metallic > 0.0F || source.clearcoat_thickness > 0.0F)
+        return;
+    material.reflection = Reflection::Phong;
+    material.specular = koColor::Color(source.specular[0], source.specular[1], source.specular[2]);
+    material.phongExponent = std::max(source.shininess, 1.0F);
 }
 
 /// Exporters disagree on which end of "d" and "Tr" is opaque. A material that can't be seen at all is one of
@@ -83,8 +97,7 @@ void ObjMaterials::readLibrary(const std::string& name) {
         material.baseColor =
             koColor::Color(source.diffuse[0], source.diffuse[1], source.diffuse[2], opacityOf(source));
         material.emissive = koColor::Color(source.emission[0], source.emission[1], source.emission[2]);
-        material.metallic = source.metallic;
-        material.roughness = roughnessOf(source);
+        readGloss(source, material);
         if (opacityOf(source) < 1.0F)
             material.alphaMode = AlphaMode::Blend;
         const auto use = [this](const std::string& picture, const tinyobj::texture_option_t& options) {
@@ -92,11 +105,14 @@ void ObjMaterials::readLibrary(const std::string& name) {
         };
         material.baseColorTexture = use(source.diffuse_texname, source.diffuse_texopt);
         material.normalTexture = use(source.normal_texname, source.normal_texopt);
+        material.specularTexture = use(source.specular_texname, source.specular_texopt);
         material.emissiveTexture = use(source.emissive_texname, source.emissive_texopt);
         if (material.baseColorTexture.texture >= 0)
             whitenIfBlack(material.baseColor);
         if (material.emissiveTexture.texture >= 0)
             whitenIfBlack(material.emissive);
+        if (material.specularTexture.texture >= 0)
+            whitenIfBlack(material.specular);
         readAlpha(source.alpha_texname, source.diffuse_texname, material);
         fByName[source.name] = static_cast<int>(fScene.materials.size());
         fScene.materials.push_back(std::move(material));

@@ -156,9 +156,11 @@ void fieldsOf(Stream& stream, TextureUse& u) {
 
 template <typename Stream>
 void fieldsOf(Stream& stream, Material& m) {
-    transfer(stream, m.name, m.baseColor, m.emissive, m.metallic, m.roughness, m.doubleSided, m.unlit,
-             m.alphaMode, m.alphaCutoff, m.baseColorTexture, m.metallicRoughnessTexture, m.normalTexture,
-             m.occlusionTexture, m.emissiveTexture);
+    transfer(stream, m.name, m.reflection, m.baseColor, m.emissive, m.metallic, m.roughness, m.specular,
+             m.phongExponent, m.clearcoat, m.clearcoatRoughness, m.doubleSided, m.unlit, m.alphaMode,
+             m.alphaCutoff);
+    for (const auto use : kTextureUses)
+        transfer(stream, m.*use);
 }
 
 template <typename Stream>

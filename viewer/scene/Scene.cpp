@@ -72,10 +72,8 @@ void Scene::append(Scene other) {
     for (Texture& texture : other.textures)
         renumber(texture.image, images.size());
     for (Material& material : other.materials)
-        for (TextureUse* use :
-             {&material.baseColorTexture, &material.metallicRoughnessTexture, &material.normalTexture,
-              &material.occlusionTexture, &material.emissiveTexture})
-            renumber(use->texture, textures.size());
+        for (const auto use : kTextureUses)
+            renumber((material.*use).texture, textures.size());
 
     if (format.empty())
         format = std::move(other.format);

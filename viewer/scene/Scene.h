@@ -95,12 +95,24 @@ struct TextureUse {
 
 enum class AlphaMode : std::uint8_t { Opaque, Mask, Blend };
 
+/// How a surface reflects light.
+enum class Reflection : std::uint8_t {
+    MetallicRoughness,
+    SpecularGlossiness, ///< baseColor is the diffuse colour, glossiness is 1 - roughness
+    Phong               ///< baseColor is the diffuse colour
+};
+
 struct Material {
     std::string name;
+    Reflection reflection = Reflection::MetallicRoughness;
     koColor::Color baseColor{1.0F, 1.0F, 1.0F, 1.0F};
     koColor::Color emissive;
     float metallic = 0.0F;
     float roughness = 1.0F;
+    koColor::Color specular{1.0F, 1.0F, 1.0F}; ///< of the other two
+    float phongExponent = 1.0F;
+    float clearcoat = 0.0F;
+    float clearcoatRoughness = 0.0F;
     bool doubleSided = false;
     bool unlit = false;
     AlphaMode alphaMode = AlphaMode::Opaque;
@@ -110,7 +122,17 @@ struct Material {
     TextureUse normalTexture;
     TextureUse occlusionTexture;
     TextureUse emissiveTexture;
+    TextureUse specularTexture; ///< its alpha is the glossiness
+    TextureUse clearcoatTexture;
+    TextureUse clearcoatRoughnessTexture;
+    TextureUse clearcoatNormalTexture;
 };
+
+/// All the uses that a material makes of textures.
+inline constexpr std::array kTextureUses = {
+    &Material::baseColorTexture, &Material::metallicRoughnessTexture,  &Material::normalTexture,
+    &Material::occlusionTexture, &Material::emissiveTexture,           &Material::specularTexture,
+    &Material::clearcoatTexture, &Material::clearcoatRoughnessTexture, &Material::clearcoatNormalTexture};
 
 /// Looks along -z of its own space, y up. toWorld carries no scale that matters to the view.
 struct Camera {

@@ -19,8 +19,19 @@ ByteTable linearValues() {
     return table;
 }
 
-/// Linear values of sRGB bytes.
-const ByteTable kLinear = linearValues();
+ByteTable shares() {
+    ByteTable table;
+    for (size_t byte = 0; byte < table.size(); ++byte)
+        table[byte] = static_cast<float>(byte) / 255.0F;
+    return table;
+}
+
+/// What bytes mean, by the encoding.
+const std::array<ByteTable, 2> kValues = {linearValues(), shares()};
+
+const ByteTable& valuesOf(Encoding encoding) {
+    return kValues[static_cast<size_t>(encoding)];
+}
 
 /// Half floats of all bytes of a channel, multiplied by a factor.
 std::array<std::uint16_t, 256> halvesOf(const ByteTable& values, float factor) {
@@ -35,14 +46,12 @@ float alphaOf(const std::uint8_t* pixel, int channels, AlphaUse use) {
 }
 
 /// The common case, where each byte has its half float: no picture is reduced, no colour multiplied.
-void convertBytes(const DecodedPicture& picture, AlphaUse use, const std::array<float, 3>& factor,
-                  Texels& texels) {
-    const std::array tables{halvesOf(kLinear, factor[0]), halvesOf(kLinear, factor[1]),
-                            halvesOf(kLinear, factor[2])};
-    ByteTable unit;
-    for (size_t byte = 0; byte < unit.size(); ++byte)
-        unit[byte] = static_cast<float>(byte) / 255.0F;
-    const auto alphas = halvesOf(unit, 1.0F);
+void convertBytes(const DecodedPicture& picture, Encoding encoding, AlphaUse use,
+                  const std::array<float, 3>& factor, Texels& texels) {
+    const ByteTable& values = valuesOf(encoding);
+    const std::array tables{halvesOf(values, factor[0]), halvesOf(values, factor[1]),
+                            halvesOf(values, factor[2])};
+    const auto alphas = halvesOf(valuesOf(Encoding::Linear), 1.0F);
     const int channels = picture.channels();
     std::uint16_t* out = texels.halves.data();
     for (int y = 0; y < picture.height(); ++y) {
@@ -58,9 +67,11 @@ void convertBytes(const DecodedPicture& picture, AlphaUse use, const std::array<
 
 /// The mean of the block of step x step pixels, less at the far edges, that begins at x, y. Colours are
 /// weighed by alpha, so that what can't be seen doesn't shine through.
-std::array<float, 4> meanOfBlock(const DecodedPicture& picture, AlphaUse use, int x, int y, int step) {
+std::array<float, 4> meanOfBlock(const DecodedPicture& picture, Encoding encoding, AlphaUse use, int x, int y,
+                                 int step) {
     const int endX = std::min(x + step, picture.width());
     const int endY = std::min(y + step, picture.height());
+    const ByteTable& values = valuesOf(encoding);
     std::array<float, 4> sum{};
     for (int row = y; row < endY; ++row) {
         for (int column = x; column < endX; ++column) {
@@ -68,7 +79,7 @@ std::array<float, 4> meanOfBlock(const DecodedPicture& picture, AlphaUse use, in
                 picture.row(row) + static_cast<ptrdiff_t>(column) * picture.channels();
             const float alpha = alphaOf(pixel, picture.channels(), use);
             for (size_t channel = 0; channel < 3; ++channel)
-                sum[channel] += kLinear[pixel[channel]] * alpha;
+                sum[channel] += values[pixel[channel]] * alpha;
             sum[3] += alpha;
         }
     }
@@ -77,12 +88,12 @@ std::array<float, 4> meanOfBlock(const DecodedPicture& picture, AlphaUse use, in
     return {sum[0] / weight, sum[1] / weight, sum[2] / weight, sum[3] / count};
 }
 
-void convertBlocks(const DecodedPicture& picture, AlphaUse use, const std::array<float, 3>& factor, int step,
-                   Texels& texels) {
+void convertBlocks(const DecodedPicture& picture, Encoding encoding, AlphaUse use,
+                   const std::array<float, 3>& factor, int step, Texels& texels) {
     std::uint16_t* out = texels.halves.data();
     for (int y = 0; y < picture.height(); y += step) {
         for (int x = 0; x < picture.width(); x += step, out += 4) {
-            const std::array<float, 4> mean = meanOfBlock(picture, use, x, y, step);
+            const std::array<float, 4> mean = meanOfBlock(picture, encoding, use, x, y, step);
             for (size_t channel = 0; channel < 3; ++channel)
                 out[channel] = toHalf(mean[channel] * factor[channel]);
             out[3] = toHalf(mean[3]);
@@ -109,17 +120,17 @@ std::uint16_t toHalf(float value) {
     return static_cast<std::uint16_t>(sign | ((rounded >> 13) - ((127U - 15U) << 10)));
 }
 
-Texels makeTexels(const DecodedPicture& picture, AlphaUse alpha, const std::array<float, 3>& factor,
-                  int largestSide) {
+Texels makeTexels(const DecodedPicture& picture, Encoding encoding, AlphaUse alpha,
+                  const std::array<float, 3>& factor, int largestSide) {
     const int step =
         std::max(dividedUp(picture.width(), largestSide), dividedUp(picture.height(), largestSide));
     Texels texels{dividedUp(picture.width(), step), dividedUp(picture.height(), step), {}};
     texels.halves.resize(static_cast<size_t>(texels.width) * static_cast<size_t>(texels.height) * 4);
     const bool perByte = step == 1 && (alpha != AlphaUse::Multiplied || picture.channels() == 3);
     if (perByte)
-        convertBytes(picture, alpha, factor, texels);
+        convertBytes(picture, encoding, alpha, factor, texels);
     else
-        convertBlocks(picture, alpha, factor, step, texels);
+        convertBlocks(picture, encoding, alpha, factor, step, texels);
     return texels;
 }
 

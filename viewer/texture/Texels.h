@@ -15,6 +15,12 @@ enum class AlphaUse : std::uint8_t {
     Multiplied ///< colours are multiplied by it, as blending wants them
 };
 
+/// What a picture's numbers are.
+enum class Encoding : std::uint8_t {
+    Srgb,  ///< colours as screens show them
+    Linear ///< shares and directions: the numbers themselves
+};
+
 /// Linear red, green, blue, alpha as half floats (IEEE 754 binary16), rows from the top down. Half floats
 /// hold each of the 256 sRGB values apart, also multiplied by alpha, and filter linearly.
 struct Texels {
@@ -23,10 +29,10 @@ struct Texels {
     std::vector<std::uint16_t> halves; ///< width x height x 4
 };
 
-/// Decodes sRGB colours to linear ones times `factor`. A picture that is larger than `largestSide` either way
+/// Decodes colours to linear ones times `factor`. A picture that is larger than `largestSide` either way
 /// is reduced by a whole number: each texel is the mean of a block. Needs no GL.
-Texels makeTexels(const DecodedPicture& picture, AlphaUse alpha, const std::array<float, 3>& factor,
-                  int largestSide);
+Texels makeTexels(const DecodedPicture& picture, Encoding encoding, AlphaUse alpha,
+                  const std::array<float, 3>& factor, int largestSide);
 
 /// A single texel of that colour.
 Texels makeTexel(const std::array<float, 3>& linearColor);

@@ -18,7 +18,7 @@ LoadedTexture load(const TextureJob& job, int largestSide) {
         const DecodedPicture picture(*job.image);
         loaded.pictureWidth = picture.width();
         loaded.pictureHeight = picture.height();
-        loaded.texels = makeTexels(picture, job.alpha, job.factor, largestSide);
+        loaded.texels = makeTexels(picture, job.encoding, job.alpha, job.factor, largestSide);
     } catch (const PictureError& error) {
         loaded.fault = error.what();
     } catch (const std::bad_alloc&) {

@@ -14,6 +14,7 @@ namespace orloview {
 /// A picture to be read, and what is to become of it.
 struct TextureJob {
     const Image* image = nullptr; ///< null: a single texel of the colour `factor`
+    Encoding encoding = Encoding::Srgb;
     AlphaUse alpha = AlphaUse::Ignored;
     std::array<float, 3> factor{1.0F, 1.0F, 1.0F}; ///< multiplies the linear colour
 };
