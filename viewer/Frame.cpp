@@ -88,24 +88,43 @@ bool emitsByTexture(const Material& material, const TextureLayer* layer) {
     return layer || material.emissiveTexture.texture >= 0;
 }
 
-/// Sets an instance's material and matrix, lets `draw` draw it, and takes the matrix back.
+/// Draws in an instance's own space.
 template <typename Draw>
-void drawPlaced(DrawableScene& drawable, size_t index, const FrameLook& look, TextureUnits& units,
-                Draw draw) {
+void drawPlaced(const DrawableScene& drawable, size_t index, Draw draw) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
-    const Material& material = drawable.materialOf(index);
     const koLinear::AffineMatrix& toWorld = drawable.scene().instances[index].toWorld;
-    const TextureLayer* emission = drawable.emissionLayerOf(index);
-    passStateOf(material).applyGL(false);
-    units.set(drawable.baseLayerOf(index), emission);
-    const bool cullBackFaces = look.culling && !look.wireframe && !drawable.isDoubleSided(index);
-    setMaterial(material, look.lights && drawable.isLit(index), cullBackFaces,
-                emitsByTexture(material, emission));
     gl->glFrontFace(toWorld.determinant() < 0.0 ? GL_CW : GL_CCW);
     gl->glPushMatrix();
     gl->glMultMatrixd(koLinear::ProjMatrix(toWorld).data());
     draw();
     gl->glPopMatrix();
+}
+
+bool cullsBackFaces(const DrawableScene& drawable, size_t index, const FrameLook& look) {
+    return look.culling && !look.wireframe && !drawable.isDoubleSided(index);
+}
+
+/// Sets what GL's own functions draw an instance by.
+void setFixedMaterial(const DrawableScene& drawable, size_t index, const FrameLook& look,
+                      TextureUnits& units) {
+    const Material& material = drawable.materialOf(index);
+    const TextureLayer* emission = drawable.emissionLayerOf(index);
+    passStateOf(material).applyGL(false);
+    units.set(drawable.baseLayerOf(index), emission);
+    setMaterial(material, look.lights && drawable.isLit(index), cullsBackFaces(drawable, index, look),
+                emitsByTexture(material, emission));
+}
+
+/// Sets what surrounds a compiled material, whose shader hides and multiplies by its alpha itself.
+void setShadedMaterial(const DrawableScene& drawable, size_t index, const FrameLook& look) {
+    const Material& material = drawable.materialOf(index);
+    GLPassState state = passStateOf(material);
+    state.setColorMask(true, true, true, true);
+    state.applyGL(false);
+    GLFunctionTable::fpGlobalFunctionTable->glColor4f(1.0F, 1.0F, 1.0F, 1.0F); // of meshes without colours
+    enable(GL_CULL_FACE, cullsBackFaces(drawable, index, look));
+    enable(GL_BLEND, material.alphaMode == AlphaMode::Blend);
+    GLFunctionTable::fpGlobalFunctionTable->glDisable(GL_ALPHA_TEST);
 }
 
 /// Makes opaque what has just been drawn of an instance: what passed the alpha test is there wholly, whatever
@@ -123,13 +142,46 @@ void fillAlpha(DrawableScene& drawable, size_t index, TextureUnits& units) {
     drawable.drawShape(index);
 }
 
-void drawInstance(DrawableScene& drawable, size_t index, const FrameLook& look, TextureUnits& units) {
-    drawPlaced(drawable, index, look, units, [&] {
+void drawFixed(DrawableScene& drawable, size_t index, const FrameLook& look, TextureUnits& units) {
+    setFixedMaterial(drawable, index, look, units);
+    drawPlaced(drawable, index, [&] {
         drawable.drawMesh(index);
         const bool mayBeSeenThrough = look.background[3] < 1.0F;
         if (drawable.materialOf(index).alphaMode == AlphaMode::Mask && mayBeSeenThrough)
             fillAlpha(drawable, index, units);
     });
+}
+
+void drawSceneFixed(const FrameContent& content, const View& view, const FrameLook& look,
+                    TextureUnits& units) {
+    DrawableScene& drawable = content.drawable;
+    for (const size_t index : drawable.opaqueInstances())
+        drawFixed(drawable, index, look, units);
+    for (const BlendedElements::Run& run : drawable.farthestFirst(view.worldToEye)) {
+        setFixedMaterial(drawable, run.instance, look, units);
+        drawPlaced(drawable, run.instance, [&] { drawable.drawRun(run); });
+    }
+}
+
+void drawSceneShaded(const FrameContent& content, const View& view, const FrameLook& look,
+                     TextureUnits& units) {
+    DrawableScene& drawable = content.drawable;
+    content.shaders->beginFrame(view.worldToEye);
+    const auto prepare = [&](size_t index) {
+        if (content.shaders->bind(index, look.lights))
+            setShadedMaterial(drawable, index, look);
+        else
+            setFixedMaterial(drawable, index, look, units);
+    };
+    for (const size_t index : drawable.opaqueInstances()) {
+        prepare(index);
+        drawPlaced(drawable, index, [&] { drawable.drawMesh(index); });
+    }
+    for (const BlendedElements::Run& run : drawable.farthestFirst(view.worldToEye)) {
+        prepare(run.instance);
+        drawPlaced(drawable, run.instance, [&] { drawable.drawRun(run); });
+    }
+    content.shaders->endFrame();
 }
 
 } // namespace
@@ -147,13 +199,13 @@ void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& cont
 
     TextureUnits units;
     if (look.grid)
-        drawInstance(content.grid, 0, look, units);
+        drawFixed(content.grid, 0, look, units);
     if (look.axes)
-        drawInstance(content.axes, 0, look, units);
-    for (const size_t index : content.drawable.opaqueInstances())
-        drawInstance(content.drawable, index, look, units);
-    for (const BlendedElements::Run& run : content.drawable.farthestFirst(view.worldToEye))
-        drawPlaced(content.drawable, run.instance, look, units, [&] { content.drawable.drawRun(run); });
+        drawFixed(content.axes, 0, look, units);
+    if (content.shaders)
+        drawSceneShaded(content, view, look, units);
+    else
+        drawSceneFixed(content, view, look, units);
 }
 
 } // namespace orloview

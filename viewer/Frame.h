@@ -1,8 +1,9 @@
 #pragma once
 
 #include "draw/DrawableScene.h"
-#include "draw/StudioLights.h"
+#include "draw/SceneLights.h"
 #include "scene/View.h"
+#include "shading/SceneShaders.h"
 
 #include <framebuffer/GLFrameBuffer.h>
 #include <orlohost/koColor.h>
@@ -28,9 +29,10 @@ struct FrameLook {
 /// What is in a frame.
 struct FrameContent {
     DrawableScene& drawable;
-    StudioLights& lights;
+    SceneLights& lights;
     DrawableScene& grid; ///< of one instance, as axes
     DrawableScene& axes;
+    SceneShaders* shaders; ///< of `drawable`; null: GL's own functions draw it
 };
 
 /// Draws one frame: the road from the library's frame buffer to the last group. Needs the context that the

@@ -106,6 +106,25 @@ Progress::Mode parseProgress(const std::string& text, bool quiet) {
     return text == "plain" ? Progress::Mode::Plain : Progress::Mode::Bar;
 }
 
+std::optional<Shading> parseShading(const std::string& name, const std::string& text) {
+    if (text == "fixed")
+        return Shading::Fixed;
+    if (text == "glsl")
+        return Shading::Glsl;
+    if (text == "cg")
+        wrong(name, text, "Cg shaders can't be drawn with yet; give fixed or glsl");
+    wrong(name, text, "give fixed or glsl");
+}
+
+std::optional<Sky> parseSky(const std::string& text) {
+    if (text == "none")
+        return std::nullopt;
+    std::optional<Sky> sky = Sky::named(text);
+    if (!sky)
+        wrong("--sky", text, "give one of none, " + Sky::names(", "));
+    return sky;
+}
+
 std::optional<double> parseFieldOfView(const std::string& text) {
     if (text.empty())
         return std::nullopt;
@@ -178,6 +197,9 @@ void checkTogether(const Options& options) {
     if (options.turntable > 0 && (options.output.empty() || options.output == "-"))
         throw Failure(kExitUsage,
                       "--turntable: give -o and a name, such as -o turn.png, for turn_001.png and so on");
+    if (!options.dumpShaders.empty() && options.shading == Shading::Fixed)
+        throw Failure(kExitUsage,
+                      "--dump-shaders: there are none with --shading fixed; leave one of them out");
     if (options.camera &&
         (options.eye || options.target || options.up || options.fieldOfView || options.orthographic))
         throw Failure(kExitUsage,
@@ -234,6 +256,8 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     std::string camera;
     std::string background;
     std::string progress;
+    std::string shading;
+    std::string sky = "studio";
     bool noLights = false;
     bool noCulling = false;
 
@@ -279,6 +303,13 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
                  "Draw without perspective, as large as at the target with it");
     app.add_option("--background", background, "A name, #RRGGBB, #RRGGBBAA, or transparent")
         ->type_name("COLOUR");
+    app.add_option("--shading", shading,
+                   "Draw materials by OpenGL's own functions or by shaders; shaders unless given")
+        ->type_name("fixed|glsl|cg");
+    app.add_option("--sky", sky, "What shines from all round, with shaders: studio unless given")
+        ->type_name("none|" + Sky::names("|"));
+    app.add_option("--dump-shaders", options.dumpShaders, "Write the sources of the materials' shaders")
+        ->type_name("FOLDER");
     app.add_flag("--wireframe", options.wireframe, "Draw edges only");
     app.add_flag("--no-lights", noLights, "Draw colours as they are, unlit");
     app.add_flag("--no-culling", noCulling, "Draw triangles from behind too");
@@ -326,6 +357,9 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     if (app.count("--offscreen") != 0 && offscreen != "fbo" && offscreen != "pbuffer")
         wrong("--offscreen", offscreen, "give fbo or pbuffer");
     options.sampling.pbuffer = offscreen == "pbuffer";
+    if (app.count("--shading") != 0)
+        options.shading = parseShading("--shading", shading);
+    options.sky = parseSky(sky);
     options.progress = parseProgress(progress, options.quiet);
     options.lights = !noLights;
     options.culling = !noCulling;

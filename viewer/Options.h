@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Shading.h"
 #include "output/Progress.h"
 #include "output/Sampling.h"
+#include "shading/Sky.h"
 
 #include <array>
 #include <optional>
@@ -48,6 +50,15 @@ struct Options {
 
     /// Whether files are written instead of showing a window.
     bool writes() const { return !output.empty() || !depth.empty() || !cubeMap.empty(); }
+
+    /// What the scene is drawn by; none: shaders where OpenGL has them.
+    std::optional<Shading> shading;
+
+    /// What shines from all round; none without shaders.
+    std::optional<Sky> sky;
+
+    /// The folder that the sources of shaders are written to; empty: none.
+    std::string dumpShaders;
 
     bool orthographic = false;
     bool wireframe = false;

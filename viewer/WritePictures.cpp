@@ -45,17 +45,19 @@ public:
           fBounds(boundsWith(scene.bounds(), fGuides, options.grid, options.axes)),
           fView(chooseView(options, scene, fBounds)),
           fDisplay(DisplaySession::Kind::Offscreen, options.verbose), fGL(fDisplay.display()),
-          fDrawable(scene, progress.report()), fGrid(fGuides.grid), fAxes(fGuides.axes) {
+          fDrawn(scene, fGuides, options, progress.report()) {
         if (options.stats)
             CallCounter::install();
         CallCounter::take();
         progress.begin(Progress::Stage::Upload);
-        fDrawable.upload(progress.report());
+        fDrawn.upload(progress.report());
         if (!options.quiet)
-            printWarnings(fDrawable, progress);
+            printWarnings(fDrawn, progress);
+        if (!options.dumpShaders.empty())
+            fDrawn.dumpShaders(options.dumpShaders);
     }
 
-    bool complete() const { return fDrawable.warnings().empty(); }
+    bool complete() const { return fDrawn.warnings().empty(); }
 
     void writePicture() {
         fProgress.begin(Progress::Stage::Draw);
@@ -111,7 +113,7 @@ public:
     }
 
 private:
-    FrameContent content() { return {fDrawable, fLights, fGrid, fAxes}; }
+    FrameContent content() { return fDrawn.content(); }
 
     std::unique_ptr<PictureFile> create(const std::string& path) const {
         return createPicture(path, *formatOf(path), fOptions.width, fOptions.height,
@@ -133,10 +135,7 @@ private:
     View fView;
     DisplaySession fDisplay;
     GLSession fGL;
-    StudioLights fLights;
-    DrawableScene fDrawable;
-    DrawableScene fGrid;
-    DrawableScene fAxes;
+    DrawnScene fDrawn;
 };
 
 } // namespace
@@ -157,9 +156,9 @@ bool writePictures(const Options& options, const Scene& scene, Progress& progres
     return session.complete();
 }
 
-void printWarnings(const DrawableScene& drawable, Progress& progress) {
+void printWarnings(const DrawnScene& drawn, Progress& progress) {
     progress.clear();
-    for (const std::string& warning : drawable.warnings())
+    for (const std::string& warning : drawn.warnings())
         std::fprintf(stderr, "orloview: %s\n", warning.c_str());
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "DrawnScene.h"
 #include "Options.h"
-#include "draw/DrawableScene.h"
 #include "output/Progress.h"
 #include "scene/Scene.h"
 
@@ -12,6 +12,6 @@ namespace orloview {
 bool writePictures(const Options& options, const Scene& scene, Progress& progress);
 
 /// Tells of pictures that were left out of the scene, on standard error.
-void printWarnings(const DrawableScene& drawable, Progress& progress);
+void printWarnings(const DrawnScene& drawn, Progress& progress);
 
 } // namespace orloview

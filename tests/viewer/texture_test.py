@@ -31,16 +31,23 @@ def unlit(texture=0, factor=(1, 1, 1, 1), uv_set=0, transform=None, **more):
 
 
 class Textures(ViewerProgram):
-    def draw(self, quads, materials, pictures, *switches, size=64, expect=0, **more):
-        """The rows of (r, g, b, a) of a scene in front of the file's camera."""
+    def draw(self, quads, materials, pictures, *switches, size=64, expect=0, shadings=("fixed", "glsl"), **more):
+        """The rows of (r, g, b, a) of a scene in front of the file's camera, the same with each shading."""
         names = []
         for number, rows in enumerate(pictures):
             names.append(f"{number}.png")
             self.write(names[-1], png(rows) if isinstance(rows, list) else rows)
         model = self.write("m.gltf", textured(quads, materials, names, **{"samplers": (NEAREST,), **more}))
         switches = switches if "--camera" in switches else (*switches, "--camera", "0")
-        _, _, channels, rows = self.picture(model, "--size", f"{size}x{size}", *switches, expect=expect)
-        return [[tuple(row[x : x + channels]) + (255,) * (4 - channels) for x in range(0, len(row), channels)] for row in rows]
+        drawn = []
+        for shading in shadings:
+            _, _, channels, rows = self.picture(model, "--size", f"{size}x{size}", "--shading", shading, *switches, expect=expect)
+            drawn.append([[tuple(row[x : x + channels]) + (255,) * (4 - channels) for x in range(0, len(row), channels)] for row in rows])
+        for other in drawn[1:]:
+            for row, other_row in zip(drawn[0], other):
+                for pixel, other_pixel in zip(row, other_row):
+                    self.close(other_pixel, pixel)
+        return drawn[0]
 
     def close(self, pixel, wanted, tolerance=1):
         self.assertTrue(all(abs(a - b) <= tolerance for a, b in zip(pixel, wanted)), f"{pixel}, not {wanted}")
@@ -109,7 +116,7 @@ class Textures(ViewerProgram):
         flipped = [(1 - u, v) for u, v in UNIT_SQUARE]
         base, glow = [[(255, 0, 0, 255), (0, 0, 0, 255)]], [[(0, 90, 0, 255), (0, 0, 255, 255)]]
         quads = [{"material": 0, "at": WHOLE, "uvs": [UNIT_SQUARE, flipped]}]
-        rows = self.draw(quads, [material], [base, glow])
+        rows = self.draw(quads, [material], [base, glow], shadings=["fixed"])
         self.close(rows[32][16], (0, 90, 0, 255))
         self.close(rows[32][48], (188, 0, 188, 255))
 
@@ -117,7 +124,7 @@ class Textures(ViewerProgram):
         plain = {"pbrMetallicRoughness": {"baseColorFactor": [0, 0, 1, 1]}, "extensions": {"KHR_materials_unlit": {}}}
         glowing = unlit(emissiveTexture={"index": 0}, emissiveFactor=[1, 1, 1], transform={"scale": [3, 3]})
         quads = [{"material": 0, "at": (-1, 1, 1, 0)}, {"material": 1, "at": (-1, 0, 1, -1)}]
-        rows = self.draw(quads, [plain, glowing], [[[RED, GREEN]]], "--tile", "16", "--samples", "1")
+        rows = self.draw(quads, [plain, glowing], [[[RED, GREEN]]], "--tile", "16", "--samples", "1", shadings=["fixed"])
         self.assertEqual({pixel for row in rows[:32] for pixel in row}, {BLUE}, "drawn first, in each tile")
         self.assertEqual({pixel for row in rows[32:] for pixel in row}, {RED, GREEN, (255, 255, 0, 255)})
 
@@ -131,15 +138,15 @@ class Textures(ViewerProgram):
 
     def test_emission_is_not_tinted_by_the_base_colour(self):
         material = unlit(emissiveFactor=[0, linear(120), 0])
-        rows = self.draw([{"material": 0, "at": WHOLE}], [material], [[[RED]]])
+        rows = self.draw([{"material": 0, "at": WHOLE}], [material], [[[RED]]], shadings=["fixed"])
         self.close(rows[32][32], (255, 120, 0, 255))
 
     def test_a_lit_surface_sends_out_its_emission_once(self):
         dark = {"pbrMetallicRoughness": {"baseColorTexture": {"index": 0}, "baseColorFactor": [0, 0, 0, 1], "metallicFactor": 0}}
         quads = [{"material": 0, "at": WHOLE}]
-        rows = self.draw(quads, [{**dark, "emissiveFactor": [0, 0.25, 0]}], [[[WHITE]]])
+        rows = self.draw(quads, [{**dark, "emissiveFactor": [0, 0.25, 0]}], [[[WHITE]]], shadings=["fixed"])
         self.close(rows[32][32], (0, encoded(0.25), 0, 255))
-        rows = self.draw(quads, [{**dark, "emissiveFactor": [1, 1, 1], "emissiveTexture": {"index": 1}}], [[[WHITE]], b"broken"], expect=3)
+        rows = self.draw(quads, [{**dark, "emissiveFactor": [1, 1, 1], "emissiveTexture": {"index": 1}}], [[[WHITE]], b"broken"], expect=3, shadings=["fixed"])
         self.close(rows[32][32], (0, 0, 0, 255))
 
     def test_overlapping_transparent_quads_from_both_sides(self):
@@ -162,7 +169,7 @@ class Textures(ViewerProgram):
 
     def names_made(self, quads, materials):
         self.draw(quads, materials, [[[RED]]])
-        told = self.run_viewer(self.path("m.gltf"), "--stats", "-o", self.path("out.png")).stderr.decode()
+        told = self.run_viewer(self.path("m.gltf"), "--stats", "--shading", "fixed", "-o", self.path("out.png")).stderr.decode()
         return int(told.split(" GL names made")[0].split()[-1])
 
     def test_a_picture_that_cannot_be_read_is_told_once_and_left_out(self):

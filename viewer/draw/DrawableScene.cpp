@@ -53,8 +53,8 @@ koColor::Color storedColor(const Material& material, const koColor::Color& color
     return {color[0] * color[3], color[1] * color[3], color[2] * color[3], color[3]};
 }
 
-DrawableScene::DrawableScene(const Scene& scene, const ProgressReport& report)
-    : fScene(scene), fTextures(scene) {
+DrawableScene::DrawableScene(const Scene& scene, Shading shading, const ProgressReport& report)
+    : fScene(scene), fTextures(shading == Shading::Fixed ? std::make_unique<SceneTextures>(scene) : nullptr) {
     const auto routeTo = [this](GLRouting::GLInterpolant interpolant, GeometryData::DataType type) {
         GLRouting::Slot& slot = fRouting.fSlots[interpolant];
         slot.fMode = GLRouting::kFromGeometry;
@@ -95,16 +95,9 @@ std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh&
     addStream(GeometryData::kPosition, 3, mesh.positions);
     addStream(GeometryData::kNormal, 3, mesh.normals);
 
-    const Material& material = mesh.material < 0 ? kPlainMaterial : fScene.materials[mesh.material];
-    drawable->colors.reserve(mesh.colors.size());
-    for (size_t i = 0; i + 3 < mesh.colors.size(); i += 4) {
-        koColor::Color color;
-        for (int channel = 0; channel < 4; ++channel)
-            color[channel] = mesh.colors[i + channel] * material.baseColor[channel];
-        const koColor::Color stored = storedColor(material, color);
-        drawable->colors.insert(drawable->colors.end(), stored.data(), stored.data() + 4);
-    }
-    addStream(GeometryData::kColor, 4, drawable->colors);
+    if (fTextures)
+        addColors(mesh, *drawable);
+    addStream(GeometryData::kColor, 4, fTextures ? drawable->colors : mesh.colors);
     addUvStreams(mesh, *drawable);
 
     if (mesh.topology == Topology::Triangles)
@@ -113,22 +106,52 @@ std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh&
     return drawable;
 }
 
+void DrawableScene::addColors(const Mesh& mesh, Drawable& drawable) const {
+    const Material& material = mesh.material < 0 ? kPlainMaterial : fScene.materials[mesh.material];
+    drawable.colors.reserve(mesh.colors.size());
+    for (size_t i = 0; i + 3 < mesh.colors.size(); i += 4) {
+        koColor::Color color;
+        for (int channel = 0; channel < 4; ++channel)
+            color[channel] = mesh.colors[i + channel] * material.baseColor[channel];
+        const koColor::Color stored = storedColor(material, color);
+        drawable.colors.insert(drawable.colors.end(), stored.data(), stored.data() + 4);
+    }
+}
+
+/// Which set each texture unit gets: GL's own functions have the base colour's on unit 0 and the emission's
+/// on unit 1; shaders find set N on unit N.
 void DrawableScene::addUvStreams(const Mesh& mesh, Drawable& drawable) const {
-    const MaterialLayers& layers = fTextures.layersOf(mesh.material);
-    const std::array<const TextureLayer*, kLayers> wanted{&layers.base, &layers.emission};
+    std::array<int, kMostUvSets> sets;
+    sets.fill(-1);
+    if (fTextures) {
+        const MaterialLayers& layers = fTextures->layersOf(mesh.material);
+        sets[0] = layers.base.uvSet.value_or(-1);
+        sets[1] = layers.emission.uvSet.value_or(-1);
+    } else if (mesh.material >= 0) {
+        for (const auto use : kTextureUses) {
+            const TextureUse& used = fScene.materials[static_cast<size_t>(mesh.material)].*use;
+            if (used.texture >= 0 && static_cast<size_t>(used.uvSet) < kMostUvSets)
+                sets[static_cast<size_t>(used.uvSet)] = used.uvSet;
+        }
+    }
+    drawable.uvStreams.fill(-1);
     std::vector<int> added;
-    for (size_t i = 0; i < kLayers; ++i) {
-        if (!wanted[i]->uvSet || !hasUvSet(mesh, *wanted[i]->uvSet))
+    for (size_t unit = 0; unit < kMostUvSets; ++unit) {
+        if (sets[unit] < 0 || !hasUvSet(mesh, sets[unit]))
             continue;
-        const auto known = std::find(added.begin(), added.end(), *wanted[i]->uvSet);
-        drawable.uvStreams[i] = static_cast<int>(known - added.begin());
+        const auto known = std::find(added.begin(), added.end(), sets[unit]);
+        drawable.uvStreams[unit] = static_cast<int>(known - added.begin());
         if (known != added.end())
             continue;
-        added.push_back(*wanted[i]->uvSet);
+        added.push_back(sets[unit]);
         drawable.group.addStream(std::make_unique<GeometryData>(
-            GeometryData::kTexCoord, 2, mesh.uvSets[static_cast<size_t>(*wanted[i]->uvSet)].data(),
+            GeometryData::kTexCoord, 2, mesh.uvSets[static_cast<size_t>(sets[unit])].data(),
             static_cast<uint32_t>(mesh.vertexCount())));
     }
+}
+
+std::vector<std::string> DrawableScene::warnings() const {
+    return fTextures ? fTextures->warnings() : std::vector<std::string>();
 }
 
 const Material& DrawableScene::materialOf(size_t instance) const {
@@ -138,12 +161,12 @@ const Material& DrawableScene::materialOf(size_t instance) const {
 
 const TextureLayer* DrawableScene::baseLayerOf(size_t instance) const {
     const Mesh& mesh = meshOf(instance);
-    return usable(fTextures.layersOf(mesh.material).base, mesh);
+    return fTextures ? usable(fTextures->layersOf(mesh.material).base, mesh) : nullptr;
 }
 
 const TextureLayer* DrawableScene::emissionLayerOf(size_t instance) const {
     const Mesh& mesh = meshOf(instance);
-    return usable(fTextures.layersOf(mesh.material).emission, mesh);
+    return fTextures ? usable(fTextures->layersOf(mesh.material).emission, mesh) : nullptr;
 }
 
 bool DrawableScene::isLit(size_t instance) const {
@@ -156,7 +179,7 @@ bool DrawableScene::isDoubleSided(size_t instance) const {
 
 void DrawableScene::route(const Drawable& drawable) {
     fRouting.fSlots[GLRouting::kColor].fMode = GLRouting::kFromGeometry;
-    for (size_t i = 0; i < kLayers; ++i) {
+    for (size_t i = 0; i < kMostUvSets; ++i) {
         GLRouting::Slot& slot = fRouting.fSlots[texCoord(i)];
         slot.fMode = drawable.uvStreams[i] < 0 ? GLRouting::kUnused : GLRouting::kFromGeometry;
         slot.fDataType = GeometryData::kTexCoord;
@@ -170,8 +193,9 @@ void DrawableScene::drawMesh(size_t instance) {
 }
 
 void DrawableScene::drawShape(size_t instance) {
-    for (const GLRouting::GLInterpolant i : {GLRouting::kColor, texCoord(0), texCoord(1)})
-        fRouting.fSlots[i].fMode = GLRouting::kUnused;
+    fRouting.fSlots[GLRouting::kColor].fMode = GLRouting::kUnused;
+    for (size_t unit = 0; unit < kMostUvSets; ++unit)
+        fRouting.fSlots[texCoord(unit)].fMode = GLRouting::kUnused;
     drawRouted(instance);
 }
 
@@ -224,7 +248,7 @@ void DrawableScene::uploadIndices(const Mesh& mesh, Drawable& drawable) {
 }
 
 void DrawableScene::upload(const ProgressReport& report) {
-    const auto all = static_cast<double>(fDrawables.size() + fTextures.count());
+    const auto all = static_cast<double>(fDrawables.size() + (fTextures ? fTextures->count() : 0));
     for (size_t i = 0; i < fDrawables.size(); ++i) {
         route(*fDrawables[i]);
         fRouting.fGroup = &fDrawables[i]->group;
@@ -234,7 +258,8 @@ void DrawableScene::upload(const ProgressReport& report) {
         tell(report, static_cast<double>(i + 1), all);
     }
     size_t done = fDrawables.size();
-    fTextures.upload([&] { tell(report, static_cast<double>(++done), all); });
+    if (fTextures)
+        fTextures->upload([&] { tell(report, static_cast<double>(++done), all); });
 }
 
 } // namespace orloview

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ProgressReport.h"
+#include "Shading.h"
 #include "draw/BlendedElements.h"
 #include "scene/Scene.h"
 #include "texture/SceneTextures.h"
@@ -21,7 +22,8 @@ namespace orloview {
 /// outlive it.
 class DrawableScene {
 public:
-    explicit DrawableScene(const Scene& scene, const ProgressReport& report = {});
+    explicit DrawableScene(const Scene& scene, Shading shading = Shading::Fixed,
+                           const ProgressReport& report = {});
     ~DrawableScene();
 
     DrawableScene(const DrawableScene&) = delete;
@@ -33,7 +35,7 @@ public:
     void upload(const ProgressReport& report);
 
     /// Pictures that were left out or reduced, a line each. Filled by `upload`.
-    const std::vector<std::string>& warnings() const { return fTextures.warnings(); }
+    std::vector<std::string> warnings() const;
 
     /// Instances whose material is drawn with all it covers hidden, in the order of the file.
     const std::vector<size_t>& opaqueInstances() const { return fOpaque; }
@@ -65,17 +67,18 @@ public:
     void drawRun(const BlendedElements::Run& run);
 
 private:
-    static constexpr size_t kLayers = 2;
+    static constexpr size_t kMostUvSets = 8;
 
     struct Drawable {
         GeometryLogicalGroup group;
-        std::array<int, kLayers> uvStreams{-1, -1}; ///< of base and emission; -1: none
-        std::vector<float> colors;         ///< vertex colours times base colour, where the mesh has any
-        std::unique_ptr<GLObject> indices; ///< of points and lines, made when first needed
+        std::array<int, kMostUvSets> uvStreams; ///< by texture unit; -1: none
+        std::vector<float> colors;              ///< vertex colours times base colour, for GL's own functions
+        std::unique_ptr<GLObject> indices;      ///< of points and lines, made when first needed
         bool indicesTried = false;
     };
 
     std::unique_ptr<Drawable> makeDrawable(const Mesh& mesh) const;
+    void addColors(const Mesh& mesh, Drawable& drawable) const;
     void addUvStreams(const Mesh& mesh, Drawable& drawable) const;
     const Mesh& meshOf(size_t instance) const { return fScene.meshes[fScene.instances[instance].mesh]; }
     Drawable& drawableOf(size_t instance) { return *fDrawables[fScene.instances[instance].mesh]; }
@@ -85,7 +88,7 @@ private:
     static void drawElements(const Mesh& mesh, size_t count, const void* indices);
 
     const Scene& fScene;
-    SceneTextures fTextures;
+    std::unique_ptr<SceneTextures> fTextures; ///< for GL's own functions
     GLRouting fRouting;
     std::vector<std::unique_ptr<Drawable>> fDrawables; ///< as Scene::meshes
     std::vector<size_t> fOpaque;

@@ -89,7 +89,7 @@ private:
     void paint(int factor);
     void wait();
     View currentView() const;
-    FrameContent content() { return {fDrawable, fLights, fGridDrawable, fAxesDrawable}; }
+    FrameContent content() { return fDrawn.content(); }
 
     const Options& fOptions;
     const Scene& fScene;
@@ -99,10 +99,7 @@ private:
     DisplaySession fDisplaySession;
     Display* fDisplay;
     GLSession fGL;
-    StudioLights fLights;
-    DrawableScene fDrawable;
-    DrawableScene fGridDrawable;
-    DrawableScene fAxesDrawable;
+    DrawnScene fDrawn;
     std::optional<HostWindow> fWindow;
     std::optional<WindowPainter> fPainter;
     int fLineHeight;
@@ -124,8 +121,7 @@ ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Vie
     : fOptions(options), fScene(scene), fBounds(scene.bounds()), fGuides(makeGuides(fBounds, upOf(options))),
       fView(Navigation(start, upOf(options), fBounds), lookOf(options)),
       fDisplaySession(DisplaySession::Kind::Window, options.verbose), fDisplay(fDisplaySession.display()),
-      fGL(fDisplay), fDrawable(scene, progress.report()), fGridDrawable(fGuides.grid),
-      fAxesDrawable(fGuides.axes), fLineHeight(lineHeightOn(fDisplay)) {
+      fGL(fDisplay), fDrawn(scene, fGuides, options, progress.report()), fLineHeight(lineHeightOn(fDisplay)) {
     fWindow.emplace(fDisplay, titleOf(options), options.width, options.height);
     fPainter.emplace(fWindow->buffer());
     if (options.verbose && !fPainter->develops())
@@ -134,9 +130,11 @@ ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Vie
     fView.statisticsShown = options.stats;
     CallCounter::install();
     progress.begin(Progress::Stage::Upload);
-    fDrawable.upload(progress.report());
+    fDrawn.upload(progress.report());
     if (!options.quiet)
-        printWarnings(fDrawable, progress);
+        printWarnings(fDrawn, progress);
+    if (!options.dumpShaders.empty())
+        fDrawn.dumpShaders(options.dumpShaders);
     say("H lists the keys");
     progress.begin(Progress::Stage::Draw);
     paint(1);

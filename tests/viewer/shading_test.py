@@ -1,0 +1,282 @@
+#!/usr/bin/env python3
+"""Compiled materials, by the light that leaves them. Usage: shading_test.py ORLOVIEW [unittest arguments]"""
+
+import base64
+import json
+import math
+import os
+import struct
+import unittest
+
+from viewer_files import png, textured
+from viewer_program import ViewerProgram
+
+WHOLE = (-1, 1, 1, -1)
+STUDIO = (((-0.45, 0.65, 0.62), 0.78), ((0.75, 0.10, 0.55), 0.22), ((0.25, 0.60, -0.75), 0.25))
+FILE_LIGHT = 1.25  # what the lights of a file come to together
+CLEAR = ((-1, (0.13, 0.12, 0.10)), (-0.03, (0.20, 0.19, 0.17)), (0.03, (0.80, 0.88, 0.95)), (0.30, (0.42, 0.60, 0.88)), (1, (0.14, 0.28, 0.62)))
+
+
+def dot(a, b):
+    return sum(x * y for x, y in zip(a, b))
+
+
+def normalized(v):
+    return tuple(x / math.sqrt(dot(v, v)) for x in v)
+
+
+def encoded(value):
+    value = min(max(value, 0), 1)
+    return 255 * (12.92 * value if value <= 0.0031308 else 1.055 * value ** (1 / 2.4) - 0.055)
+
+
+def microfacets(n, v, l, diffuse, f0, roughness):
+    """glTF 2.0, appendix B, times pi and the cosine to the light, for one channel."""
+    nl, nv = dot(n, l), abs(dot(n, v))
+    h = normalized(tuple(a + b for a, b in zip(v, l)))
+    if nl <= 0 or dot(n, h) <= 0:
+        return 0
+    a2 = max(roughness**2, 0.002) ** 2
+    d = a2 / (dot(n, h) ** 2 * (a2 - 1) + 1) ** 2
+    vis = 1 / (nl + math.sqrt(a2 + (1 - a2) * nl * nl)) / (nv + math.sqrt(a2 + (1 - a2) * nv * nv))
+    fresnel = f0 + (1 - f0) * (1 - abs(dot(v, h))) ** 5
+    return ((1 - fresnel) * diffuse + fresnel * d * vis) * nl
+
+
+def sky_at(stops, up):
+    for (low, a), (high, b) in zip(stops, stops[1:]):
+        if up <= high or high == 1:
+            share = min(max((up - low) / (high - low), 0), 1)
+            return tuple(x + share * (y - x) for x, y in zip(a, b))
+
+
+def under_sky(stops, up, diffuse, f0, roughness):
+    """The integral of sky times glTF's model over the hemisphere, looked at along the normal, one channel each."""
+    a2, sums = max(roughness**2, 0.002) ** 2, [0, 0, 0]
+    side, rings, turns = math.sqrt(1 - up * up), 96, 24
+
+    def add(cosine, weights):
+        sine = math.sqrt(max(1 - cosine * cosine, 0))
+        for turn in range(turns):
+            color = sky_at(stops, up * cosine + side * sine * math.cos(math.pi * (turn + 0.5) / turns))
+            for channel in range(3):
+                sums[channel] += weights[channel] * color[channel] / turns
+
+    for ring in range(rings):
+        share = (ring + 0.5) / rings
+        nl = math.sqrt(share)  # diffuse: as many directions as the cosine asks for
+        fresnel = [f + (1 - f) * (1 - math.sqrt((1 + nl) / 2)) ** 5 for f in f0]
+        add(nl, [(1 - f) * d / rings for f, d in zip(fresnel, diffuse)])
+        nh = math.sqrt((1 - share) / (1 + (a2 - 1) * share))  # specular: as many facets as there are
+        nl = 2 * nh * nh - 1
+        if nl <= 0:
+            continue
+        fresnel = [f + (1 - f) * (1 - nh) ** 5 for f in f0]
+        weight = 4 * nl / (nl + math.sqrt(a2 + (1 - a2) * nl * nl)) / 2 / rings
+        add(nl, [f * weight for f in fresnel])
+    return sums
+
+
+def spheres(materials, lights=None):
+    """Spheres of radius 1, 3 apart, six in a row, each of a material."""
+    around, down = 64, 48
+    points, indices = [], []
+    for i in range(down + 1):
+        for j in range(around + 1):
+            a, b = math.pi * i / down, 2 * math.pi * j / around
+            points.append((math.sin(a) * math.sin(b), math.cos(a), math.sin(a) * math.cos(b)))
+    for i in range(down):
+        for j in range(around):
+            k = i * (around + 1) + j
+            indices += [k, k + around + 1, k + 1, k + 1, k + around + 1, k + around + 2]
+    data = b"".join(struct.pack("<3f", *p) for p in points)
+    whole = data + struct.pack("<%dI" % len(indices), *indices)
+    accessors = [
+        {"bufferView": 0, "componentType": 5126, "count": len(points), "type": "VEC3", "min": [-1, -1, -1], "max": [1, 1, 1]},
+        {"bufferView": 1, "componentType": 5125, "count": len(indices), "type": "SCALAR"},
+    ]
+    document = {
+        "asset": {"version": "2.0"},
+        "scene": 0,
+        "scenes": [{"nodes": list(range(len(materials)))}],
+        "nodes": [{"mesh": i, "translation": [3 * (i % 6), 3 * (i // 6), 0]} for i in range(len(materials))],
+        "meshes": [{"primitives": [{"attributes": {"POSITION": 0, "NORMAL": 0}, "indices": 1, "material": i}]} for i in range(len(materials))],
+        "materials": materials,
+        "accessors": accessors,
+        "bufferViews": [
+            {"buffer": 0, "byteLength": len(data)},
+            {"buffer": 0, "byteOffset": len(data), "byteLength": len(whole) - len(data)},
+        ],
+        "buffers": [{"byteLength": len(whole), "uri": "data:application/octet-stream;base64," + base64.b64encode(whole).decode()}],
+    }
+    return with_lights(document, lights or [])
+
+
+def with_lights(document, lights):
+    """Lights of KHR_lights_punctual, each with a rotation or a place of its own beside its description."""
+    if lights:
+        described = [{k: v for k, v in light.items() if k not in ("rotation", "translation")} for light in lights]
+        document["extensions"] = {"KHR_lights_punctual": {"lights": described}}
+    for i, light in enumerate(lights):
+        placed = {k: light[k] for k in ("rotation", "translation") if k in light}
+        document["nodes"].append({**placed, "extensions": {"KHR_lights_punctual": {"light": i}}})
+        document["scenes"][0]["nodes"].append(len(document["nodes"]) - 1)
+    return json.dumps(document)
+
+
+DARK = [{"type": "directional", "intensity": 0}]
+
+
+class Shading(ViewerProgram):
+    def floats(self, *arguments):
+        """Width, height and the rows of linear (r, g, b), from the bottom up."""
+        result = self.run_viewer(*arguments, "-o", self.path("out.pfm"))
+        self.assertEqual(result.returncode, 0, result.stderr.decode())
+        with open(self.path("out.pfm"), "rb") as file:
+            data = file.read()
+        _, size, _, body = data.split(b"\n", 3)
+        width, height = map(int, size.split())
+        values = struct.unpack("<%df" % (width * height * 3), body)
+        return width, height, [[values[3 * (y * width + x) : 3 * (y * width + x) + 3] for x in range(width)] for y in range(height)]
+
+    def quad(self, material, pictures=(), lights=({"type": "directional"},), switches=("--sky", "none"), uvs=None):
+        """The linear colour in the middle of a square that faces the eye, straight lit unless told otherwise."""
+        names = []
+        for number, rows in enumerate(pictures):
+            names.append(f"{number}.png")
+            self.write(names[-1], png(rows))
+        quad = {"material": 0, "at": WHOLE, **({"uvs": uvs} if uvs else {})}
+        document = json.loads(textured([quad], [material], names))
+        model = self.write("m.gltf", with_lights(document, list(lights)))
+        return self.floats(model, "--size", "33x33", "--camera", "0", "--samples", "1", *switches)[2][16][16]
+
+    def near(self, color, wanted, tolerance=0.004):
+        wanted = wanted if isinstance(wanted, (tuple, list)) else (wanted,) * 3
+        self.assertTrue(all(abs(a - b) <= tolerance * (1 + b) for a, b in zip(color, wanted)), f"{color}, not {wanted}")
+
+    def straight(self, diffuse, f0, roughness):
+        """Looked at and lit along the normal."""
+        n = (0, 0, 1)
+        return FILE_LIGHT * microfacets(n, n, n, diffuse, f0, roughness)
+
+    def test_the_roughness_and_metalness_grid_equals_an_integral(self):
+        grid = [(metallic, roughness) for metallic in (0, 0.5, 1) for roughness in (0.05, 0.2, 0.4, 0.6, 0.8, 1)]
+        base = (0.9, 0.6, 0.3)
+        materials = [{"pbrMetallicRoughness": {"baseColorFactor": [*base, 1], "metallicFactor": m, "roughnessFactor": r}} for m, r in grid]
+        model = self.write("m.gltf", spheres(materials))
+        up = 1 / math.sqrt(5)  # of the direction to the eye
+        switches = ["--eye", "7.5,53,100", "--target", "7.5,3,0", "--orthographic", "--fov", "10", "--size", "1001x1001"]
+        for sky in ("clear", "none"):
+            width, height, rows = self.floats(model, *switches, "--sky", sky, "--samples", "1")
+            per_unit = height / 2 / (math.sqrt(12500) * math.tan(math.radians(5)))
+            worst = 0
+            for i, (metallic, roughness) in enumerate(grid):
+                x, y = (3 * (i % 6) - 7.5) * per_unit, (3 * (i // 6) - 3) * per_unit * 2 * up
+                pixel = rows[round(height / 2 + y - 0.5)][round(width / 2 + x - 0.5)]
+                diffuse = [c * (1 - metallic) for c in base]
+                f0 = [0.04 + metallic * (c - 0.04) for c in base]
+                wanted = under_sky(CLEAR, up, diffuse, f0, roughness) if sky == "clear" else [0, 0, 0]
+                for direction, color in STUDIO:
+                    for channel in range(3):
+                        wanted[channel] += color * microfacets((0, 0, 1), (0, 0, 1), normalized(direction), diffuse[channel], f0[channel], roughness)
+                worst = max([worst] + [abs(encoded(a) - encoded(b)) for a, b in zip(pixel, wanted)])
+            self.assertLess(worst, 4, f"of 255, under the sky {sky}")
+
+    def test_no_sphere_sends_out_more_than_it_gets(self):
+        white = [
+            {"pbrMetallicRoughness": {"metallicFactor": m, "roughnessFactor": r}, "extensions": {"KHR_materials_clearcoat": {"clearcoatFactor": c}}}
+            for m in (0, 0.5, 1) for r in (0, 0.3, 0.6, 1) for c in (0, 1)
+        ]
+        model = self.write("m.gltf", spheres(white, DARK))
+        _, _, rows = self.floats(model, "--sky", "white", "--size", "400x300", "--background", "black", "--samples", "1")
+        brightest = max(max(pixel) for row in rows for pixel in row)
+        self.assertLess(brightest, 1.003)
+        self.assertGreater(brightest, 0.97)
+
+    def test_factors_and_textures_of_metallic_roughness(self):
+        texel = [[(255, 128, 64, 255)]]
+        pbr = {"baseColorFactor": [0.8, 0.5, 0.2, 1], "metallicFactor": 0.8, "roughnessFactor": 0.9}
+        for textured_too in (False, True):
+            metallic, roughness = (0.8, 0.9) if not textured_too else (0.8 * 64 / 255, 0.9 * 128 / 255)
+            if textured_too:
+                pbr["metallicRoughnessTexture"] = {"index": 0}
+            wanted = [self.straight(c * (1 - metallic), 0.04 + metallic * (c - 0.04), roughness) for c in (0.8, 0.5, 0.2)]
+            self.near(self.quad({"pbrMetallicRoughness": pbr}, [texel]), wanted)
+
+    def test_emission_occlusion_and_unlit(self):
+        matt = {"metallicFactor": 0, "roughnessFactor": 1, "baseColorFactor": [0.5, 0.5, 0.5, 1]}
+        texel = [[(51, 255, 255, 255)]]
+        lit = self.straight(0.5, 0.04, 1)
+        self.near(self.quad({"pbrMetallicRoughness": matt, "emissiveFactor": [0.5, 0.25, 0]}), (lit + 0.5, lit + 0.25, lit))
+        self.near(self.quad({"pbrMetallicRoughness": matt, "occlusionTexture": {"index": 0}}, [texel]), lit)  # direct light passes
+        around = [self.quad({"pbrMetallicRoughness": matt, **use}, [texel], DARK, ("--sky", "white"))
+                  for use in ({}, {"occlusionTexture": {"index": 0}}, {"occlusionTexture": {"index": 0, "strength": 0.5}})]
+        self.near(around[1], [c * 0.2 for c in around[0]])
+        self.near(around[2], [c * 0.6 for c in around[0]])
+        unlit = {"pbrMetallicRoughness": matt, "emissiveFactor": [1, 1, 1], "extensions": {"KHR_materials_unlit": {}}}
+        self.near(self.quad(unlit), 0.5)
+
+    def test_specular_glossiness(self):
+        extension = {"diffuseFactor": [0.8, 0.6, 0.4, 1], "specularFactor": [0.5, 0.25, 0.1], "glossinessFactor": 0.6}
+        material = {"extensions": {"KHR_materials_pbrSpecularGlossiness": extension}}
+        wanted = [self.straight(d * 0.5, s, 0.4) for d, s in zip((0.8, 0.6, 0.4), (0.5, 0.25, 0.1))]
+        self.near(self.quad(material), wanted)
+        extension["specularGlossinessTexture"] = {"index": 0}
+        wanted = [self.straight(d * 0.5, s, 1 - 0.6 * 128 / 255) for d, s in zip((0.8, 0.6, 0.4), (0.5, 0.25, 0.1))]
+        self.near(self.quad(material, [[[(255, 255, 255, 128)]]]), wanted)
+
+    def test_a_clear_coat_lies_over_the_rest(self):
+        pbr = {"metallicFactor": 0, "roughnessFactor": 1, "baseColorFactor": [0.5, 0.5, 0.5, 1]}
+        coat = {"clearcoatFactor": 0.8, "clearcoatRoughnessFactor": 0.3}
+        share = 0.8 * 0.04
+        wanted = (1 - share) * self.straight(0.5, 0.04, 1) + share * self.straight(0, 1, 0.3)
+        self.near(self.quad({"pbrMetallicRoughness": pbr, "extensions": {"KHR_materials_clearcoat": coat}}), wanted)
+
+    def test_normal_maps_lean_as_their_colours_say(self):
+        lean = (0.6, 0, 0.8)  # red: along u
+        for uvs, tilted in (
+            (None, (0.6, 0.0, 0.8)),
+            ([[(0, 1), (0, 0), (1, 0), (1, 1)]], (0, -0.6, 0.8)),  # u runs down the square
+            ([[(1, 0), (0, 0), (0, 1), (1, 1)]], (-0.6, 0, 0.8)),  # mirrored
+        ):
+            color = tuple(round(255 * (c + 1) / 2) for c in lean)
+            material = {"pbrMetallicRoughness": {"metallicFactor": 0}, "normalTexture": {"index": 0}}
+            # From the right and above, in a plane that tells the four leanings apart.
+            towards = normalized((0.5, 0.2, 1))
+            angle, axis = math.acos(towards[2]), normalized((-towards[1], towards[0], 0))
+            light = {"type": "directional", "rotation": [*(math.sin(angle / 2) * c for c in axis), math.cos(angle / 2)]}
+            wanted = FILE_LIGHT * microfacets(normalized(tilted), (0, 0, 1), towards, 1, 0.04, 1)
+            self.near(self.quad(material, [[[(*color, 255)]]], [light], uvs=uvs), wanted, 0.01)
+
+    def test_point_lights_fade_with_distance_and_range_and_spots_in_their_cones(self):
+        matt = {"pbrMetallicRoughness": {"metallicFactor": 0, "baseColorFactor": [0.5, 0.5, 0.5, 1]}}
+        fixed = [{"type": "point", "translation": [0, 0, d], "intensity": 7} for d in (2, 4)]
+        ranged = [{**light, "range": 5} for light in fixed]
+        window = [1 - (d / 5) ** 4 for d in (2, 4)]
+        both = [1 / (1 + 1 / 4), (1 / 4) / (1 + 1 / 4)]  # of the sum that is scaled
+        full = self.straight(0.5, 0.04, 1)
+        self.near(self.quad(matt, lights=fixed), full)
+        self.near(self.quad(matt, lights=ranged), full * dot(window, both), 0.01)
+        turned = math.radians(15)
+        spot = {"type": "spot", "translation": [0, 0, 3], "rotation": [math.sin(turned / 2), 0, 0, math.cos(turned / 2)]}
+        cone = {"innerConeAngle": math.radians(10), "outerConeAngle": math.radians(20)}
+        fade = (math.cos(turned) - math.cos(math.radians(20))) / (math.cos(math.radians(10)) - math.cos(math.radians(20)))
+        self.near(self.quad(matt, lights=[{**spot, "spot": cone}]), full * fade**2, 0.01)
+        cone["outerConeAngle"] = math.radians(14)
+        self.near(self.quad(matt, lights=[{**spot, "spot": cone}]), 0)
+
+    def test_sources_are_written_and_wrong_switches_explained(self):
+        model = self.write("m.gltf", textured([{"material": 0, "at": WHOLE}], [{"name": "a/b c"}], []))
+        self.floats(model, "--dump-shaders", self.path("shaders"), "--size", "16x16")
+        self.assertEqual(sorted(os.listdir(self.path("shaders"))), ["a_b_c.frag", "a_b_c.vert"])
+        with open(self.path("shaders/a_b_c.frag")) as file:
+            self.assertTrue(file.read().startswith("#version 120\n"))
+        out = ("-o", self.path("out.png"))
+        self.fails(1, [model, *out, "--shading", "cg"], "--shading cg: Cg shaders can't be drawn with yet; give fixed or glsl")
+        self.fails(1, [model, *out, "--shading", "x"], "--shading x: give fixed or glsl")
+        self.fails(1, [model, *out, "--sky", "blue"], "--sky blue: give one of none, studio, clear, overcast, sunset, white")
+        self.fails(1, [model, *out, "--shading", "fixed", "--dump-shaders", "d"], "--dump-shaders: there are none with --shading fixed")
+
+
+if __name__ == "__main__":
+    unittest.main()

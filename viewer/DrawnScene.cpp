@@ -1,0 +1,48 @@
+#include "DrawnScene.h"
+
+#include "ExitCode.h"
+#include "Render.h"
+
+#include <gl/GLFunctionTable.h>
+
+namespace orloview {
+
+namespace {
+
+Shading shadingFor(const Options& options) {
+    const bool hasShaders = GLFunctionTable::fpGlobalFunctionTable->usable(kCapShaderObjects);
+    if (options.shading == Shading::Glsl && !hasShaders)
+        throw Failure(kExitNoGL, "--shading glsl: this OpenGL has no shaders (GL_ARB_shader_objects); give "
+                                 "--shading fixed");
+    return options.shading.value_or(hasShaders ? Shading::Glsl : Shading::Fixed);
+}
+
+} // namespace
+
+DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& options,
+                       const ProgressReport& report)
+    : fShading(shadingFor(options)), fLights(scene), fDrawable(scene, fShading, report), fGrid(guides.grid),
+      fAxes(guides.axes) {
+    if (fShading == Shading::Glsl)
+        fShaders.emplace(scene, fLights, options.sky ? &*options.sky : nullptr, upOf(options));
+}
+
+void DrawnScene::upload(const ProgressReport& report) {
+    const double share = fShaders ? 0.5 : 1.0;
+    fDrawable.upload([&](double done) { tell(report, share * done, 1.0); });
+    if (!fShaders)
+        return;
+    const auto all = static_cast<double>(fShaders->count());
+    double done = 0.0;
+    fShaders->upload([&] { tell(report, share * (1.0 + ++done / all), 1.0); });
+}
+
+std::vector<std::string> DrawnScene::warnings() const {
+    std::vector<std::string> warnings = fDrawable.warnings();
+    for (const std::vector<std::string>& more :
+         {fLights.warnings(), fShaders ? fShaders->warnings() : std::vector<std::string>()})
+        warnings.insert(warnings.end(), more.begin(), more.end());
+    return warnings;
+}
+
+} // namespace orloview

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Frame.h"
+#include "Options.h"
+#include "scene/Guides.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orloview {
+
+/// A scene with all that it is drawn with. Needs a current context to be made, to upload, to draw and to end;
+/// the scene and the guides have to stay.
+class DrawnScene {
+public:
+    /// Throws Failure (kExitNoGL) for a shading that GL can't do.
+    DrawnScene(const Scene& scene, const Guides& guides, const Options& options,
+               const ProgressReport& report);
+
+    void upload(const ProgressReport& report);
+
+    /// What was left out, a line each. Filled by `upload`.
+    std::vector<std::string> warnings() const;
+
+    /// Writes the sources of the shaders, if there are any: see SceneShaders::dump.
+    void dumpShaders(const std::string& folder) const {
+        if (fShaders)
+            fShaders->dump(folder);
+    }
+
+    FrameContent content() { return {fDrawable, fLights, fGrid, fAxes, fShaders ? &*fShaders : nullptr}; }
+
+private:
+    Shading fShading;
+    SceneLights fLights;
+    std::optional<SceneShaders> fShaders;
+    DrawableScene fDrawable;
+    DrawableScene fGrid;
+    DrawableScene fAxes;
+};
+
+} // namespace orloview

@@ -1,0 +1,154 @@
+#include "draw/SceneLights.h"
+
+#include "scene/Vectors.h"
+#include "scene/View.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+
+namespace orloview {
+
+namespace {
+
+struct Setting {
+    koLinear::Vector toLight; ///< in the eye's space
+    float intensity;          ///< linear, of white
+};
+
+constexpr std::array<Setting, 3> kStudio = {{
+    {{-0.45, 0.65, 0.62}, 0.78F},
+    {{0.75, 0.10, 0.55}, 0.22F},
+    {{0.25, 0.60, -0.75}, 0.25F},
+}};
+constexpr double kStudioSum = 1.25;
+
+constexpr size_t kGLLights = 8;
+
+/// A space whose z axis points along `z`.
+koLinear::AffineMatrix frameAlong(const koLinear::Vector& z) {
+    const double length = std::hypot(z[0], z[1], z[2]);
+    koLinear::AffineMatrix frame;
+    for (int i = 0; i < 3; ++i)
+        frame[2][i] = z[i] / length;
+    const double side = std::hypot(frame[2][0], frame[2][2]);
+    frame[0][0] = frame[2][2] / side;
+    frame[0][1] = 0.0;
+    frame[0][2] = -frame[2][0] / side;
+    for (int i = 0; i < 3; ++i) {
+        const int j = (i + 1) % 3;
+        const int k = (i + 2) % 3;
+        frame[1][i] = frame[2][j] * frame[0][k] - frame[2][k] * frame[0][j];
+    }
+    return frame;
+}
+
+/// What a surface in the middle of the scene gets that faces the light. One among the surfaces, or without a
+/// place, counts as far away as the scene is large.
+double strengthAt(const Light& light, const koLinear::Point& middle, double radius) {
+    const double color = std::max({light.color[0], light.color[1], light.color[2]});
+    if (light.kind == Light::Kind::Directional)
+        return color * light.intensity;
+    const koLinear::Point place = light.toWorld.transform(koLinear::Point());
+    const double distance = std::max(length(between(place, middle)), radius);
+    return color * light.intensity / (distance * distance);
+}
+
+IHWLight::LightType typeOf(Light::Kind kind) {
+    if (kind == Light::Kind::Directional)
+        return IHWLight::kLightDirectional;
+    return kind == Light::Kind::Spot ? IHWLight::kLightSpot : IHWLight::kLightPoint;
+}
+
+LightSpec specOf(const Light& light) {
+    LightSpec spec;
+    if (light.kind == Light::Kind::Directional)
+        spec.fType = LightSpec::kDirectional;
+    if (light.kind == Light::Kind::Spot)
+        spec.fType = LightSpec::kSpot;
+    spec.fHasRange = light.kind != Light::Kind::Directional && std::isfinite(light.range);
+    spec.fHasInnerCone = light.kind == Light::Kind::Spot;
+    return spec;
+}
+
+/// GL's fixed functions fade a spot by a power of the cosine: one that halves midway between the angles.
+float exponentOf(const Light& light) {
+    const double middle = 0.5 * (light.innerConeAngle + light.outerConeAngle);
+    const double exponent = std::log(0.5) / std::log(std::max(std::cos(middle), 1e-3));
+    return static_cast<float>(std::clamp(exponent, 0.0, 128.0));
+}
+
+} // namespace
+
+SceneLights::SceneLights(const Scene& scene) {
+    addFileLights(scene);
+    if (scene.lights.empty())
+        addStudio();
+}
+
+GLLight& SceneLights::add(const LightSpec& spec, IHWLight::LightType type, const koColor::Color& color) {
+    fSpecs.push_back(spec);
+    GLLight& light = *fLights.emplace_back(std::make_unique<GLLight>());
+    light.setLightType(type);
+    light.fDiffuseColor = color;
+    light.fSpecularColor = color;
+    return light;
+}
+
+void SceneLights::addStudio() {
+    LightSpec spec;
+    spec.fType = LightSpec::kDirectional;
+    for (const Setting& setting : kStudio)
+        add(spec, IHWLight::kLightDirectional, {setting.intensity, setting.intensity, setting.intensity});
+}
+
+void SceneLights::addFileLights(const Scene& scene) {
+    const koLinear::Point middle = centerOf(scene.bounds());
+    const double radius = radiusOf(scene.bounds());
+    const auto strength = [&](const Light* light) { return strengthAt(*light, middle, radius); };
+    std::vector<const Light*> lights;
+    for (const Light& light : scene.lights) {
+        if (strength(&light) > 0.0)
+            lights.push_back(&light);
+    }
+    std::stable_sort(lights.begin(), lights.end(),
+                     [&](const Light* a, const Light* b) { return strength(a) > strength(b); });
+    if (lights.size() > kGLLights) {
+        fWarnings.push_back("warning: of its " + std::to_string(lights.size()) +
+                            " lights the 8 brightest are drawn");
+        lights.resize(kGLLights);
+    }
+    double sum = 0.0;
+    for (const Light* light : lights)
+        sum += strength(light);
+    for (const Light* light : lights) {
+        const auto scale = static_cast<float>(light->intensity * kStudioSum / sum);
+        const koColor::Color color(light->color[0] * scale, light->color[1] * scale, light->color[2] * scale);
+        GLLight& made = add(specOf(*light), typeOf(light->kind), color);
+        made.fLightTransform = light->toWorld;
+        if (light->kind != Light::Kind::Directional) {
+            made.fConstantAttenuation = 0.0F;
+            made.fFurtherAttenuationTerms[0] = 1.0F;
+        }
+        made.fSpotCutoffAngle =
+            static_cast<float>(std::clamp(light->outerConeAngle * 180.0 / std::numbers::pi, 0.0, 90.0));
+        made.fSpotExponent = exponentOf(*light);
+        fSources.push_back(light);
+    }
+}
+
+koLinear::AffineMatrix SceneLights::toWorld(size_t i, const koLinear::AffineMatrix& worldToEye) const {
+    if (!fSources.empty())
+        return fSources[i]->toWorld;
+    return frameAlong(kStudio[i].toLight).then(fKeptTo.value_or(worldToEye).inverse());
+}
+
+void SceneLights::bind(const koLinear::AffineMatrix& worldToEye) {
+    for (size_t i = 0; i < fLights.size(); ++i) {
+        fLights[i]->fLightTransform = toWorld(i, worldToEye);
+        fLighting.bind(static_cast<unsigned>(i), fLights[i].get());
+    }
+}
+
+} // namespace orloview

@@ -1,0 +1,310 @@
+#include "shading/SceneShaders.h"
+
+#include "output/OutputFile.h"
+
+#include "ExitCode.h"
+#include "scene/Vectors.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <filesystem>
+#include <set>
+
+#include <gl/GLFunctionTable.h>
+
+namespace orloview {
+
+namespace {
+
+const Material kPlainMaterial;
+
+GLFunctionTable& gl() {
+    return *GLFunctionTable::fpGlobalFunctionTable;
+}
+
+/// As a file name: whatever might mean something to a file system becomes a line.
+std::string fileNameOf(const std::string& name) {
+    std::string result = name;
+    for (char& c : result) {
+        if (std::isalnum(static_cast<unsigned char>(c)) == 0 && c != '-' && c != '.' && c != '_')
+            c = '_';
+    }
+    return result.empty() || result[0] == '.' ? "material" + result : result;
+}
+
+Encoding encodingOf(TextureUse Material::*use) {
+    const bool isColor = use == &Material::baseColorTexture || use == &Material::emissiveTexture ||
+                         use == &Material::specularTexture;
+    return isColor ? Encoding::Srgb : Encoding::Linear;
+}
+
+/// The alpha of colour pictures is opacity or glossiness.
+bool readsAlpha(const Material& material, TextureUse Material::*use) {
+    return use == &Material::specularTexture ||
+           (use == &Material::baseColorTexture && material.alphaMode != AlphaMode::Opaque);
+}
+
+} // namespace
+
+SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky,
+                           const koLinear::Vector& up)
+    : fScene(scene), fLights(lights), fSpecs(lights.specs()), fStore(scene),
+      fTextures(scene.materials.size()), fUp(scaled(up, 1.0 / length(up))) {
+    for (size_t i = 0; i < scene.materials.size(); ++i)
+        askTextures(i);
+    fStore.begin();
+    for (auto& looks : fInstanceLooks)
+        looks.resize(scene.instances.size());
+    if (sky) {
+        fSpecs.emplace_back().fType = LightSpec::kSky;
+        fSkyMaps = std::make_unique<SkyMaps>(*sky);
+    }
+    addFrameValues();
+}
+
+void SceneShaders::addFrameValues() {
+    if (fSkyMaps)
+        fFrameValues.push_back({"skyUp", std::vector<float>(3)});
+    for (size_t i = 0; i < fSpecs.size(); ++i) {
+        const std::string light = "light" + std::to_string(i);
+        if (fSpecs[i].fHasRange)
+            fFrameValues.push_back(
+                {light + "InverseRange", {static_cast<float>(1.0 / fLights.fileLight(i)->range)}});
+        if (fSpecs[i].fHasInnerCone)
+            fFrameValues.push_back({light + "InnerCosine",
+                                    {static_cast<float>(std::cos(fLights.fileLight(i)->innerConeAngle))}});
+    }
+}
+
+SceneShaders::~SceneShaders() = default;
+
+void SceneShaders::askTextures(size_t material) {
+    const Material& asking = fScene.materials[material];
+    fTextures[material].fill(nullptr);
+    for (size_t i = 0; i < kTextureUses.size(); ++i) {
+        const TextureUse& use = asking.*kTextureUses[i];
+        if (!fStore.hasPicture(use))
+            continue;
+        fStore.ask(use, encodingOf(kTextureUses[i]),
+                   readsAlpha(asking, kTextureUses[i]) ? AlphaUse::Kept : AlphaUse::Ignored,
+                   {1.0F, 1.0F, 1.0F},
+                   [this, material, i](GLTexture2D* texture) { fTextures[material][i] = texture; });
+    }
+}
+
+void SceneShaders::upload(const std::function<void()>& uploaded) {
+    fStore.upload(uploaded);
+    for (size_t i = 0; i < fScene.instances.size(); ++i)
+        lookOf(i, true);
+    gl().glUseProgramObjectARB(0);
+    gl().glActiveTexture(GL_TEXTURE0);
+}
+
+std::vector<std::string> SceneShaders::warnings() const {
+    std::vector<std::string> warnings = fStore.warnings();
+    warnings.insert(warnings.end(), fWarnings.begin(), fWarnings.end());
+    return warnings;
+}
+
+SceneShaders::LookKey SceneShaders::keyOf(size_t instance, bool lit) const {
+    const Mesh& mesh = fScene.meshes[static_cast<size_t>(fScene.instances[instance].mesh)];
+    MeshTraits traits;
+    for (size_t set = 0; set < mesh.uvSets.size() && set < 8; ++set)
+        traits.uvSets |= mesh.uvSets[set].empty() ? 0U : 1U << set;
+    traits.hasColors = !mesh.colors.empty();
+    traits.isLit = lit && !mesh.normals.empty();
+    return {mesh.material, traits};
+}
+
+SceneShaders::Look& SceneShaders::lookOf(size_t instance, bool lit) {
+    Look*& known = fInstanceLooks[lit ? 1 : 0][instance];
+    if (known)
+        return *known;
+    const LookKey key = keyOf(instance, lit);
+    Look& look = fLooks[key];
+    known = &look;
+    if (look.network)
+        return look;
+    static const MaterialTextures kNoTextures{};
+    const auto material = static_cast<size_t>(key.first);
+    look.network = makeNetwork(fScene, key.first < 0 ? kPlainMaterial : fScene.materials[material],
+                               key.first < 0 ? kNoTextures : fTextures[material], key.second);
+    look.program = &programOf(look, key.first);
+    if (look.program->works)
+        prepare(look);
+    return look;
+}
+
+SceneShaders::Program& SceneShaders::programOf(Look& look, int material) {
+    const koString::CString key = look.network->networkKey(&fSpecs);
+    Program& program = fPrograms[key.asChar()];
+    if (!program.owner) {
+        program.owner = look.network.get();
+        program.key = key;
+        compile(program, material);
+    }
+    return program;
+}
+
+void SceneShaders::compile(Program& program, int material) {
+    const std::string name = material < 0 ? "" : fScene.materials[static_cast<size_t>(material)].name;
+    program.name = name.empty() ? "material" + std::to_string(material + 1) : name;
+    program.shader = fManager.bindKOSLShader(*program.owner, program.key, &fSpecs);
+    fCurrentProgram = nullptr;
+    program.works = program.shader && program.shader->fProgram != 0 && !program.shader->fNeedsLink;
+    if (!program.works) {
+        while (gl().glGetError() != GL_NO_ERROR) { // what doesn't link was made current all the same
+        }
+        fWarnings.push_back("warning: the material '" + program.name +
+                            "': OpenGL refuses its shader; drawn by its own functions");
+        return;
+    }
+    if (fSkyMaps) {
+        for (const SkyMaps::Map& map : fSkyMaps->maps())
+            addMap(program, map.name, map.texture->textureName());
+    }
+    for (const FrameValue& value : fFrameValues)
+        program.frameLocations.push_back(
+            gl().glGetUniformLocationARB(program.shader->fProgram, value.name.c_str()));
+}
+
+/// Needs the program current.
+void SceneShaders::addMap(Program& program, const char* sampler, GLuint texture) {
+    program.shader->setParameterTexture(sampler, texture);
+    const auto unit = program.shader->fSamplerUnits.find(sampler);
+    if (unit != program.shader->fSamplerUnits.end())
+        program.maps.push_back({unit->second, texture});
+}
+
+/// Looks up once what every draw needs.
+void SceneShaders::prepare(Look& look) {
+    const GlslShader& shader = *look.program->shader;
+    fManager.bindKOSLShader(*look.program->owner, look.program->key, &fSpecs);
+    fCurrentProgram = nullptr;
+    for (const auto& uniform : look.network->uniforms()) {
+        const GLint location = gl().glGetUniformLocationARB(shader.fProgram, uniform.fName.asChar());
+        if (location >= 0)
+            look.values.push_back({location, uniform.fComponents, uniform.fValues});
+    }
+    for (const auto& sampler : look.network->samplers()) {
+        auto* texture = static_cast<IGLTexture*>(sampler.fTexture);
+        const auto& usage = sampler.fUsage;
+        shader.setParameterTexture(sampler.fName, IHWTexture::kTexture2D, usage.fWrapS, usage.fWrapT,
+                                   usage.fMinFilter, usage.fMagFilter, usage.fBorderColor, usage.fAnisotropic,
+                                   texture);
+        const auto unit = shader.fSamplerUnits.find(sampler.fName);
+        if (unit != shader.fSamplerUnits.end())
+            look.textures.push_back({unit->second, texture->textureName()});
+    }
+}
+
+void SceneShaders::beginFrame(const koLinear::AffineMatrix& worldToEye) {
+    ++fFrame;
+    if (fSkyMaps) {
+        const koLinear::Vector up = worldToEye.transform(fUp);
+        for (int i = 0; i < 3; ++i)
+            fFrameValues[0].floats[static_cast<size_t>(i)] = static_cast<float>(up[i]);
+    }
+    fCurrent = nullptr;
+    fCurrentProgram = nullptr;
+    fBound.clear();
+}
+
+bool SceneShaders::bind(size_t instance, bool lit) {
+    Look& look = lookOf(instance, lit);
+    if (!look.program->works) {
+        gl().glUseProgramObjectARB(0);
+        fCurrentProgram = nullptr;
+        return false;
+    }
+    if (fCurrentProgram != look.program) {
+        fManager.bindKOSLShader(*look.program->owner, look.program->key, &fSpecs);
+        fCurrentProgram = look.program;
+    }
+    if (look.program->frame != fFrame) {
+        look.program->frame = fFrame;
+        feedFrame(*look.program);
+    }
+    if (fCurrent != &look) {
+        fCurrent = &look;
+        feed(look);
+    }
+    return true;
+}
+
+void SceneShaders::feedFrame(const Program& program) const {
+    for (size_t i = 0; i < fFrameValues.size(); ++i)
+        setUniform(program.frameLocations[i], fFrameValues[i].floats);
+}
+
+void SceneShaders::setUniform(GLint location, const std::vector<float>& floats) {
+    if (floats.size() == 1)
+        gl().glUniform1fARB(location, floats[0]);
+    else if (floats.size() == 3)
+        gl().glUniform3fvARB(location, 1, floats.data());
+    else
+        gl().glUniformMatrix4fvARB(location, 1, GL_FALSE, floats.data());
+}
+
+void SceneShaders::feed(Look& look) {
+    bindTextures(look.program->maps);
+    bindTextures(look.textures);
+    if (look.program->fed == &look)
+        return;
+    look.program->fed = &look;
+    for (const Value& value : look.values) {
+        if (value.components == 1)
+            gl().glUniform1fARB(value.location, value.floats[0]);
+        else if (value.components == 2)
+            gl().glUniform2fvARB(value.location, 1, value.floats);
+        else
+            gl().glUniform3fvARB(value.location, 1, value.floats);
+    }
+}
+
+void SceneShaders::bindTextures(const std::vector<Bound>& textures) {
+    for (const Bound& bound : textures) {
+        if (fBound.size() <= bound.unit)
+            fBound.resize(bound.unit + 1);
+        if (fBound[bound.unit] == bound.texture)
+            continue;
+        fBound[bound.unit] = bound.texture;
+        gl().glActiveTexture(GL_TEXTURE0 + bound.unit);
+        gl().glBindTexture(GL_TEXTURE_2D, bound.texture);
+    }
+}
+
+void SceneShaders::endFrame() {
+    gl().glUseProgramObjectARB(0);
+    for (size_t unit = fBound.size(); unit-- > 0;) {
+        gl().glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+        gl().glBindTexture(GL_TEXTURE_2D, 0);
+    }
+    gl().glActiveTexture(GL_TEXTURE0);
+}
+
+void SceneShaders::dump(const std::string& folder) const {
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error)
+        throw Failure(kExitNotWritten, folder + ": the folder could not be made: " + error.message());
+    std::set<std::string> taken;
+    for (const auto& [key, program] : fPrograms) {
+        const std::string plain = fileNameOf(program.name);
+        std::string name = plain;
+        for (int n = 2; !taken.insert(name).second; ++n)
+            (name = plain).append("-").append(std::to_string(n));
+        koString::CString vertex;
+        koString::CString fragment;
+        compileMaterialToGlsl(*program.owner, &fSpecs, vertex, fragment);
+        for (const auto& [suffix, source] : {std::pair{".vert", &vertex}, {".frag", &fragment}}) {
+            OutputFile file(folder + "/" + name + suffix);
+            const std::string_view text = source->asChar();
+            file.write(text.data(), text.size());
+            file.commit();
+        }
+    }
+}
+
+} // namespace orloview

@@ -1,0 +1,129 @@
+#pragma once
+
+#include "draw/SceneLights.h"
+#include "shading/MaterialNetwork.h"
+#include "shading/SkyMaps.h"
+#include "texture/TextureStore.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <shader/GlslManager.h>
+
+namespace orloview {
+
+/// The shaders that a scene's materials are drawn with: a network for each material, and one compiled shader
+/// for all networks of the same structure.
+///
+/// Needs a current context for everything, and the scene and the lights to stay.
+class SceneShaders {
+public:
+    /// `sky`: what shines from all round; null for none. `up`: which way is up, in the world.
+    SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky, const koLinear::Vector& up);
+    ~SceneShaders();
+
+    SceneShaders(const SceneShaders&) = delete;
+    SceneShaders& operator=(const SceneShaders&) = delete;
+
+    /// How many steps `upload` has.
+    size_t count() const { return fStore.count(); }
+
+    /// Uploads the textures, and compiles what the scene is drawn with.
+    void upload(const std::function<void()>& uploaded);
+
+    /// Pictures that were left out or reduced, and materials whose shader GL refuses, a line each.
+    std::vector<std::string> warnings() const;
+
+    void beginFrame(const koLinear::AffineMatrix& worldToEye);
+
+    /// Makes the shader of an instance current, with all that it reads. False where GL refuses it: none is
+    /// current then, and GL's own functions have to do.
+    bool bind(size_t instance, bool lit);
+
+    /// Leaves no shader current, no texture bound and unit 0 active.
+    void endFrame();
+
+    /// Writes the sources of all shaders: MATERIAL.vert and MATERIAL.frag, named by the first material that
+    /// uses them. Throws Failure (kExitNotWritten).
+    void dump(const std::string& folder) const;
+
+    size_t shaderCount() const { return fPrograms.size(); }
+
+private:
+    struct Look;
+
+    struct Value {
+        GLint location;
+        uint32_t components;
+        const float* floats;
+    };
+    struct Bound {
+        uint32_t unit;
+        GLuint texture;
+    };
+
+    /// A compiled shader.
+    struct Program {
+        koShadingDag::ShadingNodeSpec* owner = nullptr; ///< the network that it was compiled of
+        koString::CString key;
+        std::string name;
+        GlslShader* shader = nullptr;
+        std::vector<GLint> frameLocations; ///< as fFrameValues
+        std::vector<Bound> maps;           ///< that are nobody's material
+        const Look* fed = nullptr;         ///< whose values it has
+        unsigned frame = 0;                ///< whose values it has
+        bool works = false;
+    };
+
+    /// A value that holds for a frame, whatever the material.
+    struct FrameValue {
+        std::string name;
+        std::vector<float> floats; ///< 1, 3, or a matrix of 16
+    };
+
+    /// A material on meshes of some kind.
+    struct Look {
+        std::shared_ptr<koShadingDag::ShadingNodeSpec> network;
+        Program* program = nullptr;
+        std::vector<Value> values;
+        std::vector<Bound> textures;
+    };
+    using LookKey = std::pair<int, MeshTraits>;
+
+    void askTextures(size_t material);
+    LookKey keyOf(size_t instance, bool lit) const;
+    Look& lookOf(size_t instance, bool lit);
+    Program& programOf(Look& look, int material);
+    void compile(Program& program, int material);
+    static void addMap(Program& program, const char* sampler, GLuint texture);
+    void prepare(Look& look);
+    void feed(Look& look);
+    void feedFrame(const Program& program) const;
+    void bindTextures(const std::vector<Bound>& textures);
+    void addFrameValues();
+    static void setUniform(GLint location, const std::vector<float>& floats);
+
+    const Scene& fScene;
+    const SceneLights& fLights;
+    std::vector<LightSpec> fSpecs;
+    TextureStore fStore;
+    std::vector<MaterialTextures> fTextures; ///< as Scene::materials
+    std::map<LookKey, Look> fLooks;
+    std::vector<Look*> fInstanceLooks[2]; ///< as Scene::instances, unlit and lit; null until drawn
+    std::map<std::string, Program> fPrograms;
+    std::vector<FrameValue> fFrameValues;
+    std::unique_ptr<SkyMaps> fSkyMaps;
+    koLinear::Vector fUp;
+    GlslManager fManager;
+
+    const Look* fCurrent = nullptr;
+    Program* fCurrentProgram = nullptr;
+    unsigned fFrame = 0;
+    std::vector<GLuint> fBound; ///< by texture unit
+    std::vector<std::string> fWarnings;
+};
+
+} // namespace orloview

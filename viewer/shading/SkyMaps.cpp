@@ -1,0 +1,182 @@
+#include "shading/SkyMaps.h"
+
+#include "texture/Texels.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+
+#include <gl/GLFunctionTable.h>
+#include <texture/GLTexUsage.h>
+
+namespace orloview {
+
+namespace {
+
+using Color = Sky::Color;
+
+constexpr int kHeights = 128;
+constexpr int kRoughnesses = 32;
+constexpr int kCosines = 32;
+constexpr int kAngles = 128;
+
+double middle(int i, int count) {
+    return (i + 0.5) / count;
+}
+
+double heightOf(int i) {
+    return 2.0 * middle(i, kHeights) - 1.0;
+}
+
+/// Cosines of the turns of half a circle; the other half has the same.
+constexpr int kTurns = 16;
+const std::array<double, kTurns>& turns() {
+    static const std::array<double, kTurns> theTurns = [] {
+        std::array<double, kTurns> cosines{};
+        for (int i = 0; i < kTurns; ++i)
+            cosines[static_cast<size_t>(i)] = std::cos(std::numbers::pi * middle(i, kTurns));
+        return cosines;
+    }();
+    return theTurns;
+}
+
+/// What is seen of the sky by angles from a direction: its means over the circles round that direction.
+class Surroundings {
+public:
+    Surroundings(const Sky& sky, double up) {
+        const double side = std::sqrt(1.0 - up * up);
+        for (int i = 0; i <= kAngles; ++i) {
+            const double angle = 0.5 * std::numbers::pi * i / kAngles;
+            Color& mean = fMeans[static_cast<size_t>(i)];
+            for (const double turn : turns()) {
+                const Color color = sky.at(up * std::cos(angle) + side * std::sin(angle) * turn);
+                for (size_t channel = 0; channel < 3; ++channel)
+                    mean[channel] += color[channel] / kTurns;
+            }
+        }
+    }
+
+    /// Adds what comes from that angle, by its cosine, to a sum.
+    void add(double cosine, double weight, Color& sum) const {
+        const double place = std::acos(cosine) / (0.5 * std::numbers::pi) * kAngles;
+        const auto first = std::min(static_cast<size_t>(place), size_t{kAngles - 1});
+        const double share = place - static_cast<double>(first);
+        for (size_t channel = 0; channel < 3; ++channel)
+            sum[channel] += weight * std::lerp(fMeans[first][channel], fMeans[first + 1][channel], share);
+    }
+
+private:
+    std::array<Color, kAngles + 1> fMeans{};
+};
+
+double alphaOf(double roughness) {
+    return std::max(roughness * roughness, 0.002);
+}
+
+/// The cosine between normal and half vector below which a share of GGX's facets, seen from the normal, lies.
+double facetCosine(double share, double alpha) {
+    return std::sqrt((1.0 - share) / (1.0 + (alpha * alpha - 1.0) * share));
+}
+
+double smith(double cosine, double alpha) {
+    return cosine + std::sqrt(alpha * alpha + (1.0 - alpha * alpha) * cosine * cosine);
+}
+
+/// What a white surface sends out.
+Color diffuseFrom(const Surroundings& around) {
+    constexpr int kSteps = 64;
+    Color sum{};
+    for (int i = 0; i < kSteps; ++i)
+        around.add(std::sqrt(middle(i, kSteps)), 1.0 / kSteps, sum);
+    return sum;
+}
+
+/// The mean of the sky that facets of that roughness show who looks along the normal.
+Color reflectionFrom(const Surroundings& around, double roughness) {
+    constexpr int kSteps = 48;
+    const double alpha = alphaOf(roughness);
+    Color sum{};
+    double total = 0.0;
+    for (int i = 0; i < kSteps; ++i) {
+        const double nh = facetCosine(middle(i, kSteps), alpha);
+        const double nl = 2.0 * nh * nh - 1.0; // looked at from the normal: twice the facet's angle
+        if (nl <= 0.0)
+            continue;
+        const double weight = nl / smith(nl, alpha);
+        around.add(nl, weight, sum);
+        total += weight;
+    }
+    for (double& channel : sum)
+        channel /= total;
+    return sum;
+}
+
+/// Scale and offset of f0 under a sky of 1, seen at that cosine.
+Color responseAt(double nv, double roughness) {
+    constexpr int kSteps = 32;
+    const double alpha = alphaOf(roughness);
+    const double sine = std::sqrt(1.0 - nv * nv);
+    Color response{};
+    for (int i = 0; i < kSteps; ++i) {
+        const double nh = facetCosine(middle(i, kSteps), alpha);
+        const double facetSine = std::sqrt(1.0 - nh * nh);
+        for (const double turn : turns()) {
+            const double vh = nv * nh + sine * facetSine * turn;
+            const double nl = 2.0 * vh * nh - nv;
+            if (vh <= 0.0 || nl <= 0.0)
+                continue;
+            const double share = 4.0 * nl * vh / (nh * smith(nl, alpha) * smith(nv, alpha) * kSteps * kTurns);
+            const double square = (1.0 - vh) * (1.0 - vh);
+            const double fresnel = square * square * (1.0 - vh);
+            response[0] += share * (1.0 - fresnel);
+            response[1] += share * fresnel;
+        }
+    }
+    return response;
+}
+
+} // namespace
+
+SkyMaps::SkyMaps(const Sky& sky) {
+    std::vector<Surroundings> around;
+    around.reserve(kHeights);
+    std::vector<Color> diffuse;
+    diffuse.reserve(kHeights);
+    std::vector<Color> reflection;
+    std::vector<Color> response;
+    for (int i = 0; i < kHeights; ++i)
+        diffuse.push_back(diffuseFrom(around.emplace_back(sky, heightOf(i))));
+    for (int j = 0; j < kRoughnesses; ++j) {
+        for (const Surroundings& seen : around)
+            reflection.push_back(reflectionFrom(seen, middle(j, kRoughnesses)));
+        for (int i = 0; i < kCosines; ++i)
+            response.push_back(responseAt(middle(i, kCosines), middle(j, kRoughnesses)));
+    }
+    add("skyDiffuse", kHeights, 1, diffuse);
+    add("skyReflection", kHeights, kRoughnesses, reflection);
+    add("skyResponse", kCosines, kRoughnesses, response);
+}
+
+SkyMaps::~SkyMaps() {
+    for (const Map& map : fMaps)
+        map.texture->unref();
+}
+
+void SkyMaps::add(const char* name, int width, int height, const std::vector<Sky::Color>& texels) {
+    std::vector<std::uint16_t> halves;
+    for (const Sky::Color& texel : texels) {
+        for (const double channel : texel)
+            halves.push_back(toHalf(static_cast<float>(channel)));
+        halves.push_back(toHalf(1.0F));
+    }
+    auto* texture = new GLTexture2D(kRasterRGBA16F, false);
+    texture->ref();
+    fMaps.push_back({name, texture});
+    texture->GLloadImage(halves.data(), static_cast<unsigned>(width), static_cast<unsigned>(height));
+    GLTexUsage::setWrapMode(GL_TEXTURE_2D, IHWTexUsage::kClampToEdge, IHWTexUsage::kClampToEdge);
+    GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, IHWTexUsage::kLinear, IHWTexUsage::kLinear);
+    texture->unbind();
+}
+
+} // namespace orloview
