@@ -5,6 +5,8 @@
 #include "scene/View.h"
 #include "shading/SceneShaders.h"
 
+#include "output/Picture.h"
+
 #include <framebuffer/GLFrameBuffer.h>
 #include <orlohost/koColor.h>
 
@@ -16,7 +18,8 @@ struct FrameLook {
     int height = 0;
     int left = 0; ///< what of the frame the target holds begins here: a target may be smaller than the frame
     int bottom = 0;
-    koColor::Color background; ///< linear, multiplied by its alpha
+    koColor::Color background;      ///< linear, multiplied by its alpha
+    ToneMap toneMap = ToneMap::Cut; ///< for who shows the frame
     bool wireframe = false;
     bool lights = true;
     bool culling = true; ///< hides triangles that are seen from behind, where the material says so
@@ -25,6 +28,11 @@ struct FrameLook {
     float pointSize = 3.0F; ///< pixels
     float lineWidth = 1.0F;
 };
+
+/// How a frame of that look becomes a picture.
+inline Development developmentOf(const FrameLook& look) {
+    return {look.background[3] == 1.0F, look.toneMap};
+}
 
 /// What is in a frame.
 struct FrameContent {

@@ -116,6 +116,12 @@ std::optional<Shading> parseShading(const std::string& name, const std::string& 
     wrong(name, text, "give fixed or glsl");
 }
 
+ToneMap parseToneMap(const std::string& text) {
+    if (text != "none" && text != "soft")
+        wrong("--tone-map", text, "give none or soft");
+    return text == "soft" ? ToneMap::Soft : ToneMap::Cut;
+}
+
 std::optional<Sky> parseSky(const std::string& text) {
     if (text == "none")
         return std::nullopt;
@@ -258,6 +264,7 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     std::string progress;
     std::string shading;
     std::string sky = "studio";
+    std::string toneMap;
     bool noLights = false;
     bool noCulling = false;
 
@@ -308,6 +315,11 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
         ->type_name("fixed|glsl|cg");
     app.add_option("--sky", sky, "What shines from all round, with shaders: studio unless given")
         ->type_name("none|" + Sky::names("|"));
+    app.add_option(
+           "--tone-map", toneMap,
+           "Cut off what is too bright, or draw the bright end together; soft for what shaders light, "
+           "unless given")
+        ->type_name("none|soft");
     app.add_option("--dump-shaders", options.dumpShaders, "Write the sources of the materials' shaders")
         ->type_name("FOLDER");
     app.add_flag("--wireframe", options.wireframe, "Draw edges only");
@@ -360,6 +372,8 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     if (app.count("--shading") != 0)
         options.shading = parseShading("--shading", shading);
     options.sky = parseSky(sky);
+    if (app.count("--tone-map") != 0)
+        options.toneMap = parseToneMap(toneMap);
     options.progress = parseProgress(progress, options.quiet);
     options.lights = !noLights;
     options.culling = !noCulling;

@@ -3,6 +3,7 @@
 #include "Shading.h"
 #include "output/Progress.h"
 #include "output/Sampling.h"
+#include "output/ToneMap.h"
 #include "shading/Sky.h"
 
 #include <array>
@@ -53,6 +54,9 @@ struct Options {
 
     /// What the scene is drawn by; none: shaders where OpenGL has them.
     std::optional<Shading> shading;
+
+    /// What becomes of what is too bright; none: as the shading asks for.
+    std::optional<ToneMap> toneMap;
 
     /// What shines from all round; none without shaders.
     std::optional<Sky> sky;

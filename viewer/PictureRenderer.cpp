@@ -227,7 +227,7 @@ void writeCubeMap(const koLinear::Point& eye, const Bounds& bounds, const FrameC
         require(pixels);
         reverseRows(*pixels);
         const auto picture = createPicture(folder + "/" + kCubeSides[i].name + ".png", PictureFormat::Png,
-                                           look.width, look.width, look.background[3] == 1.0F);
+                                           look.width, look.width, developmentOf(look));
         picture->beginBand(look.width);
         picture->add({0, 0, look.width, look.width}, static_cast<const float*>(pixels->data()), factor);
         picture->endBand();

@@ -3,6 +3,7 @@
 #include "ExitCode.h"
 #include "output/Picture.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace orloview {
@@ -32,17 +33,31 @@ koColor::Color linearBackground(const std::array<float, 4>& srgb) {
     return {decodeSrgb(srgb[0]) * alpha, decodeSrgb(srgb[1]) * alpha, decodeSrgb(srgb[2]) * alpha, alpha};
 }
 
+/// Whether anything is lit; the colours of the rest are meant as they are.
+bool isLit(const Scene& scene) {
+    return std::any_of(scene.meshes.begin(), scene.meshes.end(), [&](const Mesh& mesh) {
+        const bool unlit = mesh.material >= 0 && scene.materials[static_cast<size_t>(mesh.material)].unlit;
+        return !mesh.normals.empty() && !unlit;
+    });
+}
+
+ToneMap toneMapFor(const Options& options, const Scene& scene) {
+    const bool wanted = options.shading != Shading::Fixed && options.lights && isLit(scene);
+    return options.toneMap.value_or(wanted ? ToneMap::Soft : ToneMap::Cut);
+}
+
 } // namespace
 
 koLinear::Vector upOf(const Options& options) {
     return options.up.value_or(koLinear::Vector(0.0, 1.0, 0.0));
 }
 
-FrameLook lookOf(const Options& options) {
+FrameLook lookOf(const Options& options, const Scene& scene) {
     FrameLook look;
     look.width = options.width;
     look.height = options.height;
     look.background = linearBackground(options.background);
+    look.toneMap = toneMapFor(options, scene);
     look.wireframe = options.wireframe;
     look.lights = options.lights;
     look.culling = options.culling;

@@ -17,8 +17,8 @@ Viewpoint chooseEye(const Options& options, const Scene& scene);
 /// The view that the options ask for, through the file's camera exactly. `bounds` is round all that is drawn.
 View chooseView(const Options& options, const Scene& scene, const Bounds& bounds);
 
-/// The look that the options ask for.
-FrameLook lookOf(const Options& options);
+/// The look that the options ask for; tones are mapped where something is lit by shaders, unless told.
+FrameLook lookOf(const Options& options, const Scene& scene);
 
 /// The same look in a frame that is `factor` times as large each way.
 FrameLook enlarged(FrameLook look, int factor);

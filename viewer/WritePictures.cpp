@@ -66,8 +66,8 @@ public:
             printStats(frame, counts, fScene);
         };
         const auto picture = create(fOptions.output);
-        renderPicture(fView, content(), lookOf(fOptions), fOptions.sampling, *picture, fProgress.report(),
-                      fOptions.stats ? costs : FrameCosts{});
+        renderPicture(fView, content(), lookOf(fOptions, fScene), fOptions.sampling, *picture,
+                      fProgress.report(), fOptions.stats ? costs : FrameCosts{});
         fProgress.begin(Progress::Stage::Write);
         picture->finish();
         told(fOptions.output == "-" ? "the picture to standard output" : fOptions.output);
@@ -86,8 +86,8 @@ public:
                 *axis = turned(*axis, up, angle);
             const std::string path = numbered(fOptions.output, i + 1, fOptions.turntable);
             const auto picture = create(path);
-            renderPicture(viewFrom(eye, fBounds, aspect), content(), lookOf(fOptions), fOptions.sampling,
-                          *picture);
+            renderPicture(viewFrom(eye, fBounds, aspect), content(), lookOf(fOptions, fScene),
+                          fOptions.sampling, *picture);
             picture->finish();
             fProgress.update(static_cast<double>(i + 1) / fOptions.turntable);
             told(path);
@@ -97,7 +97,7 @@ public:
     void writeDepth() {
         fProgress.begin(Progress::Stage::Draw);
         const std::vector<float> depth =
-            renderDepth(fView, content(), lookOf(fOptions), fOptions.sampling, fProgress.report());
+            renderDepth(fView, content(), lookOf(fOptions, fScene), fOptions.sampling, fProgress.report());
         fProgress.begin(Progress::Stage::Write);
         orloview::writeDepth(fOptions.depth, fOptions.width, fOptions.height, depth);
         told(fOptions.depth);
@@ -105,7 +105,7 @@ public:
 
     void writeCube() {
         fProgress.begin(Progress::Stage::Draw);
-        FrameLook look = lookOf(fOptions);
+        FrameLook look = lookOf(fOptions, fScene);
         look.width = look.height = std::min(look.width, look.height);
         writeCubeMap(fOptions.eye.value_or(centerOf(fScene.bounds())), fBounds, content(), look,
                      fOptions.sampling, fOptions.cubeMap, fProgress.report());
@@ -117,7 +117,7 @@ private:
 
     std::unique_ptr<PictureFile> create(const std::string& path) const {
         return createPicture(path, *formatOf(path), fOptions.width, fOptions.height,
-                             fOptions.background[3] == 1.0F);
+                             developmentOf(lookOf(fOptions, fScene)));
     }
 
     void told(const std::string& what) {

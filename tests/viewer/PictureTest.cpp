@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <limits>
 
 namespace orloview {
@@ -9,7 +10,7 @@ namespace {
 
 std::vector<std::uint8_t> develop(int width, int height, const float* linear, int factor, bool opaque) {
     Picture picture(width, height);
-    developBlock(picture, {0, 0, width, height}, linear, factor, opaque);
+    developBlock(picture, {0, 0, width, height}, linear, factor, {opaque});
     return picture.rgba;
 }
 
@@ -43,8 +44,8 @@ TEST(Picture, averagesInLinearValuesAndTurnsTheRows) {
     EXPECT_EQ(develop(1, 2, samples, 2, false), expected);
 
     Picture byBands(1, 2);
-    developBlock(byBands, {0, 1, 1, 1}, samples + 16, 2, false);
-    developBlock(byBands, {0, 0, 1, 1}, samples, 2, false);
+    developBlock(byBands, {0, 1, 1, 1}, samples + 16, 2, {false});
+    developBlock(byBands, {0, 0, 1, 1}, samples, 2, {false});
     EXPECT_EQ(byBands.rgba, expected);
 }
 
@@ -54,6 +55,30 @@ TEST(Picture, takesTheAlphaOutOfTheColour) {
     EXPECT_EQ(develop(1, 1, half, 1, true), (std::vector<std::uint8_t>{137, 0, 0, 255}));
     const float nothing[] = {0, 0, 0, 0};
     EXPECT_EQ(develop(1, 1, nothing, 1, false), (std::vector<std::uint8_t>{0, 0, 0, 0}));
+}
+
+TEST(Picture, drawsTheBrightEndTogether) {
+    const auto soft = [](std::array<float, 3> color) {
+        toneMapSoftly(color);
+        return color;
+    };
+    EXPECT_EQ(soft({0.8F, 0.3F, 0.0F}), (std::array{0.8F, 0.3F, 0.0F})) << "nothing below changes";
+    EXPECT_NEAR(soft({0.801F, 0, 0})[0], 0.801F, 1e-5F) << "nor the slope there";
+    EXPECT_NEAR(soft({1, 1, 1})[1], 0.9F, 1e-6F);
+    float last = 0.0F;
+    for (float light = 0.5F; light < 1e6F; light *= 1.1F) {
+        const std::array<float, 3> color = soft({light, 0.5F * light, 0});
+        EXPECT_TRUE(color[0] > last || light > 1e3F) << light;
+        EXPECT_TRUE(color[0] <= 1.0F && color[1] <= color[0] && color[2] <= color[1]);
+        last = color[0];
+    }
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    EXPECT_NEAR(soft({kInfinity, 0, -kInfinity})[0], 1.0F, 1e-3F);
+
+    const float bright[] = {0.5F, 0.5F, 0.5F, 0.5F}; // 1, multiplied by its alpha
+    Picture picture(1, 1);
+    developBlock(picture, {0, 0, 1, 1}, bright, 1, {false, ToneMap::Soft});
+    EXPECT_EQ(picture.rgba, (std::vector<std::uint8_t>{243, 243, 243, 128}));
 }
 
 } // namespace

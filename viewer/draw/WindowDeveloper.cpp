@@ -12,18 +12,36 @@ void main() {
 }
 )";
 
-// Cuts each sample to 0..1, averages, divides by alpha, encodes as sRGB (IEC 61966-2-1).
+// Cuts each sample to 0..1 or maps its tones (output/ToneMap.h), averages, divides by alpha, encodes as sRGB
+// (IEC 61966-2-1).
 constexpr const char* kFragmentSource = R"(
 uniform sampler2D frame;
 uniform float factor;
 uniform vec2 texel;
+uniform bool soft;
+
+vec3 toneMapped(vec3 color) {
+    color = max(color, 0.0);
+    float peak = max(color.r, max(color.g, color.b));
+    if (peak <= 0.8)
+        return color;
+    float mapped = 1.0 - 0.04 / (peak - 0.6);
+    return mix(color * (mapped / peak), vec3(mapped), 1.0 - 1.0 / (1.0 + 0.15 * (peak - mapped)));
+}
+
+vec4 cut(vec4 light) {
+    light.a = clamp(light.a, 0.0, 1.0);
+    if (soft && light.a > 0.0)
+        light.rgb = toneMapped(light.rgb / light.a) * light.a;
+    return clamp(light, 0.0, 1.0);
+}
 
 void main() {
     vec4 sum = vec4(0.0);
     vec2 corner = floor(gl_FragCoord.xy) * factor + 0.5;
     for (float y = 0.0; y < factor; y += 1.0) {
         for (float x = 0.0; x < factor; x += 1.0)
-            sum += clamp(texture2D(frame, (corner + vec2(x, y)) * texel), 0.0, 1.0);
+            sum += cut(texture2D(frame, (corner + vec2(x, y)) * texel));
     }
     vec3 linear = sum.a > 0.0 ? sum.rgb / sum.a : vec3(0.0);
     vec3 low = 12.92 * linear;
@@ -67,6 +85,7 @@ WindowDeveloper::WindowDeveloper() {
     }
     // The one sampler reads unit 0, where a program's samplers point until told otherwise.
     fFactorLocation = gl->glGetUniformLocationARB(fProgram, "factor");
+    fSoftLocation = gl->glGetUniformLocationARB(fProgram, "soft");
     fTexelLocation = gl->glGetUniformLocationARB(fProgram, "texel");
 }
 
@@ -75,11 +94,12 @@ WindowDeveloper::~WindowDeveloper() {
         GLFunctionTable::fpGlobalFunctionTable->glDeleteObjectARB(fProgram);
 }
 
-void WindowDeveloper::develop(IGLTexture& frame, int factor) {
+void WindowDeveloper::develop(IGLTexture& frame, int factor, ToneMap toneMap) {
     GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     frame.bind();
     gl->glUseProgramObjectARB(fProgram);
     gl->glUniform1fARB(fFactorLocation, static_cast<float>(factor));
+    gl->glUniform1iARB(fSoftLocation, toneMap == ToneMap::Soft ? 1 : 0);
     gl->glUniform2fARB(fTexelLocation, 1.0F / static_cast<float>(frame.width()),
                        1.0F / static_cast<float>(frame.height()));
     fRouting.drawGroup(&fGroup, nullptr, nullptr, nullptr, 0, false);

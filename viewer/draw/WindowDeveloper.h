@@ -1,5 +1,7 @@
 #pragma once
 
+#include "output/ToneMap.h"
+
 #include <array>
 
 #include <geometry/GLRouting.h>
@@ -25,12 +27,13 @@ public:
     bool usable() const { return fProgram != 0; }
 
     /// Fills the current target with the frame, `factor` of whose pixels each way make one of the target's.
-    void develop(IGLTexture& frame, int factor);
+    void develop(IGLTexture& frame, int factor, ToneMap toneMap);
 
 private:
     GLhandleARB fProgram = 0;
     GLint fFactorLocation = -1;
     GLint fTexelLocation = -1;
+    GLint fSoftLocation = -1;
     GeometryLogicalGroup fGroup;
     GLRouting fRouting;
 };

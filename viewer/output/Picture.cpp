@@ -50,15 +50,32 @@ private:
     std::array<Piece, kPieces + 1> fPieces;
 };
 
+/// A pixel's colour, multiplied by alpha, after the tone map.
+std::array<float, 3> toneMapped(const float* rgb, float alpha) {
+    const float perAlpha = alpha > 0.0F ? 1.0F / alpha : 1.0F;
+    std::array<float, 3> color{rgb[0] * perAlpha, rgb[1] * perAlpha, rgb[2] * perAlpha};
+    toneMapSoftly(color);
+    for (float& channel : color)
+        channel /= perAlpha;
+    return color;
+}
+
 /// The sum of a block's pixels: colour and alpha.
-std::array<float, 4> sumOf(const float* corner, size_t stride, int factor, bool opaque) {
+std::array<float, 4> sumOf(const float* corner, size_t stride, int factor, const Development& development) {
     std::array<float, 4> sum{};
     for (int dy = 0; dy < factor; ++dy, corner += stride) {
         const float* in = corner;
         for (int dx = 0; dx < factor; ++dx, in += 4) {
-            for (size_t channel = 0; channel < 3; ++channel)
-                sum[channel] += clampToUnit(in[channel]);
-            sum[3] += opaque ? 1.0F : clampToUnit(in[3]);
+            const float alpha = development.opaque ? 1.0F : clampToUnit(in[3]);
+            if (development.toneMap == ToneMap::Soft) {
+                const std::array<float, 3> color = toneMapped(in, alpha);
+                for (size_t channel = 0; channel < 3; ++channel)
+                    sum[channel] += color[channel];
+            } else {
+                for (size_t channel = 0; channel < 3; ++channel)
+                    sum[channel] += clampToUnit(in[channel]);
+            }
+            sum[3] += alpha;
         }
     }
     return sum;
@@ -79,7 +96,8 @@ Picture::Picture(int pictureWidth, int pictureHeight)
     : width(pictureWidth), height(pictureHeight),
       rgba(static_cast<size_t>(pictureWidth) * static_cast<size_t>(pictureHeight) * 4) {}
 
-void developBlock(Picture& picture, const Block& block, const float* linear, int factor, bool opaque) {
+void developBlock(Picture& picture, const Block& block, const float* linear, int factor,
+                  const Development& development) {
     const size_t stride = static_cast<size_t>(block.width) * factor * 4;
     const float weight = 1.0F / static_cast<float>(factor * factor);
     for (int y = block.y; y < block.y + block.height; ++y, linear += stride * factor) {
@@ -87,7 +105,7 @@ void developBlock(Picture& picture, const Block& block, const float* linear, int
         std::uint8_t* out = picture.rgba.data() + (row + block.x) * 4;
         const float* in = linear;
         for (int x = 0; x < block.width; ++x, out += 4, in += static_cast<ptrdiff_t>(4) * factor) {
-            const std::array<float, 4> sum = sumOf(in, stride, factor, opaque);
+            const std::array<float, 4> sum = sumOf(in, stride, factor, development);
             const float perAlpha = sum[3] > 0.0F ? 1.0F / sum[3] : 0.0F;
             for (size_t channel = 0; channel < 3; ++channel)
                 out[channel] = encodeSrgb(sum[channel] * perAlpha);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "output/ToneMap.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -30,11 +32,18 @@ struct Block {
     int height;
 };
 
+/// How linear pixels become a picture's.
+struct Development {
+    bool opaque = true; ///< alpha counts as 1
+    ToneMap toneMap = ToneMap::Cut;
+};
+
 /// Turns a block of a frame into a block of a picture: averages squares of factor x factor linear pixels,
 /// encodes them as sRGB and turns the rows the right way up. `linear` holds red, green, blue (multiplied by
 /// alpha) and alpha per pixel of the frame's block, which is factor times as large both ways, rows from the
-/// bottom up. With `opaque` alpha counts as 1.
-void developBlock(Picture& picture, const Block& block, const float* linear, int factor, bool opaque);
+/// bottom up.
+void developBlock(Picture& picture, const Block& block, const float* linear, int factor,
+                  const Development& development);
 
 /// The same without the curve and without limits, into rows of three floats, `width` pixels each, from the
 /// bottom up.

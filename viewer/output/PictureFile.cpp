@@ -15,13 +15,13 @@ namespace {
 /// Pictures of bytes.
 class BytePicture : public PictureFile {
 public:
-    BytePicture(std::unique_ptr<RowWriter> writer, int width, bool opaque)
-        : fWriter(std::move(writer)), fBand(width, 0), fOpaque(opaque) {}
+    BytePicture(std::unique_ptr<RowWriter> writer, int width, const Development& development)
+        : fWriter(std::move(writer)), fBand(width, 0), fDevelopment(development) {}
 
     void beginBand(int rows) override { fBand = Picture(fBand.width, rows); }
 
     void add(const Block& block, const float* linear, int factor) override {
-        developBlock(fBand, block, linear, factor, fOpaque);
+        developBlock(fBand, block, linear, factor, fDevelopment);
     }
 
     void endBand() override {
@@ -34,7 +34,7 @@ public:
 private:
     std::unique_ptr<RowWriter> fWriter;
     Picture fBand;
-    bool fOpaque;
+    Development fDevelopment;
 };
 
 /// Portable float map: three floats a pixel, rows from the bottom up. The bands come from the top down, so
@@ -106,9 +106,11 @@ bool hasAlpha(PictureFormat format) {
 }
 
 std::unique_ptr<PictureFile> createPicture(const std::string& path, PictureFormat format, int width,
-                                           int height, bool opaque) {
+                                           int height, const Development& development) {
+    const bool opaque = development.opaque;
     const auto bytes = [&](std::unique_ptr<RowWriter> writer) {
-        return std::make_unique<BytePicture>(std::move(writer), width, opaque || !hasAlpha(format));
+        return std::make_unique<BytePicture>(std::move(writer), width,
+                                             Development{opaque || !hasAlpha(format), development.toneMap});
     };
     switch (format) {
     case PictureFormat::Pfm:
@@ -125,6 +127,21 @@ std::unique_ptr<PictureFile> createPicture(const std::string& path, PictureForma
         break;
     }
     return bytes(makePngWriter(path, width, height, !opaque));
+}
+
+std::unique_ptr<PictureFile> keepPicture(std::vector<std::uint8_t>& rgba, int width,
+                                         const Development& development) {
+    class Keeper : public RowWriter {
+    public:
+        Keeper(std::vector<std::uint8_t>& kept, int pixels) : fKept(kept), fBytes(pixels * 4) {}
+        void write(const std::uint8_t* row) override { fKept.insert(fKept.end(), row, row + fBytes); }
+        void finish() override {}
+
+    private:
+        std::vector<std::uint8_t>& fKept;
+        int fBytes;
+    };
+    return std::make_unique<BytePicture>(std::make_unique<Keeper>(rgba, width), width, development);
 }
 
 } // namespace orloview

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orloview {
 
@@ -44,9 +45,13 @@ public:
     virtual void finish() = 0;
 };
 
-/// `opaque`: alpha counts as 1 and isn't stored. A format without alpha shows what is transparent over black.
+/// The alpha of an opaque picture isn't stored. A format without alpha shows what is transparent over black.
 /// PFM stores linear colours as they are, also below 0 and above 1.
 std::unique_ptr<PictureFile> createPicture(const std::string& path, PictureFormat format, int width,
-                                           int height, bool opaque);
+                                           int height, const Development& development);
+
+/// A picture that is no file: appends its rows to `rgba`, four bytes a pixel.
+std::unique_ptr<PictureFile> keepPicture(std::vector<std::uint8_t>& rgba, int width,
+                                         const Development& development);
 
 } // namespace orloview

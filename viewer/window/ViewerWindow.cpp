@@ -119,7 +119,7 @@ private:
 ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Viewpoint& start,
                            Progress& progress)
     : fOptions(options), fScene(scene), fBounds(scene.bounds()), fGuides(makeGuides(fBounds, upOf(options))),
-      fView(Navigation(start, upOf(options), fBounds), lookOf(options)),
+      fView(Navigation(start, upOf(options), fBounds), lookOf(options, scene)),
       fDisplaySession(DisplaySession::Kind::Window, options.verbose), fDisplay(fDisplaySession.display()),
       fGL(fDisplay), fDrawn(scene, fGuides, options, progress.report()), fLineHeight(lineHeightOn(fDisplay)) {
     fWindow.emplace(fDisplay, titleOf(options), options.width, options.height);
@@ -267,7 +267,7 @@ void ViewerWindow::screenshot() {
     try {
         const FrameLook& look = fView.look();
         const auto picture =
-            createPicture(path, PictureFormat::Png, look.width, look.height, look.background[3] == 1.0F);
+            createPicture(path, PictureFormat::Png, look.width, look.height, developmentOf(look));
         renderPicture(currentView(), content(), look, fOptions.sampling, *picture);
         picture->finish();
         print(path);
