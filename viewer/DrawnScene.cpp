@@ -14,6 +14,11 @@ Shading shadingFor(const Options& options) {
     if (options.shading == Shading::Glsl && !hasShaders)
         throw Failure(kExitNoGL, "--shading glsl: this OpenGL has no shaders (GL_ARB_shader_objects); give "
                                  "--shading fixed");
+    if (!options.shader.empty() && !hasShaders)
+        throw Failure(kExitNoGL,
+                      "--shader: this OpenGL has no shaders (GL_ARB_shader_objects); leave it out");
+    if (!options.shader.empty())
+        return Shading::Fixed; // a shader of the user's finds what GL's own functions need
     return options.shading.value_or(hasShaders ? Shading::Glsl : Shading::Fixed);
 }
 
@@ -23,8 +28,14 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
                        const ProgressReport& report)
     : fShading(shadingFor(options)), fLights(scene), fDrawable(scene, fShading, report), fGrid(guides.grid),
       fAxes(guides.axes) {
-    if (fShading == Shading::Glsl)
-        fShaders.emplace(scene, fLights, options.sky ? &*options.sky : nullptr, upOf(options));
+    if (!options.shader.empty())
+        fUserShader.emplace(options.shader, fLights);
+    if (fShading != Shading::Glsl)
+        return;
+    if (options.shadows && !fLights.specs().empty())
+        fShadows.emplace(scene, fLights);
+    fShaders.emplace(scene, fLights, options.sky ? &*options.sky : nullptr, upOf(options),
+                     fShadows ? &*fShadows : nullptr);
 }
 
 void DrawnScene::upload(const ProgressReport& report) {

@@ -30,12 +30,22 @@ public:
             fShaders->dump(folder);
     }
 
-    FrameContent content() { return {fDrawable, fLights, fGrid, fAxes, fShaders ? &*fShaders : nullptr}; }
+    FrameContent content() {
+        return {fDrawable,
+                fLights,
+                fGrid,
+                fAxes,
+                fShaders ? &*fShaders : nullptr,
+                fShadows ? &*fShadows : nullptr,
+                fUserShader ? &*fUserShader : nullptr};
+    }
 
 private:
     Shading fShading;
     SceneLights fLights;
+    std::optional<ShadowMap> fShadows;
     std::optional<SceneShaders> fShaders;
+    std::optional<UserShader> fUserShader;
     DrawableScene fDrawable;
     DrawableScene fGrid;
     DrawableScene fAxes;

@@ -155,12 +155,22 @@ void drawFixed(DrawableScene& drawable, size_t index, const FrameLook& look, Tex
 void drawSceneFixed(const FrameContent& content, const View& view, const FrameLook& look,
                     TextureUnits& units) {
     DrawableScene& drawable = content.drawable;
-    for (const size_t index : drawable.opaqueInstances())
+    UserShader* shader = content.userShader;
+    if (shader)
+        shader->bind();
+    for (const size_t index : drawable.opaqueInstances()) {
+        if (shader)
+            shader->setBase(drawable.baseLayerOf(index));
         drawFixed(drawable, index, look, units);
+    }
     for (const BlendedElements::Run& run : drawable.farthestFirst(view.worldToEye)) {
+        if (shader)
+            shader->setBase(drawable.baseLayerOf(run.instance));
         setFixedMaterial(drawable, run.instance, look, units);
         drawPlaced(drawable, run.instance, [&] { drawable.drawRun(run); });
     }
+    if (shader)
+        shader->unbind();
 }
 
 void drawSceneShaded(const FrameContent& content, const View& view, const FrameLook& look,
@@ -187,6 +197,8 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
 } // namespace
 
 void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& content, const FrameLook& look) {
+    if (content.shadows && look.lights)
+        content.shadows->update(content.drawable, view.worldToEye);
     target.makeCurrent();
     clear(look);
     setFrameState(look);

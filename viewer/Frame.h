@@ -4,6 +4,7 @@
 #include "draw/SceneLights.h"
 #include "scene/View.h"
 #include "shading/SceneShaders.h"
+#include "shading/UserShader.h"
 
 #include "output/Picture.h"
 
@@ -19,7 +20,7 @@ struct FrameLook {
     int left = 0; ///< what of the frame the target holds begins here: a target may be smaller than the frame
     int bottom = 0;
     koColor::Color background;      ///< linear, multiplied by its alpha
-    ToneMap toneMap = ToneMap::Cut; ///< for who shows the frame
+    ToneMap toneMap = ToneMap::Cut; ///< for who shows the frame; of what is lit
     bool wireframe = false;
     bool lights = true;
     bool culling = true; ///< hides triangles that are seen from behind, where the material says so
@@ -31,7 +32,7 @@ struct FrameLook {
 
 /// How a frame of that look becomes a picture.
 inline Development developmentOf(const FrameLook& look) {
-    return {look.background[3] == 1.0F, look.toneMap};
+    return {look.background[3] == 1.0F, look.lights ? look.toneMap : ToneMap::Cut};
 }
 
 /// What is in a frame.
@@ -40,7 +41,9 @@ struct FrameContent {
     SceneLights& lights;
     DrawableScene& grid; ///< of one instance, as axes
     DrawableScene& axes;
-    SceneShaders* shaders; ///< of `drawable`; null: GL's own functions draw it
+    SceneShaders* shaders;  ///< of `drawable`; null: GL's own functions draw it
+    ShadowMap* shadows;     ///< of the shaders' first light; null: none
+    UserShader* userShader; ///< in the place of all materials; null: none
 };
 
 /// Draws one frame: the road from the library's frame buffer to the last group. Needs the context that the

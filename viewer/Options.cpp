@@ -106,7 +106,7 @@ Progress::Mode parseProgress(const std::string& text, bool quiet) {
     return text == "plain" ? Progress::Mode::Plain : Progress::Mode::Bar;
 }
 
-std::optional<Shading> parseShading(const std::string& name, const std::string& text) {
+Shading parseShading(const std::string& name, const std::string& text) {
     if (text == "fixed")
         return Shading::Fixed;
     if (text == "glsl")
@@ -200,6 +200,15 @@ void checkTogether(const Options& options) {
     if (!options.depth.empty() && !isDepthFile(options.depth))
         throw Failure(kExitUsage,
                       "--depth " + options.depth + ": give a name ending in .pfm (distances) or .png");
+    if (!options.shader.empty() && (options.shading || options.compare || !options.dumpShaders.empty()))
+        throw Failure(kExitUsage, "--shader takes the place of all materials; leave --shading, --compare and "
+                                  "--dump-shaders out");
+    if (options.shadows && (options.shading == Shading::Fixed || !options.shader.empty()))
+        throw Failure(kExitUsage,
+                      "--shadows: the materials' shaders draw them; leave --shading fixed and --shader "
+                      "out");
+    if (options.compare && options.shading)
+        throw Failure(kExitUsage, "--compare draws with both; leave --shading out");
     if (options.turntable > 0 && (options.output.empty() || options.output == "-"))
         throw Failure(kExitUsage,
                       "--turntable: give -o and a name, such as -o turn.png, for turn_001.png and so on");
@@ -265,6 +274,7 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     std::string shading;
     std::string sky = "studio";
     std::string toneMap;
+    std::vector<std::string> compare;
     bool noLights = false;
     bool noCulling = false;
 
@@ -320,10 +330,18 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
            "Cut off what is too bright, or draw the bright end together; soft for what shaders light, "
            "unless given")
         ->type_name("none|soft");
+    app.add_option("--compare", compare, "Print how far two shadings' pictures are apart")
+        ->type_name("SHADING SHADING")
+        ->expected(2);
+    app.add_option(
+           "--shader", options.shader,
+           "Draw with a GLSL shader of your own in the place of all materials: NAME.vert and NAME.frag")
+        ->type_name("NAME");
     app.add_option("--dump-shaders", options.dumpShaders, "Write the sources of the materials' shaders")
         ->type_name("FOLDER");
     app.add_flag("--wireframe", options.wireframe, "Draw edges only");
     app.add_flag("--no-lights", noLights, "Draw colours as they are, unlit");
+    app.add_flag("--shadows", options.shadows, "Let the main light cast shadows, with shaders");
     app.add_flag("--no-culling", noCulling, "Draw triangles from behind too");
     app.add_flag("--grid", options.grid, "Draw a grid under the model");
     app.add_flag("--axes", options.axes, "Draw the axes of the world: x red, y green, z blue");
@@ -372,6 +390,17 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     if (app.count("--shading") != 0)
         options.shading = parseShading("--shading", shading);
     options.sky = parseSky(sky);
+    for (const char* name : {"--shading", "--sky", "--tone-map", "--shader", "--shadows"}) {
+        const CLI::Option* option = app.get_option(name);
+        if (option->count() == 0)
+            continue;
+        options.shadingSwitches.append(" ").append(name);
+        if (option->get_items_expected_max() > 0)
+            options.shadingSwitches.append(" ").append(option->as<std::string>());
+    }
+    if (compare.size() == 2)
+        options.compare =
+            std::array{parseShading("--compare", compare[0]), parseShading("--compare", compare[1])};
     if (app.count("--tone-map") != 0)
         options.toneMap = parseToneMap(toneMap);
     options.progress = parseProgress(progress, options.quiet);

@@ -61,12 +61,22 @@ struct Options {
     /// What shines from all round; none without shaders.
     std::optional<Sky> sky;
 
+    /// Two shadings whose pictures are compared.
+    std::optional<std::array<Shading, 2>> compare;
+
+    /// The files of the user's own shader, without .vert and .frag; empty: none.
+    std::string shader;
+
+    /// The switches given that say how the scene is shaded, each with a space before it.
+    std::string shadingSwitches;
+
     /// The folder that the sources of shaders are written to; empty: none.
     std::string dumpShaders;
 
     bool orthographic = false;
     bool wireframe = false;
     bool lights = true;
+    bool shadows = false;
     bool culling = true;
     bool grid = false;
     bool axes = false;

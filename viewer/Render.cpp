@@ -42,7 +42,7 @@ bool isLit(const Scene& scene) {
 }
 
 ToneMap toneMapFor(const Options& options, const Scene& scene) {
-    const bool wanted = options.shading != Shading::Fixed && options.lights && isLit(scene);
+    const bool wanted = options.shading != Shading::Fixed && isLit(scene);
     return options.toneMap.value_or(wanted ? ToneMap::Soft : ToneMap::Cut);
 }
 

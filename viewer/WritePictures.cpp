@@ -9,7 +9,9 @@
 #include "window/GLSession.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <numbers>
 
@@ -71,6 +73,16 @@ public:
         fProgress.begin(Progress::Stage::Write);
         picture->finish();
         told(fOptions.output == "-" ? "the picture to standard output" : fOptions.output);
+    }
+
+    /// The bytes of the picture, four a pixel, from the top down.
+    std::vector<std::uint8_t> picture() {
+        fProgress.begin(Progress::Stage::Draw);
+        std::vector<std::uint8_t> rgba;
+        const FrameLook look = lookOf(fOptions, fScene);
+        const auto kept = keepPicture(rgba, look.width, developmentOf(look));
+        renderPicture(fView, content(), look, fOptions.sampling, *kept, fProgress.report());
+        return rgba;
     }
 
     /// The eye goes round the target once, to the right.
@@ -138,7 +150,41 @@ private:
     DrawnScene fDrawn;
 };
 
+const char* nameOf(Shading shading) {
+    return shading == Shading::Fixed ? "fixed" : "glsl";
+}
+
 } // namespace
+
+void compareShadings(const Options& options, const Scene& scene, Progress& progress) {
+    std::array<std::vector<std::uint8_t>, 2> pictures;
+    for (size_t i = 0; i < 2; ++i) {
+        Options shaded = options;
+        shaded.shading = (*options.compare)[i];
+        shaded.toneMap = options.toneMap.value_or(ToneMap::Cut); // of one kind, whatever the shading
+        progress.begin(Progress::Stage::Prepare);
+        progress.clear();
+        pictures[i] = PictureSession(shaded, scene, progress).picture();
+    }
+    progress.finish();
+    int largest = 0;
+    size_t place = 0;
+    double sum = 0.0;
+    for (size_t i = 0; i < pictures[0].size(); ++i) {
+        const int difference = std::abs(int{pictures[0][i]} - int{pictures[1][i]});
+        sum += i % 4 < 3 ? difference : 0; // the mean is of the colours
+        if (difference > largest) {
+            largest = difference;
+            place = i / 4;
+        }
+    }
+    const auto width = static_cast<size_t>(options.width);
+    std::printf("%s and %s: largest difference %d of 255", nameOf((*options.compare)[0]),
+                nameOf((*options.compare)[1]), largest);
+    if (largest > 0)
+        std::printf(" (at %zu,%zu from the top left)", place % width, place / width);
+    std::printf(", mean %.3f\n", sum / (0.75 * static_cast<double>(pictures[0].size())));
+}
 
 bool writePictures(const Options& options, const Scene& scene, Progress& progress) {
     progress.begin(Progress::Stage::Prepare);

@@ -11,6 +11,9 @@ namespace orloview {
 /// models are uploaded once. Whether everything of the scene could be drawn. Throws Failure.
 bool writePictures(const Options& options, const Scene& scene, Progress& progress);
 
+/// Draws the scene with both shadings of --compare and prints how far the pictures are apart. Throws Failure.
+void compareShadings(const Options& options, const Scene& scene, Progress& progress);
+
 /// Tells of pictures that were left out of the scene, on standard error.
 void printWarnings(const DrawnScene& drawn, Progress& progress);
 

@@ -97,6 +97,10 @@ int run(int argc, const char* const* argv) {
     }
     if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
         throw Failure(kExitNoInput, options.models.front() + ": nothing in it can be drawn");
+    if (options.compare)
+        compareShadings(options, loaded.scene, progress);
+    if (options.compare && !options.writes())
+        return loaded.complete ? kExitDone : kExitIncomplete;
     if (options.writes())
         return writePictures(options, loaded.scene, progress) && loaded.complete ? kExitDone
                                                                                  : kExitIncomplete;

@@ -57,7 +57,7 @@ TEST_F(SceneShadersTest, compilesOneShaderForMaterialsOfOneStructure) {
     const Scene scene = twentyOneMaterials();
     const SceneLights lights(scene);
     const std::optional<Sky> sky = Sky::named("clear");
-    SceneShaders shaders(scene, lights, &*sky, {0.0, 1.0, 0.0});
+    SceneShaders shaders(scene, lights, &*sky, {0.0, 1.0, 0.0}, nullptr);
     shaders.upload([] {});
     EXPECT_EQ(count("glCompileShaderARB"), 4U) << "with and without texture, two stages each";
     EXPECT_EQ(count("glLinkProgramARB"), 2U);
@@ -84,7 +84,7 @@ TEST_F(SceneShadersTest, tellsOfWhatDoesNotLinkAndLeavesItToGL) {
     Scene scene = twentyOneMaterials();
     scene.instances.resize(1);
     const SceneLights lights(scene);
-    SceneShaders shaders(scene, lights, nullptr, {0.0, 1.0, 0.0});
+    SceneShaders shaders(scene, lights, nullptr, {0.0, 1.0, 0.0}, nullptr);
     testing::internal::CaptureStdout();
     shaders.upload([] {});
     testing::internal::GetCapturedStdout();
@@ -101,7 +101,7 @@ TEST_F(SceneShadersTest, leavesNoNameBehind) {
     {
         const SceneLights lights(scene);
         const std::optional<Sky> sky = Sky::named("studio");
-        SceneShaders shaders(scene, lights, &*sky, {0.0, 1.0, 0.0});
+        SceneShaders shaders(scene, lights, &*sky, {0.0, 1.0, 0.0}, nullptr);
         shaders.upload([] {});
     }
     EXPECT_TRUE(ledger(NameKind::ShaderObject).live.empty());

@@ -265,6 +265,59 @@ class Shading(ViewerProgram):
         cone["outerConeAngle"] = math.radians(14)
         self.near(self.quad(matt, lights=[{**spot, "spot": cone}]), 0)
 
+    def test_the_main_light_casts_shadows(self):
+        matt = {"pbrMetallicRoughness": {"metallicFactor": 0}}
+        quads = [{"material": 0, "at": WHOLE, "z": 0}, {"material": 0, "at": (-0.2, 0.2, 0.2, -0.2), "z": 0.5}]
+        turned = math.radians(45)  # the light comes from the right: the shadow lies 0.5 to the left
+        sun = {"type": "directional", "rotation": [0, math.sin(turned / 2), 0, math.cos(turned / 2)]}
+        lamp = {"type": "point", "translation": [1.5, 0, 1.5]}  # 1 before the square: enlarged 1.5 times
+        spot = {"type": "spot", "translation": [1.5, 0, 1.5], "rotation": sun["rotation"], "spot": {"outerConeAngle": 0.9}}
+        for light, shadow in ((sun, (-0.7, -0.3)), (lamp, (-1.05, -0.45)), (spot, (-1.05, -0.45))):
+            model = self.write("m.gltf", with_lights(json.loads(textured(quads, [matt], [])), [light]))
+            switches = ["--size", "200x200", "--camera", "0", "--sky", "none", "--samples", "1"]
+            lit, shadowed = (self.floats(model, *switches, *more)[2] for more in ([], ["--shadows"]))
+            for y in range(-95, 96, 10):
+                for x in range(-95, 96, 10):
+                    before, after = (rows[100 + y][100 + x][0] for rows in (lit, shadowed))
+                    at, height = x / 100, abs(y / 100)
+                    inside = shadow[0] + 0.03 < at < shadow[1] - 0.03 and height < (shadow[1] - shadow[0]) / 2 - 0.03
+                    outside = at < shadow[0] - 0.03 or at > shadow[1] + 0.03 or height > (shadow[1] - shadow[0]) / 2 + 0.03
+                    on_square = abs(at) < 0.23 and height < 0.23
+                    if inside and not on_square:
+                        self.assertEqual(after, 0, (light["type"], at, y / 100))
+                    elif outside or on_square:
+                        self.assertAlmostEqual(after, before, 3, (light["type"], at, y / 100))
+
+    def test_two_shadings_compared(self):
+        quads = [{"material": 0, "at": (-1, 1, 0, -1)}, {"material": 1, "at": (0, 1, 1, -1)}]
+        unlit = {"pbrMetallicRoughness": {"baseColorFactor": [0.5, 0.2, 0.1, 1]}, "extensions": {"KHR_materials_unlit": {}}}
+        model = self.write("m.gltf", textured(quads, [unlit, unlit], []))
+        same = self.run_viewer(model, "--compare", "fixed", "glsl", "--size", "64x64")
+        self.assertEqual((same.returncode, same.stdout), (0, b"fixed and glsl: largest difference 0 of 255, mean 0.000\n"))
+        glowing = {**unlit, "emissiveFactor": [0, 1, 0], "pbrMetallicRoughness": {"baseColorFactor": [0, 0, 0, 1]}, "extensions": {}}
+        model = self.write("m.gltf", with_lights(json.loads(textured(quads, [unlit, glowing], [])), DARK))
+        told = self.run_viewer(model, "--compare", "glsl", "fixed", "--size", "64x64", "--no-lights", "--camera", "0").stdout.decode()
+        self.assertEqual(told, "glsl and fixed: largest difference 0 of 255, mean 0.000\n")
+        told = self.run_viewer(model, "--compare", "glsl", "fixed", "--size", "64x64", "--sky", "none").stdout.decode()
+        self.assertRegex(told, r"^glsl and fixed: largest difference \d+ of 255( \(at \d+,\d+ from the top left\))?, mean \d+\.\d{3}\n$")
+        self.fails(1, [model, "--compare", "fixed", "cg"], "--compare cg: Cg shaders can't be drawn with yet")
+
+    def test_a_shader_of_the_users(self):
+        model = self.write("m.gltf", textured([{"material": 0, "at": WHOLE}], [{"pbrMetallicRoughness": {"baseColorFactor": [1, 0.5, 0.25, 1]}}], []))
+        self.write("s.vert", "void main() {\n    gl_FrontColor = gl_Color;\n    gl_Position = ftransform();\n}\n")
+        self.write("s.frag", "uniform bool hasBaseColorMap;\nuniform int lightCount;\nvoid main() {\n"
+                             "    gl_FragColor = vec4(hasBaseColorMap ? 1.0 : gl_Color.b, gl_Color.g, float(lightCount), 1.0);\n}\n")
+        switches = ["--shader", self.path("s"), "--size", "32x32", "--camera", "0"]
+        self.near(self.floats(model, *switches)[2][16][16], (0.25, 0.5, 3))
+        self.write("s.frag", "void main() {\n\n    gl_FragColor = wrong;\n}\n")
+        out = ("-o", self.path("out.png"))
+        self.fails(1, [model, *out, *switches], "--shader: it doesn't compile:\n  " + self.path("s.frag") + ":3: error: ", "wrong")
+        self.write("s.frag", "void nothing() {}\n")
+        self.fails(1, [model, *out, *switches], "--shader: it doesn't link:\n  " + self.path("s") + ": ")
+        os.remove(self.path("s.vert"))
+        self.fails(1, [model, *out, *switches], "--shader: " + self.path("s.vert") + " can't be read; give the name that a .vert and a .frag")
+        self.fails(1, [model, *out, *switches, "--shading", "glsl"], "--shader takes the place of all materials")
+
     def test_sources_are_written_and_wrong_switches_explained(self):
         model = self.write("m.gltf", textured([{"material": 0, "at": WHOLE}], [{"name": "a/b c"}], []))
         self.floats(model, "--dump-shaders", self.path("shaders"), "--size", "16x16")
@@ -275,6 +328,8 @@ class Shading(ViewerProgram):
         self.fails(1, [model, *out, "--shading", "cg"], "--shading cg: Cg shaders can't be drawn with yet; give fixed or glsl")
         self.fails(1, [model, *out, "--shading", "x"], "--shading x: give fixed or glsl")
         self.fails(1, [model, *out, "--sky", "blue"], "--sky blue: give one of none, studio, clear, overcast, sunset, white")
+        self.fails(1, [model, *out, "--tone-map", "x"], "--tone-map x: give none or soft")
+        self.fails(1, [model, *out, "--shading", "fixed", "--shadows"], "--shadows: the materials' shaders draw them")
         self.fails(1, [model, *out, "--shading", "fixed", "--dump-shaders", "d"], "--dump-shaders: there are none with --shading fixed")
 
 

@@ -288,7 +288,7 @@ class WindowTest(unittest.TestCase):
         self.quit(window)
 
     def test_the_switches_printed_draw_the_same_picture(self):
-        window = self.open("m.gltf", "--grid", "--fov", "50")
+        window = self.open("m.gltf", "--grid", "--fov", "50", "--sky", "sunset", "--shadows")
         wanted = []
         for act in (
             lambda: window.drag(1, -37, 55),
@@ -306,6 +306,7 @@ class WindowTest(unittest.TestCase):
             self.assertSame(shown, self.drawn(*line.split()), line)
         self.assertIn("--orthographic", lines[2])
         self.assertIn("--no-lights", lines[2])
+        self.assertTrue(all(line.endswith(" --sky sunset --shadows") for line in lines), lines)
 
     def test_screenshots_are_numbered_and_show_no_overlay(self):
         window = self.open("m.gltf", "--background", "transparent")

@@ -37,6 +37,8 @@ public:
     /// The file's light of a GL light; null for those beside the eye.
     const Light* fileLight(size_t i) const { return fSources.empty() ? nullptr : fSources[i]; }
 
+    GLLight& light(size_t i) { return *fLights[i]; }
+
     /// Space of the light to the world, for a frame of that eye.
     koLinear::AffineMatrix toWorld(size_t i, const koLinear::AffineMatrix& worldToEye) const;
 

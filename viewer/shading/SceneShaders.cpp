@@ -48,14 +48,16 @@ bool readsAlpha(const Material& material, TextureUse Material::*use) {
 } // namespace
 
 SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky,
-                           const koLinear::Vector& up)
+                           const koLinear::Vector& up, const ShadowMap* shadows)
     : fScene(scene), fLights(lights), fSpecs(lights.specs()), fStore(scene),
-      fTextures(scene.materials.size()), fUp(scaled(up, 1.0 / length(up))) {
+      fTextures(scene.materials.size()), fUp(scaled(up, 1.0 / length(up))), fShadows(shadows) {
     for (size_t i = 0; i < scene.materials.size(); ++i)
         askTextures(i);
     fStore.begin();
     for (auto& looks : fInstanceLooks)
         looks.resize(scene.instances.size());
+    if (shadows)
+        fSpecs[0].fCastsShadow = true;
     if (sky) {
         fSpecs.emplace_back().fType = LightSpec::kSky;
         fSkyMaps = std::make_unique<SkyMaps>(*sky);
@@ -66,6 +68,8 @@ SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const 
 void SceneShaders::addFrameValues() {
     if (fSkyMaps)
         fFrameValues.push_back({"skyUp", std::vector<float>(3)});
+    if (fShadows)
+        fFrameValues.push_back({"light0ShadowMatrix", std::vector<float>(16)});
     for (size_t i = 0; i < fSpecs.size(); ++i) {
         const std::string light = "light" + std::to_string(i);
         if (fSpecs[i].fHasRange)
@@ -164,6 +168,8 @@ void SceneShaders::compile(Program& program, int material) {
         for (const SkyMaps::Map& map : fSkyMaps->maps())
             addMap(program, map.name, map.texture->textureName());
     }
+    if (fShadows)
+        addMap(program, "light0ShadowMap", fShadows->texture());
     for (const FrameValue& value : fFrameValues)
         program.frameLocations.push_back(
             gl().glGetUniformLocationARB(program.shader->fProgram, value.name.c_str()));
@@ -201,14 +207,24 @@ void SceneShaders::prepare(Look& look) {
 
 void SceneShaders::beginFrame(const koLinear::AffineMatrix& worldToEye) {
     ++fFrame;
-    if (fSkyMaps) {
-        const koLinear::Vector up = worldToEye.transform(fUp);
-        for (int i = 0; i < 3; ++i)
-            fFrameValues[0].floats[static_cast<size_t>(i)] = static_cast<float>(up[i]);
-    }
+    updateFrameValues(worldToEye);
     fCurrent = nullptr;
     fCurrentProgram = nullptr;
     fBound.clear();
+}
+
+/// Those that follow the eye; the first of all.
+void SceneShaders::updateFrameValues(const koLinear::AffineMatrix& worldToEye) {
+    auto value = fFrameValues.begin();
+    const auto toFloat = [](double number) { return static_cast<float>(number); };
+    if (fSkyMaps) {
+        const koLinear::Vector up = worldToEye.transform(fUp);
+        std::transform(up.data(), up.data() + 3, (value++)->floats.begin(), toFloat);
+    }
+    if (fShadows) {
+        const auto eyeToMap = koLinear::ProjMatrix(worldToEye.inverse()).then(fShadows->worldToMap());
+        std::transform(eyeToMap.data(), eyeToMap.data() + 16, value->floats.begin(), toFloat);
+    }
 }
 
 bool SceneShaders::bind(size_t instance, bool lit) {
@@ -299,7 +315,9 @@ void SceneShaders::dump(const std::string& folder) const {
         koString::CString fragment;
         compileMaterialToGlsl(*program.owner, &fSpecs, vertex, fragment);
         for (const auto& [suffix, source] : {std::pair{".vert", &vertex}, {".frag", &fragment}}) {
-            OutputFile file(folder + "/" + name + suffix);
+            std::string path = folder;
+            path.append("/").append(name).append(suffix);
+            OutputFile file(path);
             const std::string_view text = source->asChar();
             file.write(text.data(), text.size());
             file.commit();

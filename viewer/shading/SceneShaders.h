@@ -2,6 +2,7 @@
 
 #include "draw/SceneLights.h"
 #include "shading/MaterialNetwork.h"
+#include "shading/ShadowMap.h"
 #include "shading/SkyMaps.h"
 #include "texture/TextureStore.h"
 
@@ -21,8 +22,10 @@ namespace orloview {
 /// Needs a current context for everything, and the scene and the lights to stay.
 class SceneShaders {
 public:
-    /// `sky`: what shines from all round; null for none. `up`: which way is up, in the world.
-    SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky, const koLinear::Vector& up);
+    /// `sky`: what shines from all round; null for none. `up`: which way is up, in the world. `shadows`: of
+    /// the first light; null for none, else updated before a frame begins.
+    SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky, const koLinear::Vector& up,
+                 const ShadowMap* shadows);
     ~SceneShaders();
 
     SceneShaders(const SceneShaders&) = delete;
@@ -104,6 +107,7 @@ private:
     void feedFrame(const Program& program) const;
     void bindTextures(const std::vector<Bound>& textures);
     void addFrameValues();
+    void updateFrameValues(const koLinear::AffineMatrix& worldToEye);
     static void setUniform(GLint location, const std::vector<float>& floats);
 
     const Scene& fScene;
@@ -117,6 +121,7 @@ private:
     std::vector<FrameValue> fFrameValues;
     std::unique_ptr<SkyMaps> fSkyMaps;
     koLinear::Vector fUp;
+    const ShadowMap* fShadows;
     GlslManager fManager;
 
     const Look* fCurrent = nullptr;

@@ -253,7 +253,7 @@ void ViewerWindow::execute(Command command) {
         screenshot();
         break;
     case Command::PrintSwitches:
-        print(fView.switches());
+        print(fView.switches() + fOptions.shadingSwitches);
         say("the switches stand on standard output");
         break;
     default:
