@@ -32,7 +32,7 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
         fUserShader.emplace(options.shader, fLights);
     if (fShading != Shading::Glsl)
         return;
-    if (options.shadows && !fLights.specs().empty())
+    if (options.shadows && fLights.hasMainLight())
         fShadows.emplace(scene, fLights);
     fShaders.emplace(scene, fLights, options.sky ? &*options.sky : nullptr, upOf(options),
                      fShadows ? &*fShadows : nullptr);

@@ -128,6 +128,12 @@ TEST_F(SceneShadersTest, scalesTheLightsOfAFileTogetherAndTakesTheBrightest) {
     EXPECT_EQ(lights.warnings(),
               std::vector<std::string>{"warning: of its 9 lights the 8 brightest are drawn"});
 
+    scene.lights[9].kind = Light::Kind::Ambient;
+    const SceneLights withAmbient(scene);
+    EXPECT_EQ(withAmbient.fileLight(7), &scene.lights[9]) << "behind those that cast shadows";
+    EXPECT_EQ(withAmbient.specs()[7].fType, LightSpec::kAmbient);
+    EXPECT_TRUE(withAmbient.hasMainLight());
+
     for (Light& light : scene.lights)
         light.intensity = 0.0;
     EXPECT_TRUE(SceneLights(scene).specs().empty()) << "the file wants the dark";

@@ -203,6 +203,24 @@ class Shading(ViewerProgram):
             wanted = [self.straight(c * (1 - metallic), 0.04 + metallic * (c - 0.04), roughness) for c in (0.8, 0.5, 0.2)]
             self.near(self.quad({"pbrMetallicRoughness": pbr}, [texel]), wanted)
 
+    def test_each_texture_has_coordinates_and_a_transform_of_its_own(self):
+        two = [[(0, 0, 0, 255), (255, 255, 255, 255)]]  # the left half black, the right half white
+        left, right = {"texCoord": 1}, {"texCoord": 1, "extensions": {"KHR_texture_transform": {"offset": [0.625, 0], "scale": [0.5, 1]}}}
+        uvs = [[(0.75, 0.5)] * 4, [(0.25, 0.5)] * 4]
+        for rough, glow in ((left, right), (right, left)):
+            material = {
+                "pbrMetallicRoughness": {"baseColorTexture": {"index": 0}, "metallicRoughnessTexture": {"index": 0, **rough}},
+                "emissiveTexture": {"index": 0, **glow},
+                "emissiveFactor": [0.5, 0.5, 0.5],
+            }
+            white, emitted = int(rough is right), 0.5 * int(glow is right)
+            lit = self.quad(material, [two], uvs=uvs)
+            wanted = self.straight(1 - white, 0.04 + 0.96 * white, white) if white else None
+            if white:
+                self.near(lit, wanted + emitted)
+            else:  # a mirror: the light itself
+                self.assertGreater(lit[0], 1000)
+
     def test_emission_occlusion_and_unlit(self):
         matt = {"metallicFactor": 0, "roughnessFactor": 1, "baseColorFactor": [0.5, 0.5, 0.5, 1]}
         texel = [[(51, 255, 255, 255)]]

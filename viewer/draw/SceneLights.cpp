@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 #include <numbers>
 
 namespace orloview {
@@ -44,30 +45,31 @@ koLinear::AffineMatrix frameAlong(const koLinear::Vector& z) {
     return frame;
 }
 
+bool hasPlace(const Light& light) {
+    return light.kind == Light::Kind::Point || light.kind == Light::Kind::Spot;
+}
+
 /// What a surface in the middle of the scene gets that faces the light. One among the surfaces, or without a
 /// place, counts as far away as the scene is large.
 double strengthAt(const Light& light, const koLinear::Point& middle, double radius) {
     const double color = std::max({light.color[0], light.color[1], light.color[2]});
-    if (light.kind == Light::Kind::Directional)
+    if (!hasPlace(light))
         return color * light.intensity;
     const koLinear::Point place = light.toWorld.transform(koLinear::Point());
     const double distance = std::max(length(between(place, middle)), radius);
     return color * light.intensity / (distance * distance);
 }
 
-IHWLight::LightType typeOf(Light::Kind kind) {
-    if (kind == Light::Kind::Directional)
-        return IHWLight::kLightDirectional;
-    return kind == Light::Kind::Spot ? IHWLight::kLightSpot : IHWLight::kLightPoint;
-}
+/// By Light::Kind.
+constexpr std::array kTypes = {IHWLight::kLightDirectional, IHWLight::kLightPoint, IHWLight::kLightSpot,
+                               IHWLight::kLightAmbient};
+constexpr std::array kSpecTypes = {LightSpec::kDirectional, LightSpec::kPoint, LightSpec::kSpot,
+                                   LightSpec::kAmbient};
 
 LightSpec specOf(const Light& light) {
     LightSpec spec;
-    if (light.kind == Light::Kind::Directional)
-        spec.fType = LightSpec::kDirectional;
-    if (light.kind == Light::Kind::Spot)
-        spec.fType = LightSpec::kSpot;
-    spec.fHasRange = light.kind != Light::Kind::Directional && std::isfinite(light.range);
+    spec.fType = kSpecTypes[static_cast<size_t>(light.kind)];
+    spec.fHasRange = hasPlace(light) && std::isfinite(light.range);
     spec.fHasInnerCone = light.kind == Light::Kind::Spot;
     return spec;
 }
@@ -114,20 +116,26 @@ void SceneLights::addFileLights(const Scene& scene) {
     }
     std::stable_sort(lights.begin(), lights.end(),
                      [&](const Light* a, const Light* b) { return strength(a) > strength(b); });
+    const auto isAmbient = [](const Light* light) { return light->kind == Light::Kind::Ambient; };
     if (lights.size() > kGLLights) {
         fWarnings.push_back("warning: of its " + std::to_string(lights.size()) +
                             " lights the 8 brightest are drawn");
         lights.resize(kGLLights);
     }
+    std::stable_partition(lights.begin(), lights.end(), std::not_fn(isAmbient)); // the first casts shadows
     double sum = 0.0;
     for (const Light* light : lights)
         sum += strength(light);
     for (const Light* light : lights) {
         const auto scale = static_cast<float>(light->intensity * kStudioSum / sum);
         const koColor::Color color(light->color[0] * scale, light->color[1] * scale, light->color[2] * scale);
-        GLLight& made = add(specOf(*light), typeOf(light->kind), color);
+        GLLight& made = add(specOf(*light), kTypes[static_cast<size_t>(light->kind)], color);
         made.fLightTransform = light->toWorld;
-        if (light->kind != Light::Kind::Directional) {
+        if (isAmbient(light)) {
+            made.fAmbientColor = color;
+            made.fDiffuseColor = made.fSpecularColor = {0.0F, 0.0F, 0.0F};
+        }
+        if (hasPlace(*light)) {
             made.fConstantAttenuation = 0.0F;
             made.fFurtherAttenuationTerms[0] = 1.0F;
         }

@@ -37,6 +37,9 @@ public:
     /// The file's light of a GL light; null for those beside the eye.
     const Light* fileLight(size_t i) const { return fSources.empty() ? nullptr : fSources[i]; }
 
+    /// Whether the first comes from somewhere, so that it can cast shadows.
+    bool hasMainLight() const { return !fSpecs.empty() && fSpecs[0].fType != LightSpec::kAmbient; }
+
     GLLight& light(size_t i) { return *fLights[i]; }
 
     /// Space of the light to the world, for a frame of that eye.
@@ -52,7 +55,7 @@ private:
     GLLighting fLighting;
     std::vector<std::unique_ptr<GLLight>> fLights;
     std::vector<LightSpec> fSpecs;
-    std::vector<const Light*> fSources; ///< of the file; brightest first
+    std::vector<const Light*> fSources; ///< of the file; brightest first, ambient ones behind
     std::optional<koLinear::AffineMatrix> fKeptTo;
     std::vector<std::string> fWarnings;
 };

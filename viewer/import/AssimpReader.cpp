@@ -360,13 +360,15 @@ void Converter::addLights() {
             light.kind = Light::Kind::Directional;
         else if (source.mType == aiLightSource_SPOT)
             light.kind = Light::Kind::Spot;
+        else if (source.mType == aiLightSource_AMBIENT)
+            light.kind = Light::Kind::Ambient;
         else if (source.mType != aiLightSource_POINT) {
             fWarnings.add("the light '" + light.name + "'",
-                          "left out: only directional, point and spot lights "
-                          "are drawn");
+                          "left out: only directional, point, spot and ambient lights are drawn");
             continue;
         }
-        const aiColor3D& c = source.mColorDiffuse;
+        const bool isAmbient = light.kind == Light::Kind::Ambient;
+        const aiColor3D& c = isAmbient ? source.mColorAmbient : source.mColorDiffuse;
         light.color = koColor::Color(c.r, c.g, c.b);
         light.innerConeAngle = static_cast<double>(source.mAngleInnerCone) / 2.0;
         light.outerConeAngle = static_cast<double>(source.mAngleOuterCone) / 2.0;

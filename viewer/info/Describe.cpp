@@ -40,6 +40,8 @@ const char* kindOf(const Light& light) {
         return "directional";
     case Light::Kind::Point:
         return "point";
+    case Light::Kind::Ambient:
+        return "ambient";
     case Light::Kind::Spot:
         return "spot";
     }

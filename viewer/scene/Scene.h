@@ -149,14 +149,14 @@ struct Camera {
     koLinear::AffineMatrix toWorld;
 };
 
-/// Shines along -z of its own space.
+/// Shines along -z of its own space; an ambient light from everywhere.
 struct Light {
-    enum class Kind : std::uint8_t { Directional, Point, Spot };
+    enum class Kind : std::uint8_t { Directional, Point, Spot, Ambient };
 
     std::string name;
     Kind kind = Kind::Point;
     koColor::Color color{1.0F, 1.0F, 1.0F, 1.0F};
-    double intensity = 1.0; ///< candela; lux for a directional light
+    double intensity = 1.0; ///< candela; lux for a light without a place
     double range = std::numeric_limits<double>::infinity();
     double innerConeAngle = 0.0; ///< radians from the axis
     double outerConeAngle = 0.7853981633974483;
