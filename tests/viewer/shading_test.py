@@ -11,6 +11,7 @@ import unittest
 from viewer_files import png, textured
 from viewer_program import ViewerProgram
 
+NEAREST = {"magFilter": 9728, "minFilter": 9728}
 WHOLE = (-1, 1, 1, -1)
 STUDIO = (((-0.45, 0.65, 0.62), 0.78), ((0.75, 0.10, 0.55), 0.22), ((0.25, 0.60, -0.75), 0.25))
 FILE_LIGHT = 1.25  # what the lights of a file come to together
@@ -146,7 +147,7 @@ class Shading(ViewerProgram):
             names.append(f"{number}.png")
             self.write(names[-1], png(rows))
         quad = {"material": 0, "at": WHOLE, **({"uvs": uvs} if uvs else {})}
-        document = json.loads(textured([quad], [material], names))
+        document = json.loads(textured([quad], [material], names, samplers=[NEAREST]))
         model = self.write("m.gltf", with_lights(document, list(lights)))
         return self.floats(model, "--size", "33x33", "--camera", "0", "--samples", "1", *switches)[2][16][16]
 
