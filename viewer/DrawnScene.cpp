@@ -28,6 +28,8 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
                        const ProgressReport& report)
     : fShading(shadingFor(options)), fLights(scene), fDrawable(scene, fShading, report), fGrid(guides.grid),
       fAxes(guides.axes) {
+    if (options.cull)
+        fCulling.emplace(fDrawable);
     if (!options.shader.empty())
         fUserShader.emplace(options.shader, fLights);
     if (fShading != Shading::Glsl)
@@ -54,6 +56,12 @@ std::vector<std::string> DrawnScene::warnings() const {
          {fLights.warnings(), fShaders ? fShaders->warnings() : std::vector<std::string>()})
         warnings.insert(warnings.end(), more.begin(), more.end());
     return warnings;
+}
+
+std::string DrawnScene::note() const {
+    if (!fCulling || fCulling->supported())
+        return "";
+    return "this OpenGL counts no samples (GL_ARB_occlusion_query): --cull draws everything";
 }
 
 } // namespace orloview

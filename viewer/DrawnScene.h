@@ -24,6 +24,9 @@ public:
     /// What was left out, a line each. Filled by `upload`.
     std::vector<std::string> warnings() const;
 
+    /// What can't be done here, without anything being left out; empty: nothing.
+    std::string note() const;
+
     /// Writes the sources of the shaders, if there are any: see SceneShaders::dump.
     void dumpShaders(const std::string& folder) const {
         if (fShaders)
@@ -37,7 +40,8 @@ public:
                 fAxes,
                 fShaders ? &*fShaders : nullptr,
                 fShadows ? &*fShadows : nullptr,
-                fUserShader ? &*fUserShader : nullptr};
+                fUserShader ? &*fUserShader : nullptr,
+                fCulling ? &*fCulling : nullptr};
     }
 
 private:
@@ -47,6 +51,7 @@ private:
     std::optional<SceneShaders> fShaders;
     std::optional<UserShader> fUserShader;
     DrawableScene fDrawable;
+    std::optional<Culling> fCulling;
     DrawableScene fGrid;
     DrawableScene fAxes;
 };

@@ -1,5 +1,6 @@
 #include "Frame.h"
 
+#include "draw/Placed.h"
 #include "draw/TextureUnits.h"
 
 #include <algorithm>
@@ -88,18 +89,6 @@ bool emitsByTexture(const Material& material, const TextureLayer* layer) {
     return layer || material.emissiveTexture.texture >= 0;
 }
 
-/// Draws in an instance's own space.
-template <typename Draw>
-void drawPlaced(const DrawableScene& drawable, size_t index, Draw draw) {
-    const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
-    const koLinear::AffineMatrix& toWorld = drawable.scene().instances[index].toWorld;
-    gl->glFrontFace(toWorld.determinant() < 0.0 ? GL_CW : GL_CCW);
-    gl->glPushMatrix();
-    gl->glMultMatrixd(koLinear::ProjMatrix(toWorld).data());
-    draw();
-    gl->glPopMatrix();
-}
-
 bool cullsBackFaces(const DrawableScene& drawable, size_t index, const FrameLook& look) {
     return look.culling && !look.wireframe && !drawable.isDoubleSided(index);
 }
@@ -152,6 +141,20 @@ void drawFixed(DrawableScene& drawable, size_t index, const FrameLook& look, Tex
     });
 }
 
+bool isSeen(const FrameContent& content, size_t index) {
+    return !content.culling || content.culling->isSeen(index);
+}
+
+/// Lets what will be drawn be found out.
+void cull(const FrameContent& content, const View& view, const FrameLook& look) {
+    if (!content.culling)
+        return;
+    if (content.answers == Answers::Awaited)
+        content.culling->find(view, look.culling, !look.wireframe);
+    else
+        content.culling->guess(view, !look.wireframe, content.answers == Answers::Ignored);
+}
+
 void drawSceneFixed(const FrameContent& content, const View& view, const FrameLook& look,
                     TextureUnits& units) {
     DrawableScene& drawable = content.drawable;
@@ -159,11 +162,15 @@ void drawSceneFixed(const FrameContent& content, const View& view, const FrameLo
     if (shader)
         shader->bind();
     for (const size_t index : drawable.opaqueInstances()) {
+        if (!isSeen(content, index))
+            continue;
         if (shader)
             shader->setBase(drawable.baseLayerOf(index));
         drawFixed(drawable, index, look, units);
     }
     for (const BlendedElements::Run& run : drawable.farthestFirst(view.worldToEye)) {
+        if (!isSeen(content, run.instance))
+            continue;
         if (shader)
             shader->setBase(drawable.baseLayerOf(run.instance));
         setFixedMaterial(drawable, run.instance, look, units);
@@ -184,10 +191,14 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
             setFixedMaterial(drawable, index, look, units);
     };
     for (const size_t index : drawable.opaqueInstances()) {
+        if (!isSeen(content, index))
+            continue;
         prepare(index);
         drawPlaced(drawable, index, [&] { drawable.drawMesh(index); });
     }
     for (const BlendedElements::Run& run : drawable.farthestFirst(view.worldToEye)) {
+        if (!isSeen(content, run.instance))
+            continue;
         prepare(run.instance);
         drawPlaced(drawable, run.instance, [&] { drawable.drawRun(run); });
     }
@@ -201,6 +212,7 @@ void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& cont
         content.shadows->update(content.drawable, view.worldToEye);
     target.makeCurrent();
     clear(look);
+    cull(content, view, look);
     setFrameState(look);
 
     GLCamera camera;
@@ -218,6 +230,8 @@ void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& cont
         drawSceneShaded(content, view, look, units);
     else
         drawSceneFixed(content, view, look, units);
+    if (content.culling && content.answers == Answers::AsTheyCome)
+        content.culling->ask();
 }
 
 } // namespace orloview

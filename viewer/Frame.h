@@ -1,5 +1,6 @@
 #pragma once
 
+#include "draw/Culling.h"
 #include "draw/DrawableScene.h"
 #include "draw/SceneLights.h"
 #include "scene/View.h"
@@ -35,6 +36,13 @@ inline Development developmentOf(const FrameLook& look) {
     return {look.background[3] == 1.0F, look.lights ? look.toneMap : ToneMap::Cut};
 }
 
+/// How a frame deals with the answers to its questions of what is hidden.
+enum class Answers : std::uint8_t {
+    Awaited,    ///< asks first, and draws what is seen
+    AsTheyCome, ///< goes by those of earlier frames
+    Ignored     ///< draws all that is in view
+};
+
 /// What is in a frame.
 struct FrameContent {
     DrawableScene& drawable;
@@ -44,6 +52,8 @@ struct FrameContent {
     SceneShaders* shaders;  ///< of `drawable`; null: GL's own functions draw it
     ShadowMap* shadows;     ///< of the shaders' first light; null: none
     UserShader* userShader; ///< in the place of all materials; null: none
+    Culling* culling;       ///< of `drawable`; null: everything is drawn
+    Answers answers = Answers::Awaited;
 };
 
 /// Draws one frame: the road from the library's frame buffer to the last group. Needs the context that the

@@ -343,6 +343,8 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     app.add_flag("--no-lights", noLights, "Draw colours as they are, unlit");
     app.add_flag("--shadows", options.shadows, "Let the main light cast shadows, with shaders");
     app.add_flag("--no-culling", noCulling, "Draw triangles from behind too");
+    app.add_flag("--cull", options.cull,
+                 "Don't draw groups that are outside the view or hidden behind others");
     app.add_flag("--grid", options.grid, "Draw a grid under the model");
     app.add_flag("--axes", options.axes, "Draw the axes of the world: x red, y green, z blue");
     app.add_flag("--stats", options.stats,
@@ -390,7 +392,7 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     if (app.count("--shading") != 0)
         options.shading = parseShading("--shading", shading);
     options.sky = parseSky(sky);
-    for (const char* name : {"--shading", "--sky", "--tone-map", "--shader", "--shadows"}) {
+    for (const char* name : {"--shading", "--sky", "--tone-map", "--shader", "--shadows", "--cull"}) {
         const CLI::Option* option = app.get_option(name);
         if (option->count() == 0)
             continue;

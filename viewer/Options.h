@@ -78,6 +78,7 @@ struct Options {
     bool lights = true;
     bool shadows = false;
     bool culling = true;
+    bool cull = false; ///< leaves out groups that nobody sees
     bool grid = false;
     bool axes = false;
     Progress::Mode progress = Progress::Mode::Silent;

@@ -19,12 +19,18 @@ namespace orloview {
 
 namespace {
 
-void printStats(int frame, const CallCounts& counts, const Scene& scene) {
+void printStats(int frame, const CallCounts& counts, const Scene& scene, const Culling* culling) {
+    std::fprintf(stderr, "frame %d: %zu groups, ", frame, scene.instances.size());
+    size_t triangles = scene.count(Topology::Triangles);
+    if (culling && culling->supported()) {
+        const Culling::Counts& seen = culling->counts();
+        std::fprintf(stderr, "%zu drawn, %zu outside, %zu hidden, ", seen.drawn, seen.outside, seen.hidden);
+        triangles = seen.triangles;
+    }
     std::fprintf(stderr,
-                 "frame %d: %zu groups, %zu triangles, %zu lines, %zu points, %zu draw calls, %zu uploads, "
-                 "%zu bytes uploaded, %zu GL names made\n",
-                 frame, scene.instances.size(), scene.count(Topology::Triangles),
-                 scene.count(Topology::Lines), scene.count(Topology::Points), counts.drawCalls,
+                 "%zu triangles, %zu lines, %zu points, %zu draw calls, %zu uploads, %zu bytes uploaded, "
+                 "%zu GL names made\n",
+                 triangles, scene.count(Topology::Lines), scene.count(Topology::Points), counts.drawCalls,
                  counts.uploads, counts.uploadedBytes, counts.namesGenerated);
 }
 
@@ -65,7 +71,7 @@ public:
         fProgress.begin(Progress::Stage::Draw);
         const FrameCosts costs = [this](int frame, const CallCounts& counts) {
             fProgress.clear();
-            printStats(frame, counts, fScene);
+            printStats(frame, counts, fScene, content().culling);
         };
         const auto picture = create(fOptions.output);
         renderPicture(fView, content(), lookOf(fOptions, fScene), fOptions.sampling, *picture,
@@ -204,6 +210,8 @@ bool writePictures(const Options& options, const Scene& scene, Progress& progres
 
 void printWarnings(const DrawnScene& drawn, Progress& progress) {
     progress.clear();
+    if (const std::string note = drawn.note(); !note.empty())
+        std::fprintf(stderr, "orloview: %s\n", note.c_str());
     for (const std::string& warning : drawn.warnings())
         std::fprintf(stderr, "orloview: %s\n", warning.c_str());
 }

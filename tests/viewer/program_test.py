@@ -5,6 +5,7 @@ import json
 import math
 import os
 import pty
+import re
 import struct
 import subprocess
 import sys
@@ -227,6 +228,38 @@ class Program(ViewerProgram):
         self.assertIn("2 groups, 2 triangles", first)
         self.assertNotIn(" 0 uploads", first)
         self.assertIn("2 draw calls, 0 uploads, 0 bytes uploaded, 0 GL names made", second)
+
+    def test_what_nobody_sees_is_not_drawn(self):
+        wall = [{"mesh": 0, "translation": [x, y, 0], "scale": [2, 2, 2]} for x in range(-6, 7) for y in range(-6, 7)]
+        behind = [{"mesh": 0, "translation": [x, y, z]} for x in range(-4, 5) for y in range(-4, 5) for z in (-1, -2, -3)]
+        mirrored = [{"mesh": 0, "translation": [0, 0, -1.5], "scale": [-1, 1, 1]}]
+        model = self.write("m.gltf", gltf({"doubleSided": True}, nodes=[*behind, *wall, *mirrored]))
+        views = {"front": ("--eye", "0,0,9"), "side": ("--eye", "9,0,-2"), "near": ("--eye", "0.2,0.1,-1.4"), "behind": ("--eye", "0,1,-9")}
+        hidden, outside = {}, {}
+        for name, view in views.items():
+            for look in ((), ("--wireframe",), ("--orthographic",), ("--shading", "fixed")):
+                arguments = (model, "--size", "96x64", "--target", "0,0,-1.6", *view, *look)
+                whole = self.picture(*arguments)
+                told = self.run_viewer(*arguments, "--cull", "--stats", "-o", self.path("culled.png")).stderr.decode()
+                with open(self.path("culled.png"), "rb") as file:
+                    self.assertEqual(read_png(file.read())[3], whole[3], (name, look))
+                counts = re.search(r"frame 2: (\d+) groups, (\d+) drawn, (\d+) outside, (\d+) hidden, (\d+) triangles, ", told)
+                all_of_it, drawn, beside, covered, triangles = map(int, counts.groups())
+                self.assertEqual(drawn + beside + covered, all_of_it)
+                self.assertEqual(triangles, drawn)
+                if not look:
+                    hidden[name], outside[name] = covered, beside
+                elif look == ("--wireframe",):
+                    self.assertEqual(covered, 0, "through the edges all is seen")
+        self.assertGreater(hidden["front"], 150)
+        self.assertGreater(outside["near"], 100)
+
+    def test_without_queries_everything_is_drawn(self):
+        model = self.write("m.gltf", gltf())
+        environment = {"MESA_EXTENSION_OVERRIDE": "-GL_ARB_occlusion_query"}
+        result = self.run_viewer(model, "--cull", "-o", self.path("out.png"), environment=environment)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(result.stderr.decode(), "orloview: this OpenGL counts no samples (GL_ARB_occlusion_query): --cull draws everything\n")
 
     def test_progress(self):
         model = self.write("m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n" + "f 1 2 3\n" * 400000)

@@ -74,13 +74,17 @@ std::vector<std::string> statisticsLines(const Scene& scene, const FrameStatisti
     std::snprintf(time, sizeof time, "%.1f ms, %.1f frames per second", statistics.milliseconds,
                   1000.0 / std::max(statistics.milliseconds, 0.001));
     const CallCounts& calls = statistics.calls;
-    return {time,
-            counted(scene.instances.size(), "group") + ", " +
-                counted(scene.count(Topology::Triangles), "triangle"),
-            counted(scene.count(Topology::Lines), "line") + ", " +
-                counted(scene.count(Topology::Points), "point"),
-            counted(calls.drawCalls, "draw call") + ", " + counted(calls.uploads, "upload") + " of " +
-                counted(calls.uploadedBytes, "byte")};
+    const size_t triangles = statistics.seen ? statistics.seen->triangles : scene.count(Topology::Triangles);
+    std::vector<std::string> lines{time, counted(scene.instances.size(), "group") + ", " +
+                                             counted(triangles, "triangle")};
+    if (statistics.seen)
+        lines.push_back(grouped(statistics.seen->drawn) + " drawn, " + grouped(statistics.seen->outside) +
+                        " outside, " + grouped(statistics.seen->hidden) + " hidden");
+    lines.push_back(counted(scene.count(Topology::Lines), "line") + ", " +
+                    counted(scene.count(Topology::Points), "point"));
+    lines.push_back(counted(calls.drawCalls, "draw call") + ", " + counted(calls.uploads, "upload") + " of " +
+                    counted(calls.uploadedBytes, "byte"));
+    return lines;
 }
 
 void writeStatistics(TextPainter& text, const std::vector<std::string>& lines) {

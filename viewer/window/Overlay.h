@@ -1,9 +1,11 @@
 #pragma once
 
 #include "draw/CallCounter.h"
+#include "draw/Culling.h"
 #include "draw/TextPainter.h"
 #include "window/InteractiveView.h"
 
+#include <optional>
 #include <string>
 
 namespace orloview {
@@ -12,6 +14,7 @@ namespace orloview {
 struct FrameStatistics {
     double milliseconds = 0.0;
     CallCounts calls;
+    std::optional<Culling::Counts> seen; ///< of --cull
 };
 
 /// Writes help, statistics and a message over the frame, as far as they are shown. `lineHeight` is the wanted

@@ -294,11 +294,17 @@ void ViewerWindow::paint(int factor) {
     fChanged = false;
     CallCounter::take();
     const Clock::time_point start = Clock::now();
-    fPainter->paint(currentView(), content(), fView.look(), factor, [this](TextPainter& text) {
+    FrameContent shown = content();
+    shown.answers = factor > 1 ? Answers::Ignored : Answers::AsTheyCome; // a view at rest is drawn whole
+    if (!fPainter->develops())
+        shown.culling = nullptr; // its questions are the start-up context's
+    fPainter->paint(currentView(), shown, fView.look(), factor, [this](TextPainter& text) {
         writeOverlay(text, fView, fScene, fStatistics, fMessage, fLineHeight);
     });
     const std::chrono::duration<double, std::milli> took = Clock::now() - start;
-    fStatistics = {took.count(), CallCounter::take()};
+    fStatistics = {took.count(), CallCounter::take(), std::nullopt};
+    if (shown.culling && shown.culling->supported())
+        fStatistics.seen = shown.culling->counts();
     ++fFrames;
     fTotalMilliseconds += took.count();
 }
