@@ -207,6 +207,10 @@ void checkTogether(const Options& options) {
         throw Failure(kExitUsage,
                       "--shadows: the materials' shaders draw them; leave --shading fixed and --shader "
                       "out");
+    if ((options.cull || options.shadows) && options.sampling.pbuffer)
+        throw Failure(kExitUsage,
+                      "--offscreen pbuffer: what --cull and --shadows need lives in another context; "
+                      "leave them or it out");
     if (options.compare && options.shading)
         throw Failure(kExitUsage, "--compare draws with both; leave --shading out");
     if (options.turntable > 0 && (options.output.empty() || options.output == "-"))
