@@ -207,6 +207,10 @@ void checkTogether(const Options& options) {
         throw Failure(kExitUsage,
                       "--shadows: the materials' shaders draw them; leave --shading fixed and --shader "
                       "out");
+    if (options.cull && !options.shader.empty())
+        throw Failure(kExitUsage,
+                      "--cull: a shader of your own may move or leave out what hides the rest; leave "
+                      "one of them out");
     if ((options.cull || options.shadows) && options.sampling.pbuffer)
         throw Failure(kExitUsage,
                       "--offscreen pbuffer: what --cull and --shadows need lives in another context; "

@@ -23,7 +23,7 @@ void printStats(int frame, const CallCounts& counts, const Scene& scene, const C
     std::fprintf(stderr, "frame %d: %zu groups, ", frame, scene.instances.size());
     size_t triangles = scene.count(Topology::Triangles);
     if (culling && culling->supported()) {
-        const Culling::Counts& seen = culling->counts();
+        const Culling::Counts seen = culling->counts();
         std::fprintf(stderr, "%zu drawn, %zu outside, %zu hidden, ", seen.drawn, seen.outside, seen.hidden);
         triangles = seen.triangles;
     }

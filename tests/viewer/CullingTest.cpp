@@ -96,6 +96,14 @@ TEST_F(CullingTest, neverWaitsInAWindow) {
     EXPECT_EQ(fCulling->counts().hidden, 0u) << "a jump";
     fCulling->guess(seenFrom(std::numbers::pi), true, false);
     EXPECT_EQ(fCulling->counts().hidden, 0u) << "answers from before it count for nothing";
+
+    fCulling->ask();
+    fCulling->guess(seenFrom(std::numbers::pi), true, false);
+    EXPECT_EQ(fCulling->counts().hidden, 3u);
+    View nearer = seenFrom(std::numbers::pi);
+    nearer.worldToEye[3][2] += 2.0;
+    fCulling->guess(nearer, true, false);
+    EXPECT_EQ(fCulling->counts().hidden, 0u) << "a jump straight ahead";
 }
 
 TEST_F(CullingTest, findsByDrawingDepthAndClearsIt) {

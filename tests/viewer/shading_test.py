@@ -335,6 +335,7 @@ class Shading(ViewerProgram):
         self.fails(1, [model, *out, *switches], "--shader: it doesn't link:\n  " + self.path("s") + ": ")
         os.remove(self.path("s.vert"))
         self.fails(1, [model, *out, *switches], "--shader: " + self.path("s.vert") + " can't be read; give the name that a .vert and a .frag")
+        self.fails(1, [model, *out, *switches, "--cull"], "--cull: a shader of your own may move or leave out what hides the rest")
         self.fails(1, [model, *out, *switches, "--shading", "glsl"], "--shader takes the place of all materials")
 
     def test_sources_are_written_and_wrong_switches_explained(self):

@@ -91,8 +91,8 @@ void loadView(const View& view) {
     gl().glLoadMatrixd(koLinear::ProjMatrix(view.worldToEye).data());
 }
 
-/// Whether answers of one view are as good as none in another: it has turned by more than some degrees, or
-/// shows something else.
+/// Whether answers of one view are as good as none in another: it has turned by more than some degrees, has
+/// moved by more than a part of its distance from the origin, or shows more or less.
 bool hasJumped(const View& from, const View& to) {
     constexpr double kSmallTurn = 0.1;
     if (!std::equal(from.projection.data(), from.projection.data() + 16, to.projection.data(),
@@ -104,7 +104,10 @@ bool hasJumped(const View& from, const View& to) {
                 return true;
         }
     }
-    return false;
+    constexpr double kSmallStep = 0.1;
+    const auto origin = [](const View& view) { return view.worldToEye.transform(koLinear::Point()); };
+    const double step = length(between(origin(from), origin(to)));
+    return step > kSmallStep * length(between(koLinear::Point(), origin(to)));
 }
 
 } // namespace
@@ -246,16 +249,17 @@ void Culling::drawDepth(size_t instance, bool backFacesHidden) {
     drawPlaced(fDrawable, instance, [&] { fDrawable.drawShape(instance); });
 }
 
-void Culling::count() {
+Culling::Counts Culling::counts() const {
     const Scene& scene = fDrawable.scene();
-    fCounts = {};
+    Counts counts;
     for (size_t i = 0; i < fGroups.size(); ++i) {
         const Mesh& mesh = scene.meshes[static_cast<size_t>(scene.instances[i].mesh)];
         const Group& group = fGroups[i];
-        ++(group.seen ? fCounts.drawn : group.inView ? fCounts.hidden : fCounts.outside);
+        ++(group.seen ? counts.drawn : group.inView ? counts.hidden : counts.outside);
         if (group.seen && mesh.topology == Topology::Triangles)
-            fCounts.triangles += mesh.elementCount();
+            counts.triangles += mesh.elementCount();
     }
+    return counts;
 }
 
 void Culling::find(const View& view, bool backFacesHidden, bool solid) {
@@ -284,7 +288,6 @@ void Culling::find(const View& view, bool backFacesHidden, bool solid) {
         gl().glClear(GL_DEPTH_BUFFER_BIT);
         gl().glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     }
-    count();
 }
 
 /// Asks about runs of neighbours, then about each group of those that are seen.
@@ -349,7 +352,6 @@ void Culling::guess(const View& view, bool solid, bool exact) {
             group.seen = group.inView && !hidden;
         }
     }
-    count();
 }
 
 void Culling::ask() {

@@ -33,9 +33,8 @@ public:
         size_t hidden = 0;
         size_t triangles = 0; ///< of what is drawn
     };
-    const Counts& counts() const { return fCounts; }
-
-    /// Of the frame that was found or guessed last.
+    /// This and the next: of the frame that was found or guessed last.
+    Counts counts() const;
     bool isSeen(size_t instance) const { return fGroups[instance].seen; }
 
     /// `backFacesHidden`: whether triangles that face away are left out of the frame. `solid`: whether
@@ -82,7 +81,6 @@ private:
     size_t queryOfRun(size_t run) const { return fBoxed.size() + run; }
     size_t queryOfCluster(size_t cluster) const { return fBoxed.size() + fRuns + cluster; }
     void collect();
-    void count();
 
     DrawableScene& fDrawable;
     std::vector<Group> fGroups;        ///< as Scene::instances
@@ -94,7 +92,6 @@ private:
     std::vector<size_t> fNearest; ///< places of groups in view in fBoxed, nearest first
     size_t fRuns = 0;
     GLOcclusionQuery fQueries; ///< of fBoxed, of runs of them, of clusters
-    Counts fCounts;
     bool fSolid = true;
     std::optional<View> fLastView;
 };
