@@ -90,6 +90,8 @@ bool ShaderWriter::needsInput(const ShadingNodeSpec& node, std::string_view name
         const auto& coat = node.inputs()[static_cast<size_t>(indexOf(info.inputs, "clearcoat"))];
         return coat.fSource || coat.fIsSet;
     }
+    if (name == "occlusion") // it keeps off what comes from all round
+        return hasLight(LightSpec::kSky) || hasLight(LightSpec::kAmbient);
     if (node.kind() == kFileTexture)
         return node.texture() != nullptr;
     return true;
@@ -311,9 +313,9 @@ void ShaderWriter::addAmbientLights(std::vector<std::string>& terms, std::string
     }
 }
 
-bool ShaderWriter::hasSky() const {
+bool ShaderWriter::hasLight(LightSpec::Type type) const {
     return std::any_of(fLights.begin(), fLights.end(),
-                       [](const LightSpec& light) { return light.fType == LightSpec::kSky; });
+                       [type](const LightSpec& light) { return light.fType == type; });
 }
 
 // ---- Nodes
@@ -415,7 +417,7 @@ std::string ShaderWriter::lambert() {
     const std::string n = inNormal("normal");
     std::vector<std::string> light = overLights(filled("max(dot($, #), 0.0)", n));
     addAmbientLights(light, "");
-    if (hasSky()) {
+    if (hasLight(LightSpec::kSky)) {
         use("skyDiffuseLight");
         light.push_back(filled("skyDiffuseLight($)", n));
     }
@@ -429,7 +431,7 @@ std::string ShaderWriter::blinnPhong() {
     const std::string diffuse = lambert();
     const std::string shininess = declare("float", fNow.name + "Shininess", in("shininess"));
     std::vector<std::string> gloss = overLights(filled("blinnPhongLobe($, $, #, $)", n, view(), shininess));
-    if (hasSky()) {
+    if (hasLight(LightSpec::kSky)) {
         use("skyReflectedLight");
         gloss.push_back(filled("skyReflectedLight($, view, pow(2.0 / ($ + 2.0), 0.25))", n, shininess));
     }
@@ -465,7 +467,7 @@ std::string ShaderWriter::microfacets(const std::string& diffuse, const std::str
         joined(overLights(filled("microfacetLight($, $, #, $, $, $)", n, view(), diffuse, f0, rough))));
 
     std::vector<std::string> around;
-    if (hasSky()) {
+    if (hasLight(LightSpec::kSky)) {
         use("skyLight");
         around.push_back(filled("skyLight($, view, $, $, $)", n, diffuse, f0, rough));
     }
@@ -491,7 +493,7 @@ std::string ShaderWriter::withCoat(const std::string& color, const std::string& 
     const std::string n = inNormal("clearcoatNormal");
     const std::string rough = declare("float", fNow.name + "CoatRoughness", in("clearcoatRoughness"));
     std::vector<std::string> light = overLights(filled("coatLight($, view, #, $)", n, rough));
-    if (hasSky()) {
+    if (hasLight(LightSpec::kSky)) {
         use("coatSkyLight");
         light.push_back(filled("coatSkyLight($, view, $)$", n, rough, occlusion));
     }

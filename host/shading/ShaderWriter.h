@@ -61,7 +61,7 @@ private:
     /// The color of each light that comes from somewhere, times what it does; # stands for its direction.
     std::vector<std::string> overLights(std::string_view lobe) const;
     void addAmbientLights(std::vector<std::string>& terms, std::string_view response) const;
-    bool hasSky() const;
+    bool hasLight(LightSpec::Type type) const;
 
     // Nodes: what they come to, as an expression.
     std::string writeNode();

@@ -145,6 +145,12 @@ TEST(ShadingNetwork, writesNothingTwiceAndNothingUnused) {
     EXPECT_THAT(source, Not(HasSubstr("noise")));
     EXPECT_THAT(source, Not(HasSubstr("opacity")));
     EXPECT_THAT(fragmentOf(*ramp), Not(HasSubstr("noise")));
+
+    ShadingNodeSpec occluded(kMetallicRoughness);
+    ASSERT_EQ(connected(occluded, "occlusion", noise, "value"), "");
+    EXPECT_THAT(fragmentOf(occluded, {{LightSpec::kPoint}}), Not(HasSubstr("noise")))
+        << "nothing comes from around";
+    EXPECT_THAT(fragmentOf(occluded, {{LightSpec::kSky}}), HasSubstr("noise"));
 }
 
 TEST(ShadingNetwork, listsWhatARendererFeeds) {

@@ -8,8 +8,6 @@ namespace orloview {
 
 namespace {
 
-const Material kPlainMaterial;
-
 Bounds boundsOf(const Mesh& mesh, const koLinear::AffineMatrix& toWorld) {
     Bounds bounds;
     for (size_t i = 0; i + 2 < mesh.positions.size(); i += 3)
@@ -107,7 +105,7 @@ std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh&
 }
 
 void DrawableScene::addColors(const Mesh& mesh, Drawable& drawable) const {
-    const Material& material = mesh.material < 0 ? kPlainMaterial : fScene.materials[mesh.material];
+    const Material& material = fScene.materialOf(mesh);
     drawable.colors.reserve(mesh.colors.size());
     for (size_t i = 0; i + 3 < mesh.colors.size(); i += 4) {
         koColor::Color color;
@@ -155,8 +153,7 @@ std::vector<std::string> DrawableScene::warnings() const {
 }
 
 const Material& DrawableScene::materialOf(size_t instance) const {
-    const int material = meshOf(instance).material;
-    return material < 0 ? kPlainMaterial : fScene.materials[material];
+    return fScene.materialOf(meshOf(instance));
 }
 
 const TextureLayer* DrawableScene::baseLayerOf(size_t instance) const {

@@ -27,24 +27,6 @@ constexpr double kStudioSum = 1.25;
 
 constexpr size_t kGLLights = 8;
 
-/// A space whose z axis points along `z`.
-koLinear::AffineMatrix frameAlong(const koLinear::Vector& z) {
-    const double length = std::hypot(z[0], z[1], z[2]);
-    koLinear::AffineMatrix frame;
-    for (int i = 0; i < 3; ++i)
-        frame[2][i] = z[i] / length;
-    const double side = std::hypot(frame[2][0], frame[2][2]);
-    frame[0][0] = frame[2][2] / side;
-    frame[0][1] = 0.0;
-    frame[0][2] = -frame[2][0] / side;
-    for (int i = 0; i < 3; ++i) {
-        const int j = (i + 1) % 3;
-        const int k = (i + 2) % 3;
-        frame[1][i] = frame[2][j] * frame[0][k] - frame[2][k] * frame[0][j];
-    }
-    return frame;
-}
-
 bool hasPlace(const Light& light) {
     return light.kind == Light::Kind::Point || light.kind == Light::Kind::Spot;
 }

@@ -42,6 +42,11 @@ void Bounds::extend(const koLinear::Point& p) {
     }
 }
 
+const Material& Scene::materialOf(const Mesh& mesh) const {
+    static const Material kPlain;
+    return mesh.material < 0 ? kPlain : materials[static_cast<std::size_t>(mesh.material)];
+}
+
 Bounds Scene::bounds() const {
     Bounds box;
     for (const Instance& instance : instances) {

@@ -186,6 +186,9 @@ struct Scene {
     std::vector<Light> lights;
     std::vector<std::string> warnings; ///< each names something of the input that was left out
 
+    /// A plain one where the mesh has none.
+    const Material& materialOf(const Mesh& mesh) const;
+
     /// Around every vertex that an instance draws, in world space.
     Bounds bounds() const;
     /// Elements of this kind over all instances.

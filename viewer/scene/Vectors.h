@@ -38,6 +38,16 @@ inline Point offset(const Point& p, const Vector& v) {
     return {p[0] + v[0], p[1] + v[1], p[2] + v[2]};
 }
 
+/// Axes of unit length at the origin, the last of them along `z`.
+inline koLinear::AffineMatrix frameAlong(const Vector& z) {
+    const Vector back = scaled(z, 1.0 / length(z));
+    const Vector side = std::abs(back[1]) < 0.9 ? Vector(0.0, 1.0, 0.0) : Vector(1.0, 0.0, 0.0);
+    Vector right = cross(side, back);
+    right = scaled(right, 1.0 / length(right));
+    const Vector up = cross(back, right);
+    return {right[0], right[1], right[2], up[0], up[1], up[2], back[0], back[1], back[2], 0.0, 0.0, 0.0};
+}
+
 /// The vector turned by an angle (radians, right-handed) round an axis of unit length.
 inline Vector turned(const Vector& v, const Vector& axis, double angle) {
     const double along = dot(axis, v) * (1.0 - std::cos(angle));

@@ -51,28 +51,6 @@ void lookAt(Viewpoint& viewpoint, const Point& eye, const Point& target, const V
     viewpoint.up = cross(viewpoint.back, viewpoint.right);
 }
 
-/// `far` may be infinite.
-ProjMatrix perspective(double fieldOfView, double aspect, double near, double far) {
-    const double scale = 1.0 / std::tan(fieldOfView / 2.0);
-    ProjMatrix m;
-    m[0][0] = scale / aspect;
-    m[1][1] = scale;
-    m[2][2] = std::isinf(far) ? -1.0 : (far + near) / (near - far);
-    m[2][3] = -1.0;
-    m[3][2] = std::isinf(far) ? -2.0 * near : 2.0 * far * near / (near - far);
-    m[3][3] = 0.0;
-    return m;
-}
-
-ProjMatrix orthographic(double halfWidth, double halfHeight, double near, double far) {
-    ProjMatrix m;
-    m[0][0] = 1.0 / halfWidth;
-    m[1][1] = 1.0 / halfHeight;
-    m[2][2] = 2.0 / (near - far);
-    m[3][2] = (far + near) / (near - far);
-    return m;
-}
-
 struct DepthRange {
     double near;
     double far;
@@ -120,6 +98,27 @@ AffineMatrix withoutScale(AffineMatrix place) {
 }
 
 } // namespace
+
+ProjMatrix perspective(double fieldOfView, double aspect, double near, double far) {
+    const double scale = 1.0 / std::tan(fieldOfView / 2.0);
+    ProjMatrix m;
+    m[0][0] = scale / aspect;
+    m[1][1] = scale;
+    m[2][2] = std::isinf(far) ? -1.0 : (far + near) / (near - far);
+    m[2][3] = -1.0;
+    m[3][2] = std::isinf(far) ? -2.0 * near : 2.0 * far * near / (near - far);
+    m[3][3] = 0.0;
+    return m;
+}
+
+ProjMatrix orthographic(double halfWidth, double halfHeight, double near, double far) {
+    ProjMatrix m;
+    m[0][0] = 1.0 / halfWidth;
+    m[1][1] = 1.0 / halfHeight;
+    m[2][2] = 2.0 / (near - far);
+    m[3][2] = (far + near) / (near - far);
+    return m;
+}
 
 Point Viewpoint::eye() const {
     return offset(target, scaled(back, distance));

@@ -12,6 +12,11 @@ struct View {
     koLinear::ProjMatrix projection;
 };
 
+/// What an angle of view (the whole vertical one, radians) shows; `far` may be infinite.
+koLinear::ProjMatrix perspective(double fieldOfView, double aspect, double near, double far);
+
+koLinear::ProjMatrix orthographic(double halfWidth, double halfHeight, double near, double far);
+
 /// An eye and what it looks at: a view before the picture's shape and the scene's depth are known.
 struct Viewpoint {
     koLinear::Vector right{1.0, 0.0, 0.0}; ///< the eye's axes, each of unit length and across the others

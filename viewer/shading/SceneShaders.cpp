@@ -17,8 +17,6 @@ namespace orloview {
 
 namespace {
 
-const Material kPlainMaterial;
-
 GLFunctionTable& gl() {
     return *GLFunctionTable::fpGlobalFunctionTable;
 }
@@ -81,8 +79,6 @@ void SceneShaders::addFrameValues() {
     }
 }
 
-SceneShaders::~SceneShaders() = default;
-
 void SceneShaders::askTextures(size_t material) {
     const Material& asking = fScene.materials[material];
     fTextures[material].fill(nullptr);
@@ -131,9 +127,10 @@ SceneShaders::Look& SceneShaders::lookOf(size_t instance, bool lit) {
     if (look.network)
         return look;
     static const MaterialTextures kNoTextures{};
-    const auto material = static_cast<size_t>(key.first);
-    look.network = makeNetwork(fScene, key.first < 0 ? kPlainMaterial : fScene.materials[material],
-                               key.first < 0 ? kNoTextures : fTextures[material], key.second);
+    const Mesh& mesh = fScene.meshes[static_cast<size_t>(fScene.instances[instance].mesh)];
+    look.network =
+        makeNetwork(fScene, fScene.materialOf(mesh),
+                    key.first < 0 ? kNoTextures : fTextures[static_cast<size_t>(key.first)], key.second);
     look.program = &programOf(look, key.first);
     if (look.program->works)
         prepare(look);

@@ -26,7 +26,6 @@ public:
     /// the first light; null for none, else updated before a frame begins.
     SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky, const koLinear::Vector& up,
                  const ShadowMap* shadows);
-    ~SceneShaders();
 
     SceneShaders(const SceneShaders&) = delete;
     SceneShaders& operator=(const SceneShaders&) = delete;
@@ -52,8 +51,6 @@ public:
     /// Writes the sources of all shaders: MATERIAL.vert and MATERIAL.frag, named by the first material that
     /// uses them. Throws Failure (kExitNotWritten).
     void dump(const std::string& folder) const;
-
-    size_t shaderCount() const { return fPrograms.size(); }
 
 private:
     struct Look;

@@ -23,15 +23,10 @@ int sideHere() {
     return std::min(kSide, Canvas::largestSide());
 }
 
-/// Axes of unit length at a point, the last of them along `z`.
-koLinear::AffineMatrix frameAt(const Point& place, const Vector& z) {
-    const Vector back = scaled(z, 1.0 / length(z));
-    const Vector side = std::abs(back[1]) < 0.9 ? Vector(0.0, 1.0, 0.0) : Vector(1.0, 0.0, 0.0);
-    Vector right = cross(side, back);
-    right = scaled(right, 1.0 / length(right));
-    const Vector up = cross(back, right);
-    return {right[0], right[1], right[2], up[0],    up[1],    up[2],
-            back[0],  back[1],  back[2],  place[0], place[1], place[2]};
+/// World to the space of an eye at a place, with `back` behind it.
+koLinear::AffineMatrix towards(const Vector& back, const Point& place) {
+    return koLinear::AffineMatrix::translation(-place[0], -place[1], -place[2])
+        .then(frameAlong(back).inverse());
 }
 
 Bounds boundsIn(const koLinear::AffineMatrix& space, const Bounds& bounds) {
@@ -43,27 +38,6 @@ Bounds boundsIn(const koLinear::AffineMatrix& space, const Bounds& bounds) {
         result.extend(space.transform(Point(side(0), side(1), side(2))));
     }
     return result;
-}
-
-/// All of a box, from the front of it to the back.
-koLinear::ProjMatrix parallel(const Bounds& box, double margin) {
-    koLinear::ProjMatrix matrix;
-    for (int axis = 0; axis < 3; ++axis) {
-        const double half = 0.5 * (box.max[axis] - box.min[axis]) + margin;
-        matrix[axis][axis] = (axis == 2 ? -1.0 : 1.0) / half;
-        matrix[3][axis] = -0.5 * (box.max[axis] + box.min[axis]) * matrix[axis][axis];
-    }
-    return matrix;
-}
-
-koLinear::ProjMatrix perspective(double angle, double zNear, double zFar) {
-    koLinear::ProjMatrix matrix;
-    matrix[0][0] = matrix[1][1] = 1.0 / std::tan(0.5 * angle);
-    matrix[2][2] = (zFar + zNear) / (zNear - zFar);
-    matrix[2][3] = -1.0;
-    matrix[3][2] = 2.0 * zFar * zNear / (zNear - zFar);
-    matrix[3][3] = 0.0;
-    return matrix;
 }
 
 /// From -1..1 to 0..1.
@@ -106,18 +80,24 @@ void ShadowMap::aim(const koLinear::AffineMatrix& toWorld) {
     const double radius = radiusOf(fBounds);
     const Vector back = toWorld.transform(Vector(0.0, 0.0, 1.0));
     if (!light || light->kind == Light::Kind::Directional) {
-        fProjector->fViewTransform = frameAt(middle, back).inverse();
-        fProjector->fProjection = parallel(boundsIn(fProjector->fViewTransform, fBounds), 0.01 * radius);
+        const Bounds box = boundsIn(towards(back, middle), fBounds);
+        const Point center = centerOf(box);
+        const double room = 0.01 * radius;
+        const auto half = [&](int axis) { return 0.5 * (box.max[axis] - box.min[axis]) + room; };
+        fProjector->fViewTransform =
+            towards(back, middle)
+                .then(koLinear::AffineMatrix::translation(-center[0], -center[1], -center[2]));
+        fProjector->fProjection = orthographic(half(0), half(1), -half(2), half(2));
     } else {
         constexpr double kWidest = 2.0 * std::numbers::pi / 3.0;
         const Point place = toWorld.transform(Point());
-        const Vector towards = between(middle, place);
-        const double distance = length(towards);
+        const Vector toLight = between(middle, place);
+        const double distance = length(toLight);
         const bool isSpot = light->kind == Light::Kind::Spot;
         const double around = distance > radius ? 2.0 * std::asin(radius / distance) : kWidest;
         const double angle = isSpot ? 2.0 * light->outerConeAngle : around;
-        fProjector->fViewTransform = frameAt(place, isSpot || distance == 0.0 ? back : towards).inverse();
-        fProjector->fProjection = perspective(std::clamp(angle, 0.01, kWidest),
+        fProjector->fViewTransform = towards(isSpot || distance == 0.0 ? back : toLight, place);
+        fProjector->fProjection = perspective(std::clamp(angle, 0.01, kWidest), 1.0,
                                               std::max(distance - radius, 0.01 * radius), distance + radius);
     }
     fWorldToMap =
