@@ -1,5 +1,6 @@
 #include "GroupBench.h"
 #include "NullGL.h"
+#include "ParticleBench.h"
 #include "ShaderBench.h"
 
 #include <dlfcn.h>
@@ -62,6 +63,7 @@ int main() {
     benchWrapper();
     benchPopulate();
     benchBindShader();
+    benchParticles();
     benchDrawGroup(1, "drawGroup, 1 group");
     benchDrawGroup(1'000, "drawGroup, 1,000 groups");
     benchDrawGroup(10'000, "drawGroup, 10,000 groups");

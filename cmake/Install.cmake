@@ -19,6 +19,7 @@ install(DIRECTORY src/ DESTINATION ${library_headers}
   PATTERN DrawableAttributes.h EXCLUDE
   PATTERN EntryGroup.h EXCLUDE
   PATTERN GLULibrary.h EXCLUDE
+  PATTERN ParticleWalk.h EXCLUDE
   PATTERN ShaderObjects.h EXCLUDE
   PATTERN TexelBuffer.h EXCLUDE)
 

@@ -32,6 +32,8 @@ void IHWTexture::generateMipMaps() {}
 
 void IHWTexture::setImportance(unsigned int) {}
 
+IHWTexPlacement::~IHWTexPlacement() = default;
+
 IHWCamera::~IHWCamera() = default;
 
 void IHWCamera::bind() {}

@@ -1,8 +1,33 @@
 #include "orlohost/koLinear.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace koLinear {
+
+AffineMatrix::AffineMatrix(const ProjMatrix& matrix) {
+    for (int row = 0; row < 4; ++row)
+        std::copy_n(matrix[row], 3, fRows[row]);
+}
+
+void AffineMatrix::rotateZ(double angle) {
+    const double cosine = std::cos(angle);
+    const double sine = std::sin(angle);
+    for (int column = 0; column < 3; ++column) {
+        const double x = fRows[0][column];
+        const double y = fRows[1][column];
+        fRows[0][column] = cosine * x + sine * y;
+        fRows[1][column] = cosine * y - sine * x;
+    }
+}
+
+void AffineMatrix::scale(double x, double y, double z) {
+    for (int column = 0; column < 3; ++column) {
+        fRows[0][column] *= x;
+        fRows[1][column] *= y;
+        fRows[2][column] *= z;
+    }
+}
 
 AffineMatrix AffineMatrix::translation(double x, double y, double z) {
     AffineMatrix m;
@@ -89,6 +114,10 @@ ProjMatrix::ProjMatrix(const AffineMatrix& affine) {
         std::copy_n(affine[row], 3, fRows[row]);
 }
 
+void ProjMatrix::preMult(const ProjMatrix& before) {
+    *this = before.then(*this);
+}
+
 ProjMatrix ProjMatrix::then(const ProjMatrix& after) const {
     ProjMatrix product;
     for (int row = 0; row < 4; ++row) {
@@ -110,6 +139,11 @@ HPoint ProjMatrix::transform(const HPoint& p) const {
             result[column] += p[k] * fRows[k][column];
     }
     return result;
+}
+
+bool equivalent(const ProjMatrix& a, const ProjMatrix& b, double tolerance) {
+    return std::equal(a.data(), a.data() + 16, b.data(),
+                      [=](double x, double y) { return std::fabs(x - y) <= tolerance; });
 }
 
 ProjMatrixFlt::ProjMatrixFlt(const float* elements) {

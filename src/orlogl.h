@@ -15,7 +15,7 @@
 //  5. GLCamera::bind
 //  6. GLLighting::bind for each light
 //  7. textures and shaders bound
-//  8. GLRouting::drawGroup for each geometry group
+//  8. GLRouting::drawGroup for each geometry group, GLParticleDrawBase::draw for each particle object
 //  9. GLFrameBuffer::swapBuffers, or readColorBuffer into a PixelArray2D
 
 #include "framebuffer/GLFrameBuffer.h"
@@ -26,6 +26,13 @@
 #include "gl/GLFunctionTable.h"
 #include "gl/GLStartupContext.h"
 #include "gl/GLUtility.h"
+#include "particle/GLParticleCloudDraw.h"
+#include "particle/GLParticleDrawBase.h"
+#include "particle/GLParticleMultiPointDraw.h"
+#include "particle/GLParticlePointDraw.h"
+#include "particle/GLParticleSphereDraw.h"
+#include "particle/GLParticleSpriteDraw.h"
+#include "particle/GLParticleStreakDraw.h"
 #include "shader/GL2ProgramObject.h"
 #include "shader/GL2Shader.h"
 #include "shader/GlslManager.h"

@@ -544,10 +544,82 @@ void shadingNetworks() {
     use(Manager());
 }
 
+void particles() {
+    auto* data = new ParticleData;
+    data->ref();
+    use(&ParticleData::setPositions);
+    use(&ParticleData::setVelocities);
+    use(&ParticleData::setColors);
+    use(&ParticleData::addData);
+    use(&ParticleData::getDataIndex);
+    use(&ParticleData::getData);
+    use(data->fPointSize);
+    use(data->fOpacity);
+    use(data->fObjectColor);
+    use(data->fFilterEnabled);
+    use(data->fFilter);
+    use(&ParticleDataIterator::setFilter);
+    use(IHWTexPlacement().fMatrix);
+
+    use(&GLParticleDrawBase::setData);
+    use(&GLParticleDrawBase::setIterator);
+    use(&GLParticleDrawBase::createAlignmentInfo);
+    use(&GLParticleDrawBase::setAlignTwist);
+    use(&GLParticleDrawBase::setAlignScaleX);
+    use(&GLParticleDrawBase::setAlignScaleY);
+    use(&GLParticleDrawBase::alignToCamera);
+    use(&GLParticleDrawBase::alignToYZ);
+    use(&GLParticleDrawBase::setMaterialProperties);
+    use(&GLParticleDrawBase::applyMaterialProperties);
+    use(&GLParticleDrawBase::setObjectSeed);
+    use(&GLParticleDrawBase::drand48);
+    use(&GLParticleDrawBase::erand48);
+    use(&GLParticleDrawBase::generateRandom3);
+    use(&GLParticleDrawBase::initRandom3);
+    use(GLParticleDrawBase::sfRandom3);
+    use(GLParticleDrawBase::sfInitRandom3);
+    use(AlignmentInfo().fTwist);
+
+    GLParticlePointDraw points(*data);
+    use(&GLParticlePointDraw::setCurrentNormal);
+    use(points.fNormalMode);
+    use(points.fDistanceAttenuation);
+    use(points.fLit);
+    use(points.fIgnoreParticleColors);
+    use(points.fMultiCount);
+    use(points.fMultiRadius);
+    use(points.fRandomBlock);
+    use(GLParticleMultiPointDraw(*data));
+    const GLParticleStreakDraw streaks(*data);
+    use(streaks.fTailSize);
+    use(streaks.fTailFade);
+    use(streaks.fLineWidth);
+    use(streaks.fNoTailFade);
+    const GLParticleSpriteDraw sprites(*data);
+    use(&GLParticleSpriteDraw::setCamPositionOS);
+    use(&GLParticleSpriteDraw::setCamUpVectorOS);
+    use(&GLParticleSpriteDraw::applyTextureCycling);
+    use(&GLParticleSpriteDraw::drawGLQuadAt);
+    use(sprites.fTextureCycling);
+    use(sprites.fReverseWinding);
+    use(sprites.fOpacityOnly);
+    use(sprites.fOpacityGain);
+    use(GLParticleSphereDraw(*data));
+    use(GLParticleCloudDraw(*data));
+    data->unref();
+
+    use(&koLinear::VectorFlt::normalize);
+    use(&koLinear::AffineMatrix::rotateZ);
+    use(&koLinear::AffineMatrix::scale);
+    use(&koLinear::ProjMatrix::preMult);
+    use(&koLinear::equivalent);
+}
+
 } // namespace
 
 int main() {
     shadingNetworks();
+    particles();
     shaders();
     textures();
     computedTextures();

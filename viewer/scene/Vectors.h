@@ -7,15 +7,12 @@
 /// Arithmetic on the host's points and vectors.
 namespace orloview {
 
+using koLinear::cross;
 using koLinear::Point;
 using koLinear::Vector;
 
 inline double dot(const Vector& a, const Vector& b) {
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-inline Vector cross(const Vector& a, const Vector& b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
 inline double length(const Vector& v) {

@@ -118,6 +118,32 @@ public:
     };
 };
 
+/// Where and how a texture lies: what the drawers of textured particles are given with the textures.
+///
+/// The texture matrix, or, where that is the identity, a repeat, an offset and a turn.
+class ORLOHOST_API IHWTexPlacement {
+public:
+    virtual ~IHWTexPlacement();
+
+    koLinear::ProjMatrix fMatrix;
+
+    /// How often it lies along s and t, how far it is moved, and degrees counter-clockwise about its middle.
+    float fRepeat[2] = {1.0F, 1.0F};
+    float fOffset[2] = {0.0F, 0.0F};
+    float fRotation = 0.0F;
+
+    /// Along s and t.
+    IHWTexUsage::WrapMode fWrapModes[2] = {IHWTexUsage::kRepeat, IHWTexUsage::kRepeat};
+    IHWTexUsage::Filter fMinFilter = IHWTexUsage::kLinear;
+    IHWTexUsage::Filter fMagFilter = IHWTexUsage::kLinear;
+
+    /// Of s, t, r and q.
+    IHWTexUsage::GenMode fGenModes[4] = {IHWTexUsage::kGenNone, IHWTexUsage::kGenNone, IHWTexUsage::kGenNone,
+                                         IHWTexUsage::kGenNone};
+    koColor::Color fBorderColor{0.0F, 0.0F, 0.0F, 0.0F};
+    bool fAnisotropic = false;
+};
+
 /// A camera: where it stands and what it sees.
 class ORLOHOST_API IHWCamera {
 public:

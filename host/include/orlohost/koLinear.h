@@ -2,6 +2,9 @@
 
 #include "orlohost/Export.h"
 
+#include <cmath>
+#include <limits>
+
 /// Points, vectors and matrices of the host.
 ///
 /// All are contiguous numbers without a header, so that GL and Cg take them by address. Vectors are rows and
@@ -20,9 +23,30 @@ public:
     constexpr T& operator[](int i) { return fElements[i]; }
     constexpr const T* data() const { return fElements; }
 
+    /// Makes it one unit long. False, and nothing changed, where it has no direction: it is zero, or not
+    /// finite.
+    bool normalize() {
+        // Squares of floats neither overflow nor vanish in doubles.
+        const auto x = static_cast<double>(fElements[0]);
+        const auto y = static_cast<double>(fElements[1]);
+        const auto z = static_cast<double>(fElements[2]);
+        const double square = x * x + y * y + z * z;
+        if (!(square > 0.0 && square <= std::numeric_limits<double>::max()))
+            return false;
+        const double inverse = 1.0 / std::sqrt(square);
+        *this = {static_cast<T>(x * inverse), static_cast<T>(y * inverse), static_cast<T>(z * inverse)};
+        return true;
+    }
+
 private:
     T fElements[3] = {};
 };
+
+/// At right angles to both, right-handed, as long as the parallelogram between them is large.
+template <typename T, int kTag>
+constexpr Triple<T, kTag> cross(const Triple<T, kTag>& a, const Triple<T, kTag>& b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
 
 using Point = Triple<double, 0>;
 using PointFlt = Triple<float, 0>;
@@ -44,6 +68,8 @@ private:
     double fElements[4] = {0.0, 0.0, 0.0, 1.0};
 };
 
+class ProjMatrix;
+
 /// A linear map and a translation: four rows of three, the last row the translation. The identity unless told
 /// otherwise.
 class ORLOHOST_API AffineMatrix {
@@ -55,8 +81,16 @@ public:
                            double m21, double m22, double m30, double m31, double m32)
         : fRows{{m00, m01, m02}, {m10, m11, m12}, {m20, m21, m22}, {m30, m31, m32}} {}
 
+    /// Leaves out the last column.
+    explicit AffineMatrix(const ProjMatrix& matrix);
+
     constexpr const double* operator[](int row) const { return fRows[row]; }
     constexpr double* operator[](int row) { return fRows[row]; }
+
+    /// Put a turn about z (radians, counter-clockwise), or a scaling, before the map: a point is turned or
+    /// scaled first.
+    void rotateZ(double angle);
+    void scale(double x, double y, double z);
 
     static AffineMatrix translation(double x, double y, double z);
     static AffineMatrix scaling(double x, double y, double z);
@@ -94,6 +128,9 @@ public:
     constexpr double* operator[](int row) { return fRows[row]; }
     const double* data() const { return &fRows[0][0]; }
 
+    /// Puts `before` in front: a point meets it first.
+    void preMult(const ProjMatrix& before);
+
     /// The map that does `*this` first, then `after`.
     ProjMatrix then(const ProjMatrix& after) const;
 
@@ -104,6 +141,9 @@ private:
         {1.0, 0.0, 0.0, 0.0}, {0.0, 1.0, 0.0, 0.0}, {0.0, 0.0, 1.0, 0.0}, {0.0, 0.0, 0.0, 1.0}};
 };
 static_assert(sizeof(ProjMatrix) == 16 * sizeof(double));
+
+/// Whether no element differs by more than `tolerance`.
+ORLOHOST_API bool equivalent(const ProjMatrix& a, const ProjMatrix& b, double tolerance);
 
 /// The same in single precision.
 class ORLOHOST_API ProjMatrixFlt {

@@ -6,6 +6,7 @@
 #include "orlohost/HWEnvironment.h"
 #include "orlohost/HWInterfaces.h"
 #include "orlohost/IHWMemoryObject.h"
+#include "orlohost/ParticleData.h"
 #include "orlohost/PixelArray2D.h"
 #include "orlohost/RasterFormat.h"
 #include "orlohost/ShadingNodeSpec.h"

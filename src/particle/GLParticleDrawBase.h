@@ -1,0 +1,120 @@
+#pragma once
+
+#include "gl/Export.h"
+#include "orlohost/HWInterfaces.h"
+#include "orlohost/ParticleData.h"
+#include "orlohost/koColor.h"
+#include "orlohost/koLinear.h"
+
+#include <cstdint>
+#include <vector>
+
+/// The viewer as the particles see it: place and up in the space of their object.
+struct AlignmentInfo {
+    float fCameraPosition[3];
+    float fCameraUp[3];
+    float fTwist; ///< degrees
+    float fScaleX;
+    float fScaleY;
+    float fReserved; ///< 1; read by nobody
+};
+
+/// What all particle drawers have in common: the particles, where the viewer is, the material, and offsets
+/// that look random and are the same in every frame and every run.
+///
+///     GLParticleSpriteDraw drawer(particles);
+///     drawer.setCamPositionOS(eye);
+///     drawer.setCamUpVectorOS(up);
+///     drawer.draw(nullptr, nullptr);
+///
+/// Fields without an operation that sets them are the host's to set. Drawing needs a current context, with
+/// the object's model-view matrix in force.
+class ORLOGL_API GLParticleDrawBase {
+public:
+    /// Draws nothing until it is told what: setData.
+    GLParticleDrawBase();
+    explicit GLParticleDrawBase(const ParticleData& data);
+
+    /// Lets go of the data and deletes the iterator. The alignment record stays, as hosts keep the pointer
+    /// that createAlignmentInfo gave them: delete it if you don't.
+    virtual ~GLParticleDrawBase();
+
+    GLParticleDrawBase(const GLParticleDrawBase&) = delete;
+    GLParticleDrawBase& operator=(const GLParticleDrawBase&) = delete;
+
+    /// Draws the particles, or the samples that their filter names. Textures and their placement are for
+    /// drawers that use them, and only for this call. Without data there is no GL call at all.
+    virtual void draw(IHWTexPlacement* placement, std::vector<IHWTexture*>* textures) = 0;
+
+    /// Takes a reference on the data and lets the old go. Point size, opacity, object colour and filter are
+    /// theirs from now on; everything else still comes from the iterator, which walks the data that it was
+    /// made for: give it a new one, too. It goes with its data if nobody else holds them; then the new data
+    /// are walked.
+    void setData(const ParticleData& data);
+
+    /// Takes an iterator over: it has to be on the heap, and goes with the drawer. The one before is left to
+    /// whoever made it.
+    void setIterator(const ParticleDataIterator& iterator);
+
+    /// Where the viewer is, in the space of the particles: `camPos` and `camUp` as they come out of the map
+    /// that does `b` first, then `a`. Twist 0, scales 1. The drawer's until the next call. Null without
+    /// memory.
+    AlignmentInfo* createAlignmentInfo(const koLinear::Point& camPos, const koLinear::Vector& camUp,
+                                       const koLinear::ProjMatrix& a, const koLinear::ProjMatrix& b);
+
+    /// False, and nothing stored, without an alignment record.
+    bool setAlignTwist(float degrees);
+    bool setAlignScaleX(float scale);
+    bool setAlignScaleY(float scale);
+
+    /// Four columns of four floats that turn something at `position` to the viewer, or about `axis`. Nothing
+    /// is normalised. False without an alignment record or columns.
+    bool alignToCamera(float* position, float* axis, float** columns) const;
+    bool alignToYZ(float* axis, float** columns) const;
+
+    void setMaterialProperties(float shininess, koColor::Color& ambient, koColor::Color& diffuse,
+                               koColor::Color& emission, koColor::Color& specular);
+
+    /// Sends them to GL, for both faces.
+    void applyMaterialProperties() const;
+
+    /// Where in the random table the object begins, from its name. Gives back the name's length.
+    int setObjectSeed(const char* name);
+
+    /// A float from 0 up to 1 of the shared generator, or of one whose state is the caller's: 48 bits, low to
+    /// high.
+    static float drand48();
+    static float erand48(unsigned short* state);
+
+    /// The next three floats of the table's generator. The next call but one writes over them.
+    static const float* generateRandom3();
+
+    /// Fills the table, once per process. Every drawer's constructor calls it.
+    static void initRandom3();
+
+    static constexpr int32_t kRandomCount = 11234;
+    static float sfRandom3[kRandomCount][3];
+    static bool sfInitRandom3;
+
+    ParticleData* fParticleData = nullptr;
+    ParticleDataIterator* fIterator = nullptr;
+    AlignmentInfo* fAlignmentInfo = nullptr;
+    koLinear::ProjMatrix fObjectMatrix;
+    uint64_t fReserved = 0; ///< read by nobody
+
+    bool fLit = false;                  ///< colours are sent as materials
+    bool fTextureCycling = false;       ///< sprites: a texture for each particle
+    bool fIgnoreParticleColors = false; ///< leaves the current colour in force, or its red, green and blue
+    bool fNoTailFade = false;           ///< streaks without their particles' colours: tails as dense as heads
+
+    int32_t fRandomCursor = 0; ///< where in the table the drawing stands; may be negative
+    uint32_t fSeed = 0;
+    int32_t fRandomBlock = 0;  ///< moves the object's beginning in the table by 64 entries
+    int32_t fMultiCount = 0;   ///< points or streaks per sample, each moved by the table; 0: one, not moved
+    float fMultiRadius = 1.0F; ///< what the table's offsets are multiplied by
+    float fShininess = 0.0F;
+    koColor::Color fAmbient;
+    koColor::Color fDiffuse;
+    koColor::Color fEmission;
+    koColor::Color fSpecular;
+};

@@ -1,0 +1,213 @@
+#include "particle/GLParticleSpriteDraw.h"
+
+#include "gl/GLFunctionTable.h"
+#include "particle/ParticleWalk.h"
+#include "texture/GLTexUsage.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace {
+
+/// GL's target of each IHWTexture::TextureType.
+constexpr std::array<GLenum, 6> kTargets = {
+    0, GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_RECTANGLE_ARB, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP};
+static_assert(kTargets.size() == IHWTexture::kTextureCubeMap + 1);
+
+/// The four corners in the order A, B, C, D, counter-clockwise from the lower left.
+struct Quad {
+    double corners[4][3];
+
+    static constexpr float kCoordinates[4][2] = {{0.0F, 0.0F}, {1.0F, 0.0F}, {1.0F, 1.0F}, {0.0F, 1.0F}};
+};
+
+/// What the matrix of the base (right, up and place), turned and scaled, makes of the corners of the unit
+/// square, to the bit: halves are exact, opposite corners differ by signs alone, and the third coordinate of
+/// all corners is 0.
+Quad makeQuad(const koLinear::VectorFlt& right, const koLinear::VectorFlt& up, const float* place,
+              double cosine, double sine, double scaleX, double scaleY) {
+    Quad quad;
+    for (int i = 0; i < 3; ++i) {
+        const double x = right[i];
+        const double y = up[i];
+        const double halfX = 0.5 * ((cosine * x + sine * y) * scaleX);
+        const double halfY = 0.5 * ((cosine * y - sine * x) * scaleY);
+        const double sum = halfX + halfY;
+        const double difference = halfX - halfY;
+        const double middle = place[i] + 0.0; // never -0, as after the matrix's sum
+        quad.corners[0][i] = -sum + middle;
+        quad.corners[1][i] = difference + middle;
+        quad.corners[2][i] = sum + middle;
+        quad.corners[3][i] = -difference + middle;
+    }
+    return quad;
+}
+
+void sendQuad(const GLFunctionTable& gl, const Quad& quad, bool reverse) {
+    gl.glBegin(GL_QUADS);
+    for (int i = 0; i < 4; ++i)
+        gl.glVertex3dv(quad.corners[reverse ? 3 - i : i]);
+    gl.glEnd();
+}
+
+void sendTexturedQuad(GLFunctionTable& gl, const Quad& quad, bool reverse) {
+    const bool multitexture = gl.usable(kCapMultitexture);
+    gl.glBegin(GL_QUADS);
+    for (int i = 0; i < 4; ++i) {
+        const int corner = reverse ? 3 - i : i;
+        const float* st = Quad::kCoordinates[corner];
+        if (multitexture)
+            gl.glMultiTexCoord2f(GL_TEXTURE0, st[0], st[1]);
+        else
+            gl.glTexCoord2f(st[0], st[1]);
+        gl.glVertex3dv(quad.corners[corner]);
+    }
+    gl.glEnd();
+}
+
+void setTextureMatrix(IHWTexPlacement& placement) {
+    if (koLinear::equivalent(placement.fMatrix, koLinear::ProjMatrix(), 1e-10))
+        GLTexUsage::setTransform(placement.fOffset, placement.fRepeat, placement.fRotation);
+    else
+        GLTexUsage::setTransform(placement.fMatrix);
+}
+
+void setTextureUsage(GLenum target, IHWTexPlacement& placement) {
+    GLTexUsage::setWrapMode(target, placement.fWrapModes[0], placement.fWrapModes[1]);
+    GLTexUsage::setMinMagFilter(target, placement.fMinFilter, placement.fMagFilter);
+    GLTexUsage::setTexGenMode(target, placement.fGenModes);
+    GLTexUsage::setBorderColor(target, placement.fBorderColor);
+    GLTexUsage::setFilterAnisotropic(target, placement.fAnisotropic);
+}
+
+const float* findValues(const ParticleData& data, const char* name) {
+    const ParticleData::Data* found = data.getData(data.getDataIndex(name));
+    return found ? found->fValues.data() : nullptr;
+}
+
+koLinear::VectorFlt normalized(koLinear::VectorFlt v) {
+    v.normalize();
+    return v;
+}
+
+} // namespace
+
+void GLParticleSpriteDraw::setCamPositionOS(koLinear::Point& position) {
+    for (int i = 0; i < 3; ++i)
+        fCameraPosition[i] = static_cast<float>(position[i]);
+}
+
+void GLParticleSpriteDraw::setCamUpVectorOS(koLinear::Vector& up) {
+    for (int i = 0; i < 3; ++i)
+        fCameraUp[i] = static_cast<float>(up[i]);
+}
+
+void GLParticleSpriteDraw::draw(IHWTexPlacement* placement, std::vector<IHWTexture*>* textures) {
+    if (!fParticleData)
+        return;
+    const ParticleWalk walk = ParticleWalk::of(*this);
+    findNamedData(*walk.data);
+    const bool wasCycling = fTextureCycling;
+    const bool cycles = fTextureCycling && placement && textures;
+    fTextureNumberData = cycles ? fTextureNumber : nullptr;
+    if (cycles) {
+        fTextureCycling = fTextureNumberData != nullptr;
+        fPlacement = fTextureCycling ? placement : nullptr;
+        fTextures = fTextureCycling ? textures : nullptr;
+    }
+
+    const koColor::Color object = fParticleData->fObjectColor;
+    const float gain = fOpacityGain;
+    const bool sendsColors = !fIgnoreParticleColors;
+    const bool sendsOpacity = fIgnoreParticleColors && fOpacityOnly;
+    const auto sendColorOf = [&](const float* color) {
+        if (sendsColors)
+            sendColor({color[0], color[1], color[2], color[3]});
+        else if (sendsOpacity)
+            sendColor({1.0F, 1.0F, 1.0F, gain * color[3]});
+    };
+    const float whole[4] = {object[0], object[1], object[2],
+                            sendsColors ? object[3] : fParticleData->fOpacity};
+    sendColorOf(whole);
+
+    walk.forEach(
+        [&](uint32_t particle, const float* position) {
+            if (walk.colors)
+                sendColorOf(walk.colors + size_t{particle} * 4);
+            drawGLQuadAt(particle, position[0], position[1], position[2]);
+        },
+        [](uint32_t, uint32_t, const float*) {});
+    GLFunctionTable::fpGlobalFunctionTable->glColor4f(1.0F, 1.0F, 1.0F, 1.0F);
+
+    if (cycles) {
+        fPlacement = nullptr;
+        fTextures = nullptr;
+    }
+    fTextureCycling = wasCycling;
+}
+
+bool GLParticleSpriteDraw::applyTextureCycling(unsigned int index) {
+    if (!fTextures || fTextures->empty() || !fPlacement)
+        return false;
+    // The particle's number picks the texture, not its "textureNumber": hosts sort their lists by it.
+    IHWTexture* texture = (*fTextures)[std::min<size_t>(index, fTextures->size() - 1)];
+    setTextureMatrix(*fPlacement);
+    if (!texture)
+        return false;
+    texture->bind();
+    GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
+    const GLenum target = texture->fTextureType < kTargets.size() ? kTargets[texture->fTextureType] : 0;
+    for (const GLenum other : {GL_TEXTURE_CUBE_MAP, GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D})
+        gl.glDisable(other);
+    gl.glEnable(target);
+    setTextureUsage(target, *fPlacement);
+    return true;
+}
+
+void GLParticleSpriteDraw::drawGLQuadAt(unsigned int index, float x, float y, float z) {
+    GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
+    const koLinear::VectorFlt toCamera(fCameraPosition[0] - x, fCameraPosition[1] - y,
+                                       fCameraPosition[2] - z);
+    const koLinear::VectorFlt right = cross({fCameraUp[0], fCameraUp[1], fCameraUp[2]}, toCamera);
+    const koLinear::VectorFlt up = cross(toCamera, right);
+    if (fLit)
+        gl.glNormal3fv(normalized(toCamera).data());
+
+    if (fScaleX)
+        fCurrentScaleX = fScaleX[index];
+    if (fScaleY)
+        fCurrentScaleY = fScaleY[index];
+    if (fTwist)
+        fCurrentTwist = fTwist[index];
+    if (fCurrentTwist != fTurnedBy) {
+        const double angle = fCurrentTwist * 3.141592653589793 / 180.0;
+        fCosine = std::cos(angle);
+        fSine = std::sin(angle);
+        fTurnedBy = fCurrentTwist;
+    }
+    const float place[3] = {x, y, z};
+    const Quad quad =
+        makeQuad(normalized(right), normalized(up), place, fCosine, fSine, fCurrentScaleX, fCurrentScaleY);
+
+    const bool isBound = fTextureCycling && fTextureNumberData && applyTextureCycling(index);
+    if (fTextureCycling && (isBound || !fTextureNumberData))
+        sendTexturedQuad(gl, quad, fReverseWinding != 0);
+    else
+        sendQuad(gl, quad, fReverseWinding != 0);
+}
+
+void GLParticleSpriteDraw::findNamedData(const ParticleData& data) {
+    fTwist = findValues(data, "twist");
+    fTextureNumber = findValues(data, "textureNumber");
+    fScaleX = findValues(data, "scaleX");
+    fScaleY = findValues(data, "scaleY");
+}
+
+void GLParticleSpriteDraw::sendColor(const koColor::Color& color) const {
+    GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
+    if (fLit)
+        gl.glMaterialfv(GL_FRONT, GL_DIFFUSE, color.data());
+    else
+        gl.glColor4fv(color.data());
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "DoubleTest.h"
+
+#include "orlohost/HWInterfaces.h"
+#include "orlohost/ParticleData.h"
+
+#include <memory>
+
+struct Unref {
+    void operator()(koSharedObject::SharedObject* object) const { object->unref(); }
+};
+using Particles = std::unique_ptr<ParticleData, Unref>;
+
+inline Particles makeParticles(std::vector<float> positions, uint32_t samples = 1) {
+    Particles particles(new ParticleData);
+    particles->ref();
+    EXPECT_TRUE(particles->setPositions(std::move(positions), samples));
+    return particles;
+}
+
+/// `count` particles at (0, 0, 0), (1, 0, 0), (2, 0, 0) ...
+inline Particles makeRow(int count) {
+    std::vector<float> positions;
+    for (int i = 0; i < count; ++i)
+        positions.insert(positions.end(), {static_cast<float>(i), 0.0F, 0.0F});
+    return makeParticles(std::move(positions));
+}
+
+/// Drawers on the double, where the current colour is (0.25, 0.5, 0.75, 0.5).
+class ParticleTest : public DoubleTest {
+protected:
+    ParticleTest() { script().values[GL_CURRENT_COLOR] = {0.25, 0.5, 0.75, 0.5}; }
+
+    /// What a draw calls.
+    template <typename Drawer>
+    static Calls drawn(Drawer& drawer, IHWTexPlacement* placement = nullptr,
+                       std::vector<IHWTexture*>* textures = nullptr) {
+        clearRecorded();
+        drawer.draw(placement, textures);
+        return recorded();
+    }
+};
