@@ -30,6 +30,10 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
       fAxes(guides.axes) {
     if (options.cull)
         fCulling.emplace(fDrawable);
+    if (options.particles)
+        fParticles.emplace(scene, ParticleOptions{*options.particles, options.lit, options.spriteImages});
+    if (options.demo)
+        fFountain.emplace();
     if (!options.shader.empty())
         fUserShader.emplace(options.shader, fLights);
     if (fShading != Shading::Glsl)
@@ -43,6 +47,8 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
 void DrawnScene::upload(const ProgressReport& report) {
     const double share = fShaders ? 0.5 : 1.0;
     fDrawable.upload([&](double done) { tell(report, share * done, 1.0); });
+    if (fParticles)
+        fParticles->upload();
     if (!fShaders)
         return;
     const auto all = static_cast<double>(fShaders->count());
@@ -53,7 +59,8 @@ void DrawnScene::upload(const ProgressReport& report) {
 std::vector<std::string> DrawnScene::warnings() const {
     std::vector<std::string> warnings = fDrawable.warnings();
     for (const std::vector<std::string>& more :
-         {fLights.warnings(), fShaders ? fShaders->warnings() : std::vector<std::string>()})
+         {fLights.warnings(), fShaders ? fShaders->warnings() : std::vector<std::string>(),
+          fParticles ? fParticles->warnings() : std::vector<std::string>()})
         warnings.insert(warnings.end(), more.begin(), more.end());
     return warnings;
 }

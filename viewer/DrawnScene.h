@@ -2,6 +2,7 @@
 
 #include "Frame.h"
 #include "Options.h"
+#include "scene/Fountain.h"
 #include "scene/Guides.h"
 
 #include <memory>
@@ -33,6 +34,9 @@ public:
             fShaders->dump(folder);
     }
 
+    /// Shows the demo at a time, in seconds.
+    void animate(double seconds) { fParticles->replace(fFountain->dropsAt(seconds)); }
+
     FrameContent content() {
         return {fDrawable,
                 fLights,
@@ -41,7 +45,8 @@ public:
                 fShaders ? &*fShaders : nullptr,
                 fShadows ? &*fShadows : nullptr,
                 fUserShader ? &*fUserShader : nullptr,
-                fCulling ? &*fCulling : nullptr};
+                fCulling ? &*fCulling : nullptr,
+                fParticles ? &*fParticles : nullptr};
     }
 
 private:
@@ -52,6 +57,8 @@ private:
     std::optional<UserShader> fUserShader;
     DrawableScene fDrawable;
     std::optional<Culling> fCulling;
+    std::optional<SceneParticles> fParticles;
+    std::optional<Fountain> fFountain;
     DrawableScene fGrid;
     DrawableScene fAxes;
 };

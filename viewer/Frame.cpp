@@ -142,6 +142,8 @@ void drawFixed(DrawableScene& drawable, size_t index, const FrameLook& look, Tex
 }
 
 bool isSeen(const FrameContent& content, size_t index) {
+    if (content.particles && content.particles->draws(index))
+        return false;
     return !content.culling || content.culling->isSeen(index);
 }
 
@@ -153,6 +155,15 @@ void cull(const FrameContent& content, const View& view, const FrameLook& look) 
         content.culling->find(view, look.culling, !look.wireframe);
     else
         content.culling->guess(view, !look.wireframe, content.answers == Answers::Ignored);
+}
+
+/// Over what hides what is behind it, and under what shines through.
+void drawParticles(const FrameContent& content, const View& view, const FrameLook& look,
+                   TextureUnits& units) {
+    if (!content.particles)
+        return;
+    units.set(nullptr, nullptr);
+    content.particles->draw(view.worldToEye, look);
 }
 
 void drawSceneFixed(const FrameContent& content, const View& view, const FrameLook& look,
@@ -168,6 +179,11 @@ void drawSceneFixed(const FrameContent& content, const View& view, const FrameLo
             shader->setBase(drawable.baseLayerOf(index));
         drawFixed(drawable, index, look, units);
     }
+    if (shader)
+        shader->unbind();
+    drawParticles(content, view, look, units);
+    if (shader)
+        shader->bind();
     for (const BlendedElements::Run& run : drawable.farthestFirst(view.worldToEye)) {
         if (!isSeen(content, run.instance))
             continue;
@@ -195,6 +211,11 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
             continue;
         prepare(index);
         drawPlaced(drawable, index, [&] { drawable.drawMesh(index); });
+    }
+    if (content.particles) {
+        content.shaders->endFrame();
+        drawParticles(content, view, look, units);
+        content.shaders->beginFrame(view.worldToEye);
     }
     for (const BlendedElements::Run& run : drawable.farthestFirst(view.worldToEye)) {
         if (!isSeen(content, run.instance))

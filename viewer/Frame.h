@@ -3,6 +3,7 @@
 #include "draw/Culling.h"
 #include "draw/DrawableScene.h"
 #include "draw/SceneLights.h"
+#include "draw/SceneParticles.h"
 #include "scene/View.h"
 #include "shading/SceneShaders.h"
 #include "shading/UserShader.h"
@@ -49,10 +50,11 @@ struct FrameContent {
     SceneLights& lights;
     DrawableScene& grid; ///< of one instance, as axes
     DrawableScene& axes;
-    SceneShaders* shaders;  ///< of `drawable`; null: GL's own functions draw it
-    ShadowMap* shadows;     ///< of the shaders' first light; null: none
-    UserShader* userShader; ///< in the place of all materials; null: none
-    Culling* culling;       ///< of `drawable`; null: everything is drawn
+    SceneShaders* shaders;     ///< of `drawable`; null: GL's own functions draw it
+    ShadowMap* shadows;        ///< of the shaders' first light; null: none
+    UserShader* userShader;    ///< in the place of all materials; null: none
+    Culling* culling;          ///< of `drawable`; null: everything is drawn
+    SceneParticles* particles; ///< draws the points of `drawable`'s scene; null: they are points
     Answers answers = Answers::Awaited;
 };
 

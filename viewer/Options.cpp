@@ -26,6 +26,8 @@ Examples:
   orloview room.gltf -o view.png --camera Entrance
   orloview bunny.ply -o side.png --eye 3,1,0 --target 0,0.1,0 --fov 30
   orloview model.glb --info --json
+  orloview cloud.csv --particles sprites --sprite-images smoke.png,spark.png
+  orloview --demo particles -o drops.png --frames 60
 
 Exit codes:
   0   the picture is written, the window closed, or what was asked for is printed
@@ -116,6 +118,25 @@ Shading parseShading(const std::string& name, const std::string& text) {
     wrong(name, text, "give fixed or glsl");
 }
 
+ParticleKind parseParticles(const std::string& text) {
+    if (text == "points")
+        return ParticleKind::Points;
+    if (text == "multi")
+        return ParticleKind::Multi;
+    if (text == "sprites")
+        return ParticleKind::Sprites;
+    if (text == "streaks")
+        return ParticleKind::Streaks;
+    wrong("--particles", text, "give points, multi, sprites or streaks");
+}
+
+float parsePointSize(const std::string& text) {
+    const std::optional<float> size = parseNumber<float>(text);
+    if (!size || !(*size >= 0.1F && *size <= 64.0F))
+        wrong("--point-size", text, "give pixels, 0.1 to 64");
+    return *size;
+}
+
 ToneMap parseToneMap(const std::string& text) {
     if (text != "none" && text != "soft")
         wrong("--tone-map", text, "give none or soft");
@@ -182,13 +203,32 @@ int parseCount(const std::string& name, const std::string& text, int least, int 
     return *number;
 }
 
+void checkParticles(const Options& options) {
+    if (options.demo && !options.models.empty())
+        throw Failure(kExitUsage,
+                      "--demo shows a scene of its own; leave " + options.models.front() + " or it out");
+    if (options.demo && options.turntable > 0)
+        throw Failure(kExitUsage, "--turntable: the fountain never stands still; give --frames N");
+    if (options.frames > 0 && !options.demo)
+        throw Failure(kExitUsage, "--frames: models don't move; give --demo particles, or --turntable N");
+    if (options.frames > 0 && (options.output.empty() || options.output == "-"))
+        throw Failure(kExitUsage,
+                      "--frames: give -o and a name, such as -o drops.png, for drops_001.png and so on");
+    if (!options.spriteImages.empty() && options.particles != ParticleKind::Sprites)
+        throw Failure(kExitUsage, "--sprite-images: they are of sprites; give --particles sprites");
+    if (options.lit && !options.particles)
+        throw Failure(kExitUsage,
+                      "--lit: it lights particles; give --particles points, multi, sprites or streaks");
+}
+
 void checkTogether(const Options& options) {
     if (options.quiet && options.verbose)
         throw Failure(kExitUsage, "-q and -v: give one of them, not both");
     if (options.glInfo)
         return;
-    if (options.models.empty())
+    if (options.models.empty() && !options.demo)
         throw Failure(kExitUsage, "no model given; try orloview MODEL (--help tells more)");
+    checkParticles(options);
     if (options.json && !options.info)
         throw Failure(kExitUsage, "--json: it goes with --info");
     if (options.info)
@@ -283,6 +323,10 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     std::string sky = "studio";
     std::string toneMap;
     std::vector<std::string> compare;
+    std::string particles;
+    std::string pointSize;
+    std::string demo;
+    std::string frames;
     bool noLights = false;
     bool noCulling = false;
 
@@ -294,7 +338,9 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     app.allow_extras();
     app.set_help_flag("-h,--help", "Print this help");
     app.set_version_flag("--version", "orloview " ORLOGL_VERSION, "Print the version");
-    app.add_option("models", options.models, "Model files: glTF 2.0 (.gltf, .glb), OBJ, PLY, STL and others")
+    app.add_option(
+           "models", options.models,
+           "Model files: glTF 2.0 (.gltf, .glb), OBJ, PLY, STL and others; tables of points (.csv, .txt)")
         ->type_name("MODEL...");
     app.add_option(
            "-o,--output", options.output,
@@ -347,6 +393,23 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
         ->type_name("NAME");
     app.add_option("--dump-shaders", options.dumpShaders, "Write the sources of the materials' shaders")
         ->type_name("FOLDER");
+    app.add_option(
+           "--particles", particles,
+           "What the points of models are drawn as: points, clouds of points (multi), squares that face "
+           "the eye (sprites), lines along their motion (streaks)")
+        ->type_name("points|multi|sprites|streaks");
+    app.add_option("--sprite-images", options.spriteImages,
+                   "Pictures of the sprites, by their textureNumber; a soft spot unless given")
+        ->type_name("FILE,FILE...")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    app.add_option("--point-size", pointSize, "Size of points and width of streaks, 3 unless given")
+        ->type_name("PIXELS");
+    app.add_flag("--lit", options.lit, "Light particles");
+    app.add_option("--demo", demo, "Show a fountain in the wind in the place of models")
+        ->type_name("particles");
+    app.add_option("--frames", frames, "Write N pictures of the demo, 30 a second: FILE_001 and so on")
+        ->type_name("N");
     app.add_flag("--wireframe", options.wireframe, "Draw edges only");
     app.add_flag("--no-lights", noLights, "Draw colours as they are, unlit");
     app.add_flag("--shadows", options.shadows, "Let the main light cast shadows, with shaders");
@@ -394,19 +457,31 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
         options.sampling.tile = parseCount("--tile", tile, 16, 16384);
     if (app.count("--turntable") != 0)
         options.turntable = parseCount("--turntable", turntable, 1, 100000);
+    if (app.count("--particles") != 0)
+        options.particles = parseParticles(particles);
+    if (app.count("--point-size") != 0)
+        options.pointSize = parsePointSize(pointSize);
+    if (app.count("--demo") != 0 && demo != "particles")
+        wrong("--demo", demo, "give particles");
+    options.demo = app.count("--demo") != 0;
+    if (options.demo && !options.particles)
+        options.particles = ParticleKind::Sprites;
+    if (app.count("--frames") != 0)
+        options.frames = parseCount("--frames", frames, 1, 100000);
     if (app.count("--offscreen") != 0 && offscreen != "fbo" && offscreen != "pbuffer")
         wrong("--offscreen", offscreen, "give fbo or pbuffer");
     options.sampling.pbuffer = offscreen == "pbuffer";
     if (app.count("--shading") != 0)
         options.shading = parseShading("--shading", shading);
     options.sky = parseSky(sky);
-    for (const char* name : {"--shading", "--sky", "--tone-map", "--shader", "--shadows", "--cull"}) {
+    for (const char* name : {"--shading", "--sky", "--tone-map", "--shader", "--shadows", "--cull",
+                             "--particles", "--sprite-images", "--point-size", "--lit"}) {
         const CLI::Option* option = app.get_option(name);
         if (option->count() == 0)
             continue;
         options.shadingSwitches.append(" ").append(name);
         if (option->get_items_expected_max() > 0)
-            options.shadingSwitches.append(" ").append(option->as<std::string>());
+            options.shadingSwitches.append(" ").append(CLI::detail::join(option->results(), ","));
     }
     if (compare.size() == 2)
         options.compare =

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Particles.h"
 #include "Shading.h"
 #include "output/Progress.h"
 #include "output/Sampling.h"
@@ -44,6 +45,21 @@ struct Options {
 
     /// Of how many pictures one goes round the model, or 0.
     int turntable = 0;
+
+    /// What points are drawn as; none: as points.
+    std::optional<ParticleKind> particles;
+    std::vector<std::string> spriteImages;
+    float pointSize = 3.0F; ///< pixels; of streaks their width
+    bool lit = false;       ///< of particles
+
+    /// Shows the fountain in the place of models.
+    bool demo = false;
+
+    /// How many pictures of the fountain are written, or 0.
+    int frames = 0;
+
+    /// What is shown, for titles and for names of files.
+    std::string subject() const { return models.empty() ? "fountain" : models.front(); }
 
     /// The file of a picture of distances, and the folder of a cube map; empty: none.
     std::string depth;

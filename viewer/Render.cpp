@@ -52,6 +52,13 @@ koLinear::Vector upOf(const Options& options) {
     return options.up.value_or(koLinear::Vector(0.0, 1.0, 0.0));
 }
 
+Bounds drawnBounds(const Options& options, const Scene& scene) {
+    Bounds bounds = scene.bounds();
+    if (options.particles)
+        extendByParticles(bounds, scene, *options.particles);
+    return bounds;
+}
+
 FrameLook lookOf(const Options& options, const Scene& scene) {
     FrameLook look;
     look.width = options.width;
@@ -63,6 +70,7 @@ FrameLook lookOf(const Options& options, const Scene& scene) {
     look.culling = options.culling;
     look.grid = options.grid;
     look.axes = options.axes;
+    look.pointSize = options.pointSize;
     return look;
 }
 

@@ -17,6 +17,9 @@ Viewpoint chooseEye(const Options& options, const Scene& scene);
 /// The view that the options ask for, through the file's camera exactly. `bounds` is round all that is drawn.
 View chooseView(const Options& options, const Scene& scene, const Bounds& bounds);
 
+/// Round all of the scene as the options ask for it to be drawn.
+Bounds drawnBounds(const Options& options, const Scene& scene);
+
 /// The look that the options ask for; tones are mapped where something is lit by shaders, unless told.
 FrameLook lookOf(const Options& options, const Scene& scene);
 

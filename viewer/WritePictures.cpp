@@ -50,7 +50,7 @@ public:
     PictureSession(const Options& options, const Scene& scene, Progress& progress)
         : fOptions(options), fScene(scene), fProgress(progress),
           fGuides(makeGuides(scene.bounds(), upOf(options))),
-          fBounds(boundsWith(scene.bounds(), fGuides, options.grid, options.axes)),
+          fBounds(boundsWith(drawnBounds(options, scene), fGuides, options.grid, options.axes)),
           fView(chooseView(options, scene, fBounds)),
           fDisplay(DisplaySession::Kind::Offscreen, options.verbose), fGL(fDisplay.display()),
           fDrawn(scene, fGuides, options, progress.report()) {
@@ -108,6 +108,20 @@ public:
                           fOptions.sampling, *picture);
             picture->finish();
             fProgress.update(static_cast<double>(i + 1) / fOptions.turntable);
+            told(path);
+        }
+    }
+
+    /// The demo, 30 pictures a second.
+    void writeFrames() {
+        fProgress.begin(Progress::Stage::Draw);
+        for (int i = 0; i < fOptions.frames; ++i) {
+            fDrawn.animate(i / 30.0);
+            const std::string path = numbered(fOptions.output, i + 1, fOptions.frames);
+            const auto picture = create(path);
+            renderPicture(fView, content(), lookOf(fOptions, fScene), fOptions.sampling, *picture);
+            picture->finish();
+            fProgress.update(static_cast<double>(i + 1) / fOptions.frames);
             told(path);
         }
     }
@@ -198,6 +212,8 @@ bool writePictures(const Options& options, const Scene& scene, Progress& progres
     PictureSession session(options, scene, progress);
     if (options.turntable > 0)
         session.writeTurntable();
+    else if (options.frames > 0)
+        session.writeFrames();
     else if (!options.output.empty())
         session.writePicture();
     if (!options.depth.empty())

@@ -6,6 +6,7 @@
 #include "WritePictures.h"
 #include "import/Importer.h"
 #include "info/Describe.h"
+#include "scene/Fountain.h"
 #include "window/DisplaySession.h"
 #include "window/GLSession.h"
 #include "window/ViewerWindow.h"
@@ -89,14 +90,14 @@ int run(int argc, const char* const* argv) {
     if (options.glInfo)
         return showGLInfo(options);
     Progress progress(options.progress, stderr);
-    const Loaded loaded = loadModels(options, progress);
+    const Loaded loaded = options.demo ? Loaded{Fountain().scene()} : loadModels(options, progress);
     if (options.info) {
         progress.finish();
         print(options.json ? describeJson(loaded.scene) : describe(loaded.scene));
         return loaded.complete ? kExitDone : kExitIncomplete;
     }
     if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
-        throw Failure(kExitNoInput, options.models.front() + ": nothing in it can be drawn");
+        throw Failure(kExitNoInput, options.subject() + ": nothing in it can be drawn");
     if (options.compare)
         compareShadings(options, loaded.scene, progress);
     if (options.compare && !options.writes())

@@ -47,7 +47,7 @@ class Server:
 class Window:
     """A running orloview and its window."""
 
-    def __init__(self, server, folder, *arguments):
+    def __init__(self, server, folder, *arguments, moves=False):
         environment = {**os.environ, "DISPLAY": server.name}
         self.process = subprocess.Popen(
             [ORLOVIEW, *arguments], cwd=folder, env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True
@@ -55,7 +55,8 @@ class Window:
         self.display = display.Display(server.name)
         self.window = self.wait_for(self.find)
         xtest.fake_input(self.display, X.MotionNotify, x=WIDTH // 2, y=HEIGHT // 2)
-        self.settle()
+        if not moves:
+            self.settle()
 
     def wait_for(self, found):
         """What `found` returns as soon as it is true."""
@@ -202,8 +203,8 @@ class WindowTest(unittest.TestCase):
         self.server = Server()
         self.addCleanup(self.server.stop)
 
-    def open(self, *arguments, size=(WIDTH, HEIGHT)):
-        window = Window(self.server, self.folder, *arguments, "--size", f"{size[0]}x{size[1]}")
+    def open(self, *arguments, size=(WIDTH, HEIGHT), moves=False):
+        window = Window(self.server, self.folder, *arguments, "--size", f"{size[0]}x{size[1]}", moves=moves)
         self.addCleanup(window.kill)
         return window
 
@@ -332,6 +333,15 @@ class WindowTest(unittest.TestCase):
         shown = window.after("h")
         self.assertSame(shown, self.drawn("--size", "500x300", *self.first_eye(window)))
         self.assertEqual(window.process.poll(), None)
+        self.quit(window)
+
+    def test_the_fountain_moves_and_obeys_keys(self):
+        window = self.open("--demo", "particles", moves=True)
+        first = window.picture()
+        window.wait_for(lambda: difference(first, window.picture())[1] > 0.01)
+        window.press("F12")
+        shot = os.path.join(self.folder, "fountain_1.png")
+        window.wait_for(lambda: os.path.exists(shot))
         self.quit(window)
 
     def first_eye(self, window):

@@ -8,6 +8,7 @@
 
 #include "import/AssimpReader.h"
 #include "import/ImportError.h"
+#include "import/TableReader.h"
 #include "import/Text.h"
 
 namespace orloview {
@@ -33,6 +34,8 @@ std::optional<Format> bySuffix(const std::string& suffix) {
         return Format::Ply;
     if (suffix == ".stl")
         return Format::Stl;
+    if (suffix == ".csv" || suffix == ".txt" || suffix == ".xyz")
+        return Format::Table;
     if (libraryReads(suffix))
         return Format::ByLibrary;
     return std::nullopt;
@@ -95,6 +98,8 @@ std::optional<Format> byContent(std::string_view file) {
         return Format::ByLibrary;
     if (isObj(start))
         return Format::Obj;
+    if (isTable(start))
+        return Format::Table;
     return std::nullopt;
 }
 
@@ -106,9 +111,9 @@ Format detectFormat(std::span<const std::uint8_t> bytes, const std::filesystem::
         return *format;
     if (const auto format = bySuffix(lowerSuffix(path)))
         return *format;
-    throw ImportError(
-        "this is no model file of a known kind; give a .gltf, .glb, .obj, .ply or .stl file, or "
-        "another that the import library reads (.dae, .fbx, .3ds, .off, .x ...)");
+    throw ImportError("this is no model file of a known kind; give a .gltf, .glb, .obj, .ply or .stl file, a "
+                      "table of points (.csv, .txt), or "
+                      "another that the import library reads (.dae, .fbx, .3ds, .off, .x ...)");
 }
 
 } // namespace orloview

@@ -7,7 +7,7 @@
 
 namespace orloview {
 
-enum class Format { Gltf, Obj, Ply, Stl, ByLibrary };
+enum class Format { Gltf, Obj, Ply, Stl, Table, ByLibrary };
 
 /// Which reader a file is for: by what it holds, by its suffix where that says nothing. Throws an ImportError
 /// that lists what can be read where neither helps.

@@ -121,6 +121,9 @@ bool makeDrawable(Mesh& mesh, const std::string& name, Warnings& warnings) {
         mesh.normals.clear(); // exporters write zeros for normals that they don't have
     normalize(mesh.normals);
     makeFinite(mesh.colors, 1.0F);
+    makeFinite(mesh.particles.velocities, 0.0F);
+    for (std::vector<float>& values : mesh.particles.values)
+        makeFinite(values, 0.0F);
     for (std::vector<float>& uvSet : mesh.uvSets)
         makeFinite(uvSet, 0.0F);
     return !mesh.indices.empty();

@@ -12,6 +12,7 @@
 #include "import/ImportError.h"
 #include "import/ObjReader.h"
 #include "import/PlyReader.h"
+#include "import/TableReader.h"
 
 namespace orloview {
 
@@ -28,6 +29,8 @@ Scene readAs(Format format, const std::vector<std::uint8_t>& bytes, const std::f
         return readPly(bytes, report);
     case Format::Stl:
         return readStl(bytes);
+    case Format::Table:
+        return readTable(bytes, report);
     case Format::ByLibrary:
         return readByLibrary(path);
     }
@@ -59,6 +62,9 @@ bool isConsistent(const Mesh& mesh, std::size_t materialCount) {
     const std::size_t vertices = mesh.vertexCount();
     return mesh.topology <= Topology::Triangles && mesh.positions.size() == vertices * 3 &&
            fits(mesh.normals, vertices * 3) && fits(mesh.colors, vertices * 4) && !mesh.indices.empty() &&
+           fits(mesh.particles.velocities, vertices * 3) &&
+           std::all_of(mesh.particles.values.begin(), mesh.particles.values.end(),
+                       [&](const std::vector<float>& values) { return fits(values, vertices); }) &&
            refersOrNone(mesh.material, materialCount) &&
            std::all_of(mesh.uvSets.begin(), mesh.uvSets.end(),
                        [&](const std::vector<float>& uvs) { return fits(uvs, vertices * 2); }) &&

@@ -1,6 +1,7 @@
 #include "import/PlyReader.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -232,6 +233,10 @@ void Reader::readVertices(const PlyElement& element) {
         element,
         {{"red", "green", "blue"}, {"r", "g", "b"}, {"diffuse_red", "diffuse_green", "diffuse_blue"}});
     const auto alpha = placesOf(element, {{"alpha"}, {"a"}, {"diffuse_alpha"}});
+    const auto velocities = placesOf(element, {{"vx", "vy", "vz"}});
+    std::array<std::vector<std::size_t>, kParticleValueNames.size()> particleValues;
+    for (std::size_t i = 0; i < particleValues.size(); ++i)
+        particleValues[i] = placesOf(element, {{kParticleValueNames[i]}});
     if (positions.empty())
         throw ImportError("its vertices have no x, y and z; export the model again");
 
@@ -248,6 +253,9 @@ void Reader::readVertices(const PlyElement& element) {
         readRow(element);
         append(fVertices.positions, positions);
         append(fVertices.normals, normals);
+        append(fVertices.particles.velocities, velocities);
+        for (std::size_t place = 0; place < particleValues.size(); ++place)
+            append(fVertices.particles.values[place], particleValues[place]);
         if (!uvs.empty()) // v runs up in these files
             fVertices.uvSets[0].insert(fVertices.uvSets[0].end(),
                                        {toFloat(fRow.values[uvs[0]]), toFloat(1.0 - fRow.values[uvs[1]])});

@@ -20,6 +20,15 @@ namespace orloview {
 /// Strips, fans and loops of a file are already spelled out: two indices a line, three a triangle.
 enum class Topology : std::uint8_t { Points, Lines, Triangles };
 
+/// What is known of points as particles, for each vertex; empty where the file doesn't say.
+struct ParticleValues {
+    std::vector<float> velocities;            ///< x, y, z, per second
+    std::array<std::vector<float>, 4> values; ///< by kParticleValueNames
+};
+
+/// Degrees; the number of a picture; of sprites, in the mesh's units.
+inline constexpr std::array kParticleValueNames = {"twist", "textureNumber", "scaleX", "scaleY"};
+
 /// One primitive of the file: vertices of one kind with one material. Every attribute that is present has a
 /// value for each vertex. Triangles face the side from which they turn counter-clockwise.
 struct Mesh {
@@ -31,6 +40,8 @@ struct Mesh {
 
     /// u and v each, v running down the picture (its top row is v = 0); a set may be empty.
     std::vector<std::vector<float>> uvSets;
+
+    ParticleValues particles;
 
     /// Never empty, also where the file has none.
     std::vector<std::uint32_t> indices;

@@ -44,7 +44,7 @@ int lineHeightOn(Display* display) {
 }
 
 std::string titleOf(const Options& options) {
-    std::string title = std::filesystem::path(options.models.front()).filename();
+    std::string title = std::filesystem::path(options.subject()).filename();
     if (options.models.size() > 1)
         title += " and " + std::to_string(options.models.size() - 1) + " more";
     return title + " - orloview";
@@ -52,7 +52,7 @@ std::string titleOf(const Options& options) {
 
 /// A name for a screenshot that no file has yet.
 std::string screenshotPath(const Options& options) {
-    const std::string stem = std::filesystem::path(options.models.front()).stem();
+    const std::string stem = std::filesystem::path(options.subject()).stem();
     for (int n = 1;; ++n) {
         std::string path = stem + "_" + std::to_string(n) + ".png";
         std::error_code error;
@@ -88,12 +88,14 @@ private:
     void say(const std::string& message);
     void paint(int factor);
     void wait();
+    void animate();
     View currentView() const;
     FrameContent content() { return fDrawn.content(); }
 
     const Options& fOptions;
     const Scene& fScene;
-    Bounds fBounds; ///< of the scene
+    const Clock::time_point fStart = Clock::now();
+    Bounds fBounds; ///< of all that is drawn of the scene
     Guides fGuides;
     InteractiveView fView;
     DisplaySession fDisplaySession;
@@ -118,8 +120,9 @@ private:
 
 ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Viewpoint& start,
                            Progress& progress)
-    : fOptions(options), fScene(scene), fBounds(scene.bounds()), fGuides(makeGuides(fBounds, upOf(options))),
-      fView(Navigation(start, upOf(options), fBounds), lookOf(options, scene)),
+    : fOptions(options), fScene(scene), fBounds(drawnBounds(options, scene)),
+      fGuides(makeGuides(scene.bounds(), upOf(options))),
+      fView(Navigation(start, upOf(options), scene.bounds()), lookOf(options, scene)),
       fDisplaySession(DisplaySession::Kind::Window, options.verbose), fDisplay(fDisplaySession.display()),
       fGL(fDisplay), fDrawn(scene, fGuides, options, progress.report()), fLineHeight(lineHeightOn(fDisplay)) {
     fWindow.emplace(fDisplay, titleOf(options), options.width, options.height);
@@ -157,7 +160,9 @@ void ViewerWindow::run() {
         }
         if (fQuit)
             break;
-        if (fChanged) {
+        if (fOptions.demo) {
+            animate();
+        } else if (fChanged) {
             paint(1);
             fSmoothAt = Clock::now() + kRest;
         } else {
@@ -168,6 +173,21 @@ void ViewerWindow::run() {
         std::fprintf(stderr, "window: %zu frames, %.1f ms each, %.1f per second\n", fFrames,
                      fTotalMilliseconds / static_cast<double>(fFrames),
                      1000.0 * static_cast<double>(fFrames) / fTotalMilliseconds);
+}
+
+/// The next picture of what moves, and the rest of its time asleep.
+void ViewerWindow::animate() {
+    constexpr auto kPicture = std::chrono::milliseconds(16);
+    const Clock::time_point now = Clock::now();
+    fDrawn.animate(std::chrono::duration<double>(now - fStart).count());
+    if (fMessageEnds && *fMessageEnds <= now) {
+        fMessage.clear();
+        fMessageEnds.reset();
+    }
+    paint(1);
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(now + kPicture - Clock::now()).count();
+    pollfd ready{ConnectionNumber(fDisplay), POLLIN, 0};
+    poll(&ready, 1, static_cast<int>(std::max<decltype(left)>(left, 0)));
 }
 
 /// Sleeps until an event comes or something is due, and does what is due.
