@@ -44,8 +44,8 @@ float usualSide(const std::vector<float>& positions) {
     Bounds bounds;
     for (size_t i = 0; i + 2 < positions.size(); i += 3)
         bounds.extend({positions[i], positions[i + 1], positions[i + 2]});
-    const auto count = static_cast<double>(positions.size() / 3);
-    return static_cast<float>(2.0 * radiusOf(bounds) / std::sqrt(std::max(count, 1.0)));
+    const size_t count = std::max(positions.size() / 3, size_t{1});
+    return static_cast<float>(2.0 * radiusOf(bounds) / std::sqrt(static_cast<double>(count)));
 }
 
 bool isTransparent(const std::vector<float>& colors) {
@@ -223,11 +223,12 @@ void SceneParticles::upload() {
 void SceneParticles::makeSpot() {
     constexpr int kSide = 64;
     std::vector<GLubyte> texels;
-    for (int i = 0; i < kSide * kSide; ++i) {
-        const double x = (i % kSide + 0.5) / kSide * 2.0 - 1.0;
-        const double y = (i / kSide + 0.5) / kSide * 2.0 - 1.0;
-        const double inside = std::max(1.0 - x * x - y * y, 0.0);
-        texels.insert(texels.end(), 4, static_cast<GLubyte>(std::lround(255.0 * inside * inside)));
+    const auto middleOf = [](int texel) { return (texel + 0.5) / kSide * 2.0 - 1.0; };
+    for (int y = 0; y < kSide; ++y) {
+        for (int x = 0; x < kSide; ++x) {
+            const double inside = std::max(1.0 - middleOf(x) * middleOf(x) - middleOf(y) * middleOf(y), 0.0);
+            texels.insert(texels.end(), 4, static_cast<GLubyte>(std::lround(255.0 * inside * inside)));
+        }
     }
     fSpot.reset(new GLTexture2D(kRasterRGBA8, false));
     fSpot->ref();
