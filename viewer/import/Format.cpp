@@ -34,7 +34,7 @@ std::optional<Format> bySuffix(const std::string& suffix) {
         return Format::Ply;
     if (suffix == ".stl")
         return Format::Stl;
-    if (suffix == ".csv" || suffix == ".txt" || suffix == ".xyz")
+    if (suffix == ".csv")
         return Format::Table;
     if (libraryReads(suffix))
         return Format::ByLibrary;
@@ -111,9 +111,11 @@ Format detectFormat(std::span<const std::uint8_t> bytes, const std::filesystem::
         return *format;
     if (const auto format = bySuffix(lowerSuffix(path)))
         return *format;
-    throw ImportError("this is no model file of a known kind; give a .gltf, .glb, .obj, .ply or .stl file, a "
-                      "table of points (.csv, .txt), or "
-                      "another that the import library reads (.dae, .fbx, .3ds, .off, .x ...)");
+    throw ImportError(
+        "this is no model file of a known kind; give a .gltf, .glb, .obj, .ply or .stl file, a table whose "
+        "first line names the columns x, y and z, or another that the import library reads (.dae, .fbx, "
+        ".3ds, "
+        ".off, .x ...)");
 }
 
 } // namespace orloview
