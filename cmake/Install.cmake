@@ -29,6 +29,8 @@ if(TARGET orloview)
   set_target_properties(orloview PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_programs}")
 endif()
 
+install(TARGETS orlocg)
+
 install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES examples/minimal.cpp DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

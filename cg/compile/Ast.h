@@ -1,0 +1,122 @@
+#pragma once
+
+#include "compile/Type.h"
+#include "preprocess/Source.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orlocg {
+
+struct Function;
+struct Statement;
+
+enum class Direction : uint8_t { In, Out, InOut };
+
+/// A variable, a parameter of a function, or one of the program.
+struct Variable {
+    std::string name;
+    const Type* type = nullptr;
+    Location at;
+    std::string semantic;
+    Direction direction = Direction::In;
+    bool isUniform = false;
+    bool isVarying = false;
+    bool isConst = false;
+    bool isStatic = false;
+    bool isGlobal = false;
+    bool isParameter = false;
+    std::unique_ptr<struct Expression> initializer;
+
+    bool isReferenced = false; ///< by what the program reaches; this and the next are set by the checker
+    bool isWritten = false;    ///< a uniform that the program keeps values in, for itself
+};
+
+/// An expression. The parser fills kind, operator and operands; the checker the type, what names stand for,
+/// and the conversions that the language makes by itself.
+struct Expression {
+    enum class Kind : uint8_t {
+        Number,
+        Name,
+        Unary,   ///< op: "-", "!", "~", "++", "--" (before), "p++", "p--" (behind)
+        Binary,  ///< op; also "," and the assignments
+        Choice,  ///< ? :
+        Call,    ///< name and arguments; a function of the program, of the library, or a type's constructor
+        Index,   ///< of an array, a vector or a matrix
+        Member,  ///< of a struct; the checker makes swizzles of those of numbers
+        Swizzle, ///< picks: component numbers; of a matrix row * 4 + column
+        List,    ///< { ... }
+        State,   ///< of GL: `state` is GLSL
+        Convert  ///< to `type`, of the one operand
+    };
+
+    Kind kind = Kind::Number;
+    Location at;
+    std::string_view text; ///< name, operator or member
+    int depth = 1;         ///< of the tree below
+    std::vector<std::unique_ptr<Expression>> operands;
+
+    const Type* type = nullptr;
+    bool isAssignable = false;
+    double number = 0.0;
+    Variable* variable = nullptr;
+    Function* function = nullptr;
+    const struct LibraryFunction* library = nullptr;
+    const Type* constructs = nullptr; ///< by a call, or by a cast
+    std::vector<uint8_t> picks;
+    bool isCast = false; ///< written as (type)
+    std::string state;
+};
+
+using ExpressionPtr = std::unique_ptr<Expression>;
+
+struct Statement {
+    enum class Kind : uint8_t {
+        Block,
+        Declaration, ///< of `variables`
+        Expression,
+        If,
+        For, ///< init; condition; step; body
+        While,
+        DoWhile,
+        Return,
+        Break,
+        Continue,
+        Discard
+    };
+
+    Kind kind = Kind::Block;
+    Location at;
+    std::vector<std::unique_ptr<Statement>> statements; ///< of a block; bodies; of For the init first, if any
+    std::vector<std::unique_ptr<Variable>> variables;
+    ExpressionPtr condition; ///< also what is returned, and what is evaluated
+    ExpressionPtr step;
+    bool hasInit = false;
+    bool hasElse = false;
+    bool opensScope = true; ///< not where several declarations of one statement are meant
+};
+
+struct Function {
+    std::string name;
+    const Type* returns = nullptr;
+    std::string semantic;
+    Location at;
+    std::vector<std::unique_ptr<Variable>> parameters;
+    std::unique_ptr<Statement> body; ///< null: only declared
+    bool isChecked = false;
+    bool isBeingChecked = false;
+    std::vector<Function*> calls; ///< what it calls directly
+};
+
+/// A parsed program.
+struct Program {
+    mutable Types types;
+    std::map<std::string, const Type*, std::less<>> typeNames; ///< structs and typedefs
+    std::vector<std::unique_ptr<Variable>> globals;            ///< in the order of the source
+    std::vector<std::unique_ptr<Function>> functions;          ///< definitions and declarations
+};
+
+} // namespace orlocg

@@ -1,0 +1,112 @@
+#pragma once
+
+#include "compile/Compiler.h"
+#include "compile/Semantics.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace orlocg {
+
+/// Writes a checked program as GLSL.
+///
+/// Matrices are kept with their rows as GLSL's columns: rows are then what an index picks, flat lists of
+/// numbers stand in the same order, and mul(a, b) is b * a. Samplers, which GLSL lets nobody copy, are bound
+/// when it is written: a function that takes some is written once for each set that it is called with.
+/// Functions come out in the order in which they are called, and only those.
+class GlslWriter {
+public:
+    GlslWriter(const CompileOptions& options, Diagnostics& diagnostics, CompiledProgram& out);
+
+    void write(Function& entry);
+
+private:
+    /// Where the samplers of a variable are: by the path below it ("" or ".map"), a path of a parameter.
+    using Bindings = std::map<std::string, std::string>;
+
+    struct Body {
+        std::map<const Variable*, Bindings> bindings;
+        std::string temporaries;
+        int indent = 1;
+    };
+
+    // Names and types.
+    std::string uniqueName(const std::string& wanted);
+    const std::string& nameOf(const Variable& variable);
+    std::string memberName(const std::string& name) const;
+    std::string typeName(const Type* type);
+    std::string declaration(const Type* type, const std::string& name);
+    const std::string& structName(const StructType& structure);
+    std::string temporary(const Type* type);
+    std::string helper(const std::string& name, const std::string& type);
+
+    // Statements.
+    const std::string& functionName(Function& function, const std::vector<Bindings>& bindings);
+    void statement(const Statement& s, std::string& out);
+    void body(const Statement& s, std::string& out);
+    void declare(const Variable& variable, std::string& out);
+    void bindSamplers(const Variable& variable, const Expression& from);
+    const Bindings* findBindings(const Variable& variable) const;
+    void line(std::string& out, const std::string& text) const;
+
+    // Expressions.
+    std::string write(const Expression& e);
+    std::string writeNumber(double number, const Type* type) const;
+    std::string convert(const std::string& text, const Type* from, const Type* to);
+    std::string zero(const Type* type);
+    std::string writeUnary(const Expression& e);
+    std::string writeBinary(const Expression& e);
+    std::string combine(std::string_view op, const std::string& a, const std::string& b, const Type* type);
+    std::string writeAssignment(const Expression& e);
+    std::string assign(const Expression& to, const std::string& value, const Type* type);
+    std::string writeSwizzle(const Expression& e);
+    std::string element(const std::string& matrix, const Type* type, unsigned pick) const;
+    std::string writeIndex(const Expression& e);
+    std::string writeConstruct(const Expression& e);
+    void flatten(const Expression& e, std::vector<std::string>& parts);
+    std::string writeUserCall(const Expression& e);
+    std::string writeLibraryCall(const Expression& e);
+    std::string writeTexture(const Expression& e);
+    std::string samplerText(const Expression& e);
+    std::string pathOf(const Expression& e);
+    std::string bound(const Variable& variable, const std::string& below);
+    Bindings bindingsOf(const Expression& e, const Type* type);
+
+    // The program's ends.
+    void addParameter(const Variable& variable);
+    void addLeaves(const Type* type, const std::string& path, const std::string& glsl, Parameter& parameter);
+    void collectInitial(const Expression* e, const Type* type, std::vector<double>& values,
+                        bool& isKnown) const;
+    void mainFunction(Function& entry);
+    void varyings(const Type* type, const Semantic& semantic, bool isOutput, const std::string& glsl,
+                  const Location& at, std::string& out);
+    void reserve(const Type* type, const std::string& semantic, bool isOutput);
+    Semantic slotFor(const std::string& semantic, const Type* type, bool isOutput, bool isReturn);
+
+    const CompileOptions& fOptions;
+    Diagnostics& fDiagnostics;
+    CompiledProgram& fOut;
+
+    std::set<std::string> fTaken;
+    std::map<const Variable*, std::string> fNames;
+    std::map<const StructType*, std::string> fStructs;
+    std::map<std::string, std::string> fInstances;       ///< of functions with their samplers
+    std::map<std::string, std::string> fSamplers;        ///< GLSL names by path
+    std::map<const Variable*, Bindings> fGlobalBindings; ///< of globals that samplers were kept in
+    std::set<std::string> fShadowSamplers;
+    std::set<int> fUsedTexCoords[2]; ///< of inputs and outputs
+    int fVaryings[2] = {};           ///< that found no texture coordinate
+    std::set<std::string> fDeclaredVaryings;
+    std::string fUniforms, fStructTexts, fHelperTexts, fGlobalTexts, fFunctionTexts;
+    std::set<std::pair<std::string, std::string>> fHelpers;
+    std::vector<const Variable*> fGlobalsToSet; ///< in the order of their first use
+    std::map<const Variable*, std::string> fGlobalValues;
+    bool fUsesRect = false;
+    int fTemporaries = 0;
+    size_t fLength = 0; ///< of what was written, to bound it
+    Body* fBody = nullptr;
+};
+
+} // namespace orlocg

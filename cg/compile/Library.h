@@ -1,0 +1,55 @@
+#pragma once
+
+#include "compile/Type.h"
+
+#include <optional>
+#include <string_view>
+
+namespace orlocg {
+
+/// How a function of the standard library treats its arguments, and what it gives back.
+enum class LibraryRule : uint8_t {
+    Map1, ///< (T) to T, numbers made floats; scalars beside vectors are smeared
+    Map2,
+    Map3,
+    Keep1, ///< as Map, whole numbers stay
+    Keep2,
+    Keep3,
+    Test1,   ///< (T) to bools of that shape
+    Reduce1, ///< (T) to a scalar
+    Reduce2, ///< (T, T) to a scalar
+    Truth,   ///< (bools) to a bool
+    Cross,   ///< (float3, float3) to float3
+    Refract, ///< (T, T, scalar) to T
+    Lit,     ///< (scalar, scalar, scalar) to float4
+    Transpose,
+    Determinant,
+    Multiply, ///< mul
+    SinCos,   ///< (T, out T, out T)
+    Split,    ///< (T, out T) to T
+    Texture
+};
+
+struct LibraryFunction {
+    std::string_view name;
+    LibraryRule rule;
+    std::string_view glsl; ///< what does the same in GLSL; a name with "cg_" is a helper of ours
+};
+
+/// The function of that name; null: there is none. Those of textures are not among them.
+const LibraryFunction* findLibrary(std::string_view name);
+
+/// What the name of a texture function asks for.
+struct TextureCall {
+    enum class Form : uint8_t { Plain, Projective, Biased, Level, Fetch, Size };
+
+    SamplerKind sampler;
+    Form form;
+
+    /// Numbers in a plain coordinate.
+    unsigned dimensions() const;
+};
+
+std::optional<TextureCall> parseTextureCall(std::string_view name);
+
+} // namespace orlocg

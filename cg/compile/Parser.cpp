@@ -1,0 +1,736 @@
+#include "compile/Parser.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace orlocg {
+
+namespace {
+
+constexpr int kDeepest = 200;
+constexpr uint32_t kLongestArray = 65536;
+constexpr uint64_t kMostLeaves = 262144;
+
+struct Operator {
+    std::string_view spelling;
+    int precedence;
+};
+constexpr std::array<Operator, 18> kOperators = {{{"*", 10},
+                                                  {"/", 10},
+                                                  {"%", 10},
+                                                  {"+", 9},
+                                                  {"-", 9},
+                                                  {"<<", 8},
+                                                  {">>", 8},
+                                                  {"<", 7},
+                                                  {">", 7},
+                                                  {"<=", 7},
+                                                  {">=", 7},
+                                                  {"==", 6},
+                                                  {"!=", 6},
+                                                  {"&", 5},
+                                                  {"^", 4},
+                                                  {"|", 3},
+                                                  {"&&", 2},
+                                                  {"||", 1}}};
+
+constexpr std::array<std::string_view, 11> kAssignments = {
+    "=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "<<=", ">>="};
+
+constexpr std::array<std::string_view, 19> kReserved = {
+    "if",    "else",   "for",     "while",   "do",      "return", "break", "continue", "discard", "struct",
+    "const", "static", "uniform", "varying", "typedef", "in",     "out",   "inout",    "packed"};
+
+template <size_t kCount>
+bool isOneOf(const Token& token, const std::array<std::string_view, kCount>& words) {
+    return token.kind != TokenKind::String &&
+           std::find(words.begin(), words.end(), token.text) != words.end();
+}
+
+bool isSame(const StructType& a, const StructType& b) {
+    return std::equal(a.members.begin(), a.members.end(), b.members.begin(), b.members.end(),
+                      [](const Member& x, const Member& y) {
+                          return x.name == y.name && x.type == y.type && x.semantic == y.semantic;
+                      });
+}
+
+} // namespace
+
+Parser::Parser(std::vector<Token> tokens, Program& program, Diagnostics& diagnostics)
+    : fTokens(std::move(tokens)), fProgram(program), fDiagnostics(diagnostics) {
+    Token end;
+    if (!fTokens.empty())
+        end.at = fTokens.back().at;
+    fTokens.push_back(end);
+}
+
+Parser::Nesting::Nesting(Parser& parser) : fParser(parser) {
+    if (++parser.fDepth > kDeepest) {
+        --parser.fDepth;
+        parser.fDiagnostics.fail(parser.peek().at, "this is nested too deep");
+    }
+}
+
+void Parser::parse() {
+    while (peek().kind != TokenKind::End)
+        external();
+}
+
+// Tokens.
+
+const Token& Parser::peek(size_t ahead) const {
+    return fTokens[std::min(fNext + ahead, fTokens.size() - 1)];
+}
+
+Token Parser::take() {
+    const Token token = peek();
+    if (fNext + 1 < fTokens.size())
+        ++fNext;
+    return token;
+}
+
+bool Parser::takeIf(std::string_view spelling) {
+    if (!peek().is(spelling))
+        return false;
+    take();
+    return true;
+}
+
+void Parser::expect(std::string_view spelling, const char* after) {
+    if (takeIf(spelling))
+        return;
+    const bool atEnd = peek().kind == TokenKind::End;
+    fDiagnostics.fail(peek().at, "'" + std::string(spelling) + "' is missing " + after + ", before " +
+                                     (atEnd ? "the end of the source" : inQuotes(peek().text)));
+}
+
+std::string Parser::takeName(const char* what) {
+    if (!peek().isName() || isOneOf(peek(), kReserved))
+        unexpected(what);
+    return std::string(take().text);
+}
+
+void Parser::unexpected(const char* wanted) {
+    const bool atEnd = peek().kind == TokenKind::End;
+    fDiagnostics.fail(peek().at, std::string(wanted) + " is wanted, and there is " +
+                                     (atEnd ? "the end of the source" : inQuotes(peek().text)));
+}
+
+// Types and declarations.
+
+const Type* Parser::typeNamed(std::string_view name) const {
+    const auto found = fProgram.typeNames.find(name);
+    return found != fProgram.typeNames.end() ? found->second : fProgram.types.named(name);
+}
+
+Parser::Qualifiers Parser::qualifiers() {
+    Qualifiers found;
+    for (;;) {
+        if (takeIf("uniform"))
+            found.isUniform = true;
+        else if (takeIf("varying"))
+            found.isVarying = true;
+        else if (takeIf("const"))
+            found.isConst = true;
+        else if (takeIf("static"))
+            found.isStatic = true;
+        else if (takeIf("packed"))
+            found.isPacked = true;
+        else if (takeIf("typedef"))
+            found.isTypedef = true;
+        else if (takeIf("in"))
+            found.isIn = true;
+        else if (takeIf("out"))
+            found.isOut = true;
+        else if (takeIf("inout"))
+            found.isIn = found.isOut = true;
+        else if (!takeIf("inline") && !takeIf("extern") && !takeIf("volatile") && !takeIf("row_major") &&
+                 !takeIf("shared"))
+            return found;
+    }
+}
+
+const Type* Parser::type(Qualifiers& qualifiers) {
+    if (peek().is("struct"))
+        return structure();
+    if (!startsType())
+        unexpected("a type");
+    const Token name = take();
+    const Type* type = typeNamed(name.text);
+    if (name.is("unsigned") && startsType() && typeNamed(peek().text)->isInt())
+        take();
+    const Qualifiers more = this->qualifiers(); // "float const x"
+    qualifiers.isConst = qualifiers.isConst || more.isConst;
+    qualifiers.isUniform = qualifiers.isUniform || more.isUniform;
+    return peek().is("[") ? withDimensions(type, false) : type; // "float[2] x" as well as "float x[2]"
+}
+
+/// A struct, by its name or with its members.
+const Type* Parser::structure() {
+    const Token keyword = take();
+    const Nesting nesting(*this);
+    std::string name = peek().is("{") ? "struct" : takeName("the name of a struct");
+    if (!takeIf("{")) {
+        const auto found = fProgram.typeNames.find(name);
+        if (found == fProgram.typeNames.end())
+            fDiagnostics.fail(keyword.at, "there is no struct " + inQuotes(name));
+        return found->second;
+    }
+    StructType* made = fProgram.types.makeStruct(name);
+    const Type* type = fProgram.types.structure(made);
+    while (!takeIf("}")) {
+        if (takeIf(";"))
+            continue;
+        Qualifiers found = qualifiers();
+        const Type* base = this->type(found);
+        for (std::unique_ptr<Variable>& member : declarators(base, found)) {
+            if (made->find(member->name))
+                fDiagnostics.fail(member->at, "the struct has two members " + inQuotes(member->name));
+            made->members.push_back({member->name, member->type, member->semantic});
+        }
+        expect(";", "behind the member of a struct");
+    }
+    if (leavesOf(type) > kMostLeaves)
+        fDiagnostics.fail(keyword.at, "the struct is too large");
+    if (name == "struct")
+        return type;
+    const auto [known, isNew] =
+        fProgram.typeNames.emplace(name, type); // after its members: it can't hold itself
+    if (!isNew && !(known->second->isStruct() && isSame(*known->second->structure, *made)))
+        known->second = type;
+    return known->second; // headers say the same twice
+}
+
+/// Adds "[N]", each of which holds what follows it.
+const Type* Parser::withDimensions(const Type* element, bool isPacked) {
+    std::vector<uint32_t> lengths;
+    const Token at = peek();
+    while (takeIf("[")) {
+        lengths.push_back(peek().is("]") ? 0 : arrayLength());
+        expect("]", "behind the length of an array");
+        if (lengths.size() > 8)
+            fDiagnostics.fail(at.at, "an array of so many dimensions is not supported");
+    }
+    if (isPacked && element->isScalar() && !lengths.empty() && lengths.size() <= 2 &&
+        std::all_of(lengths.begin(), lengths.end(), [](uint32_t n) { return n >= 1 && n <= 4; }))
+        return fProgram.types.numeric(element->scalar, lengths.size() == 2 ? lengths[0] : 0, lengths.back());
+    for (size_t i = lengths.size(); i-- > 0;) {
+        element = fProgram.types.array(element, lengths[i]);
+        if (leavesOf(element) > kMostLeaves)
+            fDiagnostics.fail(at.at, "the array is too large");
+    }
+    return element;
+}
+
+uint32_t Parser::arrayLength() {
+    const Token at = peek();
+    const ExpressionPtr length = assignment();
+    const std::optional<double> value = constantOf(*length);
+    if (!value)
+        fDiagnostics.fail(at.at, "the length of an array has to be a constant");
+    if (!(*value >= 1 && *value <= kLongestArray) || *value != std::floor(*value))
+        fDiagnostics.fail(at.at, "the length of an array has to be a whole number from 1 to 65536");
+    return static_cast<uint32_t>(*value);
+}
+
+std::optional<double> Parser::constantOf(const Expression& e) const {
+    if (e.kind == Expression::Kind::Number)
+        return e.number;
+    if (e.kind == Expression::Kind::Name) {
+        const auto found = fConstants.find(e.text);
+        return found == fConstants.end() ? std::nullopt : std::optional(found->second);
+    }
+    std::vector<double> values;
+    for (const ExpressionPtr& operand : e.operands) {
+        const std::optional<double> value = constantOf(*operand);
+        if (!value)
+            return std::nullopt;
+        values.push_back(*value);
+    }
+    if (e.kind == Expression::Kind::Unary && e.text == "-")
+        return -values[0];
+    if (e.kind == Expression::Kind::Call && e.constructs && e.constructs->isScalar() && values.size() == 1)
+        return e.constructs->isInt() ? std::trunc(values[0]) : values[0];
+    if (e.kind != Expression::Kind::Binary)
+        return std::nullopt;
+    if (e.text == "+")
+        return values[0] + values[1];
+    if (e.text == "-")
+        return values[0] - values[1];
+    if (e.text == "*")
+        return values[0] * values[1];
+    if (e.text == "/" && values[1] != 0.0)
+        return std::trunc(values[0] / values[1]);
+    if (e.text == "%" && values[1] != 0.0)
+        return std::fmod(values[0], values[1]);
+    return std::nullopt;
+}
+
+std::string Parser::semanticIfAny() {
+    std::string semantic;
+    while (takeIf(":")) {
+        const std::string name = takeName("a semantic");
+        if (name != "register" && name != "packoffset") {
+            semantic = name;
+            continue;
+        }
+        expect("(", "behind 'register'");
+        const std::string place = takeName("a register");
+        expect(")", "behind a register");
+        if (semantic.empty())
+            semantic = place;
+    }
+    return semantic;
+}
+
+/// "< type name = value; ... >", which tools read.
+void Parser::skipAnnotation() {
+    if (!takeIf("<"))
+        return;
+    while (!takeIf(">")) {
+        if (peek().kind == TokenKind::End)
+            unexpected("'>'");
+        take();
+    }
+}
+
+std::unique_ptr<Variable> Parser::declarator(const Type* base, const Qualifiers& qualifiers) {
+    auto variable = std::make_unique<Variable>();
+    variable->at = peek().at;
+    variable->name = takeName("a name");
+    variable->type = withDimensions(base, qualifiers.isPacked);
+    variable->isUniform = qualifiers.isUniform;
+    variable->isVarying = qualifiers.isVarying;
+    variable->isConst = qualifiers.isConst;
+    variable->isStatic = qualifiers.isStatic;
+    if (qualifiers.isOut)
+        variable->direction = qualifiers.isIn ? Direction::InOut : Direction::Out;
+    variable->semantic = semanticIfAny();
+    skipAnnotation();
+    if (takeIf("="))
+        variable->initializer = initializer();
+    if (variable->isConst && variable->initializer && variable->type->isScalar())
+        if (const std::optional<double> value = constantOf(*variable->initializer))
+            fConstants[variable->name] = variable->type->isInt() ? std::trunc(*value) : *value;
+    return variable;
+}
+
+std::vector<std::unique_ptr<Variable>> Parser::declarators(const Type* base, const Qualifiers& qualifiers) {
+    std::vector<std::unique_ptr<Variable>> variables;
+    do
+        variables.push_back(declarator(base, qualifiers));
+    while (takeIf(","));
+    return variables;
+}
+
+void Parser::external() {
+    if (takeIf(";"))
+        return;
+    Qualifiers found = qualifiers();
+    const Type* base = type(found);
+    if (found.isTypedef) {
+        do {
+            const std::string name = takeName("the name of a type");
+            fProgram.typeNames[name] = withDimensions(base, found.isPacked);
+        } while (takeIf(","));
+        return expect(";", "behind a typedef");
+    }
+    if (takeIf(";"))
+        return;
+    if (peek().isName() && peek(1).is("(")) {
+        const Token name = take();
+        return function(base, name);
+    }
+    for (std::unique_ptr<Variable>& variable : declarators(base, found)) {
+        variable->isGlobal = true;
+        variable->isUniform =
+            variable->isUniform || !(variable->isStatic || variable->isConst || variable->isVarying);
+        fProgram.globals.push_back(std::move(variable));
+    }
+    expect(";", "behind a declaration");
+}
+
+std::unique_ptr<Variable> Parser::parameter() {
+    Qualifiers found = qualifiers();
+    const Type* base = type(found);
+    std::unique_ptr<Variable> variable;
+    if (peek().is(",") || peek().is(")")) { // without a name
+        variable = std::make_unique<Variable>();
+        variable->at = peek().at;
+        variable->type = base;
+    } else {
+        variable = declarator(base, found);
+    }
+    if (found.isOut && variable->direction == Direction::In)
+        variable->direction = Direction::Out;
+    variable->isParameter = true;
+    return variable;
+}
+
+void Parser::function(const Type* returns, const Token& name) {
+    auto made = std::make_unique<Function>();
+    made->name = name.text;
+    made->returns = returns;
+    made->at = name.at;
+    expect("(", "behind the name of a function");
+    if (peek().is("void") && peek(1).is(")"))
+        take();
+    while (!takeIf(")")) {
+        made->parameters.push_back(parameter());
+        if (!peek().is(")"))
+            expect(",", "behind a parameter");
+    }
+    made->semantic = semanticIfAny();
+    if (peek().is("{"))
+        made->body = block();
+    else
+        expect(";", "behind the declaration of a function");
+    fProgram.functions.push_back(std::move(made));
+}
+
+// Statements.
+
+std::unique_ptr<Statement> Parser::make(Statement::Kind kind) const {
+    auto made = std::make_unique<Statement>();
+    made->kind = kind;
+    made->at = peek().at;
+    return made;
+}
+
+std::unique_ptr<Statement> Parser::block() {
+    auto made = make(Statement::Kind::Block);
+    expect("{", "here");
+    while (!takeIf("}")) {
+        if (peek().kind == TokenKind::End)
+            fDiagnostics.fail(made->at, "this '{' has no '}'");
+        made->statements.push_back(statement());
+    }
+    return made;
+}
+
+bool Parser::startsDeclaration() const {
+    for (const char* word : {"const", "static", "uniform", "varying", "packed", "struct"})
+        if (peek().is(word))
+            return true;
+    if (!startsType())
+        return false;
+    size_t next = 1;
+    if (peek(next).is("["))
+        while (!peek(next).is(";") && peek(next).kind != TokenKind::End && !peek(next - 1).is("]"))
+            ++next;
+    return peek(next).isName(); // not "float3(1) * x;", nor a variable that has a type's name
+}
+
+std::unique_ptr<Statement> Parser::declaration() {
+    auto made = make(Statement::Kind::Declaration);
+    Qualifiers found = qualifiers();
+    const Type* base = type(found);
+    if (!peek().is(";"))
+        made->variables = declarators(base, found);
+    expect(";", "behind a declaration");
+    return made;
+}
+
+std::unique_ptr<Statement> Parser::statement() {
+    const Nesting nesting(*this);
+    if (peek().is("{"))
+        return block();
+    if (startsDeclaration())
+        return declaration();
+    if (peek().is("for") || peek().is("while") || peek().is("do"))
+        return loop();
+    auto made = make(Statement::Kind::Expression);
+    if (takeIf(";")) {
+        made->kind = Statement::Kind::Block;
+        return made;
+    }
+    if (takeIf("if")) {
+        made->kind = Statement::Kind::If;
+        expect("(", "behind 'if'");
+        made->condition = expression();
+        expect(")", "behind the condition of 'if'");
+        made->statements.push_back(statement());
+        made->hasElse = takeIf("else");
+        if (made->hasElse)
+            made->statements.push_back(statement());
+        return made;
+    }
+    if (takeIf("return")) {
+        made->kind = Statement::Kind::Return;
+        if (!peek().is(";"))
+            made->condition = expression();
+    } else if (takeIf("break")) {
+        made->kind = Statement::Kind::Break;
+    } else if (takeIf("continue")) {
+        made->kind = Statement::Kind::Continue;
+    } else if (takeIf("discard")) {
+        made->kind = Statement::Kind::Discard;
+        if (!peek().is(";")) // "discard condition"
+            made->condition = expression();
+    } else {
+        made->condition = expression();
+    }
+    expect(";", "behind a statement");
+    return made;
+}
+
+std::unique_ptr<Statement> Parser::loop() {
+    auto made = make(Statement::Kind::While);
+    if (takeIf("do")) {
+        made->kind = Statement::Kind::DoWhile;
+        made->statements.push_back(statement());
+        expect("while", "behind the body of 'do'");
+        expect("(", "behind 'while'");
+        made->condition = expression();
+        expect(")", "behind the condition of 'while'");
+        expect(";", "behind a statement");
+        return made;
+    }
+    if (takeIf("while")) {
+        expect("(", "behind 'while'");
+        made->condition = expression();
+        expect(")", "behind the condition of 'while'");
+        made->statements.push_back(statement());
+        return made;
+    }
+    take();
+    made->kind = Statement::Kind::For;
+    expect("(", "behind 'for'");
+    if (!takeIf(";")) {
+        made->hasInit = true;
+        if (startsDeclaration()) {
+            made->statements.push_back(declaration());
+        } else {
+            auto init = make(Statement::Kind::Expression);
+            init->condition = expression();
+            made->statements.push_back(std::move(init));
+            expect(";", "behind the start of 'for'");
+        }
+    }
+    if (!peek().is(";"))
+        made->condition = expression();
+    expect(";", "behind the condition of 'for'");
+    if (!peek().is(")"))
+        made->step = expression();
+    expect(")", "behind the step of 'for'");
+    made->statements.push_back(statement());
+    return made;
+}
+
+// Expressions.
+
+ExpressionPtr Parser::make(Expression::Kind kind, const Token& at) const {
+    auto made = std::make_unique<Expression>();
+    made->kind = kind;
+    made->at = at.at;
+    made->text = at.text;
+    return made;
+}
+
+/// What works on trees later does it by recursion.
+void Parser::adopt(Expression& parent, ExpressionPtr operand) const {
+    constexpr int kDeepestTree = 600;
+    parent.depth = std::max(parent.depth, operand->depth + 1);
+    if (parent.depth > kDeepestTree)
+        fDiagnostics.fail(parent.at, "this expression has too many parts; keep some of them in variables");
+    parent.operands.push_back(std::move(operand));
+}
+
+ExpressionPtr Parser::expression() {
+    ExpressionPtr left = assignment();
+    while (peek().is(",")) {
+        ExpressionPtr both = make(Expression::Kind::Binary, take());
+        adopt(*both, std::move(left));
+        adopt(*both, assignment());
+        left = std::move(both);
+    }
+    return left;
+}
+
+ExpressionPtr Parser::assignment() {
+    const Nesting nesting(*this);
+    ExpressionPtr left = choice();
+    if (!isOneOf(peek(), kAssignments))
+        return left;
+    ExpressionPtr made = make(Expression::Kind::Binary, take());
+    adopt(*made, std::move(left));
+    adopt(*made, made->text == "=" && peek().is("{") ? initializer() : assignment());
+    return made;
+}
+
+ExpressionPtr Parser::choice() {
+    ExpressionPtr condition = binary(1);
+    if (!peek().is("?"))
+        return condition;
+    ExpressionPtr made = make(Expression::Kind::Choice, take());
+    adopt(*made, std::move(condition));
+    adopt(*made, assignment());
+    expect(":", "in '? :'");
+    adopt(*made, assignment());
+    return made;
+}
+
+ExpressionPtr Parser::binary(int least) {
+    ExpressionPtr left = unary();
+    for (;;) {
+        const auto found = std::find_if(kOperators.begin(), kOperators.end(),
+                                        [&](const Operator& each) { return peek().is(each.spelling); });
+        if (found == kOperators.end() || found->precedence < least)
+            return left;
+        ExpressionPtr made = make(Expression::Kind::Binary, take());
+        adopt(*made, std::move(left));
+        adopt(*made, binary(found->precedence + 1));
+        left = std::move(made);
+    }
+}
+
+ExpressionPtr Parser::unary() {
+    const Nesting nesting(*this);
+    for (const char* op : {"-", "+", "!", "~", "++", "--"}) {
+        if (!peek().is(op))
+            continue;
+        ExpressionPtr made = make(Expression::Kind::Unary, take());
+        adopt(*made, unary());
+        return made->text == "+" ? std::move(made->operands[0]) : std::move(made);
+    }
+    if (peek().is("(") && startsType(1) && !peek(2).is("(")) { // a cast, unless it is "(float3(1) ...)"
+        const Token at = take();
+        Qualifiers found;
+        const Type* type = this->type(found);
+        expect(")", "behind the type of a cast");
+        ExpressionPtr made = make(Expression::Kind::Call, at);
+        made->constructs = type;
+        made->isCast = true;
+        adopt(*made, unary());
+        return made;
+    }
+    return postfix();
+}
+
+ExpressionPtr Parser::postfix() {
+    ExpressionPtr left = primary();
+    for (;;) {
+        if (peek().is("[")) {
+            ExpressionPtr made = make(Expression::Kind::Index, take());
+            adopt(*made, std::move(left));
+            adopt(*made, expression());
+            expect("]", "behind an index");
+            left = std::move(made);
+        } else if (takeIf(".")) {
+            if (!peek().isName())
+                unexpected("a member");
+            ExpressionPtr made = make(Expression::Kind::Member, take());
+            adopt(*made, std::move(left));
+            left = std::move(made);
+        } else if (peek().is("++") || peek().is("--")) {
+            const Token op = take();
+            ExpressionPtr made = make(Expression::Kind::Unary, op);
+            made->text = op.is("++") ? "p++" : "p--";
+            adopt(*made, std::move(left));
+            left = std::move(made);
+        } else {
+            return left;
+        }
+    }
+}
+
+void Parser::arguments(Expression& call) {
+    expect("(", "before arguments");
+    while (!takeIf(")")) {
+        adopt(call, assignment());
+        if (!peek().is(")"))
+            expect(",", "behind an argument");
+    }
+}
+
+ExpressionPtr Parser::construct(const Type* type, const Token& at) {
+    ExpressionPtr made = make(Expression::Kind::Call, at);
+    made->constructs = type;
+    arguments(*made);
+    return made;
+}
+
+ExpressionPtr Parser::primary() {
+    if (takeIf("(")) {
+        ExpressionPtr inner = expression();
+        expect(")", "behind an expression in brackets");
+        return inner;
+    }
+    if (peek().kind == TokenKind::Number)
+        return number();
+    if (!peek().isName() || isOneOf(peek(), kReserved))
+        unexpected("an expression");
+    const Token name = peek();
+    const bool isType = startsType() && (peek(1).is("(") || peek(1).is("["));
+    if (isType) {
+        Qualifiers none;
+        return construct(type(none), name);
+    }
+    take();
+    if (peek().is("(")) {
+        ExpressionPtr made = make(Expression::Kind::Call, name);
+        arguments(*made);
+        return made;
+    }
+    ExpressionPtr made = make(Expression::Kind::Name, name);
+    if (name.is("true") || name.is("false")) {
+        made->kind = Expression::Kind::Number;
+        made->number = name.is("true") ? 1.0 : 0.0;
+        made->type = fProgram.types.scalar(Scalar::Bool);
+    }
+    return made;
+}
+
+ExpressionPtr Parser::number() {
+    const Token token = take();
+    ExpressionPtr made = make(Expression::Kind::Number, token);
+    std::string_view text = token.text;
+    const char* const end = text.data() + text.size();
+    const char* stopped = nullptr;
+    Scalar scalar = Scalar::Int;
+    if (text.starts_with("0x") || text.starts_with("0X")) {
+        unsigned long long value = 0;
+        const auto result = std::from_chars(text.data() + 2, end, value, 16);
+        made->number = static_cast<double>(static_cast<int32_t>(value));
+        stopped = result.ec == std::errc() ? result.ptr : text.data();
+    } else {
+        const auto result = std::from_chars(text.data(), end, made->number);
+        stopped = result.ec == std::errc::invalid_argument ? text.data() : result.ptr;
+        if (result.ec == std::errc::result_out_of_range)
+            made->number = text.find("e-") != text.npos || text.find("E-") != text.npos ? 0.0 : 1e38;
+        if (text.find_first_of(".eE") != text.npos)
+            scalar = Scalar::Float;
+    }
+    const std::string_view suffix(stopped, static_cast<size_t>(end - stopped));
+    if (suffix == "f" || suffix == "F")
+        scalar = Scalar::Float;
+    else if (suffix == "h" || suffix == "H")
+        scalar = Scalar::Half;
+    else if (suffix == "x" || suffix == "X")
+        scalar = Scalar::Fixed;
+    else if (suffix == "d" || suffix == "D")
+        scalar = Scalar::Double;
+    else if (!suffix.empty() && !(scalar == Scalar::Int && suffix.find_first_not_of("uUlL") == suffix.npos))
+        fDiagnostics.fail(token.at, inQuotes(token.text) + " is no number");
+    if (scalar == Scalar::Int && std::abs(made->number) > 4294967295.0)
+        scalar = Scalar::Float;
+    made->type = fProgram.types.scalar(scalar);
+    return made;
+}
+
+ExpressionPtr Parser::initializer() {
+    if (!peek().is("{"))
+        return assignment();
+    const Nesting nesting(*this);
+    ExpressionPtr list = make(Expression::Kind::List, take());
+    while (!takeIf("}")) {
+        adopt(*list, initializer());
+        if (!peek().is("}"))
+            expect(",", "in a list of values");
+    }
+    return list;
+}
+
+} // namespace orlocg

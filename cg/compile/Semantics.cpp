@@ -1,0 +1,144 @@
+#include "compile/Semantics.h"
+
+#include <cctype>
+
+namespace orlocg {
+
+namespace {
+
+std::string numbered(const char* name, int index) {
+    return std::string(name) + std::to_string(index);
+}
+
+std::string indexed(const char* name, int index) {
+    return std::string(name) + "[" + std::to_string(index) + "]";
+}
+
+constexpr int kTexCoords = 8;
+
+/// Generic attributes that are GL's own by another name: as the assembly profiles have always laid them out.
+Slot genericSlot(int index) {
+    switch (index) {
+    case 0:
+        return {"gl_Vertex"};
+    case 2:
+        return {"gl_Normal", 3};
+    case 3:
+        return {"gl_Color"};
+    case 4:
+        return {"gl_SecondaryColor"};
+    case 5:
+        return {"gl_FogCoord", 1};
+    default:
+        break;
+    }
+    if (index >= 8 && index < 8 + kTexCoords)
+        return {numbered("gl_MultiTexCoord", index - 8)};
+    if (index == 1 || index == 6 || index == 7)
+        return {numbered("cg_attribute", index), 4, index};
+    return {};
+}
+
+/// What goes from one program to the other beyond GL's own.
+Slot declaredSlot(const Semantic& s) {
+    if (s.name == "VARYING")
+        return {numbered("cg_varying", s.number()), 4, -1, true};
+    if ((s.name == "TEXCOORD" || s.name == "TEX") && s.number() < 32)
+        return {numbered("cg_texcoord", s.number()), 4, -1, true};
+    return {};
+}
+
+Slot vertexInput(const Semantic& s) {
+    const int n = s.number();
+    if (s.name == "POSITION" && n == 0)
+        return {"gl_Vertex"};
+    if (s.name == "NORMAL" || s.name == "NRML")
+        return {"gl_Normal", 3};
+    if (s.name == "DIFFUSE" || ((s.name == "COLOR" || s.name == "COL") && n == 0))
+        return {"gl_Color"};
+    if (s.name == "SPECULAR" || ((s.name == "COLOR" || s.name == "COL") && n == 1))
+        return {"gl_SecondaryColor"};
+    if (s.name == "FOGCOORD" || s.name == "FOG")
+        return {"gl_FogCoord", 1};
+    if (s.name == "TANGENT")
+        return {"gl_MultiTexCoord6"};
+    if (s.name == "BINORMAL")
+        return {"gl_MultiTexCoord7"};
+    if (s.name == "BLENDWEIGHT")
+        return genericSlot(1);
+    if (s.name == "PSIZE" || s.name == "PSIZ")
+        return genericSlot(6);
+    if (s.name == "BLENDINDICES")
+        return genericSlot(7);
+    if (s.name == "ATTR")
+        return genericSlot(n);
+    return {};
+}
+
+Slot fragmentInput(const Semantic& s) {
+    const int n = s.number();
+    if (s.name == "WPOS" || s.name == "POSITION" || s.name == "VPOS" || s.name == "HPOS")
+        return {"gl_FragCoord"};
+    if ((s.name == "COLOR" || s.name == "COL") && n == 0)
+        return {"gl_Color"};
+    if ((s.name == "COLOR" || s.name == "COL") && n == 1)
+        return {"gl_SecondaryColor"};
+    if (s.name == "FOG" || s.name == "FOGC" || s.name == "FOGP")
+        return {"gl_FogFragCoord", 1};
+    if (s.name == "FACE")
+        return {"(gl_FrontFacing ? 1.0 : -1.0)", 1};
+    return {};
+}
+
+} // namespace
+
+Semantic::Semantic(const std::string& text) {
+    size_t digits = text.size();
+    while (digits > 0 && std::isdigit(static_cast<unsigned char>(text[digits - 1])) != 0)
+        --digits;
+    for (const char c : text.substr(0, digits))
+        name += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    if (digits < text.size() && text.size() - digits < 4)
+        index = std::stoi(text.substr(digits));
+}
+
+int texCoordOf(const Semantic& semantic) {
+    const bool is = semantic.name == "TEXCOORD" || semantic.name == "TEX";
+    return is && semantic.number() < kTexCoords ? semantic.number() : -1;
+}
+
+Slot inputSlot(Stage stage, const Semantic& semantic) {
+    if (const int unit = texCoordOf(semantic); unit >= 0)
+        return {stage == Stage::Vertex ? numbered("gl_MultiTexCoord", unit) : indexed("gl_TexCoord", unit)};
+    const Slot own = stage == Stage::Vertex ? vertexInput(semantic) : fragmentInput(semantic);
+    return own.glsl.empty() && stage == Stage::Fragment ? declaredSlot(semantic) : own;
+}
+
+Slot outputSlot(Stage stage, const Semantic& s) {
+    const int n = s.number();
+    const bool isColor = s.name == "COLOR" || s.name == "COL";
+    if (stage == Stage::Fragment) {
+        if (isColor && n < 8)
+            return {indexed("gl_FragData", n)};
+        if (s.name == "DEPTH" || s.name == "DEPR")
+            return {"gl_FragDepth", 1};
+        return {};
+    }
+    if (const int unit = texCoordOf(s); unit >= 0)
+        return {indexed("gl_TexCoord", unit)};
+    if (s.name == "POSITION" || s.name == "HPOS")
+        return {"gl_Position"};
+    if (isColor && n < 2)
+        return {n == 0 ? "gl_FrontColor" : "gl_FrontSecondaryColor"};
+    if (s.name == "BCOL" && n < 2)
+        return {n == 0 ? "gl_BackColor" : "gl_BackSecondaryColor"};
+    if (s.name == "FOG" || s.name == "FOGC")
+        return {"gl_FogFragCoord", 1};
+    if (s.name == "PSIZE" || s.name == "PSIZ" || s.name == "PSIZE")
+        return {"gl_PointSize", 1};
+    if (s.name == "CLP" && n < 6)
+        return {indexed("gl_ClipDistance", n), 1};
+    return declaredSlot(s);
+}
+
+} // namespace orlocg

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "compile/Type.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orlocg {
+
+/// A piece of GL's state as a program reads it.
+struct State {
+    std::string glsl;
+    unsigned rows = 0; ///< of a matrix
+    unsigned columns = 0;
+};
+
+/// What "matrix.mvp" or "light[0].diffuse", written behind "glstate.", stands for. Nothing: there is none.
+std::optional<State> stateOf(std::string_view path);
+
+} // namespace orlocg

@@ -1,0 +1,121 @@
+// orlocg: compiles a Cg program and prints the GLSL.
+
+#include "compile/Compiler.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <optional>
+
+namespace {
+
+using namespace orlocg;
+
+enum ExitCode { kDone = 0, kUsage = 1, kDoesNotCompile = 2, kNoInput = 3, kNotWritten = 4, kOurFault = 70 };
+
+std::optional<std::string> readAll(const std::string& path) {
+    if (path == "-")
+        return std::string(std::istreambuf_iterator<char>(std::cin), {});
+    std::ifstream file(path, std::ios::binary);
+    std::string text(std::istreambuf_iterator<char>(file), {});
+    return file.good() || file.eof() ? std::optional(std::move(text)) : std::nullopt;
+}
+
+const char* nameOf(Direction direction) {
+    return direction == Direction::In ? "in" : (direction == Direction::Out ? "out" : "inout");
+}
+
+/// A line for each parameter, and for each part of it that has a value of its own.
+void printParameters(const CompiledProgram& program) {
+    std::printf("%-32s %-16s %-8s %-6s %-12s %s\n", "parameter", "type", "kind", "way", "semantic", "GLSL");
+    for (const Parameter& parameter : program.parameters) {
+        const Variable& variable = *parameter.variable;
+        const bool isUniform = !parameter.leaves.empty() || variable.isUniform;
+        std::printf("%-32s %-16s %-8s %-6s %-12s %s\n", variable.name.c_str(), nameOf(variable.type).c_str(),
+                    isUniform ? "uniform" : "varying", nameOf(variable.direction),
+                    variable.semantic.empty() ? "-" : variable.semantic.c_str(),
+                    parameter.leaves.size() == 1 && parameter.leaves[0].path == variable.name
+                        ? parameter.leaves[0].glsl.c_str()
+                        : "-");
+        for (const Leaf& leaf : parameter.leaves)
+            if (leaf.path != variable.name)
+                std::printf("  %-30s %-16s %-8s %-6s %-12s %s\n", leaf.path.c_str(),
+                            nameOf(leaf.type).c_str(), "uniform", "in", "-", leaf.glsl.c_str());
+    }
+}
+
+int run(int argc, char** argv) {
+    CompileOptions options;
+    std::string file;
+    std::string stage = "fragment";
+    std::string output;
+    bool parameters = false;
+    CLI::App app("Compiles a Cg program and prints GLSL that OpenGL's compatibility contexts take.",
+                 "orlocg");
+    app.add_option("file", file, "The program; - for standard input")->required()->type_name("FILE");
+    app.add_option("--entry", options.entry, "The function to begin with, main unless given")
+        ->type_name("NAME");
+    app.add_option("--stage", stage, "What it is run for, fragments unless given")
+        ->check(CLI::IsMember({"vertex", "fragment"}))
+        ->type_name("vertex|fragment");
+    app.add_option("-I", options.preprocess.includeFolders, "Look for included files here")
+        ->type_name("DIR")
+        ->allow_extra_args(false);
+    app.add_option("-D", options.preprocess.defines, "Define a macro")
+        ->type_name("NAME[=VALUE]")
+        ->allow_extra_args(false);
+    app.add_option("-o,--output", output, "Write the GLSL here")->type_name("FILE");
+    app.add_flag("--params", parameters, "Print a table of the parameters instead");
+    app.add_flag("--posinv", options.isPositionInvariant,
+                 "Let the position be that of OpenGL's own functions");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kDone : kUsage;
+    }
+    const std::optional<std::string> source = readAll(file);
+    if (!source) {
+        std::fprintf(stderr, "orlocg: %s: it can't be read; check the name\n", file.c_str());
+        return kNoInput;
+    }
+    options.stage = stage == "vertex" ? Stage::Vertex : Stage::Fragment;
+    options.fileName = file;
+    std::string listing;
+    const std::unique_ptr<CompiledProgram> program = compile(*source, options, listing);
+    std::fputs(listing.c_str(), stderr);
+    if (!program)
+        return kDoesNotCompile;
+    if (parameters) {
+        printParameters(*program);
+        return kDone;
+    }
+    if (output.empty()) {
+        std::fputs(program->glsl.c_str(), stdout);
+        return kDone;
+    }
+    std::ofstream written(output, std::ios::binary);
+    written << program->glsl;
+    written.close();
+    if (!written) {
+        std::fprintf(stderr, "orlocg: %s: it could not be written\n", output.c_str());
+        return kNotWritten;
+    }
+    return kDone;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& fault) {
+        std::fprintf(stderr, "orlocg: an unexpected fault: %s; please report it with the program\n",
+                     fault.what());
+        return kOurFault;
+    }
+}

@@ -1,0 +1,191 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "compile/Compiler.h"
+
+namespace {
+
+using namespace orlocg;
+using testing::HasSubstr;
+
+struct Result {
+    std::unique_ptr<CompiledProgram> program;
+    std::string listing;
+};
+
+Result compiled(const std::string& source, Stage stage = Stage::Fragment) {
+    CompileOptions options;
+    options.stage = stage;
+    options.fileName = "a.cg";
+    Result result;
+    result.program = compile(source, options, result.listing);
+    return result;
+}
+
+/// What is wrong with a statement of a program, on its third line.
+struct Refusal {
+    const char* statement;
+    const char* message;
+};
+
+TEST(Compiler, refusesWhatHasTheWrongType) {
+    const Refusal refusals[] = {
+        {"float x = y;", "no variable 'y'"},
+        {"y = 1;", "no variable 'y'"},
+        {"float x = f(1);", "no function 'f'"},
+        {"float x; float x;", "a variable 'x' here already"},
+        {"float3 x = float2(1, 2);", "float2 can't be made one"},
+        {"float4 x = v.xyz;", "float3 can't be made one"},
+        {"float x = s;", "sampler2D can't be made one"},
+        {"S x = 1;", "int can't be made one"},
+        {"float x = t;", "S can't be made one"},
+        {"float3 x = float3(1, 2);", "made of 3 numbers, and there are 2"},
+        {"float3 x = float3(1, 2, 3, 4);", "made of 3 numbers, and there are 4"},
+        {"float2x2 x = float2x2(1, 2, 3);", "made of 4 numbers"},
+        {"float3x3 x = m2;", "float2x2 can't be made one"},
+        {"float2x2 x = float3x3(v.xyz, v.xyz);", "made of 9 numbers"},
+        {"float x = v.q;", "picks nothing"},
+        {"float x = v.xg;", "picks nothing"},
+        {"float x = v.xyzwx;", "picks nothing"},
+        {"float2 a; float x = a.z;", "float2 has no component"},
+        {"float2 a; a.xx = 1;", "can't be assigned to"},
+        {"float x = m._m20;", "has no element"},
+        {"float x = m._m0;", "picks nothing"},
+        {"float x = m2._11_33;", "has no element '_33'"},
+        {"float x = t.nothing;", "no member 'nothing'"},
+        {"float x = s.size;", "has no members"},
+        {"1 = 2;", "can't be assigned to"},
+        {"v + v = v;", "can't be assigned to"},
+        {"const float c = 1; c = 2;", "can't be assigned to"},
+        {"float x = v[4];", "outside float4"},
+        {"float x = a[-1];", "outside float[3]"},
+        {"float x = a[3];", "outside float[3]"},
+        {"float x = a[v];", "an index has to be a single number"},
+        {"float x = s[0];", "has no elements"},
+        {"float x; x[0] = 1;", "has no elements"},
+        {"float x = v + m;", "mul(...)"},
+        {"float3x3 n; float x = n * m2 == 1;", "compare"},
+        {"float x = t + 1;", "has to be numbers, and is S"},
+        {"float x = -s;", "has to be numbers"},
+        {"bool b; b++;", "a bool can't be counted"},
+        {"5++;", "can't be assigned to"},
+        {"if (v) ;", "the condition of 'if' has to be a single value"},
+        {"while (t) ;", "the condition of 'while'"},
+        {"for (; m;) ;", "the condition of 'for'"},
+        {"float x = t ? 1 : 2;", "the condition of '? :'"},
+        {"float x = 1 ? t : 2;", "can't choose between S and int"},
+        {"float x = v.xy > 0 ? v.xyz : v.xyz;", "can't choose among"},
+        {"break;", "outside a loop"},
+        {"continue;", "outside a loop"},
+        {"return;", "'return' needs a value"},
+        {"return s;", "sampler2D can't be made one"},
+        {"nothing(); float x = nothing();", "void can't be made one"},
+        {"void x;", "can't be of the type void"},
+        {"two(1);", "no function 'two' takes (int)"},
+        {"two(1, 2, 3);", "no function 'two' takes"},
+        {"two(t, 1);", "no function 'two' takes (S, int)"},
+        {"fill(1);", "no function 'fill' takes"},
+        {"declared(1);", "has no body"},
+        {"float x = dot(v);", "takes 2 arguments, and is given 1"},
+        {"float x = sin();", "takes 1 arguments, and is given 0"},
+        {"float x = sin(s);", "has to be numbers"},
+        {"float3 x = cross(v.xy, v.xy);", "float2 can't be made one"},
+        {"float x = determinant(v);", "takes a matrix"},
+        {"float x = determinant(m23);", "has no determinant"},
+        {"float4 x = transpose(v);", "takes a matrix"},
+        {"float4 x = mul(m, m);", "mul can't multiply"},
+        {"float4 x = mul(v.xyz, v);", "mul can't multiply"},
+        {"float4 x = mul(m, v.xy);", "mul can't multiply"},
+        {"float x = sin(m);", "takes no matrix"},
+        {"float x; sincos(v.x, 1, x);", "can't be assigned to"},
+        {"float4 x = tex2D(v, v.xy);", "takes sampler2D, and is given float4"},
+        {"float4 x = tex3D(s, v.xyz);", "takes sampler3D, and is given sampler2D"},
+        {"float4 x = tex2D(s);", "takes 2 to 5 arguments"},
+        {"float4 x = tex2D(s, v.x);", "takes float2"},
+        {"float4 x = tex2Dlod(s, v.xyz);", "takes float4"},
+        {"float x = glstate.matrix.nonsense;", "no state glstate.matrix.nonsense"},
+        {"float a[2] = {1, 2, 3};", "more values"},
+        {"float a[3] = {1, 2};", "too few values"},
+        {"float2 a = {1, 2, 3};", "more values"},
+        {"float a[];", "neither a length nor values"},
+        {"float a[v.x];", "has to be a constant"},
+        {"float a[0];", "from 1 to 65536"},
+        {"float x = 1 2;", "';' is missing"},
+        {"float x = (1;", "')' is missing"},
+        {"float x = 1 +;", "an expression is wanted"},
+        {"float = 1;", "no variable 'float'"},
+        {"float x = 1e;", "is no number"},
+        {"float x = 12abc;", "is no number"},
+        {"int if = 1;", "is wanted"},
+        {"else ;", "an expression is wanted"},
+        {"struct { float y } q;", "';' is missing"},
+        {"missing x;", "';' is missing"},
+    };
+    EXPECT_GE(std::size(refusals), 80U);
+    for (const Refusal& refusal : refusals) {
+        const std::string source =
+            "struct S { float z; }; void nothing() {} float two(float a, float b) { return a; } void "
+            "fill(out float x) { x = 1; } float declared(float x);\n"
+            "float4 main(float4 v : TEXCOORD0, uniform sampler2D s, uniform S t, uniform float2x4 m, uniform "
+            "float2x2 m2, uniform float2x3 m23, uniform float a[3]) : COLOR {\n" +
+            std::string(refusal.statement) + "\nreturn 0; }";
+        const Result result = compiled(source);
+        EXPECT_EQ(result.program, nullptr) << refusal.statement;
+        EXPECT_THAT(result.listing, HasSubstr(refusal.message)) << refusal.statement;
+        EXPECT_THAT(result.listing, testing::MatchesRegex("(.*\n)*a\\.cg:3:[0-9]+: error: .*\n"))
+            << refusal.statement;
+    }
+}
+
+TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
+    EXPECT_THAT(compiled("float4 other() : COLOR { return 0; }").listing, HasSubstr("no function 'main'"));
+    EXPECT_THAT(compiled("float4 main();").listing, HasSubstr("no function 'main'"));
+    EXPECT_THAT(compiled("float4 main() : POSITION { discard; return 0; }", Stage::Vertex).listing,
+                HasSubstr("can't discard"));
+    EXPECT_THAT(compiled("void main(out float4 c[9] : COLOR) { }").listing, HasSubstr("no output COLOR8"));
+    EXPECT_THAT(compiled("float f(float x) { return f(x); } float4 main() : COLOR { return f(1); }").listing,
+                HasSubstr("calls itself"));
+}
+
+TEST(Compiler, looksOnlyAtWhatIsReached) {
+    const Result result =
+        compiled("float broken() { return nonsense; }\nfloat also(undeclared_sampler x);\n");
+    EXPECT_EQ(result.program, nullptr); // a type that isn't there can't even be parsed
+    EXPECT_THAT(result.listing,
+                HasSubstr("a.cg:2:12: error: a type is wanted, and there is 'undeclared_sampler'"));
+    EXPECT_NE(compiled("float broken() { return nonsense; }\nfloat4 main() : COLOR { return 1; };").program,
+              nullptr);
+}
+
+TEST(Compiler, warnsOfWhatIsCut) {
+    const Result result =
+        compiled("float4 main(float4 v : TEXCOORD0) : COLOR {\nfloat2 x = v;\nreturn x.xyxy; }");
+    EXPECT_NE(result.program, nullptr);
+    EXPECT_EQ(result.listing, "a.cg:2:12: warning: float4 is cut to float2\n");
+}
+
+TEST(Compiler, tellsOfItsParameters) {
+    const Result result = compiled("struct L { float3 c; sampler2D t; };\n"
+                                   "uniform float unused;\nuniform float2 scale[2] = {1, 2, 3, 4};\n"
+                                   "float4 main(float2 uv : TEXCOORD1, uniform L lights[2], uniform float k "
+                                   "= 0.5, out float d : DEPTH) : COLOR {\n"
+                                   "d = k; return tex2D(lights[1].t, uv * scale[1]) + lights[0].c.xyzz; }");
+    ASSERT_NE(result.program, nullptr) << result.listing;
+    std::string told;
+    for (const Parameter& parameter : result.program->parameters) {
+        told += parameter.variable->name + ":" + parameter.variable->semantic;
+        for (const Leaf& leaf : parameter.leaves)
+            told += " " + leaf.path + "=" + leaf.glsl;
+        for (const double value : parameter.initial)
+            told += " " + std::to_string(static_cast<int>(value * 10));
+        told += "\n";
+    }
+    EXPECT_EQ(told, "uv:TEXCOORD1\n"
+                    "lights: lights[0].c=lights[0].c lights[0].t=lights_0_t lights[1].c=lights[1].c "
+                    "lights[1].t=lights_1_t\n"
+                    "k: k=k 5\n"
+                    "d:DEPTH\n"
+                    "scale: scale=scale 10 20 30 40\n");
+}
+
+} // namespace
