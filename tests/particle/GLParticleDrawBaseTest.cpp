@@ -37,8 +37,10 @@ void polarTriples(unsigned short (&state)[3], float (&first)[3], float (&second)
             continue;
         const double s = sum;
         const float f = sqrtf(static_cast<float>(log(s) / s) * -2.0F);
-        for (int k = 0; k < 6; ++k)
-            (k % 2 ? first : second)[k / 2] = r[k] * f;
+        for (int k = 0; k < 3; ++k) {
+            second[k] = r[2 * k] * f;
+            first[k] = r[2 * k + 1] * f;
+        }
         return;
     }
 }

@@ -122,6 +122,26 @@ class Particles(ViewerProgram):
             for pixel in (self.pixels(table, *FRONT, *sprites), self.pixels(table, *FRONT, *sprites, "--shading", "fixed")):
                 self.assertEqual(pixel(0, 0), (188, 188, 0))  # half of each, in linear values
 
+    def test_what_lies_behind_depends_on_the_side(self):
+        table = self.write("s.csv", "x,y,z,scaleX,r,g,b,a\n0,0,2,4,1,0,0,0.5\n0,0,-2,4,0,1,0,0.5\n")
+        plain = self.write("plain.png", png([[(255, 255, 255, 255)]]))
+        result = self.run_viewer(
+            table, *FRONT, "--particles", "sprites", "--sprite-images", plain, "--turntable", "2", "-o", self.path("t.png")
+        )
+        self.assertEqual(result.returncode, 0, result.stderr)
+        middles = []
+        for name in ("t_001.png", "t_002.png"):
+            _, _, channels, rows = read_png(self.read(self.path(name)))
+            middles.append(tuple(rows[SIDE // 2][SIDE // 2 * channels :][:3]))
+        self.assertEqual(middles, [(188, 137, 0), (137, 188, 0)])  # a half, and a half of the half
+
+    def test_sprites_without_pictures_are_soft_spots(self):
+        pixel = self.pixels(self.write("s.csv", "x,y,z,scaleX\n0,0,0,8\n"), *FRONT, "--particles", "sprites")
+        self.assertGreater(pixel(0, 0)[0], 250)
+        self.assertEqual(pixel(39, 39), (0, 0, 0))
+        # (1 - r^2)^2 of white in linear values, a quarter of the way out along x
+        self.assertAlmostEqual(pixel(20, 0)[0], 255 * (1.055 * 0.5625 ** (1 / 2.4) - 0.055), delta=6)
+
     def test_streaks_fade_along_their_way(self):
         table = self.write("s.csv", f"x,y,z,vx,vy,vz,r,g,b\n4,0.05,0,{8 / (7 * 0.0333)},0,0,1,1,1\n")
         streaks = ("--particles", "streaks", "--point-size", "3")
@@ -136,12 +156,12 @@ class Particles(ViewerProgram):
         self.assertIn(b"vx, vy and vz", result.stderr)
 
     def test_lit_points_are_darker_than_their_colours(self):
-        table = self.write("one.txt", "x y z\n0 0 0\n")
+        table = self.write("one.txt", "x y z r g b\n0 0 0 1 0 1\n")
         points = (table, *FRONT, "--particles", "points", "--point-size", "10")
-        self.assertEqual(self.pixels(*points)(0, 0), (255, 255, 255))
-        lit = self.pixels(*points, "--lit")(0, 0)
-        self.assertTrue(all(100 < channel < 255 for channel in lit), lit)
-        self.assertEqual(self.pixels(*points, "--lit", "--no-lights")(0, 0), (255, 255, 255))
+        self.assertEqual(self.pixels(*points)(0, 0), (255, 0, 255))
+        red, green, blue = self.pixels(*points, "--lit")(0, 0)
+        self.assertTrue(100 < red < 255 and 100 < blue < 255 and green == 0, (red, green, blue))
+        self.assertEqual(self.pixels(*points, "--lit", "--no-lights")(0, 0), (255, 0, 255))
 
     def test_the_fountain_is_the_same_in_every_run_and_tile(self):
         small = ("--demo", "particles", "--size", "160x120", "--samples", "1")
