@@ -1,3 +1,4 @@
+#include "CgBench.h"
 #include "GroupBench.h"
 #include "ShaderBench.h"
 
@@ -99,6 +100,7 @@ int main() {
     measure("nothing/by hand", [] {});
     benchDrawGroup(1'000, "drawGroup, 1,000 groups");
     benchBindShader();
+    benchBindCgProgram();
     {
         GLFrameBuffer buffer;
         const koBufferFormat format(kRasterRGBA8, kRasterDepth24, kRasterNoStencil, kSamplingSingle,

@@ -29,7 +29,8 @@ if(TARGET orloview)
   set_target_properties(orloview PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_programs}")
 endif()
 
-install(TARGETS orlocg)
+install(TARGETS orlocg Cg CgGL)
+install(DIRECTORY cg/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.h)
 
 install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -68,9 +68,6 @@ Function& Checker::check(const std::string& entry) {
     if (!found)
         fDiagnostics.fail({}, "there is no function " + inQuotes(entry) + " with a body to begin with");
     checkFunction(*found);
-    for (const std::unique_ptr<Variable>& parameter : found->parameters)
-        if (parameter->isUniform)
-            parameter->isReferenced = true;
     return *found;
 }
 
@@ -383,6 +380,7 @@ void Checker::checkName(Expression& e) {
         e.variable = found->second;
         checkGlobal(*e.variable);
     }
+    e.variable->isReferenced = true;
     e.type = e.variable->type;
     e.isAssignable = !e.variable->isConst;
 }

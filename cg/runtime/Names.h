@@ -1,0 +1,30 @@
+#pragma once
+
+#include "compile/Semantics.h"
+
+#include <Cg/cg.h>
+
+#include <string>
+
+namespace orlocg {
+
+CGtype typeOf(const Type* type);
+std::string nameOf(CGtype type);
+CGtype typeNamed(const std::string& name);
+
+/// Where a uniform's or a varying value's semantic puts it; CG_UNDEFINED: nowhere.
+CGresource resourceOf(const Semantic& semantic, Stage stage, bool isOutput);
+std::string nameOf(CGresource resource);
+CGresource resourceNamed(const std::string& name);
+
+/// The first of the row that a resource is in.
+CGresource baseOf(CGresource resource);
+
+const char* nameOf(CGprofile profile);
+CGprofile profileNamed(const std::string& name);
+bool isVertexProfile(CGprofile profile);
+bool isKnown(CGprofile profile);
+
+const char* textOf(CGerror error);
+
+} // namespace orlocg

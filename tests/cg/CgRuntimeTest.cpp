@@ -1,0 +1,301 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <Cg/cg.h>
+
+#include <cstdio>
+#include <dlfcn.h>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr const char* kProgram = R"(
+struct Light { float3 color; sampler2D map; float weights[2]; };
+uniform float4 tint = {1, 0.5, 0.25, 1};
+uniform float unused;
+uniform float2x2 turn = float2x2(1, 2, 3, 4);
+void main(float2 uv : TEXCOORD2, float4 c[2] : TEXCOORD4, uniform Light lights[3], uniform sampler2D base : TEXUNIT5,
+          uniform float idle, uniform half3 gain = half3(1, 2, 3), out float4 color : COLOR, out float depth : DEPTH)
+{
+    color = tex2D(lights[1].map, uv) * tint * gain.xyzz + tex2D(base, turn[0]) * lights[0].weights[1] + c[1];
+    depth = 0.5;
+}
+)";
+
+int calls = 0;
+
+/// A context with the program above in it.
+class CgRuntime : public testing::Test {
+protected:
+    CgRuntime() : fContext(cgCreateContext()), fProgram(compiled(kProgram)) {}
+    ~CgRuntime() override {
+        cgSetErrorCallback(nullptr);
+        if (cgIsContext(fContext))
+            cgDestroyContext(fContext);
+        cgGetError();
+    }
+
+    CGprogram compiled(const char* source, CGprofile profile = CG_PROFILE_ARBFP1, const char* entry = "main",
+                       const char** args = nullptr) const {
+        return cgCreateProgram(fContext, CG_SOURCE, source, profile, entry, args);
+    }
+    CGparameter parameter(const char* name) const { return cgGetNamedParameter(fProgram, name); }
+
+    CGcontext fContext;
+    CGprogram fProgram;
+};
+
+TEST_F(CgRuntime, exportsItsInterfaceAndNothingElse) {
+    const char* const names[] = {"cgCreateContext",
+                                 "cgDestroyContext",
+                                 "cgIsContext",
+                                 "cgGetLastListing",
+                                 "cgCreateProgram",
+                                 "cgCreateProgramFromFile",
+                                 "cgCopyProgram",
+                                 "cgDestroyProgram",
+                                 "cgGetFirstProgram",
+                                 "cgGetNextProgram",
+                                 "cgGetProgramContext",
+                                 "cgIsProgram",
+                                 "cgCompileProgram",
+                                 "cgIsProgramCompiled",
+                                 "cgGetProgramString",
+                                 "cgGetProgramProfile",
+                                 "cgGetNamedParameter",
+                                 "cgGetFirstParameter",
+                                 "cgGetNextParameter",
+                                 "cgGetFirstLeafParameter",
+                                 "cgGetNextLeafParameter",
+                                 "cgGetFirstStructParameter",
+                                 "cgGetFirstDependentParameter",
+                                 "cgGetArrayParameter",
+                                 "cgGetArrayDimension",
+                                 "cgGetArraySize",
+                                 "cgGetParameterProgram",
+                                 "cgIsParameter",
+                                 "cgGetParameterName",
+                                 "cgGetParameterType",
+                                 "cgGetParameterSemantic",
+                                 "cgGetParameterResource",
+                                 "cgGetParameterBaseResource",
+                                 "cgGetParameterResourceIndex",
+                                 "cgGetParameterVariability",
+                                 "cgGetParameterDirection",
+                                 "cgIsParameterReferenced",
+                                 "cgGetParameterValues",
+                                 "cgGetTypeString",
+                                 "cgGetType",
+                                 "cgGetResourceString",
+                                 "cgGetResource",
+                                 "cgGetProfileString",
+                                 "cgGetProfile",
+                                 "cgGetError",
+                                 "cgGetErrorString",
+                                 "cgSetErrorCallback",
+                                 "cgGetErrorCallback"};
+    EXPECT_EQ(std::size(names), 48U);
+    void* library = dlopen("libCg.so", RTLD_LAZY | RTLD_NOLOAD);
+    ASSERT_NE(library, nullptr) << dlerror();
+    for (const char* name : names)
+        EXPECT_NE(dlsym(library, name), nullptr) << name;
+    EXPECT_EQ(dlsym(library, "_ZN6orlocg5raiseE7CGerror"), nullptr);
+    dlclose(library);
+}
+
+TEST_F(CgRuntime, ownsProgramsByContext) {
+    ASSERT_TRUE(cgIsContext(fContext));
+    ASSERT_TRUE(cgIsProgram(fProgram)) << cgGetLastListing(fContext);
+    EXPECT_EQ(cgGetProgramContext(fProgram), fContext);
+    const CGprogram second =
+        compiled("void main(float4 p : POSITION, out float4 o : POSITION) { o = p; }", CG_PROFILE_ARBVP1);
+    const CGprogram copy = cgCopyProgram(fProgram);
+    EXPECT_EQ(cgGetFirstProgram(fContext), fProgram);
+    EXPECT_EQ(cgGetNextProgram(fProgram), second);
+    EXPECT_EQ(cgGetNextProgram(second), copy);
+    EXPECT_EQ(cgGetNextProgram(copy), nullptr);
+    EXPECT_NE(cgGetNamedParameter(copy, "tint"), parameter("tint"));
+    EXPECT_EQ(cgGetProgramProfile(second), CG_PROFILE_ARBVP1);
+
+    const CGparameter tint = parameter("tint");
+    cgDestroyProgram(fProgram);
+    EXPECT_FALSE(cgIsProgram(fProgram) || cgIsParameter(tint));
+    EXPECT_EQ(cgGetFirstProgram(fContext), second);
+    const CGcontext other = cgCreateContext();
+    EXPECT_NE(other, fContext);
+    cgDestroyContext(fContext);
+    EXPECT_FALSE(cgIsContext(fContext) || cgIsProgram(second) || cgIsProgram(copy));
+    EXPECT_EQ(cgGetFirstProgram(other), nullptr);
+    EXPECT_EQ(cgGetError(), CG_NO_ERROR);
+    cgDestroyContext(other);
+}
+
+TEST_F(CgRuntime, compilesFromTextAndFile) {
+    EXPECT_TRUE(cgIsProgramCompiled(fProgram));
+    EXPECT_STREQ(cgGetLastListing(fContext), "");
+    EXPECT_STREQ(cgGetProgramString(fProgram, CG_PROGRAM_SOURCE), kProgram);
+    EXPECT_STREQ(cgGetProgramString(fProgram, CG_PROGRAM_ENTRY), "main");
+    EXPECT_STREQ(cgGetProgramString(fProgram, CG_PROGRAM_PROFILE), "arbfp1");
+    EXPECT_THAT(cgGetProgramString(fProgram, CG_COMPILED_PROGRAM), testing::HasSubstr("gl_FragDepth"));
+
+    EXPECT_EQ(compiled("float4 main() : COLOR {\n return x; }"), nullptr);
+    EXPECT_EQ(cgGetError(), CG_COMPILER_ERROR);
+    EXPECT_STREQ(cgGetLastListing(fContext), "program:2:9: error: there is no variable 'x'\n");
+
+    const char* args[] = {"-DX=float4(0.5)", "-unknown", "-posinv", nullptr};
+    EXPECT_NE(compiled("float4 main() : COLOR { return X; }", CG_PROFILE_FP40, nullptr, args), nullptr);
+    EXPECT_THAT(cgGetProgramString(compiled("void v() {}", CG_PROFILE_VP40, "v", args), CG_COMPILED_PROGRAM),
+                testing::HasSubstr("ftransform"));
+
+    const std::string folder = testing::TempDir();
+    std::ofstream(folder + "/inc.h") << "#define HALF 0.5\n";
+    std::ofstream(folder + "/a.cg") << "#include \"inc.h\"\nfloat4 go() : COLOR { return HALF; }\n";
+    const CGprogram fromFile = cgCreateProgramFromFile(fContext, CG_SOURCE, (folder + "/a.cg").c_str(),
+                                                       CG_PROFILE_GLSLF, "go", nullptr);
+    EXPECT_NE(fromFile, nullptr) << cgGetLastListing(fContext);
+    EXPECT_EQ(cgCreateProgramFromFile(fContext, CG_SOURCE, "/no/such.cg", CG_PROFILE_ARBFP1, "go", nullptr),
+              nullptr);
+    EXPECT_EQ(cgGetError(), CG_FILE_READ_ERROR);
+    EXPECT_EQ(cgCreateProgram(fContext, CG_OBJECT, "!!", CG_PROFILE_ARBFP1, "go", nullptr), nullptr);
+    EXPECT_EQ(cgGetError(), CG_INVALID_ENUMERANT_ERROR);
+    EXPECT_EQ(compiled("", static_cast<CGprofile>(1)), nullptr);
+    EXPECT_EQ(cgGetError(), CG_UNKNOWN_PROFILE_ERROR);
+
+    const CGparameter before = cgGetNamedParameter(fProgram, "tint");
+    cgCompileProgram(fProgram); // once more: its parameters are new
+    EXPECT_TRUE(cgIsProgramCompiled(fProgram));
+    EXPECT_FALSE(cgIsParameter(before));
+    EXPECT_NE(cgGetNamedParameter(fProgram, "tint"), nullptr);
+}
+
+TEST_F(CgRuntime, walksParametersInTheirOrder) {
+    const auto names = [](CGparameter first, CGparameter (*next)(CGparameter)) {
+        std::vector<std::string> found;
+        for (CGparameter p = first; p; p = next(p))
+            found.emplace_back(cgGetParameterName(p));
+        return found;
+    };
+    using testing::ElementsAre;
+    EXPECT_THAT(names(cgGetFirstParameter(fProgram, CG_PROGRAM), cgGetNextParameter),
+                ElementsAre("uv", "c", "lights", "base", "idle", "gain", "color", "depth"));
+    EXPECT_THAT(names(cgGetFirstParameter(fProgram, CG_GLOBAL), cgGetNextParameter),
+                ElementsAre("tint", "turn"));
+    EXPECT_THAT(names(cgGetFirstStructParameter(parameter("lights[1]")), cgGetNextParameter),
+                ElementsAre("lights[1].color", "lights[1].map", "lights[1].weights"));
+    const std::vector<std::string> leaves =
+        names(cgGetFirstLeafParameter(fProgram, CG_PROGRAM), cgGetNextLeafParameter);
+    EXPECT_EQ(leaves.size(), 1 + 2 + 3 * 4 + 5U);
+    EXPECT_EQ(leaves[1], "c[0]");
+    EXPECT_EQ(leaves[6], "lights[0].weights[1]");
+    EXPECT_EQ(leaves.back(), "depth");
+    EXPECT_EQ(parameter("lights[1].nothing"), nullptr);
+    EXPECT_EQ(parameter("lights[3]"), nullptr);
+    EXPECT_EQ(parameter("unused"), nullptr) << "no function that is reached names it";
+    EXPECT_EQ(cgGetFirstDependentParameter(parameter("lights")), parameter("lights[0]"));
+    EXPECT_EQ(cgGetFirstDependentParameter(parameter("uv")), nullptr);
+    EXPECT_EQ(cgGetArrayParameter(parameter("lights"), 2), parameter("lights[2]"));
+    EXPECT_EQ(cgGetArrayDimension(parameter("lights")), 1);
+    EXPECT_EQ(cgGetArraySize(parameter("lights"), 0), 3);
+    EXPECT_EQ(cgGetParameterProgram(parameter("lights[0].map")), fProgram);
+    EXPECT_TRUE(cgIsParameter(parameter("uv")));
+    EXPECT_EQ(cgGetError(), CG_NO_ERROR);
+
+    EXPECT_EQ(cgGetArrayParameter(parameter("lights"), 3), nullptr);
+    EXPECT_EQ(cgGetError(), CG_OUT_OF_ARRAY_BOUNDS_ERROR);
+    EXPECT_EQ(cgGetArrayParameter(parameter("uv"), 0), nullptr);
+    EXPECT_EQ(cgGetError(), CG_ARRAY_PARAM_ERROR);
+    EXPECT_EQ(cgGetArraySize(parameter("lights"), 1), -1);
+    EXPECT_EQ(cgGetError(), CG_INVALID_DIMENSION_ERROR);
+    EXPECT_EQ(cgGetFirstStructParameter(parameter("uv")), nullptr);
+    EXPECT_EQ(cgGetError(), CG_INVALID_PARAMETER_ERROR);
+    EXPECT_EQ(cgGetFirstParameter(fProgram, CG_IN), nullptr);
+    EXPECT_EQ(cgGetError(), CG_INVALID_ENUMERANT_ERROR);
+}
+
+TEST_F(CgRuntime, tellsWhatAParameterIs) {
+    struct Told {
+        const char* name;
+        CGtype type;
+        CGenum variability;
+        CGenum direction;
+        const char* semantic;
+        int resource;
+        int base;
+        unsigned long index;
+        bool isReferenced;
+    };
+    const Told all[] = {
+        {"uv", CG_FLOAT2, CG_VARYING, CG_IN, "TEXCOORD2", CG_TEX0 + 2, CG_TEX0, 2, true},
+        {"c", CG_ARRAY, CG_VARYING, CG_IN, "TEXCOORD4", CG_UNDEFINED, CG_UNDEFINED, 0, true},
+        {"c[1]", CG_FLOAT4, CG_VARYING, CG_IN, "TEXCOORD4", CG_TEX0 + 5, CG_TEX0, 5, true},
+        {"lights[0]", CG_STRUCT, CG_UNIFORM, CG_IN, "", CG_UNDEFINED, CG_UNDEFINED, 0, true},
+        {"lights[0].color", CG_FLOAT3, CG_UNIFORM, CG_IN, "", CG_C, CG_C, 0, true},
+        {"base", CG_SAMPLER2D, CG_UNIFORM, CG_IN, "TEXUNIT5", CG_TEXUNIT0 + 5, CG_TEXUNIT0, 5, true},
+        {"idle", CG_FLOAT, CG_UNIFORM, CG_IN, "", CG_C, CG_C, 0, false},
+        {"gain", CG_HALF3, CG_UNIFORM, CG_IN, "", CG_C, CG_C, 0, true},
+        {"turn", static_cast<CGtype>(CG_FLOAT1x1 + 5), CG_UNIFORM, CG_IN, "", CG_C, CG_C, 0, true},
+        {"color", CG_FLOAT4, CG_VARYING, CG_OUT, "COLOR", CG_COL0, CG_COL0, 0, true},
+        {"depth", CG_FLOAT, CG_VARYING, CG_OUT, "DEPTH", CG_DEPTH0, CG_DEPTH0, 0, true},
+    };
+    for (const Told& told : all) {
+        const CGparameter p = parameter(told.name);
+        EXPECT_EQ(cgGetParameterType(p), told.type) << told.name;
+        EXPECT_EQ(cgGetParameterVariability(p), told.variability) << told.name;
+        EXPECT_EQ(cgGetParameterDirection(p), told.direction) << told.name;
+        EXPECT_STREQ(cgGetParameterSemantic(p), told.semantic) << told.name;
+        EXPECT_EQ(static_cast<int>(cgGetParameterResource(p)), told.resource) << told.name;
+        EXPECT_EQ(static_cast<int>(cgGetParameterBaseResource(p)), told.base) << told.name;
+        EXPECT_EQ(cgGetParameterResourceIndex(p), told.index) << told.name;
+        EXPECT_EQ(cgIsParameterReferenced(p) != 0, told.isReferenced) << told.name;
+    }
+    const auto values = [&](const char* name) {
+        int count = -1;
+        const double* found = cgGetParameterValues(parameter(name), CG_DEFAULT, &count);
+        return found ? std::vector<double>(found, found + count) : std::vector<double>();
+    };
+    EXPECT_THAT(values("tint"), testing::ElementsAre(1, 0.5, 0.25, 1));
+    EXPECT_THAT(values("turn"), testing::ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(values("gain"), testing::ElementsAre(1, 2, 3));
+    EXPECT_THAT(values("idle"), testing::IsEmpty());
+}
+
+TEST_F(CgRuntime, namesTypesResourcesAndProfiles) {
+    for (const char* name : {"float", "half2", "fixed4", "int3", "bool", "float1", "float4x4", "half2x3",
+                             "struct", "array", "sampler2D", "samplerCUBE"})
+        EXPECT_STREQ(cgGetTypeString(cgGetType(name)), name);
+    EXPECT_EQ(cgGetType("float4x4"), CG_FLOAT4x4);
+    EXPECT_EQ(cgGetType("nonsense"), CG_UNKNOWN_TYPE);
+    for (const char* name : {"TEXUNIT15", "ATTR3", "TEX7", "HPOS", "COL1", "WPOS", "POSITION0", "COLOR1",
+                             "TEXCOORD6", "DEPTH0", "C"})
+        EXPECT_STREQ(cgGetResourceString(cgGetResource(name)), name);
+    EXPECT_EQ(cgGetResource("TEXUNIT2"), CG_TEXUNIT0 + 2);
+    EXPECT_EQ(cgGetResource("TEXUNIT16"), CG_UNDEFINED);
+    for (const char* name : {"vp30", "fp30", "arbvp1", "arbfp1", "vp40", "fp40", "glslv", "glslf"})
+        EXPECT_STREQ(cgGetProfileString(cgGetProfile(name)), name);
+    EXPECT_EQ(cgGetProfile("ps_2_0"), CG_PROFILE_UNKNOWN);
+}
+
+TEST_F(CgRuntime, raisesErrorsForWhatIsNotThere) {
+    cgSetErrorCallback([] { ++calls; });
+    EXPECT_NE(cgGetErrorCallback(), nullptr);
+    calls = 0;
+    const auto stale = reinterpret_cast<CGparameter>(cgCreateContext()); // a handle of another kind
+    EXPECT_EQ(cgGetParameterName(stale), nullptr);
+    EXPECT_EQ(cgGetNextProgram(reinterpret_cast<CGprogram>(0x12345678)), nullptr);
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(cgGetError(), CG_INVALID_PARAM_HANDLE_ERROR) << "the first";
+    EXPECT_EQ(cgGetError(), CG_NO_ERROR);
+    cgDestroyProgram(nullptr);
+    EXPECT_EQ(cgGetError(), CG_INVALID_PROGRAM_HANDLE_ERROR);
+    cgDestroyContext(nullptr);
+    EXPECT_EQ(cgGetError(), CG_INVALID_CONTEXT_HANDLE_ERROR);
+    for (int error = CG_NO_ERROR; error <= CG_OUT_OF_ARRAY_BOUNDS_ERROR; ++error) {
+        const bool isNone = error == 14 || error == 20; // numbers that stand for nothing
+        EXPECT_EQ(cgGetErrorString(static_cast<CGerror>(error)) == nullptr, isNone) << error;
+    }
+    cgDestroyContext(reinterpret_cast<CGcontext>(stale));
+}
+
+} // namespace
