@@ -558,7 +558,8 @@ void Checker::checkMember(ExpressionPtr& e) {
 
 void Checker::makeVectorSwizzle(Expression& e, const Type* of) {
     const unsigned length = std::max<unsigned>(of->columns, 1);
-    for (const std::string_view names : {std::string_view("xyzw"), std::string_view("rgba")}) {
+    for (const std::string_view names :
+         {std::string_view("xyzw"), std::string_view("rgba"), std::string_view("stpq")}) {
         if (e.text.size() > 4 || e.text.find_first_not_of(names) != e.text.npos)
             continue;
         for (const char c : e.text)

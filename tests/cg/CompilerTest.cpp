@@ -44,7 +44,7 @@ TEST(Compiler, refusesWhatHasTheWrongType) {
         {"float2x2 x = float2x2(1, 2, 3);", "made of 4 numbers"},
         {"float3x3 x = m2;", "float2x2 can't be made one"},
         {"float2x2 x = float3x3(v.xyz, v.xyz);", "made of 9 numbers"},
-        {"float x = v.q;", "picks nothing"},
+        {"float x = v.k;", "picks nothing"},
         {"float x = v.xg;", "picks nothing"},
         {"float x = v.xyzwx;", "picks nothing"},
         {"float2 a; float x = a.z;", "float2 has no component"},

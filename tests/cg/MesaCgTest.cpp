@@ -165,7 +165,8 @@ TEST_F(MesaCg, typesAndConversions) {
          {0.5, 0.75, 0.75, 0.5}},
         {"bool b = 0.5; float f = b; return float4(f, (float)false, true ? 0.5 : 1, !b);", {1, 0, 0.5, 0}},
         {"double d = 0.5; float1 g = d; return float4(g, g.x, d, 1);", {0.5, 0.5, 0.5, 1}},
-        {"float2 a = {0.25, 0.5}; float4 b = float4(a.yx, 1, a.x); return b.bgra;", {1, 0.25, 0.5, 0.25}},
+        {"float2 a = {0.25, 0.5}; float4 b = float4(a.yx, 1, a.x); return b.bgra.stpq;",
+         {1, 0.25, 0.5, 0.25}},
         {"float x = 0.25; return x.xxxx + float4(x, x.xx, 0);", {0.5, 0.5, 0.5, 0.25}},
         {"float4 c = 0; c.wy = uv.xy; c.rb += 0.5; return c;", {0.5, 0.75, 0.5, 0.25}},
         {"float a[3] = {0.25, 0.5, 1}; float b[] = {0.5, 0.25}; return float4(a[1], b[1], a[(int)(uv.x * "
