@@ -1,5 +1,7 @@
 #include "compile/Parser.h"
 
+#include "preprocess/Operators.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -12,29 +14,6 @@ namespace {
 constexpr int kDeepest = 200;
 constexpr uint32_t kLongestArray = 65536;
 constexpr uint64_t kMostLeaves = 262144;
-
-struct Operator {
-    std::string_view spelling;
-    int precedence;
-};
-constexpr std::array<Operator, 18> kOperators = {{{"*", 10},
-                                                  {"/", 10},
-                                                  {"%", 10},
-                                                  {"+", 9},
-                                                  {"-", 9},
-                                                  {"<<", 8},
-                                                  {">>", 8},
-                                                  {"<", 7},
-                                                  {">", 7},
-                                                  {"<=", 7},
-                                                  {">=", 7},
-                                                  {"==", 6},
-                                                  {"!=", 6},
-                                                  {"&", 5},
-                                                  {"^", 4},
-                                                  {"|", 3},
-                                                  {"&&", 2},
-                                                  {"||", 1}}};
 
 constexpr std::array<std::string_view, 11> kAssignments = {
     "=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "<<=", ">>="};
@@ -575,9 +554,8 @@ ExpressionPtr Parser::choice() {
 ExpressionPtr Parser::binary(int least) {
     ExpressionPtr left = unary();
     for (;;) {
-        const auto found = std::find_if(kOperators.begin(), kOperators.end(),
-                                        [&](const Operator& each) { return peek().is(each.spelling); });
-        if (found == kOperators.end() || found->precedence < least)
+        const BinaryOperator* found = binaryOperatorOf(peek());
+        if (!found || found->precedence < least)
             return left;
         ExpressionPtr made = make(Expression::Kind::Binary, take());
         adopt(*made, std::move(left));

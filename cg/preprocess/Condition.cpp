@@ -1,6 +1,7 @@
 #include "preprocess/Condition.h"
 
-#include <array>
+#include "preprocess/Operators.h"
+
 #include <charconv>
 
 namespace orlocg {
@@ -8,29 +9,6 @@ namespace orlocg {
 namespace {
 
 constexpr int kDeepest = 200;
-
-struct Operator {
-    std::string_view spelling;
-    int precedence;
-};
-constexpr std::array<Operator, 18> kOperators = {{{"*", 10},
-                                                  {"/", 10},
-                                                  {"%", 10},
-                                                  {"+", 9},
-                                                  {"-", 9},
-                                                  {"<<", 8},
-                                                  {">>", 8},
-                                                  {"<", 7},
-                                                  {">", 7},
-                                                  {"<=", 7},
-                                                  {">=", 7},
-                                                  {"==", 6},
-                                                  {"!=", 6},
-                                                  {"&", 5},
-                                                  {"^", 4},
-                                                  {"|", 3},
-                                                  {"&&", 2},
-                                                  {"||", 1}}};
 
 class Evaluator {
 public:
@@ -72,10 +50,7 @@ private:
     long long binary(int least) {
         long long left = unary();
         for (;;) {
-            const Operator* found = nullptr;
-            for (const Operator& candidate : kOperators)
-                if (fNext < fTokens.size() && fTokens[fNext].is(candidate.spelling))
-                    found = &candidate;
+            const BinaryOperator* found = fNext < fTokens.size() ? binaryOperatorOf(fTokens[fNext]) : nullptr;
             if (!found || found->precedence < least)
                 return left;
             const Location at = fTokens[fNext++].at;
