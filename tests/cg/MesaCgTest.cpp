@@ -413,6 +413,41 @@ TEST_F(MesaCg, textures) {
     gl().glDeleteTextures(5, names);
 }
 
+TEST_F(MesaCg, comparesDepths) {
+    GLuint names[3];
+    gl().glGenTextures(3, names);
+    const GLfloat half[] = {0.5F};
+    const auto setUp = [&](GLenum unit, GLenum target) {
+        gl().glActiveTexture(GL_TEXTURE0 + unit);
+        gl().glBindTexture(target, names[unit]);
+        gl().glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+        gl().glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+        gl().glTexParameteri(target, GL_TEXTURE_COMPARE_MODE, GL_COMPARE_R_TO_TEXTURE);
+        gl().glTexParameteri(target, GL_TEXTURE_COMPARE_FUNC, GL_LEQUAL);
+    };
+    setUp(0, GL_TEXTURE_2D);
+    gl().glTexImage2D(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT24, 1, 1, 0, GL_DEPTH_COMPONENT, GL_FLOAT, half);
+    setUp(1, GL_TEXTURE_RECTANGLE_ARB);
+    gl().glTexImage2D(GL_TEXTURE_RECTANGLE_ARB, 0, GL_DEPTH_COMPONENT24, 1, 1, 0, GL_DEPTH_COMPONENT,
+                      GL_FLOAT, half);
+    setUp(2, GL_TEXTURE_1D);
+    gl().glTexImage1D(GL_TEXTURE_1D, 0, GL_DEPTH_COMPONENT24, 1, 0, GL_DEPTH_COMPONENT, GL_FLOAT, half);
+    check(
+        {
+            {"return float4(tex2D(s, float3(0.5, 0.5, 0.25)).x, tex2D(s, float3(0.5, 0.5, 0.75)).x, 0, 1);",
+             {1, 0, 0, 1}},
+            {"return float4(texRECT(sr, float3(0.5, 0.5, 0.25)).x, texRECT(sr, float3(0.5, 0.5, 0.75)).y, 0, "
+             "1);",
+             {1, 0, 0, 1}},
+            {"return float4(tex1D(s1, float2(0.5, 0.25)).x, tex1D(s1, float2(0.5, 0.75)).z, 0, 1);",
+             {1, 0, 0, 1}},
+        },
+        {{"s", {0}}, {"sr", {1}}, {"s1", {2}}},
+        ", uniform sampler2D s, uniform samplerRECT sr, uniform sampler1D s1");
+    gl().glActiveTexture(GL_TEXTURE0);
+    gl().glDeleteTextures(3, names);
+}
+
 TEST_F(MesaCg, semantics) {
     const auto pair = [&](const std::string& source, const std::array<double, 4>& expected) {
         const auto vertex = compiled(source, Stage::Vertex, "v");
@@ -448,6 +483,14 @@ TEST_F(MesaCg, semantics) {
          "POSITION, out T u : TEXCOORD4) { o = p; u = t; }"
          "float4 f(float4 a : TEXCOORD4, float4 b : TEXCOORD5) : COLOR { return float4(a.xy, b.yz); }",
          {0.25, 0.75, 0.5, 0.25});
+    pair("void v(float4 p : POSITION, out float4 o : POSITION, out float clip : CLP0) { o = p; clip = 1; }"
+         "float4 f(float face : FACE) : COLOR { return face; }",
+         {1, 1, 1, 1});
+    gl().glEnable(GL_CLIP_PLANE0);
+    pair("void v(float4 p : POSITION, out float4 o : POSITION, out float clip : CLP0) { o = p; clip = -1; }"
+         "float4 f() : COLOR { return 1; }",
+         {0, 0, 0, 0});
+    gl().glDisable(GL_CLIP_PLANE0);
     // One side by GL's own functions.
     const auto fragment =
         compiled("float4 main(float4 c : COLOR, float2 t : TEXCOORD0) : COLOR { return float4(c.xyz, t.x); }",
