@@ -96,7 +96,6 @@ struct Statement {
     ExpressionPtr step;
     bool hasInit = false;
     bool hasElse = false;
-    bool opensScope = true; ///< not where several declarations of one statement are meant
 };
 
 struct Function {
@@ -108,12 +107,11 @@ struct Function {
     std::unique_ptr<Statement> body; ///< null: only declared
     bool isChecked = false;
     bool isBeingChecked = false;
-    std::vector<Function*> calls; ///< what it calls directly
 };
 
 /// A parsed program.
 struct Program {
-    mutable Types types;
+    Types types;
     std::map<std::string, const Type*, std::less<>> typeNames; ///< structs and typedefs
     std::vector<std::unique_ptr<Variable>> globals;            ///< in the order of the source
     std::vector<std::unique_ptr<Function>> functions;          ///< definitions and declarations

@@ -137,6 +137,8 @@ void Checker::checkVariable(Variable& variable) {
 }
 
 void Checker::checkGlobal(Variable& global) {
+    if (global.isVarying)
+        fDiagnostics.fail(global.at, "a varying value has to be a parameter of the function to begin with");
     global.isReferenced = true;
     if (!fCheckedGlobals.insert(&global).second)
         return;
@@ -662,8 +664,6 @@ void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candida
     e.function = best;
     e.type = best->returns;
     checkFunction(*best);
-    if (std::find(fFunction->calls.begin(), fFunction->calls.end(), best) == fFunction->calls.end())
-        fFunction->calls.push_back(best);
 }
 
 void Checker::checkMultiply(Expression& e) {

@@ -13,7 +13,6 @@ std::unique_ptr<CompiledProgram> compile(std::string_view source, const CompileO
     auto compiled = std::make_unique<CompiledProgram>();
     compiled->texts = std::make_unique<TextStore>();
     compiled->program = std::make_unique<Program>();
-    compiled->entry = options.entry;
     try {
         const std::string_view text = compiled->texts->keep(std::string(source));
         Preprocessor preprocessor(options.preprocess, *compiled->texts, diagnostics);

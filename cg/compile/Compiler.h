@@ -39,7 +39,6 @@ struct CompiledProgram {
     std::vector<int> genericAttributes; ///< N of each "cg_attributeN"
     std::unique_ptr<Program> program;   ///< what parameters point into
     std::unique_ptr<TextStore> texts;
-    std::string entry;
 };
 
 /// Compiles a Cg program to GLSL. Null where it has an error; `listing` holds errors and warnings.

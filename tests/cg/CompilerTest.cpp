@@ -139,6 +139,8 @@ TEST(Compiler, refusesWhatHasTheWrongType) {
 
 TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
     EXPECT_THAT(compiled("float4 other() : COLOR { return 0; }").listing, HasSubstr("no function 'main'"));
+    EXPECT_THAT(compiled("varying float4 c : COLOR; float4 main() : COLOR { return c; }").listing,
+                HasSubstr("a varying value has to be a parameter"));
     EXPECT_THAT(compiled("float4 main();").listing, HasSubstr("no function 'main'"));
     EXPECT_THAT(compiled("float4 main() : POSITION { discard; return 0; }", Stage::Vertex).listing,
                 HasSubstr("can't discard"));

@@ -78,10 +78,6 @@ koLinear::ProjMatrix upsideDown() {
     return matrix;
 }
 
-} // namespace
-
-namespace {
-
 /// How far a particle's copies or corners are from it at most, along each axis.
 double reachOf(const Mesh& mesh, ParticleKind kind) {
     const double side = usualSide(drawn(mesh.positions, 3, mesh));
@@ -289,6 +285,7 @@ void SceneParticles::draw(const koLinear::AffineMatrix& worldToEye, const FrameL
         drawPasses(cloud, look);
         gl().glPopMatrix();
     }
+    passStateOf(false).applyGL(false); // streaks leave colours masked
     gl().glDisable(GL_LIGHTING);
     gl().glEnable(GL_COLOR_MATERIAL);
     gl().glPolygonMode(GL_FRONT_AND_BACK, look.wireframe ? GL_LINE : GL_FILL);
