@@ -32,11 +32,7 @@ struct LeafState : Extension {
 
 struct LoadedProgram : Extension {
     explicit LoadedProgram(GLuint program) : name(program) {}
-    ~LoadedProgram() override {
-        const GL* gl = openGL();
-        if (gl && gl->currentContext())
-            gl->deleteProgram(name);
-    }
+    ~LoadedProgram() override;
 
     GLuint name;
 };
@@ -49,7 +45,7 @@ struct Pipeline {
 };
 
 struct Binding {
-    CGprogram bound[2] = {};
+    const LoadedProgram* bound[2] = {}; ///< null: none, or it is gone
     bool isEnabled[2] = {};
     std::map<void*, Pipeline> pipelines; ///< by context
 };
@@ -57,6 +53,15 @@ struct Binding {
 Binding& binding() {
     static Binding theBinding;
     return theBinding;
+}
+
+LoadedProgram::~LoadedProgram() {
+    for (const LoadedProgram*& bound : binding().bound)
+        if (bound == this)
+            bound = nullptr;
+    const GL* gl = openGL();
+    if (gl && gl->currentContext())
+        gl->deleteProgram(name);
 }
 
 /// GL with separate programs, and a current context; else null and an error.
@@ -117,31 +122,19 @@ void upload(ParameterObject& leaf) {
 
 // Loading and binding.
 
-/// Calls `use` with every leaf below a parameter and its GLSL name.
+/// Calls `use` with every leaf below a parameter and its GLSL name. Arrays of arrays are one array there, in
+/// which `place` counts.
 template <typename Use>
 void forEachLeaf(ParameterObject& parameter, const std::map<std::string, std::string>& names,
-                 std::string glsl, Use&& use) {
-    if (const auto found = names.find(parameter.name); found != names.end())
-        glsl = found->second;
+                 const std::string& whole, size_t place, Use&& use) {
+    const auto found = names.find(parameter.name);
+    const bool isNamed = found != names.end();
+    const std::string& glsl = isNamed ? found->second : whole;
+    const size_t start = isNamed ? 0 : place;
     if (parameter.isLeaf())
-        return use(parameter, glsl);
-    size_t below = 1; // elements that each of its own is
-    for (const Type* type = parameter.type->isArray() ? parameter.type->element : nullptr;
-         type && type->isArray(); type = type->element)
-        below *= type->length;
-    for (size_t i = 0; i < parameter.parts.size(); ++i) {
-        const bool isElement = parameter.type->isArray() && !glsl.empty();
-        std::string name = glsl;
-        if (isElement && glsl.back() == ']' && parameter.parent &&
-            parameter.parent->type->isArray()) { // arrays of arrays are one
-            const size_t bracket = glsl.rfind('[');
-            name = glsl.substr(0, bracket + 1) +
-                   std::to_string(std::stoul(glsl.substr(bracket + 1)) + i * below) + "]";
-        } else if (isElement) {
-            name += "[" + std::to_string(i * below) + "]";
-        }
-        forEachLeaf(*parameter.parts[i], names, name, use);
-    }
+        return use(parameter, isNamed ? glsl : glsl + "[" + std::to_string(start) + "]");
+    for (size_t i = 0; i < parameter.parts.size(); ++i)
+        forEachLeaf(*parameter.parts[i], names, glsl, start * parameter.parts.size() + i, use);
 }
 
 template <typename Use>
@@ -153,7 +146,7 @@ void forEachLeaf(ProgramObject& program, Use&& use) {
     for (auto& list : program.parameters)
         for (const std::unique_ptr<ParameterObject>& parameter : list)
             if (parameter->isUniform)
-                forEachLeaf(*parameter, names, "", use);
+                forEachLeaf(*parameter, names, "", 0, use);
 }
 
 /// Gives each sampler the unit that its semantic names, else the first that none does.
@@ -243,10 +236,8 @@ Pipeline& makePipeline(const GL& gl) {
 /// Puts what is bound and enabled into the pipeline. True: that is something.
 bool fillStages(const GL& gl, Pipeline& pipeline) {
     for (const int stage : {kVertex, kFragment}) {
-        GLuint wanted = 0;
-        if (binding().isEnabled[stage] && cgIsProgram(binding().bound[stage]))
-            if (const LoadedProgram* program = loaded(*orlocg_findProgram(binding().bound[stage])))
-                wanted = program->name;
+        const LoadedProgram* program = binding().isEnabled[stage] ? binding().bound[stage] : nullptr;
+        const GLuint wanted = program ? program->name : 0;
         if (pipeline.stages[stage] != wanted)
             gl.useProgramStages(pipeline.name,
                                 stage == kVertex ? GL_VERTEX_SHADER_BIT : GL_FRAGMENT_SHADER_BIT, wanted);
@@ -600,7 +591,7 @@ void cgGLBindProgram(CGprogram handle) {
     if (!loaded(*program))
         return orlocg_raise(CG_PROGRAM_NOT_LOADED_ERROR);
     const int stage = stageOf(program->profile);
-    binding().bound[stage] = handle;
+    binding().bound[stage] = loaded(*program);
     const GL* gl = binding().isEnabled[stage] ? usableGL() : nullptr;
     if (!gl)
         return;

@@ -341,13 +341,16 @@ CGprogram cgCopyProgram(CGprogram handle) {
     ProgramObject* program = find(handle);
     if (!program)
         return nullptr;
-    return guarded<CGprogram>(nullptr, [&] {
+    return guarded<CGprogram>(nullptr, [&]() -> CGprogram {
         auto copy = std::make_unique<ProgramObject>();
         copy->context = program->context;
         copy->profile = program->profile;
         copy->source = program->source;
         copy->options = program->options;
-        copy->compile();
+        if (!copy->compile()) { // what it includes may have changed
+            raise(CG_COMPILER_ERROR);
+            return nullptr;
+        }
         copy->handle = makeHandle<CGprogram>();
         global().programs.emplace(reinterpret_cast<uintptr_t>(copy->handle), copy.get());
         program->context->programs.push_back(std::move(copy));
