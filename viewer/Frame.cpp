@@ -212,12 +212,15 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
         prepare(index);
         drawPlaced(drawable, index, [&] { drawable.drawMesh(index); });
     }
+    const std::vector<BlendedElements::Run>& blended = drawable.farthestFirst(view.worldToEye);
     if (content.particles) {
         content.shaders->endFrame();
         drawParticles(content, view, look, units);
+        if (blended.empty())
+            return;
         content.shaders->beginFrame(view.worldToEye);
     }
-    for (const BlendedElements::Run& run : drawable.farthestFirst(view.worldToEye)) {
+    for (const BlendedElements::Run& run : blended) {
         if (!isSeen(content, run.instance))
             continue;
         prepare(run.instance);
