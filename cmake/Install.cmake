@@ -16,9 +16,11 @@ install(DIRECTORY host/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MA
 # Every header of src/ but those that only the library's own sources include.
 install(DIRECTORY src/ DESTINATION ${library_headers}
   FILES_MATCHING PATTERN *.h PATTERN *.inc
+  PATTERN CgCall.h EXCLUDE
   PATTERN DrawableAttributes.h EXCLUDE
   PATTERN EntryGroup.h EXCLUDE
   PATTERN GLULibrary.h EXCLUDE
+  PATTERN NodeManager.h EXCLUDE
   PATTERN ParticleWalk.h EXCLUDE
   PATTERN ShaderObjects.h EXCLUDE
   PATTERN TexelBuffer.h EXCLUDE)

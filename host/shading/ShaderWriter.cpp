@@ -31,19 +31,6 @@ std::string literal(ValueType type, const std::array<float, 3>& value) {
     return text + ')';
 }
 
-/// The pattern with the parts in the place of its $ signs, in their order.
-template <typename... Parts>
-std::string filled(std::string_view pattern, const Parts&... parts) {
-    std::string text;
-    const auto add = [&](std::string_view part) {
-        const size_t place = pattern.find('$');
-        (text += pattern.substr(0, place)) += part;
-        pattern.remove_prefix(place + 1);
-    };
-    (add(parts), ...);
-    return text += pattern;
-}
-
 /// A name, a member of one, or a number: what needs no name of its own.
 bool isShort(const std::string& text) {
     return std::all_of(text.begin(), text.end(),
@@ -65,8 +52,9 @@ bool endsWithNumberFrom(std::string_view name, int32_t limit) {
 
 } // namespace
 
-ShaderWriter::ShaderWriter(const Network& network, const std::vector<LightSpec>& lights)
-    : fNetwork(network), fLights(lights), fRoot(network.members().back().node) {}
+ShaderWriter::ShaderWriter(const Network& network, const std::vector<LightSpec>& lights,
+                           ShadingLanguage language)
+    : fNetwork(network), fLights(lights), fLanguage(language), fRoot(network.members().back().node) {}
 
 // ---- Which nodes and inputs matter
 
@@ -114,7 +102,7 @@ void ShaderWriter::markUsed() {
     }
 }
 
-void ShaderWriter::writeMaterial() {
+ShaderParts ShaderWriter::writeMaterial() {
     markUsed();
     for (const Network::Member& member : fNetwork.members()) {
         const auto firstUse = fUsedOutputs.lower_bound({member.node, 0});
@@ -126,6 +114,8 @@ void ShaderWriter::writeMaterial() {
         fResults[member.node] = declare(type, member.name, writeNode());
     }
     writeColor(fResults[fRoot]);
+    fParts.body = fGeometry + fLightCode + fBody;
+    return std::move(fParts);
 }
 
 void ShaderWriter::writeColor(const std::string& result) {
@@ -180,7 +170,8 @@ int32_t ShaderWriter::setting(std::string_view name) const {
 // ---- What a shader is made of
 
 void ShaderWriter::use(std::string_view snippetName) {
-    if (std::find(fSnippets.begin(), fSnippets.end(), snippetName) != fSnippets.end())
+    auto& snippets = fParts.snippets;
+    if (std::find(snippets.begin(), snippets.end(), snippetName) != snippets.end())
         return;
     std::string_view needs = snippet(snippetName).needs;
     while (!needs.empty()) {
@@ -188,31 +179,38 @@ void ShaderWriter::use(std::string_view snippetName) {
         use(needs.substr(0, end));
         needs.remove_prefix(std::min(end + 1, needs.size()));
     }
-    fSnippets.push_back(snippet(snippetName).name);
+    snippets.push_back(snippet(snippetName).name);
 }
 
 std::string ShaderWriter::uniform(std::string_view type, const std::string& name) {
     if (fDeclared.insert(name).second)
-        fUniforms.push_back(filled("uniform $ $;\n", type, name));
+        fParts.uniforms.push_back(filled("uniform $ $;\n", type, name));
     return name;
 }
 
 std::string ShaderWriter::uvSet(int set) {
-    fUvSets.insert(set);
+    fParts.uvSets.insert(set);
     return "uv" + std::to_string(set);
 }
 
 std::string ShaderWriter::position() {
-    fPassesPosition = true;
+    fParts.takesPosition = true;
     return "eyePosition";
 }
 
 std::string ShaderWriter::normal() {
     if (fDeclared.insert("normal").second) {
-        fPassesNormal = true;
+        fParts.takesNormal = true;
+        fParts.takesSide = true;
         fGeometry += "    vec3 normal = normalize(gl_FrontFacing ? eyeNormal : -eyeNormal);\n";
     }
     return "normal";
+}
+
+/// 1 in front, -1 behind.
+std::string ShaderWriter::outward() {
+    fParts.takesSide = true;
+    return "gl_FrontFacing ? 1.0 : -1.0";
 }
 
 std::string ShaderWriter::view() {
@@ -222,6 +220,10 @@ std::string ShaderWriter::view() {
                      "    vec3 view = isOrthographic ? vec3(0.0, 0.0, 1.0) : normalize(-eyePosition);\n";
     }
     return "view";
+}
+
+std::string ShaderWriter::transformed(const std::string& matrix, const std::string& vector) const {
+    return filled(fLanguage == ShadingLanguage::Cg ? "mul($, $)" : "$ * $", matrix, vector);
 }
 
 std::string ShaderWriter::declare(std::string_view type, const std::string& name, const std::string& value) {
@@ -266,9 +268,8 @@ void ShaderWriter::writeLight(const LightSpec& spec, const std::string& light, c
     }
     if (spec.fCastsShadow) {
         use("unshadowed");
-        fLightCode +=
-            filled(" *\n        unshadowed($, $ * vec4(eyePosition, 1.0))",
-                   uniform("sampler2DShadow", light + "ShadowMap"), uniform("mat4", light + "ShadowMatrix"));
+        fLightCode += filled(" *\n        unshadowed($, $)", uniform("sampler2DShadow", light + "ShadowMap"),
+                             transformed(uniform("mat4", light + "ShadowMatrix"), "vec4(eyePosition, 1.0)"));
     }
     fLightCode += ";\n";
 }
@@ -279,7 +280,11 @@ void ShaderWriter::writePlacedLight(const LightSpec& spec, const std::string& li
     fLightCode += filled("    vec3 $Path = $.position.xyz - eyePosition;\n", light, gl);
     fLightCode += filled("    float $Distance = length($Path);\n", light, light);
     fLightCode += filled("    vec3 $Direction = $Path / $Distance;\n", light, light, light);
-    fLightCode += filled("    vec3 $Color = attenuated($, $Distance)", light, gl, light);
+    fLightCode += filled("    vec3 $Losses = vec3($.constantAttenuation, $.linearAttenuation, "
+                         "$.quadraticAttenuation);\n",
+                         light, gl, gl, gl);
+    fLightCode +=
+        filled("    vec3 $Color = attenuated($.diffuse.rgb, $Losses, $Distance)", light, gl, light, light);
     if (spec.fHasRange) {
         use("rangeWindow");
         fLightCode +=
@@ -325,7 +330,7 @@ std::string ShaderWriter::writeNode() {
     case kTexCoord:
         return texCoord();
     case kVertexColor:
-        fPassesColor = true;
+        fParts.takesColor = true;
         return "gl_Color";
     case kFileTexture:
         return fileTexture();
@@ -339,11 +344,12 @@ std::string ShaderWriter::writeNode() {
         return filled("isFirstOfChecker($ * $) ? $ : $", in("uv"), in("scale"), in("colorA"), in("colorB"));
     case kBumpMap:
         use("bumped");
-        return filled("bumped($, $, $ * $)", normal(), position(), in("height"), in("strength"));
+        return filled("bumped($, $, $ * $, $)", normal(), position(), in("height"), in("strength"),
+                      outward());
     case kNormalMap:
         use("mappedNormal");
-        return filled("mappedNormal($, $, $, $, $)", normal(), position(), in("uv"), in("color"),
-                      in("strength"));
+        return filled("mappedNormal($, $, $, $, $, $)", normal(), position(), in("uv"), in("color"),
+                      in("strength"), outward());
     case kMultiply:
         if (isNeutral("a") || isNeutral("b"))
             return in(isNeutral("a") ? "b" : "a");
@@ -499,41 +505,6 @@ std::string ShaderWriter::withCoat(const std::string& color, const std::string& 
     }
     const std::string coat = declare("vec3", fNow.name + "Coat", joined(light));
     return filled("mix($, $, $ * coatFresnel($, view))", color, coat, in("clearcoat"), n);
-}
-
-// ---- The whole
-
-std::string ShaderWriter::varyings() const {
-    std::string text;
-    if (fPassesPosition)
-        text += "varying vec3 eyePosition;\n";
-    if (fPassesNormal)
-        text += "varying vec3 eyeNormal;\n";
-    for (const int set : fUvSets)
-        text += filled("varying vec2 uv$;\n", std::to_string(set));
-    return text;
-}
-
-std::string ShaderWriter::vertexSource() const {
-    std::string source = "#version 120\n\n" + varyings() + "\nvoid main() {\n";
-    if (fPassesPosition)
-        source += "    eyePosition = vec3(gl_ModelViewMatrix * gl_Vertex);\n";
-    if (fPassesNormal)
-        source += "    eyeNormal = gl_NormalMatrix * gl_Normal;\n";
-    for (const int set : fUvSets)
-        source += filled("    uv$ = gl_MultiTexCoord$.st;\n", std::to_string(set), std::to_string(set));
-    if (fPassesColor)
-        source += "    gl_FrontColor = gl_Color;\n    gl_BackColor = gl_Color;\n";
-    return source + "    gl_Position = ftransform();\n}\n";
-}
-
-std::string ShaderWriter::fragmentSource() const {
-    std::string source = "#version 120\n\n" + varyings();
-    for (const std::string& uniform : fUniforms)
-        source += uniform;
-    for (const std::string_view name : fSnippets)
-        (source += '\n') += snippet(name).text;
-    return source + "\nvoid main() {\n" + fGeometry + fLightCode + fBody + "}\n";
 }
 
 } // namespace koShadingDag

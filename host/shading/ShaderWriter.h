@@ -2,6 +2,7 @@
 
 #include "Network.h"
 #include "NodeCatalogue.h"
+#include "ShaderParts.h"
 
 #include <set>
 #include <string>
@@ -10,17 +11,15 @@
 
 namespace koShadingDag {
 
-/// Writes the parts of a fragment shader that are used, each once, and remembers what its vertex shader has
-/// to pass on.
+/// Writes the parts of a fragment shader that are used, each once, and notes what its vertex shader has to
+/// pass on.
 class ShaderWriter {
 public:
-    ShaderWriter(const Network& network, const std::vector<LightSpec>& lights);
+    /// The language matters where one has an operator and the other a function.
+    ShaderWriter(const Network& network, const std::vector<LightSpec>& lights, ShadingLanguage language);
 
-    /// Writes all that the material's own node needs, then its color.
-    void writeMaterial();
-
-    std::string vertexSource() const;
-    std::string fragmentSource() const;
+    /// All that the material's own node needs, then its color. Once.
+    ShaderParts writeMaterial();
 
 private:
     /// A node that is being written.
@@ -47,11 +46,12 @@ private:
     std::string uniform(std::string_view type, const std::string& name);
     std::string uvSet(int set);
     std::string normal();
+    std::string outward();
     std::string view();
     std::string position();
+    std::string transformed(const std::string& matrix, const std::string& vector) const;
     std::string declare(std::string_view type, const std::string& name, const std::string& value);
     void statement(const std::string& text);
-    std::string varyings() const;
 
     // Lights.
     void useLights();
@@ -80,18 +80,14 @@ private:
 
     const Network& fNetwork;
     const std::vector<LightSpec>& fLights;
+    ShadingLanguage fLanguage;
     const ShadingNodeSpec* fRoot;
     std::set<std::pair<const ShadingNodeSpec*, uint32_t>> fUsedOutputs;
     std::map<const ShadingNodeSpec*, std::string> fResults;
     Current fNow{};
 
-    bool fPassesPosition = false;
-    bool fPassesNormal = false;
-    bool fPassesColor = false;
-    std::set<int> fUvSets;
-    std::vector<std::string> fUniforms;
+    ShaderParts fParts;
     std::set<std::string> fDeclared;
-    std::vector<std::string_view> fSnippets;
     std::string fGeometry; ///< the surface's own normal and the way to the eye
     std::string fLightCode;
     std::string fBody;

@@ -82,20 +82,19 @@ float noise(vec2 place, int octaves) {
 
     {"bumped", "",
      R"(// The normal of a surface that a height raises, from how both change to the next pixels.
-vec3 bumped(vec3 normal, vec3 position, float height) {
+vec3 bumped(vec3 normal, vec3 position, float height, float outward) {
     vec3 alongX = dFdx(position);
     vec3 alongY = dFdy(position);
     vec3 acrossY = cross(alongY, normal);
     vec3 acrossX = cross(normal, alongX);
     float area = dot(alongX, acrossY);
     vec3 slope = sign(area) * (dFdx(height) * acrossY + dFdy(height) * acrossX);
-    float side = gl_FrontFacing ? 1.0 : -1.0;
-    return area == 0.0 ? normal : normalize(abs(area) * normal - side * slope);
+    return area == 0.0 ? normal : normalize(abs(area) * normal - outward * slope);
 }
 )"},
     {"mappedNormal", "",
      R"(// The normal that a normal map's color means: red along u, green against v, blue out of the surface.
-vec3 mappedNormal(vec3 normal, vec3 position, vec2 uv, vec3 color, float strength) {
+vec3 mappedNormal(vec3 normal, vec3 position, vec2 uv, vec3 color, float strength, float outward) {
     vec3 alongX = dFdx(position);
     vec3 alongY = dFdy(position);
     vec2 uvX = dFdx(uv);
@@ -110,19 +109,16 @@ vec3 mappedNormal(vec3 normal, vec3 position, vec2 uv, vec3 color, float strengt
     vec3 bitangent = cross(normal, tangent);
     bitangent *= dot(bitangent, alongV) > 0.0 ? -1.0 : 1.0;
     vec3 map = 2.0 * color - 1.0;
-    float side = gl_FrontFacing ? strength : -strength;
-    return normalize(side * (tangent * map.x + bitangent * map.y) + normal * map.z);
+    return normalize(outward * strength * (tangent * map.x + bitangent * map.y) + normal * map.z);
 }
 )"},
 
     // ---- lights
 
     {"attenuated", "",
-     R"(// The color of a light at a distance from it.
-vec3 attenuated(gl_LightSourceParameters light, float distance) {
-    float loss = light.constantAttenuation +
-                 distance * (light.linearAttenuation + distance * light.quadraticAttenuation);
-    return light.diffuse.rgb / loss;
+     R"(// The color of a light at a distance from it: constant, linear and quadratic losses.
+vec3 attenuated(vec3 color, vec3 losses, float distance) {
+    return color / (losses.x + distance * (losses.y + distance * losses.z));
 }
 )"},
     {"rangeWindow", "",

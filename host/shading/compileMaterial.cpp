@@ -22,19 +22,29 @@ std::string faultOf(const Network& network, const std::vector<LightSpec>& lights
     return "";
 }
 
+ShaderParts partsOf(const ShadingNodeSpec& node, const std::vector<LightSpec>* lights,
+                    ShadingLanguage language) {
+    static const std::vector<LightSpec> kNoLights;
+    const Network network(node);
+    const std::vector<LightSpec>& used = lights ? *lights : kNoLights;
+    ShaderParts refused;
+    refused.fault = faultOf(network, used);
+    return refused.fault.empty() ? ShaderWriter(network, used, language).writeMaterial() : refused;
+}
+
+void hand(const ShaderSources& sources, koString::CString& vertexSource, koString::CString& fragmentSource) {
+    vertexSource = sources.vertex.c_str();
+    fragmentSource = sources.fragment.c_str();
+}
+
 } // namespace
 
 void compileMaterialToGlsl(const ShadingNodeSpec& node, const std::vector<LightSpec>* lights,
                            koString::CString& vertexSource, koString::CString& fragmentSource) {
-    static const std::vector<LightSpec> kNoLights;
-    const Network network(node);
-    const std::vector<LightSpec>& used = lights ? *lights : kNoLights;
-    if (const std::string fault = faultOf(network, used); !fault.empty()) {
-        vertexSource = fragmentSource = ("#version 120\n#error " + fault + "\n").c_str();
-        return;
-    }
-    ShaderWriter writer(network, used);
-    writer.writeMaterial();
-    vertexSource = writer.vertexSource().c_str();
-    fragmentSource = writer.fragmentSource().c_str();
+    hand(glslSources(partsOf(node, lights, ShadingLanguage::Glsl)), vertexSource, fragmentSource);
+}
+
+void compileMaterialToCg(const ShadingNodeSpec& node, const std::vector<LightSpec>* lights,
+                         koString::CString& vertexSource, koString::CString& fragmentSource) {
+    hand(cgSources(partsOf(node, lights, ShadingLanguage::Cg)), vertexSource, fragmentSource);
 }

@@ -1,5 +1,7 @@
 #include "shader/GlslManager.h"
 
+#include "shader/NodeManager.h"
+
 #include <array>
 #include <new>
 
@@ -11,15 +13,6 @@ constexpr std::array<const char*, 4> kLightStrings = {"point_light", "spot_light
                                                       ""};
 constexpr std::array<const char*, 2> kTransparencyStrings = {"OpacityInAlpha", "TransparencyInRGB"};
 
-GlslManager* managerOf(koShadingDag::ShadingNodeSpec& node) {
-    if (!node.shaderManager())
-        node.assignShaderManager(new (std::nothrow) GlslManager);
-    IHWShaderManager* manager = node.shaderManager();
-    if (manager && typeid(*manager) == typeid(GlslManager)) // the usual case, without the search of a cast
-        return static_cast<GlslManager*>(manager);
-    return dynamic_cast<GlslManager*>(manager);
-}
-
 } // namespace
 
 GlslManager::~GlslManager() {
@@ -29,7 +22,7 @@ GlslManager::~GlslManager() {
 
 GlslShader* GlslManager::bindKOSLShader(koShadingDag::ShadingNodeSpec& node, const koString::CString& key,
                                         const std::vector<LightSpec>* lights) const {
-    GlslManager* manager = managerOf(node);
+    auto* manager = managerOf<GlslManager>(node);
     if (!manager)
         return nullptr;
     auto place = manager->fShaders.lower_bound(key);

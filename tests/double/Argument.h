@@ -25,7 +25,7 @@ class Argument {
 public:
     enum class Kind { Integer, Real, Pointer, Text };
     /// What a pointer points to, as far as it can be printed.
-    enum class Element { Opaque, Byte, UByte, Short, UShort, Int, UInt, Float, Double, String };
+    enum class Element { Opaque, Byte, UByte, Short, UShort, Int, UInt, Float, Double, String, StringList };
 
     template <typename T>
     requires(std::is_integral_v<T> || std::is_enum_v<T>) Argument(T value)
@@ -57,6 +57,8 @@ private:
     static constexpr Element elementOf() {
         if constexpr (std::is_same_v<T, char>)
             return Element::String;
+        else if constexpr (std::is_same_v<T, const char*>)
+            return Element::StringList;
         else if constexpr (std::is_same_v<T, float>)
             return Element::Float;
         else if constexpr (std::is_same_v<T, double>)

@@ -49,6 +49,14 @@ std::string pointerText(const void* pointer) {
     return text;
 }
 
+/// A list that a null ends.
+std::string listText(const char* const* strings) {
+    std::string text = "{";
+    for (; *strings; ++strings)
+        text += quoted(*strings) + ", ";
+    return text + "null}";
+}
+
 std::string formatArgument(const char* name, const std::vector<Argument>& arguments, size_t index) {
     const Argument& argument = arguments[index];
     switch (argument.kind()) {
@@ -70,6 +78,8 @@ std::string formatArgument(const char* name, const std::vector<Argument>& argume
         return "out";
     if (argument.element() == Argument::Element::String)
         return quoted(static_cast<const char*>(argument.pointer()));
+    if (argument.element() == Argument::Element::StringList && std::string_view(name).starts_with("cg"))
+        return listText(static_cast<const char* const*>(argument.pointer()));
     if (const std::optional<size_t> count = elementCount(name, arguments, index))
         return elementsText(argument, *count);
     return pointerText(argument.pointer());
@@ -102,6 +112,7 @@ std::string elementsText(const Argument& argument, size_t count) {
     case Argument::Element::Double:
         return join(static_cast<const double*>(elements), count);
     case Argument::Element::String:
+    case Argument::Element::StringList:
     case Argument::Element::Opaque:
         break;
     }

@@ -12,7 +12,8 @@
 // How an argument reads: integers and enums in decimal, whatever their type; floats as %g; pointers in hex or
 // as null; strings in quotes. Pointers to what GL reads at once (glVertex3fv, glLoadMatrixd, glLightfv,
 // glDeleteTextures, GLX attribute lists ...: see ArgumentRules.cpp) read as their elements, {1, 2, 3}.
-// Pointers that glGet... and glGen... write to read as out. call() follows the same rules.
+// Pointers that glGet... and glGen... write to read as out. Lists of strings that Cg takes read up to their
+// null. call() follows the same rules.
 
 #include "Argument.h"
 

@@ -462,6 +462,77 @@ void frameBuffers() {
     use(&validFrameBufferStatus);
 }
 
+void cgShaders() {
+    use(&init_explicit_Cg);
+    use(&fileExists);
+#define CG_CORE(name) use(F_##name);
+#define CG_GL(name) use(F_##name);
+#include <shader/CgEntryPoints.inc>
+    use(&CGcontextSingleton::theCgContext);
+    use(CGcontextSingleton::sCgContext);
+    const CGcontextSingleton context;
+    use(context.fContext);
+
+    using Shader = CGManager::CGShader;
+    using Name = const koString::CString&;
+    using Type = CGManager::CGProgramType;
+    const Shader shader{nullptr, nullptr, CG_PROFILE_UNKNOWN, CG_PROFILE_UNKNOWN};
+    use(shader.fVertexProgram);
+    use(shader.fFragmentProgram);
+    use(shader.fVertexProfile);
+    use(shader.fFragmentProfile);
+    use(&Shader::getVertexProgram);
+    use(&Shader::getFragmentProgram);
+    use(&Shader::getProgramFromType);
+    use(&Shader::loadVertexProgram);
+    use(&Shader::loadFragmentProgram);
+    use(&Shader::loadVertexProgramFromString);
+    use(&Shader::loadFragmentProgramFromString);
+    use(&Shader::enable);
+    use(&Shader::disable);
+    use(&Shader::destroy);
+    use(&Shader::setParameter1f);
+    use(&Shader::setParameterBool);
+    use(&Shader::setParameter2f);
+    use(&Shader::setParameter3f);
+    use(&Shader::setParameter3d);
+    use<void (Shader::*)(Type, Name, const koLinear::Point&) const>(&Shader::setParameter3fv);
+    use<void (Shader::*)(Type, Name, const koLinear::PointFlt&) const>(&Shader::setParameter3fv);
+    use(&Shader::setParameter4f);
+    use(&Shader::setParameter4d);
+    use<void (Shader::*)(Type, Name, const koLinear::HPoint&) const>(&Shader::setParameter4fv);
+    use<void (Shader::*)(Type, Name, const koLinear::Point&) const>(&Shader::setParameter4fv);
+    use<void (Shader::*)(Type, Name, const koLinear::PointFlt&) const>(&Shader::setParameter4fv);
+    use<void (Shader::*)(Type, Name, const koLinear::Vector&) const>(&Shader::setParameter4fv);
+    use<void (Shader::*)(Type, Name, const koLinear::VectorFlt&) const>(&Shader::setParameter4fv);
+    use<void (Shader::*)(Type, Name, const koLinear::ProjMatrix&) const>(&Shader::setParameterMatrix);
+    use<void (Shader::*)(Type, Name, const koLinear::ProjMatrixFlt&) const>(&Shader::setParameterMatrix);
+    use<void (Shader::*)(Type, Name, const koLinear::ProjMatrix&) const>(&Shader::setParameterMatrixRowMajor);
+    use<void (Shader::*)(Type, Name, const koLinear::ProjMatrixFlt&) const>(
+        &Shader::setParameterMatrixRowMajor);
+    use(&Shader::setParameterTexture);
+    use(&Shader::getParameterIndex);
+    use(&Shader::getTextureInterpolant);
+    use(&Shader::getTextureOffsetFromSemantic);
+
+    CGManager manager(CG_PROFILE_UNKNOWN, CG_PROFILE_UNKNOWN);
+    use(&CGManager::vertexProfileString);
+    use(&CGManager::fragmentProfileString);
+    use(&CGManager::getLightStringFromType);
+    use(&CGManager::getTransparencyTypeStringFromType);
+    use(&CGManager::bindShader);
+    use(&CGManager::bindVertexShader);
+    use(&CGManager::bindKOSLShader);
+    use(&CGManager::releaseShaderMap);
+    use(&CGManager::sceneHasChanged);
+    use(CGManager::kAmbientLight);
+    use(CGManager::kTransparencyInRGB);
+    use(CGManager::kFragmentProgram);
+    use(manager.fShaderMap.size());
+    use(manager.fVertexProfile);
+    use(manager.fFragmentProfile);
+}
+
 void shaders() {
     GlslShader shader;
     use(&GlslShader::create);
@@ -539,6 +610,7 @@ void shadingNetworks() {
     use(koShadingDag::TextureUsage().fAnisotropic);
     use(LightSpec{LightSpec::kSky}.fCastsShadow);
     use(&compileMaterialToGlsl);
+    use(&compileMaterialToCg);
 
     class Manager : public IHWShaderManager {};
     use(Manager());
@@ -621,6 +693,7 @@ int main() {
     shadingNetworks();
     particles();
     shaders();
+    cgShaders();
     textures();
     computedTextures();
     textureUse();

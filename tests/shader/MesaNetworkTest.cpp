@@ -2,7 +2,9 @@
 
 #include "RandomNetwork.h"
 
+#include "shader/CGManager.h"
 #include "shader/GlslManager.h"
+#include "texture/GLTexUsage.h"
 #include "texture/GLTexture2D.h"
 
 #include <chrono>
@@ -43,7 +45,9 @@ private:
     GLuint fFramebuffer = 0;
 };
 
-class MesaNetwork : public MesaTest {
+enum class Language { Glsl, Cg };
+
+class MesaNetwork : public MesaTest, public testing::WithParamInterface<Language> {
 protected:
     void SetUp() override {
         MesaTest::SetUp();
@@ -58,6 +62,7 @@ protected:
     }
 
     void TearDown() override {
+        fCgManager.reset();
         fTexture->unref();
         fTarget.reset();
         MesaTest::TearDown();
@@ -115,7 +120,48 @@ protected:
     }
 
     /// Binds a network's shader with all that it reads.
-    void bind(ShadingNodeSpec& node) {
+    void bind(ShadingNodeSpec& node) { GetParam() == Language::Cg ? bindCg(node) : bindGlsl(node); }
+
+    void bindCg(ShadingNodeSpec& node) {
+        if (!fCgManager)
+            fCgManager = std::make_unique<CGManager>(CG_PROFILE_GLSLV, CG_PROFILE_GLSLF);
+        const auto* shader = fCgManager->bindKOSLShader(node, node.networkKey(&fSpecs), &fSpecs);
+        ASSERT_NE(shader, nullptr);
+        ASSERT_TRUE(shader->getVertexProgram() && shader->getFragmentProgram()) << cgListing();
+        constexpr auto kFragment = CGManager::kFragmentProgram;
+        for (const ShadingNodeSpec::Uniform& uniform : node.uniforms()) {
+            const float* v = uniform.fValues;
+            if (uniform.fComponents == 1)
+                shader->setParameter1f(kFragment, uniform.fName, v[0], false);
+            else if (uniform.fComponents == 2)
+                shader->setParameter2f(kFragment, uniform.fName, v[0], v[1]);
+            else
+                shader->setParameter3f(kFragment, uniform.fName, v[0], v[1], v[2]);
+        }
+        for (const ShadingNodeSpec::Sampler& sampler : node.samplers()) {
+            const TextureUsage& usage = sampler.fUsage;
+            shader->setParameterTexture(kFragment, sampler.fName,
+                                        static_cast<IGLTexture*>(sampler.fTexture)->textureName());
+            const unsigned unit = shader->getParameterIndex(kFragment, sampler.fName);
+            if (unit == 0xFFFFFFFF) // the compiler found no use for it
+                continue;
+            gl().glActiveTexture(GL_TEXTURE0 + unit);
+            GLTexUsage::setWrapMode(GL_TEXTURE_2D, usage.fWrapS, usage.fWrapT);
+            GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, usage.fMinFilter, usage.fMagFilter);
+            GLTexUsage::setBorderColor(GL_TEXTURE_2D, usage.fBorderColor);
+        }
+        shader->setParameter1f(kFragment, "light1InverseRange", static_cast<float>(1.0 / fLights[1].range),
+                               false);
+        shader->setParameter1f(kFragment, "light3InnerCosine", static_cast<float>(fLights[3].innerCosine),
+                               false);
+    }
+
+    static std::string cgListing() {
+        const char* listing = F_cgGetLastListing(*CGcontextSingleton::theCgContext());
+        return listing ? listing : "";
+    }
+
+    void bindGlsl(ShadingNodeSpec& node) {
         const GlslShader* shader = fManager.bindKOSLShader(node, node.networkKey(&fSpecs), &fSpecs);
         ASSERT_NE(shader, nullptr);
         ASSERT_FALSE(shader->fNeedsLink) << "it doesn't link";
@@ -190,12 +236,14 @@ protected:
         if (HasFailure()) {
             koString::CString vertex;
             koString::CString fragment;
-            compileMaterialToGlsl(*made.node, &fSpecs, vertex, fragment);
+            (GetParam() == Language::Cg ? compileMaterialToCg : compileMaterialToGlsl)(*made.node, &fSpecs,
+                                                                                       vertex, fragment);
             FAIL() << fragment.asChar();
         }
     }
 
     GlslManager fManager;
+    std::unique_ptr<CGManager> fCgManager;
     GLTexture2D* fTexture = nullptr;
     std::vector<V3> fTexels;
     std::vector<TestLight> fLights;
@@ -203,7 +251,7 @@ protected:
     std::unique_ptr<FloatTarget> fTarget;
 };
 
-TEST_F(MesaNetwork, drawsEveryKindOfNode) {
+TEST_P(MesaNetwork, drawsEveryKindOfNode) {
     std::mt19937 random(1);
     for (uint32_t kind = 0; kind < kNodeKindCount; ++kind) {
         for (unsigned seed = 0; seed < 6 && !HasFailure(); ++seed) {
@@ -214,17 +262,19 @@ TEST_F(MesaNetwork, drawsEveryKindOfNode) {
     }
 }
 
-TEST_F(MesaNetwork, drawsRandomNetworks) {
+TEST_P(MesaNetwork, drawsRandomNetworks) {
     std::mt19937 random(2);
     constexpr NodeKind kRoots[] = {kLambert, kBlinnPhong, kMetallicRoughness, kSpecularGlossiness, kMix};
-    for (unsigned seed = 0; seed < 200 && !HasFailure(); ++seed) {
+    // Each takes the driver a quarter of a second.
+    const unsigned count = GetParam() == Language::Cg ? 50 : 200;
+    for (unsigned seed = 0; seed < count && !HasFailure(); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomNetwork network(seed, fTexture, fTexels, fLights);
         expectEqual(network.make(kRoots[seed % 5], 4), random);
     }
 }
 
-TEST_F(MesaNetwork, hidesOrFadesByOpacity) {
+TEST_P(MesaNetwork, hidesOrFadesByOpacity) {
     gl().glClearColor(0, 0, 1, 1);
     const auto drawn = [&](AlphaMode mode, float opacity) {
         ShadingNodeSpec material(kUnlit);
@@ -243,10 +293,11 @@ TEST_F(MesaNetwork, hidesOrFadesByOpacity) {
     gl().glClearColor(0, 0, 0, 0);
 }
 
-TEST_F(MesaNetwork, drawsAThousandNodes) {
+TEST_P(MesaNetwork, drawsLongChains) {
+    const int count = GetParam() == Language::Cg ? 300 : 1000;
     auto last = std::make_shared<ShadingNodeSpec>(kMultiply);
     last->setValue("a", 1.0F);
-    for (int i = 1; i < 999; ++i) {
+    for (int i = 1; i < count - 1; ++i) {
         auto next = std::make_shared<ShadingNodeSpec>(i % 2 ? kMultiply : kMix);
         next->setValue(i % 2 ? "b" : "weight", i % 2 ? 0.999F : 0.001F);
         ASSERT_TRUE(next->connect("a", last, "color").empty());
@@ -257,10 +308,13 @@ TEST_F(MesaNetwork, drawsAThousandNodes) {
     const auto start = std::chrono::steady_clock::now();
     bind(material);
     double wanted = 1.0;
-    for (int i = 1; i < 999; ++i)
+    for (int i = 1; i < count - 1; ++i)
         wanted = i % 2 ? wanted * 0.999F : std::lerp(wanted, 1.0, 0.001);
     EXPECT_NEAR(draw()[0], wanted, 1e-3);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60)) << "it hangs";
 }
+
+INSTANTIATE_TEST_SUITE_P(In, MesaNetwork, testing::Values(Language::Glsl, Language::Cg),
+                         [](const auto& test) { return test.param == Language::Cg ? "Cg" : "Glsl"; });
 
 } // namespace

@@ -195,3 +195,9 @@ private:
 ORLOHOST_API void compileMaterialToGlsl(const koShadingDag::ShadingNodeSpec& node,
                                         const std::vector<LightSpec>* lights, koString::CString& vertexSource,
                                         koString::CString& fragmentSource);
+
+/// The same in Cg, with the same names of uniforms and samplers (which are global). The entries are called
+/// main. Compile the vertex program with "-posinv": it leaves the position to that.
+ORLOHOST_API void compileMaterialToCg(const koShadingDag::ShadingNodeSpec& node,
+                                      const std::vector<LightSpec>* lights, koString::CString& vertexSource,
+                                      koString::CString& fragmentSource);

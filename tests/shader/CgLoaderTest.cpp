@@ -1,0 +1,252 @@
+#include "CgTest.h"
+
+#include "FakeLoader.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+// Spelled once more: the loader's own list can't vouch for itself.
+const char* const kCoreNames[] = {
+    "cgCreateContext",
+    "cgDestroyContext",
+    "cgIsContext",
+    "cgGetLastListing",
+    "cgCreateProgram",
+    "cgCreateProgramFromFile",
+    "cgCopyProgram",
+    "cgDestroyProgram",
+    "cgGetFirstProgram",
+    "cgGetNextProgram",
+    "cgGetProgramContext",
+    "cgIsProgram",
+    "cgCompileProgram",
+    "cgIsProgramCompiled",
+    "cgGetProgramString",
+    "cgGetProgramProfile",
+    "cgGetNamedParameter",
+    "cgGetFirstParameter",
+    "cgGetNextParameter",
+    "cgGetFirstLeafParameter",
+    "cgGetNextLeafParameter",
+    "cgGetFirstStructParameter",
+    "cgGetFirstDependentParameter",
+    "cgGetArrayParameter",
+    "cgGetArrayDimension",
+    "cgGetArraySize",
+    "cgGetParameterProgram",
+    "cgIsParameter",
+    "cgGetParameterName",
+    "cgGetParameterType",
+    "cgGetParameterSemantic",
+    "cgGetParameterResource",
+    "cgGetParameterBaseResource",
+    "cgGetParameterResourceIndex",
+    "cgGetParameterVariability",
+    "cgGetParameterDirection",
+    "cgIsParameterReferenced",
+    "cgGetParameterValues",
+    "cgGetTypeString",
+    "cgGetType",
+    "cgGetResourceString",
+    "cgGetResource",
+    "cgGetProfileString",
+    "cgGetProfile",
+    "cgGetError",
+    "cgGetErrorString",
+    "cgSetErrorCallback",
+    "cgGetErrorCallback",
+};
+
+const char* const kBindingNames[] = {
+    "cgGLIsProfileSupported",
+    "cgGLEnableProfile",
+    "cgGLDisableProfile",
+    "cgGLGetLatestProfile",
+    "cgGLSetOptimalOptions",
+    "cgGLLoadProgram",
+    "cgGLBindProgram",
+    "cgGLSetParameter1f",
+    "cgGLSetParameter2f",
+    "cgGLSetParameter3f",
+    "cgGLSetParameter4f",
+    "cgGLSetParameter1fv",
+    "cgGLSetParameter2fv",
+    "cgGLSetParameter3fv",
+    "cgGLSetParameter4fv",
+    "cgGLSetParameter1d",
+    "cgGLSetParameter2d",
+    "cgGLSetParameter3d",
+    "cgGLSetParameter4d",
+    "cgGLSetParameter1dv",
+    "cgGLSetParameter2dv",
+    "cgGLSetParameter3dv",
+    "cgGLSetParameter4dv",
+    "cgGLGetParameter1f",
+    "cgGLGetParameter2f",
+    "cgGLGetParameter3f",
+    "cgGLGetParameter4f",
+    "cgGLGetParameter1d",
+    "cgGLGetParameter2d",
+    "cgGLGetParameter3d",
+    "cgGLGetParameter4d",
+    "cgGLSetParameterArray1f",
+    "cgGLSetParameterArray2f",
+    "cgGLSetParameterArray3f",
+    "cgGLSetParameterArray4f",
+    "cgGLSetParameterArray1d",
+    "cgGLSetParameterArray2d",
+    "cgGLSetParameterArray3d",
+    "cgGLSetParameterArray4d",
+    "cgGLGetParameterArray1f",
+    "cgGLGetParameterArray2f",
+    "cgGLGetParameterArray3f",
+    "cgGLGetParameterArray4f",
+    "cgGLGetParameterArray1d",
+    "cgGLGetParameterArray2d",
+    "cgGLGetParameterArray3d",
+    "cgGLGetParameterArray4d",
+    "cgGLSetParameterPointer",
+    "cgGLEnableClientState",
+    "cgGLDisableClientState",
+    "cgGLSetMatrixParameterdr",
+    "cgGLSetMatrixParameterfr",
+    "cgGLSetMatrixParameterdc",
+    "cgGLSetMatrixParameterfc",
+    "cgGLGetMatrixParameterdr",
+    "cgGLGetMatrixParameterfr",
+    "cgGLGetMatrixParameterdc",
+    "cgGLGetMatrixParameterfc",
+    "cgGLSetStateMatrixParameter",
+    "cgGLSetMatrixParameterArrayfc",
+    "cgGLSetMatrixParameterArrayfr",
+    "cgGLSetMatrixParameterArraydc",
+    "cgGLSetMatrixParameterArraydr",
+    "cgGLGetMatrixParameterArrayfc",
+    "cgGLGetMatrixParameterArrayfr",
+    "cgGLGetMatrixParameterArraydc",
+    "cgGLGetMatrixParameterArraydr",
+    "cgGLSetTextureParameter",
+    "cgGLGetTextureParameter",
+    "cgGLEnableTextureParameter",
+    "cgGLDisableTextureParameter",
+    "cgGLGetTextureEnum",
+};
+
+struct Pointer {
+    const char* name;
+    void* (*value)();
+};
+
+#define CG_CORE(name) {#name, [] { return reinterpret_cast<void*>(F_##name); }},
+#define CG_GL(name) CG_CORE(name)
+const Pointer kPointers[] = {
+#include "shader/CgEntryPoints.inc"
+};
+
+size_t countOfFilled() {
+    return static_cast<size_t>(std::count_if(std::begin(kPointers), std::end(kPointers),
+                                             [](const Pointer& pointer) { return pointer.value(); }));
+}
+
+const std::string kOpenCore = call("dlopen", "libCg.so", 1);
+const std::string kOpenBinding = call("dlopen", "libCgGL.so", 1);
+
+/// The calls of a whole loading.
+Calls loading() {
+    Calls calls{kOpenCore};
+    for (const char* name : kCoreNames)
+        calls.push_back(call("dlsym", name));
+    calls.push_back(kOpenBinding);
+    for (const char* name : kBindingNames)
+        calls.push_back(call("dlsym", name));
+    return calls;
+}
+
+class CgLoader : public CgTest {
+protected:
+    CgLoader() { resetLoader(); }
+};
+
+TEST_F(CgLoader, opensBothByTheirBareNamesAndLooksUpAll) {
+    static_assert(std::size(kCoreNames) == 48 && std::size(kBindingNames) == 72);
+    setenv("ORLO_LOCATION", "/nowhere", 1);
+    EXPECT_EQ(countOfFilled(), 0u);
+    EXPECT_TRUE(init_explicit_Cg());
+    EXPECT_EQ(loaderCalls(), loading());
+    EXPECT_EQ(countOfFilled(), 120u);
+    resetLoader();
+    F_cgCreateContext = nullptr;
+    EXPECT_TRUE(init_explicit_Cg());
+    EXPECT_EQ(loaderCalls(), Calls{}) << "once is enough";
+    EXPECT_EQ(F_cgCreateContext, nullptr);
+}
+
+TEST_F(CgLoader, pointsEachAtItsOwn) {
+    std::map<std::string, int> places;
+    for (const Pointer& pointer : kPointers)
+        replacedSymbols()[pointer.name] = &places[pointer.name];
+    EXPECT_TRUE(init_explicit_Cg());
+    for (const Pointer& pointer : kPointers)
+        EXPECT_EQ(pointer.value(), &places[pointer.name]) << pointer.name;
+}
+
+TEST_F(CgLoader, triesAgainUntilBothAreThere) {
+    missingLibraries() = {"libCg.so", "libCgGL.so"};
+    EXPECT_FALSE(init_explicit_Cg());
+    EXPECT_FALSE(init_explicit_Cg());
+    EXPECT_EQ(loaderCalls(), (Calls{kOpenCore, kOpenCore}));
+    const CGcontext* none = CGcontextSingleton::theCgContext();
+    ASSERT_NE(none, nullptr);
+    EXPECT_EQ(*none, nullptr);
+    EXPECT_EQ(countOfFilled(), 0u);
+
+    missingLibraries() = {"libCgGL.so"};
+    EXPECT_FALSE(init_explicit_Cg());
+    EXPECT_EQ(countOfFilled(), 48u);
+    EXPECT_NE(F_cgGetErrorCallback, nullptr);
+    EXPECT_EQ(F_cgGLIsProfileSupported, nullptr);
+
+    resetLoader();
+    EXPECT_TRUE(init_explicit_Cg());
+    EXPECT_EQ(loaderCalls(), loading());
+    EXPECT_EQ(recorded(), Calls{}) << "nobody made a context";
+}
+
+TEST_F(CgLoader, tellsOnceThatANameIsMissing) {
+    missingSymbols() = {"cgGLGetTextureEnum"};
+    EXPECT_EQ(printed([] { EXPECT_FALSE(init_explicit_Cg()); }), "");
+    EXPECT_EQ(countOfFilled(), 119u);
+    EXPECT_TRUE(init_explicit_Cg());
+}
+
+TEST_F(CgLoader, opensNothingForTheSakeOfGapsInTheCoreAlone) {
+    missingSymbols() = {"cgIsContext"};
+    const CGcontext* none = CGcontextSingleton::theCgContext();
+    EXPECT_EQ(*none, nullptr) << "the first to ask gets none";
+    EXPECT_EQ(CGcontextSingleton::theCgContext(), none);
+    delete CGcontextSingleton::sCgContext;
+    EXPECT_EQ(*CGcontextSingleton::theCgContext(), context()) << "the next goes on with what is there";
+}
+
+TEST_F(CgLoader, managersDoNothingThroughMissingEntryPoints) {
+    missingLibraries() = {"libCg.so"};
+    CGManager manager(CG_PROFILE_ARBVP1, CG_PROFILE_ARBFP1);
+    EXPECT_STREQ(manager.vertexProfileString(), "Unknown");
+    CGManager::CGShader shader{handle<CGprogram>(1), nullptr, CG_PROFILE_ARBVP1, CG_PROFILE_ARBFP1};
+    shader.enable();
+    shader.setParameter1f(CGManager::kVertexProgram, "gain", 1.0F, false);
+    EXPECT_EQ(shader.getParameterIndex(CGManager::kVertexProgram, "gain"), 0xFFFFFFFF);
+    EXPECT_EQ(printed([&] { EXPECT_FALSE(shader.loadFragmentProgram("f.cg", nullptr)); }),
+              "Fragment program failed to compile:\nf.cg\n");
+    koShadingDag::ShadingNodeSpec node(koShadingDag::kUnlit);
+    const CGManager::CGShader* bound = manager.bindKOSLShader(node, "k", nullptr);
+    ASSERT_NE(bound, nullptr);
+    EXPECT_EQ(bound->getVertexProgram(), nullptr);
+    shader.destroy();
+    EXPECT_EQ(shader.getVertexProgram(), nullptr);
+    EXPECT_EQ(recorded(), Calls{});
+}
+
+} // namespace
