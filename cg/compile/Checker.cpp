@@ -88,10 +88,8 @@ void Checker::checkFunction(Function& function) {
                               "the length of the array " + inQuotes(parameter->name) + " is missing");
         if (!parameter->name.empty())
             declare(*parameter);
-        if (parameter->initializer && !parameter->initializer->type) {
-            check(parameter->initializer);
-            convert(parameter->initializer, parameter->type, "a parameter's default");
-        }
+        if (parameter->initializer && !parameter->initializer->type)
+            checkInitializer(*parameter, "a parameter's default");
     }
     checkStatement(*function.body);
     fScopes = std::move(callersScopes);
@@ -119,6 +117,10 @@ void Checker::checkVariable(Variable& variable) {
                               "the array " + inQuotes(variable.name) + " has neither a length nor values");
         return;
     }
+    checkInitializer(variable, "a value");
+}
+
+void Checker::checkInitializer(Variable& variable, const char* what) {
     Expression& first = *variable.initializer;
     if (first.kind == Expression::Kind::List) {
         if (variable.type->isArray() && variable.type->length == 0)
@@ -133,7 +135,7 @@ void Checker::checkVariable(Variable& variable) {
     check(variable.initializer);
     if (variable.type->isArray() && variable.type->length == 0 && variable.initializer->type->isArray())
         variable.type = variable.initializer->type;
-    convert(variable.initializer, variable.type, "a value");
+    convert(variable.initializer, variable.type, what);
 }
 
 void Checker::checkGlobal(Variable& global) {

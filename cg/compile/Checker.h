@@ -27,6 +27,7 @@ private:
     void checkFunction(Function& function);
     void checkGlobal(Variable& global);
     void checkVariable(Variable& variable);
+    void checkInitializer(Variable& variable, const char* what);
     void checkStatement(Statement& statement);
     void checkBody(Statement& statement);
     void checkCondition(ExpressionPtr& condition, const char* of);

@@ -26,7 +26,6 @@ constexpr int kFragment = 1;
 struct LeafState : Extension {
     std::vector<float> values;
     GLint location = -1;
-    int unit = -1; ///< of a sampler
     GLuint texture = 0;
 };
 
@@ -149,30 +148,6 @@ void forEachLeaf(ProgramObject& program, Use&& use) {
                 forEachLeaf(*parameter, names, "", 0, use);
 }
 
-/// Gives each sampler the unit that its semantic names, else the first that none does.
-void setUnits(const GL& gl, ProgramObject& program, GLuint name) {
-    std::vector<bool> isTaken(32);
-    forEachLeaf(program, [&](ParameterObject& leaf, const std::string&) {
-        const int wanted = static_cast<int>(leaf.resource) - CG_TEXUNIT0;
-        if (leaf.type->isSampler() && wanted >= 0 && wanted < 16) {
-            stateOf(leaf).unit = wanted;
-            isTaken[static_cast<size_t>(wanted)] = true;
-        }
-    });
-    forEachLeaf(program, [&](ParameterObject& leaf, const std::string& glsl) {
-        if (!leaf.type->isSampler())
-            return;
-        LeafState& state = stateOf(leaf);
-        const GLint location = gl.getUniformLocation(name, glsl.c_str());
-        if (state.unit < 0 && location >= 0) {
-            state.unit = static_cast<int>(std::find(isTaken.begin(), isTaken.end(), false) - isTaken.begin());
-            isTaken[static_cast<size_t>(state.unit) % isTaken.size()] = true;
-        }
-        if (location >= 0)
-            gl.uniformInts[0](name, location, 1, &state.unit);
-    });
-}
-
 /// Compiles and links; 0 where GL refuses, and the context's listing says why.
 GLuint makeProgram(const GL& gl, ProgramObject& program) {
     const bool isVertex = program.options.stage == Stage::Vertex;
@@ -213,12 +188,12 @@ void load(ProgramObject& program) {
     }
     const GLuint name = loaded(program)->name;
     forEachLeaf(program, [&](ParameterObject& leaf, const std::string& glsl) {
-        if (!leaf.type->isNumeric())
-            return;
-        stateOf(leaf).location = gl->getUniformLocation(name, glsl.c_str());
-        upload(leaf);
+        const GLint location = stateOf(leaf).location = gl->getUniformLocation(name, glsl.c_str());
+        if (leaf.type->isNumeric())
+            upload(leaf);
+        else if (leaf.type->isSampler() && location >= 0)
+            gl->uniformInts[0](name, location, 1, &leaf.unit);
     });
-    setUnits(*gl, program, name);
 }
 
 /// The current context's pipeline, made anew where it is none: a new context may be where an old one was.
@@ -530,11 +505,11 @@ void bindTexture(CGparameter handle, bool on) {
     if (!gl)
         return;
     const LeafState& state = stateOf(*p);
-    if (state.unit < 0)
+    if (state.location < 0)
         return; // the program doesn't use it
     constexpr std::array<GLenum, 6> kTargets = {GL_TEXTURE_2D, GL_TEXTURE_1D,        GL_TEXTURE_2D,
                                                 GL_TEXTURE_3D, GL_TEXTURE_RECTANGLE, GL_TEXTURE_CUBE_MAP};
-    gl->activeTexture(GL_TEXTURE0 + static_cast<GLenum>(state.unit));
+    gl->activeTexture(GL_TEXTURE0 + static_cast<GLenum>(p->unit));
     gl->bindTexture(kTargets[static_cast<size_t>(p->type->sampler)], on ? state.texture : 0);
     gl->activeTexture(GL_TEXTURE0);
 }
@@ -753,6 +728,5 @@ void cgGLDisableTextureParameter(CGparameter parameter) {
 
 GLenum cgGLGetTextureEnum(CGparameter parameter) {
     ParameterObject* p = findSampler(parameter);
-    const int unit = p ? stateOf(*p).unit : -1;
-    return unit < 0 ? 0 : GL_TEXTURE0 + static_cast<GLenum>(unit);
+    return p && p->unit >= 0 ? GL_TEXTURE0 + static_cast<GLenum>(p->unit) : 0;
 }

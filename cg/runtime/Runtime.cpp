@@ -8,6 +8,7 @@
 #include <exception>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -145,6 +146,39 @@ std::unique_ptr<ParameterObject> makeParameter(ProgramObject& program, const Par
     return made;
 }
 
+void collectSamplers(ParameterObject& parameter, std::vector<ParameterObject*>& samplers) {
+    if (parameter.type->isSampler())
+        samplers.push_back(&parameter);
+    for (const std::unique_ptr<ParameterObject>& part : parameter.parts)
+        collectSamplers(*part, samplers);
+}
+
+/// Each sampler has the texture unit that its semantic names, else the first that none does.
+void placeSamplers(ProgramObject& program) {
+    constexpr int kNamedUnits = 16;
+    std::vector<ParameterObject*> samplers;
+    for (const auto& list : program.parameters)
+        for (const std::unique_ptr<ParameterObject>& parameter : list)
+            collectSamplers(*parameter, samplers);
+    std::set<int> taken;
+    for (ParameterObject* sampler : samplers) {
+        const int wanted = static_cast<int>(sampler->resource) - CG_TEXUNIT0;
+        if (wanted >= 0 && wanted < kNamedUnits)
+            taken.insert(sampler->unit = wanted);
+    }
+    int next = 0;
+    for (ParameterObject* sampler : samplers) {
+        if (sampler->unit >= 0 || !sampler->variable->isReferenced)
+            continue;
+        while (taken.contains(next))
+            ++next;
+        sampler->unit = next++;
+        sampler->resourceIndex = static_cast<unsigned long>(sampler->unit);
+        if (sampler->unit < kNamedUnits)
+            sampler->resource = static_cast<CGresource>(CG_TEXUNIT0 + sampler->unit);
+    }
+}
+
 /// The first leaf of a parameter.
 ParameterObject* firstLeaf(ParameterObject* parameter) {
     while (!parameter->parts.empty())
@@ -193,6 +227,7 @@ void readArguments(const char** arguments, CompileOptions& options) {
         argument.remove_prefix(2);
         if (argument.empty() && arguments[1])
             argument = *++arguments;
+        argument.remove_prefix(std::min(argument.find_first_not_of(' '), argument.size())); // "-I folder"
         list.emplace_back(argument);
     }
 }
@@ -266,6 +301,7 @@ bool ProgramObject::compile() {
         list.push_back(makeParameter(*this, parameter));
         list.back()->place = list.size() - 1;
     }
+    placeSamplers(*this);
     return true;
 }
 

@@ -32,6 +32,7 @@ struct ParameterObject {
     std::string semantic;
     CGresource resource = CG_UNDEFINED;
     unsigned long resourceIndex = 0;
+    int unit = -1; ///< of a sampler that the program reads
     bool isUniform = false;
     bool isOutput = false;
     std::vector<std::unique_ptr<ParameterObject>> parts; ///< members or elements

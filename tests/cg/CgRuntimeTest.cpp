@@ -17,7 +17,7 @@ uniform float4 tint = {1, 0.5, 0.25, 1};
 uniform float unused;
 uniform float2x2 turn = float2x2(1, 2, 3, 4);
 void main(float2 uv : TEXCOORD2, float4 c[2] : TEXCOORD4, uniform Light lights[3], uniform sampler2D base : TEXUNIT5,
-          uniform float idle, uniform half3 gain = half3(1, 2, 3), out float4 color : COLOR, out float depth : DEPTH)
+          uniform float idle, uniform half3 gain = {1, 2, 3}, out float4 color : COLOR, out float depth : DEPTH)
 {
     color = tex2D(lights[1].map, uv) * tint * gain.xyzz + tex2D(base, turn[0]) * lights[0].weights[1] + c[1];
     depth = 0.5;
@@ -155,6 +155,14 @@ TEST_F(CgRuntime, compilesFromTextAndFile) {
     const CGprogram fromFile = cgCreateProgramFromFile(fContext, CG_SOURCE, (folder + "/a.cg").c_str(),
                                                        CG_PROFILE_GLSLF, "go", nullptr);
     EXPECT_NE(fromFile, nullptr) << cgGetLastListing(fContext);
+    for (const std::string& there :
+         {"-I" + folder, "-I " + folder, std::string("-I")}) { // the last: in two words
+        const char* search[] = {there.c_str(), folder.c_str(), nullptr};
+        EXPECT_NE(compiled("#include <inc.h>\nfloat4 main() : COLOR { return HALF; }", CG_PROFILE_GLSLF,
+                           "main", search),
+                  nullptr)
+            << there;
+    }
     EXPECT_EQ(cgCreateProgramFromFile(fContext, CG_SOURCE, "/no/such.cg", CG_PROFILE_ARBFP1, "go", nullptr),
               nullptr);
     EXPECT_EQ(cgGetError(), CG_FILE_READ_ERROR);
@@ -233,6 +241,8 @@ TEST_F(CgRuntime, tellsWhatAParameterIs) {
         {"lights[0]", CG_STRUCT, CG_UNIFORM, CG_IN, "", CG_UNDEFINED, CG_UNDEFINED, 0, true},
         {"lights[0].color", CG_FLOAT3, CG_UNIFORM, CG_IN, "", CG_C, CG_C, 0, true},
         {"base", CG_SAMPLER2D, CG_UNIFORM, CG_IN, "TEXUNIT5", CG_TEXUNIT0 + 5, CG_TEXUNIT0, 5, true},
+        {"lights[0].map", CG_SAMPLER2D, CG_UNIFORM, CG_IN, "", CG_TEXUNIT0, CG_TEXUNIT0, 0, true},
+        {"lights[2].map", CG_SAMPLER2D, CG_UNIFORM, CG_IN, "", CG_TEXUNIT0 + 2, CG_TEXUNIT0, 2, true},
         {"idle", CG_FLOAT, CG_UNIFORM, CG_IN, "", CG_C, CG_C, 0, false},
         {"gain", CG_HALF3, CG_UNIFORM, CG_IN, "", CG_C, CG_C, 0, true},
         {"turn", static_cast<CGtype>(CG_FLOAT1x1 + 5), CG_UNIFORM, CG_IN, "", CG_C, CG_C, 0, true},
