@@ -1,5 +1,5 @@
-# What `cmake --install` puts in place: the two libraries, their public headers, the viewer, the documents, and a CMake
-# package. Everything finds its neighbours by relative paths, so that an installed tree can be moved as a whole.
+# What `cmake --install` puts in place: the two libraries, the Cg runtime, their public headers, the viewer with its
+# shaders, the documents, and a CMake package. Everything finds its neighbours by relative paths, so that an installed tree can be moved as a whole.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -29,6 +29,7 @@ if(TARGET orloview)
   file(RELATIVE_PATH libraries_from_programs ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
   install(TARGETS orloview)
   set_target_properties(orloview PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_programs}")
+  install(DIRECTORY share/ DESTINATION ${CMAKE_INSTALL_DATADIR}/orlogl)
 endif()
 
 install(TARGETS orlocg Cg CgGL)

@@ -2,6 +2,9 @@
 
 #include "ExitCode.h"
 #include "Render.h"
+#include "shading/CgUserShader.h"
+#include "shading/GlslLanguage.h"
+#include "shading/GlslUserShader.h"
 
 #include <gl/GLFunctionTable.h>
 
@@ -9,7 +12,13 @@ namespace orloview {
 
 namespace {
 
-Shading shadingFor(const Options& options) {
+bool hasUserShader(const Options& options) {
+    return options.cg || !options.shader.empty();
+}
+
+} // namespace
+
+Shading DrawnScene::chooseShading(const Options& options) {
     const bool hasShaders = GLFunctionTable::fpGlobalFunctionTable->usable(kCapShaderObjects);
     if (options.shading == Shading::Glsl && !hasShaders)
         throw Failure(kExitNoGL, "--shading glsl: this OpenGL has no shaders (GL_ARB_shader_objects); give "
@@ -17,31 +26,39 @@ Shading shadingFor(const Options& options) {
     if (!options.shader.empty() && !hasShaders)
         throw Failure(kExitNoGL,
                       "--shader: this OpenGL has no shaders (GL_ARB_shader_objects); leave it out");
-    if (!options.shader.empty())
+    if (hasUserShader(options))
         return Shading::Fixed; // a shader of the user's finds what GL's own functions need
-    return options.shading.value_or(hasShaders ? Shading::Glsl : Shading::Fixed);
+    const Shading usual = hasShaders ? Shading::Glsl : Shading::Fixed;
+    if (options.shading != Shading::Cg)
+        return options.shading.value_or(usual);
+    fCg = findCg();
+    if (!fCg.fault.empty() && options.compare)
+        throw Failure(kExitNoGL, "--compare cg: " + fCg.fault);
+    return fCg.fault.empty() ? Shading::Cg : usual;
 }
-
-} // namespace
 
 DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& options,
                        const ProgressReport& report)
-    : fShading(shadingFor(options)), fLights(scene), fDrawable(scene, fShading, report), fGrid(guides.grid),
-      fAxes(guides.axes) {
+    : fShading(chooseShading(options)), fLights(scene),
+      fDrawable(scene, fShading, report, hasUserShader(options)), fGrid(guides.grid), fAxes(guides.axes) {
     if (options.cull)
         fCulling.emplace(fDrawable);
     if (options.particles)
         fParticles.emplace(scene, ParticleOptions{*options.particles, options.lit, options.spriteImages});
     if (options.demo)
         fFountain.emplace();
-    if (!options.shader.empty())
-        fUserShader.emplace(options.shader, fLights);
-    if (fShading != Shading::Glsl)
+    if (options.cg)
+        fUserShader = std::make_unique<CgUserShader>(*options.cg, fLights);
+    else if (!options.shader.empty())
+        fUserShader = std::make_unique<GlslUserShader>(options.shader, fLights);
+    if (fShading == Shading::Fixed)
         return;
     if (options.shadows && fLights.hasMainLight())
         fShadows.emplace(scene, fLights);
     fShaders.emplace(scene, fLights, options.sky ? &*options.sky : nullptr, upOf(options),
-                     fShadows ? &*fShadows : nullptr);
+                     fShadows ? &*fShadows : nullptr,
+                     fShading == Shading::Cg ? std::unique_ptr<ShadingLanguage>(new CgLanguage(fCg))
+                                             : std::make_unique<GlslLanguage>());
 }
 
 void DrawnScene::upload(const ProgressReport& report) {
@@ -65,10 +82,14 @@ std::vector<std::string> DrawnScene::warnings() const {
     return warnings;
 }
 
-std::string DrawnScene::note() const {
-    if (!fCulling || fCulling->supported())
-        return "";
-    return "this OpenGL counts no samples (GL_ARB_occlusion_query): --cull draws everything";
+std::vector<std::string> DrawnScene::notes() const {
+    std::vector<std::string> notes;
+    if (!fCg.fault.empty())
+        notes.push_back("--shading cg: " + fCg.fault + "; drawn by " +
+                        (fShading == Shading::Glsl ? "GLSL shaders" : "OpenGL's own functions"));
+    if (fCulling && !fCulling->supported())
+        notes.emplace_back("this OpenGL counts no samples (GL_ARB_occlusion_query): --cull draws everything");
+    return notes;
 }
 
 } // namespace orloview

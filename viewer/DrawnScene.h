@@ -4,6 +4,7 @@
 #include "Options.h"
 #include "scene/Fountain.h"
 #include "scene/Guides.h"
+#include "shading/CgLanguage.h"
 
 #include <memory>
 #include <optional>
@@ -16,7 +17,8 @@ namespace orloview {
 /// the scene and the guides have to stay.
 class DrawnScene {
 public:
-    /// Throws Failure (kExitNoGL) for a shading that GL can't do.
+    /// Throws Failure (kExitNoGL) for a shading that GL can't do; where it is Cg that is missing, materials
+    /// are drawn by GLSL, and `notes` says so.
     DrawnScene(const Scene& scene, const Guides& guides, const Options& options,
                const ProgressReport& report);
 
@@ -25,8 +27,8 @@ public:
     /// What was left out, a line each. Filled by `upload`.
     std::vector<std::string> warnings() const;
 
-    /// What can't be done here, without anything being left out; empty: nothing.
-    std::string note() const;
+    /// What can't be done here, without anything being left out, a line each; empty: nothing.
+    std::vector<std::string> notes() const;
 
     /// Writes the sources of the shaders, if there are any: see SceneShaders::dump.
     void dumpShaders(const std::string& folder) const {
@@ -44,17 +46,20 @@ public:
                 fAxes,
                 fShaders ? &*fShaders : nullptr,
                 fShadows ? &*fShadows : nullptr,
-                fUserShader ? &*fUserShader : nullptr,
+                fUserShader.get(),
                 fCulling ? &*fCulling : nullptr,
                 fParticles ? &*fParticles : nullptr};
     }
 
 private:
+    Shading chooseShading(const Options& options);
+
+    CgSupport fCg; ///< where Cg is asked for
     Shading fShading;
     SceneLights fLights;
     std::optional<ShadowMap> fShadows;
     std::optional<SceneShaders> fShaders;
-    std::optional<UserShader> fUserShader;
+    std::unique_ptr<UserShader> fUserShader;
     DrawableScene fDrawable;
     std::optional<Culling> fCulling;
     std::optional<SceneParticles> fParticles;

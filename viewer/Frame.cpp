@@ -93,13 +93,17 @@ bool cullsBackFaces(const DrawableScene& drawable, size_t index, const FrameLook
     return look.culling && !look.wireframe && !drawable.isDoubleSided(index);
 }
 
-/// Sets what GL's own functions draw an instance by.
-void setFixedMaterial(const DrawableScene& drawable, size_t index, const FrameLook& look,
-                      TextureUnits& units) {
+/// Sets what GL's own functions draw an instance by, and a shader of the user's, which may be null.
+void setFixedMaterial(const DrawableScene& drawable, size_t index, const FrameLook& look, TextureUnits& units,
+                      UserShader* shader = nullptr) {
     const Material& material = drawable.materialOf(index);
+    const TextureLayer* base = drawable.baseLayerOf(index);
     const TextureLayer* emission = drawable.emissionLayerOf(index);
+    const TextureLayer* normal = drawable.normalLayerOf(index);
     passStateOf(material).applyGL(false);
-    units.set(drawable.baseLayerOf(index), emission);
+    units.set(base, emission, normal);
+    if (shader)
+        shader->setTextures(base, normal);
     setMaterial(material, look.lights && drawable.isLit(index), cullsBackFaces(drawable, index, look),
                 emitsByTexture(material, emission));
 }
@@ -131,8 +135,9 @@ void fillAlpha(DrawableScene& drawable, size_t index, TextureUnits& units) {
     drawable.drawShape(index);
 }
 
-void drawFixed(DrawableScene& drawable, size_t index, const FrameLook& look, TextureUnits& units) {
-    setFixedMaterial(drawable, index, look, units);
+void drawFixed(DrawableScene& drawable, size_t index, const FrameLook& look, TextureUnits& units,
+               UserShader* shader = nullptr) {
+    setFixedMaterial(drawable, index, look, units, shader);
     drawPlaced(drawable, index, [&] {
         drawable.drawMesh(index);
         const bool mayBeSeenThrough = look.background[3] < 1.0F;
@@ -173,11 +178,8 @@ void drawSceneFixed(const FrameContent& content, const View& view, const FrameLo
     if (shader)
         shader->bind();
     for (const size_t index : drawable.opaqueInstances()) {
-        if (!isSeen(content, index))
-            continue;
-        if (shader)
-            shader->setBase(drawable.baseLayerOf(index));
-        drawFixed(drawable, index, look, units);
+        if (isSeen(content, index))
+            drawFixed(drawable, index, look, units, shader);
     }
     if (shader)
         shader->unbind();
@@ -187,9 +189,7 @@ void drawSceneFixed(const FrameContent& content, const View& view, const FrameLo
     for (const BlendedElements::Run& run : drawable.farthestFirst(view.worldToEye)) {
         if (!isSeen(content, run.instance))
             continue;
-        if (shader)
-            shader->setBase(drawable.baseLayerOf(run.instance));
-        setFixedMaterial(drawable, run.instance, look, units);
+        setFixedMaterial(drawable, run.instance, look, units, shader);
         drawPlaced(drawable, run.instance, [&] { drawable.drawRun(run); });
     }
     if (shader)

@@ -114,8 +114,26 @@ Shading parseShading(const std::string& name, const std::string& text) {
     if (text == "glsl")
         return Shading::Glsl;
     if (text == "cg")
-        wrong(name, text, "Cg shaders can't be drawn with yet; give fixed or glsl");
-    wrong(name, text, "give fixed or glsl");
+        return Shading::Cg;
+    wrong(name, text, "give fixed, glsl or cg");
+}
+
+CgRequest::Value parseCgValue(const std::string& text) {
+    const char* const kWanted = "give NAME= and 1 to 4 numbers, or the 16 of a matrix, such as "
+                                "--cg-set bodyColor=1,0.5,0";
+    const size_t sign = text.find('=');
+    if (sign == 0 || sign == std::string::npos)
+        wrong("--cg-set", text, kWanted);
+    CgRequest::Value value{text.substr(0, sign), {}};
+    for (const std::string& number : CLI::detail::split(text.substr(sign + 1), ',')) {
+        const std::optional<float> parsed = parseNumber<float>(number);
+        if (!parsed)
+            wrong("--cg-set", text, kWanted);
+        value.numbers.push_back(*parsed);
+    }
+    if (value.numbers.empty() || (value.numbers.size() > 4 && value.numbers.size() != 16))
+        wrong("--cg-set", text, kWanted);
+    return value;
 }
 
 ParticleKind parseParticles(const std::string& text) {
@@ -194,6 +212,20 @@ size_t editDistance(std::string_view a, std::string_view b) {
     throw Failure(kExitUsage, "unknown switch " + name + hint + " (--help lists all)");
 }
 
+/// A switch with its values as on the command line, a space before it; nothing where it wasn't given.
+std::string asGiven(const std::string& name, const CLI::Option& option) {
+    if (option.count() == 0)
+        return "";
+    if (option.get_items_expected_max() == 0)
+        return " " + name;
+    if (option.get_delimiter() != '\0')
+        return " " + name + " " + CLI::detail::join(option.results(), ",");
+    std::string text;
+    for (const std::string& value : option.results())
+        text.append(" ").append(name).append(value.starts_with('-') ? "=" : " ").append(value);
+    return text;
+}
+
 /// A whole number of a switch.
 int parseCount(const std::string& name, const std::string& text, int least, int most) {
     const std::optional<int> number = parseNumber<int>(text);
@@ -221,6 +253,24 @@ void checkParticles(const Options& options) {
                       "--lit: it lights particles; give --particles points, multi, sprites or streaks");
 }
 
+void checkOwnShader(const Options& options) {
+    const char* const own = options.ownShaderSwitch();
+    if (!own)
+        return;
+    if (options.cg && !options.shader.empty())
+        throw Failure(kExitUsage, "--cg and --shader: each takes the place of all materials; give one");
+    if (options.shading || options.compare || !options.dumpShaders.empty())
+        throw Failure(kExitUsage, own + std::string(" takes the place of all materials; leave --shading, "
+                                                    "--compare and --dump-shaders out"));
+    if (options.shadows)
+        throw Failure(kExitUsage,
+                      "--shadows: the materials' shaders draw them; leave " + std::string(own) + " out");
+    if (options.cull)
+        throw Failure(kExitUsage,
+                      "--cull: a shader of your own may move or leave out what hides the rest; leave "
+                      "one of them out");
+}
+
 void checkTogether(const Options& options) {
     if (options.quiet && options.verbose)
         throw Failure(kExitUsage, "-q and -v: give one of them, not both");
@@ -240,17 +290,9 @@ void checkTogether(const Options& options) {
     if (!options.depth.empty() && !isDepthFile(options.depth))
         throw Failure(kExitUsage,
                       "--depth " + options.depth + ": give a name ending in .pfm (distances) or .png");
-    if (!options.shader.empty() && (options.shading || options.compare || !options.dumpShaders.empty()))
-        throw Failure(kExitUsage, "--shader takes the place of all materials; leave --shading, --compare and "
-                                  "--dump-shaders out");
-    if (options.shadows && (options.shading == Shading::Fixed || !options.shader.empty()))
-        throw Failure(kExitUsage,
-                      "--shadows: the materials' shaders draw them; leave --shading fixed and --shader "
-                      "out");
-    if (options.cull && !options.shader.empty())
-        throw Failure(kExitUsage,
-                      "--cull: a shader of your own may move or leave out what hides the rest; leave "
-                      "one of them out");
+    checkOwnShader(options);
+    if (options.shadows && options.shading == Shading::Fixed)
+        throw Failure(kExitUsage, "--shadows: the materials' shaders draw them; leave --shading fixed out");
     if ((options.cull || options.shadows) && options.sampling.pbuffer)
         throw Failure(kExitUsage,
                       "--offscreen pbuffer: what --cull and --shadows need lives in another context; "
@@ -323,6 +365,8 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     std::string sky = "studio";
     std::string toneMap;
     std::vector<std::string> compare;
+    CgRequest cg;
+    std::vector<std::string> cgValues;
     std::string particles;
     std::string pointSize;
     std::string demo;
@@ -391,6 +435,16 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
            "--shader", options.shader,
            "Draw with a GLSL shader of your own in the place of all materials: NAME.vert and NAME.frag")
         ->type_name("NAME");
+    app.add_option("--cg", cg.name,
+                   "Draw with a Cg shader of those that lie beside the viewer in the place of all materials")
+        ->type_name("NAME");
+    app.add_option("--cg-option", cg.options,
+                   "With --cg: a switch of the Cg compiler, such as --cg-option=-DBANDS=3")
+        ->type_name("SWITCH")
+        ->allow_extra_args(false);
+    app.add_option("--cg-set", cgValues, "With --cg: set a parameter, such as --cg-set bodyColor=1,0.5,0")
+        ->type_name("NAME=NUMBERS")
+        ->allow_extra_args(false);
     app.add_option("--dump-shaders", options.dumpShaders, "Write the sources of the materials' shaders")
         ->type_name("FOLDER");
     app.add_option(
@@ -474,14 +528,17 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     if (app.count("--shading") != 0)
         options.shading = parseShading("--shading", shading);
     options.sky = parseSky(sky);
-    for (const char* name : {"--shading", "--sky", "--tone-map", "--shader", "--shadows", "--cull",
-                             "--particles", "--sprite-images", "--point-size", "--lit"}) {
-        const CLI::Option* option = app.get_option(name);
-        if (option->count() == 0)
-            continue;
-        options.shadingSwitches.append(" ").append(name);
-        if (option->get_items_expected_max() > 0)
-            options.shadingSwitches.append(" ").append(CLI::detail::join(option->results(), ","));
+    for (const char* name :
+         {"--shading", "--sky", "--tone-map", "--shader", "--cg", "--cg-option", "--cg-set", "--shadows",
+          "--cull", "--particles", "--sprite-images", "--point-size", "--lit"})
+        options.shadingSwitches += asGiven(name, *app.get_option(name));
+    for (const std::string& value : cgValues)
+        cg.values.push_back(parseCgValue(value));
+    if (app.count("--cg") != 0) {
+        given("--cg", cg.name);
+        options.cg = cg;
+    } else if (!cg.options.empty() || !cg.values.empty()) {
+        throw Failure(kExitUsage, "--cg-option and --cg-set: they are of a Cg shader; give --cg NAME");
     }
     if (compare.size() == 2)
         options.compare =

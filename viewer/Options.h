@@ -83,6 +83,12 @@ struct Options {
     /// The files of the user's own shader, without .vert and .frag; empty: none.
     std::string shader;
 
+    /// A Cg shader in the place of all materials.
+    std::optional<CgRequest> cg;
+
+    /// The switch that asks for a shader in the place of all materials; null: none does.
+    const char* ownShaderSwitch() const { return cg ? "--cg" : shader.empty() ? nullptr : "--shader"; }
+
     /// The switches given that say how the scene is shaded, each with a space before it.
     std::string shadingSwitches;
 

@@ -171,7 +171,7 @@ private:
 };
 
 const char* nameOf(Shading shading) {
-    return shading == Shading::Fixed ? "fixed" : "glsl";
+    return shading == Shading::Fixed ? "fixed" : shading == Shading::Glsl ? "glsl" : "cg";
 }
 
 } // namespace
@@ -226,7 +226,7 @@ bool writePictures(const Options& options, const Scene& scene, Progress& progres
 
 void printWarnings(const DrawnScene& drawn, Progress& progress) {
     progress.clear();
-    if (const std::string note = drawn.note(); !note.empty())
+    for (const std::string& note : drawn.notes())
         std::fprintf(stderr, "orloview: %s\n", note.c_str());
     for (const std::string& warning : drawn.warnings())
         std::fprintf(stderr, "orloview: %s\n", warning.c_str());

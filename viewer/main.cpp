@@ -13,6 +13,9 @@
 
 #include <cstdio>
 #include <exception>
+#include <filesystem>
+
+#include <orlohost/HWEnvironment.h>
 
 namespace orloview {
 
@@ -27,6 +30,13 @@ void print(const std::string& text) {
     if (std::fputs(text.c_str(), stdout) == EOF || std::fflush(stdout) != 0)
         throw Failure(kExitNotWritten,
                       "standard output took no more; check where it leads and the space left");
+}
+
+/// Tells the library where the viewer's files are, from where its program is.
+void setPlace() {
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    HWEnvironment::orlo_path = (program.parent_path().parent_path() / "share" / "orlogl").c_str();
 }
 
 struct Loaded {
@@ -87,6 +97,7 @@ int run(int argc, const char* const* argv) {
         return kExitDone;
     }
     const Options& options = line.options;
+    setPlace();
     if (options.glInfo)
         return showGLInfo(options);
     Progress progress(options.progress, stderr);

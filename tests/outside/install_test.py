@@ -60,6 +60,29 @@ def check_libraries(prefix, program):
             assert str(prefix) in line, line
 
 
+def check_cg(prefix, model, scratch):
+    """The viewer finds the Cg runtime and its shaders beside it, and goes on without a runtime."""
+    viewer = prefix / "bin/orloview"
+
+    def draw(name, *switches):
+        command = [viewer, model, "-o", scratch / name, "--size", "160x120", *switches]
+        environment = {name: value for name, value in os.environ.items() if name != "LD_LIBRARY_PATH"}
+        done = subprocess.run(command, capture_output=True, env=environment)
+        return done.returncode, done.stderr.decode()
+
+    assert draw("cg.png", "--shading", "cg") == (0, "")
+    assert draw("toon.png", "--cg", "toon") == (0, "")
+    for library in (prefix / "lib").rglob("libCg*"):
+        library.unlink()
+    missing = "there is no Cg runtime (libCg.so and libCgGL.so)"
+    assert draw("glsl.png", "--shading", "glsl") == (0, "")
+    told = draw("without.png", "--shading", "cg")
+    assert told == (0, f"orloview: --shading cg: {missing}; drawn by GLSL shaders\n"), told
+    assert (scratch / "without.png").read_bytes() == (scratch / "glsl.png").read_bytes()
+    told = draw("none.png", "--cg", "toon")
+    assert told == (4, f"orloview: --cg: {missing}; leave it out\n"), told
+
+
 def main():
     cmake, sources, build, compiler, *flags = sys.argv[1:]
     sources = pathlib.Path(sources)
@@ -86,6 +109,7 @@ def main():
         check_libraries(prefix, viewer)
         run(viewer, sources / "samples/showcase.glb", "-o", scratch / "picture.png", "--size", "160x120")
         assert (scratch / "picture.png").read_bytes().startswith(b"\x89PNG\r\n\x1a\n")
+        check_cg(prefix, sources / "samples/showcase.glb", scratch)
         assert (prefix / "share/doc/OrloGL/LICENSE").is_file()
 
 

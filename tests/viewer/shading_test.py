@@ -128,7 +128,7 @@ def with_lights(document, lights):
 DARK = [{"type": "directional", "intensity": 0}]
 
 
-class Shading(ViewerProgram):
+class ShadedPictures(ViewerProgram):
     def floats(self, *arguments):
         """Width, height and the rows of linear (r, g, b), from the bottom up."""
         result = self.run_viewer(*arguments, "-o", self.path("out.pfm"))
@@ -160,6 +160,8 @@ class Shading(ViewerProgram):
         n = (0, 0, 1)
         return FILE_LIGHT * microfacets(n, n, n, diffuse, f0, roughness)
 
+
+class Shading(ShadedPictures):
     def test_the_roughness_and_metalness_grid_equals_an_integral(self):
         grid = [(metallic, roughness) for metallic in (0, 0.5, 1) for roughness in (0.05, 0.2, 0.4, 0.6, 0.8, 1)]
         base = (0.9, 0.6, 0.3)
@@ -319,7 +321,7 @@ class Shading(ViewerProgram):
         self.assertEqual(told, "glsl and fixed: largest difference 0 of 255, mean 0.000\n")
         told = self.run_viewer(model, "--compare", "glsl", "fixed", "--size", "64x64", "--sky", "none").stdout.decode()
         self.assertRegex(told, r"^glsl and fixed: largest difference \d+ of 255( \(at \d+,\d+ from the top left\))?, mean \d+\.\d{3}\n$")
-        self.fails(1, [model, "--compare", "fixed", "cg"], "--compare cg: Cg shaders can't be drawn with yet")
+        self.fails(1, [model, "--compare", "fixed", "x"], "--compare x: give fixed, glsl or cg")
 
     def test_a_shader_of_the_users(self):
         model = self.write("m.gltf", textured([{"material": 0, "at": WHOLE}], [{"pbrMetallicRoughness": {"baseColorFactor": [1, 0.5, 0.25, 1]}}], []))
@@ -345,12 +347,90 @@ class Shading(ViewerProgram):
         with open(self.path("shaders/a_b_c.frag")) as file:
             self.assertTrue(file.read().startswith("#version 120\n"))
         out = ("-o", self.path("out.png"))
-        self.fails(1, [model, *out, "--shading", "cg"], "--shading cg: Cg shaders can't be drawn with yet; give fixed or glsl")
-        self.fails(1, [model, *out, "--shading", "x"], "--shading x: give fixed or glsl")
+        self.floats(model, "--dump-shaders", self.path("cg"), "--size", "16x16", "--shading", "cg")
+        self.assertEqual(sorted(os.listdir(self.path("cg"))), ["a_b_c_fragment.cg", "a_b_c_vertex.cg"])
+        with open(self.path("cg/a_b_c_vertex.cg")) as file:
+            self.assertTrue(file.read().startswith("void main(float4 position : POSITION"))
+        self.fails(1, [model, *out, "--shading", "x"], "--shading x: give fixed, glsl or cg")
         self.fails(1, [model, *out, "--sky", "blue"], "--sky blue: give one of none, studio, clear, overcast, sunset, white")
         self.fails(1, [model, *out, "--tone-map", "x"], "--tone-map x: give none or soft")
         self.fails(1, [model, *out, "--shading", "fixed", "--shadows"], "--shadows: the materials' shaders draw them")
         self.fails(1, [model, *out, "--shading", "fixed", "--dump-shaders", "d"], "--dump-shaders: there are none with --shading fixed")
+
+
+class CgShading(ShadedPictures):
+    BASE = (0.5, 0.25, 0.125)
+    ROOM = (0.09, 0.09, 0.1)  # what the viewer's own functions have come from all round
+    OBLIQUE = {"type": "directional", "rotation": [0, math.sin(math.pi / 6), 0, math.cos(math.pi / 6)]}  # by 60 degrees
+
+    def lit(self, light):
+        return tuple(b * (r + light) for b, r in zip(self.BASE, self.ROOM))
+
+    def by(self, shader, *switches, **more):
+        material = {"pbrMetallicRoughness": {"baseColorFactor": [*self.BASE, 1]}, **more.pop("material", {})}
+        return self.quad(material, switches=("--cg", shader, *switches), **more)
+
+    def test_materials_equal_those_of_glsl(self):
+        quads = [{"material": i, "at": (-1 + i, 1, i, -1)} for i in range(2)] + [{"material": 0, "at": (-0.4, 0.4, 0.4, -0.4), "z": 0.5}]
+        materials = [
+            {"pbrMetallicRoughness": {"baseColorTexture": {"index": 0}, "metallicFactor": 0.3, "roughnessFactor": 0.4}, "normalTexture": {"index": 1}},
+            {"extensions": {"KHR_materials_clearcoat": {"clearcoatFactor": 0.7}}, "emissiveTexture": {"index": 1}, "alphaMode": "BLEND",
+             "pbrMetallicRoughness": {"baseColorFactor": [0.9, 0.5, 0.3, 0.6]}, "occlusionTexture": {"index": 0}},
+        ]
+        for number, seed in enumerate((3, 5)):
+            self.write(f"{number}.png", png([[((x * seed * 40) % 256, (y * 70) % 256, 200, 255) for x in range(4)] for y in range(4)]))
+        lights = [{"type": "spot", "translation": [1, 1, 3], "intensity": 30, "spot": {"innerConeAngle": 0.1, "outerConeAngle": 0.9}},
+                  {"type": "point", "translation": [-1, -1, 2], "intensity": 9, "range": 4}, {"type": "directional"}]
+        document = json.loads(textured(quads, materials, ["0.png", "1.png"]))
+        model = self.write("m.gltf", with_lights(document, lights))
+        for switches in (("--shadows", "--camera", "0"), ("--sky", "clear", "--eye", "1,2,3"), ("--no-lights", "--eye", "0,0,-3")):
+            told = self.run_viewer(model, "--compare", "glsl", "cg", "--size", "64x64", *switches).stdout.decode()
+            self.assertRegex(told, r"^glsl and cg: largest difference [012] of 255", switches)
+        self.assertNotEqual(self.floats(model, "--shading", "cg", "--size", "32x32")[2], self.floats(model, "--shading", "fixed", "--size", "32x32")[2])
+
+    def test_the_shaders_that_ship(self):
+        gloss = 0.3 * FILE_LIGHT
+        self.near(self.by("textured"), self.lit(FILE_LIGHT))
+        self.near(self.by("textured", lights=[self.OBLIQUE]), self.lit(FILE_LIGHT / 2))
+        self.near(self.by("textured", "--cg-option=-DUNLIT"), self.BASE)
+        painted = {"pbrMetallicRoughness": {"baseColorTexture": {"index": 0}}}
+        halves = [[[(255, 255, 255, 255)] * 2, [(0, 0, 0, 255)] * 2]]
+        self.near(self.by("textured", "--cg-option=-DUNLIT", "--cg-set", "tiles=1,1.5", material=painted, pictures=halves), 0, 0.001)
+        self.near(self.by("textured", "--cg-option=-DUNLIT", "--cg-set", "tiles=1,0.9", material=painted, pictures=halves), 1)
+        self.near(self.by("phong"), tuple(c + gloss for c in self.lit(FILE_LIGHT)))
+        self.near(self.by("phong", "--cg-set", "glossColor=0,0,0"), self.lit(FILE_LIGHT))
+        leaning = {"normalTexture": {"index": 0}}
+        self.near(self.by("normalMapped", "--cg-set", "glossColor=0,0,0", material=leaning, pictures=[[[(204, 128, 230, 255)]]]), self.lit(0.8 * FILE_LIGHT), 0.01)
+        self.near(self.by("normalMapped", "--cg-set", "bumpiness=0", material=leaning, pictures=[[[(204, 128, 230, 255)]]]), tuple(c + gloss for c in self.lit(FILE_LIGHT)))
+        self.near(self.by("toon"), self.BASE)
+        self.near(self.by("toon", lights=[self.OBLIQUE]), tuple(c * 2 / 3 for c in self.BASE))
+        self.near(self.by("toon", "--cg-option=-DBANDS=4", "--cg-set", "bodyColor=1,2,0", lights=[self.OBLIQUE]), (self.BASE[0] * 0.75, self.BASE[1] * 1.5, 0))
+        self.near(self.by("toon", "--cg-set", "lineWidth=1.1", "--cg-set", "lineColor=0.1,0.2,0.3"), (0.1, 0.2, 0.3))
+        self.near(self.by("depth"), 1 - 9.9 / 19.9)
+        self.near(self.by("depth", "--cg-set", "near=8", "--cg-set", "far=12"), 0.5)
+        self.near(self.by("fresnel"), tuple(c / 4 for c in self.BASE))
+        model = self.path("m.gltf")
+        oblique = self.floats(model, "--cg", "fresnel", "--orthographic", "--eye", "1.7320508,0,1", "--size", "33x33", "--cg-set", "bodyBrightness=0")
+        self.near(oblique[2][16][16], (0.4 / 8, 0.7 / 8, 1 / 8))
+
+    def test_where_it_is_said_to_be_changes_nothing(self):
+        model = self.write("m.gltf", textured([{"material": 0, "at": WHOLE}], [{}], []))
+        switches = (model, "--cg", "toon", "--size", "32x32")
+        self.assertEqual(self.picture(*switches), self.picture(*switches, environment={"ORLO_LOCATION": "/nowhere"}))
+
+    def test_wrong_requests_are_explained(self):
+        model = self.write("m.gltf", textured([{"material": 0, "at": WHOLE}], [{}], []))
+        out = (model, "-o", self.path("out.png"))
+        self.fails(1, [*out, "--cg", "nope"], "--cg nope: there is no ", "/bin/Cg/nope_vertex.cg; there are depth, fresnel, normalMapped, phong, textured, toon\n")
+        self.fails(1, [*out, "--cg", "toon", "--cg-option=-DBANDS=few"], "--cg toon: ", "/bin/Cg/toon_fragment.cg:", " error: there is no variable 'few'\n")
+        self.fails(1, [*out, "--cg", "toon", "--cg-set", "glow=1"], "--cg-set glow: toon has no such parameter; its parameters: baseColorMap, hasBaseColorMap, bodyColor, ")
+        self.fails(1, [*out, "--cg", "toon", "--cg-set", "baseColorMap=1"], "--cg-set baseColorMap: ")
+        for value in ("lineWidth", "=1", "lineWidth=", "lineWidth=x", "lineWidth=1,2,3,4,5"):
+            self.fails(1, [*out, "--cg", "toon", "--cg-set", value], f"--cg-set {value}: give NAME= and 1 to 4 numbers")
+        self.fails(1, [*out, "--cg-set", "a=1"], "--cg-option and --cg-set: they are of a Cg shader; give --cg NAME")
+        self.fails(1, [*out, "--cg", "toon", "--shader", "s"], "--cg and --shader: each takes the place of all materials; give one")
+        self.fails(1, [*out, "--cg", "toon", "--shading", "cg"], "--cg takes the place of all materials; leave --shading, ")
+        self.fails(1, [*out, "--cg", "toon", "--shadows"], "--shadows: the materials' shaders draw them; leave --cg out")
 
 
 if __name__ == "__main__":

@@ -51,8 +51,11 @@ koColor::Color storedColor(const Material& material, const koColor::Color& color
     return {color[0] * color[3], color[1] * color[3], color[2] * color[3], color[3]};
 }
 
-DrawableScene::DrawableScene(const Scene& scene, Shading shading, const ProgressReport& report)
-    : fScene(scene), fTextures(shading == Shading::Fixed ? std::make_unique<SceneTextures>(scene) : nullptr) {
+DrawableScene::DrawableScene(const Scene& scene, Shading shading, const ProgressReport& report,
+                             bool withNormalMaps)
+    : fScene(scene),
+      fTextures(shading == Shading::Fixed ? std::make_unique<SceneTextures>(scene, withNormalMaps)
+                                          : nullptr) {
     const auto routeTo = [this](GLRouting::GLInterpolant interpolant, GeometryData::DataType type) {
         GLRouting::Slot& slot = fRouting.fSlots[interpolant];
         slot.fMode = GLRouting::kFromGeometry;
@@ -116,8 +119,8 @@ void DrawableScene::addColors(const Mesh& mesh, Drawable& drawable) const {
     }
 }
 
-/// Which set each texture unit gets: GL's own functions have the base colour's on unit 0 and the emission's
-/// on unit 1; shaders find set N on unit N.
+/// Which set each texture unit gets: GL's own functions have the base colour's on unit 0, the emission's on
+/// unit 1 and the normal map's on unit 2; shaders of materials find set N on unit N.
 void DrawableScene::addUvStreams(const Mesh& mesh, Drawable& drawable) const {
     std::array<int, kMostUvSets> sets;
     sets.fill(-1);
@@ -125,6 +128,7 @@ void DrawableScene::addUvStreams(const Mesh& mesh, Drawable& drawable) const {
         const MaterialLayers& layers = fTextures->layersOf(mesh.material);
         sets[0] = layers.base.uvSet.value_or(-1);
         sets[1] = layers.emission.uvSet.value_or(-1);
+        sets[2] = layers.normal.uvSet.value_or(-1);
     } else if (mesh.material >= 0) {
         for (const auto use : kTextureUses) {
             const TextureUse& used = fScene.materials[static_cast<size_t>(mesh.material)].*use;
@@ -164,6 +168,11 @@ const TextureLayer* DrawableScene::baseLayerOf(size_t instance) const {
 const TextureLayer* DrawableScene::emissionLayerOf(size_t instance) const {
     const Mesh& mesh = meshOf(instance);
     return fTextures ? usable(fTextures->layersOf(mesh.material).emission, mesh) : nullptr;
+}
+
+const TextureLayer* DrawableScene::normalLayerOf(size_t instance) const {
+    const Mesh& mesh = meshOf(instance);
+    return fTextures ? usable(fTextures->layersOf(mesh.material).normal, mesh) : nullptr;
 }
 
 bool DrawableScene::isLit(size_t instance) const {

@@ -22,8 +22,9 @@ namespace orloview {
 /// outlive it.
 class DrawableScene {
 public:
+    /// `withNormalMaps`: of GL's own functions, for a shader of the user's among them.
     explicit DrawableScene(const Scene& scene, Shading shading = Shading::Fixed,
-                           const ProgressReport& report = {});
+                           const ProgressReport& report = {}, bool withNormalMaps = false);
     ~DrawableScene();
 
     DrawableScene(const DrawableScene&) = delete;
@@ -50,6 +51,7 @@ public:
     /// What the material lays over it: null for no layer, and where the mesh lacks the texture coordinates.
     const TextureLayer* baseLayerOf(size_t instance) const;
     const TextureLayer* emissionLayerOf(size_t instance) const;
+    const TextureLayer* normalLayerOf(size_t instance) const;
 
     /// Whether lighting makes sense for it: it has normals, and its material asks for light.
     bool isLit(size_t instance) const;

@@ -17,7 +17,7 @@ void activate(size_t unit) {
 } // namespace
 
 TextureUnits::TextureUnits()
-    : fHasEmissionUnit(GLFunctionTable::fpGlobalFunctionTable->usable(kCapMultitexture)) {}
+    : fHasMoreUnits(GLFunctionTable::fpGlobalFunctionTable->usable(kCapMultitexture)) {}
 
 TextureUnits::~TextureUnits() {
     set(nullptr, nullptr);

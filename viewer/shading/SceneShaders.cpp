@@ -12,6 +12,7 @@
 #include <set>
 
 #include <gl/GLFunctionTable.h>
+#include <texture/GLTexUsage.h>
 
 namespace orloview {
 
@@ -46,8 +47,9 @@ bool readsAlpha(const Material& material, TextureUse Material::*use) {
 } // namespace
 
 SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky,
-                           const koLinear::Vector& up, const ShadowMap* shadows)
-    : fScene(scene), fLights(lights), fSpecs(lights.specs()), fStore(scene),
+                           const koLinear::Vector& up, const ShadowMap* shadows,
+                           std::unique_ptr<ShadingLanguage> language)
+    : fLanguage(std::move(language)), fScene(scene), fLights(lights), fSpecs(lights.specs()), fStore(scene),
       fTextures(scene.materials.size()), fUp(scaled(up, 1.0 / length(up))), fShadows(shadows) {
     for (size_t i = 0; i < scene.materials.size(); ++i)
         askTextures(i);
@@ -97,7 +99,7 @@ void SceneShaders::upload(const std::function<void()>& uploaded) {
     fStore.upload(uploaded);
     for (size_t i = 0; i < fScene.instances.size(); ++i)
         lookOf(i, true);
-    gl().glUseProgramObjectARB(0);
+    fLanguage->leave();
     gl().glActiveTexture(GL_TEXTURE0);
 }
 
@@ -132,7 +134,7 @@ SceneShaders::Look& SceneShaders::lookOf(size_t instance, bool lit) {
         makeNetwork(fScene, fScene.materialOf(mesh),
                     key.first < 0 ? kNoTextures : fTextures[static_cast<size_t>(key.first)], key.second);
     look.program = &programOf(look, key.first);
-    if (look.program->works)
+    if (look.program->shader)
         prepare(look);
     return look;
 }
@@ -151,12 +153,9 @@ SceneShaders::Program& SceneShaders::programOf(Look& look, int material) {
 void SceneShaders::compile(Program& program, int material) {
     const std::string name = material < 0 ? "" : fScene.materials[static_cast<size_t>(material)].name;
     program.name = name.empty() ? "material" + std::to_string(material + 1) : name;
-    program.shader = fManager.bindKOSLShader(*program.owner, program.key, &fSpecs);
+    program.shader = fLanguage->compile(*program.owner, program.key, fSpecs);
     fCurrentProgram = nullptr;
-    program.works = program.shader && program.shader->fProgram != 0 && !program.shader->fNeedsLink;
-    if (!program.works) {
-        while (gl().glGetError() != GL_NO_ERROR) { // what doesn't link was made current all the same
-        }
+    if (!program.shader) {
         fWarnings.push_back("warning: the material '" + program.name +
                             "': OpenGL refuses its shader; drawn by its own functions");
         return;
@@ -168,37 +167,36 @@ void SceneShaders::compile(Program& program, int material) {
     if (fShadows)
         addMap(program, "light0ShadowMap", fShadows->texture());
     for (const FrameValue& value : fFrameValues)
-        program.frameLocations.push_back(
-            gl().glGetUniformLocationARB(program.shader->fProgram, value.name.c_str()));
+        program.framePlaces.push_back(program.shader->placeOf(value.name.c_str()));
 }
 
 /// Needs the program current.
 void SceneShaders::addMap(Program& program, const char* sampler, GLuint texture) {
-    program.shader->setParameterTexture(sampler, texture);
-    const auto unit = program.shader->fSamplerUnits.find(sampler);
-    if (unit != program.shader->fSamplerUnits.end())
-        program.maps.push_back({unit->second, texture});
+    if (const auto unit = program.shader->setTexture(sampler, texture))
+        program.maps.push_back({*unit, texture});
 }
 
 /// Looks up once what every draw needs.
 void SceneShaders::prepare(Look& look) {
-    const GlslShader& shader = *look.program->shader;
-    fManager.bindKOSLShader(*look.program->owner, look.program->key, &fSpecs);
+    MaterialShader& shader = *look.program->shader;
+    shader.enable();
     fCurrentProgram = nullptr;
     for (const auto& uniform : look.network->uniforms()) {
-        const GLint location = gl().glGetUniformLocationARB(shader.fProgram, uniform.fName.asChar());
-        if (location >= 0)
-            look.values.push_back({location, uniform.fComponents, uniform.fValues});
+        const MaterialShader::Place place = shader.placeOf(uniform.fName);
+        if (place != MaterialShader::kNowhere)
+            look.values.push_back({place, uniform.fComponents, uniform.fValues});
     }
     for (const auto& sampler : look.network->samplers()) {
-        auto* texture = static_cast<IGLTexture*>(sampler.fTexture);
+        const GLuint texture = static_cast<IGLTexture*>(sampler.fTexture)->textureName();
+        const auto unit = shader.setTexture(sampler.fName, texture);
+        if (!unit)
+            continue;
         const auto& usage = sampler.fUsage;
-        shader.setParameterTexture(sampler.fName, IHWTexture::kTexture2D, usage.fWrapS, usage.fWrapT,
-                                   usage.fMinFilter, usage.fMagFilter, usage.fBorderColor, usage.fAnisotropic,
-                                   texture);
-        const auto unit = shader.fSamplerUnits.find(sampler.fName);
-        if (unit != shader.fSamplerUnits.end())
-            look.textures.push_back({unit->second, texture->textureName()});
+        GLTexUsage::setWrapMode(GL_TEXTURE_2D, usage.fWrapS, usage.fWrapT);
+        GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, usage.fMinFilter, usage.fMagFilter);
+        GLTexUsage::setBorderColor(GL_TEXTURE_2D, usage.fBorderColor);
+        GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, usage.fAnisotropic);
+        look.textures.push_back({*unit, texture});
     }
 }
 
@@ -226,13 +224,13 @@ void SceneShaders::updateFrameValues(const koLinear::AffineMatrix& worldToEye) {
 
 bool SceneShaders::bind(size_t instance, bool lit) {
     Look& look = lookOf(instance, lit);
-    if (!look.program->works) {
-        gl().glUseProgramObjectARB(0);
+    if (!look.program->shader) {
+        fLanguage->leave();
         fCurrentProgram = nullptr;
         return false;
     }
     if (fCurrentProgram != look.program) {
-        fManager.bindKOSLShader(*look.program->owner, look.program->key, &fSpecs);
+        look.program->shader->enable();
         fCurrentProgram = look.program;
     }
     if (look.program->frame != fFrame) {
@@ -247,17 +245,10 @@ bool SceneShaders::bind(size_t instance, bool lit) {
 }
 
 void SceneShaders::feedFrame(const Program& program) const {
-    for (size_t i = 0; i < fFrameValues.size(); ++i)
-        setUniform(program.frameLocations[i], fFrameValues[i].floats);
-}
-
-void SceneShaders::setUniform(GLint location, const std::vector<float>& floats) {
-    if (floats.size() == 1)
-        gl().glUniform1fARB(location, floats[0]);
-    else if (floats.size() == 3)
-        gl().glUniform3fvARB(location, 1, floats.data());
-    else
-        gl().glUniformMatrix4fvARB(location, 1, GL_FALSE, floats.data());
+    for (size_t i = 0; i < fFrameValues.size(); ++i) {
+        const std::vector<float>& floats = fFrameValues[i].floats;
+        program.shader->set(program.framePlaces[i], floats.size(), floats.data());
+    }
 }
 
 void SceneShaders::feed(Look& look) {
@@ -266,14 +257,8 @@ void SceneShaders::feed(Look& look) {
     if (look.program->fed == &look)
         return;
     look.program->fed = &look;
-    for (const Value& value : look.values) {
-        if (value.components == 1)
-            gl().glUniform1fARB(value.location, value.floats[0]);
-        else if (value.components == 2)
-            gl().glUniform2fvARB(value.location, 1, value.floats);
-        else
-            gl().glUniform3fvARB(value.location, 1, value.floats);
-    }
+    for (const Value& value : look.values)
+        look.program->shader->set(value.place, value.components, value.floats);
 }
 
 void SceneShaders::bindTextures(const std::vector<Bound>& textures) {
@@ -289,7 +274,7 @@ void SceneShaders::bindTextures(const std::vector<Bound>& textures) {
 }
 
 void SceneShaders::endFrame() {
-    gl().glUseProgramObjectARB(0);
+    fLanguage->leave();
     for (size_t unit = fBound.size(); unit-- > 0;) {
         gl().glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
         gl().glBindTexture(GL_TEXTURE_2D, 0);
@@ -308,14 +293,11 @@ void SceneShaders::dump(const std::string& folder) const {
         std::string name = plain;
         for (int n = 2; !taken.insert(name).second; ++n)
             (name = plain).append("-").append(std::to_string(n));
-        koString::CString vertex;
-        koString::CString fragment;
-        compileMaterialToGlsl(*program.owner, &fSpecs, vertex, fragment);
-        for (const auto& [suffix, source] : {std::pair{".vert", &vertex}, {".frag", &fragment}}) {
+        for (const ShadingLanguage::Source& source : fLanguage->sources(*program.owner, fSpecs)) {
             std::string path = folder;
-            path.append("/").append(name).append(suffix);
+            path.append("/").append(name).append(source.suffix);
             OutputFile file(path);
-            const std::string_view text = source->asChar();
+            const std::string_view text = source.text.asChar();
             file.write(text.data(), text.size());
             file.commit();
         }

@@ -2,6 +2,7 @@
 
 #include "draw/SceneLights.h"
 #include "shading/MaterialNetwork.h"
+#include "shading/MaterialShader.h"
 #include "shading/ShadowMap.h"
 #include "shading/SkyMaps.h"
 #include "texture/TextureStore.h"
@@ -11,8 +12,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <shader/GlslManager.h>
 
 namespace orloview {
 
@@ -25,7 +24,7 @@ public:
     /// `sky`: what shines from all round; null for none. `up`: which way is up, in the world. `shadows`: of
     /// the first light; null for none, else updated before a frame begins.
     SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky, const koLinear::Vector& up,
-                 const ShadowMap* shadows);
+                 const ShadowMap* shadows, std::unique_ptr<ShadingLanguage> language);
 
     SceneShaders(const SceneShaders&) = delete;
     SceneShaders& operator=(const SceneShaders&) = delete;
@@ -48,15 +47,15 @@ public:
     /// Leaves no shader current, no texture bound and unit 0 active.
     void endFrame();
 
-    /// Writes the sources of all shaders: MATERIAL.vert and MATERIAL.frag, named by the first material that
-    /// uses them. Throws Failure (kExitNotWritten).
+    /// Writes the sources of all shaders: MATERIAL.vert and MATERIAL.frag (MATERIAL_vertex.cg and
+    /// MATERIAL_fragment.cg), named by the first material that uses them. Throws Failure (kExitNotWritten).
     void dump(const std::string& folder) const;
 
 private:
     struct Look;
 
     struct Value {
-        GLint location;
+        MaterialShader::Place place;
         uint32_t components;
         const float* floats;
     };
@@ -70,12 +69,11 @@ private:
         koShadingDag::ShadingNodeSpec* owner = nullptr; ///< the network that it was compiled of
         koString::CString key;
         std::string name;
-        GlslShader* shader = nullptr;
-        std::vector<GLint> frameLocations; ///< as fFrameValues
-        std::vector<Bound> maps;           ///< that are nobody's material
-        const Look* fed = nullptr;         ///< whose values it has
-        unsigned frame = 0;                ///< whose values it has
-        bool works = false;
+        std::unique_ptr<MaterialShader> shader;         ///< null: OpenGL refuses it
+        std::vector<MaterialShader::Place> framePlaces; ///< as fFrameValues
+        std::vector<Bound> maps;                        ///< that are nobody's material
+        const Look* fed = nullptr;                      ///< whose values it has
+        unsigned frame = 0;                             ///< whose values it has
     };
 
     /// A value that holds for a frame, whatever the material.
@@ -105,8 +103,8 @@ private:
     void bindTextures(const std::vector<Bound>& textures);
     void addFrameValues();
     void updateFrameValues(const koLinear::AffineMatrix& worldToEye);
-    static void setUniform(GLint location, const std::vector<float>& floats);
 
+    std::unique_ptr<ShadingLanguage> fLanguage; ///< ends behind all that it compiled
     const Scene& fScene;
     const SceneLights& fLights;
     std::vector<LightSpec> fSpecs;
@@ -119,7 +117,6 @@ private:
     std::unique_ptr<SkyMaps> fSkyMaps;
     koLinear::Vector fUp;
     const ShadowMap* fShadows;
-    GlslManager fManager;
 
     const Look* fCurrent = nullptr;
     Program* fCurrentProgram = nullptr;

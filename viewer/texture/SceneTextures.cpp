@@ -30,31 +30,41 @@ std::optional<koLinear::ProjMatrix> transformOf(const TextureUse& use) {
 
 } // namespace
 
-SceneTextures::SceneTextures(const Scene& scene) : fStore(scene), fLayers(scene.materials.size()) {
-    for (size_t i = 0; i < fLayers.size(); ++i)
+SceneTextures::SceneTextures(const Scene& scene, bool withNormalMaps)
+    : fStore(scene), fLayers(scene.materials.size()) {
+    for (size_t i = 0; i < fLayers.size(); ++i) {
         planLayers(scene.materials[i], fLayers[i]);
+        if (withNormalMaps)
+            planNormal(scene.materials[i], fLayers[i]);
+    }
     fStore.begin();
 }
 
 void SceneTextures::planLayers(const Material& material, MaterialLayers& layers) {
     const bool hasBase = fStore.hasPicture(material.baseColorTexture);
     if (hasBase)
-        planLayer(layers.base, material.baseColorTexture, alphaUseOf(material.alphaMode), {1.0F, 1.0F, 1.0F});
+        planLayer(layers.base, material.baseColorTexture, Encoding::Srgb, alphaUseOf(material.alphaMode),
+                  {1.0F, 1.0F, 1.0F});
     const std::array<float, 3> emissive{material.emissive[0], material.emissive[1], material.emissive[2]};
     if (emissive == std::array{0.0F, 0.0F, 0.0F})
         return;
     if (fStore.hasPicture(material.emissiveTexture))
-        planLayer(layers.emission, material.emissiveTexture, AlphaUse::Ignored, emissive);
+        planLayer(layers.emission, material.emissiveTexture, Encoding::Srgb, AlphaUse::Ignored, emissive);
     else if (hasBase)
         fStore.ask(emissive, [&layers](GLTexture2D* texture) { layers.emission.texture = texture; });
 }
 
-void SceneTextures::planLayer(TextureLayer& layer, const TextureUse& use, AlphaUse alpha,
+void SceneTextures::planNormal(const Material& material, MaterialLayers& layers) {
+    if (fStore.hasPicture(material.normalTexture))
+        planLayer(layers.normal, material.normalTexture, Encoding::Linear, AlphaUse::Ignored,
+                  {1.0F, 1.0F, 1.0F});
+}
+
+void SceneTextures::planLayer(TextureLayer& layer, const TextureUse& use, Encoding encoding, AlphaUse alpha,
                               const std::array<float, 3>& factor) {
     layer.uvSet = use.uvSet;
     layer.transform = transformOf(use);
-    fStore.ask(use, Encoding::Srgb, alpha, factor,
-               [&layer](GLTexture2D* texture) { layer.texture = texture; });
+    fStore.ask(use, encoding, alpha, factor, [&layer](GLTexture2D* texture) { layer.texture = texture; });
 }
 
 } // namespace orloview

@@ -22,6 +22,7 @@ struct TextureLayer {
 struct MaterialLayers {
     TextureLayer base;     ///< multiplies it
     TextureLayer emission; ///< is added
+    TextureLayer normal;   ///< for shaders of the user's
 };
 
 /// The textures that GL's own functions draw a scene's materials with: base colour, and what a surface sends
@@ -33,7 +34,7 @@ struct MaterialLayers {
 /// Needs a current context to be made, to upload and to end. The scene has to stay as it is until then.
 class SceneTextures {
 public:
-    explicit SceneTextures(const Scene& scene);
+    explicit SceneTextures(const Scene& scene, bool withNormalMaps = false);
 
     /// Calls `uploaded` after each texture.
     void upload(const std::function<void()>& uploaded) { fStore.upload(uploaded); }
@@ -50,7 +51,8 @@ public:
 
 private:
     void planLayers(const Material& material, MaterialLayers& layers);
-    void planLayer(TextureLayer& layer, const TextureUse& use, AlphaUse alpha,
+    void planNormal(const Material& material, MaterialLayers& layers);
+    void planLayer(TextureLayer& layer, const TextureUse& use, Encoding encoding, AlphaUse alpha,
                    const std::array<float, 3>& factor);
 
     TextureStore fStore;

@@ -1,4 +1,4 @@
-#include "shading/UserShader.h"
+#include "shading/GlslUserShader.h"
 
 #include "ExitCode.h"
 
@@ -60,7 +60,7 @@ void compile(GL2Shader& shader, const std::string& file) {
 
 } // namespace
 
-UserShader::UserShader(const std::string& name, const SceneLights& lights) {
+GlslUserShader::GlslUserShader(const std::string& name, const SceneLights& lights) {
     compile(fVertex, name + GL2Shader::vertexShaderExtension);
     compile(fFragment, name + GL2Shader::fragmentShaderExtension);
     fProgram.createObject();
@@ -73,18 +73,21 @@ UserShader::UserShader(const std::string& name, const SceneLights& lights) {
         return gl().glGetUniformLocationARB(fProgram.fProgramObject, uniform);
     };
     fHasBaseLocation = location("hasBaseColorMap");
+    fHasNormalLocation = location("hasNormalMap");
     fProgram.bind();
     gl().glUniform1iARB(location("baseColorMap"), 0);
+    gl().glUniform1iARB(location("normalMap"), 2);
     gl().glUniform1iARB(location("lightCount"), static_cast<GLint>(lights.specs().size()));
     fProgram.unbind();
 }
 
-void UserShader::bind() {
+void GlslUserShader::bind() {
     fProgram.bind();
 }
 
-void UserShader::setBase(const TextureLayer* base) {
+void GlslUserShader::setTextures(const TextureLayer* base, const TextureLayer* normal) {
     gl().glUniform1iARB(fHasBaseLocation, base ? 1 : 0);
+    gl().glUniform1iARB(fHasNormalLocation, normal ? 1 : 0);
 }
 
 } // namespace orloview

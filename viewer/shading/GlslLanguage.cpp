@@ -1,0 +1,71 @@
+#include "shading/GlslLanguage.h"
+
+#include <gl/GLFunctionTable.h>
+
+namespace orloview {
+
+namespace {
+
+GLFunctionTable& gl() {
+    return *GLFunctionTable::fpGlobalFunctionTable;
+}
+
+class CompiledGlsl final : public MaterialShader {
+public:
+    explicit CompiledGlsl(GlslShader& shader) : fShader(shader) {}
+
+    void enable() override { fShader.enable(); }
+
+    Place placeOf(const koString::CString& name) const override {
+        return gl().glGetUniformLocationARB(fShader.fProgram, name.asChar());
+    }
+
+    void set(Place place, std::size_t count, const float* floats) const override {
+        const auto location = static_cast<GLint>(place);
+        if (count == 1)
+            gl().glUniform1fARB(location, floats[0]);
+        else if (count == 2)
+            gl().glUniform2fvARB(location, 1, floats);
+        else if (count == 3)
+            gl().glUniform3fvARB(location, 1, floats);
+        else
+            gl().glUniformMatrix4fvARB(location, 1, GL_FALSE, floats);
+    }
+
+    std::optional<unsigned> setTexture(const koString::CString& sampler, GLuint texture) const override {
+        fShader.setParameterTexture(sampler, texture);
+        const auto unit = fShader.fSamplerUnits.find(sampler);
+        return unit == fShader.fSamplerUnits.end() ? std::nullopt : std::optional(unit->second);
+    }
+
+private:
+    GlslShader& fShader;
+};
+
+} // namespace
+
+std::unique_ptr<MaterialShader> GlslLanguage::compile(koShadingDag::ShadingNodeSpec& node,
+                                                      const koString::CString& key,
+                                                      const std::vector<LightSpec>& lights) const {
+    GlslShader* shader = fManager.bindKOSLShader(node, key, &lights);
+    if (shader && shader->fProgram != 0 && !shader->fNeedsLink)
+        return std::make_unique<CompiledGlsl>(*shader);
+    while (gl().glGetError() != GL_NO_ERROR) { // what doesn't link was made current all the same
+    }
+    leave();
+    return nullptr;
+}
+
+void GlslLanguage::leave() const {
+    gl().glUseProgramObjectARB(0);
+}
+
+std::vector<ShadingLanguage::Source> GlslLanguage::sources(const koShadingDag::ShadingNodeSpec& node,
+                                                           const std::vector<LightSpec>& lights) const {
+    Source vertex{".vert", {}};
+    Source fragment{".frag", {}};
+    compileMaterialToGlsl(node, &lights, vertex.text, fragment.text);
+    return {vertex, fragment};
+}
+
+} // namespace orloview
