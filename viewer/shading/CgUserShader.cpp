@@ -85,7 +85,11 @@ CGManager::CGShader CgUserShader::compile(const CgRequest& request) {
     for (const char* end : {"_vertex.cg", "_fragment.cg"}) {
         std::string file = files;
         if (!fileExists(file.append(end).c_str()))
-            throw Failure(kExitUsage, asked + "there is no " + file + "; there are " + joined(names()));
+            throw Failure(kExitUsage, std::string(asked)
+                                          .append("there is no ")
+                                          .append(file)
+                                          .append("; there are ")
+                                          .append(joined(names())));
     }
     while (F_cgGetError() != CG_NO_ERROR) {
     }
