@@ -101,6 +101,7 @@ int main() {
     benchDrawGroup(1'000, "drawGroup, 1,000 groups");
     benchBindShader();
     benchBindCgProgram();
+    benchBindCgShader();
     {
         GLFrameBuffer buffer;
         const koBufferFormat format(kRasterRGBA8, kRasterDepth24, kRasterNoStencil, kSamplingSingle,
