@@ -139,8 +139,6 @@ void Checker::checkInitializer(Variable& variable, const char* what) {
 }
 
 void Checker::checkGlobal(Variable& global) {
-    if (global.isVarying)
-        fDiagnostics.fail(global.at, "a varying value has to be a parameter of the function to begin with");
     global.isReferenced = true;
     if (!fCheckedGlobals.insert(&global).second)
         return;
@@ -764,12 +762,13 @@ void Checker::checkLibraryCall(Expression& e, const LibraryFunction& function) {
         break;
     case LibraryRule::Transpose:
     case LibraryRule::Determinant:
+    case LibraryRule::Inverse:
         wantCount(e, 1, 1);
         if (!e.operands[0]->type->isMatrix())
             fail(e, inQuotes(e.text) + " takes a matrix, and is given " + nameOf(e.operands[0]->type));
-        if (function.rule == LibraryRule::Determinant &&
+        if (function.rule != LibraryRule::Transpose &&
             e.operands[0]->type->rows != e.operands[0]->type->columns)
-            fail(e, nameOf(e.operands[0]->type) + " has no determinant");
+            fail(e, nameOf(e.operands[0]->type) + " has no " + std::string(e.text));
         e.type = function.rule == LibraryRule::Determinant
                      ? fTypes.scalar(e.operands[0]->type->scalar)
                      : fTypes.numeric(e.operands[0]->type->scalar, e.operands[0]->type->columns,
@@ -794,7 +793,7 @@ void Checker::checkLibraryCall(Expression& e, const LibraryFunction& function) {
         break;
     }
     if (e.type->isMatrix() && function.rule != LibraryRule::Transpose &&
-        function.rule != LibraryRule::Multiply)
+        function.rule != LibraryRule::Inverse && function.rule != LibraryRule::Multiply)
         fail(e, inQuotes(e.text) + " takes no matrix");
 }
 

@@ -1,6 +1,7 @@
 #include "compile/GlslWriter.h"
 
 #include "compile/Helpers.h"
+#include "compile/State.h"
 
 #include <algorithm>
 #include <array>
@@ -775,6 +776,8 @@ std::string GlslWriter::writeLibraryCall(const Expression& e) {
         return operands[0];
     if (function.rule == LibraryRule::Determinant && first->size() == 1)
         return operands[0];
+    if (function.rule == LibraryRule::Inverse && first->size() == 1)
+        return "(1.0 / " + operands[0] + ")";
     std::string name(function.glsl);
     if (name.starts_with("cg_"))
         helper(name, typeName(first));
@@ -916,12 +919,31 @@ void GlslWriter::collectInitial(const Expression* e, const Type* type, std::vect
         values.push_back(type->isNumeric() && type->isInt() ? std::trunc(value) : value);
 }
 
+/// What of GL's state a uniform stands for, converted to its type.
+std::string GlslWriter::stateFor(const Variable& variable) {
+    const std::optional<State> state = stateOfSemantic(variable.semantic);
+    if (!state)
+        fDiagnostics.fail(variable.at, "there is no " + variable.semantic);
+    Types& types = fOut.program->types;
+    const Type* type = state->rows || state->columns
+                           ? types.numeric(Scalar::Float, state->rows, state->columns)
+                           : types.scalar(Scalar::Float);
+    if (!variable.type->isNumeric() || variable.type->rows > type->rows ||
+        variable.type->columns > type->columns || (variable.type->rows == 0) != (type->rows == 0))
+        fDiagnostics.fail(variable.at, joined({variable.semantic, " is ", orlocg::nameOf(type), ", not ",
+                                               orlocg::nameOf(variable.type)}));
+    return convert(state->glsl, type, variable.type);
+}
+
 /// A uniform: its declaration, and what a runtime has to know of it.
 void GlslWriter::addParameter(const Variable& variable) {
     Parameter parameter{&variable, variable.isGlobal, {}, {}};
-    const std::string name = hasValue(variable.type) ? uniqueName(variable.name) : variable.name;
+    const bool isState = variable.semantic.starts_with("state.");
+    const std::string name = isState                   ? stateFor(variable)
+                             : hasValue(variable.type) ? uniqueName(variable.name)
+                                                       : variable.name;
     fNames[&variable] = name;
-    if (hasValue(variable.type))
+    if (hasValue(variable.type) && !isState)
         fUniforms += "uniform " + declaration(variable.type, name) + ";\n";
     if (variable.isGlobal && variable.isWritten && hasValue(variable.type)) {
         // GLSL's uniforms keep what they are given; the program writes to a copy.
@@ -930,6 +952,8 @@ void GlslWriter::addParameter(const Variable& variable) {
         fGlobalsToSet.push_back(&variable);
         fGlobalValues[&variable] = name;
     }
+    if (isState)
+        return fOut.parameters.push_back(std::move(parameter));
     addLeaves(variable.type, variable.name, name, parameter);
     bool isKnown = variable.initializer != nullptr;
     if (isKnown)
@@ -1077,11 +1101,18 @@ void GlslWriter::mainFunction(Function& entry) {
         }
         arguments += (arguments.empty() ? "" : ", ") + argument;
     }
-    // Uniform globals: all that are reached, before a function names them.
+    // Uniform and varying globals: all that are reached, before a function names them.
     for (const std::unique_ptr<Variable>& global : fOut.program->globals) {
-        if (!global->isUniform || !global->isReferenced)
+        if (!global->isReferenced)
             continue;
-        addParameter(*global);
+        if (global->isUniform) {
+            addParameter(*global);
+        } else if (global->isVarying) {
+            fNames[global.get()] = uniqueName(global->name);
+            fGlobalTexts += declaration(global->type, fNames[global.get()]) + ";\n";
+            fOut.parameters.push_back({global.get(), true, {}, {}});
+            addEnds(addEnds, global->type, global->semantic, fNames[global.get()], global->at, false, false);
+        }
     }
     const std::string call = functionName(entry, bindings) + "(" + arguments + ")";
     const bool hasResult = entry.returns->kind != Type::Kind::Void;

@@ -76,6 +76,7 @@ private:
 
     // The program's ends.
     void addParameter(const Variable& variable);
+    std::string stateFor(const Variable& variable);
     void addLeaves(const Type* type, const std::string& path, const std::string& glsl, Parameter& parameter);
     void collectInitial(const Expression* e, const Type* type, std::vector<double>& values,
                         bool& isKnown) const;

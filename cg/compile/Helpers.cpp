@@ -14,7 +14,7 @@ struct Helper {
     std::string_view text; ///< T: the type
 };
 
-constexpr std::array<Helper, 17> kHelpers = {{
+constexpr std::array<Helper, 20> kHelpers = {{
     {"cg_saturate", "T cg_saturate(T x) { return clamp(x, 0.0, 1.0); }"},
     {"cg_round", "T cg_round(T x) { return floor(x + 0.5); }"},
     {"cg_trunc", "T cg_trunc(T x) { return sign(x) * floor(abs(x)); }"},
@@ -41,6 +41,21 @@ constexpr std::array<Helper, 17> kHelpers = {{
      "* "
      "m[3].ww - m[3].yz * m[2].ww; return a.x * d.y - a.y * d.x + a.z * c.w + a.w * c.z - b.x * c.y + b.y * "
      "c.x; }"},
+    // The transposed matrix of cofactors over the determinant.
+    {"cg_inverse2", "mat2 cg_inverse(mat2 m) { return mat2(m[1][1], -m[0][1], -m[1][0], m[0][0]) / (m[0][0] "
+                    "* m[1][1] - m[0][1] * "
+                    "m[1][0]); }"},
+    {"cg_inverse3", "mat3 cg_inverse(mat3 m) { mat3 c = mat3(cross(m[1], m[2]), cross(m[2], m[0]), "
+                    "cross(m[0], m[1])); return "
+                    "transpose(c) / dot(m[0], c[0]); }"},
+    {"cg_inverse4", "mat4 cg_inverse(mat4 m) { mat4 c; for (int i = 0; i < 4; ++i) { for (int j = 0; j < 4; "
+                    "++j) { int a = i == 0 ? 1 : 0, b = i < 2 ? 2 : 1, e = i < 3 ? 3 : 2; int x = j == 0 ? 1 "
+                    ": 0, y = j < 2 ? 2 : 1, z = "
+                    "j < 3 ? 3 : 2; vec3 p = vec3(m[a][x], m[a][y], m[a][z]), q = vec3(m[b][x], m[b][y], "
+                    "m[b][z]), t = vec3(m[e][x], "
+                    "m[e][y], m[e][z]); c[i][j] = ((i + j) % 2 == 0 ? 1.0 : -1.0) * dot(p, cross(q, t)); } } "
+                    "return transpose(c) / "
+                    "dot(m[0], c[0]); }"},
     {"cg_flat", "vec4 cg_flat(mat2 m) { return vec4(m[0], m[1]); }"},
 }};
 
@@ -106,7 +121,7 @@ std::string helperText(const std::string& name, const std::string& type) {
         return ofVectors(name, type, "", "a# || b#");
     if (name.starts_with("cg_fill_"))
         return fill(type);
-    const std::string wanted = name == "cg_determinant" ? name + type.back() : name;
+    const std::string wanted = name == "cg_determinant" || name == "cg_inverse" ? name + type.back() : name;
     for (const Helper& helper : kHelpers) {
         if (helper.name != wanted)
             continue;

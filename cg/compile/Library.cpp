@@ -38,6 +38,7 @@ constexpr std::array kFunctions = {
     LibraryFunction{"fract", Map1, "fract"},
     LibraryFunction{"frexp", Split, "cg_frexp"},
     LibraryFunction{"fwidth", Map1, "fwidth"},
+    LibraryFunction{"inverse", Inverse, "cg_inverse"},
     LibraryFunction{"isfinite", Test1, "cg_isfinite"},
     LibraryFunction{"isinf", Test1, "cg_isinf"},
     LibraryFunction{"isnan", Test1, "cg_isnan"},

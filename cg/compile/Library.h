@@ -24,6 +24,7 @@ enum class LibraryRule : uint8_t {
     Lit,     ///< (scalar, scalar, scalar) to float4
     Transpose,
     Determinant,
+    Inverse,
     Multiply, ///< mul
     SinCos,   ///< (T, out T, out T)
     Split,    ///< (T, out T) to T

@@ -252,7 +252,7 @@ std::string Parser::semanticIfAny() {
     while (takeIf(":")) {
         const std::string name = takeName("a semantic");
         if (name != "register" && name != "packoffset") {
-            semantic = name;
+            semantic = name == "state" ? name + statePath() : name;
             continue;
         }
         expect("(", "behind 'register'");
@@ -264,15 +264,57 @@ std::string Parser::semanticIfAny() {
     return semantic;
 }
 
+/// ".matrix.mvp" or ".light[0].diffuse", behind "state".
+std::string Parser::statePath() {
+    std::string path;
+    while (peek().is(".") || peek().is("[")) {
+        if (takeIf(".")) {
+            path += "." + takeName("a state");
+            continue;
+        }
+        take();
+        path += joined({"[", take().text, "]"});
+        expect("]", "behind an index");
+    }
+    return path;
+}
+
 /// "< type name = value; ... >", which tools read.
 void Parser::skipAnnotation() {
-    if (!takeIf("<"))
-        return;
-    while (!takeIf(">")) {
+    if (takeIf("<"))
+        skipTo(">");
+}
+
+/// Passes over what is for tools and effects, with all in its brackets.
+void Parser::skipTo(std::string_view end) {
+    for (int depth = 0; depth > 0 || !peek().is(end); take()) {
         if (peek().kind == TokenKind::End)
-            unexpected("'>'");
-        take();
+            unexpected(inQuotes(end).c_str());
+        depth += (peek().is("{") ? 1 : 0) - (peek().is("}") ? 1 : 0);
     }
+    take();
+}
+
+/// Techniques, and the textures and strings that they name. True: there was one.
+bool Parser::skipEffect() {
+    if (peek().is("technique")) {
+        while (!peek().is("{") && peek().kind != TokenKind::End)
+            take();
+        expect("{", "behind 'technique'");
+        skipTo("}");
+        return true;
+    }
+    for (const char* type :
+         {"texture", "texture1D", "texture2D", "texture3D", "textureRECT", "textureCUBE", "string"}) {
+        if (peek().is(type) && peek(1).isName()) {
+            take();
+            take();
+            skipAnnotation();
+            skipTo(";");
+            return true;
+        }
+    }
+    return false;
 }
 
 std::unique_ptr<Variable> Parser::declarator(const Type* base, const Qualifiers& qualifiers) {
@@ -288,8 +330,14 @@ std::unique_ptr<Variable> Parser::declarator(const Type* base, const Qualifiers&
         variable->direction = qualifiers.isIn ? Direction::InOut : Direction::Out;
     variable->semantic = semanticIfAny();
     skipAnnotation();
-    if (takeIf("="))
-        variable->initializer = initializer();
+    if (takeIf("=")) {
+        if (takeIf("sampler_state")) { // how effects set the sampler up
+            expect("{", "behind 'sampler_state'");
+            skipTo("}");
+        } else {
+            variable->initializer = initializer();
+        }
+    }
     if (variable->isConst && variable->initializer && variable->type->isScalar())
         if (const std::optional<double> value = constantOf(*variable->initializer))
             fConstants[variable->name] = variable->type->isInt() ? std::trunc(*value) : *value;
@@ -305,7 +353,7 @@ std::vector<std::unique_ptr<Variable>> Parser::declarators(const Type* base, con
 }
 
 void Parser::external() {
-    if (takeIf(";"))
+    if (takeIf(";") || skipEffect())
         return;
     Qualifiers found = qualifiers();
     const Type* base = type(found);
@@ -369,6 +417,11 @@ void Parser::function(const Type* returns, const Token& name) {
     fProgram.functions.push_back(std::move(made));
 }
 
+bool Parser::hasFunction(std::string_view name) const {
+    return std::any_of(fProgram.functions.begin(), fProgram.functions.end(),
+                       [name](const std::unique_ptr<Function>& function) { return function->name == name; });
+}
+
 // Statements.
 
 std::unique_ptr<Statement> Parser::make(Statement::Kind kind) const {
@@ -414,6 +467,8 @@ std::unique_ptr<Statement> Parser::declaration() {
 
 std::unique_ptr<Statement> Parser::statement() {
     const Nesting nesting(*this);
+    if (peek().is("[")) // "[unroll]" and its like are hints
+        skipTo("]");
     if (peek().is("{"))
         return block();
     if (startsDeclaration())
@@ -448,6 +503,14 @@ std::unique_ptr<Statement> Parser::statement() {
         made->kind = Statement::Kind::Discard;
         if (!peek().is(";")) // "discard condition"
             made->condition = expression();
+    } else if (peek().is("clip") && peek(1).is("(") && !hasFunction("clip")) {
+        made->kind = Statement::Kind::Discard;
+        made->condition = make(Expression::Kind::Binary, take());
+        made->condition->text = "<";
+        adopt(*made->condition, primary());
+        ExpressionPtr nothing = make(Expression::Kind::Number, peek());
+        nothing->type = fProgram.types.scalar(Scalar::Float);
+        adopt(*made->condition, std::move(nothing));
     } else {
         made->condition = expression();
     }

@@ -53,11 +53,15 @@ private:
     const Type* structure();
     const Type* withDimensions(const Type* element, bool isPacked);
     std::string semanticIfAny();
+    std::string statePath();
     void skipAnnotation();
+    void skipTo(std::string_view end);
+    bool skipEffect();
     std::unique_ptr<Variable> declarator(const Type* base, const Qualifiers& qualifiers);
     std::vector<std::unique_ptr<Variable>> declarators(const Type* base, const Qualifiers& qualifiers);
     void function(const Type* returns, const Token& name);
     std::unique_ptr<Variable> parameter();
+    bool hasFunction(std::string_view name) const;
 
     std::unique_ptr<Statement> statement();
     std::unique_ptr<Statement> block();

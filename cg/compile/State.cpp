@@ -31,8 +31,11 @@ std::vector<Part> partsOf(std::string_view path) {
             return {}; // an element of an element
         if (bracket != word.npos) {
             part.index = 0;
-            for (const char c : word.substr(bracket + 1, word.size() - bracket - 2))
+            for (const char c : word.substr(bracket + 1, word.size() - bracket - 2)) {
+                if (c < '0' || c > '9' || part.index > 31)
+                    return {};
                 part.index = part.index * 10 + (c - '0');
+            }
         }
         parts.push_back(part);
     }
@@ -97,7 +100,7 @@ std::optional<State> light(const std::vector<Part>& parts) {
     return vector(source, parts[1].name == "spot" ? "" : find(kMembers, parts[1].name), 4);
 }
 
-/// "material.diffuse", "material.front.diffuse"; the same for products of light and material.
+/// "material.diffuse", "material.front.diffuse".
 std::optional<State> material(const std::vector<Part>& parts) {
     constexpr std::array<Named, 5> kMembers = {{{"ambient", "ambient"},
                                                 {"diffuse", "diffuse"},
@@ -109,6 +112,19 @@ std::optional<State> material(const std::vector<Part>& parts) {
         return std::nullopt;
     const std::string_view member = find(kMembers, parts.back().name);
     return vector(isBack ? "gl_BackMaterial" : "gl_FrontMaterial", member, member == "shininess" ? 0 : 4);
+}
+
+/// "lightprod[0].diffuse", "lightprod[0].front.diffuse".
+std::optional<State> lightProduct(const std::vector<Part>& parts) {
+    const bool isBack = parts.size() == 3 && parts[1].name == "back";
+    const std::string_view member = parts.back().name;
+    const bool isMember = member == "ambient" || member == "diffuse" || member == "specular";
+    if (parts.size() < 2 || parts.size() > 3 || (parts.size() == 3 && !isBack && parts[1].name != "front") ||
+        !isMember)
+        return std::nullopt;
+    return vector(std::string(isBack ? "gl_BackLightProduct[" : "gl_FrontLightProduct[") +
+                      std::to_string(parts[0].index < 0 ? 0 : parts[0].index) + "]",
+                  member, 4);
 }
 
 std::optional<State> other(const std::vector<Part>& parts) {
@@ -123,6 +139,10 @@ std::optional<State> other(const std::vector<Part>& parts) {
                              static_cast<char>(member[0] - 'a' + 'A') + "[" + index + "]",
                          0, 4};
     }
+    if (parts.size() == 3 && group == "lightmodel" && member == "scenecolor")
+        return parts[1].name == "back"    ? std::optional(State{"gl_BackLightModelProduct.sceneColor", 0, 4})
+               : parts[1].name == "front" ? std::optional(State{"gl_FrontLightModelProduct.sceneColor", 0, 4})
+                                          : std::nullopt;
     if (parts.size() != 2)
         return std::nullopt;
     if (group == "lightmodel" && member == "ambient")
@@ -161,7 +181,23 @@ std::optional<State> stateOf(std::string_view path) {
         return light(parts);
     if (parts[0].name == "material")
         return material(parts);
+    if (parts[0].name == "lightprod")
+        return lightProduct(parts);
     return other(parts);
+}
+
+std::optional<State> stateOfSemantic(std::string_view semantic) {
+    constexpr std::string_view kStart = "state.";
+    constexpr std::string_view kMatrix = "matrix.";
+    if (!semantic.starts_with(kStart))
+        return std::nullopt;
+    semantic.remove_prefix(kStart.size());
+    for (const std::string_view form : {".inverse", ".invtrans", ".transpose"})
+        if (semantic.starts_with(kMatrix) && semantic.ends_with(form))
+            return stateOf(
+                std::string(kMatrix) + std::string(form.substr(1)) + "." +
+                std::string(semantic.substr(kMatrix.size(), semantic.size() - kMatrix.size() - form.size())));
+    return stateOf(semantic);
 }
 
 } // namespace orlocg

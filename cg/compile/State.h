@@ -18,4 +18,7 @@ struct State {
 /// What "matrix.mvp" or "light[0].diffuse", written behind "glstate.", stands for. Nothing: there is none.
 std::optional<State> stateOf(std::string_view path);
 
+/// The same of a semantic, "state.matrix.modelview.invtrans": what is done to a matrix stands behind it.
+std::optional<State> stateOfSemantic(std::string_view semantic);
+
 } // namespace orlocg

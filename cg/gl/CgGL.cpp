@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 #include <map>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -63,6 +64,16 @@ LoadedProgram::~LoadedProgram() {
         gl->deleteProgram(name);
 }
 
+/// Calls `work`; a lack of memory becomes an error.
+template <typename Work>
+void guarded(Work&& work) {
+    try {
+        work();
+    } catch (const std::bad_alloc&) {
+        orlocg_raise(CG_MEMORY_ALLOC_ERROR);
+    }
+}
+
 /// GL with separate programs, and a current context; else null and an error.
 const GL* usableGL() {
     const GL* gl = openGL();
@@ -95,28 +106,43 @@ LeafState& stateOf(ParameterObject& leaf) {
     return static_cast<LeafState&>(*leaf.extension);
 }
 
+/// Hands values of a type to a loaded program, `count` elements one behind the other.
+void send(const LoadedProgram& program, GLint location, const Type* type, size_t count, const float* values) {
+    const GL& gl = *openGL();
+    const auto elements = static_cast<GLsizei>(count);
+    if (type->rows >= 2 && type->columns >= 2) // its rows are GLSL's columns
+        return gl.uniformMatrices[type->rows - 2][type->columns - 2](program.name, location, elements,
+                                                                     GL_FALSE, values);
+    const size_t size = type->size();
+    if (!type->isInt() && !type->isBool())
+        return gl.uniformVectors[size - 1](program.name, location, elements, values);
+    static std::vector<GLint> whole;
+    whole.resize(count * size);
+    std::transform(values, values + whole.size(), whole.begin(),
+                   [](float value) { return static_cast<GLint>(value); });
+    gl.uniformInts[size - 1](program.name, location, elements, whole.data());
+}
+
 /// Hands a leaf's values to its program, if that is loaded and uses them.
 void upload(ParameterObject& leaf) {
     const LoadedProgram* program = loaded(*leaf.program);
     const LeafState& state = stateOf(leaf);
-    if (!program || state.location < 0)
+    if (program && state.location >= 0)
+        send(*program, state.location, leaf.type, 1, state.values.data());
+}
+
+/// The same of elements of an array, in one call.
+void uploadElements(ParameterObject& array, size_t first, size_t count) {
+    const LoadedProgram* program = loaded(*array.program);
+    if (!program || count == 0 || stateOf(*array.parts[first]).location < 0)
         return;
-    const GL& gl = *openGL();
-    const Type* type = leaf.type;
-    if (type->rows >= 2 && type->columns >= 2) { // its rows are GLSL's columns
-        gl.uniformMatrices[type->rows - 2][type->columns - 2](program->name, state.location, 1, GL_FALSE,
-                                                              state.values.data());
-        return;
+    static std::vector<float> values;
+    values.clear();
+    for (size_t i = first; i < first + count; ++i) {
+        const std::vector<float>& own = stateOf(*array.parts[i]).values;
+        values.insert(values.end(), own.begin(), own.end());
     }
-    const size_t size = type->size();
-    if (!type->isInt() && !type->isBool()) {
-        gl.uniformVectors[size - 1](program->name, state.location, 1, state.values.data());
-        return;
-    }
-    GLint whole[4] = {};
-    std::transform(state.values.begin(), state.values.end(), whole,
-                   [](float value) { return static_cast<GLint>(value); });
-    gl.uniformInts[size - 1](program->name, state.location, 1, whole);
+    send(*program, stateOf(*array.parts[first]).location, array.type->element, count, values.data());
 }
 
 // Loading and binding.
@@ -232,6 +258,12 @@ void apply(const GL& gl) {
     pipeline.isBound = isUsed;
 }
 
+void setEnabled(int stage, bool on) {
+    binding().isEnabled[stage] = on;
+    if (const GL* gl = usableGL())
+        guarded([&] { apply(*gl); });
+}
+
 int stageOf(CGprofile profile) {
     return isVertexProfile(profile) ? kVertex : kFragment;
 }
@@ -271,20 +303,24 @@ void setAttribute(const ParameterObject& p, const float (&v)[4]) {
         orlocg_raise(CG_INVALID_PARAMETER_ERROR);
 }
 
+/// Takes values over, a varying parameter's at once. True: the program has to be told.
 template <typename Number>
-void setNumbers(ParameterObject& p, const Number* v, size_t count) {
-    if (p.type->isMatrix())
-        return orlocg_raise(CG_INVALID_VALUE_TYPE_ERROR);
+bool takeNumbers(ParameterObject& p, const Number* v, size_t count) {
+    if (p.type->isMatrix()) {
+        orlocg_raise(CG_INVALID_VALUE_TYPE_ERROR);
+        return false;
+    }
     if (!p.isUniform) {
         float attribute[4] = {0.0F, 0.0F, 0.0F, 1.0F};
         for (size_t i = 0; i < count; ++i)
             attribute[i] = static_cast<float>(v[i]);
-        return setAttribute(p, attribute);
+        setAttribute(p, attribute);
+        return false;
     }
     LeafState& state = stateOf(p);
     for (size_t i = 0; i < state.values.size(); ++i)
         state.values[i] = static_cast<float>(v[std::min(i, count - 1)]);
-    upload(p);
+    return true;
 }
 
 template <typename Number>
@@ -296,42 +332,72 @@ void getNumbers(ParameterObject& p, Number* v, size_t count) {
 
 template <typename Number>
 void set(CGparameter handle, const Number* v, size_t count) {
-    if (ParameterObject* p = findNumbers(handle))
-        setNumbers(*p, v, count);
+    guarded([&] {
+        ParameterObject* p = findNumbers(handle);
+        if (p && takeNumbers(*p, v, count))
+            upload(*p);
+    });
 }
 
 template <typename Number>
 void get(CGparameter handle, Number* v, size_t count) {
-    if (ParameterObject* p = findNumbers(handle))
-        getNumbers(*p, v, count);
+    guarded([&] {
+        if (ParameterObject* p = findNumbers(handle))
+            getNumbers(*p, v, count);
+    });
 }
 
-/// Calls `use` with the elements of an array that are asked for, and their numbers from 0.
-template <typename Use>
-void forElements(CGparameter handle, long offset, long count, Use&& use) {
+/// Elements of an array.
+struct Elements {
+    ParameterObject* array = nullptr;
+    size_t first = 0;
+    size_t count = 0;
+
+    ParameterObject& operator[](size_t i) const { return *array->parts[first + i]; }
+};
+
+/// Those that are asked for; none, and an error: there are no such.
+Elements elementsOf(CGparameter handle, long offset, long count) {
     ParameterObject* array = orlocg_findParameter(handle);
     if (!array)
-        return;
-    if (!array->type->isArray() || !array->type->element->isNumeric())
-        return orlocg_raise(CG_ARRAY_PARAM_ERROR);
+        return {};
     const auto length = static_cast<long>(array->parts.size());
-    if (offset < 0 || count < 0 || offset > length || count > length - offset)
-        return orlocg_raise(CG_OUT_OF_ARRAY_BOUNDS_ERROR);
-    const long end = count == 0 ? length : offset + count;
-    for (long i = offset; i < end; ++i)
-        use(*array->parts[static_cast<size_t>(i)], static_cast<size_t>(i - offset));
+    if (!array->type->isArray() || !array->type->element->isNumeric())
+        orlocg_raise(CG_ARRAY_PARAM_ERROR);
+    else if (offset < 0 || count < 0 || offset > length || count > length - offset)
+        orlocg_raise(CG_OUT_OF_ARRAY_BOUNDS_ERROR);
+    else
+        return {array, static_cast<size_t>(offset),
+                static_cast<size_t>(count == 0 ? length - offset : count)};
+    return {};
+}
+
+/// Sets elements by `take`, which is given one and its number and tells whether the program has to know.
+template <typename Take>
+void setElements(CGparameter handle, long offset, long count, Take&& take) {
+    guarded([&] {
+        const Elements elements = elementsOf(handle, offset, count);
+        bool isNew = elements.count > 0;
+        for (size_t i = 0; i < elements.count; ++i)
+            isNew = take(elements[i], i) && isNew;
+        if (isNew)
+            uploadElements(*elements.array, elements.first, elements.count);
+    });
 }
 
 template <typename Number>
 void setArray(CGparameter handle, long offset, long count, const Number* v, size_t size) {
-    forElements(handle, offset, count,
-                [&](ParameterObject& p, size_t i) { setNumbers(p, v + i * size, size); });
+    setElements(handle, offset, count,
+                [&](ParameterObject& p, size_t i) { return takeNumbers(p, v + i * size, size); });
 }
 
 template <typename Number>
 void getArray(CGparameter handle, long offset, long count, Number* v, size_t size) {
-    forElements(handle, offset, count,
-                [&](ParameterObject& p, size_t i) { getNumbers(p, v + i * size, size); });
+    guarded([&] {
+        const Elements elements = elementsOf(handle, offset, count);
+        for (size_t i = 0; i < elements.count; ++i)
+            getNumbers(elements[i], v + i * size, size);
+    });
 }
 
 // Matrices.
@@ -343,16 +409,19 @@ size_t placeOf(const Type* type, size_t row, size_t column, Order order) {
     return order == Order::Rows ? row * type->columns + column : column * type->rows + row;
 }
 
+/// True: it is a matrix, and has the values.
 template <typename Number>
-void setMatrix(ParameterObject& p, const Number* m, Order order) {
-    if (!p.type->isMatrix())
-        return orlocg_raise(CG_NOT_MATRIX_PARAM_ERROR);
+bool takeMatrix(ParameterObject& p, const Number* m, Order order) {
+    if (!p.type->isMatrix()) {
+        orlocg_raise(CG_NOT_MATRIX_PARAM_ERROR);
+        return false;
+    }
     LeafState& state = stateOf(p);
     for (size_t row = 0; row < p.type->rows; ++row)
         for (size_t column = 0; column < p.type->columns; ++column)
             state.values[row * p.type->columns + column] =
                 static_cast<float>(m[placeOf(p.type, row, column, order)]);
-    upload(p);
+    return true;
 }
 
 template <typename Number>
@@ -368,26 +437,34 @@ void getMatrix(ParameterObject& p, Number* m, Order order) {
 
 template <typename Number>
 void setMatrix(CGparameter handle, const Number* m, Order order) {
-    if (ParameterObject* p = orlocg_findParameter(handle))
-        setMatrix(*p, m, order);
+    guarded([&] {
+        ParameterObject* p = orlocg_findParameter(handle);
+        if (p && takeMatrix(*p, m, order))
+            upload(*p);
+    });
 }
 
 template <typename Number>
 void getMatrix(CGparameter handle, Number* m, Order order) {
-    if (ParameterObject* p = orlocg_findParameter(handle))
-        getMatrix(*p, m, order);
+    guarded([&] {
+        if (ParameterObject* p = orlocg_findParameter(handle))
+            getMatrix(*p, m, order);
+    });
 }
 
 template <typename Number>
 void setMatrices(CGparameter handle, long offset, long count, const Number* m, Order order) {
-    forElements(handle, offset, count,
-                [&](ParameterObject& p, size_t i) { setMatrix(p, m + i * p.type->size(), order); });
+    setElements(handle, offset, count,
+                [&](ParameterObject& p, size_t i) { return takeMatrix(p, m + i * p.type->size(), order); });
 }
 
 template <typename Number>
 void getMatrices(CGparameter handle, long offset, long count, Number* m, Order order) {
-    forElements(handle, offset, count,
-                [&](ParameterObject& p, size_t i) { getMatrix(p, m + i * p.type->size(), order); });
+    guarded([&] {
+        const Elements elements = elementsOf(handle, offset, count);
+        for (size_t i = 0; i < elements.count; ++i)
+            getMatrix(elements[i], m + i * elements[i].type->size(), order);
+    });
 }
 
 /// In GL's order: column by column.
@@ -527,26 +604,22 @@ CGbool cgGLIsProfileSupported(CGprofile profile) {
 void cgGLEnableProfile(CGprofile profile) {
     if (!isKnown(profile))
         return orlocg_raise(CG_INVALID_PROFILE_ERROR);
-    binding().isEnabled[stageOf(profile)] = true;
-    if (const GL* gl = usableGL())
-        apply(*gl);
+    setEnabled(stageOf(profile), true);
 }
 
 void cgGLDisableProfile(CGprofile profile) {
     if (!isKnown(profile))
         return orlocg_raise(CG_INVALID_PROFILE_ERROR);
-    binding().isEnabled[stageOf(profile)] = false;
-    if (const GL* gl = usableGL())
-        apply(*gl);
+    setEnabled(stageOf(profile), false);
 }
 
 CGprofile cgGLGetLatestProfile(CGGLenum profileType) {
-    if (profileType == CG_GL_VERTEX)
-        return CG_PROFILE_GLSLV;
-    if (profileType == CG_GL_FRAGMENT)
-        return CG_PROFILE_GLSLF;
-    orlocg_raise(CG_INVALID_ENUMERANT_ERROR);
-    return CG_PROFILE_UNKNOWN;
+    if (profileType != CG_GL_VERTEX && profileType != CG_GL_FRAGMENT) {
+        orlocg_raise(CG_INVALID_ENUMERANT_ERROR);
+        return CG_PROFILE_UNKNOWN;
+    }
+    const CGprofile latest = profileType == CG_GL_VERTEX ? CG_PROFILE_GLSLV : CG_PROFILE_GLSLF;
+    return cgGLIsProfileSupported(latest) ? latest : CG_PROFILE_UNKNOWN;
 }
 
 void cgGLSetOptimalOptions(CGprofile profile) {
@@ -556,7 +629,7 @@ void cgGLSetOptimalOptions(CGprofile profile) {
 
 void cgGLLoadProgram(CGprogram handle) {
     if (ProgramObject* program = orlocg_findProgram(handle))
-        load(*program);
+        guarded([&] { load(*program); });
 }
 
 void cgGLBindProgram(CGprogram handle) {
@@ -575,7 +648,7 @@ void cgGLBindProgram(CGprogram handle) {
     if (pipeline != binding().pipelines.end() && pipeline->second.isBound)
         fillStages(*gl, pipeline->second);
     else
-        apply(*gl);
+        guarded([&] { apply(*gl); });
 }
 
 // The families of values, spelled out by their numbers and types.
@@ -670,7 +743,7 @@ void cgGLSetStateMatrixParameter(CGparameter handle, CGGLenum matrix, CGGLenum t
         value = transposed(value);
     if (transform > CG_GL_MATRIX_INVERSE_TRANSPOSE)
         return orlocg_raise(CG_INVALID_ENUMERANT_ERROR);
-    setMatrix(*p, value.data(), Order::Columns);
+    setMatrix(handle, value.data(), Order::Columns);
 }
 
 void cgGLSetParameterPointer(CGparameter handle, GLint size, GLenum type, GLsizei stride,
@@ -709,21 +782,27 @@ void cgGLDisableClientState(CGparameter parameter) {
 }
 
 void cgGLSetTextureParameter(CGparameter parameter, GLuint texture) {
-    if (ParameterObject* p = findSampler(parameter))
-        stateOf(*p).texture = texture;
+    guarded([&] {
+        if (ParameterObject* p = findSampler(parameter))
+            stateOf(*p).texture = texture;
+    });
 }
 
 GLuint cgGLGetTextureParameter(CGparameter parameter) {
-    ParameterObject* p = findSampler(parameter);
-    return p ? stateOf(*p).texture : 0;
+    GLuint texture = 0;
+    guarded([&] {
+        if (ParameterObject* p = findSampler(parameter))
+            texture = stateOf(*p).texture;
+    });
+    return texture;
 }
 
 void cgGLEnableTextureParameter(CGparameter parameter) {
-    bindTexture(parameter, true);
+    guarded([&] { bindTexture(parameter, true); });
 }
 
 void cgGLDisableTextureParameter(CGparameter parameter) {
-    bindTexture(parameter, false);
+    guarded([&] { bindTexture(parameter, false); });
 }
 
 GLenum cgGLGetTextureEnum(CGparameter parameter) {

@@ -139,8 +139,10 @@ TEST(Compiler, refusesWhatHasTheWrongType) {
 
 TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
     EXPECT_THAT(compiled("float4 other() : COLOR { return 0; }").listing, HasSubstr("no function 'main'"));
-    EXPECT_THAT(compiled("varying float4 c : COLOR; float4 main() : COLOR { return c; }").listing,
-                HasSubstr("a varying value has to be a parameter"));
+    EXPECT_THAT(compiled("float4 main(uniform float4 c : state.nothing) : COLOR { return c; }").listing,
+                HasSubstr("there is no state.nothing"));
+    EXPECT_THAT(compiled("float4 main(uniform float4 c : state.matrix.mvp) : COLOR { return c; }").listing,
+                HasSubstr("state.matrix.mvp is float4x4, not float4"));
     EXPECT_THAT(compiled("float4 main();").listing, HasSubstr("no function 'main'"));
     EXPECT_THAT(compiled("float4 main() : POSITION { discard; return 0; }", Stage::Vertex).listing,
                 HasSubstr("can't discard"));

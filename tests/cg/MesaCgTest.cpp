@@ -236,6 +236,14 @@ TEST_F(MesaCg, matrices) {
             {"return float4(determinant(float4x4(0, 1, 0, 0, 0.5, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1)) + 1, 0, "
              "0, 1);",
              {0.5, 0, 0, 1}},
+            {"float3x3 i = inverse(float3x3(2, 0, 0, 0, 0, 4, 0, 1, 1)); float2x2 j = inverse(float2x2(1, 1, "
+             "0, 2)); "
+             "return float4(i[0][0], i[1][1] + 0.5, i[2][1], -j[0][1]);",
+             {0.5, 0.25, 0.25, 0.5}},
+            {"float4x4 a = float4x4(0, 2, 0, 1, 1, 0, 3, 0, 0, 1, 1, 2, 2, 0, 0, 1); float4x4 one = "
+             "mul(inverse(a), a); "
+             "return float4(one[0][0], one[1][2] + 0.5, one[2][2] / 2, one[3][0] + one[3][3]);",
+             {1, 0.5, 0.5, 1}},
             {"float1x4 r = uv; float4x1 c = float4x1(1, 0, 0, 0); return float4(mul(r, c), r[0].yz, mul(c, "
              "r)[0].w);",
              {0.25, 0.75, 0.5, 1}},
@@ -290,6 +298,17 @@ TEST_F(MesaCg, controlFlow) {
         {"@uniform float kept; float next() { kept += 0.25; return kept; } float4 main() : COLOR { float a = "
          "next(); return float4(a, next(), kept, 1); }",
          {0.25, 0.5, 0.5, 1}},
+        {"clip(uv.x - 0.5); return 1;", {0, 0, 0, 0}},
+        {"clip(float3(uv.xy, 0)); [unroll] for (int i = 0; i < 2; i++) uv.x += 0.125; return uv.x;",
+         {0.5, 0.5, 0.5, 0.5}},
+        {"@float clip(float x) { return x * 2; } float4 main() : COLOR { clip(-1); return clip(0.25); }",
+         {0.5, 0.5, 0.5, 0.5}},
+        {"@texture2D picture < string file = \"a;b.png\"; >; sampler2D s = sampler_state { texture = "
+         "<picture>; minFilter = "
+         "Linear; }; float4 main() : COLOR { return 0.25; } technique t < int n = 1; > { pass p { "
+         "FragmentProgram = "
+         "compile fp40 main(); } }",
+         {0.25, 0.25, 0.25, 0.25}},
         {"@float texture(float sample) { float texture = sample; return texture; } float4 main() : COLOR { "
          "float filter = texture(0.5); return filter; }",
          {0.5, 0.5, 0.5, 0.5}},
@@ -491,6 +510,24 @@ TEST_F(MesaCg, semantics) {
          "float4 f() : COLOR { return 1; }",
          {0, 0, 0, 0});
     gl().glDisable(GL_CLIP_PLANE0);
+    pair("varying float4 kept : TEXCOORD1; float4 twice() { return kept * 2; } void v(float4 p : POSITION, "
+         "out float4 o : "
+         "POSITION, out float4 t : TEXCOORD1) { o = p; t = float4(0.125, 0.25, 0.375, 0.5); }"
+         "float4 f() : COLOR { return twice(); }",
+         {0.25, 0.5, 0.75, 1});
+    // Seen from behind.
+    const std::string sides =
+        "void v(float4 p : POSITION, out float4 o : POSITION, out float4 c : COLOR, out float4 b : BCOL) "
+        "{ o = p; SIDE; c = float4(1, 0, 0, 1); b = float4(0, 1, 0, 1); } float4 f(float4 c : COLOR, float "
+        "face : FACE) : COLOR { return float4(c.xy, face < 0, 1); }";
+    const auto withSide = [&](const char* side) {
+        std::string source = sides;
+        return source.replace(source.find("SIDE"), 4, side);
+    };
+    gl().glEnable(GL_VERTEX_PROGRAM_TWO_SIDE_ARB);
+    pair(withSide("o.x *= 1"), {1, 0, 0, 1});
+    pair(withSide("o.x *= -1"), {0, 1, 1, 1});
+    gl().glDisable(GL_VERTEX_PROGRAM_TWO_SIDE_ARB);
     // One side by GL's own functions.
     const auto fragment =
         compiled("float4 main(float4 c : COLOR, float2 t : TEXCOORD0) : COLOR { return float4(c.xyz, t.x); }",
@@ -501,6 +538,28 @@ TEST_F(MesaCg, semantics) {
                  ": COLOR) { o = mul(glstate.matrix.mvp, p); c = t.zyxw; }",
                  Stage::Vertex);
     expectNear(drawn(vertex.get(), nullptr), {0.25, 0.5, 1, 1}, "vertex alone");
+}
+
+TEST_F(MesaCg, drawsPointsAsLargeAsItSays) {
+    const auto program = compiled(
+        "void main(float4 p : POSITION, uniform float size = 3, out float4 o : POSITION, out float4 c : "
+        "COLOR, out float s : PSIZE) { o = p; c = 1; s = 3; }",
+        Stage::Vertex);
+    const GLhandleARB linked = gl().glCreateProgramObjectARB();
+    const GLhandleARB vertices = shader(GL_VERTEX_SHADER_ARB, *program);
+    gl().glAttachObjectARB(linked, vertices);
+    gl().glLinkProgramARB(linked);
+    gl().glUseProgramObjectARB(linked);
+    gl().glEnable(GL_VERTEX_PROGRAM_POINT_SIZE_ARB);
+    gl().glBegin(GL_POINTS);
+    gl().glVertex2f(-0.25F, -0.25F); // the middle of the second pixel
+    gl().glEnd();
+    gl().glDisable(GL_VERTEX_PROGRAM_POINT_SIZE_ARB);
+    gl().glUseProgramObjectARB(0);
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(readPixel(i, 1)[0], i < 3 ? 255 : 0) << i;
+    gl().glDeleteObjectARB(vertices);
+    gl().glDeleteObjectARB(linked);
 }
 
 TEST_F(MesaCg, writesDepthAndSeveralColors) {
@@ -524,17 +583,37 @@ TEST_F(MesaCg, readsTheStateOfGL) {
     gl().glMaterialfv(GL_FRONT, GL_SPECULAR, quarter);
     gl().glMaterialf(GL_FRONT, GL_SHININESS, 32);
     gl().glFogfv(GL_FOG_COLOR, quarter);
-    check({
-        {"return mul(glstate.matrix.modelview[0], float4(0.5, 0.5, 0, 1));", {0.75, 0.75, 0, 1}},
-        {"return mul(float4(0.5, 0.5, 0, 1), glstate.matrix.transpose.modelview);", {0.75, 0.75, 0, 1}},
-        {"return mul(glstate.matrix.inverse.modelview[0], float4(0.75, 0.75, 0, 1));", {0.5, 0.5, 0, 1}},
-        {"return glstate.matrix.invtrans.modelview[0][0] / 4;", {0.5, 0, 0, 0}},
-        {"return float4(glstate.matrix.mvp[0].xw, glstate.matrix.mvp._m13, 1);", {0.5, 0.5, 0.25, 1}},
-        {"return glstate.light[1].diffuse;", {0.25, 0.5, 0.75, 1}},
-        {"return glstate.material.specular.zyxw * float4(1, 1, 1, glstate.material.front.shininess / 64);",
-         {0.75, 0.5, 0.25, 0.5}},
-        {"return glstate.fog.color;", {0.25, 0.5, 0.75, 1}},
-    });
+    gl().glLightfv(GL_LIGHT1, GL_SPECULAR, quarter);
+    const float room[] = {0.1F, 0.2F, 0.3F, 1};
+    const float one[] = {1, 1, 1, 1};
+    gl().glLightModelfv(GL_LIGHT_MODEL_AMBIENT, room);
+    gl().glMaterialfv(GL_FRONT, GL_AMBIENT, one);
+    check(
+        {
+            {"return mul(glstate.matrix.modelview[0], float4(0.5, 0.5, 0, 1));", {0.75, 0.75, 0, 1}},
+            {"return mul(float4(0.5, 0.5, 0, 1), glstate.matrix.transpose.modelview);", {0.75, 0.75, 0, 1}},
+            {"return mul(glstate.matrix.inverse.modelview[0], float4(0.75, 0.75, 0, 1));", {0.5, 0.5, 0, 1}},
+            {"return glstate.matrix.invtrans.modelview[0][0] / 4;", {0.5, 0, 0, 0}},
+            {"return float4(glstate.matrix.mvp[0].xw, glstate.matrix.mvp._m13, 1);", {0.5, 0.5, 0.25, 1}},
+            {"return glstate.light[1].diffuse;", {0.25, 0.5, 0.75, 1}},
+            {"return glstate.material.specular.zyxw * float4(1, 1, 1, glstate.material.front.shininess / "
+             "64);",
+             {0.75, 0.5, 0.25, 0.5}},
+            {"return glstate.fog.color;", {0.25, 0.5, 0.75, 1}},
+            {"return glstate.lightprod[1].front.specular * 4;", {0.25, 1, 1, 1}},
+            {"return glstate.lightmodel.front.scenecolor;", {0.1, 0.2, 0.3, 1}},
+            {"return mul(moved, float4(0.5, 0.5, 0, 1));", {0.75, 0.75, 0, 1}},
+            {"return mul(back, float4(0.75, 0.75, 0, 1));", {0.5, 0.5, 0, 1}},
+            {"return float4(lit, turned[0][0] / 4);", {0.25, 0.5, 0.75, 0.5}},
+            {"@uniform float4 fog : state.fog.color; float4 f() { fog.x += 0.25; return fog; } float4 main() "
+             ": COLOR { return f(); }",
+             {0.5, 0.5, 0.75, 1}},
+        },
+        {},
+        ", uniform float4x4 moved : state.matrix.modelview[0], uniform float4x4 back : "
+        "state.matrix.modelview.inverse, "
+        "uniform float3 lit : state.light[1].diffuse, uniform float3x3 turned : "
+        "state.matrix.modelview.invtrans");
     const auto invariant = [&] {
         CompileOptions options;
         options.stage = Stage::Vertex;
