@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "EntryPointNames.h"
+
 #include <Cg/cg.h>
 
 #include <cstdio>
@@ -48,58 +50,10 @@ protected:
 };
 
 TEST_F(CgRuntime, exportsItsInterfaceAndNothingElse) {
-    const char* const names[] = {"cgCreateContext",
-                                 "cgDestroyContext",
-                                 "cgIsContext",
-                                 "cgGetLastListing",
-                                 "cgCreateProgram",
-                                 "cgCreateProgramFromFile",
-                                 "cgCopyProgram",
-                                 "cgDestroyProgram",
-                                 "cgGetFirstProgram",
-                                 "cgGetNextProgram",
-                                 "cgGetProgramContext",
-                                 "cgIsProgram",
-                                 "cgCompileProgram",
-                                 "cgIsProgramCompiled",
-                                 "cgGetProgramString",
-                                 "cgGetProgramProfile",
-                                 "cgGetNamedParameter",
-                                 "cgGetFirstParameter",
-                                 "cgGetNextParameter",
-                                 "cgGetFirstLeafParameter",
-                                 "cgGetNextLeafParameter",
-                                 "cgGetFirstStructParameter",
-                                 "cgGetFirstDependentParameter",
-                                 "cgGetArrayParameter",
-                                 "cgGetArrayDimension",
-                                 "cgGetArraySize",
-                                 "cgGetParameterProgram",
-                                 "cgIsParameter",
-                                 "cgGetParameterName",
-                                 "cgGetParameterType",
-                                 "cgGetParameterSemantic",
-                                 "cgGetParameterResource",
-                                 "cgGetParameterBaseResource",
-                                 "cgGetParameterResourceIndex",
-                                 "cgGetParameterVariability",
-                                 "cgGetParameterDirection",
-                                 "cgIsParameterReferenced",
-                                 "cgGetParameterValues",
-                                 "cgGetTypeString",
-                                 "cgGetType",
-                                 "cgGetResourceString",
-                                 "cgGetResource",
-                                 "cgGetProfileString",
-                                 "cgGetProfile",
-                                 "cgGetError",
-                                 "cgGetErrorString",
-                                 "cgSetErrorCallback",
-                                 "cgGetErrorCallback"};
-    EXPECT_EQ(std::size(names), 48U);
+    static_assert(std::size(kCoreNames) == 48);
     void* library = dlopen("libCg.so", RTLD_LAZY | RTLD_NOLOAD);
     ASSERT_NE(library, nullptr) << dlerror();
-    for (const char* name : names)
+    for (const char* name : kCoreNames)
         EXPECT_NE(dlsym(library, name), nullptr) << name;
     EXPECT_EQ(dlsym(library, "_ZN6orlocg5raiseE7CGerror"), nullptr);
     dlclose(library);
