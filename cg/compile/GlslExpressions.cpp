@@ -1,0 +1,525 @@
+#include "compile/GlslTypes.h"
+#include "compile/GlslWriter.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <utility>
+
+// GlslWriter's expressions.
+
+namespace orlocg {
+
+std::string GlslWriter::writeNumber(double number, const Type* type) const {
+    if (type->isBool())
+        return number != 0.0 ? "true" : "false";
+    if (type->isInt()) {
+        const long long whole = std::abs(number) < 4294967296.0 ? static_cast<long long>(number) : 0;
+        return std::to_string(static_cast<int32_t>(whole));
+    }
+    char text[40];
+    std::snprintf(text, sizeof text, "%.9g", std::clamp(number, -3.402823466e38, 3.402823466e38));
+    std::string result(text);
+    if (result.find_first_of(".e") == std::string::npos)
+        result += ".0";
+    return result;
+}
+
+std::string GlslWriter::convert(const std::string& text, const Type* from, const Type* to) {
+    const std::string name = typeName(to);
+    if (typeName(from) == name)
+        return text;
+    if (isGlslMatrix(to)) {
+        if (isGlslMatrix(from) || from->size() == to->size())
+            return name + "(" + text + ")";
+        return helper("cg_fill_" + name, name) + "(" +
+               convert(text, from, fOut.program->types.scalar(Scalar::Float)) + ")";
+    }
+    if (isGlslMatrix(from)) {
+        if (width(to) == 1)
+            return typeName(fOut.program->types.scalar(to->scalar)) + "(" + text + "[0][0])";
+        const std::string flat = helper("cg_flat", "mat2") + "(" + text + ")";
+        return name == "vec4" ? flat : name + "(" + flat + ")";
+    }
+    return name + "(" + text + (width(to) == 1 && width(from) > 1 ? ".x" : "") + ")";
+}
+
+std::string GlslWriter::zero(const Type* type) {
+    if (type->isNumeric())
+        return isGlslMatrix(type) ? typeName(type) + "(0.0)"
+                                  : convert("0.0", fOut.program->types.scalar(Scalar::Float), type);
+    std::string parts;
+    const auto add = [&](const Type* part) {
+        if (hasValue(part))
+            parts += (parts.empty() ? "" : ", ") + zero(part);
+    };
+    if (type->isArray())
+        for (uint32_t i = 0; i < flatLength(type); ++i)
+            add(innermost(type));
+    else if (type->isStruct())
+        for (const Member& member : type->structure->members)
+            add(member.type);
+    return typeName(type) + "(" + (parts.empty() ? "0.0" : parts) + ")";
+}
+
+std::string GlslWriter::write(const Expression& e) {
+    using Kind = Expression::Kind;
+    switch (e.kind) {
+    case Kind::Number:
+        return writeNumber(e.number, e.type);
+    case Kind::Name:
+        return nameOf(*e.variable);
+    case Kind::State: {
+        // GL's matrices have rows where ours have columns; stateOf transposes.
+        return e.state;
+    }
+    case Kind::Unary:
+        return writeUnary(e);
+    case Kind::Binary:
+        return writeBinary(e);
+    case Kind::Choice: {
+        const std::string condition = write(*e.operands[0]);
+        const std::string yes = write(*e.operands[1]);
+        const std::string no = write(*e.operands[2]);
+        if (width(e.operands[0]->type) == 1)
+            return "(" + condition + " ? " + yes + " : " + no + ")";
+        return helper("cg_select", typeName(e.type)) + "(" + condition + ", " + yes + ", " + no + ")";
+    }
+    case Kind::Call:
+        if (e.constructs)
+            return writeConstruct(e);
+        return e.function ? writeUserCall(e) : (e.library ? writeLibraryCall(e) : writeTexture(e));
+    case Kind::Index:
+        return writeIndex(e);
+    case Kind::Member:
+        return write(*e.operands[0]) + "." + memberName(std::string(e.text));
+    case Kind::Swizzle:
+        return writeSwizzle(e);
+    case Kind::Convert:
+        if (e.operands[0]->kind == Kind::Number && e.type->isScalar())
+            return writeNumber(e.type->isInt() ? std::trunc(e.operands[0]->number) : e.operands[0]->number,
+                               e.type);
+        return convert(write(*e.operands[0]), e.operands[0]->type, e.type);
+    case Kind::List:
+        break;
+    }
+    return {};
+}
+
+std::string GlslWriter::writeUnary(const Expression& e) {
+    const std::string operand = write(*e.operands[0]);
+    if (e.text == "!")
+        return width(e.type) == 1 ? "(!" + operand + ")" : "not(" + operand + ")";
+    if (e.text == "p++" || e.text == "p--")
+        return "(" + operand + std::string(e.text.substr(1)) + ")";
+    return "(" + std::string(e.text) + operand + ")";
+}
+
+/// An operation on two values of one type.
+std::string GlslWriter::combine(std::string_view op, const std::string& a, const std::string& b,
+                                const Type* type) {
+    const bool isVector = width(type) > 1;
+    const auto call = [&](const std::string& function) { return function + "(" + a + ", " + b + ")"; };
+    if (op == "*" && isGlslMatrix(type))
+        return call("matrixCompMult");
+    if (op == "%" && type->scalar > Scalar::Int)
+        return call(helper("cg_fmod", typeName(type)));
+    if (isVector) {
+        constexpr std::array<std::pair<std::string_view, const char*>, 6> kTests = {
+            {{"<", "lessThan"},
+             {">", "greaterThan"},
+             {"<=", "lessThanEqual"},
+             {">=", "greaterThanEqual"},
+             {"==", "equal"},
+             {"!=", "notEqual"}}};
+        for (const auto& [test, function] : kTests)
+            if (op == test)
+                return call(function);
+        if (op == "&&")
+            return call(helper("cg_and", typeName(type)));
+        if (op == "||")
+            return call(helper("cg_or", typeName(type)));
+    }
+    return "(" + a + " " + std::string(op) + " " + b + ")";
+}
+
+std::string GlslWriter::writeBinary(const Expression& e) {
+    if (e.text == ",")
+        return "(" + write(*e.operands[0]) + ", " + write(*e.operands[1]) + ")";
+    if (e.text.back() == '=' && e.text != "==" && e.text != "!=" && e.text != "<=" && e.text != ">=")
+        return writeAssignment(e);
+    const std::string left =
+        write(*e.operands[0]); // in the order in which they stand: functions are written as met
+    return combine(e.text, left, write(*e.operands[1]), e.operands[0]->type);
+}
+
+std::string GlslWriter::writeAssignment(const Expression& e) {
+    const Expression& to = *e.operands[0];
+    const Expression& from = *e.operands[1];
+    if (holdsSampler(to.type)) {
+        if (to.kind == Expression::Kind::Name) {
+            bindSamplers(*to.variable, from);
+        } else { // a member
+            std::string below;
+            const Expression* root = &to;
+            for (; root->kind == Expression::Kind::Member; root = root->operands[0].get())
+                below = joined({".", root->text, below});
+            if (root->kind != Expression::Kind::Name)
+                fDiagnostics.fail(e.at,
+                                  "a sampler can be kept in a variable or in a member of one, nowhere else");
+            auto& all = root->variable->isGlobal ? fGlobalBindings : fBody->bindings;
+            for (const auto& [more, path] : bindingsOf(from, to.type))
+                all[root->variable][below + more] = path;
+        }
+        if (!hasValue(to.type))
+            return {};
+    }
+    const std::string value = write(from);
+    if (e.text == "=")
+        return assign(to, value, to.type);
+    const std::string op(e.text.substr(0, e.text.size() - 1));
+    const Type* type = from.type;
+    const bool isPlain = type->scalar == to.type->scalar || typeName(type) == typeName(to.type);
+    const bool isOwn = isPlain && !(op == "*" && isGlslMatrix(type)) &&
+                       !(op == "%" && type->scalar > Scalar::Int) &&
+                       !(to.kind == Expression::Kind::Swizzle && to.operands[0]->type->isMatrix());
+    if (isOwn)
+        return "(" + write(to) + " " + std::string(e.text) + " " + value + ")";
+    const std::string before = convert(write(to), to.type, type);
+    return assign(to, convert(combine(op, before, value, type), type, to.type), to.type);
+}
+
+std::string GlslWriter::assign(const Expression& to, const std::string& value, const Type* type) {
+    const bool picksElements =
+        to.kind == Expression::Kind::Swizzle && to.operands[0]->type->isMatrix() && to.picks.size() > 1;
+    if (!picksElements)
+        return "(" + write(to) + " = " + value + ")";
+    const std::string kept = temporary(type);
+    std::string text = "(" + kept + " = " + value;
+    const std::string matrix = write(*to.operands[0]);
+    for (size_t i = 0; i < to.picks.size(); ++i)
+        text += ", " + element(matrix, to.operands[0]->type, to.picks[i]) + " = " + kept + "." + "xyzw"[i];
+    return text + ", " + kept + ")";
+}
+
+/// An element of a matrix by its number, row * 4 + column.
+std::string GlslWriter::element(const std::string& matrix, const Type* type, unsigned pick) const {
+    const unsigned row = pick / 4;
+    const unsigned column = pick % 4;
+    if (isGlslMatrix(type))
+        return matrix + "[" + std::to_string(row) + "][" + std::to_string(column) + "]";
+    return type->size() == 1 ? matrix : matrix + "[" + std::to_string(type->rows == 1 ? column : row) + "]";
+}
+
+std::string GlslWriter::writeSwizzle(const Expression& e) {
+    const Type* of = e.operands[0]->type;
+    const std::string text = write(*e.operands[0]);
+    if (of->isMatrix()) {
+        if (e.picks.size() == 1)
+            return element(text, of, e.picks[0]);
+        std::string parts;
+        for (const uint8_t pick : e.picks)
+            parts += (parts.empty() ? "" : ", ") + element(text, of, pick);
+        return typeName(e.type) + "(" + parts + ")";
+    }
+    if (width(of) == 1)
+        return e.picks.size() == 1 ? text : typeName(e.type) + "(" + text + ")";
+    std::string picks;
+    for (const uint8_t pick : e.picks)
+        picks += "xyzw"[pick];
+    const bool isNumber = e.operands[0]->kind == Expression::Kind::Number;
+    return (isNumber ? "(" + text + ")" : text) + "." + picks;
+}
+
+std::string GlslWriter::writeIndex(const Expression& e) {
+    const Type* of = e.operands[0]->type;
+    if (of->isArray()) {
+        if (e.type->isArray())
+            fDiagnostics.fail(e.at, "an array in an array can be used only element by element");
+        // One array stands for arrays of arrays.
+        std::string index = write(*e.operands[1]);
+        uint32_t stride = of->length;
+        const Expression* base = e.operands[0].get();
+        for (; base->kind == Expression::Kind::Index && base->operands[0]->type->isArray();
+             base = base->operands[0].get()) {
+            index =
+                joined({"(", write(*base->operands[1]), " * ", std::to_string(stride), " + ", index, ")"});
+            stride *= base->operands[0]->type->length;
+        }
+        return write(*base) + "[" + index + "]";
+    }
+    const std::string text = write(*e.operands[0]);
+    const bool isWhole = (of->isMatrix() && of->rows == 1) || of->size() == 1;
+    return isWhole ? text : text + "[" + write(*e.operands[1]) + "]";
+}
+
+void GlslWriter::flatten(const Expression& e, std::vector<std::string>& parts) {
+    const bool isArrayOfArrays = e.kind == Expression::Kind::Call && e.constructs && e.type->isArray();
+    if (!isArrayOfArrays)
+        return parts.push_back(write(e));
+    if (e.isCast) {
+        parts.insert(parts.end(), flatLength(e.type), zero(innermost(e.type)));
+        return;
+    }
+    for (const ExpressionPtr& operand : e.operands)
+        flatten(*operand, parts);
+}
+
+std::string GlslWriter::writeConstruct(const Expression& e) {
+    if (e.type->kind == Type::Kind::Void)
+        return write(*e.operands[0]);
+    if (e.isCast && !e.type->isNumeric())
+        return zero(e.type);
+    std::vector<std::string> parts;
+    for (size_t i = 0; i < e.operands.size(); ++i) {
+        const Expression& operand = *e.operands[i];
+        if (!hasValue(operand.type))
+            continue;
+        if (e.type->isArray())
+            flatten(operand, parts);
+        else if (e.type->isNumeric() && isGlslMatrix(operand.type))
+            parts.push_back(
+                convert(write(operand), operand.type, fOut.program->types.vector(Scalar::Float, 4)));
+        else
+            parts.push_back(write(operand));
+    }
+    std::string text;
+    for (const std::string& part : parts)
+        text += (text.empty() ? "" : ", ") + part;
+    return typeName(e.type) + "(" + (text.empty() ? "0.0" : text) + ")";
+}
+
+// Samplers.
+
+std::string GlslWriter::bound(const Variable& variable, const std::string& below) {
+    const Bindings* bindings = findBindings(variable);
+    std::string best = variable.isGlobal && variable.isUniform ? variable.name + below : std::string();
+    size_t bestLength = 0;
+    if (!bindings)
+        return best;
+    for (const auto& [known, path] : *bindings)
+        if (below.starts_with(known) && (best.empty() || known.size() >= bestLength)) {
+            best = path + below.substr(known.size());
+            bestLength = known.size();
+        }
+    return best;
+}
+
+/// The path of a parameter that a sampler, or what holds some, comes from. Empty: it can't be told.
+std::string GlslWriter::pathOf(const Expression& e) {
+    std::string below;
+    const Expression* root = &e;
+    for (;;) {
+        if (root->kind == Expression::Kind::Member) {
+            below = joined({".", root->text, below});
+        } else if (root->kind == Expression::Kind::Index) {
+            const Expression* index = root->operands[1].get();
+            while (index->kind == Expression::Kind::Convert)
+                index = index->operands[0].get();
+            if (index->kind != Expression::Kind::Number)
+                return {};
+            below = joined({"[", std::to_string(static_cast<int>(index->number)), "]", below});
+        } else {
+            break;
+        }
+        root = root->operands[0].get();
+    }
+    return root->kind == Expression::Kind::Name ? bound(*root->variable, below) : std::string();
+}
+
+GlslWriter::Bindings GlslWriter::bindingsOf(const Expression& e, const Type* type) {
+    if (e.kind == Expression::Kind::Call && e.constructs && type->isStruct()) {
+        Bindings all;
+        for (size_t i = 0; i < e.operands.size() && i < type->structure->members.size(); ++i) {
+            const Member& member = type->structure->members[i];
+            if (holdsSampler(member.type))
+                for (const auto& [below, path] : bindingsOf(*e.operands[i], member.type))
+                    all["." + member.name + below] = path;
+        }
+        return all;
+    }
+    if (e.kind == Expression::Kind::Name) {
+        if (const Bindings* bindings = findBindings(*e.variable))
+            return *bindings;
+    }
+    const std::string path = pathOf(e);
+    if (path.empty())
+        fDiagnostics.fail(e.at, "which sampler this is has to be known when the program is compiled");
+    return {{"", path}};
+}
+
+std::string GlslWriter::samplerText(const Expression& e) {
+    if (e.kind == Expression::Kind::Index) {
+        const std::string whole = pathOf(*e.operands[0]);
+        const auto found = fSamplers.find(whole);
+        if (found != fSamplers.end())
+            return found->second + "[" + write(*e.operands[1]) + "]";
+    }
+    const std::string path = pathOf(e);
+    const auto found = fSamplers.find(path);
+    if (found != fSamplers.end())
+        return found->second;
+    // An element of an array that was handed on.
+    const size_t bracket = path.rfind('[');
+    const auto array =
+        bracket == std::string::npos ? fSamplers.end() : fSamplers.find(path.substr(0, bracket));
+    if (array == fSamplers.end())
+        fDiagnostics.fail(e.at, "which sampler this is has to be known when the program is compiled");
+    return array->second + path.substr(bracket);
+}
+
+// Calls.
+
+std::string GlslWriter::writeUserCall(const Expression& e) {
+    Function& function = *e.function;
+    std::vector<Bindings> bindings(function.parameters.size());
+    std::vector<std::string> before;
+    std::vector<std::string> after;
+    std::string arguments;
+    for (size_t i = 0; i < function.parameters.size(); ++i) {
+        const Variable& parameter = *function.parameters[i];
+        const Expression& operand = i < e.operands.size() ? *e.operands[i] : *parameter.initializer;
+        if (holdsSampler(parameter.type))
+            bindings[i] = bindingsOf(operand, parameter.type);
+        if (!hasValue(parameter.type))
+            continue;
+        std::string text = write(operand);
+        const bool isMatrixPick =
+            operand.kind == Expression::Kind::Swizzle && operand.operands[0]->type->isMatrix();
+        if (parameter.direction != Direction::In &&
+            (typeName(operand.type) != typeName(parameter.type) || isMatrixPick)) {
+            // Through a variable of the parameter's type.
+            const std::string kept = temporary(parameter.type);
+            if (parameter.direction == Direction::InOut)
+                before.push_back(kept + " = " + convert(text, operand.type, parameter.type));
+            after.push_back(assign(operand, convert(kept, parameter.type, operand.type), operand.type));
+            text = kept;
+        }
+        arguments += (arguments.empty() ? "" : ", ") + text;
+    }
+    std::string call = functionName(function, bindings) + "(" + arguments + ")";
+    if (before.empty() && after.empty())
+        return call;
+    const bool hasResult = e.type->kind != Type::Kind::Void;
+    const std::string result = hasResult ? temporary(e.type) : "";
+    std::string text = "(";
+    for (const std::string& part : before)
+        text += part + ", ";
+    text += hasResult ? result + " = " + call : call;
+    for (const std::string& part : after)
+        text += ", " + part;
+    return text + (hasResult ? ", " + result : "") + ")";
+}
+
+std::string GlslWriter::writeLibraryCall(const Expression& e) {
+    const LibraryFunction& function = *e.library;
+    std::vector<std::string> operands;
+    for (const ExpressionPtr& operand : e.operands)
+        operands.push_back(write(*operand));
+    const Type* first = e.operands[0]->type;
+    if (function.rule == LibraryRule::Multiply) {
+        const Type* second = e.operands[1]->type;
+        const bool areVectors = first->isVector() && second->isVector();
+        const bool isInner = areVectors || (width(first) > 1 && width(second) > 1 && e.type->size() == 1);
+        if (isInner)
+            return "dot(" + operands[0] + ", " + operands[1] + ")";
+        if (width(first) > 1 && width(second) > 1) // a column times a row
+            return "outerProduct(" + operands[1] + ", " + operands[0] + ")";
+        return "(" + operands[1] + " * " + operands[0] + ")";
+    }
+    if (function.rule == LibraryRule::Transpose && !isGlslMatrix(first))
+        return operands[0];
+    if (function.rule == LibraryRule::Truth && width(first) == 1)
+        return operands[0];
+    if (function.rule == LibraryRule::Determinant && first->size() == 1)
+        return operands[0];
+    if (function.rule == LibraryRule::Inverse && first->size() == 1)
+        return "(1.0 / " + operands[0] + ")";
+    std::string name(function.glsl);
+    if (name.starts_with("cg_"))
+        helper(name, typeName(first));
+    std::string text;
+    for (const std::string& operand : operands)
+        text += (text.empty() ? "" : ", ") + operand;
+    return name + "(" + text + ")";
+}
+
+std::string GlslWriter::writeTexture(const Expression& e) {
+    using Form = TextureCall::Form;
+    const TextureCall call = *parseTextureCall(e.text);
+    const std::string sampler = samplerText(*e.operands[0]);
+    const unsigned n = call.dimensions();
+    const std::string coordinate = write(*e.operands[1]);
+    const unsigned size = width(e.operands[1]->type);
+    const bool isRect = call.sampler == SamplerKind::Rect;
+    fUsesRect = fUsesRect || isRect;
+    const std::string picks[] = {"", ".x", ".xy", ".xyz"};
+    const std::string plain = size == n ? coordinate : "(" + coordinate + ")" + picks[n];
+    constexpr std::array<const char*, 6> kNames = {"",          "texture1D",     "texture2D",
+                                                   "texture3D", "texture2DRect", "textureCube"};
+    std::string name = kNames[static_cast<size_t>(call.sampler)];
+    const std::string dimension = name.substr(7);
+    const bool hasOffset = e.operands.size() == 3 || e.operands.size() == 5;
+    const std::string offset = hasOffset ? write(*e.operands.back()) : "";
+
+    if (call.form == Form::Plain && size == n + 1) { // a depth to compare with
+        fShadowSamplers.insert(sampler.substr(0, sampler.find('[')));
+        const std::string depth = call.sampler == SamplerKind::Dim1
+                                      ? "vec3((" + coordinate + ").x, 0.0, (" + coordinate + ").y)"
+                                      : coordinate;
+        return "vec4(shadow" + dimension + "(" + sampler + ", " + depth + "))";
+    }
+    const bool isVertex = fOptions.stage == Stage::Vertex;
+    switch (call.form) {
+    case Form::Plain:
+        if (e.operands.size() >= 4) {
+            const std::string derivatives = write(*e.operands[2]) + ", " + write(*e.operands[3]);
+            if (hasOffset)
+                return "textureGradOffset(" + sampler + ", " + plain + ", " + derivatives + ", " + offset +
+                       ")";
+            return "textureGrad(" + sampler + ", " + plain + ", " + derivatives + ")";
+        }
+        if (hasOffset)
+            return "textureOffset(" + sampler + ", " + plain + ", " + offset + ")";
+        return name + "(" + sampler + ", " + plain + ")";
+    case Form::Projective: {
+        if (call.sampler == SamplerKind::Cube || hasOffset) {
+            const std::string divided =
+                "(" + coordinate + ")" + picks[n] + " / (" + coordinate + ")." + "xyzw"[size - 1];
+            return hasOffset ? "textureOffset(" + sampler + ", " + divided + ", " + offset + ")"
+                             : name + "(" + sampler + ", " + divided + ")";
+        }
+        return name + "Proj(" + sampler + ", " + coordinate + ")";
+    }
+    case Form::Biased: {
+        const std::string at = "(" + coordinate + ")" + picks[n];
+        if (isVertex || isRect)
+            return name + "(" + sampler + ", " + at + ")";
+        if (hasOffset)
+            return "textureOffset(" + sampler + ", " + at + ", " + offset + ", (" + coordinate + ").w)";
+        return name + "(" + sampler + ", " + at + ", (" + coordinate + ").w)";
+    }
+    case Form::Level: {
+        const std::string at = "(" + coordinate + ")" + picks[n];
+        if (isRect)
+            return name + "(" + sampler + ", " + at + ")";
+        if (hasOffset)
+            return "textureLodOffset(" + sampler + ", " + at + ", (" + coordinate + ").w, " + offset + ")";
+        return "textureLod(" + sampler + ", " + at + ", (" + coordinate + ").w)";
+    }
+    case Form::Fetch: {
+        const std::string at = "(" + coordinate + ")" + picks[n] + (hasOffset ? " + " + offset : "");
+        if (isRect)
+            return name + "(" + sampler + ", vec2(" + at + ") + 0.5)";
+        return "texelFetch(" + sampler + ", " + at + ", (" + coordinate + ").w)";
+    }
+    case Form::Size: {
+        const std::string sized = "textureSize(" + sampler + (isRect ? ")" : ", " + coordinate + ")");
+        const unsigned given = call.sampler == SamplerKind::Cube ? 2 : n;
+        return given == 3 ? sized : "ivec3(" + sized + (given == 1 ? ", 1, 1)" : ", 1)");
+    }
+    }
+    return {};
+}
+
+} // namespace orlocg
