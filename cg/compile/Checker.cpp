@@ -266,7 +266,7 @@ int Checker::costOf(const Type* from, const Type* to) const {
     if (from->isSampler() && to->isSampler())
         return from->sampler == SamplerKind::Any || to->sampler == SamplerKind::Any ? 1 : kNever;
     if (from->isArray() && to->isArray())
-        return from->length == to->length || to->length == 0 ? costOf(from->element, to->element) : kNever;
+        return from->length == to->length ? costOf(from->element, to->element) : kNever;
     if (!from->isNumeric() || !to->isNumeric())
         return kNever;
     int cost = 0;

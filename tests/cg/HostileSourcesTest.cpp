@@ -129,7 +129,8 @@ TEST(HostileSources, nestedLongAndEndless) {
                  text += "#define A" + std::to_string(i) + " A" + std::to_string(i + 1) + "\n";
              return text;
          }() + "A0"},
-        {"arguments in arguments", "#define F(x) x x\n" + repeated("F(", 5000) + "1" + repeated(")", 5000)},
+        {"arguments in arguments that double", "#define F(x) x x\n" + repeated("F(", 5000) + "1" + repeated(")", 5000)},
+        {"arguments in arguments", "#define F(x) x\n" + repeated("F(", deep) + "1" + repeated(")", deep)},
         {"an array of a billion", "float a[1000000000]; " + inMain("a[0];")},
         {"arrays of arrays", "float a[60000][60000][60000]; " + inMain("a[0];")},
         {"structs of arrays", "struct A { float x[60000]; }; struct B { A a[60000]; }; " + inMain("B b;")},

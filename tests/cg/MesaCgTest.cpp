@@ -247,6 +247,9 @@ TEST_F(MesaCg, matrices) {
             {"float1x4 r = uv; float4x1 c = float4x1(1, 0, 0, 0); return float4(mul(r, c), r[0].yz, mul(c, "
              "r)[0].w);",
              {0.25, 0.75, 0.5, 1}},
+            {"float1x2 r = uv.xy; float2x1 c = float2x1(1, 0.5); return float4(mul(r, c), mul(c, r)[1].y, 0, "
+             "1);",
+             {0.625, 0.375, 0, 1}},
             {"int i = uv.x * 8; return m[i] + float4(m[i][i] * 0, 0, 0, 0);", {0.9, 1, 0, 0.15}},
             {"float4x4 a = m; a[0].yz = 1; return a[0];", {0.1, 1, 1, 0.4}},
             {"float4x4 w[2] = {m, transpose(m)}; return w[1][0];", {0.1, 0.5, 0.9, 0.25}},
@@ -298,6 +301,7 @@ TEST_F(MesaCg, controlFlow) {
         {"@uniform float kept; float next() { kept += 0.25; return kept; } float4 main() : COLOR { float a = "
          "next(); return float4(a, next(), kept, 1); }",
          {0.25, 0.5, 0.5, 1}},
+        {"return -(uv.x > 0.1) + 1.5;", {0.5, 0.5, 0.5, 0.5}},
         {"clip(uv.x - 0.5); return 1;", {0, 0, 0, 0}},
         {"clip(float3(uv.xy, 0)); [unroll] for (int i = 0; i < 2; i++) uv.x += 0.125; return uv.x;",
          {0.5, 0.5, 0.5, 0.5}},
@@ -584,6 +588,30 @@ TEST_F(MesaCg, readsTheStateOfGL) {
     gl().glMaterialf(GL_FRONT, GL_SHININESS, 32);
     gl().glFogfv(GL_FOG_COLOR, quarter);
     gl().glLightfv(GL_LIGHT1, GL_SPECULAR, quarter);
+    gl().glLightf(GL_LIGHT1, GL_SPOT_CUTOFF, 60);
+    gl().glLightf(GL_LIGHT1, GL_SPOT_EXPONENT, 4);
+    gl().glLightf(GL_LIGHT1, GL_CONSTANT_ATTENUATION, 0.5F);
+    gl().glLightf(GL_LIGHT1, GL_LINEAR_ATTENUATION, 0.25F);
+    gl().glLightf(GL_LIGHT1, GL_QUADRATIC_ATTENUATION, 0.75F);
+    gl().glFogf(GL_FOG_DENSITY, 0.5F);
+    gl().glFogf(GL_FOG_START, 0.25F);
+    gl().glFogf(GL_FOG_END, 0.75F);
+    gl().glPointSize(4);
+    const float fading[] = {0.25F, 0.5F, 0.75F};
+    gl().fglPointParameterfvARB(GL_POINT_DISTANCE_ATTENUATION_ARB, fading);
+    gl().glDepthRange(0.25, 0.75);
+    gl().glActiveTexture(GL_TEXTURE1);
+    gl().glTexGenfv(GL_T, GL_OBJECT_PLANE, quarter);
+    gl().glTexEnvfv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, quarter);
+    gl().glMatrixMode(GL_TEXTURE);
+    gl().glTranslatef(0.25F, 0, 0);
+    gl().glActiveTexture(GL_TEXTURE0);
+    gl().glMatrixMode(GL_MODELVIEW);
+    gl().glPushMatrix();
+    gl().glLoadIdentity();
+    const double plane[] = {0.25, 0.5, 0.75, 0.125};
+    gl().glClipPlane(GL_CLIP_PLANE2, plane);
+    gl().glPopMatrix();
     const float room[] = {0.1F, 0.2F, 0.3F, 1};
     const float one[] = {1, 1, 1, 1};
     gl().glLightModelfv(GL_LIGHT_MODEL_AMBIENT, room);
@@ -600,6 +628,17 @@ TEST_F(MesaCg, readsTheStateOfGL) {
              "64);",
              {0.75, 0.5, 0.25, 0.5}},
             {"return glstate.fog.color;", {0.25, 0.5, 0.75, 1}},
+            {"return glstate.fog.params * float4(1, 1, 1, 0.25);", {0.5, 0.25, 0.75, 0.5}},
+            {"return float4(glstate.point.size.x / 8, glstate.point.attenuation.xyz);",
+             {0.5, 0.25, 0.5, 0.75}},
+            {"return glstate.clip[2].plane * float4(1, 1, 1, 2);", {0.25, 0.5, 0.75, 0.25}},
+            {"return glstate.texgen[1].object.t + glstate.texgen[1].eye.s * 0;", {0.25, 0.5, 0.75, 1}},
+            {"return glstate.texenv[1].color;", {0.25, 0.5, 0.75, 1}},
+            {"return float4(glstate.depth.range.xyz, glstate.light[1].spot.direction.w);",
+             {0.25, 0.75, 0.5, 0.5}},
+            {"return float4(glstate.light[1].attenuation.xyz, glstate.light[1].attenuation.w / 8) / 2;",
+             {0.25, 0.125, 0.375, 0.25}},
+            {"return mul(glstate.matrix.texture[1], float4(0.5, 0.5, 0, 1));", {0.75, 0.5, 0, 1}},
             {"return glstate.lightprod[1].front.specular * 4;", {0.25, 1, 1, 1}},
             {"return glstate.lightmodel.front.scenecolor;", {0.1, 0.2, 0.3, 1}},
             {"return mul(moved, float4(0.5, 0.5, 0, 1));", {0.75, 0.75, 0, 1}},

@@ -51,9 +51,9 @@ TEST_F(PreprocessorTest, expandsMacros) {
         {"#define F(x) x\nF\n(\n9\n)", "9"},
         {"#define S(x) #x\nS( a  \"b\" )", "\"a \\\"b\\\"\""},
         {"#define A 1\n#undef A\nA", "A"},
-        {"a /* b\n */ c // d\ne", "a c e"},
+        {"a /* b\n */ c // d\ne /*/ f */ g //*\nh", "a c e g h"},
         {"__LINE__\n__LINE__\n#line 40 \"other\"\n__LINE__ __FILE__", "1 2 40 \"other\""},
-        {"1.5f .5 1e+3 0x1F a.x x<<=y", "1.5f .5 1e+3 0x1F a . x x <<= y"},
+        {"1.5f .5 1e+3 2E-3 0x1F 0xE+1 a.x x<<=y", "1.5f .5 1e+3 2E-3 0x1F 0xE + 1 a . x x <<= y"},
         {"#pragma parameter X \"it's\" 1 2\n#\nx", "x"},
     };
     for (const auto& [source, expected] : cases)
