@@ -81,7 +81,7 @@ protected:
     /// Memory of this process, in pages. With the address sanitizer always 0: it keeps what is freed, so that
     /// its memory says nothing.
     static long residentPages() {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef ORLOGL_SANITIZED
         return 0;
 #else
         long size = 0;

@@ -34,6 +34,7 @@ protected:
         fTarget = std::make_unique<DrawTarget>(gl(), 4, 4);
         gl().glColor4f(0, 0, 1, 1);
         fManager = std::make_unique<CGManager>(CG_PROFILE_GLSLV, CG_PROFILE_GLSLF);
+        ASSERT_NE(*CGcontextSingleton::theCgContext(), nullptr) << "there is no Cg runtime";
     }
 
     void TearDown() override {

@@ -125,6 +125,7 @@ protected:
     void bindCg(ShadingNodeSpec& node) {
         if (!fCgManager)
             fCgManager = std::make_unique<CGManager>(CG_PROFILE_GLSLV, CG_PROFILE_GLSLF);
+        ASSERT_NE(*CGcontextSingleton::theCgContext(), nullptr) << "there is no Cg runtime";
         const auto* shader = fCgManager->bindKOSLShader(node, node.networkKey(&fSpecs), &fSpecs);
         ASSERT_NE(shader, nullptr);
         ASSERT_TRUE(shader->getVertexProgram() && shader->getFragmentProgram()) << cgListing();

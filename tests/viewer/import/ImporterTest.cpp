@@ -16,7 +16,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef ORLOGL_SANITIZED
 constexpr bool kLimitsMemory = false; // the sanitizer reserves terabytes of address space
 #else
 constexpr bool kLimitsMemory = true;
