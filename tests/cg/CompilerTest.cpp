@@ -110,6 +110,8 @@ TEST(Compiler, refusesWhatHasTheWrongType) {
         {"float a[];", "neither a length nor values"},
         {"float a[v.x];", "has to be a constant"},
         {"float a[0];", "from 1 to 65536"},
+        {"float a[4 / 0];", "has to be a constant"},
+        {"float a[1 << 2];", "has to be a constant"},
         {"float x = 1 2;", "';' is missing"},
         {"float x = (1;", "')' is missing"},
         {"float x = 1 +;", "an expression is wanted"},

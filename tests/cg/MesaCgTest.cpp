@@ -301,6 +301,7 @@ TEST_F(MesaCg, controlFlow) {
         {"@uniform float kept; float next() { kept += 0.25; return kept; } float4 main() : COLOR { float a = "
          "next(); return float4(a, next(), kept, 1); }",
          {0.25, 0.5, 0.5, 1}},
+        {"float a[7 % 4 - 5 / 2] = {0.5}; return a[0];", {0.5, 0.5, 0.5, 0.5}},
         {"return -(uv.x > 0.1) + 1.5;", {0.5, 0.5, 0.5, 0.5}},
         {"clip(uv.x - 0.5); return 1;", {0, 0, 0, 0}},
         {"clip(float3(uv.xy, 0)); [unroll] for (int i = 0; i < 2; i++) uv.x += 0.125; return uv.x;",
@@ -408,7 +409,7 @@ TEST_F(MesaCg, textures) {
             {"return tex2D(s, float2(0.25, 0.5), int2(1, 0));", green},
             {"return tex2Dfetch(s, int4(1, 0, 0, 0));", green},
             {"return tex2Dfetch(s, int4(0, 0, 0, 1));", blueColor},
-            {"return float4(tex2Dsize(s, 0).xy / 4.0, tex2Dsize(s, 1).x / 4.0, 1);", {0.5, 0.25, 0.25, 1}},
+            {"return float4(tex2Dsize(s, 0).xy / 4.0, tex2Dsize(s, 1.0).x / 4.0, 1);", {0.5, 0.25, 0.25, 1}},
             {"return tex1D(s1, 0.75);", green},
             {"return tex1Dproj(s1, float2(0.5, 2));", red},
             {"return tex3D(s3, float3(0, 0, 0.75));", green},
