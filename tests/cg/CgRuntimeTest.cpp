@@ -157,6 +157,7 @@ TEST_F(CgRuntime, walksParametersInTheirOrder) {
     EXPECT_EQ(parameter("unused"), nullptr) << "no function that is reached names it";
     EXPECT_EQ(cgGetFirstDependentParameter(parameter("lights")), parameter("lights[0]"));
     EXPECT_EQ(cgGetFirstDependentParameter(parameter("uv")), nullptr);
+    EXPECT_EQ(cgGetArrayParameter(parameter("lights"), 0), parameter("lights[0]"));
     EXPECT_EQ(cgGetArrayParameter(parameter("lights"), 2), parameter("lights[2]"));
     EXPECT_EQ(cgGetArrayDimension(parameter("lights")), 1);
     EXPECT_EQ(cgGetArraySize(parameter("lights"), 0), 3);
@@ -223,6 +224,15 @@ TEST_F(CgRuntime, tellsWhatAParameterIs) {
     EXPECT_THAT(values("turn"), testing::ElementsAre(1, 2, 3, 4));
     EXPECT_THAT(values("gain"), testing::ElementsAre(1, 2, 3));
     EXPECT_THAT(values("idle"), testing::IsEmpty());
+}
+
+TEST_F(CgRuntime, namesSixteenTextureUnits) {
+    const CGprogram program = compiled("float4 main(float2 t : TEXCOORD0, uniform sampler2D s[17]) : COLOR "
+                                       "{ return tex2D(s[0], t) + tex2D(s[16], t); }");
+    const auto sampler = [&](const char* name) { return cgGetNamedParameter(program, name); };
+    EXPECT_EQ(cgGetParameterResource(sampler("s[15]")), CG_TEXUNIT0 + 15);
+    EXPECT_EQ(cgGetParameterResource(sampler("s[16]")), CG_UNDEFINED);
+    EXPECT_EQ(cgGetParameterResourceIndex(sampler("s[16]")), 16U);
 }
 
 TEST_F(CgRuntime, namesTypesResourcesAndProfiles) {

@@ -642,6 +642,7 @@ TEST_F(MesaCg, readsTheStateOfGL) {
             {"return mul(glstate.matrix.texture[1], float4(0.5, 0.5, 0, 1));", {0.75, 0.5, 0, 1}},
             {"return glstate.lightprod[1].front.specular * 4;", {0.25, 1, 1, 1}},
             {"return glstate.lightmodel.front.scenecolor;", {0.1, 0.2, 0.3, 1}},
+            {"return glstate.lightmodel.back.scenecolor;", {0.02, 0.04, 0.06, 1}},
             {"return mul(moved, float4(0.5, 0.5, 0, 1));", {0.75, 0.75, 0, 1}},
             {"return mul(back, float4(0.75, 0.75, 0, 1));", {0.5, 0.5, 0, 1}},
             {"return float4(lit, turned[0][0] / 4);", {0.25, 0.5, 0.75, 0.5}},
