@@ -547,8 +547,8 @@ TEST_F(MesaCg, semantics) {
 
 TEST_F(MesaCg, drawsPointsAsLargeAsItSays) {
     const auto program = compiled(
-        "void main(float4 p : POSITION, uniform float size = 3, out float4 o : POSITION, out float4 c : "
-        "COLOR, out float s : PSIZE) { o = p; c = 1; s = 3; }",
+        "void main(float4 p : POSITION, out float4 o : POSITION, out float4 c : COLOR, out float s : PSIZE) "
+        "{ o = p; c = 1; s = 3; }",
         Stage::Vertex);
     const GLhandleARB linked = gl().glCreateProgramObjectARB();
     const GLhandleARB vertices = shader(GL_VERTEX_SHADER_ARB, *program);

@@ -96,7 +96,7 @@ TEST_F(CgLoader, tellsOnceThatANameIsMissing) {
     EXPECT_TRUE(init_explicit_Cg());
 }
 
-TEST_F(CgLoader, opensNothingForTheSakeOfGapsInTheCoreAlone) {
+TEST_F(CgLoader, givesAContextToWhoAsksNextWhereANameIsMissing) {
     missingSymbols() = {"cgIsContext"};
     const CGcontext* none = CGcontextSingleton::theCgContext();
     EXPECT_EQ(*none, nullptr) << "the first to ask gets none";

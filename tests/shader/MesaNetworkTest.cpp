@@ -315,6 +315,36 @@ TEST_P(MesaNetwork, drawsLongChains) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60)) << "it hangs";
 }
 
+TEST_P(MesaNetwork, takesAllSetsOfCoordinatesBesidePlaceAndNormal) {
+    std::shared_ptr<ShadingNodeSpec> last;
+    for (int set = 0; set < 8; ++set) {
+        auto uv = std::make_shared<ShadingNodeSpec>(kTexCoord);
+        uv->setSetting("set", set);
+        auto mixed = std::make_shared<ShadingNodeSpec>(kMix);
+        ASSERT_TRUE(mixed->connect("a", uv, "v").empty());
+        if (last) {
+            ASSERT_TRUE(mixed->connect("b", last, "color").empty());
+        }
+        last = mixed;
+    }
+    ShadingNodeSpec material(kLambert);
+    ASSERT_TRUE(material.connect("color", last, "color").empty());
+    for (int set = 2; set < 8; ++set)
+        gl().glMultiTexCoord2f(GL_TEXTURE0 + static_cast<GLenum>(set), 0.0F,
+                               0.125F * static_cast<float>(set));
+    bind(material);
+    double wanted = 1.0;
+    const Sample middle{kSide / 2 + 0.5, kSide / 2 + 0.5, kSide};
+    for (int set = 0; set < 8; ++set)
+        wanted = 0.5 * (wanted + (set < 2 ? middle.uv(set).y : 0.125 * set));
+    ShadingNodeSpec grey(kLambert);
+    const std::vector<float> pixels = draw();
+    bind(grey); // 0.8
+    const std::vector<float> byGrey = draw();
+    const size_t place = (size_t{kSide} / 2 * kSide + kSide / 2) * 4;
+    EXPECT_NEAR(pixels[place] / byGrey[place], wanted / 0.8, 1e-3);
+}
+
 INSTANTIATE_TEST_SUITE_P(In, MesaNetwork, testing::Values(Language::Glsl, Language::Cg),
                          [](const auto& test) { return test.param == Language::Cg ? "Cg" : "Glsl"; });
 
