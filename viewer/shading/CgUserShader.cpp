@@ -2,9 +2,10 @@
 
 #include "ExitCode.h"
 
-#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <set>
+#include <vector>
 
 #include <orlohost/HWEnvironment.h>
 
@@ -32,6 +33,22 @@ CgSupport neededCg() {
     return cg;
 }
 
+/// The shaders that there are, by their names.
+std::vector<std::string> shaderNames() {
+    constexpr std::string_view kEnd = "_vertex.cg";
+    std::set<std::string> names;
+    std::error_code error;
+    for (const auto& file : std::filesystem::directory_iterator(folder(), error)) {
+        std::string name = file.path().filename();
+        if (!name.ends_with(kEnd))
+            continue;
+        name.resize(name.size() - kEnd.size());
+        if (fileExists((folder() + name + "_fragment.cg").c_str()))
+            names.insert(name);
+    }
+    return {names.begin(), names.end()};
+}
+
 bool isUniform(CGparameter parameter) {
     return F_cgGetParameterVariability(parameter) == CG_UNIFORM;
 }
@@ -50,21 +67,6 @@ std::vector<std::string> parametersOf(CGprogram program) {
 }
 
 } // namespace
-
-std::vector<std::string> CgUserShader::names() {
-    constexpr std::string_view kEnd = "_vertex.cg";
-    std::set<std::string> names;
-    std::error_code error;
-    for (const auto& file : std::filesystem::directory_iterator(folder(), error)) {
-        std::string name = file.path().filename();
-        if (!name.ends_with(kEnd))
-            continue;
-        name.resize(name.size() - kEnd.size());
-        if (fileExists((folder() + name + "_fragment.cg").c_str()))
-            names.insert(name);
-    }
-    return {names.begin(), names.end()};
-}
 
 CgUserShader::CgUserShader(const CgRequest& request, const SceneLights& lights)
     : CgUserShader(request, lights, neededCg()) {}
@@ -89,7 +91,7 @@ CGManager::CGShader CgUserShader::compile(const CgRequest& request) {
                                           .append("there is no ")
                                           .append(file)
                                           .append("; there are ")
-                                          .append(joined(names())));
+                                          .append(joined(shaderNames())));
     }
     while (F_cgGetError() != CG_NO_ERROR) {
     }
@@ -112,9 +114,10 @@ void CgUserShader::setTextures(const TextureLayer* base, const TextureLayer* nor
     put(fNormal, normal);
 }
 
-void CgUserShader::put(const Slot& slot, const TextureLayer* layer) {
-    if (slot.isThere)
-        F_cgGLSetParameter1f(slot.isThere, layer ? 1.0F : 0.0F);
+void CgUserShader::put(Slot& slot, const TextureLayer* layer) {
+    const int isThere = layer ? 1 : 0;
+    if (slot.isThere && slot.told != isThere)
+        F_cgGLSetParameter1f(slot.isThere, static_cast<float>(slot.told = isThere));
     if (!slot.sampler || !layer)
         return;
     F_cgGLSetTextureParameter(slot.sampler, layer->texture->textureName());

@@ -5,9 +5,7 @@
 #include "shading/CgLanguage.h"
 #include "shading/UserShader.h"
 
-#include <array>
 #include <string>
-#include <vector>
 
 namespace orloview {
 
@@ -22,20 +20,18 @@ public:
     void setTextures(const TextureLayer* base, const TextureLayer* normal) override;
     void unbind() override { fShader.disable(); }
 
-    /// The names of those that there are.
-    static std::vector<std::string> names();
-
 private:
     /// A texture's sampler, and whether there is one; null: the shader doesn't ask.
     struct Slot {
         CGparameter sampler;
         CGparameter isThere;
+        int told = -1; ///< what `isThere` was set to
     };
 
     CgUserShader(const CgRequest& request, const SceneLights& lights, const CgSupport& cg);
     CGManager::CGShader compile(const CgRequest& request);
     CGparameter ofFragments(const char* name) const;
-    static void put(const Slot& slot, const TextureLayer* layer);
+    static void put(Slot& slot, const TextureLayer* layer);
     void setValue(const std::string& shader, const CgRequest::Value& value) const;
 
     CGManager fManager;

@@ -87,7 +87,8 @@ void GlslUserShader::bind() {
 
 void GlslUserShader::setTextures(const TextureLayer* base, const TextureLayer* normal) {
     gl().glUniform1iARB(fHasBaseLocation, base ? 1 : 0);
-    gl().glUniform1iARB(fHasNormalLocation, normal ? 1 : 0);
+    if (fHasNormalLocation >= 0)
+        gl().glUniform1iARB(fHasNormalLocation, normal ? 1 : 0);
 }
 
 } // namespace orloview
