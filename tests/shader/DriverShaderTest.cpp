@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "shader/GL2ProgramObject.h"
 #include "shader/GL2Shader.h"
@@ -10,7 +10,7 @@ namespace {
 
 const char* const kVertex = "void main() { gl_Position = gl_Vertex; gl_FrontColor = gl_Color; }\n";
 
-class MesaShader : public MesaTest {
+class DriverShader : public DriverTest {
 protected:
     GLuint texture(const std::array<GLubyte, 4>& texel) {
         GLuint name = 0;
@@ -33,7 +33,7 @@ protected:
     }
 };
 
-TEST_F(MesaShader, drawsWithTwoTextures) {
+TEST_F(DriverShader, drawsWithTwoTextures) {
     DrawTarget target(gl(), 4, 4);
     const GLuint red = texture({200, 0, 0, 255});
     const GLuint green = texture({0, 100, 0, 255});
@@ -60,7 +60,7 @@ TEST_F(MesaShader, drawsWithTwoTextures) {
     gl().glActiveTexture(GL_TEXTURE0);
 }
 
-TEST_F(MesaShader, tellsWhatDoesNotCompileOrLink) {
+TEST_F(DriverShader, tellsWhatDoesNotCompileOrLink) {
     GlslShader shader;
     EXPECT_EQ(printed([&] { shader.loadVertexProgramFromString("void main() { nothing }"); }),
               "### VERTEX SHADER COMPILE FAILED:\nvoid main() { nothing }\n");
@@ -74,7 +74,7 @@ TEST_F(MesaShader, tellsWhatDoesNotCompileOrLink) {
     shader.destroy();
 }
 
-TEST_F(MesaShader, linksWhatWasReadIntoAProgram) {
+TEST_F(DriverShader, linksWhatWasReadIntoAProgram) {
     DrawTarget target(gl(), 4, 4);
     GL2Shader vertex;
     GL2Shader fragment(GL2Shader::kFragmentShader);

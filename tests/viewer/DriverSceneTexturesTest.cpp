@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "texture/SceneTextures.h"
 
@@ -7,9 +7,9 @@
 namespace orloview {
 namespace {
 
-class MesaSceneTextures : public MesaTest {};
+class DriverSceneTextures : public DriverTest {};
 
-TEST_F(MesaSceneTextures, memoryStaysLevelOverAThousandRounds) {
+TEST_F(DriverSceneTextures, memoryStaysLevelOverAThousandRounds) {
     Scene scene;
     const std::string file = "P6 64 64 255\n" + std::string(64UL * 64UL * 3UL, 'x');
     for (int i = 0; i < 3; ++i) {

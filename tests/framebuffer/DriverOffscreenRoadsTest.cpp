@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "framebuffer/GLFrameBuffer.h"
 #include "texture/GLTexture2D.h"
@@ -14,14 +14,14 @@ using Array = std::unique_ptr<PixelArray2D>;
 constexpr int kSide = 8;
 
 /// Cube maps, pbuffers, and pixels between buffers, arrays and textures.
-class MesaOffscreenRoads : public MesaTest {
+class DriverOffscreenRoads : public DriverTest {
 protected:
     void TearDown() override {
         gl().glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
         // Framebuffer objects keep their references on the start-up context.
         while (startup().refCount() > 1)
             startup().unref();
-        MesaTest::TearDown();
+        DriverTest::TearDown();
     }
 
     static koBufferFormat format(uint32_t color, uint32_t depth = 7,
@@ -75,7 +75,7 @@ protected:
     }
 };
 
-TEST_F(MesaOffscreenRoads, eachCubeFaceIsDrawnByItsBit) {
+TEST_F(DriverOffscreenRoads, eachCubeFaceIsDrawnByItsBit) {
     GLFrameBuffer buffer;
     ASSERT_EQ(buffer.createOffscreen(format(2, 15, IHWTexture::kTextureCubeMap), kSide, kSide), 0u);
     for (uint32_t face = 0; face < 6; ++face) {
@@ -93,7 +93,7 @@ TEST_F(MesaOffscreenRoads, eachCubeFaceIsDrawnByItsBit) {
     }
 }
 
-TEST_F(MesaOffscreenRoads, depthComesBackAsItWasDrawnAndHidesWhenWrittenBack) {
+TEST_F(DriverOffscreenRoads, depthComesBackAsItWasDrawnAndHidesWhenWrittenBack) {
     GLFrameBuffer buffer;
     ASSERT_EQ(buffer.createOffscreen(format(4), kSide, kSide), 0u);
     begin(buffer);
@@ -128,7 +128,7 @@ TEST_F(MesaOffscreenRoads, depthComesBackAsItWasDrawnAndHidesWhenWrittenBack) {
     EXPECT_EQ(at<float>(*again, 0, 0), at<float>(*depth, 6, 4)) << "to the bit";
 }
 
-TEST_F(MesaOffscreenRoads, floatColourComesBackToTheBitAndIsDrawnBack) {
+TEST_F(DriverOffscreenRoads, floatColourComesBackToTheBitAndIsDrawnBack) {
     GLFrameBuffer buffer;
     ASSERT_EQ(buffer.createOffscreen(format(4, 15), kSide, kSide), 0u);
     begin(buffer);
@@ -146,7 +146,7 @@ TEST_F(MesaOffscreenRoads, floatColourComesBackToTheBitAndIsDrawnBack) {
     EXPECT_EQ(std::memcmp(back->data(), values.data(), back->byteCount()), 0);
 }
 
-TEST_F(MesaOffscreenRoads, whatIsRenderedIsDrawnWith) {
+TEST_F(DriverOffscreenRoads, whatIsRenderedIsDrawnWith) {
     GLFrameBuffer first;
     GLFrameBuffer second;
     ASSERT_EQ(first.createOffscreen(format(2), kSide, kSide), 0u);
@@ -199,7 +199,7 @@ TEST_F(MesaOffscreenRoads, whatIsRenderedIsDrawnWith) {
     expectNoErrors();
 }
 
-TEST_F(MesaOffscreenRoads, aPbufferIsDrawnIntoAndRead) {
+TEST_F(DriverOffscreenRoads, aPbufferIsDrawnIntoAndRead) {
     GLFrameBuffer buffer;
     const WindowWrapper window(nullptr, DefaultRootWindow(display()), display());
     ASSERT_TRUE(gl().usable(kCapGLXPbuffer) && gl().usable(kCapGLXFBConfig));
@@ -240,7 +240,7 @@ TEST_F(MesaOffscreenRoads, aPbufferIsDrawnIntoAndRead) {
     expectOnlyBadMatches();
 }
 
-TEST_F(MesaOffscreenRoads, roundsOfEachKindKeepMemoryLevel) {
+TEST_F(DriverOffscreenRoads, roundsOfEachKindKeepMemoryLevel) {
     const WindowWrapper window(nullptr, DefaultRootWindow(display()), display());
     const struct {
         const char* name;

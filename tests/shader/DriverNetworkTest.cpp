@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "RandomNetwork.h"
 
@@ -47,10 +47,10 @@ private:
 
 enum class Language { Glsl, Cg };
 
-class MesaNetwork : public MesaTest, public testing::WithParamInterface<Language> {
+class DriverNetwork : public DriverTest, public testing::WithParamInterface<Language> {
 protected:
     void SetUp() override {
-        MesaTest::SetUp();
+        DriverTest::SetUp();
         fTarget = std::make_unique<FloatTarget>(gl());
         gl().glClampColorARB(GL_CLAMP_FRAGMENT_COLOR_ARB, GL_FALSE);
         gl().glClampColorARB(GL_CLAMP_VERTEX_COLOR_ARB, GL_FALSE);
@@ -65,7 +65,7 @@ protected:
         fCgManager.reset();
         fTexture->unref();
         fTarget.reset();
-        MesaTest::TearDown();
+        DriverTest::TearDown();
     }
 
     void makeTexture() {
@@ -252,7 +252,7 @@ protected:
     std::unique_ptr<FloatTarget> fTarget;
 };
 
-TEST_P(MesaNetwork, drawsEveryKindOfNode) {
+TEST_P(DriverNetwork, drawsEveryKindOfNode) {
     std::mt19937 random(1);
     for (uint32_t kind = 0; kind < kNodeKindCount; ++kind) {
         for (unsigned seed = 0; seed < 6 && !HasFailure(); ++seed) {
@@ -263,7 +263,7 @@ TEST_P(MesaNetwork, drawsEveryKindOfNode) {
     }
 }
 
-TEST_P(MesaNetwork, drawsRandomNetworks) {
+TEST_P(DriverNetwork, drawsRandomNetworks) {
     std::mt19937 random(2);
     constexpr NodeKind kRoots[] = {kLambert, kBlinnPhong, kMetallicRoughness, kSpecularGlossiness, kMix};
     // Each takes the driver a quarter of a second.
@@ -275,7 +275,7 @@ TEST_P(MesaNetwork, drawsRandomNetworks) {
     }
 }
 
-TEST_P(MesaNetwork, hidesOrFadesByOpacity) {
+TEST_P(DriverNetwork, hidesOrFadesByOpacity) {
     gl().glClearColor(0, 0, 1, 1);
     const auto drawn = [&](AlphaMode mode, float opacity) {
         ShadingNodeSpec material(kUnlit);
@@ -294,7 +294,7 @@ TEST_P(MesaNetwork, hidesOrFadesByOpacity) {
     gl().glClearColor(0, 0, 0, 0);
 }
 
-TEST_P(MesaNetwork, drawsLongChains) {
+TEST_P(DriverNetwork, drawsLongChains) {
     const int count = GetParam() == Language::Cg ? 300 : 1000;
     auto last = std::make_shared<ShadingNodeSpec>(kMultiply);
     last->setValue("a", 1.0F);
@@ -315,7 +315,7 @@ TEST_P(MesaNetwork, drawsLongChains) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60)) << "it hangs";
 }
 
-TEST_P(MesaNetwork, takesAllSetsOfCoordinatesBesidePlaceAndNormal) {
+TEST_P(DriverNetwork, takesAllSetsOfCoordinatesBesidePlaceAndNormal) {
     std::shared_ptr<ShadingNodeSpec> last;
     for (int set = 0; set < 8; ++set) {
         auto uv = std::make_shared<ShadingNodeSpec>(kTexCoord);
@@ -345,7 +345,7 @@ TEST_P(MesaNetwork, takesAllSetsOfCoordinatesBesidePlaceAndNormal) {
     EXPECT_NEAR(pixels[place] / byGrey[place], wanted / 0.8, 1e-3);
 }
 
-INSTANTIATE_TEST_SUITE_P(In, MesaNetwork, testing::Values(Language::Glsl, Language::Cg),
+INSTANTIATE_TEST_SUITE_P(In, DriverNetwork, testing::Values(Language::Glsl, Language::Cg),
                          [](const auto& test) { return test.param == Language::Cg ? "Cg" : "Glsl"; });
 
 } // namespace

@@ -18,7 +18,7 @@ using Pixel = std::array<int, 4>;
 /// A test on the real driver. Opens the display (a missing one is a failure), makes the start-up context
 /// current and applies the multitexture remedy. Ends with a failure when a GL error is pending or X reported
 /// an error.
-class MesaTest : public testing::Test {
+class DriverTest : public testing::Test {
 protected:
     void SetUp() override {
         fDisplay = XOpenDisplay(nullptr);

@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "texture/GLNormalCubeMap.h"
 #include "texture/GLTexUsage.h"
@@ -13,10 +13,10 @@ namespace {
 using Usage = IHWTexUsage;
 
 /// Draws single points and looks where in the texture they fall.
-class MesaTexUsage : public MesaTest {
+class DriverTexUsage : public DriverTest {
 protected:
     void SetUp() override {
-        MesaTest::SetUp();
+        DriverTest::SetUp();
         gl().glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
     }
 
@@ -53,7 +53,7 @@ protected:
     }
 };
 
-TEST_F(MesaTexUsage, wrapsAndShowsTheBorder) {
+TEST_F(DriverTexUsage, wrapsAndShowsTheBorder) {
     const DrawTarget target(gl(), 1, 1);
     GLTexture2D texture(kRasterRGBA8, false);
     GLubyte texels[16];
@@ -94,7 +94,7 @@ TEST_F(MesaTexUsage, wrapsAndShowsTheBorder) {
     }
 }
 
-TEST_F(MesaTexUsage, filters) {
+TEST_F(DriverTexUsage, filters) {
     const DrawTarget target(gl(), 2, 2);
     GLTexture2D texture(kRasterRGBA8, false);
     const auto level = [&](unsigned number, unsigned side, std::array<GLubyte, 4> color) {
@@ -148,7 +148,7 @@ TEST_F(MesaTexUsage, filters) {
     expectErrors({GL_INVALID_ENUM}); // mipmaps to magnify
 }
 
-TEST_F(MesaTexUsage, anisotropyReachesTheDriver) {
+TEST_F(DriverTexUsage, anisotropyReachesTheDriver) {
     GLTexture2D texture(kRasterRGBA8, false);
     texture.bind();
     GLfloat largest = 0;
@@ -163,7 +163,7 @@ TEST_F(MesaTexUsage, anisotropyReachesTheDriver) {
     EXPECT_EQ(set, 1);
 }
 
-TEST_F(MesaTexUsage, generatesFromPlaceAndNormal) {
+TEST_F(DriverTexUsage, generatesFromPlaceAndNormal) {
     const DrawTarget target(gl(), 1, 1);
     GLTexture2D probe(kRasterRGBA8, false);
     bindProbe(probe);
@@ -209,7 +209,7 @@ TEST_F(MesaTexUsage, generatesFromPlaceAndNormal) {
     expectNoErrors();
 }
 
-TEST_F(MesaTexUsage, projectsFromAView) {
+TEST_F(DriverTexUsage, projectsFromAView) {
     const DrawTarget target(gl(), 1, 1);
     GLTexture2D probe(kRasterRGBA8, false);
     bindProbe(probe);
@@ -233,7 +233,7 @@ TEST_F(MesaTexUsage, projectsFromAView) {
     expectNoErrors();
 }
 
-TEST_F(MesaTexUsage, placesByTheTextureMatrix) {
+TEST_F(DriverTexUsage, placesByTheTextureMatrix) {
     const DrawTarget target(gl(), 1, 1);
     GLTexture2D probe(kRasterRGBA8, false);
     bindProbe(probe);

@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "particle/GLParticlePointDraw.h"
 #include "particle/GLParticleSpriteDraw.h"
@@ -17,12 +17,12 @@ template <typename T>
 using Shared = std::unique_ptr<T, Unref>;
 
 /// A picture of 64 x 64, seen from (0, 0, 10): x and y from -32 to 32, a unit to a pixel.
-class MesaParticles : public MesaTest {
+class DriverParticles : public DriverTest {
 protected:
     static constexpr int kSize = 64;
 
     void SetUp() override {
-        MesaTest::SetUp();
+        DriverTest::SetUp();
         fTarget = std::make_unique<DrawTarget>(gl(), kSize, kSize);
         gl().glMatrixMode(GL_PROJECTION);
         gl().glLoadIdentity();
@@ -33,7 +33,7 @@ protected:
     }
     void TearDown() override {
         fTarget.reset();
-        MesaTest::TearDown();
+        DriverTest::TearDown();
     }
 
     void clear() {
@@ -77,7 +77,7 @@ private:
     std::unique_ptr<DrawTarget> fTarget;
 };
 
-TEST_F(MesaParticles, aSpriteCoversItsSquare) {
+TEST_F(DriverParticles, aSpriteCoversItsSquare) {
     const auto one = particlesAt({4, 0, 0});
     one->addData("scaleX", {20});
     one->addData("scaleY", {10});
@@ -104,7 +104,7 @@ TEST_F(MesaParticles, aSpriteCoversItsSquare) {
     EXPECT_FALSE(isCovered(4, 15) || isCovered(14, 9));
 }
 
-TEST_F(MesaParticles, spritesShowTheirTexturesTheRightWayUp) {
+TEST_F(DriverParticles, spritesShowTheirTexturesTheRightWayUp) {
     // Red, green below; blue, white above; and a texture all yellow.
     GLubyte quarters[16] = {255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 255, 255, 255, 255};
     GLubyte yellow[4] = {255, 255, 0, 255};
@@ -149,7 +149,7 @@ TEST_F(MesaParticles, spritesShowTheirTexturesTheRightWayUp) {
     gl().glDisable(GL_TEXTURE_2D);
 }
 
-TEST_F(MesaParticles, aStreakFadesFromHeadToTail) {
+TEST_F(DriverParticles, aStreakFadesFromHeadToTail) {
     const auto one = particlesAt({20, 0.5F, 0});
     one->setVelocities({40 / (0.0333F * 7), 0, 0}); // 40 pixels long
     one->setColors({1, 0.5F, 0, 1});
@@ -167,7 +167,7 @@ TEST_F(MesaParticles, aStreakFadesFromHeadToTail) {
     EXPECT_NEAR(covered(), 40 * 3, 3);
 }
 
-TEST_F(MesaParticles, pointsShrinkWithDistance) {
+TEST_F(DriverParticles, pointsShrinkWithDistance) {
     gl().glMatrixMode(GL_PROJECTION);
     gl().glLoadIdentity();
     gl().glFrustum(-1, 1, -1, 1, 1, 100);
@@ -189,7 +189,7 @@ TEST_F(MesaParticles, pointsShrinkWithDistance) {
     gl().glPointParameterfv(GL_POINT_DISTANCE_ATTENUATION, none);
 }
 
-TEST_F(MesaParticles, copiesLieWhereTheyLayBefore) {
+TEST_F(DriverParticles, copiesLieWhereTheyLayBefore) {
     const auto few = particlesAt({0, 0, 0, 10, 10, 0});
     std::vector<GLubyte> first;
     for (int run = 0; run < 2; ++run) {

@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "shader/CGManager.h"
 
@@ -18,11 +18,11 @@ constexpr auto kFragment = CGManager::kFragmentProgram;
 
 /// Shaders of files through the Cg runtime of our own. The shader "probe" shows VALUE, made of a parameter p
 /// of a TYPE.
-class MesaCg : public MesaTest {
+class DriverCg : public DriverTest {
 protected:
     void SetUp() override {
-        MesaTest::SetUp();
-        char folder[] = "/tmp/mesacgXXXXXX";
+        DriverTest::SetUp();
+        char folder[] = "/tmp/drivercgXXXXXX";
         fFolder = mkdtemp(folder);
         std::filesystem::create_directories(fFolder + "/bin/Cg");
         HWEnvironment::orlo_path = fFolder.c_str();
@@ -41,7 +41,7 @@ protected:
         fManager.reset();
         fTarget.reset();
         std::filesystem::remove_all(fFolder);
-        MesaTest::TearDown();
+        DriverTest::TearDown();
     }
 
     void write(const std::string& name, const std::string& text) const {
@@ -72,7 +72,7 @@ protected:
     std::unique_ptr<CGManager> fManager;
 };
 
-TEST_F(MesaCg, showsWhatIsSet) {
+TEST_F(DriverCg, showsWhatIsSet) {
     // A point times a matrix whose columns are stored one behind the other, and the same row by row.
     const double columns[] = {0, 1, 0, 0, 0, 0, 1, 0, 1, 0, 0, 0, 0.25, 0, 0, 1};
     const ProjMatrix matrix(columns);
@@ -154,7 +154,7 @@ TEST_F(MesaCg, showsWhatIsSet) {
     }
 }
 
-TEST_F(MesaCg, putsTexturesOnSamplers) {
+TEST_F(DriverCg, putsTexturesOnSamplers) {
     GLuint textures[2] = {};
     gl().glGenTextures(2, textures);
     const GLubyte texels[2][4] = {{255, 0, 0, 255}, {0, 255, 0, 255}};
@@ -184,7 +184,7 @@ TEST_F(MesaCg, putsTexturesOnSamplers) {
     gl().glDeleteTextures(2, textures);
 }
 
-TEST_F(MesaCg, leavesStagesToGLThatItHasNoProgramFor) {
+TEST_F(DriverCg, leavesStagesToGLThatItHasNoProgramFor) {
     const Shader shader = fManager->bindVertexShader("probe", {});
     shader.setParameter4f(kVertex, "tint", 0.25F, 0.5F, 0.75F, 1);
     expectQuarters({1, 2, 3, 4}, "GL's fragments");
@@ -193,7 +193,7 @@ TEST_F(MesaCg, leavesStagesToGLThatItHasNoProgramFor) {
     EXPECT_STREQ(fManager->vertexProfileString(), "glslv");
 }
 
-TEST_F(MesaCg, bindsWhatIsMendedOnceItCompiles) {
+TEST_F(DriverCg, bindsWhatIsMendedOnceItCompiles) {
     write("probe_fragment.cg", "float4 main() : COLOR { return nonsense; }\n");
     testing::internal::CaptureStdout();
     EXPECT_EQ(bindProbe("float", "1").getFragmentProgram(), nullptr);
@@ -207,7 +207,7 @@ TEST_F(MesaCg, bindsWhatIsMendedOnceItCompiles) {
     EXPECT_EQ(F_cgGetError(), CG_COMPILER_ERROR) << "of the first";
 }
 
-TEST_F(MesaCg, outlivesTheContext) {
+TEST_F(DriverCg, outlivesTheContext) {
     bindProbe("float", "float4(1,p,0,1)").setParameter1f(kFragment, "p", 0.5F, false);
     expectQuarters({4, 2, 0, 4}, "at first");
     CGManager(CG_PROFILE_GLSLV, CG_PROFILE_GLSLF); // takes all programs with it

@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "geometry/GLRouting.h"
 
@@ -13,12 +13,12 @@ constexpr uint32_t kCells = 3;
 
 /// Three cells of 8 x 16 pixels, each of a colour of its own, drawn as triangles (the lower right half of the
 /// cell, whose diagonal meets no pixel centre), quads or strips.
-class MesaGeometry : public MesaTest {
+class DriverGeometry : public DriverTest {
 protected:
     using Picture = std::vector<Pixel>;
 
     void SetUp() override {
-        MesaTest::SetUp();
+        DriverTest::SetUp();
         fTarget = std::make_unique<DrawTarget>(gl(), kSize, kSize);
         fRouting.fSlots[GLRouting::kPosition] = {GLRouting::kFromGeometry, {}, GeometryData::kPosition, 0};
         fRouting.fSlots[GLRouting::kColor] = {GLRouting::kFromGeometry, {}, GeometryData::kColor, 0};
@@ -28,7 +28,7 @@ protected:
         HWEnvironment::orlo_block_allocate_strips = false;
         fGroup.reset();
         fTarget.reset();
-        MesaTest::TearDown();
+        DriverTest::TearDown();
     }
 
     static int left(uint32_t cell) { return 1 + 10 * static_cast<int>(cell); }
@@ -134,7 +134,7 @@ protected:
     std::unique_ptr<DrawTarget> fTarget;
 };
 
-TEST_F(MesaGeometry, landsWhereItBelongsByEveryPath) {
+TEST_F(DriverGeometry, landsWhereItBelongsByEveryPath) {
     for (uint32_t type : {5U, 6U, 8U}) {
         for (unsigned path = 0; path < 8; ++path) {
             newGroup();
@@ -153,7 +153,7 @@ TEST_F(MesaGeometry, landsWhereItBelongsByEveryPath) {
     EXPECT_EQ(IHWMemoryObject::fsMemoryUsage, 0U);
 }
 
-TEST_F(MesaGeometry, drawsBeyondTheBudgetFromClientMemory) {
+TEST_F(DriverGeometry, drawsBeyondTheBudgetFromClientMemory) {
     newGroup();
     addCells(GeometryDataIndex::kQuads);
     data() = indexing() = true;
@@ -162,7 +162,7 @@ TEST_F(MesaGeometry, drawsBeyondTheBudgetFromClientMemory) {
     EXPECT_EQ(fGroup->stream(0)->fHanger, nullptr);
 }
 
-TEST_F(MesaGeometry, drawsSubsets) {
+TEST_F(DriverGeometry, drawsSubsets) {
     koUtil::BitField visible;
     visible.set(0);
     visible.set(2);
@@ -184,7 +184,7 @@ TEST_F(MesaGeometry, drawsSubsets) {
     }
 }
 
-TEST_F(MesaGeometry, drawsStripsFromOneBlock) {
+TEST_F(DriverGeometry, drawsStripsFromOneBlock) {
     HWEnvironment::orlo_block_allocate_strips = true;
     indexing() = true;
     newGroup();
@@ -211,7 +211,7 @@ TEST_F(MesaGeometry, drawsStripsFromOneBlock) {
         EXPECT_EQ(drawnGroup(), all);
 }
 
-TEST_F(MesaGeometry, restartsStrips) {
+TEST_F(DriverGeometry, restartsStrips) {
     newGroup();
     std::vector<uint32_t> indices;
     for (uint32_t cell = 0; cell < kCells; ++cell) {
@@ -230,7 +230,7 @@ TEST_F(MesaGeometry, restartsStrips) {
     gl().glDisableClientState(GL_PRIMITIVE_RESTART_NV);
 }
 
-TEST_F(MesaGeometry, leavesNoArrayAndNoBuffer) {
+TEST_F(DriverGeometry, leavesNoArrayAndNoBuffer) {
     newGroup();
     addCells(GeometryDataIndex::kQuads);
     fGroup->addStream(GeometryData::kTexCoord, 2, std::vector<float>(24));
@@ -273,7 +273,7 @@ TEST_F(MesaGeometry, leavesNoArrayAndNoBuffer) {
     }
 }
 
-TEST_F(MesaGeometry, buffersHoldWhatTheyAreGiven) {
+TEST_F(DriverGeometry, buffersHoldWhatTheyAreGiven) {
     GLObject object;
     object.fAccess = GLObject::kReadWrite;
     ASSERT_TRUE(object.bind());

@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "EntryPointNames.h"
 
@@ -14,10 +14,10 @@
 namespace {
 
 /// Programs bound through the runtime, and what a pixel shows of them.
-class MesaCgGL : public MesaTest {
+class DriverCgGL : public DriverTest {
 protected:
     void SetUp() override {
-        MesaTest::SetUp();
+        DriverTest::SetUp();
         fTarget = std::make_unique<DrawTarget>(gl(), 4, 4);
         fContext = cgCreateContext();
         gl().glClearColor(0, 0, 0, 0);
@@ -28,7 +28,7 @@ protected:
         cgDestroyContext(fContext);
         EXPECT_EQ(cgGetError(), CG_NO_ERROR);
         fTarget.reset();
-        MesaTest::TearDown();
+        DriverTest::TearDown();
     }
 
     CGprogram load(const std::string& source, CGprofile profile = CG_PROFILE_ARBFP1) {
@@ -71,7 +71,7 @@ protected:
     CGcontext fContext = nullptr;
 };
 
-TEST_F(MesaCgGL, exportsItsInterface) {
+TEST_F(DriverCgGL, exportsItsInterface) {
     static_assert(std::size(kBindingNames) == 72);
     void* library = dlopen("libCgGL.so", RTLD_LAZY | RTLD_NOLOAD);
     ASSERT_NE(library, nullptr) << dlerror();
@@ -81,7 +81,7 @@ TEST_F(MesaCgGL, exportsItsInterface) {
     dlclose(library);
 }
 
-TEST_F(MesaCgGL, bindsAndEnablesEachSideByItself) {
+TEST_F(DriverCgGL, bindsAndEnablesEachSideByItself) {
     for (const char* name : {"arbvp1", "arbfp1", "vp40", "fp40", "glslv", "glslf"})
         EXPECT_TRUE(cgGLIsProfileSupported(cgGetProfile(name))) << name;
     EXPECT_FALSE(cgGLIsProfileSupported(CG_PROFILE_UNKNOWN));
@@ -109,7 +109,7 @@ TEST_F(MesaCgGL, bindsAndEnablesEachSideByItself) {
     cgGLSetOptimalOptions(CG_PROFILE_ARBFP1);
 }
 
-TEST_F(MesaCgGL, setsNumbersOfEveryKind) {
+TEST_F(DriverCgGL, setsNumbersOfEveryKind) {
     const CGprogram program = use("uniform float a; uniform float2 b; uniform float3 c; uniform float4 d = "
                                   "{1, 2, 3, 4}; uniform int n; uniform bool on;\n"
                                   "float4 main(uniform float which) : COLOR {\n"
@@ -189,7 +189,7 @@ TEST_F(MesaCgGL, setsNumbersOfEveryKind) {
     expectError(CG_INVALID_PARAM_HANDLE_ERROR, "no parameter");
 }
 
-TEST_F(MesaCgGL, keepsWhatIsSetBeforeLoadingAndBinding) {
+TEST_F(DriverCgGL, keepsWhatIsSetBeforeLoadingAndBinding) {
     const char* source = "struct L { float gain; float w[2]; }; uniform float3 tint; float4 main(uniform L "
                          "l[2]) : COLOR { return float4(tint * l[1].gain, l[1].w[1]); }";
     const CGprogram program =
@@ -210,7 +210,7 @@ TEST_F(MesaCgGL, keepsWhatIsSetBeforeLoadingAndBinding) {
     EXPECT_TRUE(cgIsProgram(other));
 }
 
-TEST_F(MesaCgGL, setsArrays) {
+TEST_F(DriverCgGL, setsArrays) {
     const CGprogram program = use("uniform float a[3]; uniform float2 b[3]; uniform float3 c[3]; uniform "
                                   "float4 d[3]; uniform float g[2][2];\n"
                                   "float4 main(uniform float which) : COLOR { if (which == 1) return "
@@ -272,7 +272,7 @@ TEST_F(MesaCgGL, setsArrays) {
     expectError(CG_INVALID_VALUE_TYPE_ERROR, "an array as a number");
 }
 
-TEST_F(MesaCgGL, setsMatricesInBothOrders) {
+TEST_F(DriverCgGL, setsMatricesInBothOrders) {
     const CGprogram program =
         use("uniform float4x4 m; uniform float2x3 r; uniform float2x2 a[2];\n"
             "float4 main(uniform float which) : COLOR { if (which == 0) return m[1]; if (which == 1) return "
@@ -333,7 +333,7 @@ TEST_F(MesaCgGL, setsMatricesInBothOrders) {
     expectError(CG_NOT_MATRIX_PARAM_ERROR, "no matrix");
 }
 
-TEST_F(MesaCgGL, takesMatricesOfGL) {
+TEST_F(DriverCgGL, takesMatricesOfGL) {
     const CGprogram program = use("float4 main(uniform float4x4 m, uniform float2x2 small) : COLOR { return "
                                   "mul(m, float4(0.5, 0.25, 0, 1)) + small[0].xyxy * 0; }");
     const CGparameter m = cgGetNamedParameter(program, "m");
@@ -376,7 +376,7 @@ TEST_F(MesaCgGL, takesMatricesOfGL) {
     expectError(CG_INVALID_ENUMERANT_ERROR, "no matrix of GL's");
 }
 
-TEST_F(MesaCgGL, bindsTexturesToTheUnitsOfTheirSamplers) {
+TEST_F(DriverCgGL, bindsTexturesToTheUnitsOfTheirSamplers) {
     GLuint names[2];
     gl().glGenTextures(2, names);
     const GLubyte texels[2][4] = {{255, 0, 0, 255}, {0, 255, 0, 255}};
@@ -408,7 +408,7 @@ TEST_F(MesaCgGL, bindsTexturesToTheUnitsOfTheirSamplers) {
     expectError(CG_INVALID_PARAM_HANDLE_ERROR, "no such sampler");
 }
 
-TEST_F(MesaCgGL, drawsFromClientArrays) {
+TEST_F(DriverCgGL, drawsFromClientArrays) {
     const CGprogram program = use("void main(float4 p : POSITION, float3 n : NORMAL, float4 c : COLOR, "
                                   "float2 t : TEXCOORD1, float4 g : ATTR6, float x : TEXCOORD2,\n"
                                   "out float4 o : POSITION, out float4 color : COLOR) { o = p; color = "
@@ -458,7 +458,7 @@ TEST_F(MesaCgGL, drawsFromClientArrays) {
     expectError(CG_INVALID_PARAMETER_ERROR, "an output");
 }
 
-TEST_F(MesaCgGL, saysWhyItCantBeLoaded) {
+TEST_F(DriverCgGL, saysWhyItCantBeLoaded) {
     const CGprogram program = cgCreateProgram(fContext, CG_SOURCE,
                                               "float4 main(uniform float4 big[60000]) : COLOR { float4 s = "
                                               "0; for (int i = 0; i < 60000; i++) s += big[i]; return s; }",

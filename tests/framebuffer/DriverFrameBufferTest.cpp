@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "framebuffer/GLFrameBuffer.h"
 #include "texture/GLTexture2D.h"
@@ -8,13 +8,13 @@
 
 namespace {
 
-class MesaFrameBuffer : public MesaTest {
+class DriverFrameBuffer : public DriverTest {
 protected:
     void TearDown() override {
         // Framebuffer objects keep their references on the start-up context.
         while (startup().refCount() > 1)
             startup().unref();
-        MesaTest::TearDown();
+        DriverTest::TearDown();
     }
 
     static uint32_t create(GLFrameBuffer& buffer, uint32_t color, uint32_t depth, uint32_t stencil,
@@ -55,7 +55,7 @@ protected:
     }
 };
 
-TEST_F(MesaFrameBuffer, readsEachPixelType) {
+TEST_F(DriverFrameBuffer, readsEachPixelType) {
     GLFrameBuffer buffer;
     ASSERT_EQ(create(buffer, 2, 7, 16), 0u);
     paint(buffer);
@@ -81,7 +81,7 @@ TEST_F(MesaFrameBuffer, readsEachPixelType) {
     gl().glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
 }
 
-TEST_F(MesaFrameBuffer, readsARegionTightly) {
+TEST_F(DriverFrameBuffer, readsARegionTightly) {
     GLFrameBuffer buffer;
     ASSERT_EQ(create(buffer, 2, 15, 16), 0u);
     paint(buffer);
@@ -102,7 +102,7 @@ TEST_F(MesaFrameBuffer, readsARegionTightly) {
     gl().glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
 }
 
-TEST_F(MesaFrameBuffer, rendersIntoItsTextures) {
+TEST_F(DriverFrameBuffer, rendersIntoItsTextures) {
     GLFrameBuffer buffer;
     ASSERT_EQ(create(buffer, 4, 6, 16, IHWTexture::kTextureRectangle), 0u);
     paint(buffer);
@@ -118,7 +118,7 @@ TEST_F(MesaFrameBuffer, rendersIntoItsTextures) {
     EXPECT_NEAR(depth[127], 0.25, 1.0 / 65535);
 }
 
-TEST_F(MesaFrameBuffer, isCompleteAsTheDriverSays) {
+TEST_F(DriverFrameBuffer, isCompleteAsTheDriverSays) {
     const struct {
         uint32_t color, depth, stencil;
         IHWTexture::TextureType type;
@@ -152,7 +152,7 @@ TEST_F(MesaFrameBuffer, isCompleteAsTheDriverSays) {
     EXPECT_EQ(GLTexture2D::fsNumInstances_GLTexture2D, 0);
 }
 
-TEST_F(MesaFrameBuffer, refusesWhatIsTooLarge) {
+TEST_F(DriverFrameBuffer, refusesWhatIsTooLarge) {
     GLFrameBuffer buffer;
     const auto beyond = static_cast<unsigned>(bits(GL_MAX_RENDERBUFFER_SIZE_EXT)) + 1;
     EXPECT_EQ(buffer.createOffscreen(koBufferFormat(), beyond, 1), 4u);

@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "framebuffer/GLFrameBuffer.h"
 #include "state/GLPassState.h"
@@ -15,7 +15,7 @@ constexpr Condition kConditions[] = {{true, true, true},   {false, false, false}
                                      {true, false, true},  {true, false, false},  {true, true, false},
                                      {false, false, true}, {false, true, true}};
 
-class MesaPassState : public MesaTest {
+class DriverPassState : public DriverTest {
 protected:
     /// A pass that draws always, with nothing masked.
     static GLPassState open() {
@@ -58,7 +58,7 @@ protected:
     std::vector<GLenum> fEnabled;
 };
 
-TEST_F(MesaPassState, testsAndWritesDepth) {
+TEST_F(DriverPassState, testsAndWritesDepth) {
     const DrawTarget target(gl(), 4, 4);
     gl().glEnable(GL_DEPTH_TEST);
     for (uint32_t condition = 0; condition < 8; ++condition) {
@@ -77,7 +77,7 @@ TEST_F(MesaPassState, testsAndWritesDepth) {
     }
 }
 
-TEST_F(MesaPassState, masksColors) {
+TEST_F(DriverPassState, masksColors) {
     const DrawTarget target(gl(), 4, 4);
     for (int mask = 0; mask < 16; ++mask) {
         GLPassState state = open();
@@ -88,7 +88,7 @@ TEST_F(MesaPassState, masksColors) {
     }
 }
 
-TEST_F(MesaPassState, testsAlpha) {
+TEST_F(DriverPassState, testsAlpha) {
     const DrawTarget target(gl(), 4, 4);
     fEnabled = {GL_ALPHA_TEST};
     for (uint32_t condition = 0; condition < 8; ++condition) {
@@ -102,7 +102,7 @@ TEST_F(MesaPassState, testsAlpha) {
     }
 }
 
-TEST_F(MesaPassState, blendsByEveryFactor) {
+TEST_F(DriverPassState, blendsByEveryFactor) {
     const DrawTarget target(gl(), 4, 4);
     fEnabled = {GL_BLEND};
     const Pixel kFirst = {200, 60, 120, 90};
@@ -130,7 +130,7 @@ TEST_F(MesaPassState, blendsByEveryFactor) {
     }
 }
 
-TEST_F(MesaPassState, combinesByEveryLogicOperation) {
+TEST_F(DriverPassState, combinesByEveryLogicOperation) {
     const DrawTarget target(gl(), 4, 4);
     fEnabled = {GL_COLOR_LOGIC_OP};
     constexpr int kResults[] = {0x00, 0xFF, 0xCC, 0x33, 0xAA, 0x55, 0x88, 0x77,
@@ -143,7 +143,7 @@ TEST_F(MesaPassState, combinesByEveryLogicOperation) {
     }
 }
 
-TEST_F(MesaPassState, stencilsWithoutADepthBuffer) {
+TEST_F(DriverPassState, stencilsWithoutADepthBuffer) {
     GLFrameBuffer buffer;
     const koBufferFormat format(kRasterRGBA8, kRasterNoDepth, kRasterStencil8, kSamplingSingle,
                                 IHWTexture::kTexture2D);
@@ -193,7 +193,7 @@ TEST_F(MesaPassState, stencilsWithoutADepthBuffer) {
     gl().glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
 }
 
-TEST_F(MesaPassState, stencilsWhereDepthFails) {
+TEST_F(DriverPassState, stencilsWhereDepthFails) {
     const DrawTarget target(gl(), 4, 4);
     gl().glEnable(GL_STENCIL_TEST);
     gl().glEnable(GL_DEPTH_TEST);

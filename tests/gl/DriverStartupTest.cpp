@@ -1,10 +1,10 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include <dlfcn.h>
 
 namespace {
 
-class MesaStartup : public MesaTest {
+class DriverStartup : public DriverTest {
 protected:
     GLint activeUnit() {
         GLint unit = 0;
@@ -13,7 +13,7 @@ protected:
     }
 };
 
-TEST_F(MesaStartup, findsAModernImplementation) {
+TEST_F(DriverStartup, findsAModernImplementation) {
     const GLCapability kOffered[] = {
         kCapDrawRangeElements,
         kCapTexture3D,
@@ -52,7 +52,7 @@ TEST_F(MesaStartup, findsAModernImplementation) {
     EXPECT_GE(gl().fMaxTextureSize, 2048);
 }
 
-TEST_F(MesaStartup, theRemedyOutlivesOnlyItsOwnPopulation) {
+TEST_F(DriverStartup, theRemedyOutlivesOnlyItsOwnPopulation) {
     gl().glActiveTexture(GL_TEXTURE3);
     EXPECT_EQ(activeUnit(), GL_TEXTURE3);
     gl().glActiveTexture(GL_TEXTURE0);
@@ -71,7 +71,7 @@ TEST_F(MesaStartup, theRemedyOutlivesOnlyItsOwnPopulation) {
     EXPECT_THAT(coordinates, testing::ElementsAre(0.25f, 0.5f, 0, 1));
 }
 
-TEST_F(MesaStartup, aSecondOneSharesAndPutsTheBindingBack) {
+TEST_F(DriverStartup, aSecondOneSharesAndPutsTheBindingBack) {
     GLFunctionTable* table = GLFunctionTable::fpGlobalFunctionTable;
     auto* second = new GLStartupContext(WindowWrapper(nullptr, 0, display()), startup().context);
     second->ref();
@@ -92,7 +92,7 @@ TEST_F(MesaStartup, aSecondOneSharesAndPutsTheBindingBack) {
     gl().glDeleteTextures(1, &texture);
 }
 
-TEST_F(MesaStartup, drawsIntoATarget) {
+TEST_F(DriverStartup, drawsIntoATarget) {
     const DrawTarget target(gl(), 16, 8);
     gl().glClearColor(0, 1, 0, 1);
     gl().glClear(GL_COLOR_BUFFER_BIT);

@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "state/GLCamera.h"
 #include "state/GLLight.h"
@@ -65,7 +65,7 @@ double lit(const GLLight& light, const EyeLight& eye, const Vec& point, const Ve
     return 255 * std::min(sum, 1.0);
 }
 
-class MesaLights : public MesaTest {
+class DriverLights : public DriverTest {
 protected:
     static constexpr int kSide = 200;
     /// Half the width of what the camera sees.
@@ -125,7 +125,7 @@ protected:
 // The light's frame: a quarter turn about x (y to z), then 0.5, -2, 1; the camera above turns and moves what
 // comes of it. Point (x, y, z) goes to world (x + 0.5, -z - 2, y + 1) and to eye (z + 2.125, x + 0.4375, y -
 // 3).
-TEST_F(MesaLights, lightASphereAsTheEquationsSay) {
+TEST_F(DriverLights, lightASphereAsTheEquationsSay) {
     const DrawTarget target(gl(), kSide, kSide);
     gl().glEnable(GL_LIGHTING);
     gl().glEnable(GL_DEPTH_TEST);

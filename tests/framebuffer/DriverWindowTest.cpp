@@ -1,6 +1,6 @@
 // Windows of the real server: what is looked at is what stands in the X window, not in GL's buffers.
 
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "framebuffer/GLFrameBuffer.h"
 
@@ -17,7 +17,7 @@ koBufferFormat wanted(RasterFormat color = kRasterRGBA8, RasterFormat depth = kR
     return {color, depth, stencil, kSamplingSingle, IHWTexture::kTexture2D};
 }
 
-class MesaWindow : public MesaTest {
+class DriverWindow : public DriverTest {
 protected:
     struct Size {
         int width, height;
@@ -111,7 +111,7 @@ protected:
     }
 };
 
-TEST_F(MesaWindow, drawsOnTheScreenAndFollowsResizeWindow) {
+TEST_F(DriverWindow, drawsOnTheScreenAndFollowsResizeWindow) {
     const struct {
         std::vector<GLCapability> vetoed;
         int releaseError;
@@ -165,7 +165,7 @@ TEST_F(MesaWindow, drawsOnTheScreenAndFollowsResizeWindow) {
     }
 }
 
-TEST_F(MesaWindow, isAnUnmappedChildThatIsLeftToTheHost) {
+TEST_F(DriverWindow, isAnUnmappedChildThatIsLeftToTheHost) {
     const Window host = hostWindow({40, 30});
     XSelectInput(display(), host, PointerMotionMask);
     GLuint texture = 0;
@@ -193,7 +193,7 @@ TEST_F(MesaWindow, isAnUnmappedChildThatIsLeftToTheHost) {
     XDestroyWindow(display(), host);
 }
 
-TEST_F(MesaWindow, givesAtLeastWhatWasAskedFor) {
+TEST_F(DriverWindow, givesAtLeastWhatWasAskedFor) {
     const struct {
         RasterFormat color, depth, stencil;
         uint32_t result;
@@ -225,7 +225,7 @@ TEST_F(MesaWindow, givesAtLeastWhatWasAskedFor) {
     XDestroyWindow(display(), host);
 }
 
-TEST_F(MesaWindow, twoCloseInEitherOrder) {
+TEST_F(DriverWindow, twoCloseInEitherOrder) {
     const Size sizes[] = {{40, 30}, {25, 20}};
     for (int closedFirst : {0, 1}) {
         SCOPED_TRACE(closedFirst);
@@ -265,7 +265,7 @@ TEST_F(MesaWindow, twoCloseInEitherOrder) {
     }
 }
 
-TEST_F(MesaWindow, drawsWithAContextOfTheHost) {
+TEST_F(DriverWindow, drawsWithAContextOfTheHost) {
     int list[] = {GLX_RGBA, GLX_DOUBLEBUFFER, GLX_RED_SIZE, 8, GLX_DEPTH_SIZE, 24, None};
     const std::unique_ptr<XVisualInfo, int (*)(void*)> visual(
         gl().glXChooseVisual(display(), DefaultScreen(display()), list), XFree);
@@ -309,7 +309,7 @@ TEST_F(MesaWindow, drawsWithAContextOfTheHost) {
     expectXErrors({});
 }
 
-TEST_F(MesaWindow, failsWithoutAParentOrAContext) {
+TEST_F(DriverWindow, failsWithoutAParentOrAContext) {
     const Window host = hostWindow({8, 8});
     GLFrameBuffer orphan;
     EXPECT_EQ(orphan.createInWindow(wrapped(1), wanted()), 3u);

@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "texture/GLTexUsage.h"
 #include "texture/GLTexture2D.h"
@@ -6,10 +6,10 @@
 
 namespace {
 
-class MesaTextureCubeMap : public MesaTest {
+class DriverTextureCubeMap : public DriverTest {
 protected:
     void SetUp() override {
-        MesaTest::SetUp();
+        DriverTest::SetUp();
         for (GLubyte side = 0; side < 6; ++side)
             fSides[side].assign(4UL * 4UL * 3UL, static_cast<GLubyte>(40 * side + 20));
     }
@@ -49,7 +49,7 @@ protected:
     std::array<std::vector<GLubyte>, 6> fSides;
 };
 
-TEST_F(MesaTextureCubeMap, showsEachSideInItsDirection) {
+TEST_F(DriverTextureCubeMap, showsEachSideInItsDirection) {
     GLTextureCubeMap cube(kRasterRGB8);
     EXPECT_TRUE(loadSix([&](auto... arguments) { return cube.GLLoadImage(arguments...); }));
     expectSides(IHWTexUsage::kNearest);
@@ -63,7 +63,7 @@ TEST_F(MesaTextureCubeMap, showsEachSideInItsDirection) {
     expectErrors({GL_INVALID_ENUM});
 }
 
-TEST_F(MesaTextureCubeMap, mipmapsComeFromGLOrFromGLU) {
+TEST_F(DriverTextureCubeMap, mipmapsComeFromGLOrFromGLU) {
     for (const bool automatic : {true, false}) {
         gl().fExtEnabled[kCapGenerateMipmap] = automatic;
         GLTextureCubeMap cube(kRasterRGB8);
@@ -76,7 +76,7 @@ TEST_F(MesaTextureCubeMap, mipmapsComeFromGLOrFromGLU) {
     }
 }
 
-TEST_F(MesaTextureCubeMap, imagesOfUnusualSizesAreGLsToJudge) {
+TEST_F(DriverTextureCubeMap, imagesOfUnusualSizesAreGLsToJudge) {
     GLint largest = 0;
     gl().glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
     GLTexture2D texture(kRasterAlpha8, false);
@@ -89,7 +89,7 @@ TEST_F(MesaTextureCubeMap, imagesOfUnusualSizesAreGLsToJudge) {
     expectNoErrors();
 }
 
-TEST_F(MesaTextureCubeMap, compressesOnRequest) {
+TEST_F(DriverTextureCubeMap, compressesOnRequest) {
     ASSERT_TRUE(gl().usable(kCapTextureCompressionS3TC));
     GLTexture2D texture(kRasterRGBA8, false);
     texture.fCompressionRequest = true;

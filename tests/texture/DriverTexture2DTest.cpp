@@ -1,10 +1,10 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "texture/GLTexture2D.h"
 
 namespace {
 
-class MesaTexture2D : public MesaTest {
+class DriverTexture2D : public DriverTest {
 protected:
     /// Draws the texture over the whole viewport, replacing colour and alpha where it has them; `right` and
     /// `top` are the coordinates of the far corner.
@@ -61,7 +61,7 @@ float asFloat(int e) {
     return static_cast<float>(e) / 8;
 }
 
-TEST_F(MesaTexture2D, showsEachColorFormat) {
+TEST_F(DriverTexture2D, showsEachColorFormat) {
     const DrawTarget target(gl(), 4, 2);
     // Which channel of the texel shows in red, green, blue and alpha; -1 for one.
     const struct {
@@ -94,7 +94,7 @@ TEST_F(MesaTexture2D, showsEachColorFormat) {
     }
 }
 
-TEST_F(MesaTexture2D, rectanglesTakeTexelCoordinates) {
+TEST_F(DriverTexture2D, rectanglesTakeTexelCoordinates) {
     const DrawTarget target(gl(), 3, 5);
     GLTexture2D texture(kRasterRGBA8, true);
     std::array<GLuint, 15> data = {};
@@ -106,7 +106,7 @@ TEST_F(MesaTexture2D, rectanglesTakeTexelCoordinates) {
         EXPECT_EQ(readPixel(t % 3, t / 3), (Pixel{t * 0x11, 0, 0, 255}));
 }
 
-TEST_F(MesaTexture2D, copiesWhatWasRendered) {
+TEST_F(DriverTexture2D, copiesWhatWasRendered) {
     const DrawTarget target(gl(), 8, 8);
     std::array<GLuint, 64> whole = {};
     for (GLuint t = 0; t < whole.size(); ++t)
@@ -126,7 +126,7 @@ TEST_F(MesaTexture2D, copiesWhatWasRendered) {
     }
 }
 
-TEST_F(MesaTexture2D, makesMipmapsByGLAndByGLU) {
+TEST_F(DriverTexture2D, makesMipmapsByGLAndByGLU) {
     std::array<GLuint, 8> data = {0xFF000010, 0xFF000030, 0xFFFF0000, 0xFFFF0000,
                                   0xFF000050, 0xFF000070, 0xFFFF0000, 0xFFFF0000};
     for (bool automatic : {true, false}) {

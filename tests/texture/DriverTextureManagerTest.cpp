@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include <cmath>
 
@@ -6,7 +6,7 @@
 
 namespace {
 
-class MesaTextureManager : public MesaTest {
+class DriverTextureManager : public DriverTest {
 protected:
     /// Level 0 of what is bound to the target.
     std::vector<GLubyte> readBack(GLenum target, GLenum format, size_t bytes) {
@@ -17,7 +17,7 @@ protected:
     }
 };
 
-TEST_F(MesaTextureManager, keepsEveryByteOfTheMaps) {
+TEST_F(DriverTextureManager, keepsEveryByteOfTheMaps) {
     generateRampMap();
     const std::vector<GLubyte> ramp = readBack(GL_TEXTURE_1D, GL_RED, 256);
     for (size_t k = 0; k < ramp.size(); ++k)
@@ -38,7 +38,7 @@ TEST_F(MesaTextureManager, keepsEveryByteOfTheMaps) {
     expectNoErrors();
 }
 
-TEST_F(MesaTextureManager, normalisesByLookUp) {
+TEST_F(DriverTextureManager, normalisesByLookUp) {
     auto* cube = new GLNormalCubeMap(128, true);
     cube->ref();
     cube->bind();
@@ -67,7 +67,7 @@ TEST_F(MesaTextureManager, normalisesByLookUp) {
     expectNoErrors();
 }
 
-TEST_F(MesaTextureManager, endsTheStartupContextWithItself) {
+TEST_F(DriverTextureManager, endsTheStartupContextWithItself) {
     auto* manager = new TextureManager;
     EXPECT_GE(manager->fMaxTextureSize, 1024);
     manager->normalizationHILOCubeMap();

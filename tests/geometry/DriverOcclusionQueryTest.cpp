@@ -1,12 +1,12 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "geometry/GLOcclusionQuery.h"
 
 namespace {
 
-class MesaOcclusionQuery : public MesaTest {};
+class DriverOcclusionQuery : public DriverTest {};
 
-TEST_F(MesaOcclusionQuery, countsThePixelsThatPass) {
+TEST_F(DriverOcclusionQuery, countsThePixelsThatPass) {
     constexpr int kSide = 32;
     const DrawTarget target(gl(), kSide, kSide);
     gl().glOrtho(0, kSide, 0, kSide, -1, 1);

@@ -1,4 +1,4 @@
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include "texture/GLTexUnitState.h"
 #include "texture/GLTexture2D.h"
@@ -17,10 +17,10 @@ struct Unref {
 };
 
 /// A single texel on unit 0 and another on unit 1.
-class MesaTexUnitState : public MesaTest {
+class DriverTexUnitState : public DriverTest {
 protected:
     void SetUp() override {
-        MesaTest::SetUp();
+        DriverTest::SetUp();
         fTarget = std::make_unique<DrawTarget>(gl(), 1, 1);
         for (const size_t unit : {0U, 1U}) {
             fTextures[unit].reset(new GLTexture2D(kRasterRGBA8, false));
@@ -34,7 +34,7 @@ protected:
         for (auto& texture : fTextures)
             texture.reset();
         fTarget.reset();
-        MesaTest::TearDown();
+        DriverTest::TearDown();
     }
 
     void activate(size_t unit) {
@@ -155,7 +155,7 @@ void expectPixel(const Pixel& pixel, const Color& wanted, const std::string& wha
         EXPECT_NEAR(pixel[i], wanted[i] * 255, 2.0) << what << ", channel " << i;
 }
 
-TEST_F(MesaTexUnitState, combinesByGLsEquationsOverTwoUnits) {
+TEST_F(DriverTexUnitState, combinesByGLsEquationsOverTwoUnits) {
     std::mt19937 random(11);
     for (int round = 0; round < 300; ++round) {
         const Color primary = randomColor(random);
@@ -173,7 +173,7 @@ TEST_F(MesaTexUnitState, combinesByGLsEquationsOverTwoUnits) {
     expectNoErrors();
 }
 
-TEST_F(MesaTexUnitState, appliesEachTextureFunction) {
+TEST_F(DriverTexUnitState, appliesEachTextureFunction) {
     const Color p{0.8, 0.4, 0.2, 0.6};
     const Color t{0.5, 1.0, 0.2, 0.4};
     std::array<Color, 5> wanted{t, {0.4, 0.4, 0.04, 0.24}, {}, {}, {1.0, 1.0, 0.4, 0.24}};
@@ -191,7 +191,7 @@ TEST_F(MesaTexUnitState, appliesEachTextureFunction) {
     }
 }
 
-TEST_F(MesaTexUnitState, showsTheTexturesOfBothUnits) {
+TEST_F(DriverTexUnitState, showsTheTexturesOfBothUnits) {
     State replace;
     State add;
     add.setTextureFunction(State::kEnvAdd);
@@ -201,7 +201,7 @@ TEST_F(MesaTexUnitState, showsTheTexturesOfBothUnits) {
     expectNoErrors();
 }
 
-TEST_F(MesaTexUnitState, dotProductsOfAlphaAreRefused) {
+TEST_F(DriverTexUnitState, dotProductsOfAlphaAreRefused) {
     State state;
     state.setTextureFunction(State::kEnvCombine);
     state.setCombinerFuncAlpha(State::kCombineDot3RGB);

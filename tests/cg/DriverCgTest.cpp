@@ -1,6 +1,6 @@
 #include "compile/Compiler.h" // before Xlib, whose Bool is a macro
 
-#include "MesaFixture.h"
+#include "DriverTest.h"
 
 #include <cmath>
 #include <map>
@@ -22,16 +22,16 @@ struct Case {
 };
 
 /// Draws with compiled programs over one pixel; compares within 2 of 255.
-class MesaCg : public MesaTest {
+class DriverCg : public DriverTest {
 protected:
     void SetUp() override {
-        MesaTest::SetUp();
+        DriverTest::SetUp();
         fTarget = std::make_unique<DrawTarget>(gl(), 4, 4);
         gl().glClearColor(0, 0, 0, 0);
     }
     void TearDown() override {
         fTarget.reset();
-        MesaTest::TearDown();
+        DriverTest::TearDown();
     }
 
     std::unique_ptr<CompiledProgram> compiled(const std::string& source, Stage stage,
@@ -153,7 +153,7 @@ private:
     std::unique_ptr<DrawTarget> fTarget;
 };
 
-TEST_F(MesaCg, typesAndConversions) {
+TEST_F(DriverCg, typesAndConversions) {
     check({
         {"return float4(0.25, 0.5, 0.75, 1);", {0.25, 0.5, 0.75, 1}},
         {"float4 c = 0.5; return c;", {0.5, 0.5, 0.5, 0.5}},
@@ -202,7 +202,7 @@ TEST_F(MesaCg, typesAndConversions) {
     });
 }
 
-TEST_F(MesaCg, matrices) {
+TEST_F(DriverCg, matrices) {
     const Given given = {{"m",
                           {0.1F, 0.2F, 0.3F, 0.4F, 0.5F, 0.6F, 0.7F, 0.8F, 0.9F, 1.0F, 0.0F, 0.15F, 0.25F,
                            0.35F, 0.45F, 0.55F}},
@@ -257,7 +257,7 @@ TEST_F(MesaCg, matrices) {
         given, ", uniform float4x4 m, uniform float3x3 n");
 }
 
-TEST_F(MesaCg, controlFlow) {
+TEST_F(DriverCg, controlFlow) {
     check({
         {"if (uv.x > 0.5) return 1; else if (uv.y > 0.5) return 0.5; return 0;", {0.5, 0.5, 0.5, 0.5}},
         {"float s = 0; for (int i = 0; i < 10; i++) { if (i == 3) continue; if (i > 5) break; s += i; } "
@@ -320,7 +320,7 @@ TEST_F(MesaCg, controlFlow) {
     });
 }
 
-TEST_F(MesaCg, standardLibrary) {
+TEST_F(DriverCg, standardLibrary) {
     const double pi = 3.14159265358979;
     check({
         {"return float4(abs(-0.5), sign(-2) + 1.5, floor(1.75) / 4, ceil(0.25) / 2);", {0.5, 0.5, 0.25, 0.5}},
@@ -360,7 +360,7 @@ TEST_F(MesaCg, standardLibrary) {
     });
 }
 
-TEST_F(MesaCg, textures) {
+TEST_F(DriverCg, textures) {
     // Unit 0: 2 x 1, red and green of different halves, blue in its small level. Unit 1: a cube and a volume.
     GLuint names[5];
     gl().glGenTextures(5, names);
@@ -437,7 +437,7 @@ TEST_F(MesaCg, textures) {
     gl().glDeleteTextures(5, names);
 }
 
-TEST_F(MesaCg, comparesDepths) {
+TEST_F(DriverCg, comparesDepths) {
     GLuint names[3];
     gl().glGenTextures(3, names);
     const GLfloat half[] = {0.5F};
@@ -472,7 +472,7 @@ TEST_F(MesaCg, comparesDepths) {
     gl().glDeleteTextures(3, names);
 }
 
-TEST_F(MesaCg, semantics) {
+TEST_F(DriverCg, semantics) {
     const auto pair = [&](const std::string& source, const std::array<double, 4>& expected) {
         const auto vertex = compiled(source, Stage::Vertex, "v");
         const auto fragment = compiled(source, Stage::Fragment, "f");
@@ -545,7 +545,7 @@ TEST_F(MesaCg, semantics) {
     expectNear(drawn(vertex.get(), nullptr), {0.25, 0.5, 1, 1}, "vertex alone");
 }
 
-TEST_F(MesaCg, drawsPointsAsLargeAsItSays) {
+TEST_F(DriverCg, drawsPointsAsLargeAsItSays) {
     const auto program = compiled(
         "void main(float4 p : POSITION, out float4 o : POSITION, out float4 c : COLOR, out float s : PSIZE) "
         "{ o = p; c = 1; s = 3; }",
@@ -567,7 +567,7 @@ TEST_F(MesaCg, drawsPointsAsLargeAsItSays) {
     gl().glDeleteObjectARB(linked);
 }
 
-TEST_F(MesaCg, writesDepthAndSeveralColors) {
+TEST_F(DriverCg, writesDepthAndSeveralColors) {
     const auto program = compiled(
         "struct O { float4 c : COLOR; float d : DEPTH; }; O main() { O o; o.c = 1; o.d = 0.25; return o; }",
         Stage::Fragment);
@@ -578,7 +578,7 @@ TEST_F(MesaCg, writesDepthAndSeveralColors) {
     gl().glDisable(GL_DEPTH_TEST);
 }
 
-TEST_F(MesaCg, readsTheStateOfGL) {
+TEST_F(DriverCg, readsTheStateOfGL) {
     gl().glMatrixMode(GL_MODELVIEW);
     gl().glLoadIdentity();
     gl().glTranslatef(0.5F, 0.25F, 0);
