@@ -1,6 +1,7 @@
 #include "gl/GLFunctionTable.h"
 
 #include "gl/EntryGroup.h"
+#include "gl/GLLibrary.h"
 #include "orlohost/HWEnvironment.h"
 
 #include <algorithm>
@@ -80,11 +81,6 @@ VersionLevel versionLevel(const GLubyte* version) {
     }
     // char_traits<char> compares as unsigned bytes.
     return text.substr(0, 2).compare("3.") >= 0 ? k3_0OrLater : kUnknown;
-}
-
-void* openGLLibrary() {
-    // Never closed: the slots point into it for the life of the process.
-    return dlopen("libGL.so", RTLD_LAZY);
 }
 
 /// One run of populate: the road from version and extension strings to slots, flags and limits.

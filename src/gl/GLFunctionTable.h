@@ -46,10 +46,11 @@ public:
     /// No capability supported, every one allowed, every slot null.
     void nullify();
 
-    /// Opens "libGL.so" and fills slots, flags and limits from it. Needs a current GL context.
+    /// Opens "libGL.so", or else "libGL.so.1", and fills slots, flags and limits from it. Needs a current GL
+    /// context, of GLX or of the host's own making.
     ///
-    /// Without that library the process's global symbols are searched, so a GL that the host opened globally
-    /// serves as well. A second call renews what is there and takes back nothing, except the
+    /// Without either the process's global symbols are searched, so a GL that the host opened globally serves
+    /// as well. A second call renews what is there and takes back nothing, except the
     /// framebuffer-object, texture-array and NV fragment-program flags. Reports nothing: ask the flags.
     void populate();
 

@@ -1,12 +1,14 @@
 #include "gl/GLStartupContext.h"
 
 #include "gl/GLFunctionTable.h"
+#include "gl/GLLibrary.h"
 
 #include <dlfcn.h>
 #include <new>
 
 GLStartupContext* GLStartupContext::fpGlobalGLStartupContext = nullptr;
 int32_t GLStartupContext::fsNumInstances_GLStartupContext = 0;
+GLStartupContext* GLStartupContext::fsNewest = nullptr;
 
 namespace {
 
@@ -19,7 +21,7 @@ struct BootstrapGLX {
     decltype(GLFunctionTable::fglXGetCurrentContext) currentContext;
 
     BootstrapGLX() {
-        void* library = dlopen("libGL.so", RTLD_LAZY);
+        void* library = openGLLibrary();
         lookUp(library, "glXChooseVisual", chooseVisual);
         lookUp(library, "glXCreateContext", createContext);
         lookUp(library, "glXMakeCurrent", makeCurrent);
@@ -49,9 +51,43 @@ Window createHiddenWindow(Display* display, const XVisualInfo& visual) {
                          CWBackPixmap | CWBorderPixel | CWColormap, &attributes);
 }
 
+/// False without memory for the table.
+bool populateGlobalTable() {
+    if (!GLFunctionTable::fpGlobalFunctionTable)
+        GLFunctionTable::fpGlobalFunctionTable = new (std::nothrow) GLFunctionTable;
+    if (!GLFunctionTable::fpGlobalFunctionTable)
+        return false;
+    GLFunctionTable::fpGlobalFunctionTable->populate();
+    return true;
+}
+
+/// Leaves of GLX the two functions that stand in for it. What asks for more (windows, pbuffers) is
+/// unsupported then, instead of calling GLX with a context that is none of its own.
+void replaceGLX(GLFunctionTable& table, const GLHostContext& host) {
+    table.nullify_platform();
+    for (uint32_t capability = kCapGLXPbuffer; capability <= kCapSGIXVisualFromFBConfig; ++capability)
+        table.fExtSupported[capability] = false;
+    table.fglXMakeCurrent = host.makeCurrent;
+    table.fglXDestroyContext = host.destroyContext;
+}
+
 } // namespace
 
 GLStartupContext::GLStartupContext(GLXContext) {}
+
+GLStartupContext::GLStartupContext(const GLHostContext& host) {
+    if (!host.context || !host.makeCurrent || !host.destroyContext ||
+        !host.makeCurrent(nullptr, None, host.context) || !populateGlobalTable())
+        return;
+    GLFunctionTable& table = *GLFunctionTable::fpGlobalFunctionTable;
+    // Entry points can be had without a context behind them: only a version tells that GL answers.
+    if (!table.fglGetString || !table.glGetString(GL_VERSION))
+        return;
+    replaceGLX(table, host);
+    context = host.context;
+    valid = true;
+    ++fsNumInstances_GLStartupContext;
+}
 
 GLStartupContext::GLStartupContext(const WindowWrapper& host, GLXContext share)
     : display(host.display()), wrapper(host) {
@@ -90,12 +126,7 @@ GLStartupContext::GLStartupContext(const WindowWrapper& host, GLXContext share)
     const GLXContext hostContext = glx.currentContext();
     glx.makeCurrent(display, window, context);
 
-    if (!GLFunctionTable::fpGlobalFunctionTable)
-        GLFunctionTable::fpGlobalFunctionTable = new (std::nothrow) GLFunctionTable;
-    valid = GLFunctionTable::fpGlobalFunctionTable != nullptr;
-    if (valid)
-        GLFunctionTable::fpGlobalFunctionTable->populate();
-
+    valid = populateGlobalTable();
     if (hostContext && hostDrawable)
         glx.makeCurrent(display, hostDrawable, hostContext);
     ++fsNumInstances_GLStartupContext;
@@ -103,6 +134,18 @@ GLStartupContext::GLStartupContext(const WindowWrapper& host, GLXContext share)
 
 bool GLStartupContext::makeCurrent() {
     return valid && GLFunctionTable::fpGlobalFunctionTable->glXMakeCurrent(display, window, context);
+}
+
+uint64_t GLStartupContext::nextSerial() {
+    static uint64_t last = 0;
+    return ++last;
+}
+
+GLStartupContext* GLStartupContext::living(uint64_t serial) {
+    GLStartupContext* found = fsNewest;
+    while (found && found->fSerial != serial)
+        found = found->fNextOlder;
+    return found;
 }
 
 GLStartupContext::~GLStartupContext() {
@@ -116,4 +159,8 @@ GLStartupContext::~GLStartupContext() {
     }
     --fsNumInstances_GLStartupContext;
     fpGlobalGLStartupContext = nullptr;
+    GLStartupContext** link = &fsNewest;
+    while (*link != this)
+        link = &(*link)->fNextOlder;
+    *link = fNextOlder;
 }

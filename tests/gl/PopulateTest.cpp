@@ -226,7 +226,7 @@ TEST_F(Populate, aMissingCoreNameLeavesItsSlotNull) {
 }
 
 TEST_F(Populate, withoutTheLibraryTheProcessesOwnSymbolsServe) {
-    missingLibraries() = {"libGL.so"};
+    missingLibraries() = {"libGL.so", "libGL.so.1"};
     script().version = "1.5";
     GLFunctionTable table;
     table.populate();

@@ -4,6 +4,7 @@
 
 #include "gl/GLStartupContext.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -210,6 +211,78 @@ TEST_F(StartupContext, withoutDisplayOrLookUpNothingIsCalled) {
     }
     EXPECT_EQ(recorded(), Calls{});
     EXPECT_EQ(GLFunctionTable::fpGlobalFunctionTable, nullptr);
+}
+
+/// The plain name belongs to a development package.
+TEST_F(StartupContext, opensTheVersionedLibraryWhereThePlainNameIsMissing) {
+    missingLibraries() = {"libGL.so"};
+    GLStartupContext* startup = make();
+    EXPECT_TRUE(startup->valid);
+    EXPECT_EQ(recorded(), together({creation(), population()}));
+    EXPECT_EQ(Calls(loaderCalls().begin(), loaderCalls().begin() + 3),
+              (Calls{call("dlopen", "libGL.so", 1), call("dlopen", "libGL.so.1", 1),
+                     call("dlsym", "glXChooseVisual")}));
+    startup->unref();
+}
+
+GLHostContext hostContext(bool works = true) {
+    static bool answer;
+    answer = works;
+    return {nthContext(5),
+            [](Display* display, GLXDrawable drawable, GLXContext context) {
+                glXMakeCurrent(display, drawable, context); // stands for what a host would call
+                return Bool{answer};
+            },
+            [](Display* display, GLXContext context) { glXDestroyContext(display, context); }};
+}
+
+TEST_F(StartupContext, takesAContextOfTheHost) {
+    script().version = "2.1";
+    auto* startup = new GLStartupContext(hostContext());
+    startup->ref();
+    GLFunctionTable& table = *GLFunctionTable::fpGlobalFunctionTable;
+    EXPECT_EQ(recorded()[0], call("glXMakeCurrent", nullptr, 0, nthContext(5)));
+    EXPECT_EQ(recorded()[1], call("glGetString", GL_VERSION)) << "populated with it current";
+    EXPECT_TRUE(startup->valid);
+    EXPECT_EQ(startup->context, nthContext(5));
+    EXPECT_TRUE(table.usable(kCapShaderObjects));
+    EXPECT_EQ(table.fglXSwapBuffers, nullptr);
+    EXPECT_EQ(std::count(table.fExtSupported + kCapGLXPbuffer, table.fExtSupported + kCapabilityCount, true),
+              0)
+        << "nothing that asks for GLX";
+    EXPECT_EQ(GLStartupContext::fsNumInstances_GLStartupContext, 1);
+    clearRecorded();
+    EXPECT_TRUE(startup->makeCurrent());
+    startup->unref();
+    EXPECT_EQ(recorded(), (Calls{call("glXMakeCurrent", nullptr, 0, nthContext(5)),
+                                 call("glXMakeCurrent", nullptr, 0, nullptr),
+                                 call("glXDestroyContext", nullptr, nthContext(5))}));
+
+    GLStartupContext* glx = make();
+    EXPECT_NE(table.fglXSwapBuffers, nullptr) << "a start-up context on a display brings GLX back";
+    EXPECT_TRUE(table.usable(kCapGLXPbuffer));
+    glx->unref();
+}
+
+TEST_F(StartupContext, leavesAContextThatDoesNotServeToTheHost) {
+    GLHostContext none = hostContext();
+    none.context = nullptr;
+    GLHostContext unmade = hostContext();
+    unmade.makeCurrent = nullptr;
+    GLHostContext unending = hostContext();
+    unending.destroyContext = nullptr;
+    script().version = std::nullopt; // GL answers nothing
+    for (const GLHostContext& host : {none, unmade, unending, hostContext(), hostContext(false)}) {
+        auto* startup = new GLStartupContext(host);
+        startup->ref();
+        EXPECT_FALSE(startup->valid);
+        EXPECT_EQ(startup->context, nullptr);
+        clearRecorded();
+        EXPECT_FALSE(startup->makeCurrent());
+        startup->unref();
+        EXPECT_EQ(recorded(), Calls{});
+        EXPECT_EQ(std::exchange(GLStartupContext::fsNumInstances_GLStartupContext, 0), -1);
+    }
 }
 
 TEST_F(StartupContext, anEmptyOneDoesNothing) {
