@@ -9,7 +9,7 @@
 // The road of a frame:
 //  1. once: GLStartupContext, which finds GL and fills the table; then
 //  GLFunctionTable::ensureLiveMultitexture
-//  2. once per target: GLFrameBuffer::createOffscreen, or createInWindow
+//  2. once per target: GLFrameBuffer::createOffscreen, or createInWindowPortably
 //  3. GLFrameBuffer::makeCurrent, then the viewport
 //  4. GLPassState::applyGL
 //  5. GLCamera::bind

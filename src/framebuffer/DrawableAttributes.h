@@ -10,7 +10,7 @@ class GLFunctionTable;
 
 /// What windows and pbuffers ask GLX for: pairs of attribute and value, with a 0 behind the last.
 struct DrawableAttributes {
-    std::array<int, 23> values = {};
+    std::array<int, 25> values = {};
     int count = 0;
 
     void add(int attribute, int value);

@@ -42,6 +42,8 @@ uint32_t GLFrameBuffer::clearInternalState() {
     fWidth = 0;
     fHeight = 0;
     fDrawable = 0;
+    fChildWindow = 0;
+    fChildColormap = 0;
     fDisplay = nullptr;
     return 0;
 }

@@ -36,7 +36,7 @@ ORLOGL_API bool validFrameBufferStatus();
 ///
 ///     GLFrameBuffer buffer;
 ///     const WindowWrapper host(nullptr, window, display);
-///     if (buffer.createInWindow(host, format) != GLFrameBuffer::kSuccess) ...
+///     if (buffer.createInWindowPortably(host, format) != GLFrameBuffer::kSuccess) ...
 ///     XMapWindow(display, buffer.fWindow.fbWindow());   // the child that is drawn into
 ///     buffer.makeCurrent();
 ///     GLFunctionTable::fpGlobalFunctionTable->glViewport(0, 0, width, height);
@@ -46,7 +46,8 @@ ORLOGL_API bool validFrameBufferStatus();
 /// A framebuffer object belongs to the start-up context (and to all that share with it): the host makes that
 /// context current before it draws, and sets the viewport, which starts with the 10 x 10 of the hidden
 /// window. Creating one does not release what the buffer held before. Every create takes a reference on the
-/// start-up context; the release of a window or pbuffer gives it back, that of a framebuffer object doesn't.
+/// start-up context; the release of a window or pbuffer gives it back to the same one, that of a framebuffer
+/// object doesn't.
 class ORLOGL_API GLFrameBuffer {
 public:
     /// What the create operations answer.
@@ -68,7 +69,7 @@ public:
     GLFrameBuffer();
 
     /// As deleteInternalState.
-    ~GLFrameBuffer();
+    virtual ~GLFrameBuffer();
 
     GLFrameBuffer(const GLFrameBuffer&) = delete;
     GLFrameBuffer& operator=(const GLFrameBuffer&) = delete;
@@ -86,15 +87,26 @@ public:
     /// colour, depth and stencil and samples as createInWindow asks for them. fActualFormat tells what came
     /// of it, but for the texture type, which stays.
     ///
-    /// A size beyond the driver's is cut to it without a word: see fWidth and fHeight. With `squareLimit` (by
-    /// GLX 1.3 alone) it is cut to a square m x m, m being the smaller of the driver's largest sides, halved
-    /// where it is nearer to the power of two below than to that above; the height is cut only where m is
-    /// less than the *width*.
+    /// A size beyond the driver's is cut to it without a word: see fWidth and fHeight. A driver that tells no
+    /// largest size (0) cuts nothing. With `squareLimit` (by GLX 1.3 alone) it is cut to a square m x m, m
+    /// being the smaller of the driver's largest sides, halved where it is nearer to the power of two below
+    /// than to that above; the height is cut only where m is less than the *width*.
     ///
     /// kUnsupported: GLX lacks a function. kFormat: no configuration. kNoBuffer: no pbuffer or no visual.
     /// kNoContextOrSize: no display, table or context. What was made before a failure stays.
     uint32_t createOffscreen(const WindowWrapper& window, const koBufferFormat& format, unsigned width,
                              unsigned height, bool squareLimit);
+
+    /// Makes a window as every driver of today gives one; what a host calls unless it counts on the roads of
+    /// createInWindow. Result, format, sharing and what is left to the host are the same.
+    ///
+    /// The drawable is a GLX window of a configuration on a child window of that configuration's visual (of
+    /// the screen's own depth where there is one, so that nothing shines through it under a compositor);
+    /// where GLX 1.3 is missing, refuses or is vetoed, a child window of a visual. Four samples are asked for
+    /// unless kSamplingSingle, and done without where they can't be had. No X error on the way, and none at
+    /// the release, which destroys the child: release before the parent window goes. After a failure nothing
+    /// is left but the reference on the start-up context.
+    uint32_t createInWindowPortably(const WindowWrapper& parent, const koBufferFormat& format);
 
     /// Makes a double-buffered drawable of its own in `parent` and a context for it that shares objects with
     /// the start-up context, which is made on the parent's display if there is none. Makes neither current.
@@ -129,8 +141,9 @@ public:
 
     /// Releases what the buffer holds. A stencil-only renderbuffer stays until the GL context goes. A window
     /// or pbuffer leaves no context current: make another current before deleting textures or buffers. The
-    /// child window stays until its parent goes, and X reports an error (GLXBadWindow or BadWindow): have a
-    /// handler installed. A window is released while a start-up context exists, and not at all without one.
+    /// child window of createInWindow stays until its parent goes, and X reports an error (GLXBadWindow or
+    /// BadWindow): have a handler installed. A window is released while a start-up context exists, and not at
+    /// all without one.
     void deleteInternalState();
 
     bool isOffscreen() const;
@@ -260,9 +273,19 @@ public:
 private:
     struct PbufferParts;
 
+    /// A way to fDrawable and fContext in a window of the host.
+    using Road = uint32_t (GLFrameBuffer::*)(const WindowWrapper& parent);
+
     void referenceStartupContext();
     void dropStartupContext();
+    uint32_t createInWindowBy(Road road, const WindowWrapper& parent, const koBufferFormat& format);
     uint32_t createDrawable(const WindowWrapper& parent);
+    uint32_t createPortableDrawable(const WindowWrapper& parent);
+    uint32_t createOnConfiguration(const WindowWrapper& parent);
+    uint32_t createOnVisual(const WindowWrapper& parent);
+    uint32_t createOwnChildWindow(const WindowWrapper& parent, const XVisualInfo& visual);
+    void destroyContext();
+    void destroyChildWindow();
     DrawableAttributes visualAttributes() const;
     uint32_t createBySGIXConfiguration(const WindowWrapper& parent, DrawableAttributes attributes);
     uint32_t createByVisual(const WindowWrapper& parent, DrawableAttributes attributes);
@@ -284,6 +307,13 @@ private:
     std::array<int, 2> cutToBuffer(int width, int height);
     static void copyInto(GLTexture2D& texture, int x, int y, int width, int height);
 
-    /// References on the start-up context that this buffer took and has not given back.
+    /// The start-up context that this buffer took references on, and how many it has not given back.
+    uint64_t fStartupSerial = 0;
     uint32_t fStartupReferences = 0;
+
+    /// Of createInWindowPortably: the X window under fDrawable, which may be a GLX window with a name of its
+    /// own. 0 for windows of any other road.
+    Window fChildWindow = 0;
+    /// Of the child window that was made last.
+    Colormap fChildColormap = 0;
 };

@@ -6,6 +6,7 @@
 #include "gl/GLStartupContext.h"
 
 #include <algorithm>
+#include <limits>
 #include <new>
 
 namespace {
@@ -15,16 +16,19 @@ struct Size {
     unsigned height;
 };
 
-unsigned attributeOf(GLFunctionTable& gl, Display* display, void* configuration, int attribute) {
+constexpr unsigned kUnlimited = std::numeric_limits<unsigned>::max();
+
+/// Drivers that make pbuffers of any size tell a limit of 0: that is none.
+unsigned limitOf(GLFunctionTable& gl, Display* display, void* configuration, int attribute) {
     int value = 0;
     gl.glXGetFBConfigAttrib(display, configuration, attribute, &value);
-    return static_cast<unsigned>(std::max(value, 0));
+    return value > 0 ? static_cast<unsigned>(value) : kUnlimited;
 }
 
 /// The largest pbuffer of a configuration.
 Size largestOf(GLFunctionTable& gl, Display* display, void* configuration) {
-    const unsigned width = attributeOf(gl, display, configuration, GLX_MAX_PBUFFER_WIDTH);
-    return {width, attributeOf(gl, display, configuration, GLX_MAX_PBUFFER_HEIGHT)};
+    const unsigned width = limitOf(gl, display, configuration, GLX_MAX_PBUFFER_WIDTH);
+    return {width, limitOf(gl, display, configuration, GLX_MAX_PBUFFER_HEIGHT)};
 }
 
 Size cutTo(Size largest, Size wanted) {
@@ -36,7 +40,7 @@ Size cutTo(Size largest, Size wanted) {
 /// for wide pictures relies on both to get its textures' aspect.
 Size cutToSquare(Size largest, Size wanted) {
     unsigned m = std::min(largest.width, largest.height);
-    if (m > 1) {
+    if (m > 1 && m != kUnlimited) {
         uint64_t power = 1;
         while (power < m)
             power *= 2;

@@ -5,8 +5,11 @@
 #include "gl/GLStartupContext.h"
 
 void GLFrameBuffer::referenceStartupContext() {
-    GLStartupContext::fpGlobalGLStartupContext->ref();
-    ++fStartupReferences;
+    GLStartupContext* startup = GLStartupContext::fpGlobalGLStartupContext;
+    startup->ref();
+    // References on an earlier one are not given back: what was made on it was not released either.
+    fStartupReferences = fStartupSerial == startup->serial() ? fStartupReferences + 1 : 1;
+    fStartupSerial = startup->serial();
 }
 
 void GLFrameBuffer::dropStartupContext() {
@@ -14,7 +17,9 @@ void GLFrameBuffer::dropStartupContext() {
     if (fStartupReferences == 0)
         return;
     --fStartupReferences;
-    GLStartupContext::fpGlobalGLStartupContext->unref();
+    // Its host may have deleted it, whoever held references.
+    if (GLStartupContext* startup = GLStartupContext::living(fStartupSerial))
+        startup->unref();
 }
 
 uint32_t GLFrameBuffer::assignInWindow(GLXContext context, const WindowWrapper& window,
@@ -41,8 +46,7 @@ uint32_t GLFrameBuffer::assignInWindow(GLXContext context, const WindowWrapper& 
 }
 
 void GLFrameBuffer::unassignInWindow() {
-    if (GLStartupContext::fpGlobalGLStartupContext)
-        dropStartupContext();
+    dropStartupContext();
     clearInternalState();
 }
 
@@ -61,7 +65,7 @@ void GLFrameBuffer::swapBuffersWindowed() {
 void GLFrameBuffer::resizeWindow(unsigned width, unsigned height) {
     if (!fFunctionTable || !fDisplay)
         return;
-    XResizeWindow(fDisplay, fDrawable, width, height);
+    XResizeWindow(fDisplay, fChildWindow != 0 ? fChildWindow : fDrawable, width, height);
     fFunctionTable->glXWaitX();
 }
 
@@ -88,6 +92,8 @@ void GLFrameBuffer::deleteInternalStateWindowed() {
             } else {
                 XDestroyWindow(fDisplay, fPbuffer);
             }
+        } else if (fChildWindow != 0) {
+            destroyChildWindow();
         } else if (!isOffscreen() && fDrawable != 0) {
             if (hasGLXWindows)
                 fFunctionTable->glXDestroyWindow(fDisplay, fDrawable);

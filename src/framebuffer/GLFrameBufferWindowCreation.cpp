@@ -16,7 +16,18 @@ constexpr long kEvents = KeyPressMask | KeyReleaseMask | ButtonPressMask | Butto
 } // namespace
 
 uint32_t GLFrameBuffer::createInWindow(const WindowWrapper& parent, const koBufferFormat& format) {
+    return createInWindowBy(&GLFrameBuffer::createDrawable, parent, format);
+}
+
+uint32_t GLFrameBuffer::createInWindowPortably(const WindowWrapper& parent, const koBufferFormat& format) {
+    return createInWindowBy(&GLFrameBuffer::createPortableDrawable, parent, format);
+}
+
+uint32_t GLFrameBuffer::createInWindowBy(Road road, const WindowWrapper& parent,
+                                         const koBufferFormat& format) {
     fRequestedFormat = format;
+    fChildWindow = 0;
+    fChildColormap = 0;
     if (!GLStartupContext::fpGlobalGLStartupContext)
         GLStartupContext::fpGlobalGLStartupContext = new (std::nothrow) GLStartupContext(parent, nullptr);
     if (!GLStartupContext::fpGlobalGLStartupContext)
@@ -27,12 +38,12 @@ uint32_t GLFrameBuffer::createInWindow(const WindowWrapper& parent, const koBuff
     if (!fFunctionTable || !fDisplay)
         return kNoContextOrSize;
 
-    const uint32_t result = createDrawable(parent);
+    const uint32_t result = (this->*road)(parent);
     if (result != kSuccess)
         return result;
     fActualFormat = fRequestedFormat;
     fWindow = parent;
-    fWindow.setFBWindow(fDrawable);
+    fWindow.setFBWindow(fChildWindow != 0 ? fChildWindow : fDrawable);
     fKind = kWindowed;
     fOwnsDrawable = true;
     return kSuccess;
@@ -142,6 +153,7 @@ uint32_t GLFrameBuffer::createChildWindow(const WindowWrapper& parent, const XVi
     attributes.border_pixel = 0;
     attributes.event_mask = kEvents;
     attributes.colormap = XCreateColormap(fDisplay, root, visual.visual, AllocNone);
+    fChildColormap = attributes.colormap;
     fDrawable =
         XCreateWindow(fDisplay, parent.window(), 0, 0, width, height, 0, visual.depth, InputOutput,
                       visual.visual, CWBackPixmap | CWBorderPixel | CWEventMask | CWColormap, &attributes);

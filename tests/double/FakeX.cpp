@@ -23,10 +23,11 @@ Argument windowAttributes(unsigned long mask, const XSetWindowAttributes& a) {
 } // namespace
 
 Display* fakeDisplay() {
-    // DefaultScreen and DefaultRootWindow are macros that reach into the display.
+    // DefaultScreen, DefaultRootWindow and DefaultDepth are macros that reach into the display.
     static Screen screen = {};
     static std::remove_pointer_t<_XPrivDisplay> display = {};
     screen.root = kFakeRoot;
+    screen.root_depth = 24;
     display.screens = &screen;
     display.nscreens = 1;
     return reinterpret_cast<Display*>(&display);
@@ -41,6 +42,10 @@ extern "C" {
 
 Colormap XCreateColormap(Display* display, Window window, Visual* visual, int allocate) {
     return record("XCreateColormap", {display, window, visual, allocate}).otherwise(kFakeColormap);
+}
+
+int XFreeColormap(Display* display, Colormap colormap) {
+    return record("XFreeColormap", {display, colormap}).otherwise(1);
 }
 
 Window XCreateWindow(Display* display, Window parent, int x, int y, unsigned width, unsigned height,

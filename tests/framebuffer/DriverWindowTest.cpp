@@ -95,43 +95,53 @@ protected:
         return static_cast<unsigned>(XGetPixel(image.get(), x, y)) & 0xFFFFFF;
     }
 
-    void expectPainted(Window window, Size size) {
-        const Image image = shown(window, size);
-        const auto [right, bottom] = Size{size.width - 1, size.height - 1};
-        const struct {
-            int x, y;
-            unsigned color;
-        } kPlaces[] = {
-            {0, bottom, 0x0000FF},     {2, bottom - 1, 0x0000FF}, {3, bottom, 0x00FF00},
-            {0, bottom - 2, 0x00FF00}, {0, 0, 0x00FF00},          {right, 0, 0xFF0000},
-            {right - 1, 0, 0x00FF00},  {right, 1, 0x00FF00},      {right, bottom, 0x00FF00},
-        };
-        for (const auto& place : kPlaces)
-            EXPECT_EQ(at(image, place.x, place.y), place.color) << place.x << ", " << place.y;
-    }
-};
+    /// To the letter means createInWindow, which a driver may refuse: one by NVIDIA (580.159) answers null to
+    /// its lists of visuals (2); Mesa 22.3 gives a window, and none by GLX 1.3 (4).
+    enum Create { kToTheLetter, kPortably };
 
-TEST_F(DriverWindow, drawsOnTheScreenAndFollowsResizeWindow) {
-    const struct {
-        std::vector<GLCapability> vetoed;
-        int releaseError;
-    } kPaths[] = {
-        {{}, glxError(kGLXBadWindow)},
-        {{kCapSGIXChooseFBConfig, kCapGLXFBConfig}, glxError(kGLXBadWindow)},
-        {{kCapGLXWindow}, BadWindow},
-    };
-    for (const auto& path : kPaths) {
-        for (GLCapability capability : path.vetoed)
-            gl().fExtEnabled[capability] = false;
-        const Window host = hostWindow({40, 30});
+    bool create(GLFrameBuffer& buffer, Create how, Window host) {
+        if (how == kPortably) {
+            EXPECT_EQ(buffer.createInWindowPortably(wrapped(host), wanted()), 0u);
+            return !HasFailure();
+        }
+        const uint32_t result = buffer.createInWindow(wrapped(host), wanted());
+        EXPECT_THAT(result, testing::AnyOf(0u, 2u, 4u));
+        return result == 0;
+    }
+
+    /// What createInWindow made is released with one error on Mesa and with none by NVIDIA's driver.
+    void release(GLFrameBuffer& buffer, Create how) {
+        expectXErrors({});
+        buffer.deleteInternalState();
+        EXPECT_EQ(gl().glXGetCurrentContext(), nullptr);
+        XSync(display(), 0);
+        if (how == kToTheLetter && xErrors().size() == 1)
+            EXPECT_THAT(xErrors()[0], testing::AnyOf(int{BadWindow}, glxError(kGLXBadWindow)));
+        else
+            EXPECT_THAT(xErrors(), testing::IsEmpty());
+        xErrors().clear();
+    }
+
+    unsigned childrenOf(Window window) {
+        Window root = 0;
+        Window parent = 0;
+        Window* children = nullptr;
+        unsigned count = 0;
+        EXPECT_TRUE(XQueryTree(display(), window, &root, &parent, &children, &count));
+        if (children)
+            XFree(children);
+        return count;
+    }
+
+    void drawAndResize(Window host, Create how) {
         GLFrameBuffer buffer;
-        ASSERT_EQ(buffer.createInWindow(wrapped(host), wanted()), 0u);
+        if (!create(buffer, how, host))
+            return;
         const Window child = buffer.fWindow.fbWindow();
         XMapWindow(display(), child);
         paint(buffer, {40, 30});
         expectPainted(child, {40, 30});
         EXPECT_EQ(at(shown(host, {40, 30}), 39, 0), 0xFF0000u) << "seen through the host's window";
-
         for (const Size size : {Size{75, 50}, Size{3, 3}}) {
             XResizeWindow(display(), host, static_cast<unsigned>(size.width),
                           static_cast<unsigned>(size.height));
@@ -154,13 +164,45 @@ TEST_F(DriverWindow, drawsOnTheScreenAndFollowsResizeWindow) {
                 for (int x = 0; x < size.width; ++x)
                     ASSERT_EQ(at(filled, x, y), 0xFFFF00u) << x << ", " << y;
         }
-        expectXErrors({});
-        buffer.deleteInternalState();
-        expectXErrors({path.releaseError});
-        EXPECT_EQ(gl().glXGetCurrentContext(), nullptr);
-        EXPECT_EQ(attributesOf(child).width, 3) << "lives on until its parent goes";
+        release(buffer, how);
+        EXPECT_EQ(childrenOf(host), how == kPortably ? 0u : 1u)
+            << "that of createInWindow lives on until its parent goes";
+    }
+
+    void expectPainted(Window window, Size size) {
+        const Image image = shown(window, size);
+        const auto [right, bottom] = Size{size.width - 1, size.height - 1};
+        const struct {
+            int x, y;
+            unsigned color;
+        } kPlaces[] = {
+            {0, bottom, 0x0000FF},     {2, bottom - 1, 0x0000FF}, {3, bottom, 0x00FF00},
+            {0, bottom - 2, 0x00FF00}, {0, 0, 0x00FF00},          {right, 0, 0xFF0000},
+            {right - 1, 0, 0x00FF00},  {right, 1, 0x00FF00},      {right, bottom, 0x00FF00},
+        };
+        for (const auto& place : kPlaces)
+            EXPECT_EQ(at(image, place.x, place.y), place.color) << place.x << ", " << place.y;
+    }
+};
+
+TEST_F(DriverWindow, drawsOnTheScreenAndFollowsResizeWindow) {
+    const struct {
+        Create create;
+        std::vector<GLCapability> vetoed;
+    } kRoads[] = {
+        {kPortably, {}},
+        {kPortably, {kCapGLXFBConfig}},
+        {kToTheLetter, {}},
+        {kToTheLetter, {kCapSGIXChooseFBConfig, kCapGLXFBConfig}},
+        {kToTheLetter, {kCapGLXWindow}},
+    };
+    for (const auto& road : kRoads) {
+        for (GLCapability capability : road.vetoed)
+            gl().fExtEnabled[capability] = false;
+        const Window host = hostWindow({40, 30});
+        drawAndResize(host, road.create);
         XDestroyWindow(display(), host);
-        for (GLCapability capability : path.vetoed)
+        for (GLCapability capability : road.vetoed)
             gl().fExtEnabled[capability] = true;
     }
 }
@@ -172,7 +214,7 @@ TEST_F(DriverWindow, isAnUnmappedChildThatIsLeftToTheHost) {
     gl().glGenTextures(1, &texture);
     gl().glBindTexture(GL_TEXTURE_2D, texture);
     GLFrameBuffer buffer;
-    ASSERT_EQ(buffer.createInWindow(wrapped(host), wanted()), 0u);
+    ASSERT_TRUE(create(buffer, kPortably, host));
     EXPECT_EQ(gl().glXGetCurrentContext(), startup().context) << "what was current still is";
     const Window child = buffer.fWindow.fbWindow();
     const XWindowAttributes attributes = attributesOf(child);
@@ -188,39 +230,39 @@ TEST_F(DriverWindow, isAnUnmappedChildThatIsLeftToTheHost) {
     clear(0, 1, 0);
     EXPECT_EQ(readPixel(39, 29), (Pixel{0, 255, 0, 255})) << "also without being mapped";
     gl().glDeleteTextures(1, &texture);
-    buffer.deleteInternalState();
-    expectXErrors({glxError(kGLXBadWindow)});
+    release(buffer, kPortably);
     XDestroyWindow(display(), host);
 }
 
 TEST_F(DriverWindow, givesAtLeastWhatWasAskedFor) {
     const struct {
         RasterFormat color, depth, stencil;
-        uint32_t result;
-        int depthBits, stencilBits;
+        bool common; // the others Mesa 22.3 refuses
+        int colorBits, depthBits, stencilBits;
     } kCases[] = {
-        {kRasterRGBA8, kRasterDepth24, kRasterStencil8, 0, 24, 8},
-        {kRasterRGB8, kRasterDepth16, kRasterStencil1, 0, 16, 1},
-        {kRasterNoColor, kRasterNoDepth, kRasterStencil4, 0, 16, 4},
-        {kRasterAlpha8, kRasterDepth24, kRasterNoStencil, 0, 24, 0},
-        {kRasterRGBA32F, kRasterDepth24, kRasterNoStencil, 2, 0, 0},
-        {kRasterRGBA8, kRasterDepth24, kRasterStencil16, 2, 0, 0},
+        {kRasterRGBA8, kRasterDepth24, kRasterStencil8, true, 8, 24, 8},
+        {kRasterRGB8, kRasterDepth16, kRasterStencil1, true, 8, 16, 1},
+        {kRasterNoColor, kRasterNoDepth, kRasterStencil4, true, 8, 16, 4},
+        {kRasterAlpha8, kRasterDepth24, kRasterNoStencil, true, 8, 24, 0},
+        {kRasterRGBA32F, kRasterDepth24, kRasterNoStencil, false, 32, 24, 0},
+        {kRasterRGBA8, kRasterDepth24, kRasterStencil16, false, 8, 24, 16},
     };
     const Window host = hostWindow({8, 8});
     for (const auto& c : kCases) {
         GLFrameBuffer buffer;
-        ASSERT_EQ(buffer.createInWindow(wrapped(host), wanted(c.color, c.depth, c.stencil)), c.result);
-        if (c.result != 0)
+        const uint32_t result =
+            buffer.createInWindowPortably(wrapped(host), wanted(c.color, c.depth, c.stencil));
+        if (!c.common && result == 2)
             continue;
+        ASSERT_EQ(result, 0u);
         EXPECT_EQ(buffer.fActualFormat.fStencilFormat, c.stencil) << "repeats the request";
         buffer.makeCurrent();
         EXPECT_GE(bits(GL_DEPTH_BITS), c.depthBits);
         EXPECT_GE(bits(GL_STENCIL_BITS), c.stencilBits);
-        EXPECT_EQ(bits(GL_RED_BITS), 8);
-        EXPECT_EQ(bits(GL_ALPHA_BITS), 8);
+        EXPECT_GE(bits(GL_RED_BITS), c.colorBits);
+        EXPECT_GE(bits(GL_ALPHA_BITS), c.colorBits);
         EXPECT_TRUE(bits(GL_DOUBLEBUFFER));
-        buffer.deleteInternalState();
-        expectXErrors({glxError(kGLXBadWindow)});
+        release(buffer, kPortably);
     }
     XDestroyWindow(display(), host);
 }
@@ -232,24 +274,19 @@ TEST_F(DriverWindow, twoCloseInEitherOrder) {
         const Window hosts[] = {hostWindow(sizes[0]), hostWindow(sizes[1])};
         XMoveWindow(display(), hosts[1], 200, 100);
         GLFrameBuffer buffers[2];
-        ASSERT_EQ(buffers[0].createInWindow(wrapped(hosts[0]), wanted()), 0u);
-        ASSERT_EQ(buffers[1].createInWindow(wrapped(hosts[1]),
-                                            wanted(kRasterRGB8, kRasterDepth16, kRasterNoStencil)),
-                  0u);
+        for (int i : {0, 1})
+            ASSERT_TRUE(create(buffers[i], kPortably, hosts[i]));
         EXPECT_EQ(startup().refCount(), 3);
         for (int i : {0, 1, 0})
             XMapWindow(display(), buffers[i].fWindow.fbWindow());
         paint(buffers[0], sizes[0]);
-        EXPECT_EQ(bits(GL_STENCIL_BITS), 8);
         paint(buffers[1], sizes[1]);
-        EXPECT_EQ(bits(GL_STENCIL_BITS), 0);
         for (int i : {0, 1})
             expectPainted(buffers[i].fWindow.fbWindow(), sizes[i]);
         expectXErrors({});
 
         const int other = 1 - closedFirst;
-        buffers[closedFirst].deleteInternalState();
-        expectXErrors({glxError(kGLXBadWindow)});
+        release(buffers[closedFirst], kPortably);
         XDestroyWindow(display(), hosts[closedFirst]);
         EXPECT_EQ(startup().refCount(), 2);
         ASSERT_EQ(buffers[other].makeCurrent(), 1u);
@@ -258,8 +295,7 @@ TEST_F(DriverWindow, twoCloseInEitherOrder) {
         EXPECT_EQ(at(shown(buffers[other].fWindow.fbWindow(), sizes[other]), 0, 0), 0xFFFFFFu);
         paint(buffers[other], sizes[other]);
         expectPainted(buffers[other].fWindow.fbWindow(), sizes[other]);
-        buffers[other].deleteInternalState();
-        expectXErrors({glxError(kGLXBadWindow)});
+        release(buffers[other], kPortably);
         XDestroyWindow(display(), hosts[other]);
         EXPECT_EQ(startup().refCount(), 1);
     }
@@ -309,15 +345,10 @@ TEST_F(DriverWindow, drawsWithAContextOfTheHost) {
     expectXErrors({});
 }
 
-TEST_F(DriverWindow, failsWithoutAParentOrAContext) {
-    const Window host = hostWindow({8, 8});
+TEST_F(DriverWindow, failsWithoutAParent) {
     GLFrameBuffer orphan;
-    EXPECT_EQ(orphan.createInWindow(wrapped(1), wanted()), 3u);
+    EXPECT_EQ(orphan.createInWindowPortably(wrapped(1), wanted()), 3u);
     expectXErrors({BadDrawable});
-    gl().fExtEnabled[kCapSGIXChooseFBConfig] = false;
-    GLFrameBuffer refused;
-    EXPECT_EQ(refused.createInWindow(wrapped(host), wanted()), 4u) << "the render type of GLX 1.3";
-    XDestroyWindow(display(), host);
 }
 
 } // namespace

@@ -187,7 +187,8 @@ TEST_F(PbufferTest, cutsTheSizeToTheDrivers) {
         {4096, 3100, 4000, 10, 4000, 10, 3100, 3100},     // nearer to 4096: stays
         {3072, 3072, 4000, 4000, 3072, 3072, 3072, 3072}, // half-way stays
         {1, 8, 4, 4, 1, 4, 1, 1},
-        {0, 0, 4, 4, 0, 0, 0, 0},
+        {0, 0, 40000, 3, 40000, 3, 40000, 3}, // a driver that tells no limit
+        {0, 8, 40, 9, 40, 8, 8, 8},
         {3, 3, 4, 4, 3, 3, 3, 3},
     };
     for (const auto& c : kCases) {

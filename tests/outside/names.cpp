@@ -56,7 +56,11 @@ void glAccess() {
     use(startup.wrapper);
     use(startup.context);
     use(startup.valid);
+    use(&GLStartupContext::serial);
+    use(&GLStartupContext::living);
     const GLStartupContext working(WindowWrapper(), nullptr);
+    const GLHostContext host{nullptr, nullptr, nullptr};
+    const GLStartupContext ofHost(host);
 
     use(GLUtility::fsLastGLError);
     use(&GLUtility::gluErrorString);
@@ -429,6 +433,7 @@ void frameBuffers() {
     use<uint32_t (GLFrameBuffer::*)(const koBufferFormat&, unsigned, unsigned)>(
         &GLFrameBuffer::createOffscreen);
     use(&GLFrameBuffer::createInWindow);
+    use(&GLFrameBuffer::createInWindowPortably);
     use(&GLFrameBuffer::assignInWindow);
     use(&GLFrameBuffer::unassignInWindow);
     use(&GLFrameBuffer::makeCurrent);

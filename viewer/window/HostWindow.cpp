@@ -51,7 +51,8 @@ HostWindow::HostWindow(Display* display, const std::string& title, int width, in
 
     const koBufferFormat format(kRasterRGBA8, kRasterDepth24, kRasterNoStencil, kSamplingSingle,
                                 IHWTexture::kTexture2D);
-    if (fBuffer.createInWindow(WindowWrapper(nullptr, fWindow, display), format) != GLFrameBuffer::kSuccess) {
+    if (fBuffer.createInWindowPortably(WindowWrapper(nullptr, fWindow, display), format) !=
+        GLFrameBuffer::kSuccess) {
         XDestroyWindow(display, fWindow);
         throw Failure(kExitNoGL, "the X display gives no window that OpenGL can draw in; give -o picture.png "
                                  "for a picture");
