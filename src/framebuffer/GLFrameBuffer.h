@@ -97,6 +97,13 @@ public:
     uint32_t createOffscreen(const WindowWrapper& window, const koBufferFormat& format, unsigned width,
                              unsigned height, bool squareLimit);
 
+    /// The same, without the square, of a double-buffered pbuffer, which is what drivers of today do well:
+    /// what is drawn into a single-buffered one raises an X error at each flush on Mesa, and with its
+    /// softpipe nothing of it comes back. What a host calls unless it counts on createOffscreen. Drawn into
+    /// and read by GL_BACK, the default of its context.
+    uint32_t createPbufferPortably(const WindowWrapper& window, const koBufferFormat& format, unsigned width,
+                                   unsigned height);
+
     /// Makes a window as every driver of today gives one; what a host calls unless it counts on the roads of
     /// createInWindow. Result, format, sharing and what is left to the host are the same.
     ///
@@ -291,9 +298,9 @@ private:
     uint32_t createByVisual(const WindowWrapper& parent, DrawableAttributes attributes);
     uint32_t createByConfiguration(const WindowWrapper& parent, DrawableAttributes attributes);
     uint32_t createChildWindow(const WindowWrapper& parent, const XVisualInfo& visual);
-    uint32_t createPbuffer(const DrawableAttributes& attributes, bool squareLimit, PbufferParts& parts);
-    uint32_t createPbufferByConfiguration(DrawableAttributes attributes, bool squareLimit,
-                                          PbufferParts& parts);
+    uint32_t createPbuffer(const WindowWrapper& window, const koBufferFormat& format, PbufferParts& parts);
+    uint32_t createPbufferDrawable(const DrawableAttributes& attributes, PbufferParts& parts);
+    uint32_t createPbufferByConfiguration(DrawableAttributes attributes, PbufferParts& parts);
     uint32_t createPbufferBySGIX(DrawableAttributes attributes, PbufferParts& parts);
     void readActualFormat(XVisualInfo* visual);
     uint32_t createColor(const koBufferFormat& format, unsigned width, unsigned height);

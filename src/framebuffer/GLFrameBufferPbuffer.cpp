@@ -72,16 +72,30 @@ RasterFormat depthFormatOf(int bits) {
 
 } // namespace
 
-/// What a road to a pbuffer comes up with, beside pbuffer and context.
+/// What a pbuffer is asked to be, and what a road to it comes up with beside pbuffer and context.
 struct GLFrameBuffer::PbufferParts {
-    void** configurations = nullptr;
-    XVisualInfo* visual = nullptr;
     unsigned width = 0;
     unsigned height = 0;
+    bool doubleBuffered = false;
+    bool squareLimit = false;
+    void** configurations = nullptr;
+    XVisualInfo* visual = nullptr;
 };
 
 uint32_t GLFrameBuffer::createOffscreen(const WindowWrapper& window, const koBufferFormat& format,
                                         unsigned width, unsigned height, bool squareLimit) {
+    PbufferParts parts{width, height, false, squareLimit};
+    return createPbuffer(window, format, parts);
+}
+
+uint32_t GLFrameBuffer::createPbufferPortably(const WindowWrapper& window, const koBufferFormat& format,
+                                              unsigned width, unsigned height) {
+    PbufferParts parts{width, height, true, false};
+    return createPbuffer(window, format, parts);
+}
+
+uint32_t GLFrameBuffer::createPbuffer(const WindowWrapper& window, const koBufferFormat& format,
+                                      PbufferParts& parts) {
     fRequestedFormat = format;
     fDisplay = window.display();
     if (!GLStartupContext::fpGlobalGLStartupContext)
@@ -103,9 +117,8 @@ uint32_t GLFrameBuffer::createOffscreen(const WindowWrapper& window, const koBuf
     if (!gl.fglXQueryExtensionsString)
         return kUnsupported;
     const auto attributes = DrawableAttributes::configuration(gl, fDisplay, GLX_WINDOW_BIT | GLX_PBUFFER_BIT,
-                                                              false, fRequestedFormat);
-    PbufferParts parts{nullptr, nullptr, width, height};
-    const uint32_t result = createPbuffer(attributes, squareLimit, parts);
+                                                              parts.doubleBuffered, fRequestedFormat);
+    const uint32_t result = createPbufferDrawable(attributes, parts);
     if (result != kSuccess)
         return result;
     readActualFormat(parts.visual);
@@ -118,21 +131,19 @@ uint32_t GLFrameBuffer::createOffscreen(const WindowWrapper& window, const koBuf
     return kSuccess;
 }
 
-uint32_t GLFrameBuffer::createPbuffer(const DrawableAttributes& attributes, bool squareLimit,
-                                      PbufferParts& parts) {
+uint32_t GLFrameBuffer::createPbufferDrawable(const DrawableAttributes& attributes, PbufferParts& parts) {
     const GLFunctionTable& gl = *fFunctionTable;
     if (!gl.fglXGetFBConfigAttrib || !gl.fglXGetVisualFromFBConfig || !gl.fglXGetConfig)
         return kUnsupported;
     if (gl.usable(kCapGLXFBConfig) && gl.usable(kCapGLXPbuffer) && gl.usable(kCapGLXNewContext))
-        return createPbufferByConfiguration(attributes, squareLimit, parts);
+        return createPbufferByConfiguration(attributes, parts);
     if (gl.usable(kCapSGIXChooseFBConfig) && gl.usable(kCapSGIXPbuffer) &&
         gl.usable(kCapSGIXContextWithConfig))
         return createPbufferBySGIX(attributes, parts);
     return kUnsupported;
 }
 
-uint32_t GLFrameBuffer::createPbufferByConfiguration(DrawableAttributes attributes, bool squareLimit,
-                                                     PbufferParts& parts) {
+uint32_t GLFrameBuffer::createPbufferByConfiguration(DrawableAttributes attributes, PbufferParts& parts) {
     GLFunctionTable& gl = *fFunctionTable;
     int count = attributes.count;
     parts.configurations =
@@ -141,7 +152,7 @@ uint32_t GLFrameBuffer::createPbufferByConfiguration(DrawableAttributes attribut
         return kFormat;
     void* configuration = parts.configurations[0];
     const Size largest = largestOf(gl, fDisplay, configuration);
-    const Size size = (squareLimit ? cutToSquare : cutTo)(largest, {parts.width, parts.height});
+    const Size size = (parts.squareLimit ? cutToSquare : cutTo)(largest, {parts.width, parts.height});
     const int pbuffer[] = {GLX_PBUFFER_WIDTH,
                            static_cast<int>(size.width),
                            GLX_PBUFFER_HEIGHT,

@@ -230,6 +230,11 @@ TEST_F(PbufferTest, asksForSizesAndSamplesAndReadsWhatCame) {
         EXPECT_EQ(buffer.fActualFormat.fSamplingType, c[0] == 10 ? kSamplingMultiple : kSamplingSingle);
     }
 
+    Values doubled = configuration(8, 24, 8);
+    doubled[3] = 1;
+    ASSERT_EQ(buffer.createPbufferPortably(WindowWrapper(this, kWindow, fakeDisplay()), wanted(), 8, 8), 0u);
+    EXPECT_THAT(recorded(), testing::Contains(call("glXChooseFBConfig", fakeDisplay(), 0, doubled, kOut)));
+
     script().answers["glXQueryExtensionsString"] = [](const auto&) {
         return reinterpret_cast<uintptr_t>("GLX_ARB_multisample");
     };

@@ -434,6 +434,7 @@ void frameBuffers() {
         &GLFrameBuffer::createOffscreen);
     use(&GLFrameBuffer::createInWindow);
     use(&GLFrameBuffer::createInWindowPortably);
+    use(&GLFrameBuffer::createPbufferPortably);
     use(&GLFrameBuffer::assignInWindow);
     use(&GLFrameBuffer::unassignInWindow);
     use(&GLFrameBuffer::makeCurrent);
