@@ -148,6 +148,16 @@ ParticleKind parseParticles(const std::string& text) {
     wrong("--particles", text, "give points, multi, sprites or streaks");
 }
 
+GLRoad parseRoad(const std::string& text) {
+    if (text == "auto")
+        return GLRoad::Auto;
+    if (text == "x11")
+        return GLRoad::X11;
+    if (text == "egl")
+        return GLRoad::Egl;
+    wrong("--display", text, "give auto, x11 or egl");
+}
+
 float parsePointSize(const std::string& text) {
     const std::optional<float> size = parseNumber<float>(text);
     if (!size || !(*size >= 0.1F && *size <= 64.0F))
@@ -293,6 +303,11 @@ void checkTogether(const Options& options) {
     checkOwnShader(options);
     if (options.shadows && options.shading == Shading::Fixed)
         throw Failure(kExitUsage, "--shadows: the materials' shaders draw them; leave --shading fixed out");
+    if (options.glRoad == GLRoad::Egl && options.sampling.pbuffer)
+        throw Failure(kExitUsage,
+                      "--display egl: pbuffers are on an X display; leave --offscreen pbuffer out");
+    if (options.glRoad == GLRoad::Egl && !options.writes() && !options.compare && !options.glInfo)
+        throw Failure(kExitUsage, "--display egl: a window needs an X display; give -o picture.png");
     if ((options.cull || options.shadows) && options.sampling.pbuffer)
         throw Failure(kExitUsage,
                       "--offscreen pbuffer: what --cull and --shadows need lives in another context; "
@@ -354,6 +369,7 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     std::string tile;
     std::string turntable;
     std::string offscreen;
+    std::string display = "auto";
     std::string eye;
     std::string target;
     std::string up;
@@ -409,6 +425,10 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
         ->type_name("FOLDER");
     app.add_option("--offscreen", offscreen, "What pictures are drawn in; fbo unless given")
         ->type_name("fbo|pbuffer");
+    app.add_option("--display", display,
+                   "How pictures reach OpenGL: through an X display, or through EGL without one; auto takes "
+                   "what is there")
+        ->type_name("auto|x11|egl");
     app.add_option("--eye", eye, "Where the eye is")->type_name("X,Y,Z");
     app.add_option("--target", target, "What the eye looks at")->type_name("X,Y,Z");
     app.add_option("--up", up, "Which way is up, 0,1,0 unless given")->type_name("X,Y,Z");
@@ -525,6 +545,9 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     if (app.count("--offscreen") != 0 && offscreen != "fbo" && offscreen != "pbuffer")
         wrong("--offscreen", offscreen, "give fbo or pbuffer");
     options.sampling.pbuffer = offscreen == "pbuffer";
+    options.glRoad = parseRoad(display);
+    if (options.sampling.pbuffer && options.glRoad == GLRoad::Auto)
+        options.glRoad = GLRoad::X11; // where pbuffers are
     if (app.count("--shading") != 0)
         options.shading = parseShading("--shading", shading);
     options.sky = parseSky(sky);

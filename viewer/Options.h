@@ -5,6 +5,7 @@
 #include "output/Progress.h"
 #include "output/Sampling.h"
 #include "output/ToneMap.h"
+#include "session/GLRoad.h"
 #include "shading/Sky.h"
 
 #include <array>
@@ -42,6 +43,7 @@ struct Options {
 
     /// Of a picture.
     Sampling sampling;
+    GLRoad glRoad = GLRoad::Auto;
 
     /// Of how many pictures one goes round the model, or 0.
     int turntable = 0;

@@ -5,8 +5,7 @@
 #include "output/DepthFile.h"
 #include "scene/Guides.h"
 #include "scene/Vectors.h"
-#include "window/DisplaySession.h"
-#include "window/GLSession.h"
+#include "session/GLSession.h"
 
 #include <algorithm>
 #include <array>
@@ -52,7 +51,7 @@ public:
           fGuides(makeGuides(scene.bounds(), upOf(options))),
           fBounds(boundsWith(drawnBounds(options, scene), fGuides, options.grid, options.axes)),
           fView(chooseView(options, scene, fBounds)),
-          fDisplay(DisplaySession::Kind::Offscreen, options.verbose), fGL(fDisplay.display()),
+          fGL(GLSession::forPictures(options.glRoad, options.verbose)),
           fDrawn(scene, fGuides, options, progress.report()) {
         if (options.stats)
             CallCounter::install();
@@ -165,8 +164,7 @@ private:
     Guides fGuides;
     Bounds fBounds; ///< round all that is drawn
     View fView;
-    DisplaySession fDisplay;
-    GLSession fGL;
+    std::unique_ptr<GLSession> fGL;
     DrawnScene fDrawn;
 };
 

@@ -7,8 +7,7 @@
 #include "import/Importer.h"
 #include "info/Describe.h"
 #include "scene/Fountain.h"
-#include "window/DisplaySession.h"
-#include "window/GLSession.h"
+#include "session/GLSession.h"
 #include "window/ViewerWindow.h"
 
 #include <cstdio>
@@ -84,8 +83,7 @@ Loaded loadModels(const Options& options, Progress& progress) {
 }
 
 int showGLInfo(const Options& options) {
-    const DisplaySession display(DisplaySession::Kind::Offscreen, options.verbose);
-    const GLSession gl(display.display());
+    const std::unique_ptr<GLSession> gl = GLSession::forPictures(options.glRoad, options.verbose);
     print(describeGL());
     return kExitDone;
 }

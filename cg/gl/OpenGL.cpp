@@ -34,10 +34,20 @@ private:
     bool fIsComplete = true;
 };
 
+/// Where the process has EGL already: a host that draws without an X server opened it for its context.
+void* currentEglContext() {
+    using Current = void* (*)();
+    static Current current = nullptr;
+    if (!current)
+        if (void* library = dlopen("libEGL.so.1", RTLD_LAZY | RTLD_NOLOAD))
+            current = reinterpret_cast<Current>(dlsym(library, "eglGetCurrentContext"));
+    return current ? current() : nullptr;
+}
+
 GL findAll() {
     GL gl{};
     Finder find;
-    find(gl.currentContext, "glXGetCurrentContext");
+    find(gl.currentGlxContext, "glXGetCurrentContext");
     find(gl.getString, "glGetString");
     find(gl.getFloatv, "glGetFloatv");
     find(gl.bindTexture, "glBindTexture");
@@ -99,6 +109,11 @@ GL findAll() {
 }
 
 } // namespace
+
+void* GL::currentContext() const {
+    void* const context = currentGlxContext();
+    return context ? context : currentEglContext();
+}
 
 const GL* openGL() {
     static const GL theGL = findAll();

@@ -53,8 +53,9 @@ struct GL {
     PFNGLPROGRAMUNIFORM1IVPROC uniformInts[4];
     PFNGLPROGRAMUNIFORMMATRIX4FVPROC uniformMatrices[3][3]; ///< by columns and rows, from 2
 
-    /// The current context; null where there is none.
-    void* (*currentContext)();
+    /// The current context, of GLX or else of EGL; null where there is none.
+    void* currentContext() const;
+    void* (*currentGlxContext)();
 
     bool isComplete = false;
 };

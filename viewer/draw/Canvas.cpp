@@ -3,6 +3,7 @@
 #include "ExitCode.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 
 #include <gl/GLFunctionTable.h>
@@ -55,13 +56,26 @@ void Canvas::createPbuffer(int width, int height) {
     const koBufferFormat format(kRasterRGBA8, kRasterDepth24, kRasterNoStencil, kSamplingSingle,
                                 IHWTexture::kTexture2D);
     const WindowWrapper& window = GLStartupContext::fpGlobalGLStartupContext->wrapper;
-    const uint32_t result = fTarget.createOffscreen(window, format, static_cast<unsigned>(width),
-                                                    static_cast<unsigned>(height), false);
+    const uint32_t result = fTarget.createPbufferPortably(window, format, static_cast<unsigned>(width),
+                                                          static_cast<unsigned>(height));
     const bool isWhole =
         fTarget.fWidth == static_cast<unsigned>(width) && fTarget.fHeight == static_cast<unsigned>(height);
     if (result != GLFrameBuffer::kSuccess || !isWhole)
         throw Failure(kExitNoGL, "this display can't make a pbuffer of " + sizeOf(width, height) +
                                      " pixels; leave --offscreen pbuffer out");
+    if (!givesBackWhatIsDrawn())
+        throw Failure(kExitNoGL, "what is drawn into this display's pbuffers doesn't come back; leave "
+                                 "--offscreen pbuffer out");
+}
+
+bool Canvas::givesBackWhatIsDrawn() {
+    const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
+    makeCurrent();
+    gl->glClearColor(0.0F, 1.0F, 0.0F, 1.0F);
+    gl->glClear(GL_COLOR_BUFFER_BIT);
+    std::array<GLubyte, 4> pixel{};
+    gl->glReadPixels(0, 0, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, pixel.data());
+    return pixel[1] == 255;
 }
 
 void Canvas::makeCurrent() {

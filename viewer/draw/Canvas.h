@@ -42,6 +42,9 @@ private:
     void createFramebuffer(Kind kind, int width, int height);
     void createPbuffer(int width, int height);
 
+    /// False for pbuffers of some drivers, which draw them blank without a word.
+    bool givesBackWhatIsDrawn();
+
     GLFrameBuffer fTarget;
 };
 

@@ -6,8 +6,7 @@
 #include "WritePictures.h"
 #include "output/PictureFile.h"
 #include "scene/Guides.h"
-#include "window/DisplaySession.h"
-#include "window/GLSession.h"
+#include "session/GLSession.h"
 #include "window/HostWindow.h"
 #include "window/InteractiveView.h"
 #include "window/Overlay.h"
@@ -98,9 +97,8 @@ private:
     Bounds fBounds; ///< of all that is drawn of the scene
     Guides fGuides;
     InteractiveView fView;
-    DisplaySession fDisplaySession;
+    std::unique_ptr<GLSession> fGL;
     Display* fDisplay;
-    GLSession fGL;
     DrawnScene fDrawn;
     std::optional<HostWindow> fWindow;
     std::optional<WindowPainter> fPainter;
@@ -123,8 +121,8 @@ ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Vie
     : fOptions(options), fScene(scene), fBounds(drawnBounds(options, scene)),
       fGuides(makeGuides(scene.bounds(), upOf(options))),
       fView(Navigation(start, upOf(options), scene.bounds()), lookOf(options, scene)),
-      fDisplaySession(DisplaySession::Kind::Window, options.verbose), fDisplay(fDisplaySession.display()),
-      fGL(fDisplay), fDrawn(scene, fGuides, options, progress.report()), fLineHeight(lineHeightOn(fDisplay)) {
+      fGL(GLSession::forWindow(options.verbose)), fDisplay(fGL->display()),
+      fDrawn(scene, fGuides, options, progress.report()), fLineHeight(lineHeightOn(fDisplay)) {
     fWindow.emplace(fDisplay, titleOf(options), options.width, options.height);
     fPainter.emplace(fWindow->buffer());
     if (options.verbose && !fPainter->develops())
@@ -148,7 +146,7 @@ ViewerWindow::~ViewerWindow() {
     fWindow->buffer().makeCurrent();
     fPainter.reset();
     fWindow.reset();
-    fGL.makeCurrent(); // what is uploaded goes in a context
+    fGL->makeCurrent(); // what is uploaded goes in a context
 }
 
 void ViewerWindow::run() {

@@ -1,4 +1,4 @@
-#include "window/DisplaySession.h"
+#include "session/DisplaySession.h"
 
 #include "ExitCode.h"
 
@@ -11,6 +11,7 @@
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace orloview {
 
@@ -62,38 +63,41 @@ std::string readDisplayNumber(int displayPipe) {
 
 } // namespace
 
-DisplaySession::DisplaySession(Kind kind, bool verbose) {
+std::unique_ptr<DisplaySession> DisplaySession::named() {
+    std::unique_ptr<DisplaySession> session(new DisplaySession);
+    const char* name = std::getenv("DISPLAY");
+    return name && *name && session->open(name) ? std::move(session) : nullptr;
+}
+
+std::unique_ptr<DisplaySession> DisplaySession::onPrivateServer() {
+    std::unique_ptr<DisplaySession> session(new DisplaySession);
+    const std::string name = session->startServer();
+    return !name.empty() && session->open(name.c_str()) ? std::move(session) : nullptr;
+}
+
+std::string DisplaySession::whyNotNamed() {
+    const char* name = std::getenv("DISPLAY");
+    return name && *name ? std::string("the X display ") + name + " can't be opened"
+                         : "there is no X display";
+}
+
+bool DisplaySession::open(const char* name) {
     XSetErrorHandler(ignoreError);
     XSetIOErrorHandler(serverLost);
-    const char* named = std::getenv("DISPLAY");
-    if (named && *named)
-        fDisplay = XOpenDisplay(named);
-    if (fDisplay)
-        return;
-
-    const std::string reason = named && *named ? std::string("the X display ") + named + " can't be opened"
-                                               : "there is no X display";
-    if (kind == Kind::Window)
-        throw Failure(kExitNoGL, reason + " for a window; set DISPLAY, or give -o picture.png for a picture");
-    const std::string name = startPrivateServer();
-    if (!name.empty())
-        fDisplay = XOpenDisplay(name.c_str());
-    if (!fDisplay) {
-        endPrivateServer();
-        throw Failure(kExitNoGL,
-                      reason + ", and no Xvfb to start one; set DISPLAY, or install the package xvfb");
-    }
-    if (verbose)
-        std::fprintf(stderr, "orloview: started a private X server (Xvfb) on display %s\n", name.c_str());
+    fDisplay = XOpenDisplay(name);
+    return fDisplay != nullptr;
 }
 
 DisplaySession::~DisplaySession() {
     if (fDisplay)
         XCloseDisplay(fDisplay);
-    endPrivateServer();
+    if (fServer > 0) {
+        kill(fServer, SIGTERM);
+        waitpid(fServer, nullptr, 0);
+    }
 }
 
-std::string DisplaySession::startPrivateServer() {
+std::string DisplaySession::startServer() {
     std::array<int, 2> displayPipe{};
     if (pipe(displayPipe.data()) != 0)
         return {};
@@ -105,14 +109,6 @@ std::string DisplaySession::startPrivateServer() {
     const std::string number = fServer > 0 ? readDisplayNumber(displayPipe[0]) : std::string();
     close(displayPipe[0]);
     return number.empty() ? std::string() : ":" + number;
-}
-
-void DisplaySession::endPrivateServer() {
-    if (fServer <= 0)
-        return;
-    kill(fServer, SIGTERM);
-    waitpid(fServer, nullptr, 0);
-    fServer = -1;
 }
 
 } // namespace orloview

@@ -1,0 +1,124 @@
+#include "session/GLSession.h"
+
+#include "ExitCode.h"
+#include "session/EglContext.h"
+
+#include <cstdio>
+#include <utility>
+
+#include <geometry/GLRouting.h>
+#include <gl/GLFunctionTable.h>
+
+namespace orloview {
+
+namespace {
+
+/// The start-up context, referenced, where it is of use.
+GLStartupContext* keptIfValid(GLStartupContext* startup) {
+    startup->ref();
+    if (startup->valid)
+        return startup;
+    startup->unref();
+    return nullptr;
+}
+
+void tellDriver(const std::string& road) {
+    const auto text = [](GLenum name) {
+        const auto* string = GLFunctionTable::fpGlobalFunctionTable->glGetString(name);
+        return string ? reinterpret_cast<const char*>(string) : "unknown";
+    };
+    std::fprintf(stderr, "orloview: OpenGL %s by %s: %s, through %s\n", text(GL_VERSION), text(GL_VENDOR),
+                 text(GL_RENDERER), road.c_str());
+}
+
+} // namespace
+
+std::unique_ptr<GLSession> GLSession::forWindow(bool verbose) {
+    std::unique_ptr<DisplaySession> display = DisplaySession::named();
+    if (!display)
+        throw Failure(kExitNoGL, DisplaySession::whyNotNamed() +
+                                     " for a window; set DISPLAY, or give -o picture.png for a picture");
+    std::unique_ptr<GLSession> session = onDisplay(std::move(display), verbose);
+    if (!session)
+        throw Failure(kExitNoGL, "the X display offers no OpenGL (GLX) context; install the package libgl1, "
+                                 "use a display with GLX, or give -o picture.png for a picture");
+    return session;
+}
+
+std::unique_ptr<GLSession> GLSession::forPictures(GLRoad road, bool verbose) {
+    std::unique_ptr<GLSession> session;
+    std::string reason = DisplaySession::whyNotNamed();
+    if (road != GLRoad::Egl) {
+        if (std::unique_ptr<DisplaySession> display = DisplaySession::named()) {
+            session = onDisplay(std::move(display), verbose);
+            reason = "the X display offers no OpenGL (GLX) context";
+        }
+    }
+    if (!session && road != GLRoad::X11)
+        session = onEgl(verbose);
+    if (!session && road == GLRoad::Egl)
+        throw Failure(kExitNoGL, "EGL gives no OpenGL context; install the packages libgl1 and "
+                                 "libegl-mesa0, or leave --display egl out");
+    if (!session) {
+        std::unique_ptr<DisplaySession> server = DisplaySession::onPrivateServer();
+        if (!server)
+            throw Failure(kExitNoGL,
+                          reason + (road == GLRoad::Auto ? ", no OpenGL by EGL" : "") +
+                              ", and no Xvfb to start one; set DISPLAY, or install the packages libgl1 and " +
+                              (road == GLRoad::Auto ? "libegl-mesa0" : "xvfb"));
+        session = onDisplay(std::move(server), verbose);
+    }
+    if (!session)
+        throw Failure(kExitNoGL,
+                      "there is no OpenGL (libGL.so.1); install the packages libgl1 and libgl1-mesa-dri");
+    return session;
+}
+
+std::unique_ptr<GLSession> GLSession::onDisplay(std::unique_ptr<DisplaySession> display, bool verbose) {
+    Display* const x = display->display();
+    GLStartupContext* startup =
+        keptIfValid(new GLStartupContext(WindowWrapper(nullptr, DefaultRootWindow(x), x), nullptr));
+    if (!startup)
+        return nullptr;
+    const std::string road = "GLX on the X display " + std::string(DisplayString(x)) +
+                             (display->isPrivate() ? ", a private Xvfb" : "");
+    return std::unique_ptr<GLSession>(new GLSession(std::move(display), startup, road, verbose));
+}
+
+std::unique_ptr<GLSession> GLSession::onEgl(bool verbose) {
+    std::unique_ptr<EglContext> context = EglContext::make();
+    if (!context)
+        return nullptr;
+    const std::string road = std::string("EGL on ") + context->place();
+    const GLHostContext host = EglContext::forStartup(std::move(context));
+    GLStartupContext* startup = keptIfValid(new GLStartupContext(host));
+    if (!startup) {
+        host.destroyContext(nullptr, host.context);
+        return nullptr;
+    }
+    return std::unique_ptr<GLSession>(new GLSession(nullptr, startup, road, verbose));
+}
+
+GLSession::GLSession(std::unique_ptr<DisplaySession> display, GLStartupContext* startup,
+                     const std::string& road, bool verbose)
+    : fDisplay(std::move(display)), fStartup(startup) {
+    GLStartupContext::fpGlobalGLStartupContext = fStartup;
+    makeCurrent();
+    GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
+    gl->ensureLiveMultitexture();
+    const bool hasBufferObjects = gl->usable(kCapVertexBufferObject);
+    GLRouting::fsUseObjectsForData = hasBufferObjects;
+    GLRouting::fsUseObjectsForIndexing = hasBufferObjects;
+    if (verbose)
+        tellDriver(road);
+}
+
+GLSession::~GLSession() {
+    fStartup->unref();
+}
+
+void GLSession::makeCurrent() {
+    fStartup->makeCurrent();
+}
+
+} // namespace orloview
