@@ -19,6 +19,7 @@ install(DIRECTORY src/ DESTINATION ${library_headers}
   PATTERN CgCall.h EXCLUDE
   PATTERN DrawableAttributes.h EXCLUDE
   PATTERN EntryGroup.h EXCLUDE
+  PATTERN GLLibrary.h EXCLUDE
   PATTERN GLULibrary.h EXCLUDE
   PATTERN NodeManager.h EXCLUDE
   PATTERN ParticleWalk.h EXCLUDE
