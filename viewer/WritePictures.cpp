@@ -1,7 +1,9 @@
 #include "WritePictures.h"
 
-#include "PictureRenderer.h"
-#include "Render.h"
+#include "base/Say.h"
+#include "frame/DrawnScene.h"
+#include "frame/PictureRenderer.h"
+#include "frame/ViewAndLook.h"
 #include "output/DepthFile.h"
 #include "scene/Guides.h"
 #include "scene/Vectors.h"
@@ -58,8 +60,9 @@ public:
         CallCounter::take();
         progress.begin(Progress::Stage::Upload);
         fDrawn.upload(progress.report());
+        progress.clear();
         if (!options.quiet)
-            printWarnings(fDrawn, progress);
+            tellNotesAndWarnings(fDrawn);
         if (!options.dumpShaders.empty())
             fDrawn.dumpShaders(options.dumpShaders);
     }
@@ -155,7 +158,7 @@ private:
         if (!fOptions.verbose)
             return;
         fProgress.clear();
-        std::fprintf(stderr, "orloview: wrote %s\n", what.c_str());
+        say("wrote " + what);
     }
 
     const Options& fOptions;
@@ -220,14 +223,6 @@ bool writePictures(const Options& options, const Scene& scene, Progress& progres
         session.writeCube();
     progress.finish();
     return session.complete();
-}
-
-void printWarnings(const DrawnScene& drawn, Progress& progress) {
-    progress.clear();
-    for (const std::string& note : drawn.notes())
-        std::fprintf(stderr, "orloview: %s\n", note.c_str());
-    for (const std::string& warning : drawn.warnings())
-        std::fprintf(stderr, "orloview: %s\n", warning.c_str());
 }
 
 } // namespace orloview

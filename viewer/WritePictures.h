@@ -1,7 +1,6 @@
 #pragma once
 
-#include "DrawnScene.h"
-#include "Options.h"
+#include "options/Options.h"
 #include "output/Progress.h"
 #include "scene/Scene.h"
 
@@ -13,8 +12,5 @@ bool writePictures(const Options& options, const Scene& scene, Progress& progres
 
 /// Draws the scene with both shadings of --compare and prints how far the pictures are apart. Throws Failure.
 void compareShadings(const Options& options, const Scene& scene, Progress& progress);
-
-/// Tells of pictures that were left out of the scene, on standard error.
-void printWarnings(const DrawnScene& drawn, Progress& progress);
 
 } // namespace orloview

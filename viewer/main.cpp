@@ -1,12 +1,13 @@
 // orloview, the reference viewer: reads models, draws them through the library, in a window or to a picture.
 
-#include "ExitCode.h"
-#include "GLInfo.h"
-#include "Options.h"
 #include "WritePictures.h"
+#include "base/ExitCode.h"
+#include "base/Say.h"
+#include "draw/Fountain.h"
 #include "import/Importer.h"
 #include "info/Describe.h"
-#include "scene/Fountain.h"
+#include "info/GLInfo.h"
+#include "options/CommandLine.h"
 #include "session/GLSession.h"
 #include "window/ViewerWindow.h"
 
@@ -19,10 +20,6 @@
 namespace orloview {
 
 namespace {
-
-void say(const std::string& line) {
-    std::fprintf(stderr, "orloview: %s\n", line.c_str());
-}
 
 /// Prints what was asked for.
 void print(const std::string& text) {
@@ -67,7 +64,7 @@ Loaded loadModels(const Options& options, Progress& progress) {
         for (const std::string& warning : result.scene.warnings) {
             loaded.complete = false;
             if (!options.quiet)
-                std::fprintf(stderr, "orloview: %s: warning: %s\n", path.c_str(), warning.c_str());
+                say(path + ": warning: " + warning);
         }
         for (Image& image : result.scene.images)
             image.model = path;

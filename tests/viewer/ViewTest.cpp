@@ -1,5 +1,5 @@
 #include "scene/View.h"
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "draw/Canvas.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 
 #include <algorithm>
 #include <array>

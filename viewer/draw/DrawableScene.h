@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ProgressReport.h"
-#include "Shading.h"
+#include "base/ProgressReport.h"
 #include "draw/BlendedElements.h"
+#include "draw/Shading.h"
 #include "scene/Scene.h"
 #include "texture/SceneTextures.h"
 

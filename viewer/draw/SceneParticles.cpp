@@ -1,7 +1,8 @@
 #include "draw/SceneParticles.h"
 
-#include "Frame.h"
+#include "draw/FrameLook.h"
 #include "scene/Vectors.h"
+#include "scene/View.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Particles.h"
+#include "draw/Particles.h"
 #include "scene/Scene.h"
 #include "texture/TextureStore.h"
 

@@ -13,10 +13,10 @@
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
-#include "import/ImportError.h"
+#include "base/ImportError.h"
+#include "base/Text.h"
 #include "import/MeshCheck.h"
 #include "import/PictureSearch.h"
-#include "import/Text.h"
 #include "import/Warnings.h"
 #include "scene/Normals.h"
 

@@ -6,10 +6,10 @@
 #include <optional>
 #include <string_view>
 
+#include "base/ImportError.h"
+#include "base/Text.h"
 #include "import/AssimpReader.h"
-#include "import/ImportError.h"
 #include "import/TableReader.h"
-#include "import/Text.h"
 
 namespace orloview {
 

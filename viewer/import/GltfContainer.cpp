@@ -7,8 +7,8 @@
 #include <span>
 #include <string_view>
 
+#include "base/ImportError.h"
 #include "import/GltfJson.h"
-#include "import/ImportError.h"
 
 namespace orloview {
 

@@ -8,8 +8,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "import/FileBytes.h"
-#include "import/ImportError.h"
+#include "base/FileBytes.h"
+#include "base/ImportError.h"
 
 namespace orloview {
 

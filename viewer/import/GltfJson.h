@@ -7,7 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "import/ImportError.h"
+#include "base/ImportError.h"
 
 namespace orloview {
 

@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
+#include "base/ImportError.h"
+#include "base/Text.h"
 #include "import/GltfContainer.h"
-#include "import/ImportError.h"
 #include "import/PictureSearch.h"
-#include "import/Text.h"
 
 namespace orloview {
 

@@ -9,12 +9,12 @@
 #include <string>
 #include <utility>
 
+#include "base/ImportError.h"
 #include "import/GltfContainer.h"
 #include "import/GltfData.h"
 #include "import/GltfJson.h"
 #include "import/GltfMaterials.h"
 #include "import/GltfSkin.h"
-#include "import/ImportError.h"
 #include "import/MeshCheck.h"
 #include "import/Warnings.h"
 #include "scene/Normals.h"

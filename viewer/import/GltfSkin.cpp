@@ -4,7 +4,7 @@
 #include <numeric>
 #include <string>
 
-#include "import/ImportError.h"
+#include "base/ImportError.h"
 
 namespace orloview {
 

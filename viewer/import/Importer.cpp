@@ -7,12 +7,12 @@
 
 #include <unistd.h>
 
+#include "base/ImportError.h"
+#include "base/Text.h"
 #include "import/ChildProcess.h"
-#include "import/ImportError.h"
 #include "import/ModelReader.h"
 #include "import/SceneStream.h"
 #include "import/SharedFraction.h"
-#include "import/Text.h"
 
 namespace orloview {
 

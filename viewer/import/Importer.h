@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "ProgressReport.h"
+#include "base/ProgressReport.h"
 #include "scene/Scene.h"
 
 namespace orloview {

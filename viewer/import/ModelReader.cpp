@@ -5,11 +5,11 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/FileBytes.h"
+#include "base/ImportError.h"
 #include "import/AssimpReader.h"
-#include "import/FileBytes.h"
 #include "import/Format.h"
 #include "import/GltfReader.h"
-#include "import/ImportError.h"
 #include "import/ObjReader.h"
 #include "import/PlyReader.h"
 #include "import/TableReader.h"

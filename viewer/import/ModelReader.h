@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "ProgressReport.h"
+#include "base/ProgressReport.h"
 #include "scene/Scene.h"
 
 namespace orloview {

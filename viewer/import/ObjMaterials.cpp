@@ -9,9 +9,9 @@
 #define TINYOBJLOADER_IMPLEMENTATION
 #include <tiny_obj_loader.h>
 
-#include "import/FileBytes.h"
-#include "import/ImportError.h"
-#include "import/Text.h"
+#include "base/FileBytes.h"
+#include "base/ImportError.h"
+#include "base/Text.h"
 
 namespace orloview {
 

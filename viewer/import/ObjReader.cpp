@@ -13,10 +13,10 @@
 #include <unordered_map>
 #include <utility>
 
-#include "import/ImportError.h"
+#include "base/ImportError.h"
+#include "base/Text.h"
 #include "import/MeshCheck.h"
 #include "import/ObjMaterials.h"
-#include "import/Text.h"
 #include "import/Warnings.h"
 #include "scene/Normals.h"
 #include "scene/Triangulate.h"

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "ProgressReport.h"
+#include "base/ProgressReport.h"
 #include "scene/Scene.h"
 
 namespace orloview {

@@ -5,8 +5,8 @@
 #include <system_error>
 #include <vector>
 
-#include "import/ImportError.h"
-#include "import/Text.h"
+#include "base/ImportError.h"
+#include "base/Text.h"
 
 namespace orloview {
 

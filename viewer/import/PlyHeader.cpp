@@ -4,8 +4,8 @@
 #include <array>
 #include <utility>
 
-#include "import/ImportError.h"
-#include "import/Text.h"
+#include "base/ImportError.h"
+#include "base/Text.h"
 
 namespace orloview {
 

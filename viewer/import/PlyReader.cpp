@@ -11,10 +11,10 @@
 #include <string_view>
 #include <utility>
 
-#include "import/ImportError.h"
+#include "base/ImportError.h"
+#include "base/Text.h"
 #include "import/MeshCheck.h"
 #include "import/PlyHeader.h"
-#include "import/Text.h"
 #include "import/Warnings.h"
 #include "scene/Normals.h"
 #include "scene/Triangulate.h"

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "ProgressReport.h"
+#include "base/ProgressReport.h"
 #include "scene/Scene.h"
 
 namespace orloview {

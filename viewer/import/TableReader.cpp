@@ -8,9 +8,9 @@
 #include <string>
 #include <utility>
 
-#include "import/ImportError.h"
+#include "base/ImportError.h"
+#include "base/Text.h"
 #include "import/MeshCheck.h"
-#include "import/Text.h"
 #include "import/Warnings.h"
 
 namespace orloview {

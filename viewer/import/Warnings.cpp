@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "import/Text.h"
+#include "base/Text.h"
 
 namespace orloview {
 

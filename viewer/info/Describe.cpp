@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "import/Text.h"
+#include "base/Text.h"
 
 namespace orloview {
 

@@ -1,6 +1,6 @@
 #include "output/OutputFile.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 
 #include <cerrno>
 #include <cstring>

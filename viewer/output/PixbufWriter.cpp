@@ -1,6 +1,6 @@
 #include "output/RowWriter.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ProgressReport.h"
+#include "base/ProgressReport.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "scene/View.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 #include "scene/Vectors.h"
 
 #include <algorithm>

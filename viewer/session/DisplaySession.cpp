@@ -1,6 +1,6 @@
 #include "session/DisplaySession.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 
 #include <array>
 #include <csignal>

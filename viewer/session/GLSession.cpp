@@ -1,9 +1,9 @@
 #include "session/GLSession.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
+#include "base/Say.h"
 #include "session/EglContext.h"
 
-#include <cstdio>
 #include <utility>
 
 #include <geometry/GLRouting.h>
@@ -23,12 +23,12 @@ GLStartupContext* keptIfValid(GLStartupContext* startup) {
 }
 
 void tellDriver(const std::string& road) {
-    const auto text = [](GLenum name) {
+    const auto text = [](GLenum name) -> std::string {
         const auto* string = GLFunctionTable::fpGlobalFunctionTable->glGetString(name);
         return string ? reinterpret_cast<const char*>(string) : "unknown";
     };
-    std::fprintf(stderr, "orloview: OpenGL %s by %s: %s, through %s\n", text(GL_VERSION), text(GL_VENDOR),
-                 text(GL_RENDERER), road.c_str());
+    say("OpenGL " + text(GL_VERSION) + " by " + text(GL_VENDOR) + ": " + text(GL_RENDERER) + ", through " +
+        road);
 }
 
 } // namespace

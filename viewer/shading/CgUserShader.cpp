@@ -1,6 +1,6 @@
 #include "shading/CgUserShader.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 
 #include <array>
 #include <filesystem>

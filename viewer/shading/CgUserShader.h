@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Shading.h"
 #include "draw/SceneLights.h"
+#include "draw/Shading.h"
 #include "shading/CgLanguage.h"
 #include "shading/UserShader.h"
 

@@ -1,6 +1,6 @@
 #include "shading/GlslUserShader.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 
 #include <algorithm>
 #include <fstream>

@@ -2,7 +2,7 @@
 
 #include "output/OutputFile.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 #include "scene/Vectors.h"
 
 #include <algorithm>

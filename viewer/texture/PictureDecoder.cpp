@@ -1,7 +1,7 @@
 #include "texture/PictureDecoder.h"
 
-#include "import/FileBytes.h"
-#include "import/ImportError.h"
+#include "base/FileBytes.h"
+#include "base/ImportError.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "window/HostWindow.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Frame.h"
+#include "frame/Frame.h"
 #include "scene/Navigation.h"
 #include "window/Commands.h"
 

@@ -1,9 +1,10 @@
 #include "window/ViewerWindow.h"
 
-#include "ExitCode.h"
-#include "PictureRenderer.h"
-#include "Render.h"
-#include "WritePictures.h"
+#include "base/ExitCode.h"
+#include "base/Say.h"
+#include "frame/DrawnScene.h"
+#include "frame/PictureRenderer.h"
+#include "frame/ViewAndLook.h"
 #include "output/PictureFile.h"
 #include "scene/Guides.h"
 #include "session/GLSession.h"
@@ -84,7 +85,7 @@ private:
     void drag(const XMotionEvent& event);
     void execute(Command command);
     void screenshot();
-    void say(const std::string& message);
+    void note(const std::string& message);
     void paint(int factor);
     void wait();
     void animate();
@@ -126,17 +127,18 @@ ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Vie
     fWindow.emplace(fDisplay, titleOf(options), options.width, options.height);
     fPainter.emplace(fWindow->buffer());
     if (options.verbose && !fPainter->develops())
-        std::fputs("orloview: this OpenGL has no shaders: colours in the window are too dark\n", stderr);
+        say("this OpenGL has no shaders: colours in the window are too dark");
     fView.resize(fWindow->width(), fWindow->height());
     fView.statisticsShown = options.stats;
     CallCounter::install();
     progress.begin(Progress::Stage::Upload);
     fDrawn.upload(progress.report());
+    progress.clear();
     if (!options.quiet)
-        printWarnings(fDrawn, progress);
+        tellNotesAndWarnings(fDrawn);
     if (!options.dumpShaders.empty())
         fDrawn.dumpShaders(options.dumpShaders);
-    say("H lists the keys");
+    note("H lists the keys");
     progress.begin(Progress::Stage::Draw);
     paint(1);
     progress.finish();
@@ -272,7 +274,7 @@ void ViewerWindow::execute(Command command) {
         break;
     case Command::PrintSwitches:
         print(fView.switches() + fOptions.shadingSwitches);
-        say("the switches stand on standard output");
+        note("the switches stand on standard output");
         break;
     default:
         fView.apply(command);
@@ -289,14 +291,14 @@ void ViewerWindow::screenshot() {
         renderPicture(currentView(), content(), look, fOptions.sampling, *picture);
         picture->finish();
         print(path);
-        say("wrote " + path);
+        note("wrote " + path);
     } catch (const Failure& failure) {
-        std::fprintf(stderr, "orloview: %s\n", failure.what());
         say(failure.what());
+        note(failure.what());
     }
 }
 
-void ViewerWindow::say(const std::string& message) {
+void ViewerWindow::note(const std::string& message) {
     fMessage = message;
     fMessageEnds = Clock::now() + kMessageTime;
     fChanged = true;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Options.h"
+#include "options/Options.h"
 #include "output/Progress.h"
 #include "scene/Scene.h"
 

@@ -1,7 +1,7 @@
 #include "window/WindowPainter.h"
 
-#include "ExitCode.h"
-#include "Render.h"
+#include "base/ExitCode.h"
+#include "frame/ViewAndLook.h"
 
 #include <gl/GLFunctionTable.h>
 #include <gl/GLStartupContext.h>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Frame.h"
 #include "draw/Canvas.h"
 #include "draw/TextPainter.h"
 #include "draw/WindowDeveloper.h"
+#include "frame/Frame.h"
 
 #include <array>
 #include <functional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "import/ImportError.h"
+#include "base/ImportError.h"
 #include "scene/Scene.h"
 
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
-#include "PictureRenderer.h"
+#include "frame/PictureRenderer.h"
 
-#include "ExitCode.h"
-#include "Render.h"
+#include "base/ExitCode.h"
 #include "draw/Canvas.h"
+#include "frame/ViewAndLook.h"
 #include "scene/Vectors.h"
 
 #include <algorithm>

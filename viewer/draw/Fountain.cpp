@@ -1,4 +1,4 @@
-#include "scene/Fountain.h"
+#include "draw/Fountain.h"
 
 #include "scene/Vectors.h"
 

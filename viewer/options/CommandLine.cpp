@@ -1,6 +1,6 @@
-#include "Options.h"
+#include "options/CommandLine.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 #include "output/DepthFile.h"
 #include "output/PictureFile.h"
 

@@ -1,4 +1,4 @@
-#include "Frame.h"
+#include "frame/Frame.h"
 
 #include "draw/Placed.h"
 #include "draw/TextureUnits.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Frame.h"
-#include "Options.h"
+#include "frame/Frame.h"
+#include "options/Options.h"
 #include "scene/Scene.h"
 #include "scene/View.h"
 

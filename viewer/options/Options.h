@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Particles.h"
-#include "Shading.h"
+#include "draw/Particles.h"
+#include "draw/Shading.h"
 #include "output/Progress.h"
 #include "output/Sampling.h"
 #include "output/ToneMap.h"
@@ -113,17 +113,5 @@ struct Options {
     bool quiet = false;
     bool verbose = false;
 };
-
-/// What to do: options to go on with, or text to print and stop.
-struct CommandLine {
-    Options options;
-    std::string printAndStop;
-};
-
-/// Reads the command line. Throws Failure (kExitUsage) that names the switch and what it takes.
-CommandLine parseCommandLine(int argc, const char* const* argv);
-
-/// A colour of --background: a name, #RGB, #RRGGBB, #RRGGBBAA, or "transparent". Null when it is none.
-std::optional<std::array<float, 4>> parseColor(const std::string& text);
 
 } // namespace orloview

@@ -1,4 +1,4 @@
-#include "GLInfo.h"
+#include "info/GLInfo.h"
 
 #include <gl/GLFunctionTable.h>
 

@@ -1,10 +1,10 @@
-#include "import/FileBytes.h"
+#include "base/FileBytes.h"
 
 #include <cerrno>
 #include <fstream>
 #include <system_error>
 
-#include "import/ImportError.h"
+#include "base/ImportError.h"
 
 namespace orloview {
 

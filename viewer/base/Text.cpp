@@ -1,4 +1,4 @@
-#include "import/Text.h"
+#include "base/Text.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,7 +1,8 @@
-#include "DrawnScene.h"
+#include "frame/DrawnScene.h"
 
-#include "ExitCode.h"
-#include "Render.h"
+#include "base/ExitCode.h"
+#include "base/Say.h"
+#include "frame/ViewAndLook.h"
 #include "shading/CgUserShader.h"
 #include "shading/GlslLanguage.h"
 #include "shading/GlslUserShader.h"
@@ -90,6 +91,13 @@ std::vector<std::string> DrawnScene::notes() const {
     if (fCulling && !fCulling->supported())
         notes.emplace_back("this OpenGL counts no samples (GL_ARB_occlusion_query): --cull draws everything");
     return notes;
+}
+
+void tellNotesAndWarnings(const DrawnScene& drawn) {
+    for (const std::string& note : drawn.notes())
+        say(note);
+    for (const std::string& warning : drawn.warnings())
+        say(warning);
 }
 
 } // namespace orloview

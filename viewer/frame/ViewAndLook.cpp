@@ -1,6 +1,6 @@
-#include "Render.h"
+#include "frame/ViewAndLook.h"
 
-#include "ExitCode.h"
+#include "base/ExitCode.h"
 #include "output/Picture.h"
 
 #include <algorithm>

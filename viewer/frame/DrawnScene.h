@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Frame.h"
-#include "Options.h"
-#include "scene/Fountain.h"
+#include "draw/Fountain.h"
+#include "frame/Frame.h"
+#include "options/Options.h"
 #include "scene/Guides.h"
 #include "shading/CgLanguage.h"
 
@@ -67,5 +67,8 @@ private:
     DrawableScene fGrid;
     DrawableScene fAxes;
 };
+
+/// Tells on standard error what can't be done here and what was left out.
+void tellNotesAndWarnings(const DrawnScene& drawn);
 
 } // namespace orloview

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Frame.h"
-#include "ProgressReport.h"
+#include "base/ProgressReport.h"
 #include "draw/CallCounter.h"
+#include "frame/Frame.h"
 #include "output/PictureFile.h"
 #include "output/Sampling.h"
 
