@@ -15,6 +15,7 @@
 /// The constructor leaves the exponent map bound to GL_TEXTURE_2D of the active unit.
 class ORLOGL_API GLAttenuationLightMap {
 public:
+    /// Without memory and for a negative size the maps stay without images.
     explicit GLAttenuationLightMap(int size);
     virtual ~GLAttenuationLightMap();
 

@@ -78,7 +78,8 @@ private:
 /// The manager made last. Not cleared when it goes.
 ORLOGL_API extern TextureManager* GLTextureManager;
 
-// The generators make a new texture and give its name; 0, and nothing done, without memory.
+// The generators make a new texture and give its name; 0, and nothing done, without memory and for negative
+// sizes.
 
 /// Specular highlights: b^e cut to a byte, b = i / (n - 1) along s and e from `lo` to `hi` along t; black in
 /// row 0. n x n luminance, filtered linearly, clamped to its edges. Leaves it bound and GL_TEXTURE_2D
