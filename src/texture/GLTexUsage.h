@@ -17,8 +17,8 @@
 ///     GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, IHWTexUsage::kTrilinear, IHWTexUsage::kLinear);
 ///
 /// No argument is checked against what the driver offers: GL refuses with GL_INVALID_ENUM what it doesn't
-/// know (a mipmap filter for magnification; repeating a rectangle texture). Modes beyond an enumeration are
-/// the caller's error.
+/// know (a mipmap filter for magnification; repeating a rectangle texture). Of a wrap mode or filter beyond
+/// its enumeration GL is told nothing: that one parameter stays.
 class ORLOGL_API GLTexUsage {
 public:
     /// Along s and t.
