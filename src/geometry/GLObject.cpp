@@ -26,7 +26,7 @@ bool GLObject::makeName(GLFunctionTable* gl) {
 }
 
 void GLObject::unbindBuffer(DataType type) {
-    if (table()->usable(kCapVertexBufferObject))
+    if (table() && table()->usable(kCapVertexBufferObject))
         table()->glBindBufferARB(fsDataTypeInternal[type], 0);
 }
 

@@ -104,6 +104,7 @@ TEST_F(Object, failsQuietlyWhereItCannotWork) {
     {
         GLObject withoutTable;
         EXPECT_FALSE(withoutTable.bind());
+        GLObject::unbindBuffer(GLObject::kVertexData);
     }
     EXPECT_EQ(recorded(), Calls{});
 
