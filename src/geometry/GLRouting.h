@@ -117,7 +117,8 @@ public:
     void unsetVertexArrays();
 
     /// Sets one array. With `pointersOnly` the array is enabled already, and for texture coordinates the unit
-    /// is client-active already. Generic attributes need requiresAttribInterpolants.
+    /// is client-active already. Generic attributes need requiresAttribInterpolants. Of a number that is no
+    /// interpolant nothing is set or disabled.
     void setupInterpolant(GLInterpolant i, const DirectDataAssignment& a, bool pointersOnly);
 
     void disableInterpolant(GLInterpolant i);
