@@ -94,7 +94,7 @@ public:
     static float drand48();
     static float erand48(unsigned short* state);
 
-    /// The next three floats of the table's generator. The next call but one writes over them.
+    /// The next three floats of the table's generator, good until the next call.
     static const float* generateRandom3();
 
     /// Fills the table, once per process. Every drawer's constructor calls it.

@@ -22,7 +22,7 @@ public:
     GLLighting& operator=(const GLLighting&) = delete;
 
     /// Puts a light on a unit and binds it, or disables the unit when null. A unit beyond the last is
-    /// ignored.
+    /// ignored. Take a light off before it ends.
     void bind(unsigned int unit, GLLight* light);
 
     /// Takes every light off its unit and disables all units, also the empty ones.
