@@ -3,8 +3,11 @@
 // OrloGL in one include.
 //
 // What the library does not do: it opens no display and no window of the host's, starts no thread, takes no
-// lock, installs no X error handler, loads no file but Cg shaders, keeps no scene. The host does; the library
-// draws.
+// lock, installs no X error handler, loads no file but shaders (Cg and GLSL) and the libraries of GL, GLU and
+// Cg, keeps no scene. The host does; the library draws.
+//
+// The table (GLFunctionTable::fpGlobalFunctionTable) is null until the start-up. What a header says needs the
+// table crashes before it; all else answers with its failure.
 //
 // The road of a frame:
 //  1. once: GLStartupContext, which finds GL and fills the table; then

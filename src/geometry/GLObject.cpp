@@ -21,12 +21,14 @@ GLObject::~GLObject() {
 }
 
 bool GLObject::makeName(GLFunctionTable* gl) {
+    if (fDataType >= fsDataTypeInternal.size())
+        return false;
     gl->glGenBuffersARB(1, &fBufferName);
     return fBufferName != 0;
 }
 
 void GLObject::unbindBuffer(DataType type) {
-    if (table()->usable(kCapVertexBufferObject))
+    if (type < fsDataTypeInternal.size() && table() && table()->usable(kCapVertexBufferObject))
         table()->glBindBufferARB(fsDataTypeInternal[type], 0);
 }
 
@@ -37,7 +39,7 @@ bool GLObject::bufferData(long size, const void* data) {
     // The budget is counted in 32 bits: a size beyond them goes to GL whole but is charged by its low word.
     const auto charged = static_cast<uint32_t>(size);
     const uint32_t total = fsMemoryUsage + charged;
-    if (size < 0 || total > fsMaximumMemoryUsage)
+    if (size < 0 || total > fsMaximumMemoryUsage || fUsage >= fsUsageInternal.size())
         return false;
     table()->glBufferDataARB(target(), size, data, fsUsageInternal[fUsage]);
     fSize = charged;
@@ -60,7 +62,7 @@ bool GLObject::getBufferSubData(long offset, long size, void* data) {
 }
 
 void* GLObject::mapBuffer() {
-    if (!fsSupported || !fBound)
+    if (!fsSupported || !fBound || fAccess >= fsAccessInternal.size())
         return nullptr;
     if (fMapped)
         unmapBuffer();
@@ -92,7 +94,7 @@ bool GLObject::deleteObject() {
     if (fSize != 0) {
         if (fMapped)
             unmapBuffer();
-        else
+        else if (fUsage < fsUsageInternal.size())
             table()->glBufferDataARB(target(), 0, nullptr, fsUsageInternal[fUsage]);
     }
     unbind();

@@ -16,7 +16,8 @@
 ///     object->fDataType = GLObject::kIndexData;
 ///     if (object->bind() && object->bufferData(bytes, indices)) ...
 ///
-/// Usage, access and data type are set before the first bind, which makes the GL name. Every operation but
+/// Usage, access and data type are set before the first bind, which makes the GL name; with a value that is
+/// none of theirs what asks for it (bufferData, mapBuffer, the first bind) fails. Every operation but
 /// the constructor, and the destructor of an object that has no name, needs a current context of the share
 /// group; without buffer objects (fsSupported) every operation fails without a GL call. Failures are told by
 /// the result alone: the caller then draws from client memory.

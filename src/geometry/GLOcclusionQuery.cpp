@@ -2,6 +2,7 @@
 
 #include "gl/GLFunctionTable.h"
 
+#include <climits>
 #include <new>
 
 namespace {
@@ -40,7 +41,7 @@ void GLOcclusionQuery::reset() {
 }
 
 bool GLOcclusionQuery::generateQueries(unsigned n) {
-    if (fCounterBits == 0 || n == 0)
+    if (fCounterBits == 0 || n == 0 || n > INT_MAX)
         return false;
     reset();
     fNames.reset(new (std::nothrow) uint32_t[n]());

@@ -30,8 +30,8 @@ public:
     GLOcclusionQuery(const GLOcclusionQuery&) = delete;
     GLOcclusionQuery& operator=(const GLOcclusionQuery&) = delete;
 
-    /// Makes `n` queries in place of those that there are. False, and nothing done, for 0 queries and without
-    /// support; false, and no queries left, without memory.
+    /// Makes `n` queries in place of those that there are. False, and nothing done, for 0 queries, for more
+    /// than an int can count, and without support; false, and no queries left, without memory.
     bool generateQueries(unsigned n);
 
     /// Deletes the queries.

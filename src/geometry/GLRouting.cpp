@@ -118,6 +118,8 @@ template <bool kPointersOnly>
 }
 
 void GLRouting::setupInterpolant(GLInterpolant i, const DirectDataAssignment& a, bool pointersOnly) {
+    if (i >= kInterpolantCount)
+        return;
     GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
     if (pointersOnly)
         setArray<true>(gl, i, a);
@@ -139,7 +141,8 @@ inline void GLRouting::disableArray(GLFunctionTable& gl, GLInterpolant i) {
 }
 
 void GLRouting::disableInterpolant(GLInterpolant i) {
-    disableArray(*GLFunctionTable::fpGlobalFunctionTable, i);
+    if (i < kInterpolantCount)
+        disableArray(*GLFunctionTable::fpGlobalFunctionTable, i);
 }
 
 namespace {

@@ -82,7 +82,8 @@ public:
     /// `primitiveList`: only the primitives named there, as many entries as the record has primitives;
     /// entries beyond the record are skipped. `preparedIndices`: those `preparedCount` indices instead of the
     /// record's; switch fsUseObjectsForIndexing off for them. Strips have no subsets: nothing is drawn.
-    /// Subsets change from call to call, so they never use buffer objects.
+    /// Subsets change from call to call, so they never use buffer objects: fsUseObjectsForData and
+    /// fsUseObjectsForIndexing are off meanwhile, and come back *exchanged*.
     ///
     /// | visible | list | prepared         | drawn                                                        |
     /// |---------|------|------------------|--------------------------------------------------------------|
@@ -113,23 +114,29 @@ public:
     /// as there are texture units and three. With `pointersOnly` the arrays are enabled already.
     void setVertexArrays(bool pointersOnly, bool substitute);
 
-    /// Disables the arrays of all used slots and leaves no buffer bound and texture unit 0 client-active.
+    /// Disables the arrays of all used slots, and leaves none of their buffers bound and texture unit 0
+    /// client-active. Like disableInterpolant and disableAllArrays it leaves coordinates alone on units
+    /// beyond the table's fMaxTextureUnits, where they stay enabled: route none there.
     void unsetVertexArrays();
 
     /// Sets one array. With `pointersOnly` the array is enabled already, and for texture coordinates the unit
-    /// is client-active already. Generic attributes need requiresAttribInterpolants.
+    /// is client-active already. Generic attributes need requiresAttribInterpolants. Of a number that is no
+    /// interpolant nothing is set or disabled.
     void setupInterpolant(GLInterpolant i, const DirectDataAssignment& a, bool pointersOnly);
 
     void disableInterpolant(GLInterpolant i);
 
-    /// Disables every array that a routing can have enabled, and the colour index array.
+    /// Disables every array that a routing can have enabled, and the colour index array. Unbinds the buffers
+    /// that fsUseObjectsForData and fsUseObjectsForIndexing are on for.
     static void disableAllArrays();
 
     /// Upload vertex streams into buffer objects; upload index lists. Set by the host.
     static bool fsUseObjectsForData;
     static bool fsUseObjectsForIndexing;
 
-    /// Draw with primitive restart at index 0xFFFFFFFF (NV). Set by the host.
+    /// Draw with primitive restart at index 0xFFFFFFFF (NV). Set by the host. Each group switches it on by
+    /// glEnable and off by glDisable, which Mesa refuses (GL_INVALID_ENUM): there the host does the same by
+    /// glEnableClientState and glDisableClientState.
     static bool fsUsePrimitiveRestart;
 
     /// Draw with glDrawRangeElements. Its range ends at the number of indices, not at the largest one: leave

@@ -27,8 +27,16 @@ struct AlignmentInfo {
 ///     drawer.setCamUpVectorOS(up);
 ///     drawer.draw(nullptr, nullptr);
 ///
-/// Fields without an operation that sets them are the host's to set. Drawing needs a current context, with
-/// the object's model-view matrix in force.
+/// What is drawn: every particle, or the samples that a filter names. The filter of the data, where it is in
+/// force (ParticleData::isFiltered), goes before one of the iterator's own, which counts over unfiltered data
+/// only. A draw walks a copy of the iterator from the start: the host's own stays where it stands and is told
+/// of no filter. A whole particle is drawn at each of its samples, as a sprite at the first; a sample that a
+/// filter names is drawn alone, with its own place and all else (velocity, colour, named data, texture) of
+/// its particle. Numbers beyond the samples are passed over.
+///
+/// Fields without an operation that sets them are the host's to set. All that calls GL needs the table and a
+/// current context, with the object's model-view matrix in force; a drawer is made, told and destroyed
+/// without.
 class ORLOGL_API GLParticleDrawBase {
 public:
     /// Draws nothing until it is told what: setData.
@@ -42,14 +50,14 @@ public:
     GLParticleDrawBase(const GLParticleDrawBase&) = delete;
     GLParticleDrawBase& operator=(const GLParticleDrawBase&) = delete;
 
-    /// Draws the particles, or the samples that their filter names. Textures and their placement are for
-    /// drawers that use them, and only for this call. Without data there is no GL call at all.
+    /// Textures and their placement are for drawers that use them, and only for this call. Without data there
+    /// is no GL call at all.
     virtual void draw(IHWTexPlacement* placement, std::vector<IHWTexture*>* textures) = 0;
 
     /// Takes a reference on the data and lets the old go. Point size, opacity, object colour and filter are
     /// theirs from now on; everything else still comes from the iterator, which walks the data that it was
-    /// made for: give it a new one, too. It goes with its data if nobody else holds them; then the new data
-    /// are walked.
+    /// made for and holds no reference on them: call setIterator before you drop the old data. Where the
+    /// drawer's reference was the last, the iterator goes with them, and the new data are walked.
     void setData(const ParticleData& data);
 
     /// Takes an iterator over: it has to be on the heap, and goes with the drawer. The one before is left to
@@ -86,7 +94,7 @@ public:
     static float drand48();
     static float erand48(unsigned short* state);
 
-    /// The next three floats of the table's generator. The next call but one writes over them.
+    /// The next three floats of the table's generator, good until the next call.
     static const float* generateRandom3();
 
     /// Fills the table, once per process. Every drawer's constructor calls it.

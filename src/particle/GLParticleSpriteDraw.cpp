@@ -82,7 +82,8 @@ void setTextureUsage(GLenum target, IHWTexPlacement& placement) {
 }
 
 const float* findValues(const ParticleData& data, const char* name) {
-    const ParticleData::Data* found = data.getData(data.getDataIndex(name));
+    const int32_t index = data.getDataIndex(name);
+    const ParticleData::Data* found = index < 0 ? nullptr : data.getData(index);
     return found ? found->fValues.data() : nullptr;
 }
 

@@ -33,7 +33,8 @@ public:
     /// without them, or where the texture is null.
     bool applyTextureCycling(unsigned int index);
 
-    /// Draws one sprite, with the named data of the particle.
+    /// Draws one sprite, with what the last draw's data have under their names for this particle: they have
+    /// to be alive still, and to have it.
     void drawGLQuadAt(unsigned int index, float x, float y, float z);
 
     uint32_t fReverseWinding = 0;  ///< not 0: clockwise

@@ -133,10 +133,10 @@ public:
         /// 0 to 15 for "TEXCOORD0" to "TEXCOORD15", spelled like that; else 0xFFFFFFFF.
         static unsigned int getTextureOffsetFromSemantic(const koString::CString& semantic);
 
-        CGprogram fVertexProgram;
-        CGprogram fFragmentProgram;
-        CGprofile fVertexProfile;
-        CGprofile fFragmentProfile;
+        CGprogram fVertexProgram = nullptr;
+        CGprogram fFragmentProgram = nullptr;
+        CGprofile fVertexProfile = CG_PROFILE_UNKNOWN;
+        CGprofile fFragmentProfile = CG_PROFILE_UNKNOWN;
     };
 
     struct ByName {

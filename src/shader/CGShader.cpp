@@ -17,13 +17,21 @@ constexpr std::array<const char*, 16> kTexCoordSemantics = {
     "TEXCOORD6",  "TEXCOORD7",  "TEXCOORD8",  "TEXCOORD9", "TEXCOORD10", "TEXCOORD11",
     "TEXCOORD12", "TEXCOORD13", "TEXCOORD14", "TEXCOORD15"};
 
+/// Asked in a statement of its own before an F_ pointer is read: asking may load the run time, which fills
+/// them.
+CGcontext currentContext() {
+    return *CGcontextSingleton::theCgContext();
+}
+
 bool loadFile(CGprogram& program, CGprofile profile, const koString::IString& path, const char** options,
               const char* failure) {
     if (profile == CG_PROFILE_UNKNOWN)
         return false;
-    if (!program)
-        program = callCg(F_cgCreateProgramFromFile, *CGcontextSingleton::theCgContext(), CG_SOURCE,
-                         path.asMultibyte(), profile, nullptr, options);
+    if (!program) {
+        const CGcontext context = currentContext();
+        program = callCg(F_cgCreateProgramFromFile, context, CG_SOURCE, path.asMultibyte(), profile, nullptr,
+                         options);
+    }
     if (!program) {
         std::printf(failure, path.asMultibyte());
         return false;
@@ -34,8 +42,8 @@ bool loadFile(CGprogram& program, CGprofile profile, const koString::IString& pa
 
 void loadString(CGprogram& program, CGprofile profile, const koString::IString& source,
                 const char** options) {
-    program = callCg(F_cgCreateProgram, *CGcontextSingleton::theCgContext(), CG_SOURCE, source.asMultibyte(),
-                     profile, nullptr, options);
+    const CGcontext context = currentContext();
+    program = callCg(F_cgCreateProgram, context, CG_SOURCE, source.asMultibyte(), profile, nullptr, options);
     if (program)
         callCg(F_cgGLLoadProgram, program);
 }

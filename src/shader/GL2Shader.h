@@ -39,7 +39,8 @@ public:
     /// Overwrites the source with zeros and frees it.
     void deleteSource();
 
-    /// Waits until GL is done, then deletes the shader object, with no program current afterwards.
+    /// Waits until GL is done, then deletes the shader object if there is one, with no program current
+    /// afterwards.
     void deleteProgramObject();
 
     /// Takes the source from a file, in place of everything there was. The length in bytes; 0, with a line on
@@ -55,7 +56,8 @@ public:
     bool assignShaderSource(std::string_view text);
 
     /// Makes a new shader object from the source; whether it compiled. Failed or not, fShaderObject is there
-    /// to be asked for GL's log. `skipSource`: hands GL no source, which compiles an empty shader.
+    /// to be asked for GL's log. Without a source false, and what there was stays. `skipSource`: hands GL no
+    /// source. Whether such an empty shader compiles is the driver's affair.
     bool compileShaderSource(bool skipSource);
 
     ShaderType fType = kVertexShader;

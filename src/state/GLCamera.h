@@ -11,8 +11,8 @@ public:
     GLCamera(const GLCamera&) = delete;
     GLCamera& operator=(const GLCamera&) = delete;
 
-    /// Loads projection and view. Needs a current GL context; leaves the model-view matrix mode current,
-    /// which GLLight::bind relies on.
+    /// Loads projection and view. Needs the table and a current context; leaves the model-view matrix mode
+    /// current, which GLLight::bind relies on.
     void bind() override;
 
     static int32_t fsNumInstances_GLCamera;

@@ -13,7 +13,8 @@ class IGLTexture;
 /// A host light as fixed-function GL light state, with what it needs for shadows and projections: projector
 /// cameras (owned), shadow maps and two textures (referenced).
 ///
-/// Can be made without a GL context; allocateShadowMap, and letting go of textures, need one.
+/// Made, told and destroyed without GL. bind, unbind, allocateShadowMap, and letting go of textures need the
+/// table and a current context.
 class ORLOGL_API GLLight : public IHWLight {
 public:
     GLLight();

@@ -7,11 +7,12 @@
 
 class GLLight;
 
-/// The GL light units of the context that is current when it is made, and which light sits on each.
+/// The GL light units of the context that is current when it is made, and which light sits on each. All but
+/// destroying it needs the table and a current context.
 class ORLOGL_API GLLighting {
 public:
     /// Asks how many units there are (8 where GL doesn't say) and switches separate specular colour on where
-    /// it is offered. Needs a current GL context.
+    /// it is offered.
     GLLighting();
 
     /// Neither unbinds nor deletes the lights.
@@ -21,7 +22,7 @@ public:
     GLLighting& operator=(const GLLighting&) = delete;
 
     /// Puts a light on a unit and binds it, or disables the unit when null. A unit beyond the last is
-    /// ignored.
+    /// ignored. Take a light off before it ends.
     void bind(unsigned int unit, GLLight* light);
 
     /// Takes every light off its unit and disables all units, also the empty ones.

@@ -93,8 +93,8 @@ public:
     void setBlendFuncFactors(BlendFactor source, BlendFactor destination);
     void setLogicOp(LogicOp operation);
 
-    /// Sends the state to the current context; the stencil calls only when asked. Nothing is cached or read
-    /// back.
+    /// Sends the state to the current context; the stencil calls only when asked. Needs the table. Nothing is
+    /// cached or read back.
     void applyGL(bool withStencil) const;
 
     // Bytes 0 to 3.

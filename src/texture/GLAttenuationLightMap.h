@@ -12,9 +12,11 @@
 /// cut to whole numbers.
 ///
 /// Filters and wrap modes are the user's to set; the default filter shows nothing, as there is only level 0.
-/// The constructor leaves the exponent map bound to GL_TEXTURE_2D of the active unit.
+/// Needs the table, a current context, and an unpack state as the TextureManager says. The constructor leaves
+/// the exponent map bound to GL_TEXTURE_2D of the active unit.
 class ORLOGL_API GLAttenuationLightMap {
 public:
+    /// Without memory and for a negative size the maps stay without images.
     explicit GLAttenuationLightMap(int size);
     virtual ~GLAttenuationLightMap();
 

@@ -16,7 +16,8 @@ public:
     static int32_t fsNumInstances_GLNormalCubeMap;
 };
 
-/// Fills the six sides of the cube map bound to the active unit; without memory nothing is done.
+/// Fills the six sides of the cube map bound to the active unit; without memory and for a negative size
+/// nothing is done. Needs the table, a current context, and an unpack state as the TextureManager says.
 ///
 /// The centre of the texel in column i and row j stands at s = 2 (i + 1/2) / size - 1 and t likewise of j,
 /// and looks along (1, -t, -s) on the side of +x, (-1, -t, s) of -x, (s, 1, t) of +y, (s, -1, -t) of -y, (s,

@@ -84,9 +84,9 @@ public:
     unsigned char combinerScaleRGB() const;
     unsigned char combinerScaleAlpha() const;
 
-    /// Sends the state to the active unit of the current context: the function and the constant, and for
-    /// kEnvCombine the rest. The constant reaches GL as integers, which GL takes for parts of the largest
-    /// integer: it is black in practice. A function beyond kEnvCombine is not sent.
+    /// Sends the state to the active unit of the current context, and needs the table for it: the function
+    /// and the constant, and for kEnvCombine the rest. The constant reaches GL as integers, which GL takes
+    /// for parts of the largest integer: it is black in practice. A function beyond kEnvCombine is not sent.
     void applyGL() const;
 
     bool operator==(const GLTexUnitState&) const = default;

@@ -31,6 +31,13 @@ void loadProjection(GLFunctionTable& gl, IHWTexUsage::ProjType type, const float
         gl.glOrtho(f[0], f[1], f[2], f[3], f[4], f[5]);
 }
 
+/// Sends the constant of a value; nothing where the table has none.
+template <size_t kSize>
+void sendParameter(unsigned target, GLenum name, const std::array<GLint, kSize>& table, uint32_t value) {
+    if (value < kSize)
+        GLFunctionTable::fpGlobalFunctionTable->glTexParameteri(target, name, table[value]);
+}
+
 bool scales(const float* repeat) {
     return repeat[0] != 0.0F || repeat[1] != 0.0F;
 }
@@ -38,15 +45,13 @@ bool scales(const float* repeat) {
 } // namespace
 
 void GLTexUsage::setWrapMode(unsigned target, IHWTexUsage::WrapMode s, IHWTexUsage::WrapMode t) {
-    GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
-    gl->glTexParameteri(target, GL_TEXTURE_WRAP_S, fsWrapModes[s]);
-    gl->glTexParameteri(target, GL_TEXTURE_WRAP_T, fsWrapModes[t]);
+    sendParameter(target, GL_TEXTURE_WRAP_S, fsWrapModes, s);
+    sendParameter(target, GL_TEXTURE_WRAP_T, fsWrapModes, t);
 }
 
 void GLTexUsage::setMinMagFilter(unsigned target, IHWTexUsage::Filter min, IHWTexUsage::Filter mag) {
-    GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
-    gl->glTexParameteri(target, GL_TEXTURE_MIN_FILTER, fsFilterModes[min]);
-    gl->glTexParameteri(target, GL_TEXTURE_MAG_FILTER, fsFilterModes[mag]);
+    sendParameter(target, GL_TEXTURE_MIN_FILTER, fsFilterModes, min);
+    sendParameter(target, GL_TEXTURE_MAG_FILTER, fsFilterModes, mag);
 }
 
 void GLTexUsage::setBorderColor(unsigned target, const koColor::Color& color) {

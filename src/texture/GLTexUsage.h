@@ -10,15 +10,15 @@
 
 /// How the texture bound to a target of the active unit is applied: wrap and filter, border, generated
 /// coordinates, the texture matrix. Keeps nothing but the driver's largest anisotropy: all else is GL state
-/// of the current context and unit.
+/// of the current context and unit. Needs the table and a current context.
 ///
 ///     texture->bind();
 ///     GLTexUsage::setWrapMode(GL_TEXTURE_2D, IHWTexUsage::kRepeat, IHWTexUsage::kClampToEdge);
 ///     GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, IHWTexUsage::kTrilinear, IHWTexUsage::kLinear);
 ///
 /// No argument is checked against what the driver offers: GL refuses with GL_INVALID_ENUM what it doesn't
-/// know (a mipmap filter for magnification; repeating a rectangle texture). Modes beyond an enumeration are
-/// the caller's error.
+/// know (a mipmap filter for magnification; repeating a rectangle texture). Of a wrap mode or filter beyond
+/// its enumeration GL is told nothing: that one parameter stays.
 class ORLOGL_API GLTexUsage {
 public:
     /// Along s and t.
@@ -37,18 +37,25 @@ public:
     /// is: eye planes come with the projection below.
     static void setTexGenMode(unsigned target, IHWTexUsage::GenMode* modes);
 
-    /// Coordinates projected from a light or camera: `view` is its world-to-eye matrix, `frustum` its left,
-    /// right, bottom, top, near and far. Set with the matrix of the world's camera in force as model-view
-    /// matrix. Leaves the generation of all four coordinates enabled, GL_MODELVIEW current, and both stacks
-    /// as they were.
+    /// Coordinates projected from a light or camera, whose *eye-to-world* matrix is `view`. Set with the
+    /// matrix of the world's camera in force as model-view matrix. Of a vertex at (x, y, z) as the projector
+    /// sees it they are s = x / 2, t = y / 2, r = z / 2 and q = 1 + (x + y + z) / 2.
+    ///
+    /// Type and frustum (left, right, bottom, top, near, far) have no influence on them: they make a
+    /// projection matrix, through which GL takes no plane. GL refuses an empty frustum all the same.
+    ///
+    /// Leaves the generation of all four coordinates enabled, GL_MODELVIEW current, and both stacks as they
+    /// were.
     static void setTexGenMode(IHWTexUsage::ProjType type, const koLinear::ProjMatrix& view, float* frustum);
 
     /// The texture matrix, as it is or from placement: `offset`, `repeat` and the pivots are two numbers,
-    /// `rotate` is in degrees counter-clockwise. A repeat of (0, 0) means that nothing is scaled. All leave
-    /// GL_MODELVIEW current.
+    /// `rotate` is in degrees. It is coordinates that are placed, so that the picture goes the other way: as
+    /// seen it turns clockwise. A repeat of (0, 0) means that nothing is scaled. All leave GL_MODELVIEW
+    /// current.
     ///
-    /// The short form turns about the middle of the texture and moves by -offset; the long form scales and
-    /// turns about pivots and moves by +offset.
+    /// The short form turns coordinates about (0.5, 0.5), moves them by -offset, then scales them. The long
+    /// form moves them by +offset, turns them, then scales them; what stays in its place when they are turned
+    /// or scaled is *minus* the pivot.
     static void setTransform(const koLinear::ProjMatrix& matrix);
     static void setTransform(float* offset, float* repeat, float rotate);
     static void setTransform(float* offset, float* repeat, float* repeatPivot, float rotate,

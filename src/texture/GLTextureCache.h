@@ -15,7 +15,7 @@ struct GLTextureCacheEntry {
 ///
 /// All caches of a process share one list, HWTextureCacheList: what one has added every other finds, and the
 /// first that is destroyed deletes the GL textures of all, those included whose texture objects the host
-/// still holds. Needs the table, and a current context to be destroyed.
+/// still holds. That needs the table and a current context; nothing else calls GL.
 class ORLOGL_API GLTextureCache {
 public:
     GLTextureCache();

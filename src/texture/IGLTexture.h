@@ -9,7 +9,8 @@
 
 /// A texture's GL name and format: what all texture classes share.
 ///
-/// Made and destroyed with a current GL context; the name lives as long as the object. Reference counted: see
+/// Everything that calls GL needs the table and a current context, making and destroying it included; the
+/// name lives as long as the object. Reference counted: see
 /// koSharedObject::SharedObject.
 class ORLOGL_API IGLTexture : public IHWTexture {
 public:

@@ -14,8 +14,13 @@
 ///     new TextureManager;   // with a current context; GLTextureManager points at it from here on
 ///     GLuint ramp = GLTextureManager->rampTextureMap();
 ///
-/// Everything needs a current context. A map that could not be made (0, null) is tried again when asked for
-/// the next time. docs/procedural-maps.md lists contents, formats and what GL state each leaves behind.
+/// Everything but round2 needs the table and a current context. A map that could not be made (0, null) is
+/// tried again when asked for the next time. A cube map or attenuation map that could be made, but without
+/// memory for its images, stays as it is. docs/procedural-maps.md lists contents, formats and what GL state
+/// each leaves behind.
+///
+/// Images go to GL at the unpack state in force, whatever its alignment. Have no row length set, nothing
+/// skipped and no unpack buffer bound while a map is made: GL would read beyond the image, and may crash.
 ///
 /// One per process. It ends the start-up context with itself, over the heads of who still holds references:
 /// destroy frame buffers first, and the manager last of all.
@@ -78,7 +83,8 @@ private:
 /// The manager made last. Not cleared when it goes.
 ORLOGL_API extern TextureManager* GLTextureManager;
 
-// The generators make a new texture and give its name; 0, and nothing done, without memory.
+// The generators make a new texture and give its name; 0, and nothing done, without memory and for negative
+// sizes. They need what the manager needs.
 
 /// Specular highlights: b^e cut to a byte, b = i / (n - 1) along s and e from `lo` to `hi` along t; black in
 /// row 0. n x n luminance, filtered linearly, clamped to its edges. Leaves it bound and GL_TEXTURE_2D
@@ -86,7 +92,7 @@ ORLOGL_API extern TextureManager* GLTextureManager;
 ORLOGL_API uint32_t generateNHKMap(int n, int lo, int hi);
 
 /// Normalises and raises to a power at once: (s / sqrt(t))^p cut to a byte, s = i / w, t = j / h; white where
-/// it is beyond 1, black at (0, 0). w x h, otherwise as generateNHKMap.
+/// it is beyond 1, black at (0, 0), but white everywhere for p = 0. w x h, otherwise as generateNHKMap.
 ORLOGL_API uint32_t generateNormalizeExponentiateMap(int w, int h, float p);
 
 /// A quarter of the exponent, cut, between 1 and 128; 128 too for what is -1 or less.

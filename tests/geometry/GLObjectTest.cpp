@@ -55,6 +55,17 @@ TEST_F(Object, translatesItsEnumerations) {
     object.fDataType = GLObject::DataType(1);
     object.bind();
     EXPECT_EQ(recorded().back(), bindCall(0x8893, kName));
+
+    clearRecorded();
+    object.fUsage = 9;
+    object.fAccess = 3;
+    EXPECT_FALSE(object.bufferData(1, fBytes.data()) || object.mapBuffer());
+    GLObject none;
+    none.fDataType = GLObject::DataType(2);
+    EXPECT_FALSE(none.bind());
+    GLObject::unbindBuffer(GLObject::DataType(2));
+    EXPECT_EQ(recorded(), Calls{}) << "beyond the enumerations";
+    EXPECT_TRUE(object.deleteObject());
 }
 
 TEST_F(Object, makesItsNameOnTheFirstBind) {
@@ -104,6 +115,7 @@ TEST_F(Object, failsQuietlyWhereItCannotWork) {
     {
         GLObject withoutTable;
         EXPECT_FALSE(withoutTable.bind());
+        GLObject::unbindBuffer(GLObject::kVertexData);
     }
     EXPECT_EQ(recorded(), Calls{});
 

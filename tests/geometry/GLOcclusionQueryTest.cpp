@@ -64,7 +64,7 @@ TEST_F(OcclusionQuery, asksByEitherExtension) {
         EXPECT_TRUE(queries.generateQueries(1));
         each({call("glDeleteQueriesARB", 3, old), call("glGenQueriesARB", 1, kOut)},
              {call("glDeleteOcclusionQueriesNV", 3, old), call("glGenOcclusionQueriesNV", 1, kOut)});
-        EXPECT_FALSE(queries.generateQueries(0));
+        EXPECT_FALSE(queries.generateQueries(0) || queries.generateQueries(0x80000000));
         EXPECT_EQ(queries.fCount, 1u);
         const double last = queries.fNames[0];
         queries.reset();

@@ -115,10 +115,10 @@ TEST_F(Routing, leavesAttributesAloneUnlessRequired) {
     fRouting.disableInterpolant(GLRouting::kAttrib1);
     EXPECT_EQ(newCalls(), Calls{});
 
-    // Attributes that the implementation does not have.
+    // Attributes that the implementation does not have, and one that nobody has.
     GLRouting::requiresAttribInterpolants = true;
     gl().fMaxVertexAttribs = 8;
-    for (const auto& [interpolant, reaches] : {std::pair(17U, true), std::pair(18U, false)}) {
+    for (const auto& [interpolant, reaches] : {std::pair(17U, true), {18U, false}, {26U, false}}) {
         fRouting.setupInterpolant(Interpolant(interpolant), {4, GL_SHORT, 12, fData, &object}, false);
         EXPECT_EQ(newCalls().empty(), !reaches) << interpolant;
         fRouting.disableInterpolant(Interpolant(interpolant));

@@ -7,6 +7,12 @@
 #include <cmath>
 #include <random>
 
+/// In the place of the host's, which need not know what a negative number means.
+const ParticleData::Data* ParticleData::getData(int32_t index) const {
+    EXPECT_GE(index, 0);
+    return index < 0 ? nullptr : &fData[static_cast<size_t>(index)];
+}
+
 namespace {
 
 /// Binds by a name of the test's.
@@ -217,19 +223,24 @@ TEST_F(ParticleSprites, colorsWhatItIsTold) {
     EXPECT_EQ(colors(), Calls{last});
 }
 
-TEST_F(ParticleSprites, drawsEveryThird) {
-    const Particles row = makeRow(9);
-    row->setColors(std::vector<float>(36, 0.5F));
-    row->addData("scaleX", {1, 2, 3, 4, 5, 6, 7, 8, 9});
-    row->fFilter = {0, 3, 6, 9};
-    row->fFilterEnabled = true;
-    GLParticleSpriteDraw drawer(*row);
-    const koLinear::Point up;
-    drawer.fCameraPosition[2] = 1e9F; // so that all face z
-    const Calls calls = drawn(drawer);
-    EXPECT_EQ(only(calls, "glBegin").size(), 3U);
-    EXPECT_EQ(only(calls, "glColor4fv").size(), 4U);
-    EXPECT_EQ(drawer.fCurrentScaleX, 7) << "of particle 6";
+TEST_F(ParticleSprites, takesPlacesOfSamplesAndAllElseOfTheirParticles) {
+    const Particles pair = makeParticles({0, 0, 0, 0, 0, 2, 0, 0, 4, 0, 0, 6}, 2);
+    pair->setColors({1, 0, 0, 1, 0, 0, 1, 1});
+    pair->addData("scaleX", {2, 4});
+    pair->fFilter = {3, 0, 4};
+    pair->fFilterEnabled = true;
+    fDrawer.setData(*pair);
+    delete fDrawer.fIterator;
+    fDrawer.setIterator(*new ParticleDataIterator(*pair, nullptr, 0));
+    fDrawer.fIterator->advance();
+    const Calls calls = drawn(fDrawer);
+    const Calls vertices = only(calls, "glVertex3dv");
+    ASSERT_EQ(vertices.size(), 8U);
+    EXPECT_EQ(vertices[0], call("glVertex3dv", Values{-2, -0.5, 6}));
+    EXPECT_EQ(vertices[4], call("glVertex3dv", Values{-1, -0.5, 0}));
+    EXPECT_EQ(only(calls, "glColor4fv")[1], call("glColor4fv", Values{0, 0, 1, 1}));
+    EXPECT_EQ(fDrawer.fIterator->counter(), 1U) << "the host's iterator stands where it stood";
+    EXPECT_EQ(fDrawer.fIterator->filter(), nullptr);
 }
 
 class CyclingSprites : public ParticleSprites {

@@ -63,7 +63,7 @@ TEST_F(CgShaders, tellsOfFilesThatDoNotCompile) {
     EXPECT_EQ(shader.getVertexProgram(), nullptr);
     clearRecorded();
 
-    CGManager::CGShader blank{nullptr, nullptr, CG_PROFILE_UNKNOWN, CG_PROFILE_UNKNOWN};
+    CGManager::CGShader blank;
     EXPECT_EQ(printed([&] {
                   EXPECT_FALSE(blank.loadVertexProgram("v.cg", nullptr));
                   EXPECT_FALSE(blank.loadFragmentProgram("f.cg", nullptr));

@@ -105,6 +105,17 @@ TEST_F(CgLoader, givesAContextToWhoAsksNextWhereANameIsMissing) {
     EXPECT_EQ(*CGcontextSingleton::theCgContext(), context()) << "the next goes on with what is there";
 }
 
+TEST_F(CgLoader, aFileMayBeTheFirstUseOfAProcess) {
+    CGManager::CGShader shader{nullptr, nullptr, CG_PROFILE_ARBVP1, CG_PROFILE_ARBFP1};
+    EXPECT_TRUE(shader.loadVertexProgram("v.cg", nullptr));
+}
+
+TEST_F(CgLoader, aSourceMayBeTheFirstUseOfAProcess) {
+    CGManager::CGShader shader{nullptr, nullptr, CG_PROFILE_ARBVP1, CG_PROFILE_ARBFP1};
+    shader.loadFragmentProgramFromString("fragments");
+    EXPECT_EQ(shader.getFragmentProgram(), program(1));
+}
+
 TEST_F(CgLoader, managersDoNothingThroughMissingEntryPoints) {
     missingLibraries() = {"libCg.so"};
     CGManager manager(CG_PROFILE_ARBVP1, CG_PROFILE_ARBFP1);

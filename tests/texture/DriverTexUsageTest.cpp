@@ -213,7 +213,7 @@ TEST_F(DriverTexUsage, projectsFromAView) {
     const DrawTarget target(gl(), 1, 1);
     GLTexture2D probe(kRasterRGBA8, false);
     bindProbe(probe);
-    koLinear::ProjMatrix view; // the projector stands at (2, -1, 0.5)
+    koLinear::ProjMatrix view; // the projector stands at (-2, 1, -0.5)
     view[3][0] = -2;
     view[3][1] = 1;
     view[3][2] = -0.5;

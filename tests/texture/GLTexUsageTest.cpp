@@ -47,6 +47,20 @@ TEST_F(TexUsage, sendsGLsConstantOfEachMode) {
     EXPECT_TRUE(std::equal(std::begin(generation), std::end(generation), GLTexUsage::fsTexGenModes.begin()));
 }
 
+TEST_F(TexUsage, leavesOutTheOneCallOfAValueWithoutAConstant) {
+    GLTexUsage::setWrapMode(GL_TEXTURE_2D, static_cast<IHWTexUsage::WrapMode>(7), IHWTexUsage::kRepeat);
+    GLTexUsage::setWrapMode(GL_TEXTURE_2D, IHWTexUsage::kClamp, static_cast<IHWTexUsage::WrapMode>(-1));
+    GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, static_cast<IHWTexUsage::Filter>(8), IHWTexUsage::kLinear);
+    GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, IHWTexUsage::kNearest,
+                                static_cast<IHWTexUsage::Filter>(100'000'000));
+    const auto set = [](GLenum name, GLint value) {
+        return call("glTexParameteri", GL_TEXTURE_2D, name, value);
+    };
+    EXPECT_EQ(recorded(),
+              (Calls{set(GL_TEXTURE_WRAP_T, GL_REPEAT), set(GL_TEXTURE_WRAP_S, GL_CLAMP),
+                     set(GL_TEXTURE_MAG_FILTER, GL_LINEAR), set(GL_TEXTURE_MIN_FILTER, GL_NEAREST)}));
+}
+
 TEST_F(TexUsage, asksForTheLargestAnisotropyOnce) {
     script().values[0x84FF] = {8};
     const auto set = [](double value) { return call("glTexParameterf", GL_TEXTURE_2D, 0x84FE, value); };

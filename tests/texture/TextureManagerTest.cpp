@@ -5,6 +5,7 @@
 #include "texture/GLSpotLightMap.h"
 #include "texture/TextureManager.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -191,6 +192,25 @@ TEST_F(Manager, withoutMemoryOrNamesAsksAgain) {
     EXPECT_EQ(recorded(), Calls{call("glGenTextures", 1, kOut)});
     EXPECT_EQ(fManager->atten1DMapId(), kFirst);
     EXPECT_EQ(fManager->nhkMapId(64, 1, 2), kFirst + 1);
+}
+
+TEST_F(Manager, refusesSizesBeforeAnyCallAndAsksAgain) {
+    constexpr int kLeast = std::numeric_limits<int>::min();
+    for (const auto& [width, height] : {std::pair(-1, 4), {4, -1}, {-4, -4}, {kLeast, kLeast}}) {
+        const int size = std::min(width, height);
+        EXPECT_EQ(generateNHKMap(size, 1, 2) + fManager->nhkMapId(size, 1, 2), 0U) << size;
+        EXPECT_EQ(generateNormalizeExponentiateMap(width, height, 2), 0U) << width;
+        EXPECT_EQ(fManager->normalizeExponentiateMapId(width, height, 2), 0U) << width;
+        makeNormalizeVectorCubeMap(size, true);
+        makeNormalizeVectorCubeMap(size, false);
+    }
+    EXPECT_EQ(recorded(), Calls{});
+    EXPECT_EQ(fManager->nhkMapId(2, 1, 2), kFirst);
+    EXPECT_EQ(fManager->normalizeExponentiateMapId(2, 2, 2), kFirst + 1);
+
+    clearRecorded();
+    const GLAttenuationLightMap none(-1);
+    EXPECT_EQ(recorded(), Calls(2, call("glGenTextures", 1, kOut))) << "two textures without an image";
 }
 
 TEST(TextureManagerNumbers, round2IsTheNearestPower) {

@@ -127,7 +127,8 @@ public:
 
     koLinear::ProjMatrix fMatrix;
 
-    /// How often it lies along s and t, how far it is moved, and degrees counter-clockwise about its middle.
+    /// How often it lies along s and t, how far it is moved, and degrees about its middle, by which
+    /// coordinates turn counter-clockwise: as seen, the texture turns clockwise.
     float fRepeat[2] = {1.0F, 1.0F};
     float fOffset[2] = {0.0F, 0.0F};
     float fRotation = 0.0F;
