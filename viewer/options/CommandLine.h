@@ -2,8 +2,6 @@
 
 #include "options/Options.h"
 
-#include <array>
-#include <optional>
 #include <string>
 
 namespace orloview {
@@ -17,7 +15,7 @@ struct CommandLine {
 /// Reads the command line. Throws Failure (kExitUsage) that names the switch and what it takes.
 CommandLine parseCommandLine(int argc, const char* const* argv);
 
-/// A colour of --background: a name, #RGB, #RRGGBB, #RRGGBBAA, or "transparent". Null when it is none.
-std::optional<std::array<float, 4>> parseColor(const std::string& text);
+/// Throws Failure (kExitUsage) where switches contradict each other or lack what they go with.
+void checkTogether(const Options& options);
 
 } // namespace orloview

@@ -1,0 +1,101 @@
+// What can't be asked for at once.
+
+#include "base/ExitCode.h"
+#include "options/CommandLine.h"
+#include "output/DepthFile.h"
+#include "output/PictureFile.h"
+
+namespace orloview {
+
+namespace {
+
+void checkParticles(const Options& options) {
+    if (options.demo && !options.models.empty())
+        throw Failure(kExitUsage,
+                      "--demo shows a scene of its own; leave " + options.models.front() + " or it out");
+    if (options.demo && options.turntable > 0)
+        throw Failure(kExitUsage, "--turntable: the fountain never stands still; give --frames N");
+    if (options.frames > 0 && !options.demo)
+        throw Failure(kExitUsage, "--frames: models don't move; give --demo particles, or --turntable N");
+    if (options.frames > 0 && (options.output.empty() || options.output == "-"))
+        throw Failure(kExitUsage,
+                      "--frames: give -o and a name, such as -o drops.png, for drops_001.png and so on");
+    if (!options.spriteImages.empty() && options.particles != ParticleKind::Sprites)
+        throw Failure(kExitUsage, "--sprite-images: they are of sprites; give --particles sprites");
+    if (options.lit && !options.particles)
+        throw Failure(kExitUsage,
+                      "--lit: it lights particles; give --particles points, multi, sprites or streaks");
+}
+
+void checkOwnShader(const Options& options) {
+    const char* const own = options.ownShaderSwitch();
+    if (!own)
+        return;
+    if (options.cg && !options.shader.empty())
+        throw Failure(kExitUsage, "--cg and --shader: each takes the place of all materials; give one");
+    if (options.shading || options.compare || !options.dumpShaders.empty())
+        throw Failure(kExitUsage, own + std::string(" takes the place of all materials; leave --shading, "
+                                                    "--compare and --dump-shaders out"));
+    if (options.shadows)
+        throw Failure(kExitUsage,
+                      "--shadows: the materials' shaders draw them; leave " + std::string(own) + " out");
+    if (options.cull)
+        throw Failure(kExitUsage,
+                      "--cull: a shader of your own may move or leave out what hides the rest; leave "
+                      "one of them out");
+}
+
+} // namespace
+
+void checkTogether(const Options& options) {
+    if (options.quiet && options.verbose)
+        throw Failure(kExitUsage, "-q and -v: give one of them, not both");
+    if (options.glInfo)
+        return;
+    if (options.models.empty() && !options.demo)
+        throw Failure(kExitUsage, "no model given; try orloview MODEL (--help tells more)");
+    checkParticles(options);
+    if (options.json && !options.info)
+        throw Failure(kExitUsage, "--json: it goes with --info");
+    if (options.info)
+        return;
+    if (!options.output.empty() && !formatOf(options.output))
+        throw Failure(kExitUsage, "-o " + options.output +
+                                      ": no picture format has this suffix; give a name ending in " +
+                                      kPictureFormats);
+    if (!options.depth.empty() && !isDepthFile(options.depth))
+        throw Failure(kExitUsage,
+                      "--depth " + options.depth + ": give a name ending in .pfm (distances) or .png");
+    checkOwnShader(options);
+    if (options.shadows && options.shading == Shading::Fixed)
+        throw Failure(kExitUsage, "--shadows: the materials' shaders draw them; leave --shading fixed out");
+    if (options.glRoad == GLRoad::Egl && options.sampling.pbuffer)
+        throw Failure(kExitUsage,
+                      "--display egl: pbuffers are on an X display; leave --offscreen pbuffer out");
+    if (options.glRoad == GLRoad::Egl && !options.writes() && !options.compare && !options.glInfo)
+        throw Failure(kExitUsage, "--display egl: a window needs an X display; give -o picture.png");
+    if ((options.cull || options.shadows) && options.sampling.pbuffer)
+        throw Failure(kExitUsage,
+                      "--offscreen pbuffer: what --cull and --shadows need lives in another context; "
+                      "leave them or it out");
+    if (options.compare && options.shading)
+        throw Failure(kExitUsage, "--compare draws with both; leave --shading out");
+    if (options.turntable > 0 && (options.output.empty() || options.output == "-"))
+        throw Failure(kExitUsage,
+                      "--turntable: give -o and a name, such as -o turn.png, for turn_001.png and so on");
+    if (!options.dumpShaders.empty() && options.shading == Shading::Fixed)
+        throw Failure(kExitUsage,
+                      "--dump-shaders: there are none with --shading fixed; leave one of them out");
+    if (options.camera &&
+        (options.eye || options.target || options.up || options.fieldOfView || options.orthographic))
+        throw Failure(kExitUsage,
+                      "--camera: a camera of the file has its own --eye, --target, --up, --fov and "
+                      "--orthographic; leave them out");
+    if (options.eye && options.target && (*options.eye)[0] == (*options.target)[0] &&
+        (*options.eye)[1] == (*options.target)[1] && (*options.eye)[2] == (*options.target)[2])
+        throw Failure(kExitUsage, "--eye and --target are the same point; move one of them");
+    if (options.up && (*options.up)[0] == 0.0 && (*options.up)[1] == 0.0 && (*options.up)[2] == 0.0)
+        throw Failure(kExitUsage, "--up 0,0,0: give a direction, such as --up 0,1,0");
+}
+
+} // namespace orloview

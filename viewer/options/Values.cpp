@@ -1,0 +1,123 @@
+#include "options/Values.h"
+
+#include <algorithm>
+
+namespace orloview {
+
+namespace {
+
+constexpr int kLargestSide = 65536;
+
+struct NamedColor {
+    const char* name;
+    unsigned rgb;
+};
+
+constexpr NamedColor kNamedColors[] = {
+    {"black", 0x000000},   {"silver", 0xC0C0C0}, {"gray", 0x808080}, {"grey", 0x808080},
+    {"white", 0xFFFFFF},   {"maroon", 0x800000}, {"red", 0xFF0000},  {"purple", 0x800080},
+    {"fuchsia", 0xFF00FF}, {"green", 0x008000},  {"lime", 0x00FF00}, {"olive", 0x808000},
+    {"yellow", 0xFFFF00},  {"navy", 0x000080},   {"blue", 0x0000FF}, {"teal", 0x008080},
+    {"aqua", 0x00FFFF},    {"orange", 0xFFA500},
+};
+
+} // namespace
+
+void wrong(const std::string& name, const std::string& value, const std::string& wanted) {
+    throw Failure(kExitUsage, name + " " + value + ": " + wanted);
+}
+
+int parseCount(const std::string& name, const std::string& text, int least, int most) {
+    const std::optional<int> number = parseNumber<int>(text);
+    if (!number || *number < least || *number > most)
+        wrong(name, text,
+              "give a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+    return *number;
+}
+
+PixelSize parseSize(const std::string& text) {
+    const size_t x = text.find('x');
+    std::optional<int> width;
+    std::optional<int> height;
+    if (x != std::string::npos) {
+        width = parseNumber<int>(std::string_view(text).substr(0, x));
+        height = parseNumber<int>(std::string_view(text).substr(x + 1));
+    }
+    if (!width || !height || *width < 1 || *height < 1 || *width > kLargestSide || *height > kLargestSide)
+        wrong("--size", text, "give width and height in pixels, each 1 to 65536, such as --size 1280x720");
+    return {*width, *height};
+}
+
+float parsePointSize(const std::string& text) {
+    const std::optional<float> size = parseNumber<float>(text);
+    if (!size || !(*size >= 0.1F && *size <= 64.0F))
+        wrong("--point-size", text, "give pixels, 0.1 to 64");
+    return *size;
+}
+
+double parseFieldOfView(const std::string& text) {
+    const std::optional<double> degrees = parseNumber<double>(text);
+    if (!degrees || !(*degrees > 0.0 && *degrees < 180.0))
+        wrong("--fov", text, "give the vertical angle in degrees, above 0 and below 180");
+    return *degrees;
+}
+
+std::optional<Sky> parseSky(const std::string& text) {
+    if (text == "none")
+        return std::nullopt;
+    std::optional<Sky> sky = Sky::named(text);
+    if (!sky)
+        wrong("--sky", text, "give one of none, " + Sky::names(", "));
+    return sky;
+}
+
+CgRequest::Value parseCgValue(const std::string& text) {
+    const char* const kWanted = "give NAME= and 1 to 4 numbers, or the 16 of a matrix, such as "
+                                "--cg-set bodyColor=1,0.5,0";
+    const size_t sign = text.find('=');
+    if (sign == 0 || sign == std::string::npos)
+        wrong("--cg-set", text, kWanted);
+    CgRequest::Value value{text.substr(0, sign), {}};
+    std::string_view rest = std::string_view(text).substr(sign + 1);
+    for (bool more = true; more;) {
+        const size_t comma = rest.find(',');
+        const std::optional<float> number = parseNumber<float>(rest.substr(0, comma));
+        if (!number)
+            wrong("--cg-set", text, kWanted);
+        value.numbers.push_back(*number);
+        more = comma != std::string_view::npos;
+        rest.remove_prefix(more ? comma + 1 : rest.size());
+    }
+    if ((value.numbers.size() > 4 && value.numbers.size() != 16))
+        wrong("--cg-set", text, kWanted);
+    return value;
+}
+
+std::optional<std::array<float, 4>> parseColor(const std::string& text) {
+    const auto fromBytes = [](unsigned long rgba) {
+        std::array<float, 4> color{};
+        for (size_t channel = 0; channel < 4; ++channel)
+            color[channel] = static_cast<float>((rgba >> (24 - 8 * channel)) & 0xFFU) / 255.0F;
+        return color;
+    };
+    if (text == "transparent")
+        return std::array<float, 4>{0.0F, 0.0F, 0.0F, 0.0F};
+    for (const NamedColor& named : kNamedColors) {
+        if (text == named.name)
+            return fromBytes((static_cast<unsigned long>(named.rgb) << 8) | 0xFFU);
+    }
+    if (text.empty() || text[0] != '#')
+        return std::nullopt;
+    std::string digits = text.substr(1);
+    if (digits.size() == 3)
+        digits = {digits[0], digits[0], digits[1], digits[1], digits[2], digits[2]};
+    if (digits.size() == 6)
+        digits += "ff";
+    unsigned long rgba = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), rgba, 16);
+    if (digits.size() != 8 || error != std::errc() || end != digits.data() + digits.size())
+        return std::nullopt;
+    return fromBytes(rgba);
+}
+
+} // namespace orloview

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "base/ExitCode.h"
+#include "draw/Shading.h"
+#include "shading/Sky.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// The values of switches, from their words. Each throws Failure (kExitUsage), which names the switch, the
+// word and what would be right.
+
+namespace orloview {
+
+[[noreturn]] void wrong(const std::string& name, const std::string& value, const std::string& wanted);
+
+/// A word of a switch and what it stands for.
+template <typename T>
+struct Choice {
+    const char* word;
+    T value;
+};
+
+template <typename T, size_t kCount>
+T oneOf(const std::string& name, const std::string& text, const std::array<Choice<T>, kCount>& choices) {
+    std::string wanted = "give ";
+    for (size_t i = 0; i < kCount; ++i) {
+        if (text == choices[i].word)
+            return choices[i].value;
+        wanted.append(i == 0 ? "" : i + 1 == kCount ? " or " : ", ").append(choices[i].word);
+    }
+    wrong(name, text, wanted);
+}
+
+/// "fixed|glsl|cg"
+template <typename T, size_t kCount>
+std::string wordsOf(const std::array<Choice<T>, kCount>& choices) {
+    std::string words;
+    for (const Choice<T>& choice : choices)
+        words.append(words.empty() ? "" : "|").append(choice.word);
+    return words;
+}
+
+/// All of the text as a number, or nothing.
+template <typename Number>
+std::optional<Number> parseNumber(std::string_view text) {
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return value;
+}
+
+int parseCount(const std::string& name, const std::string& text, int least, int most);
+
+struct PixelSize {
+    int width;
+    int height;
+};
+PixelSize parseSize(const std::string& text);
+
+template <typename Triple>
+Triple parseTriple(const std::string& name, const std::string& text) {
+    Triple triple;
+    std::string_view rest(text);
+    for (int i = 0; i < 3; ++i) {
+        const size_t comma = i < 2 ? rest.find(',') : rest.size();
+        const std::optional<double> number =
+            comma == std::string_view::npos ? std::nullopt : parseNumber<double>(rest.substr(0, comma));
+        if (!number || !std::isfinite(*number))
+            wrong(name, text, "give three numbers with commas between, such as " + name + " 0,1.5,-4");
+        triple[i] = *number;
+        rest.remove_prefix(std::min(comma + 1, rest.size()));
+    }
+    return triple;
+}
+
+float parsePointSize(const std::string& text);
+double parseFieldOfView(const std::string& text);
+std::optional<Sky> parseSky(const std::string& text);
+CgRequest::Value parseCgValue(const std::string& text);
+
+/// A colour of --background: a name, #RGB, #RRGGBB, #RRGGBBAA, or "transparent". Null when it is none.
+std::optional<std::array<float, 4>> parseColor(const std::string& text);
+
+} // namespace orloview
