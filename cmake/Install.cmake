@@ -24,7 +24,8 @@ install(DIRECTORY src/ DESTINATION ${library_headers}
   PATTERN NodeManager.h EXCLUDE
   PATTERN ParticleWalk.h EXCLUDE
   PATTERN ShaderObjects.h EXCLUDE
-  PATTERN TexelBuffer.h EXCLUDE)
+  PATTERN TexelBuffer.h EXCLUDE
+  PATTERN TextureTargets.h EXCLUDE)
 
 if(TARGET orloview)
   file(RELATIVE_PATH libraries_from_programs ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})

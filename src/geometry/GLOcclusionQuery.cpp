@@ -7,7 +7,7 @@
 
 namespace {
 
-GLFunctionTable& table() {
+GLFunctionTable& gl() {
     return *GLFunctionTable::fpGlobalFunctionTable;
 }
 
@@ -15,11 +15,11 @@ GLFunctionTable& table() {
 
 GLOcclusionQuery::GLOcclusionQuery() {
     GLint bits = 0;
-    if (table().usable(kCapOcclusionQuery)) {
+    if (gl().usable(kCapOcclusionQuery)) {
         fUseARB = true;
-        table().glGetQueryivARB(GL_SAMPLES_PASSED_ARB, GL_QUERY_COUNTER_BITS_ARB, &bits);
-    } else if (table().usable(kCapNVOcclusionQuery)) {
-        table().glGetIntegerv(GL_PIXEL_COUNTER_BITS_NV, &bits);
+        gl().glGetQueryivARB(GL_SAMPLES_PASSED_ARB, GL_QUERY_COUNTER_BITS_ARB, &bits);
+    } else if (gl().usable(kCapNVOcclusionQuery)) {
+        gl().glGetIntegerv(GL_PIXEL_COUNTER_BITS_NV, &bits);
     }
     fCounterBits = static_cast<uint32_t>(bits);
 }
@@ -32,9 +32,9 @@ void GLOcclusionQuery::reset() {
     if (fNames) {
         const auto count = static_cast<GLsizei>(fCount);
         if (fUseARB)
-            table().glDeleteQueriesARB(count, fNames.get());
+            gl().glDeleteQueriesARB(count, fNames.get());
         else
-            table().glDeleteOcclusionQueriesNV(count, fNames.get());
+            gl().glDeleteOcclusionQueriesNV(count, fNames.get());
     }
     fNames.reset();
     fCount = 0;
@@ -49,9 +49,9 @@ bool GLOcclusionQuery::generateQueries(unsigned n) {
         return false;
     fCount = n;
     if (fUseARB)
-        table().glGenQueriesARB(static_cast<GLsizei>(n), fNames.get());
+        gl().glGenQueriesARB(static_cast<GLsizei>(n), fNames.get());
     else
-        table().glGenOcclusionQueriesNV(static_cast<GLsizei>(n), fNames.get());
+        gl().glGenOcclusionQueriesNV(static_cast<GLsizei>(n), fNames.get());
     return true;
 }
 
@@ -59,9 +59,9 @@ bool GLOcclusionQuery::beginQuery(unsigned i) {
     if (i >= fCount)
         return false;
     if (fUseARB)
-        table().glBeginQueryARB(GL_SAMPLES_PASSED_ARB, fNames[i]);
+        gl().glBeginQueryARB(GL_SAMPLES_PASSED_ARB, fNames[i]);
     else
-        table().glBeginOcclusionQueryNV(fNames[i]);
+        gl().glBeginOcclusionQueryNV(fNames[i]);
     return true;
 }
 
@@ -69,15 +69,15 @@ bool GLOcclusionQuery::endQuery(unsigned i) {
     if (i >= fCount)
         return false;
     if (fUseARB)
-        table().glEndQueryARB(GL_SAMPLES_PASSED_ARB);
+        gl().glEndQueryARB(GL_SAMPLES_PASSED_ARB);
     else
-        table().glEndOcclusionQueryNV();
+        gl().glEndOcclusionQueryNV();
     return true;
 }
 
 void GLOcclusionQuery::completeQueryRenders() {
     if (fCount != 0 && !fUseARB)
-        table().glFlush();
+        gl().glFlush();
 }
 
 bool GLOcclusionQuery::queryIsAvailable(unsigned i) const {
@@ -85,9 +85,9 @@ bool GLOcclusionQuery::queryIsAvailable(unsigned i) const {
         return false;
     GLint available = 0;
     if (fUseARB)
-        table().glGetQueryObjectivARB(fNames[i], GL_QUERY_RESULT_AVAILABLE_ARB, &available);
+        gl().glGetQueryObjectivARB(fNames[i], GL_QUERY_RESULT_AVAILABLE_ARB, &available);
     else
-        table().glGetOcclusionQueryivNV(fNames[i], GL_PIXEL_COUNT_AVAILABLE_NV, &available);
+        gl().glGetOcclusionQueryivNV(fNames[i], GL_PIXEL_COUNT_AVAILABLE_NV, &available);
     return available > 0;
 }
 
@@ -104,8 +104,8 @@ uint32_t GLOcclusionQuery::sampleCount(unsigned i) const {
         return 0;
     GLuint samples = 0;
     if (fUseARB)
-        table().glGetQueryObjectuivARB(fNames[i], GL_QUERY_RESULT_ARB, &samples);
+        gl().glGetQueryObjectuivARB(fNames[i], GL_QUERY_RESULT_ARB, &samples);
     else
-        table().glGetOcclusionQueryuivNV(fNames[i], GL_PIXEL_COUNT_NV, &samples);
+        gl().glGetOcclusionQueryuivNV(fNames[i], GL_PIXEL_COUNT_NV, &samples);
     return samples;
 }

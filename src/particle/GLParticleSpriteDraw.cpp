@@ -3,17 +3,13 @@
 #include "gl/GLFunctionTable.h"
 #include "particle/ParticleWalk.h"
 #include "texture/GLTexUsage.h"
+#include "texture/TextureTargets.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
 namespace {
-
-/// GL's target of each IHWTexture::TextureType.
-constexpr std::array<GLenum, 6> kTargets = {
-    0, GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_RECTANGLE_ARB, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP};
-static_assert(kTargets.size() == IHWTexture::kTextureCubeMap + 1);
 
 /// The four corners in the order A, B, C, D, counter-clockwise from the lower left.
 struct Quad {
@@ -158,7 +154,7 @@ bool GLParticleSpriteDraw::applyTextureCycling(unsigned int index) {
         return false;
     texture->bind();
     GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
-    const GLenum target = texture->fTextureType < kTargets.size() ? kTargets[texture->fTextureType] : 0;
+    const GLenum target = textureTarget(texture->fTextureType);
     for (const GLenum other : {GL_TEXTURE_CUBE_MAP, GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D})
         gl.glDisable(other);
     gl.glEnable(target);

@@ -3,19 +3,12 @@
 #include "shader/ShaderObjects.h"
 #include "texture/GLTexUsage.h"
 #include "texture/IGLTexture.h"
+#include "texture/TextureTargets.h"
 
 #include <array>
 #include <cstdio>
 #include <cstring>
 #include <new>
-
-namespace {
-
-/// By IHWTexture::TextureType.
-constexpr std::array<GLenum, 6> kTargets = {
-    0, GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_RECTANGLE_ARB, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP};
-
-} // namespace
 
 void GlslShader::create() {
     GLFunctionTable* gl = shaderObjectTable();
@@ -103,7 +96,7 @@ void GlslShader::setParameterTexture(const koString::CString& name, IHWTexture::
     if (location < 0)
         return;
     GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
-    const GLenum target = type < kTargets.size() ? kTargets[type] : 0;
+    const GLenum target = textureTarget(type);
     gl->glBindTexture(target, texture->textureName());
     GLTexUsage::setWrapMode(target, wrapS, wrapT);
     GLTexUsage::setMinMagFilter(target, minFilter, magFilter);

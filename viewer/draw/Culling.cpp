@@ -1,5 +1,6 @@
 #include "draw/Culling.h"
 
+#include "draw/GL.h"
 #include "draw/Placed.h"
 #include "scene/Vectors.h"
 
@@ -8,8 +9,6 @@
 #include <cmath>
 #include <limits>
 #include <utility>
-
-#include <gl/GLFunctionTable.h>
 
 namespace orloview {
 
@@ -68,10 +67,6 @@ std::uint64_t interleaved(const std::array<std::uint32_t, 3>& numbers) {
             result |= std::uint64_t{numbers[axis] >> bit & 1U} << (3 * bit + axis);
     }
     return result;
-}
-
-GLFunctionTable& gl() {
-    return *GLFunctionTable::fpGlobalFunctionTable;
 }
 
 /// What counts samples and what lays down depth: neither colours nor light.

@@ -1,6 +1,7 @@
 #include "draw/SceneParticles.h"
 
 #include "draw/FrameLook.h"
+#include "draw/GL.h"
 #include "scene/Vectors.h"
 #include "scene/View.h"
 
@@ -9,7 +10,6 @@
 #include <numbers>
 #include <numeric>
 
-#include <gl/GLFunctionTable.h>
 #include <particle/GLParticlePointDraw.h>
 #include <particle/GLParticleSpriteDraw.h>
 #include <particle/GLParticleStreakDraw.h>
@@ -24,10 +24,6 @@ namespace {
 constexpr int32_t kCopies = 10;
 constexpr float kTailFade = 0.0F;
 constexpr double kTailTime = 7 * 0.0333; ///< seconds that a streak reaches back
-
-GLFunctionTable& gl() {
-    return *GLFunctionTable::fpGlobalFunctionTable;
-}
 
 /// The values of the vertices that are drawn, in that order.
 std::vector<float> drawn(const std::vector<float>& values, size_t width, const Mesh& mesh) {

@@ -115,9 +115,10 @@ std::string named(const GltfObject& object) {
     return name.empty() ? object.place() : "'" + name + "'";
 }
 
-class Reader {
+class GltfParser {
 public:
-    Reader(const GltfContainer& container, const std::filesystem::path& folder, const ProgressReport& report)
+    GltfParser(const GltfContainer& container, const std::filesystem::path& folder,
+               const ProgressReport& report)
         : fReport(report), fRoot(container.json, ""), fData(container, folder),
           fNodes(fRoot.objects("nodes")), fMeshes(fRoot.objects("meshes")), fSkins(fRoot.objects("skins")),
           fCameras(fRoot.objects("cameras")),
@@ -179,7 +180,7 @@ private:
 };
 
 /// Of the scene that the file names, or its first; a file without scenes shows every node that has no parent.
-std::vector<int> Reader::roots() const {
+std::vector<int> GltfParser::roots() const {
     const std::vector<GltfObject> scenes = fRoot.objects("scenes");
     if (!scenes.empty()) {
         const int chosen = std::max(fRoot.reference("scene", scenes.size()), 0);
@@ -200,7 +201,7 @@ std::vector<int> Reader::roots() const {
 }
 
 /// Depth first with a stack of its own: files nest nodes deeper than a function can call itself.
-void Reader::walk(int root) {
+void GltfParser::walk(int root) {
     if (fParents[static_cast<std::size_t>(root)] != kUnvisited)
         return fWarnings.add(named(fNodes[static_cast<std::size_t>(root)]), "placed once only, not twice");
     fParents[static_cast<std::size_t>(root)] = kRoot;
@@ -223,7 +224,7 @@ void Reader::walk(int root) {
 }
 
 /// Notes the child's parent. A child that was met before is either one of its own ancestors or shared.
-void Reader::enter(int child, int parent) {
+void GltfParser::enter(int child, int parent) {
     int& known = fParents[static_cast<std::size_t>(child)];
     if (known == kUnvisited) {
         known = parent;
@@ -237,7 +238,7 @@ void Reader::enter(int child, int parent) {
     fWarnings.add(named(fNodes[static_cast<std::size_t>(child)]), "placed once only, not twice");
 }
 
-void Reader::place(std::size_t index, const AffineMatrix& toWorld) {
+void GltfParser::place(std::size_t index, const AffineMatrix& toWorld) {
     const GltfObject& node = fNodes[index];
     if (!isFinite(toWorld))
         return fWarnings.add("the node " + named(node), "left out: its transform is not finite");
@@ -252,13 +253,13 @@ void Reader::place(std::size_t index, const AffineMatrix& toWorld) {
         placeLight(node, fLights[static_cast<std::size_t>(light)], toWorld);
 }
 
-void Reader::placeMesh(const GltfObject& node, std::size_t mesh, const AffineMatrix& toWorld) {
+void GltfParser::placeMesh(const GltfObject& node, std::size_t mesh, const AffineMatrix& toWorld) {
     for (const int read : meshesOf(mesh))
         fScene.instances.push_back({node.text("name"), read, toWorld});
 }
 
 /// A skinned mesh stands where its joints are, not where its node is.
-void Reader::placeSkinned(const GltfObject& node, const AffineMatrix& toWorld) {
+void GltfParser::placeSkinned(const GltfObject& node, const AffineMatrix& toWorld) {
     const auto mesh = static_cast<std::size_t>(node.reference("mesh", fMeshes.size()));
     const auto skin = static_cast<std::size_t>(node.reference("skin", fSkins.size()));
     try {
@@ -271,7 +272,7 @@ void Reader::placeSkinned(const GltfObject& node, const AffineMatrix& toWorld) {
     }
 }
 
-void Reader::placeCamera(const GltfObject& node, const GltfObject& camera, const AffineMatrix& toWorld) {
+void GltfParser::placeCamera(const GltfObject& node, const GltfObject& camera, const AffineMatrix& toWorld) {
     Camera result;
     result.name = camera.text("name", node.text("name"));
     result.toWorld = toWorld;
@@ -292,7 +293,7 @@ void Reader::placeCamera(const GltfObject& node, const GltfObject& camera, const
     fScene.cameras.push_back(std::move(result));
 }
 
-void Reader::placeLight(const GltfObject& node, const GltfObject& light, const AffineMatrix& toWorld) {
+void GltfParser::placeLight(const GltfObject& node, const GltfObject& light, const AffineMatrix& toWorld) {
     Light result;
     const std::string type = light.text("type");
     if (type == "directional")
@@ -315,7 +316,7 @@ void Reader::placeLight(const GltfObject& node, const GltfObject& light, const A
 }
 
 /// The scene's meshes for a mesh of the file; read when the first node asks for it.
-const std::vector<int>& Reader::meshesOf(std::size_t mesh) {
+const std::vector<int>& GltfParser::meshesOf(std::size_t mesh) {
     const auto [known, isNew] = fRead.try_emplace(mesh);
     if (isNew)
         known->second = readMesh(mesh, {});
@@ -323,7 +324,7 @@ const std::vector<int>& Reader::meshesOf(std::size_t mesh) {
 }
 
 /// Posed by these joints where there are any.
-std::vector<int> Reader::readMesh(std::size_t mesh, std::span<const AffineMatrix> joints) {
+std::vector<int> GltfParser::readMesh(std::size_t mesh, std::span<const AffineMatrix> joints) {
     std::vector<int> result;
     for (const GltfObject& primitive : fMeshes[mesh].objects("primitives")) {
         const std::string name =
@@ -338,8 +339,8 @@ std::vector<int> Reader::readMesh(std::size_t mesh, std::span<const AffineMatrix
     return result;
 }
 
-std::optional<Mesh> Reader::readPrimitive(const GltfObject& primitive, const std::string& name,
-                                          std::span<const AffineMatrix> joints) {
+std::optional<Mesh> GltfParser::readPrimitive(const GltfObject& primitive, const std::string& name,
+                                              std::span<const AffineMatrix> joints) {
     Mesh mesh;
     try {
         readAttributes(primitive, name, mesh);
@@ -363,7 +364,7 @@ std::optional<Mesh> Reader::readPrimitive(const GltfObject& primitive, const std
 }
 
 /// Without positions there is nothing to draw; any other attribute may be left out.
-void Reader::readAttributes(const GltfObject& primitive, const std::string& name, Mesh& mesh) {
+void GltfParser::readAttributes(const GltfObject& primitive, const std::string& name, Mesh& mesh) {
     const GltfObject attributes = primitive.object("attributes");
     mesh.positions = attribute(attributes, "POSITION", 3);
     if (mesh.positions.empty())
@@ -382,7 +383,8 @@ void Reader::readAttributes(const GltfObject& primitive, const std::string& name
         mesh.uvSets.push_back(read(key.c_str(), [&] { return attribute(attributes, key.c_str(), 2); }));
 }
 
-std::vector<float> Reader::attribute(const GltfObject& attributes, const char* key, std::size_t components) {
+std::vector<float> GltfParser::attribute(const GltfObject& attributes, const char* key,
+                                         std::size_t components) {
     const int accessor = attributes.reference(key, fData.accessorCount());
     if (accessor < 0)
         return {};
@@ -392,7 +394,7 @@ std::vector<float> Reader::attribute(const GltfObject& attributes, const char* k
 }
 
 /// Always with alpha: the file may leave it out.
-std::vector<float> Reader::colors(const GltfObject& attributes) {
+std::vector<float> GltfParser::colors(const GltfObject& attributes) {
     const int accessor = attributes.reference("COLOR_0", fData.accessorCount());
     if (accessor < 0 || fData.components(accessor) != 3)
         return attribute(attributes, "COLOR_0", 4);
@@ -409,7 +411,7 @@ std::vector<float> Reader::colors(const GltfObject& attributes) {
 Scene readGltf(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
                const ProgressReport& report) {
     const GltfContainer container = openGltf(bytes);
-    return Reader(container, path.parent_path(), report).read();
+    return GltfParser(container, path.parent_path(), report).read();
 }
 
 } // namespace orloview

@@ -73,9 +73,9 @@ struct Part {
     }
 };
 
-class Reader {
+class ObjParser {
 public:
-    Reader(std::string_view text, const std::filesystem::path& folder, const ProgressReport& report)
+    ObjParser(std::string_view text, const std::filesystem::path& folder, const ProgressReport& report)
         : fReport(report), fText(text), fMaterials(folder, fScene, fWarnings) {}
 
     Scene read();
@@ -120,7 +120,7 @@ private:
     std::optional<std::size_t> fCurrent[3]; ///< the part in use by topology, until group or material change
 };
 
-Scene Reader::read() {
+Scene ObjParser::read() {
     fScene.format = "OBJ";
     constexpr std::size_t kLinesBetweenReports = 4096;
     const auto all = static_cast<double>(fText.size());
@@ -151,7 +151,7 @@ Scene Reader::read() {
 
 /// Keywords that say nothing about the picture (and curves and surfaces, which few files have) are passed
 /// over.
-void Reader::readLine(std::string_view keyword, std::string_view words) {
+void ObjParser::readLine(std::string_view keyword, std::string_view words) {
     if (keyword == "v")
         readPosition(words);
     else if (keyword == "vt")
@@ -179,12 +179,12 @@ void Reader::readLine(std::string_view keyword, std::string_view words) {
             current.reset();
 }
 
-void Reader::badLine(const char* reason) {
+void ObjParser::badLine(const char* reason) {
     fWarnings.add("line " + std::to_string(fLine), reason);
 }
 
 /// x, y, z and either a weight, which is passed over, or a colour.
-void Reader::readPosition(std::string_view words) {
+void ObjParser::readPosition(std::string_view words) {
     std::array<float, 6> numbers{};
     std::size_t count = 0;
     for (auto number = toNumber(takeWord(words)); number && count < numbers.size();
@@ -203,19 +203,19 @@ void Reader::readPosition(std::string_view words) {
         fColors.resize(fPositions.size(), 1.0F);
 }
 
-void Reader::readVector(std::string_view words, std::size_t width, std::vector<float>& to) {
+void ObjParser::readVector(std::string_view words, std::size_t width, std::vector<float>& to) {
     for (std::size_t i = 0; i < width; ++i)
         to.push_back(toFloat(toNumber(takeWord(words)).value_or(0.0)));
 }
 
 /// Of unit length: faces that have normals at some of their corners only keep these as they stand here.
-void Reader::readNormal(std::string_view words) {
+void ObjParser::readNormal(std::string_view words) {
     readVector(words, 3, fNormals);
     normalize(std::span(fNormals).last(3));
 }
 
 /// Counted from 1, or backwards from the end where negative.
-std::uint32_t Reader::listIndex(std::string_view word, std::size_t count, bool& valid) const {
+std::uint32_t ObjParser::listIndex(std::string_view word, std::size_t count, bool& valid) const {
     const auto number = toWhole(word);
     if (!number || *number == 0) {
         valid = false;
@@ -226,7 +226,7 @@ std::uint32_t Reader::listIndex(std::string_view word, std::size_t count, bool& 
 }
 
 /// "v", "v/vt", "v//vn" or "v/vt/vn".
-std::optional<Corner> Reader::readCorner(std::string_view word) const {
+std::optional<Corner> ObjParser::readCorner(std::string_view word) const {
     Corner corner;
     bool valid = true;
     const auto takeIndex = [&](std::size_t count, bool needed) {
@@ -241,7 +241,7 @@ std::optional<Corner> Reader::readCorner(std::string_view word) const {
     return valid ? std::optional(corner) : std::nullopt;
 }
 
-std::optional<std::vector<Corner>> Reader::readCorners(std::string_view words, std::size_t least) {
+std::optional<std::vector<Corner>> ObjParser::readCorners(std::string_view words, std::size_t least) {
     std::vector<Corner> corners;
     for (std::string_view word = takeWord(words); !word.empty() && !word.starts_with('#');
          word = takeWord(words)) {
@@ -259,7 +259,7 @@ std::optional<std::vector<Corner>> Reader::readCorners(std::string_view words, s
     return corners;
 }
 
-Part& Reader::part(Topology topology) {
+Part& ObjParser::part(Topology topology) {
     std::optional<std::size_t>& current = fCurrent[static_cast<std::size_t>(topology)];
     if (!current) {
         const auto [place, isNew] = fPartPlaces.emplace(PartKey{fGroup, fMaterial, topology}, fParts.size());
@@ -275,7 +275,7 @@ Part& Reader::part(Topology topology) {
     return fParts[*current];
 }
 
-void Reader::readFace(std::string_view words) {
+void ObjParser::readFace(std::string_view words) {
     std::optional<std::vector<Corner>> corners = readCorners(words, 3);
     if (!corners)
         return;
@@ -291,7 +291,7 @@ void Reader::readFace(std::string_view words) {
 }
 
 /// The corners of the triangles that the face is cut into.
-std::vector<std::uint32_t> Reader::cut(const std::vector<Corner>& face) const {
+std::vector<std::uint32_t> ObjParser::cut(const std::vector<Corner>& face) const {
     std::vector<std::uint32_t> polygon(face.size());
     std::iota(polygon.begin(), polygon.end(), 0U);
     std::vector<float> outline;
@@ -302,7 +302,7 @@ std::vector<std::uint32_t> Reader::cut(const std::vector<Corner>& face) const {
     return triangles;
 }
 
-void Reader::readPolyline(std::string_view words) {
+void ObjParser::readPolyline(std::string_view words) {
     const std::optional<std::vector<Corner>> corners = readCorners(words, 2);
     if (!corners)
         return;
@@ -312,7 +312,7 @@ void Reader::readPolyline(std::string_view words) {
             to.mesh.indices.push_back(to.vertexOf(corner));
 }
 
-void Reader::readPoints(std::string_view words) {
+void ObjParser::readPoints(std::string_view words) {
     const std::optional<std::vector<Corner>> corners = readCorners(words, 1);
     if (!corners)
         return;
@@ -321,14 +321,14 @@ void Reader::readPoints(std::string_view words) {
         to.mesh.indices.push_back(to.vertexOf(corner));
 }
 
-void Reader::readSmoothing(std::string_view words) {
+void ObjParser::readSmoothing(std::string_view words) {
     const std::string_view word = takeWord(words);
     const long long number = word == "on" ? 1 : toWhole(word).value_or(0);
     fSmoothing = number > 0 && number < kNone / 2 ? static_cast<std::uint32_t>(number) : 0;
 }
 
 /// Gives the part's vertices their values from the file's lists and hands the mesh over.
-void Reader::finish(Part& part) {
+void ObjParser::finish(Part& part) {
     Mesh& mesh = part.mesh;
     const std::string name = mesh.name.empty() ? "the mesh" : "'" + mesh.name + "'";
     const bool allNormals = std::all_of(part.corners.begin(), part.corners.end(), [&](const Corner& corner) {
@@ -361,7 +361,7 @@ void Reader::finish(Part& part) {
 }
 
 /// Normals by smoothing group; corners that have one in the file keep it.
-void Reader::addNormals(Part& part) {
+void ObjParser::addNormals(Part& part) {
     std::unordered_map<Corner, std::uint32_t, CornerHash> places;
     std::vector<std::uint32_t> groups;
     for (const Corner& corner : part.corners) {
@@ -378,7 +378,7 @@ void Reader::addNormals(Part& part) {
 
 Scene readObj(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
               const ProgressReport& report) {
-    return Reader({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, path.parent_path(), report)
+    return ObjParser({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, path.parent_path(), report)
         .read();
 }
 

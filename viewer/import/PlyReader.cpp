@@ -171,9 +171,9 @@ std::vector<std::size_t> placesOf(const PlyElement& element,
     return {};
 }
 
-class Reader {
+class PlyParser {
 public:
-    Reader(std::string_view file, const ProgressReport& report)
+    PlyParser(std::string_view file, const ProgressReport& report)
         : fReport(report), fHeader(takePlyHeader(file)), fBody(file, fHeader.format), fLength(fBody.left()) {}
 
     Scene read() {
@@ -218,14 +218,14 @@ private:
     Warnings fWarnings;
 };
 
-void Reader::readRow(const PlyElement& element) {
+void PlyParser::readRow(const PlyElement& element) {
     constexpr std::size_t kRowsBetweenReports = 4096;
     fRow.read(element, fBody);
     if (++fRowsRead % kRowsBetweenReports == 0)
         tell(fReport, static_cast<double>(fLength - fBody.left()), static_cast<double>(fLength));
 }
 
-void Reader::readVertices(const PlyElement& element) {
+void PlyParser::readVertices(const PlyElement& element) {
     const auto positions = placesOf(element, {{"x", "y", "z"}});
     const auto normals = placesOf(element, {{"nx", "ny", "nz"}});
     const auto uvs = placesOf(element, {{"s", "t"}, {"u", "v"}, {"texture_u", "texture_v"}});
@@ -274,7 +274,7 @@ std::size_t listPlace(const PlyElement& element) {
                       "' has no list of vertex indices; export the model again");
 }
 
-void Reader::readFaces(const PlyElement& element) {
+void PlyParser::readFaces(const PlyElement& element) {
     if (element.count == 0)
         return;
     const std::size_t list = listPlace(element);
@@ -292,7 +292,7 @@ void Reader::readFaces(const PlyElement& element) {
 }
 
 /// A negative index ends a strip, and the next one begins.
-void Reader::readStrips(const PlyElement& element) {
+void PlyParser::readStrips(const PlyElement& element) {
     if (element.count == 0)
         return;
     const std::size_t list = listPlace(element);
@@ -312,7 +312,7 @@ void Reader::readStrips(const PlyElement& element) {
     }
 }
 
-void Reader::readEdges(const PlyElement& element) {
+void PlyParser::readEdges(const PlyElement& element) {
     const auto ends = placesOf(element, {{"vertex1", "vertex2"}});
     if (ends.empty())
         return skip(element);
@@ -322,7 +322,7 @@ void Reader::readEdges(const PlyElement& element) {
     }
 }
 
-void Reader::skip(const PlyElement& element) {
+void PlyParser::skip(const PlyElement& element) {
     if (element.properties.empty()) // takes no bytes, so its count may be anything
         return;
     for (std::size_t i = 0; i < element.count; ++i)
@@ -331,7 +331,7 @@ void Reader::skip(const PlyElement& element) {
         fWarnings.add("the element '" + element.name + "'", "left out: it is of no known kind");
 }
 
-void Reader::add(Scene& scene, Topology topology, std::vector<std::uint32_t> indices) {
+void PlyParser::add(Scene& scene, Topology topology, std::vector<std::uint32_t> indices) {
     if (indices.empty())
         return;
     Mesh mesh = fVertices;
@@ -347,7 +347,7 @@ void Reader::add(Scene& scene, Topology topology, std::vector<std::uint32_t> ind
 }
 
 /// Faces and edges share the vertices; without either the file is a cloud of points.
-Scene Reader::takeScene() {
+Scene PlyParser::takeScene() {
     Scene scene;
     scene.format = fHeader.format == PlyFormat::Text ? "PLY text" : "PLY binary";
     for (const std::vector<std::uint32_t>& polygon : fPolygons)
@@ -366,7 +366,7 @@ Scene Reader::takeScene() {
 } // namespace
 
 Scene readPly(const std::vector<std::uint8_t>& bytes, const ProgressReport& report) {
-    return Reader({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, report).read();
+    return PlyParser({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, report).read();
 }
 
 } // namespace orloview

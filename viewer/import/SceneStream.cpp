@@ -65,9 +65,9 @@ private:
     std::string fPending;
 };
 
-class Reader {
+class StreamParser {
 public:
-    explicit Reader(std::span<const std::uint8_t> bytes) : fRest(bytes) {}
+    explicit StreamParser(std::span<const std::uint8_t> bytes) : fRest(bytes) {}
     bool good() const { return fGood; }
     bool atEnd() const { return fRest.empty(); }
 
@@ -92,7 +92,7 @@ private:
     bool fGood = true;
 };
 
-// One list of fields for each type serves both ways: `Stream` is a Writer or a Reader.
+// One list of fields for each type serves both ways: `Stream` is a Writer or a StreamParser.
 
 template <typename Stream, typename... Fields>
 void transfer(Stream& stream, Fields&... fields);
@@ -196,7 +196,7 @@ bool writeScene(Scene scene, int fileDescriptor) {
 }
 
 bool readScene(std::span<const std::uint8_t> bytes, Scene& scene) {
-    Reader reader(bytes);
+    StreamParser reader(bytes);
     fieldsOf(reader, scene);
     return reader.good() && reader.atEnd() && isConsistent(scene);
 }

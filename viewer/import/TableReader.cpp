@@ -100,9 +100,9 @@ void scaleColors(std::vector<float>& colors) {
             colors[i] /= kFull;
 }
 
-class Reader {
+class TableParser {
 public:
-    Reader(std::string_view file, const ProgressReport& report)
+    TableParser(std::string_view file, const ProgressReport& report)
         : fReport(report), fLength(file.size()), fRest(withoutMark(file)), fTitle(takeTitle(fRest, fLine)),
           fSplitter(fTitle), fNames(namesIn(fTitle)), fRow(fNames.size()) {}
 
@@ -150,8 +150,8 @@ private:
 };
 
 /// Adds a component each; nothing where no column has any of them.
-void Reader::add(std::initializer_list<std::initializer_list<std::string_view>> components,
-                 std::vector<float>& to, float instead) {
+void TableParser::add(std::initializer_list<std::initializer_list<std::string_view>> components,
+                      std::vector<float>& to, float instead) {
     std::vector<Column> columns;
     bool any = false;
     for (const auto& spellings : components) {
@@ -165,7 +165,7 @@ void Reader::add(std::initializer_list<std::initializer_list<std::string_view>> 
         fColumns.insert(fColumns.end(), columns.begin(), columns.end());
 }
 
-void Reader::addColumns() {
+void TableParser::addColumns() {
     if (!find(fNames, {"x"}) || !find(fNames, {"y"}) || !find(fNames, {"z"}))
         throw ImportError(
             "its first line names no columns x, y and z; begin it with a line such as \"x y z\"");
@@ -180,7 +180,7 @@ void Reader::addColumns() {
                           "left out: it is of no known kind");
 }
 
-bool Reader::takeRow(std::string_view& line) {
+bool TableParser::takeRow(std::string_view& line) {
     constexpr std::size_t kRowsBetweenReports = 4096;
     while (!fRest.empty()) {
         line = trimmed(takeLine(fRest));
@@ -192,7 +192,7 @@ bool Reader::takeRow(std::string_view& line) {
     return false;
 }
 
-void Reader::readRow(std::string_view line) {
+void TableParser::readRow(std::string_view line) {
     std::size_t count = 0;
     while (const auto cell = fSplitter.take(line)) {
         if (count < fNames.size()) {
@@ -209,7 +209,7 @@ void Reader::readRow(std::string_view line) {
               ", and the first line names " + std::to_string(fNames.size()) + " columns");
 }
 
-Scene Reader::takeScene() {
+Scene TableParser::takeScene() {
     if (fPoints.positions.empty())
         throw ImportError("there are no points in it, only the names of columns");
     scaleColors(fPoints.colors);
@@ -236,7 +236,7 @@ bool isTable(std::string_view start) {
 }
 
 Scene readTable(const std::vector<std::uint8_t>& bytes, const ProgressReport& report) {
-    return Reader({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, report).read();
+    return TableParser({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, report).read();
 }
 
 } // namespace orloview

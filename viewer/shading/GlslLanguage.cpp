@@ -1,14 +1,10 @@
 #include "shading/GlslLanguage.h"
 
-#include <gl/GLFunctionTable.h>
+#include "draw/GL.h"
 
 namespace orloview {
 
 namespace {
-
-GLFunctionTable& gl() {
-    return *GLFunctionTable::fpGlobalFunctionTable;
-}
 
 class CompiledGlsl final : public MaterialShader {
 public:

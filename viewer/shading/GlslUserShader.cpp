@@ -1,6 +1,7 @@
 #include "shading/GlslUserShader.h"
 
 #include "base/ExitCode.h"
+#include "draw/GL.h"
 
 #include <algorithm>
 #include <fstream>
@@ -8,15 +9,9 @@
 #include <regex>
 #include <sstream>
 
-#include <gl/GLFunctionTable.h>
-
 namespace orloview {
 
 namespace {
-
-GLFunctionTable& gl() {
-    return *GLFunctionTable::fpGlobalFunctionTable;
-}
 
 std::string logOf(GLhandleARB object) {
     GLint length = 0;

@@ -1,5 +1,6 @@
 #include "shading/SceneShaders.h"
 
+#include "draw/GL.h"
 #include "output/OutputFile.h"
 
 #include "base/ExitCode.h"
@@ -11,16 +12,11 @@
 #include <filesystem>
 #include <set>
 
-#include <gl/GLFunctionTable.h>
 #include <texture/GLTexUsage.h>
 
 namespace orloview {
 
 namespace {
-
-GLFunctionTable& gl() {
-    return *GLFunctionTable::fpGlobalFunctionTable;
-}
 
 /// As a file name: whatever might mean something to a file system becomes a line.
 std::string fileNameOf(const std::string& name) {
