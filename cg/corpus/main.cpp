@@ -69,7 +69,9 @@ bool openContext() {
     const auto chooseVisual = find<decltype(&::glXChooseVisual)>("glXChooseVisual");
     const auto createContext = find<decltype(&::glXCreateContext)>("glXCreateContext");
     const auto makeCurrent = find<decltype(&::glXMakeCurrent)>("glXMakeCurrent");
-    int attributes[] = {GLX_RGBA, GLX_DEPTH_SIZE, 16, None};
+    // Two buffers: into a single one some drivers draw over what they read of the window, which X refuses of
+    // an unmapped one.
+    int attributes[] = {GLX_RGBA, GLX_DOUBLEBUFFER, GLX_DEPTH_SIZE, 16, None};
     XVisualInfo* visual = chooseVisual(display, DefaultScreen(display), attributes);
     if (!visual)
         return false;

@@ -401,8 +401,9 @@ TEST_F(DriverCg, textures) {
             {"return tex2Dproj(s, float4(1.5, 1, 0, 2));", green},
             {"return tex2Dlod(s, float4(0.75, 0.5, 0, 1));", blueColor},
             {"return tex2Dlod(s, float4(0.75, 0.5, 0, 0));", green},
+            // From level -1 to level 1: drivers needn't bias by more than 2.
             {"@float4 main(float4 w : WPOS, uniform sampler2D s) : COLOR { return tex2Dbias(s, float4(w.xy * "
-             "0.001 + float2(0.75, 0.5), 0, 12)); }",
+             "0.25 + float2(0.375, 0.125), 0, 2)); }",
              blueColor},
             {"return tex2D(s, float2(0.75, 0.5), float2(0, 0), float2(0, 0));", green},
             {"return tex2D(s, float2(0.75, 0.5), float2(8, 0), float2(0, 8));", blueColor},

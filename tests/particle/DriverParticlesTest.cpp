@@ -62,6 +62,13 @@ protected:
         return pixels;
     }
 
+    /// The largest size of a range of the driver's, which need be no more than 1.
+    float largest(GLenum range) {
+        GLfloat sizes[2] = {1, 1};
+        gl().glGetFloatv(range, sizes);
+        return std::floor(sizes[1]);
+    }
+
     /// Pixels that something was drawn on.
     int covered() {
         const std::vector<GLubyte> pixels = picture();
@@ -154,7 +161,7 @@ TEST_F(DriverParticles, aStreakFadesFromHeadToTail) {
     one->setVelocities({40 / (0.0333F * 7), 0, 0}); // 40 pixels long
     one->setColors({1, 0.5F, 0, 1});
     GLParticleStreakDraw drawer(*one);
-    drawer.fLineWidth = 3;
+    drawer.fLineWidth = std::min(3.0F, largest(GL_ALIASED_LINE_WIDTH_RANGE));
     drawer.fTailFade = 0.25F;
     drawer.draw(nullptr, nullptr);
     for (int x = -19; x < 20; x += 3) {
@@ -164,7 +171,7 @@ TEST_F(DriverParticles, aStreakFadesFromHeadToTail) {
         EXPECT_NEAR(readPixel(x + 32, 32)[1], 128, 1);
     }
     EXPECT_FALSE(isCovered(-22, 0) || isCovered(22, 0) || isCovered(0, 4) || isCovered(0, -4));
-    EXPECT_NEAR(covered(), 40 * 3, 3);
+    EXPECT_NEAR(covered(), 40 * drawer.fLineWidth, 3);
 }
 
 TEST_F(DriverParticles, pointsShrinkWithDistance) {
@@ -172,19 +179,20 @@ TEST_F(DriverParticles, pointsShrinkWithDistance) {
     gl().glLoadIdentity();
     gl().glFrustum(-1, 1, -1, 1, 1, 100);
     gl().glMatrixMode(GL_MODELVIEW);
+    const float full = std::min(24.0F, 4 * std::floor(largest(GL_ALIASED_POINT_SIZE_RANGE) / 4));
     const auto side = [&](float distance) {
         const auto one = particlesAt({0, 0, -distance});
-        one->fPointSize = 24;
+        one->fPointSize = full;
         GLParticlePointDraw drawer(*one);
         drawer.fDistanceAttenuation[2] = 1.0F / 16; // full size at 4, half at 8, a quarter at 16
         clear();
         drawer.draw(nullptr, nullptr);
         return std::sqrt(covered());
     };
-    EXPECT_EQ(side(4), 24);
-    EXPECT_EQ(side(8), 12);
-    EXPECT_EQ(side(16), 6);
-    EXPECT_EQ(side(1), 24) << "nearer, they are as large as the data say and no larger";
+    EXPECT_EQ(side(4), full);
+    EXPECT_EQ(side(8), full / 2);
+    EXPECT_EQ(side(16), full / 4);
+    EXPECT_EQ(side(1), full) << "nearer, they are as large as the data say and no larger";
     const GLfloat none[] = {1, 0, 0};
     gl().glPointParameterfv(GL_POINT_DISTANCE_ATTENUATION, none);
 }

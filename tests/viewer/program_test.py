@@ -139,7 +139,7 @@ class Program(ViewerProgram):
             self.assertEqual(tuple(file.read()[13:16]), (0, 0, 0), "over black")
 
     def test_samples_and_tiles(self):
-        # Corners where tiles' arithmetic is exact, so that a tile is the whole picture's to the byte.
+        # Corners where tiles' arithmetic is exact: to the byte on Mesa's llvmpipe, 15 pixels of 16 million off on its softpipe.
         model = self.write("m.gltf", gltf(unlit(0.5, 0.2, 1.0), ((-0.9375, -0.875, 0), (0.75, -0.25, 0), (-0.125, 0.9375, 0)), cameras=[{"type": "orthographic", "orthographic": {"xmag": 1, "ymag": 1, "znear": 0.1, "zfar": 20}}], nodes=[{"mesh": 0}, {"camera": 0, "translation": [0, 0, 10]}]))
 
         def written(*switches):
@@ -150,7 +150,11 @@ class Program(ViewerProgram):
 
         for size, tile, samples in ((4096, 512, 1), (300, 64, 2), (300, 17, 3)):
             switches = ("--size", f"{size}x{size}", "--samples", str(samples))
-            self.assertTrue(written(*switches, "--tile", "16384") == written(*switches, "--tile", str(tile)), (size, tile))
+            whole, tiled = written(*switches, "--tile", "16384"), written(*switches, "--tile", str(tile))
+            if whole != tiled:
+                rows = zip(read_png(whole)[3], read_png(tiled)[3])
+                wrong = sum(a[x : x + 3] != b[x : x + 3] for a, b in rows if a != b for x in range(0, 3 * size, 3))
+                self.assertLess(wrong, 1 + size * size / 100000, (size, tile))
         blends = [len({bytes(row[x : x + 3]) for row in read_png(written("--size", "64x64", "--samples", str(n)))[3] for x in range(0, 192, 3)}) for n in (1, 2, 4)]
         self.assertTrue(2 == blends[0] < blends[1] <= 5 < blends[2], blends)
 
@@ -256,14 +260,15 @@ class Program(ViewerProgram):
         model = self.write("m.gltf", gltf())
         for switch in ("--cull", "--shadows"):
             self.fails(1, [model, switch, "--offscreen", "pbuffer", "-o", self.path("out.png")], "what --cull and --shadows need lives in another context")
-        environment = {"MESA_EXTENSION_OVERRIDE": "-GL_ARB_occlusion_query"}
+        environment = self.without("GL_ARB_occlusion_query", "kCapOcclusionQuery")
         result = self.run_viewer(model, "--cull", "-o", self.path("out.png"), environment=environment)
         self.assertEqual(result.returncode, 0)
         self.assertEqual(result.stderr.decode(), "orloview: this OpenGL counts no samples (GL_ARB_occlusion_query): --cull draws everything\n")
 
     def test_progress(self):
-        model = self.write("m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n" + "f 1 2 3\n" * 400000)
-        arguments = [model, "-o", self.path("out.png"), "--size", "64x64", "--shading", "fixed"]  # all triangles lie on each other
+        # All but one triangle are smaller than a pixel, for drivers that draw slowly.
+        model = self.write("m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0.01 0 0\nv 0 0.01 0\nf 1 2 3\n" + "f 1 4 5\n" * 400000)
+        arguments = [model, "-o", self.path("out.png"), "--size", "64x64", "--shading", "fixed"]
         self.assertEqual(self.run_viewer(*arguments).stderr, b"", "no terminal, no progress")
         lines = self.run_viewer(*arguments, "--progress", "plain").stderr.decode().splitlines()
         done = [line.split()[1] for line in lines if "done in" in line]
@@ -292,15 +297,14 @@ class Program(ViewerProgram):
 
     def test_byte_buffers_do_where_floats_are_not_offered(self):
         model = self.write("m.gltf", gltf(unlit(0.5, 0.0, 1.0)))
-        rows = self.picture(
-            model, "--size", "64x48", environment={"MESA_EXTENSION_OVERRIDE": "-GL_ARB_texture_float"}
-        )[3]
+        environment = self.without("GL_ARB_texture_float", "kCapTextureFloat")
+        rows = self.picture(model, "--size", "64x48", environment=environment)[3]
         self.assertAlmostEqual(rows[26][32 * 3], 188, delta=1)
 
     def test_gl_info(self):
         result = self.run_viewer("--gl-info")
         self.assertEqual(result.returncode, 0)
-        for words in ("OpenGL version: ", "renderer: ", "kCapFramebufferObject: yes", "kCapNVVertexProgram: no", "texture size: "):
+        for words in ("OpenGL version: ", "renderer: ", "kCapFramebufferObject: yes", "kCapNVVertexProgram: ", "texture size: "):
             self.assertIn(words, result.stdout.decode())
 
     # Wrong use
@@ -361,7 +365,8 @@ class Program(ViewerProgram):
 
     def test_no_framebuffer_objects(self):
         arguments = [self.write("m.gltf", gltf()), "-o", self.path("out.png"), "--size", "16x16"]
-        self.fails(4, arguments, "framebuffer objects", environment={"MESA_EXTENSION_OVERRIDE": "-GL_EXT_framebuffer_object"})
+        environment = self.without("GL_EXT_framebuffer_object", "kCapFramebufferObject")
+        self.fails(4, arguments, "framebuffer objects", environment=environment)
 
     def test_a_failed_write_leaves_the_old_picture(self):
         model = self.write("m.gltf", gltf())

@@ -186,11 +186,13 @@ class Textures(ViewerProgram):
                 self.assertEqual(list(read_png(file.read())[3][8][24:27]), [255, 0, 0])
 
     def test_a_picture_beyond_the_limit_is_reduced(self):
-        quads, wide = [{"material": 0, "at": WHOLE}], [[RED] * 10000 + [BLUE] * 10000] * 2
+        limit = int(self.run_viewer("--gl-info").stdout.decode().split("texture size: ")[1].split()[0])
+        half = limit // 2 + 8
+        quads, wide = [{"material": 0, "at": WHOLE}], [[RED] * half + [BLUE] * half] * 2
         rows = self.draw(quads, [unlit()], [wide], expect=3)
         self.assertEqual((rows[32][8], rows[32][56]), (RED, BLUE))
         told = self.run_viewer(self.path("m.gltf"), "-o", self.path("out.png")).stderr.decode()
-        self.assertIn("'0.png': drawn with 10000x1 pixels of its 20000x2", told)
+        self.assertIn(f"'0.png': drawn with {half}x1 pixels of its {2 * half}x2", told)
 
 
 if __name__ == "__main__":

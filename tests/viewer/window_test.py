@@ -93,15 +93,15 @@ class Window:
         return rows
 
     def settle(self):
-        """The picture once it has stood still for a while, without the rows of the message."""
+        """The picture once it has stood still and the program idle for a while, without the rows of the message."""
         last, since = None, time.monotonic()
         end = since + 30
         while time.monotonic() < end:
-            now = self.picture()[:-MESSAGE]
+            now = self.picture()[:-MESSAGE], self.ticks()
             if now != last:
                 last, since = now, time.monotonic()
             elif time.monotonic() - since > 0.35:
-                return last
+                return last[0]
             time.sleep(0.05)
         raise AssertionError("the picture never stands still")
 
