@@ -223,10 +223,10 @@ TEST_F(DriverOffscreenRoads, aPbufferIsDrawnIntoAndRead) {
     // A single-buffered one is made and measured. What is drawn into it is another matter: Mesa 22.3 raises
     // BadMatch whenever it is flushed, and gives nothing back with softpipe.
     GLFrameBuffer single;
-    ASSERT_EQ(single.createOffscreen(window, format(2), 1U << 20, 8, false), 0u);
+    ASSERT_EQ(single.createOffscreen(window, format(2), kSide, kSide, false), 0u);
     begin(single);
     EXPECT_EQ(gl().glGetError(), GLenum{GL_NO_ERROR});
-    EXPECT_EQ(single.fHeight, 8u);
+    EXPECT_EQ(single.fWidth, static_cast<unsigned>(kSide));
     single.deleteInternalState();
     startup().makeCurrent();
     // Where no configuration is in floats (Mesa 22.3) it says so.
