@@ -413,8 +413,6 @@ private:
 
 /// Switches the active texture unit and back; whether the implementation followed.
 bool canSwitchUnits(GLFunctionTable& table) {
-    if (!table.fglActiveTexture || !table.fglGetIntegerv)
-        return false;
     GLint before = 0;
     table.glGetIntegerv(GL_ACTIVE_TEXTURE, &before);
     const GLenum other = before == GL_TEXTURE1 ? GL_TEXTURE0 : GL_TEXTURE1;
@@ -459,9 +457,9 @@ void GLFunctionTable::populate() {
 bool GLFunctionTable::ensureLiveMultitexture() {
     if (!usable(kCapMultitexture) || fMaxTextureUnits < 2)
         return false;
-    if (canSwitchUnits(*this))
+    const MultitextureSet found = MultitextureSet::of(*this);
+    if (found.complete() && canSwitchUnits(*this))
         return true;
-    const MultitextureSet inert = MultitextureSet::of(*this);
     const ProcAddressResolver resolver(openGLLibrary());
     for (const char* suffix : {"", "ARB"}) {
         const MultitextureSet candidate = MultitextureSet::named(resolver, suffix);
@@ -471,7 +469,7 @@ bool GLFunctionTable::ensureLiveMultitexture() {
         if (canSwitchUnits(*this))
             return true;
     }
-    inert.putInto(*this);
+    found.putInto(*this);
     return false;
 }
 
