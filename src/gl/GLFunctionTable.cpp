@@ -530,6 +530,7 @@ void GLFunctionTable::populate_platformExtensions() {
 
 void GLFunctionTable::nullify_platform() {
 #define ENTRY_GLX(ret, name, ...) f##name = nullptr;
+#define ENTRY_UNUSED(name) f##name = nullptr;
 #include "gl/GLEntryPoints.inc"
 }
 

@@ -111,6 +111,7 @@ public:
 #define ENTRY_AS(ret, member, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
 #define ENTRY_SLOT(ret, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
 #define ENTRY_GLX(ret, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
+#define ENTRY_UNUSED(name) void (*f##name)() = nullptr;
 #include "gl/GLEntryPoints.inc"
 
     // The members.

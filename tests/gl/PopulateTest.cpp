@@ -178,6 +178,8 @@ TEST_F(Populate, itsMembersStandInAFixedOrder) {
     };
     EXPECT_TRUE(std::is_sorted(kPlaces.begin(), kPlaces.end()));
     EXPECT_EQ(AT(fglViewport) - AT(fglAccum), ptrdiff_t{335 * sizeof(void*)});
+    EXPECT_EQ(AT(fglXCreatePbuffer) - AT(fglXDestroyWindow), ptrdiff_t{2 * sizeof(void*)});
+    EXPECT_EQ(table.fglXUnused, nullptr);
 #undef AT
 }
 
