@@ -107,11 +107,7 @@ public:
     bool fInBeginEnd;
 
     // The slots.
-#define ENTRY_CORE(ret, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
-#define ENTRY_AS(ret, member, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
-#define ENTRY_SLOT(ret, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
-#define ENTRY_GLX(ret, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
-#define ENTRY_UNUSED(name) void (*f##name)() = nullptr;
+#define ENTRY_ANY(ret, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
 #include "gl/GLEntryPoints.inc"
 
     // The members.
@@ -120,6 +116,6 @@ public:
         return f##name(ORLO_ARGUMENTS(__VA_ARGS__));                                                         \
     }
 #define ENTRY_AS(ret, member, name, ...) ret member(ORLO_PARAMETERS(__VA_ARGS__));
-#define ENTRY_GLX(ret, name, ...) OrloHost<ret> name(ORLO_HOST_PARAMETERS(__VA_ARGS__)) const;
+#define ENTRY_GLX(when, ret, name, ...) OrloHost<ret> name(ORLO_HOST_PARAMETERS(__VA_ARGS__)) const;
 #include "gl/GLEntryPoints.inc"
 };
