@@ -464,7 +464,7 @@ TEST_F(Populate, anArrayNeedsTwoLayers) {
 /// The three sets of names: the core's, and those with the suffixes ARB and EXT.
 class Multitexture : public Populate {
 protected:
-    Multitexture() { script().version = "1.3"; }
+    Multitexture() { script().extensions = "GL_ARB_multitexture"; }
 
     static Names namesWith(const std::string& suffix) {
         const Names& probed = kLookups.at(kCapMultitexture);
@@ -474,39 +474,52 @@ protected:
         return names;
     }
 
-    static std::set<std::string> setWith(const std::string& suffix) {
-        const Names names = namesWith(suffix);
-        return {names.begin(), names.end()};
-    }
-
-    /// The look-ups of the multitexture group alone.
-    static Names multitextureLookups(GLFunctionTable& table) {
-        clearRecorded();
-        table.populate();
-        Names found = lookups();
-        std::erase_if(found, [](const std::string& name) {
-            return name.find("MultiTex") == name.npos && name.find("ActiveTexture") == name.npos;
-        });
-        return found;
-    }
+    const Names fExtNames = namesWith("EXT");
+    const std::set<std::string> fExtSet{fExtNames.begin(), fExtNames.end()};
 };
 
-TEST_F(Multitexture, theExtSetOverwritesTheCoreSet) {
-    script().inert = setWith("EXT");
+TEST_F(Multitexture, looksForTheCoreSetAndOthers) {
+    const struct {
+        const char* what;
+        std::set<std::string> inert;
+        std::set<std::string> missing;
+        std::vector<Names> lookups;
+        bool found;
+    } kCases[] = {
+        {"EXT over core", fExtSet, {}, {{"glMultiTexCoord1d"}, namesWith(""), fExtNames}, true},
+        {"ARB alone", {}, {"glMultiTexCoord1d"}, {{"glMultiTexCoord1d"}, namesWith("ARB")}, true},
+        {"EXT alone",
+         fExtSet,
+         {"glMultiTexCoord1d", "glMultiTexCoord1dARB"},
+         {{"glMultiTexCoord1d", "glMultiTexCoord1dARB"}},
+         false},
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.what);
+        script().inert = c.inert;
+        script().missing = c.missing;
+        Found expected = offered(kOld, c.found ? "GL_ARB_multitexture" : "");
+        expected.lookups.clear();
+        for (const Names& names : c.lookups)
+            append(expected.lookups, names);
+        append(expected.lookups, kLookups.at(kGlx));
+        GLFunctionTable table;
+        expectToFind(table, expected);
+        EXPECT_EQ(table.fMaxTextureUnits, c.found ? 8 : 1);
+        EXPECT_EQ(table.ensureLiveMultitexture(), c.found);
+    }
+}
+
+TEST_F(Multitexture, theLookForAnExtSetTakesWhatWasFound) {
     GLFunctionTable table;
-    Names expected = {"glMultiTexCoord1d"};
-    append(expected, namesWith(""));
-    append(expected, namesWith("EXT"));
-    EXPECT_EQ(multitextureLookups(table), expected);
-    EXPECT_TRUE(table.usable(kCapMultitexture));
+    script().inert = fExtSet;
+    table.populate();
     clearRecorded();
     table.glActiveTexture(GL_TEXTURE1);
     table.glMultiTexCoord1d(GL_TEXTURE1, 0.5);
     EXPECT_EQ(recorded(), Calls{}) << "the inert set is in place";
-}
 
-TEST_F(Multitexture, withoutAnExtSetOnlyTheFirstSlotIsLost) {
-    GLFunctionTable table;
+    script().inert = {};
     table.populate();
     EXPECT_TRUE(table.usable(kCapMultitexture));
     EXPECT_EQ(table.fglMultiTexCoord1d, nullptr);
@@ -515,47 +528,20 @@ TEST_F(Multitexture, withoutAnExtSetOnlyTheFirstSlotIsLost) {
     table.glClientActiveTexture(GL_TEXTURE1);
     EXPECT_EQ(recorded(), (Calls{call("glMultiTexCoord1f", GL_TEXTURE1, 0.5),
                                  call("glClientActiveTexture", GL_TEXTURE1)}));
-}
 
-TEST_F(Multitexture, theArbSetServesWhereThereIsNoCoreSet) {
+    // With the capability found, ARB names aren't looked for again.
     script().missing = {"glMultiTexCoord1d"};
-    GLFunctionTable table;
-    Names expected = {"glMultiTexCoord1d"};
-    append(expected, namesWith("ARB"));
-    EXPECT_EQ(multitextureLookups(table), expected);
-    EXPECT_TRUE(table.usable(kCapMultitexture));
-    EXPECT_EQ(table.fMaxTextureUnits, 8);
-
-    // A second run finds the capability set and goes on to the EXT set, which isn't there.
-    EXPECT_EQ(multitextureLookups(table), (Names{"glMultiTexCoord1d", "glMultiTexCoord1dEXT"}));
+    const auto other = table.fglMultiTexCoord1dv;
+    Found expected = offered(kOld, "GL_ARB_multitexture");
+    expected.lookups = {"glMultiTexCoord1d", "glMultiTexCoord1dEXT"};
+    append(expected.lookups, kLookups.at(kGlx));
+    expectToFind(table, expected);
     EXPECT_EQ(table.fglMultiTexCoord1d, nullptr);
-    EXPECT_NE(table.fglMultiTexCoord1dv, nullptr);
-    EXPECT_TRUE(table.usable(kCapMultitexture));
-}
-
-TEST_F(Multitexture, withNoSetThereIsNoCapability) {
-    script().missing = {"glMultiTexCoord1d", "glMultiTexCoord1dARB"};
-    script().inert = setWith("EXT");
-    GLFunctionTable table;
-    EXPECT_EQ(multitextureLookups(table), (Names{"glMultiTexCoord1d", "glMultiTexCoord1dARB"}));
-    EXPECT_FALSE(table.usable(kCapMultitexture));
-    EXPECT_EQ(table.fMaxTextureUnits, 1);
-    EXPECT_EQ(table.fglActiveTexture, nullptr);
-    EXPECT_FALSE(table.ensureLiveMultitexture());
-}
-
-TEST_F(Multitexture, theHostsVetoDoesNotChangeTheLimits) {
-    GLFunctionTable table;
-    table.fExtEnabled[kCapMultitexture] = false;
-    table.populate();
-    EXPECT_EQ(table.fMaxTextureUnits, 8);
-    EXPECT_FALSE(table.fExtEnabled[kCapMultitexture]) << "start-up lifts no veto";
-    EXPECT_FALSE(table.ensureLiveMultitexture());
+    EXPECT_EQ(table.fglMultiTexCoord1dv, other);
 }
 
 TEST_F(Multitexture, theRemedyPutsACompleteLiveSetInPlace) {
-    const std::set<std::string> kExtSet = setWith("EXT");
-    std::set<std::string> extAndCore = kExtSet;
+    std::set<std::string> extAndCore = fExtSet;
     extAndCore.insert("glActiveTexture");
     const struct {
         const char* what;
@@ -565,9 +551,9 @@ TEST_F(Multitexture, theRemedyPutsACompleteLiveSetInPlace) {
         const char* suffix;
     } kCases[] = {
         {"the ARB set is all there is", {}, {"glMultiTexCoord1d"}, "ARB"},
-        {"EXT inert", kExtSet, {}, ""},
+        {"EXT inert", fExtSet, {}, ""},
         {"EXT and core inert", extAndCore, {}, "ARB"},
-        {"EXT inert, core incomplete", kExtSet, {"glMultiTexCoord4sv"}, "ARB"},
+        {"EXT inert, core incomplete", fExtSet, {"glMultiTexCoord4sv"}, "ARB"},
         {"EXT missing", {}, {}, ""},
         {"EXT missing, core inert", {"glActiveTexture"}, {}, "ARB"},
         {"EXT missing, core incomplete", {}, {"glClientActiveTexture"}, "ARB"},
@@ -602,12 +588,17 @@ TEST_F(Multitexture, theRemedyPutsACompleteLiveSetInPlace) {
     }
 }
 
-TEST_F(Multitexture, oneUnitCannotBeSwitched) {
+TEST_F(Multitexture, withoutUnitsToSwitchTheRemedyCallsNothing) {
+    GLFunctionTable vetoed;
+    vetoed.fExtEnabled[kCapMultitexture] = false;
+    vetoed.populate();
+    EXPECT_EQ(vetoed.fMaxTextureUnits, 8) << "limits describe the implementation";
     script().values[GL_MAX_TEXTURE_UNITS] = {1};
-    GLFunctionTable table;
-    table.populate();
+    GLFunctionTable single;
+    single.populate();
     clearRecorded();
-    EXPECT_FALSE(table.ensureLiveMultitexture());
+    EXPECT_FALSE(vetoed.ensureLiveMultitexture()) << "start-up lifts no veto";
+    EXPECT_FALSE(single.ensureLiveMultitexture());
     EXPECT_EQ(recorded(), Calls{});
 }
 
