@@ -27,6 +27,5 @@ enum class EntryGroup {
     TextureArray,
     NVTransformFeedback,
     EXTTransformFeedback,
-    NeverFilled,
-    Glx
+    NeverFilled
 };

@@ -5,11 +5,13 @@
 #include "orlohost/HWEnvironment.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <dlfcn.h>
 #include <initializer_list>
 #include <iterator>
+#include <optional>
 #include <string_view>
 
 GLFunctionTable* GLFunctionTable::fpGlobalFunctionTable = nullptr;
@@ -409,8 +411,6 @@ private:
 
 /// Switches the active texture unit and back; whether the implementation followed.
 bool canSwitchUnits(GLFunctionTable& table) {
-    if (!table.fglActiveTexture || !table.fglGetIntegerv)
-        return false;
     GLint before = 0;
     table.glGetIntegerv(GL_ACTIVE_TEXTURE, &before);
     const GLenum other = before == GL_TEXTURE1 ? GL_TEXTURE0 : GL_TEXTURE1;
@@ -420,6 +420,38 @@ bool canSwitchUnits(GLFunctionTable& table) {
     table.glActiveTexture(static_cast<GLenum>(before));
     return after == static_cast<GLint>(other);
 }
+
+/// When a GLX entry point is looked up, and the capability that it makes by itself.
+struct GlxLookUp {
+    int place;
+    std::optional<GLCapability> capability;
+};
+
+consteval GlxLookUp at(int place, std::optional<GLCapability> capability = std::nullopt) {
+    return {place, capability};
+}
+
+constexpr GlxLookUp kNever = {};
+
+struct GlxEntry {
+    GlxLookUp when;
+    /// Fills its slot; whether there is such an entry point.
+    bool (*resolve)(GLFunctionTable& table, const ProcAddressResolver& resolver);
+};
+
+/// In the order of the look-ups.
+constexpr auto kGlxEntries = [] {
+    std::array entries = {
+#define ENTRY_GLX(when, ret, name, ...)                                                                      \
+    GlxEntry{when, [](GLFunctionTable& table, const ProcAddressResolver& resolver) {                         \
+                 resolver.into(table.f##name, #name);                                                        \
+                 return table.f##name != nullptr;                                                            \
+             }},
+#include "gl/GLEntryPoints.inc"
+    };
+    std::ranges::sort(entries, {}, [](const GlxEntry& entry) { return entry.when.place; });
+    return entries;
+}();
 
 } // namespace
 
@@ -455,9 +487,9 @@ void GLFunctionTable::populate() {
 bool GLFunctionTable::ensureLiveMultitexture() {
     if (!usable(kCapMultitexture) || fMaxTextureUnits < 2)
         return false;
-    if (canSwitchUnits(*this))
+    const MultitextureSet found = MultitextureSet::of(*this);
+    if (found.complete() && canSwitchUnits(*this))
         return true;
-    const MultitextureSet inert = MultitextureSet::of(*this);
     const ProcAddressResolver resolver(openGLLibrary());
     for (const char* suffix : {"", "ARB"}) {
         const MultitextureSet candidate = MultitextureSet::named(resolver, suffix);
@@ -467,67 +499,26 @@ bool GLFunctionTable::ensureLiveMultitexture() {
         if (canSwitchUnits(*this))
             return true;
     }
-    inert.putInto(*this);
+    found.putInto(*this);
     return false;
 }
 
 void GLFunctionTable::populate_platformExtensions() {
     const ProcAddressResolver resolver(openGLLibrary());
-    // The order of the look-ups is older than the order of the slots.
-#define RESOLVE(name) resolver.into(f##name, #name)
-    RESOLVE(glXQueryExtensionsString);
-    RESOLVE(glXQueryVersion);
-    RESOLVE(glXChooseVisual);
-    RESOLVE(glXCreateContext);
-    RESOLVE(glXDestroyContext);
-    RESOLVE(glXMakeCurrent);
-    RESOLVE(glXSwapBuffers);
-    RESOLVE(glXGetConfig);
-    RESOLVE(glXGetCurrentContext);
-    RESOLVE(glXGetCurrentDrawable);
-    RESOLVE(glXGetCurrentDisplay);
-    RESOLVE(glXWaitGL);
-    RESOLVE(glXWaitX);
-    RESOLVE(glXDestroyPbuffer);
-    RESOLVE(glXChooseFBConfig);
-    RESOLVE(glXGetFBConfigAttrib);
-    RESOLVE(glXGetFBConfigs);
-    RESOLVE(glXGetVisualFromFBConfig);
-    RESOLVE(glXCreateWindow);
-    RESOLVE(glXDestroyWindow);
-    RESOLVE(glXCreatePbuffer);
-    RESOLVE(glXQueryDrawable);
-    RESOLVE(glXCreateNewContext);
-    RESOLVE(glXMakeContextCurrent);
-    RESOLVE(glXGetCurrentReadDrawable);
-    RESOLVE(glXQueryContext);
-    RESOLVE(glXSelectEvent);
-    RESOLVE(glXGetSelectedEvent);
-    RESOLVE(glXCreateGLXPbufferSGIX);
-    RESOLVE(glXCreateContextWithConfigSGIX);
-    RESOLVE(glXChooseFBConfigSGIX);
-    RESOLVE(glXGetVisualFromFBConfigSGIX);
-#undef RESOLVE
-
-    // By the entry point alone, without the GLX extension string. A library that answers for any name makes
-    // all nine true; the frame buffers then learn the truth from the calls.
-    const auto supportIf = [this](GLCapability capability, bool offered) {
-        if (offered)
-            fExtSupported[capability] = true;
-    };
-    supportIf(kCapGLXPbuffer, fglXCreatePbuffer);
-    supportIf(kCapGLXFBConfig, fglXChooseFBConfig);
-    supportIf(kCapGLXNewContext, fglXCreateNewContext);
-    supportIf(kCapGLXWindow, fglXDestroyWindow);
-    supportIf(kCapGLXDestroyPbuffer, fglXDestroyPbuffer);
-    supportIf(kCapSGIXPbuffer, fglXCreateGLXPbufferSGIX);
-    supportIf(kCapSGIXChooseFBConfig, fglXChooseFBConfigSGIX);
-    supportIf(kCapSGIXContextWithConfig, fglXCreateContextWithConfigSGIX);
-    supportIf(kCapSGIXVisualFromFBConfig, fglXGetVisualFromFBConfigSGIX);
+    for (const GlxEntry& entry : kGlxEntries) {
+        if (entry.when.place == kNever.place)
+            continue;
+        const bool found = entry.resolve(*this, resolver);
+        // By the entry point alone, without the GLX extension string. A library that answers for any name
+        // makes all nine true; the frame buffers then learn the truth from the calls.
+        if (found && entry.when.capability)
+            fExtSupported[*entry.when.capability] = true;
+    }
 }
 
 void GLFunctionTable::nullify_platform() {
-#define ENTRY_GLX(ret, name, ...) f##name = nullptr;
+#define ENTRY_GLX(when, ret, name, ...) f##name = nullptr;
+#define ENTRY_UNUSED(name) f##name = nullptr;
 #include "gl/GLEntryPoints.inc"
 }
 

@@ -63,10 +63,12 @@ public:
     /// Sees to it that the multitexture slots hold entry points that work. Needs a current GL context.
     ///
     /// A vendor-neutral GL library answers for any name, also for the EXT set that populate puts over the
-    /// core set: then glActiveTexture does nothing. This operation switches the active unit, reads it back,
-    /// and where that fails puts the first of the core and ARB sets in place that does switch. A host calls
-    /// it after each start-up context it makes, as each one populates again. Returns whether the unit can be
-    /// switched; false without multitexture, and with only one unit. Leaves the active unit as it was.
+    /// core set: then glActiveTexture does nothing. One that knows no EXT set loses its first entry point,
+    /// glMultiTexCoord1d, to it. This operation switches the active unit and reads it back; where that fails
+    /// or a slot is null, it puts the first of the core and ARB sets in place that is complete and does
+    /// switch. A host calls it after each start-up context it makes, as each one populates again. Returns
+    /// whether all 34 entry points can be called and the unit can be switched; false without multitexture,
+    /// and with only one unit: then the slots are as they were. Leaves the active unit as it was.
     bool ensureLiveMultitexture();
 
     /// Whether a capability is offered and not vetoed by the host: what a caller asks before an optional
@@ -106,10 +108,7 @@ public:
     bool fInBeginEnd;
 
     // The slots.
-#define ENTRY_CORE(ret, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
-#define ENTRY_AS(ret, member, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
-#define ENTRY_SLOT(ret, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
-#define ENTRY_GLX(ret, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
+#define ENTRY_ANY(ret, name, ...) ret (*f##name)(ORLO_PARAMETERS(__VA_ARGS__)) = nullptr;
 #include "gl/GLEntryPoints.inc"
 
     // The members.
@@ -118,6 +117,6 @@ public:
         return f##name(ORLO_ARGUMENTS(__VA_ARGS__));                                                         \
     }
 #define ENTRY_AS(ret, member, name, ...) ret member(ORLO_PARAMETERS(__VA_ARGS__));
-#define ENTRY_GLX(ret, name, ...) OrloHost<ret> name(ORLO_HOST_PARAMETERS(__VA_ARGS__)) const;
+#define ENTRY_GLX(when, ret, name, ...) OrloHost<ret> name(ORLO_HOST_PARAMETERS(__VA_ARGS__)) const;
 #include "gl/GLEntryPoints.inc"
 };

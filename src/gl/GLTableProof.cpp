@@ -6,12 +6,8 @@
 
 #include <type_traits>
 
-#define ORLO_PROVE(name)                                                                                     \
+#define ENTRY_ANY(ret, name, ...)                                                                            \
     static_assert(std::is_same_v<decltype(GLFunctionTable::f##name), decltype(&::name)>,                     \
                   "the slot of " #name " differs from the GL headers");
-
-#define ENTRY_CORE(ret, name, ...) ORLO_PROVE(name)
-#define ENTRY_AS(ret, member, name, ...) ORLO_PROVE(name)
-#define ENTRY_SLOT(ret, name, ...) ORLO_PROVE(name)
-#define ENTRY_GLX(ret, name, ...) ORLO_PROVE(name)
+#define ENTRY_UNUSED(name)
 #include "gl/GLEntryPoints.inc"

@@ -87,7 +87,7 @@ private:
         ORLO_TRAP(member)                                                                                    \
         return f##name(ORLO_ARGUMENTS(__VA_ARGS__));                                                         \
     }
-#define ENTRY_GLX(ret, name, ...)                                                                            \
+#define ENTRY_GLX(when, ret, name, ...)                                                                      \
     OrloHost<ret> GLFunctionTable::name(ORLO_HOST_PARAMETERS(__VA_ARGS__)) const {                           \
         return (OrloHost<ret>)f##name(ORLO_HOST_ARGUMENTS(__VA_ARGS__));                                     \
     }

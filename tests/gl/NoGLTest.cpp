@@ -25,9 +25,8 @@ TEST(NoGL, leavesEverySlotNull) {
     ASSERT_EQ(dlsym(RTLD_DEFAULT, "glXGetProcAddressARB"), nullptr);
     GLFunctionTable table;
     table.populate();
-    EXPECT_THAT(filledSlots(table), testing::IsEmpty());
-    for (bool flag : table.fExtSupported)
-        EXPECT_FALSE(flag);
+    EXPECT_THAT(slotsOf(table), testing::Each(nullptr));
+    EXPECT_THAT(table.fExtSupported, testing::Each(false));
     EXPECT_EQ(table.fMaxTextureUnits, 1);
     EXPECT_EQ(table.fMaxTextureSize, 0);
     EXPECT_FALSE(table.ensureLiveMultitexture());

@@ -2,20 +2,14 @@
 
 #include "gl/GLFunctionTable.h"
 
-#include <set>
-#include <string>
+#include <cstring>
+#include <vector>
 
-/// The functions of Members.inc whose slots are filled.
-inline std::set<std::string> filledSlots(const GLFunctionTable& table) {
-    std::set<std::string> filled;
-    const auto note = [&filled](bool slot, const char* function) {
-        if (slot)
-            filled.insert(function);
-    };
-#define RENAMED(member, function) note(table.f##function, #function);
-#define MEMBER(name) RENAMED(name, name)
-#define UNFILLED(name) RENAMED(name, name)
-#include "Members.inc"
-    note(table.fglFramebufferTextureLayerEXT, "glFramebufferTextureLayerEXT");
-    return filled;
+/// The contents of every slot, first to last.
+inline std::vector<const void*> slotsOf(const GLFunctionTable& table) {
+    const auto* first = reinterpret_cast<const char*>(&table.fglAccum);
+    const size_t size = reinterpret_cast<const char*>(&table + 1) - first;
+    std::vector<const void*> slots(size / sizeof(void*));
+    std::memcpy(slots.data(), first, size);
+    return slots;
 }

@@ -1,6 +1,5 @@
 #include "DoubleTest.h"
 #include "FakeLoader.h"
-#include "LookupLists.h"
 
 #include "gl/GLStartupContext.h"
 

@@ -82,84 +82,6 @@ static_assert(kIs<&GLFunctionTable::glXGetFBConfigAttrib, int(Display*, void*, i
 static_assert(kIs<&GLFunctionTable::glXCreatePbuffer, GLXPbuffer(Display*, void*, const int*) const>);
 static_assert(std::is_polymorphic_v<GLFunctionTable> && std::has_virtual_destructor_v<GLFunctionTable>);
 
-void tableMembers() {
-#define MEMBER(name) use(&GLFunctionTable::name);
-#define RENAMED(member, function) use(&GLFunctionTable::member);
-#define UNFILLED(name) use(&GLFunctionTable::name);
-#include "gl/Members.inc"
-}
-
-/// The capabilities, with their fixed values.
-constexpr bool capabilities() {
-    constexpr uint32_t kValues[][2] = {
-        {kCapDrawRangeElements, 1},
-        {kCapRescaleNormal, 3},
-        {kCapSeparateSpecularColor, 4},
-        {kCapTexture3D, 5},
-        {kCapTextureEdgeClamp, 6},
-        {kCapTextureCubeMap, 7},
-        {kCapMultitexture, 8},
-        {kCapTextureEnvCombine, 13},
-        {kCapMultiDrawArrays, 17},
-        {kCapTextureNonPowerOfTwo, 18},
-        {kCapTextureRectangle, 19},
-        {kCapBlendSubtract, 23},
-        {kCapPointParameters, 30},
-        {kCapDepthTexture, 32},
-        {kCapShadow, 33},
-        {kCapShadowAmbient, 34},
-        {kCapSGIXDepthTexture, 35},
-        {kCapSGIXShadow, 36},
-        {kCapTexgenReflection, 37},
-        {kCapARBVertexProgram, 38},
-        {kCapARBFragmentProgram, 39},
-        {kCapOcclusionQuery, 40},
-        {kCapVertexBufferObject, 41},
-        {kCapHalfFloatPixel, 42},
-        {kCapTextureFloat, 43},
-        {kCapColorBufferFloat, 44},
-        {kCapFragmentProgramShadow, 45},
-        {kCapNVFloatBuffer, 47},
-        {kCapShaderObjects, 48},
-        {kCapCompiledVertexArray, 49},
-        {kCapSecondaryColor, 51},
-        {kCapEXTVertexShader, 54},
-        {kCapTextureFilterAnisotropic, 55},
-        {kCapTextureCompressionS3TC, 56},
-        {kCapEXTTransformFeedback, 57},
-        {kCapATIFragmentShader, 58},
-        {kCapATIMeminfo, 59},
-        {kCapNVRegisterCombiners, 61},
-        {kCapNVTextureShader, 62},
-        {kCapNVVertexProgram, 64},
-        {kCapNVFragmentProgram, 65},
-        {kCapNVOcclusionQuery, 66},
-        {kCapNVPrimitiveRestart, 67},
-        {kCapNVTransformFeedback, 68},
-        {kCapNVXGpuMemoryInfo, 69},
-        {kCapGenerateMipmap, 70},
-        {kCapFramebufferObject, 71},
-        {kCapPackedDepthStencil, 72},
-        {kCapFramebufferMultisample, 73},
-        {kCapTextureArray, 74},
-        {kCapGLXPbuffer, 82},
-        {kCapGLXFBConfig, 83},
-        {kCapGLXNewContext, 84},
-        {kCapGLXWindow, 85},
-        {kCapGLXDestroyPbuffer, 86},
-        {kCapSGIXPbuffer, 87},
-        {kCapSGIXChooseFBConfig, 88},
-        {kCapSGIXContextWithConfig, 89},
-        {kCapSGIXVisualFromFBConfig, 90},
-    };
-    for (const auto& [capability, value] : kValues) {
-        if (capability != value)
-            return false;
-    }
-    return sizeof(GLCapability) == 4 && kCapabilityCount == 91;
-}
-static_assert(capabilities());
-
 void hostTypes() {
     using koString::CString;
     using koString::IString;
@@ -707,6 +629,5 @@ int main() {
     frameBuffers();
     geometry();
     glAccess();
-    tableMembers();
     hostTypes();
 }
