@@ -64,7 +64,7 @@ Loaded loadModels(const Options& options, Progress& progress) {
         for (const std::string& warning : result.scene.warnings) {
             loaded.complete = false;
             if (!options.quiet)
-                say(path + ": warning: " + warning);
+                say(std::string(path).append(": warning: ").append(warning));
         }
         for (Image& image : result.scene.images)
             image.model = path;
