@@ -25,7 +25,7 @@ target_compile_options(orlo_warnings INTERFACE -Wall -Wextra -Wpedantic
                        $<$<BOOL:${ORLOGL_WERROR}>:-Werror>)
 
 if(ORLOGL_SANITIZE)
-  add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer
-                      -fno-sanitize-recover=undefined)
-  add_link_options(-fsanitize=address,undefined)
+  set(sanitizers -fsanitize=address,undefined,float-cast-overflow)
+  add_compile_options(${sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=undefined,float-cast-overflow)
+  add_link_options(${sanitizers})
 endif()

@@ -84,6 +84,13 @@ TEST(View, hasTheFrontAtTheBottomWhenSeenFromStraightAbove) {
     EXPECT_LT(project(view, {0, 0, 1})[1], -0.1);
 }
 
+TEST(View, looksAtTheMiddleOfALopsidedBox) {
+    const koLinear::Point middle = centerOf(box(1, -2, 10, 3, 8, 30));
+    EXPECT_EQ(middle[0], 2.0);
+    EXPECT_EQ(middle[1], 3.0);
+    EXPECT_EQ(middle[2], 20.0);
+}
+
 TEST(View, refusesWhatHasNoDirection) {
     Placement same;
     same.eye = koLinear::Point(0, 0, 0); // the middle of the box, where it looks by default

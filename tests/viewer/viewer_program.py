@@ -54,6 +54,6 @@ class ViewerProgram(unittest.TestCase):
         self.assertFalse(os.path.exists(self.path("out.png")), arguments)
         for word in words:
             self.assertIn(word, message)
-        for ugly in ("terminate", "exception", ".cpp", "std::", "X Error"):
+        for ugly in ("terminate", "exception", "crashed", ".cpp", "std::", "X Error"):
             self.assertNotIn(ugly, message)
         return message

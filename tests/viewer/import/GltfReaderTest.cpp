@@ -109,6 +109,18 @@ TEST(GltfReader, readsColoursWithAndWithoutAlpha) {
     EXPECT_THAT(read(file).meshes.at(0).colors, ElementsAre(0.25F, 0.5F, 0.75F, 0.125F));
 }
 
+TEST(GltfReader, showsNodesWithoutParentsWhereThereAreNoScenes) {
+    GltfFile file = withPositions(kSquare);
+    file.json.erase("scene");
+    file.json.erase("scenes");
+    file.json["nodes"] = {{{"mesh", 0}}, {{"children", {0}}, {"translation", {1, 0, 0}}}, {{"mesh", 0}}};
+    const Scene scene = read(file);
+    ASSERT_THAT(scene.instances, SizeIs(2)) << "the child once, with its parent";
+    EXPECT_EQ(scene.bounds().max[0], 2.0);
+    file.json["nodes"] = {{{"mesh", 0}, {"children", {0}}}};
+    EXPECT_THROW(read(file), ImportError) << "none is without a parent";
+}
+
 TEST(GltfReader, placesInstancesCamerasAndLights) {
     GltfFile file = withPositions(kSquare);
     const double half = std::sqrt(0.5);

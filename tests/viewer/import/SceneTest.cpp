@@ -2,6 +2,7 @@
 
 #include "import/ModelReader.h"
 #include "scene/Normals.h"
+#include "scene/Triangulate.h"
 
 namespace orloview {
 namespace {
@@ -55,6 +56,36 @@ TEST(Normals, weighTrianglesByTheirArea) {
     addFlatNormals(mesh);
     EXPECT_EQ(mesh.vertexCount(), 6U);
     EXPECT_THAT(std::vector<float>(mesh.normals.end() - 3, mesh.normals.end()), ElementsAre(1, 0, 0));
+}
+
+/// A polygon with a dent, facing along each axis from both sides: its triangles face as it does and cover it.
+TEST(Triangulate, cutsPolygonsFacingAnyWay) {
+    constexpr float kDented[][2] = {{0, 0}, {4, 0}, {4, 4}, {3, 1}};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        for (const bool turned : {false, true}) {
+            std::vector<float> positions(12);
+            std::vector<std::uint32_t> polygon;
+            for (std::uint32_t i = 0; i < 4; ++i) {
+                positions[i * 3 + (axis + 1) % 3] = kDented[i][0];
+                positions[i * 3 + (axis + 2) % 3] = kDented[i][1];
+                polygon.insert(turned ? polygon.begin() : polygon.end(), i);
+            }
+            std::vector<std::uint32_t> triangles;
+            triangulate(polygon, positions, triangles);
+            ASSERT_EQ(triangles.size(), 6U);
+            double areas = 0.0;
+            for (std::size_t t = 0; t < 6; t += 3) {
+                const auto corner = [&](std::size_t i, std::size_t u) {
+                    return positions[triangles[t + i] * 3 + (axis + u) % 3];
+                };
+                const double area = (corner(1, 1) - corner(0, 1)) * (corner(2, 2) - corner(0, 2)) -
+                                    (corner(1, 2) - corner(0, 2)) * (corner(2, 1) - corner(0, 1));
+                EXPECT_GT(turned ? -area : area, 0.0) << axis;
+                areas += std::abs(area) / 2;
+            }
+            EXPECT_EQ(areas, 4.0) << axis;
+        }
+    }
 }
 
 } // namespace
