@@ -134,6 +134,12 @@ TEST_F(Drawing, drawsFromClientMemoryBeyondTheBudget) {
     record.setHanger(&foreign);
     drawn();
     EXPECT_NE(GLObject::from(record.fHanger), nullptr) << "a foreign hanger counts as none";
+
+    const auto& second = fGroup.addIndexRecord(GeometryDataIndex::kTriangles, {3, 4, 5});
+    EXPECT_EQ(drawn(), (Calls{bindIndices(buffer(1)), elements(GL_TRIANGLES, 3, nullptr), bindIndices(0),
+                              generate(), bindIndices(buffer(2)), bindIndices(buffer(2)), bindIndices(0),
+                              remove(buffer(2)), elements(GL_TRIANGLES, 3, second.fIndices)}))
+        << "a group that fits in part";
 }
 
 TEST_F(Drawing, drawsSubsets) {
@@ -317,6 +323,10 @@ TEST_F(Blocks, areSingleRecordsWithoutTheSetting) {
     EXPECT_EQ(drawn(), (Calls{generate(), bindIndices(buffer(0)), upload(12, record(0).fIndices),
                               atOffset(0, 0), bindIndices(0), generate(), bindIndices(buffer(1)),
                               upload(16, record(1).fIndices), atOffset(1, 0), bindIndices(0)}));
+    const IHWMemoryObject* own = record(1).fHanger;
+    HWEnvironment::orlo_block_allocate_strips = true;
+    drawn();
+    EXPECT_EQ(record(1).fHanger, own) << "which the block's doesn't replace";
 }
 
 TEST_F(Blocks, mixWithOtherRecords) {

@@ -41,21 +41,6 @@ protected:
     const float fData[24] = {};
 };
 
-TEST_F(Routing, beginsWithUnusedSlots) {
-    for (const GLRouting::Slot& slot : fRouting.fSlots)
-        EXPECT_EQ(slot.fMode, 2U);
-    EXPECT_EQ(fRouting.fGroup, nullptr);
-    const uint32_t kEnums[] = {0x8074, 0x8075, 0x8076, 0x84C0, 0x84C1, 0x84C2, 0x84C3, 0x84C4, 0x84C5,
-                               0x84C6, 0x84C7, 1,      2,      3,      4,      5,      6,      7,
-                               8,      9,      10,     11,     12,     13,     14,     15};
-    EXPECT_THAT(GLRouting::fsInterpolantEnums, testing::ElementsAreArray(kEnums));
-    EXPECT_FALSE(GLRouting::fsUseObjectsForData || GLRouting::fsUseObjectsForIndexing ||
-                 GLRouting::fsUsePrimitiveRestart || GLRouting::fsUseDrawRangeElements ||
-                 GLRouting::requiresAttribInterpolants);
-    fRouting.setVertexArrays(false, false);
-    EXPECT_EQ(recorded(), Calls{});
-}
-
 TEST_F(Routing, setsAndClearsEachInterpolant) {
     GLRouting::requiresAttribInterpolants = true;
     GLObject object;
@@ -86,12 +71,9 @@ TEST_F(Routing, setsAndClearsEachInterpolant) {
         fRouting.disableInterpolant(interpolant);
         EXPECT_EQ(newCalls(), switchOff(i));
     }
-}
-
-TEST_F(Routing, takesClientMemoryWhenABufferGetsNoName) {
     GLObject nameless;
-    script().failing = {{"glGenBuffersARB", 1}};
-    fRouting.setupInterpolant(GLRouting::kNormal, {3, GL_SHORT, 12, fData, &nameless}, true);
+    failNext("glGenBuffersARB");
+    fRouting.setupInterpolant(GLRouting::kNormal, {4, GL_SHORT, 12, fData, &nameless}, true);
     EXPECT_EQ(recorded().back(), point(1, fData));
 }
 
