@@ -44,13 +44,6 @@ protected:
                 call("glFramebufferTexture2DEXT", GL_FRAMEBUFFER_EXT, point, target, name, 0)};
     }
 
-    static Calls joined(std::initializer_list<Calls> parts) {
-        Calls all;
-        for (const Calls& part : parts)
-            all.insert(all.end(), part.begin(), part.end());
-        return all;
-    }
-
     static void expectLive(size_t framebuffers, size_t textures, size_t renderbuffers) {
         EXPECT_EQ(ledger(NameKind::Framebuffer).live.size(), framebuffers);
         EXPECT_EQ(ledger(NameKind::Texture).live.size(), textures);
@@ -62,18 +55,31 @@ protected:
 };
 
 TEST_F(Offscreen, colorAndDepthInOrder) {
-    const Calls color = {call("glGetIntegerv", GL_MAX_COLOR_ATTACHMENTS_EXT, kOut)};
-    const Calls depth24 = attached(1, GL_TEXTURE_2D, GL_DEPTH_ATTACHMENT_EXT, GL_DEPTH_COMPONENT24,
-                                   GL_DEPTH_COMPONENT, GL_UNSIGNED_INT);
+    // A rectangle's depth is an ordinary texture.
+    const std::pair<koBufferFormat, Calls> kColors[] = {
+        {wanted(4, 5, 16, 3),
+         attached(0, GL_TEXTURE_RECTANGLE_ARB, GL_COLOR_ATTACHMENT0_EXT, GL_RGBA32F_ARB, GL_RGBA, GL_FLOAT) +
+             Calls{call("glBindTexture", GL_TEXTURE_RECTANGLE_ARB, 0)}},
+        {wanted(2, 7, 16),
+         attached(0, GL_TEXTURE_2D, GL_COLOR_ATTACHMENT0_EXT, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE) +
+             Calls{call("glBindTexture", GL_TEXTURE_2D, 0)}},
+    };
+    const Calls limit = {call("glGetIntegerv", GL_MAX_COLOR_ATTACHMENTS_EXT, kOut)};
+    const Calls depth = attached(1, GL_TEXTURE_2D, GL_DEPTH_ATTACHMENT_EXT, GL_DEPTH_COMPONENT24,
+                                 GL_DEPTH_COMPONENT, GL_UNSIGNED_INT);
+    for (const auto& [format, color] : kColors) {
+        resetRecording();
+        script().values[GL_MAX_RENDERBUFFER_SIZE_EXT] = {64};
+        GLFrameBuffer made;
+        EXPECT_EQ(made.createOffscreen(format, 8, 4), 0u);
+        EXPECT_EQ(recorded(), opening() + limit + color + depth + closing());
+    }
+    resetRecording();
+    script().values[GL_MAX_RENDERBUFFER_SIZE_EXT] = {64};
+    const int references = startup().refCount();
+    const int instances = GLFrameBuffer::fsNumInstances_GLFrameBuffer;
     GLFrameBuffer buffer;
     EXPECT_EQ(buffer.createOffscreen(wanted(2, 7, 16), 8, 4), 0u);
-    EXPECT_EQ(recorded(), joined({opening(),
-                                  color,
-                                  attached(0, GL_TEXTURE_2D, GL_COLOR_ATTACHMENT0_EXT, GL_RGBA8, GL_RGBA,
-                                           GL_UNSIGNED_BYTE),
-                                  {call("glBindTexture", GL_TEXTURE_2D, 0)},
-                                  depth24,
-                                  closing()}));
     EXPECT_TRUE(buffer.isOffscreen());
     EXPECT_TRUE(buffer.fFramebufferObjectFlag);
     EXPECT_FALSE(buffer.fGLXDrawableFlag);
@@ -93,28 +99,15 @@ TEST_F(Offscreen, colorAndDepthInOrder) {
     EXPECT_EQ(width, 8);
     EXPECT_EQ(height, 4);
     EXPECT_EQ(recorded(), Calls{});
-    EXPECT_EQ(startup().refCount(), 2);
+    EXPECT_EQ(startup().refCount(), references + 1);
 
     buffer.deleteInternalState();
     expectLive(0, 0, 0);
     EXPECT_FALSE(buffer.isOffscreen());
-    EXPECT_EQ(startup().refCount(), 2) << "framebuffer objects keep theirs";
-    EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, 1);
+    EXPECT_EQ(startup().refCount(), references + 1) << "framebuffer objects keep theirs";
+    EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, instances + 1);
     buffer.deleteInternalState();
     expectLive(0, 0, 0);
-}
-
-TEST_F(Offscreen, rectangleColorBesideOrdinaryDepth) {
-    GLFrameBuffer buffer;
-    EXPECT_EQ(buffer.createOffscreen(wanted(4, 5, 16, 3), 8, 4), 0u);
-    EXPECT_EQ(recorded(), joined({opening(),
-                                  {call("glGetIntegerv", GL_MAX_COLOR_ATTACHMENTS_EXT, kOut)},
-                                  attached(0, GL_TEXTURE_RECTANGLE_ARB, GL_COLOR_ATTACHMENT0_EXT,
-                                           GL_RGBA32F_ARB, GL_RGBA, GL_FLOAT),
-                                  {call("glBindTexture", GL_TEXTURE_RECTANGLE_ARB, 0)},
-                                  attached(1, GL_TEXTURE_2D, GL_DEPTH_ATTACHMENT_EXT, GL_DEPTH_COMPONENT24,
-                                           GL_DEPTH_COMPONENT, GL_UNSIGNED_INT),
-                                  closing()}));
 }
 
 TEST_F(Offscreen, cubeMapColorOfTheWidth) {
@@ -140,7 +133,7 @@ TEST_F(Offscreen, cubeMapColorOfTheWidth) {
     cube.push_back(call("glBindTexture", GL_TEXTURE_CUBE_MAP, 0));
     GLFrameBuffer buffer;
     EXPECT_EQ(buffer.createOffscreen(wanted(3, 15, 16, 5), 8, 4), 0u);
-    EXPECT_EQ(recorded(), joined({opening(), cube, closing()}));
+    EXPECT_EQ(recorded(), opening() + cube + closing());
     EXPECT_EQ(buffer.fActualFormat.fTextureType, 5u);
     buffer.deleteInternalState();
     EXPECT_TRUE(ledger(NameKind::Texture).live.empty());
@@ -159,9 +152,8 @@ TEST_F(Offscreen, depthAndStencilForms) {
                      call("glFramebufferRenderbufferEXT", GL_FRAMEBUFFER_EXT, GL_STENCIL_ATTACHMENT_EXT,
                           GL_RENDERBUFFER_EXT, kRenderbuffer)};
     };
-    const Calls depth16 =
-        joined({depth(GL_DEPTH_COMPONENT16, GL_DEPTH_COMPONENT, GL_UNSIGNED_SHORT), undrawn});
-    const Calls depth24 = joined({depth(GL_DEPTH_COMPONENT24, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT), undrawn});
+    const Calls depth16 = depth(GL_DEPTH_COMPONENT16, GL_DEPTH_COMPONENT, GL_UNSIGNED_SHORT) + undrawn;
+    const Calls depth24 = depth(GL_DEPTH_COMPONENT24, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT) + undrawn;
     const struct {
         uint32_t depth, stencil;
         bool packedVetoed;
@@ -187,7 +179,7 @@ TEST_F(Offscreen, depthAndStencilForms) {
         gl().fExtEnabled[kCapPackedDepthStencil] = !c.packedVetoed;
         GLFrameBuffer buffer;
         EXPECT_EQ(buffer.createOffscreen(wanted(14, c.depth, c.stencil), 8, 4), 0u);
-        EXPECT_EQ(recorded(), joined({opening(), c.calls, closing()})) << c.depth << ", " << c.stencil;
+        EXPECT_EQ(recorded(), opening() + c.calls + closing()) << c.depth << ", " << c.stencil;
         const bool renderbuffer = c.depth == 15 && c.stencil != 16;
         EXPECT_EQ(buffer.fStencilRenderbufferId, renderbuffer ? kRenderbuffer : 0);
         buffer.deleteInternalState();
@@ -255,7 +247,7 @@ TEST_F(Offscreen, aStencilWithoutANameIsNotAttached) {
     script().failing = {{"glGenRenderbuffersEXT", 1}};
     GLFrameBuffer buffer;
     EXPECT_EQ(buffer.createOffscreen(wanted(14, 15, 12), 8, 4), 0u);
-    EXPECT_EQ(recorded(), joined({opening(), {call("glGenRenderbuffersEXT", 1, kOut)}, closing()}));
+    EXPECT_EQ(recorded(), opening() + Calls{call("glGenRenderbuffersEXT", 1, kOut)} + closing());
 }
 
 TEST_F(Offscreen, leavesAnEmptyStartupContextWithoutATable) {
