@@ -2,6 +2,8 @@
 
 #include "texture/GLTexture2D.h"
 
+#include <functional>
+
 namespace {
 
 constexpr GLuint kFramebuffer = nthName(NameKind::Framebuffer);
@@ -26,22 +28,24 @@ protected:
                 call("glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, 0)};
     }
 
+    static Calls nearest(GLenum target) {
+        Calls calls;
+        for (const auto& [parameter, value] : {std::pair{GL_TEXTURE_MIN_FILTER, GL_NEAREST},
+                                               {GL_TEXTURE_MAG_FILTER, GL_NEAREST},
+                                               {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
+                                               {GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE}})
+            calls.push_back(call("glTexParameterf", target, parameter, value));
+        return calls;
+    }
+
     /// The n-th texture, made and attached: 8 x 4.
     static Calls attached(int n, GLenum target, GLenum point, GLenum store, GLenum data, GLenum type) {
         const auto name = nthName(NameKind::Texture, n);
         const std::string bound = call("glBindTexture", target, name);
-        const auto set = [target](GLenum parameter, GLenum value) {
-            return call("glTexParameterf", target, parameter, value);
-        };
-        return {call("glGenTextures", 1, kOut),
-                bound,
-                bound,
-                call("glTexImage2D", target, 0, store, 8, 4, 0, data, type, nullptr),
-                set(GL_TEXTURE_MIN_FILTER, GL_NEAREST),
-                set(GL_TEXTURE_MAG_FILTER, GL_NEAREST),
-                set(GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE),
-                set(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE),
-                call("glFramebufferTexture2DEXT", GL_FRAMEBUFFER_EXT, point, target, name, 0)};
+        return Calls{call("glGenTextures", 1, kOut), bound, bound,
+                     call("glTexImage2D", target, 0, store, 8, 4, 0, data, type, nullptr)} +
+               nearest(target) +
+               Calls{call("glFramebufferTexture2DEXT", GL_FRAMEBUFFER_EXT, point, target, name, 0)};
     }
 
     static void expectLive(size_t framebuffers, size_t textures, size_t renderbuffers) {
@@ -123,11 +127,7 @@ TEST_F(Offscreen, cubeMapColorOfTheWidth) {
     for (int face = 0; face < 6; ++face)
         cube.push_back(call("glTexImage2D", GL_TEXTURE_CUBE_MAP_POSITIVE_X + face, 0, GL_RGBA16F_ARB, 8, 8, 0,
                             GL_RGBA, 0x140B, nullptr));
-    for (const auto& [parameter, value] : {std::pair{GL_TEXTURE_MIN_FILTER, GL_NEAREST},
-                                           {GL_TEXTURE_MAG_FILTER, GL_NEAREST},
-                                           {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
-                                           {GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE}})
-        cube.push_back(call("glTexParameterf", GL_TEXTURE_CUBE_MAP, parameter, value));
+    cube = cube + nearest(GL_TEXTURE_CUBE_MAP);
     cube.push_back(call("glFramebufferTexture2DEXT", GL_FRAMEBUFFER_EXT, GL_COLOR_ATTACHMENT0_EXT,
                         GL_TEXTURE_CUBE_MAP_POSITIVE_X, name, 0));
     cube.push_back(call("glBindTexture", GL_TEXTURE_CUBE_MAP, 0));
@@ -188,45 +188,37 @@ TEST_F(Offscreen, depthAndStencilForms) {
 }
 
 TEST_F(Offscreen, failuresLeaveNothing) {
-    const struct {
+    const auto veto = [](bool* flags) { return [=] { flags[kCapFramebufferObject] = false; }; };
+    const auto incomplete = [] { script().framebufferStatus = GL_FRAMEBUFFER_UNSUPPORTED_EXT; };
+    struct Case {
         const char* what;
-        void (*provoke)(GLFunctionTable&);
-        koBufferFormat format;
-        unsigned width, height;
         uint32_t result;
         int framebuffersMade;
-        size_t renderbuffersLeft;
-    } kCases[] = {
-        {"not offered", [](GLFunctionTable& t) { t.fExtSupported[kCapFramebufferObject] = false; },
-         wanted(2, 7, 16), 8, 4, 1, 0, 0},
-        {"vetoed", [](GLFunctionTable& t) { t.fExtEnabled[kCapFramebufferObject] = false; }, wanted(2, 7, 16),
-         8, 4, 1, 0, 0},
-        {"too wide", [](GLFunctionTable&) {}, wanted(2, 7, 16), 65, 64, 4, 0, 0},
-        {"too high", [](GLFunctionTable&) {}, wanted(2, 7, 16), 64, 65, 4, 0, 0},
-        {"far too high", [](GLFunctionTable&) {}, wanted(2, 7, 16), 64, 0xFFFFFFFF, 4, 0, 0},
-        {"no limit", [](GLFunctionTable&) { script().values.erase(GL_MAX_RENDERBUFFER_SIZE_EXT); },
-         wanted(2, 7, 16), 8, 4, 4, 0, 0},
-        {"no name",
-         [](GLFunctionTable&) {
-             script().failing = {{"glGenFramebuffersEXT", 1}};
-         },
-         wanted(2, 7, 16), 8, 4, 5, 0, 0},
-        {"no attachments", [](GLFunctionTable&) { script().values[GL_MAX_COLOR_ATTACHMENTS_EXT] = {0}; },
-         wanted(2, 7, 16), 8, 4, 2, 1, 0},
-        {"1D colour", [](GLFunctionTable&) {}, wanted(2, 7, 16, 1), 8, 4, 2, 1, 0},
-        {"3D colour", [](GLFunctionTable&) {}, wanted(2, 7, 16, 4), 8, 4, 2, 1, 0},
-        {"packed, 1 bit", [](GLFunctionTable&) {}, wanted(2, 7, 10), 8, 4, 2, 1, 0},
-        {"packed, 16 bits", [](GLFunctionTable&) {}, wanted(2, 6, 13), 8, 4, 2, 1, 0},
-        {"incomplete", [](GLFunctionTable&) { script().framebufferStatus = GL_FRAMEBUFFER_UNSUPPORTED_EXT; },
-         wanted(2, 7, 16), 8, 4, 2, 1, 0},
-        {"incomplete with stencil",
-         [](GLFunctionTable&) { script().framebufferStatus = GL_FRAMEBUFFER_UNSUPPORTED_EXT; },
-         wanted(2, 15, 12), 8, 4, 2, 1, 1},
+        std::function<void()> provoke = [] {};
+        koBufferFormat format = wanted(2, 7, 16);
+        unsigned width = 8, height = 4;
+        size_t renderbuffersLeft = 0;
+    };
+    const Case kCases[] = {
+        {"not offered", 1, 0, veto(gl().fExtSupported)},
+        {"vetoed", 1, 0, veto(gl().fExtEnabled)},
+        {"too wide", 4, 0, [] {}, wanted(2, 7, 16), 65, 64},
+        {"too high", 4, 0, [] {}, wanted(2, 7, 16), 64, 65},
+        {"far too high", 4, 0, [] {}, wanted(2, 7, 16), 64, 0xFFFFFFFF},
+        {"no limit", 4, 0, [] { script().values.erase(GL_MAX_RENDERBUFFER_SIZE_EXT); }},
+        {"no name", 5, 0, [] { failNext("glGenFramebuffersEXT"); }},
+        {"no attachments", 2, 1, [] { script().values[GL_MAX_COLOR_ATTACHMENTS_EXT] = {0}; }},
+        {"1D colour", 2, 1, [] {}, wanted(2, 7, 16, 1)},
+        {"3D colour", 2, 1, [] {}, wanted(2, 7, 16, 4)},
+        {"packed, 1 bit", 2, 1, [] {}, wanted(2, 7, 10)},
+        {"packed, 16 bits", 2, 1, [] {}, wanted(2, 6, 13)},
+        {"incomplete", 2, 1, incomplete},
+        {"incomplete with stencil", 2, 1, incomplete, wanted(2, 15, 12), 8, 4, 1},
     };
     for (const auto& c : kCases) {
         resetRecording();
         script().values[GL_MAX_RENDERBUFFER_SIZE_EXT] = {64};
-        c.provoke(gl());
+        c.provoke();
         const int references = startup().refCount();
         {
             GLFrameBuffer buffer;
