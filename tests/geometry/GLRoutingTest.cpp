@@ -113,7 +113,9 @@ TEST_F(Routing, stopsBehindTheTextureUnits) {
     for (uint32_t i = 0; i <= 10; ++i)
         assign(i, fData);
     fRouting.setVertexArrays(true, false);
-    EXPECT_EQ(newCalls().size(), 7U) << "slots 0 to 6";
+    const Calls calls = newCalls();
+    EXPECT_EQ(calls.size(), 7U) << "slots 0 to 6";
+    EXPECT_EQ(calls.front(), call("glVertexPointer", 2, GL_FLOAT, 0, static_cast<const void*>(fData)));
 
     fRouting.unsetVertexArrays();
     Calls expected = {disable(0x8074), disable(0x8075), disable(0x8076)};
