@@ -14,9 +14,9 @@ protected:
     /// What drawGroup calls for all but the arrays: those are checked here.
     Calls drawn(koUtil::BitField* visible = nullptr, unsigned* list = nullptr, unsigned* prepared = nullptr,
                 unsigned preparedCount = 0) {
-        newCalls();
+        made();
         fRouting.drawGroup(&fGroup, visible, list, prepared, preparedCount, false);
-        Calls calls = newCalls();
+        Calls calls = made();
         const Calls head = {enable(GL_VERTEX_ARRAY), vertices(3, fPositions)};
         const Calls tail = GLRouting::fsUseObjectsForIndexing && gl().usable(kCapVertexBufferObject)
                                ? Calls{disable(GL_VERTEX_ARRAY), bindIndices(0), unit(0)}
@@ -197,10 +197,10 @@ TEST_F(Drawing, exchangesTheSwitchesAfterASubset) {
             for (bool byList : {false, true}) {
                 GLRouting::fsUseObjectsForData = data;
                 GLRouting::fsUseObjectsForIndexing = indexing;
-                newCalls();
+                made();
                 fRouting.drawGroup(&fGroup, byList ? nullptr : &visible, byList ? list : nullptr, nullptr, 0,
                                    false);
-                EXPECT_EQ(newCalls(),
+                EXPECT_EQ(made(),
                           (Calls{enable(GL_VERTEX_ARRAY), vertices(3, fPositions)} +
                            oneByOne(GL_TRIANGLES, {0, 1, 2}) + Calls{disable(GL_VERTEX_ARRAY), unit(0)}))
                     << "no buffer objects";
@@ -247,9 +247,9 @@ TEST_F(Drawing, drawsStreamsWithIndexListsOfTheirOwn) {
     };
     const auto drawn = [&] {
         fRouting.fGroup = &group;
-        newCalls();
+        made();
         fRouting.drawFullMultipleIndexed();
-        return newCalls();
+        return made();
     };
     const auto begin = [](GLenum mode) { return Calls{call("glBegin", mode)}; };
     const Calls end = {call("glEnd")};
@@ -272,7 +272,7 @@ TEST_F(Drawing, drawsStreamsWithIndexListsOfTheirOwn) {
     EXPECT_EQ(drawn(), Calls{}) << "the last record's type decides";
     fRouting.fGroup = nullptr;
     fRouting.drawFullMultipleIndexed();
-    EXPECT_EQ(newCalls(), Calls{});
+    EXPECT_EQ(made(), Calls{});
 }
 
 TEST_F(Drawing, substitutesStreams) {
@@ -368,10 +368,10 @@ TEST_F(Blocks, needTheirFirstRecord) {
     auto& first = other.addIndexRecord(GeometryDataIndex::kTriangles, {0, 1, 2});
     other.addIndexBlock(GeometryDataIndex::kTriangleStrip, {{0, 1, 2}, {3, 4, 5}});
     fRouting.drawGroup(&other, nullptr, nullptr, nullptr, 0, false);
-    newCalls();
+    made();
     fRouting.drawGroup(&other, nullptr, nullptr, nullptr, 0, false);
     const uint64_t own = GLObject::from(first.fHanger)->fBufferName;
-    EXPECT_EQ(newCalls().size(), 2U + 3U + 2U + 3U) << "the first draws itself, the block from memory";
+    EXPECT_EQ(made().size(), 2U + 3U + 2U + 3U) << "the first draws itself, the block from memory";
     EXPECT_EQ(own, buffer(1));
 }
 
@@ -385,9 +385,9 @@ TEST_F(Blocks, drawFromMemoryWithoutTheirBuffer) {
 
     GLObject::fsMaximumMemoryUsage = 28;
     drawn();
-    newCalls();
+    made();
     fRouting.drawSingleIndexed(nullptr, nullptr, nullptr, 0);
-    EXPECT_EQ(newCalls(), Calls{fromMemory(1)}) << "alone: nobody has bound the buffer";
+    EXPECT_EQ(made(), Calls{fromMemory(1)}) << "alone: nobody has bound the buffer";
 
     // Strips have no subsets, and a subset no shared buffer.
     koUtil::BitField visible = bits({0});
