@@ -16,24 +16,16 @@ GLXContext contextOf(uint64_t name) {
     return reinterpret_cast<GLXContext>(name);
 }
 
-/// Tracked state, or nothing.
-std::vector<double> trackedValue(GLenum name) {
-    const State& s = state();
-    switch (name) {
-    case GL_ACTIVE_TEXTURE:
-        return {static_cast<double>(s.activeTexture)};
-    case GL_VIEWPORT:
-        return {std::begin(s.viewport), std::end(s.viewport)};
-    case GL_FRAMEBUFFER_BINDING_EXT:
-        return {static_cast<double>(s.framebuffer)};
-    default:
-        return {};
-    }
-}
-
+/// What the script says, or tracked state, or nothing.
 std::vector<double> valueOf(GLenum name) {
-    const auto scripted = script().values.find(name);
-    return scripted != script().values.end() ? scripted->second : trackedValue(name);
+    const State& s = state();
+    if (const auto scripted = script().values.find(name); scripted != script().values.end())
+        return scripted->second;
+    if (name == GL_ACTIVE_TEXTURE)
+        return {static_cast<double>(s.activeTexture)};
+    if (name == GL_VIEWPORT)
+        return {std::begin(s.viewport), std::end(s.viewport)};
+    return {};
 }
 
 template <typename T>
@@ -53,18 +45,17 @@ void generate(const char* function, NameKind kind, GLsizei count, GLuint* names)
 void remove(const char* function, NameKind kind, GLsizei count, const GLuint* names) {
     if (!record(function, {count, names}))
         return;
-    for (GLsizei i = 0; i < count; ++i)
+    for (GLsizei i = 0; i < count; ++i) {
         deleteName(kind, names[i]);
+        if (kind == NameKind::Buffer)
+            state().buffers.erase(names[i]);
+    }
 }
 
-GLboolean isLive(const char* function, NameKind kind, GLuint name) {
-    return record(function, {name}).otherwise<GLboolean>(ledger(kind).live.contains(name));
-}
-
-GLhandleARB makeShaderObject(const char* function, const std::vector<Argument>& arguments) {
-    const Outcome outcome = record(function, arguments);
-    return outcome ? static_cast<GLhandleARB>(makeName(NameKind::ShaderObject))
-                   : outcome.otherwise<GLhandleARB>(0);
+/// A new name as the call answers it.
+template <typename T>
+T make(NameKind kind, const Outcome& outcome) {
+    return outcome ? (T)makeName(kind) : outcome.otherwise<T>({});
 }
 
 Argument stringList(GLsizei count, const GLcharARB** strings) {
@@ -78,26 +69,12 @@ std::vector<unsigned char>& boundBuffer(GLenum target) {
     return state().buffers[state().boundBuffers[target]];
 }
 
-Bool bindContext(const Outcome& outcome, Display* display, GLXDrawable draw, GLXDrawable read,
-                 GLXContext context) {
+Bool bindContext(const Outcome& outcome, GLXDrawable draw, GLXContext context) {
     if (!outcome)
         return outcome.otherwise<Bool>(False);
-    State& s = state();
-    s.display = context ? display : nullptr;
-    s.draw = draw;
-    s.read = read;
-    s.context = context;
+    state().draw = draw;
+    state().context = context;
     return True;
-}
-
-GLXContext makeContext(const char* function, const std::vector<Argument>& arguments) {
-    const Outcome outcome = record(function, arguments);
-    return outcome ? contextOf(makeName(NameKind::Context)) : outcome.otherwise<GLXContext>(nullptr);
-}
-
-XID makeDrawable(const char* function, NameKind kind, const std::vector<Argument>& arguments) {
-    const Outcome outcome = record(function, arguments);
-    return outcome ? makeName(kind) : outcome.otherwise<XID>(0);
 }
 
 /// Owned by the double; the caller's XFree goes to the fake one, which frees nothing.
@@ -145,6 +122,13 @@ extern "C" {
 
 // Queries.
 
+#define QUERY(name, T)                                                                                       \
+    void name(GLenum parameter, T* values) {                                                                 \
+        answerQuery(#name, parameter, values);                                                               \
+    }
+QUERY(glGetIntegerv, GLint)
+QUERY(glGetFloatv, GLfloat)
+
 const GLubyte* glGetString(GLenum name) {
     const Outcome outcome = record("glGetString", {name});
     const auto text = [](const std::optional<std::string>& s) { return s ? s->c_str() : nullptr; };
@@ -162,18 +146,6 @@ GLenum glGetError() {
     const GLenum error = script().errors.front();
     script().errors.pop_front();
     return error;
-}
-
-void glGetIntegerv(GLenum name, GLint* values) {
-    answerQuery("glGetIntegerv", name, values);
-}
-
-void glGetFloatv(GLenum name, GLfloat* values) {
-    answerQuery("glGetFloatv", name, values);
-}
-
-void glGetDoublev(GLenum name, GLdouble* values) {
-    answerQuery("glGetDoublev", name, values);
 }
 
 void glGetBooleanv(GLenum name, GLboolean* values) {
@@ -198,29 +170,13 @@ void glDisable(GLenum cap) {
         state().enabled.erase(cap);
 }
 
-GLboolean glIsEnabled(GLenum cap) {
-    return record("glIsEnabled", {cap}).otherwise<GLboolean>(state().enabled.contains(cap));
-}
-
-void glEnableClientState(GLenum array) {
-    if (record("glEnableClientState", {array}))
-        state().enabled.insert(array);
-}
-
-void glDisableClientState(GLenum array) {
-    if (record("glDisableClientState", {array}))
-        state().enabled.erase(array);
-}
-
-void glActiveTexture(GLenum texture) {
-    if (record("glActiveTexture", {texture}))
-        state().activeTexture = texture;
-}
-
-void glActiveTextureARB(GLenum texture) {
-    if (record("glActiveTextureARB", {texture}))
-        state().activeTexture = texture;
-}
+#define ACTIVATES(name)                                                                                      \
+    void name(GLenum texture) {                                                                              \
+        if (record(#name, {texture}))                                                                        \
+            state().activeTexture = texture;                                                                 \
+    }
+ACTIVATES(glActiveTexture)
+ACTIVATES(glActiveTextureARB)
 
 void glViewport(GLint x, GLint y, GLsizei width, GLsizei height) {
     const GLint viewport[] = {x, y, width, height};
@@ -230,103 +186,26 @@ void glViewport(GLint x, GLint y, GLsizei width, GLsizei height) {
 
 // Names.
 
-void glGenTextures(GLsizei n, GLuint* names) {
-    generate("glGenTextures", NameKind::Texture, n, names);
-}
-
-void glDeleteTextures(GLsizei n, const GLuint* names) {
-    remove("glDeleteTextures", NameKind::Texture, n, names);
-}
-
-GLboolean glIsTexture(GLuint name) {
-    return isLive("glIsTexture", NameKind::Texture, name);
-}
-
-void glGenBuffersARB(GLsizei n, GLuint* names) {
-    generate("glGenBuffersARB", NameKind::Buffer, n, names);
-}
-
-void glDeleteBuffersARB(GLsizei n, const GLuint* names) {
-    remove("glDeleteBuffersARB", NameKind::Buffer, n, names);
-    for (GLsizei i = 0; i < n; ++i)
-        state().buffers.erase(names[i]);
-}
-
-GLboolean glIsBufferARB(GLuint name) {
-    return isLive("glIsBufferARB", NameKind::Buffer, name);
-}
-
-void glGenFramebuffersEXT(GLsizei n, GLuint* names) {
-    generate("glGenFramebuffersEXT", NameKind::Framebuffer, n, names);
-}
-
-void glDeleteFramebuffersEXT(GLsizei n, const GLuint* names) {
-    remove("glDeleteFramebuffersEXT", NameKind::Framebuffer, n, names);
-}
-
-GLboolean glIsFramebufferEXT(GLuint name) {
-    return isLive("glIsFramebufferEXT", NameKind::Framebuffer, name);
-}
-
-void glGenRenderbuffersEXT(GLsizei n, GLuint* names) {
-    generate("glGenRenderbuffersEXT", NameKind::Renderbuffer, n, names);
-}
-
-void glDeleteRenderbuffersEXT(GLsizei n, const GLuint* names) {
-    remove("glDeleteRenderbuffersEXT", NameKind::Renderbuffer, n, names);
-}
-
-GLboolean glIsRenderbufferEXT(GLuint name) {
-    return isLive("glIsRenderbufferEXT", NameKind::Renderbuffer, name);
-}
-
-void glGenQueriesARB(GLsizei n, GLuint* names) {
-    generate("glGenQueriesARB", NameKind::Query, n, names);
-}
-
-void glDeleteQueriesARB(GLsizei n, const GLuint* names) {
-    remove("glDeleteQueriesARB", NameKind::Query, n, names);
-}
-
-void glGenOcclusionQueriesNV(GLsizei n, GLuint* names) {
-    generate("glGenOcclusionQueriesNV", NameKind::Query, n, names);
-}
-
-void glDeleteOcclusionQueriesNV(GLsizei n, const GLuint* names) {
-    remove("glDeleteOcclusionQueriesNV", NameKind::Query, n, names);
-}
-
-void glGenProgramsARB(GLsizei n, GLuint* names) {
-    generate("glGenProgramsARB", NameKind::Program, n, names);
-}
-
-void glDeleteProgramsARB(GLsizei n, const GLuint* names) {
-    remove("glDeleteProgramsARB", NameKind::Program, n, names);
-}
-
-GLuint glGenLists(GLsizei range) {
-    const Outcome outcome = record("glGenLists", {range});
-    if (!outcome || range <= 0)
-        return outcome.otherwise<GLuint>(0);
-    const GLuint first = static_cast<GLuint>(makeName(NameKind::List));
-    for (GLsizei i = 1; i < range; ++i)
-        makeName(NameKind::List);
-    return first;
-}
-
-void glDeleteLists(GLuint list, GLsizei range) {
-    if (!record("glDeleteLists", {list, range}))
-        return;
-    for (GLsizei i = 0; i < range; ++i)
-        deleteName(NameKind::List, list + i);
-}
+#define NAMES(Kind, generator, deleter)                                                                      \
+    void generator(GLsizei n, GLuint* names) {                                                               \
+        generate(#generator, NameKind::Kind, n, names);                                                      \
+    }                                                                                                        \
+    void deleter(GLsizei n, const GLuint* names) {                                                           \
+        remove(#deleter, NameKind::Kind, n, names);                                                          \
+    }
+NAMES(Texture, glGenTextures, glDeleteTextures)
+NAMES(Buffer, glGenBuffersARB, glDeleteBuffersARB)
+NAMES(Framebuffer, glGenFramebuffersEXT, glDeleteFramebuffersEXT)
+NAMES(Renderbuffer, glGenRenderbuffersEXT, glDeleteRenderbuffersEXT)
+NAMES(Query, glGenQueriesARB, glDeleteQueriesARB)
+NAMES(Query, glGenOcclusionQueriesNV, glDeleteOcclusionQueriesNV)
 
 GLhandleARB glCreateShaderObjectARB(GLenum type) {
-    return makeShaderObject("glCreateShaderObjectARB", {type});
+    return make<GLhandleARB>(NameKind::ShaderObject, record("glCreateShaderObjectARB", {type}));
 }
 
 GLhandleARB glCreateProgramObjectARB() {
-    return makeShaderObject("glCreateProgramObjectARB", {});
+    return make<GLhandleARB>(NameKind::ShaderObject, record("glCreateProgramObjectARB", {}));
 }
 
 void glDeleteObjectARB(GLhandleARB object) {
@@ -371,11 +250,6 @@ GLboolean glUnmapBufferARB(GLenum target) {
     return record("glUnmapBufferARB", {target}).otherwise<GLboolean>(GL_TRUE);
 }
 
-void glBindFramebufferEXT(GLenum target, GLuint framebuffer) {
-    if (record("glBindFramebufferEXT", {target, framebuffer}))
-        state().framebuffer = framebuffer;
-}
-
 GLenum glCheckFramebufferStatusEXT(GLenum target) {
     return record("glCheckFramebufferStatusEXT", {target}).otherwise(script().framebufferStatus);
 }
@@ -393,27 +267,20 @@ __GLXextFuncPtr glXGetProcAddressARB(const GLubyte* procName) {
     return found == kDeclaredFunctions.end() ? nullptr : found->second;
 }
 
-void (*glXGetProcAddress(const GLubyte* procName))() {
-    return glXGetProcAddressARB(procName);
-}
-
 XVisualInfo* glXChooseVisual(Display* display, int screen, int* attributes) {
     return record("glXChooseVisual", {display, screen, attributes}).otherwise(onlyVisual());
 }
 
 GLXContext glXCreateContext(Display* display, XVisualInfo* visual, GLXContext share, Bool direct) {
-    return makeContext("glXCreateContext", {display, visual, share, direct});
+    return make<GLXContext>(NameKind::Context, record("glXCreateContext", {display, visual, share, direct}));
 }
 
-GLXContext glXCreateNewContext(Display* display, GLXFBConfig config, int type, GLXContext share,
-                               Bool direct) {
-    return makeContext("glXCreateNewContext", {display, config, type, share, direct});
-}
-
-GLXContext glXCreateContextWithConfigSGIX(Display* display, GLXFBConfigSGIX config, int type,
-                                          GLXContext share, Bool direct) {
-    return makeContext("glXCreateContextWithConfigSGIX", {display, config, type, share, direct});
-}
+#define CONTEXT_OF_CONFIG(name)                                                                              \
+    GLXContext name(Display* display, GLXFBConfig config, int type, GLXContext share, Bool direct) {         \
+        return make<GLXContext>(NameKind::Context, record(#name, {display, config, type, share, direct}));   \
+    }
+CONTEXT_OF_CONFIG(glXCreateNewContext)
+CONTEXT_OF_CONFIG(glXCreateContextWithConfigSGIX)
 
 void glXDestroyContext(Display* display, GLXContext context) {
     if (record("glXDestroyContext", {display, context}))
@@ -421,13 +288,11 @@ void glXDestroyContext(Display* display, GLXContext context) {
 }
 
 Bool glXMakeCurrent(Display* display, GLXDrawable drawable, GLXContext context) {
-    return bindContext(record("glXMakeCurrent", {display, drawable, context}), display, drawable, drawable,
-                       context);
+    return bindContext(record("glXMakeCurrent", {display, drawable, context}), drawable, context);
 }
 
 Bool glXMakeContextCurrent(Display* display, GLXDrawable draw, GLXDrawable read, GLXContext context) {
-    return bindContext(record("glXMakeContextCurrent", {display, draw, read, context}), display, draw, read,
-                       context);
+    return bindContext(record("glXMakeContextCurrent", {display, draw, read, context}), draw, context);
 }
 
 GLXContext glXGetCurrentContext() {
@@ -438,24 +303,12 @@ GLXDrawable glXGetCurrentDrawable() {
     return record("glXGetCurrentDrawable", {}).otherwise(state().draw);
 }
 
-GLXDrawable glXGetCurrentReadDrawable() {
-    return record("glXGetCurrentReadDrawable", {}).otherwise(state().read);
-}
-
-Display* glXGetCurrentDisplay() {
-    return record("glXGetCurrentDisplay", {}).otherwise(state().display);
-}
-
 GLXFBConfig* glXChooseFBConfig(Display* display, int screen, const int* attributes, int* count) {
     return configs(record("glXChooseFBConfig", {display, screen, attributes, count}), count);
 }
 
 GLXFBConfigSGIX* glXChooseFBConfigSGIX(Display* display, int screen, int* attributes, int* count) {
     return configs(record("glXChooseFBConfigSGIX", {display, screen, attributes, count}), count);
-}
-
-GLXFBConfig* glXGetFBConfigs(Display* display, int screen, int* count) {
-    return configs(record("glXGetFBConfigs", {display, screen, count}), count);
 }
 
 int glXGetFBConfigAttrib(Display* display, GLXFBConfig config, int attribute, int* value) {
@@ -467,41 +320,33 @@ int glXGetConfig(Display* display, XVisualInfo* visual, int attribute, int* valu
     return configAttribute(record("glXGetConfig", {display, visual, attribute, value}), attribute, value);
 }
 
-XVisualInfo* glXGetVisualFromFBConfig(Display* display, GLXFBConfig config) {
-    return record("glXGetVisualFromFBConfig", {display, config}).otherwise(onlyVisual());
-}
-
-XVisualInfo* glXGetVisualFromFBConfigSGIX(Display* display, GLXFBConfigSGIX config) {
-    return record("glXGetVisualFromFBConfigSGIX", {display, config}).otherwise(onlyVisual());
-}
+#define VISUAL_OF_CONFIG(name)                                                                               \
+    XVisualInfo* name(Display* display, GLXFBConfig config) {                                                \
+        return record(#name, {display, config}).otherwise(onlyVisual());                                     \
+    }
+VISUAL_OF_CONFIG(glXGetVisualFromFBConfig)
+VISUAL_OF_CONFIG(glXGetVisualFromFBConfigSGIX)
 
 GLXWindow glXCreateWindow(Display* display, GLXFBConfig config, Window window, const int* attributes) {
-    return makeDrawable("glXCreateWindow", NameKind::GlxWindow, {display, config, window, attributes});
-}
-
-void glXDestroyWindow(Display* display, GLXWindow window) {
-    if (record("glXDestroyWindow", {display, window}))
-        deleteName(NameKind::GlxWindow, window);
+    return make<XID>(NameKind::GlxWindow, record("glXCreateWindow", {display, config, window, attributes}));
 }
 
 GLXPbuffer glXCreatePbuffer(Display* display, GLXFBConfig config, const int* attributes) {
-    return makeDrawable("glXCreatePbuffer", NameKind::Pbuffer, {display, config, attributes});
+    return make<XID>(NameKind::Pbuffer, record("glXCreatePbuffer", {display, config, attributes}));
 }
 
 GLXPbufferSGIX glXCreateGLXPbufferSGIX(Display* display, GLXFBConfigSGIX config, unsigned width,
                                        unsigned height, int* attributes) {
-    return makeDrawable("glXCreateGLXPbufferSGIX", NameKind::Pbuffer,
-                        {display, config, width, height, attributes});
+    return make<XID>(NameKind::Pbuffer,
+                     record("glXCreateGLXPbufferSGIX", {display, config, width, height, attributes}));
 }
 
-void glXDestroyPbuffer(Display* display, GLXPbuffer pbuffer) {
-    if (record("glXDestroyPbuffer", {display, pbuffer}))
-        deleteName(NameKind::Pbuffer, pbuffer);
-}
-
-void glXDestroyGLXPbufferSGIX(Display* display, GLXPbufferSGIX pbuffer) {
-    if (record("glXDestroyGLXPbufferSGIX", {display, pbuffer}))
-        deleteName(NameKind::Pbuffer, pbuffer);
-}
+#define DESTROYS(name, Kind)                                                                                 \
+    void name(Display* display, XID drawable) {                                                              \
+        if (record(#name, {display, drawable}))                                                              \
+            deleteName(NameKind::Kind, drawable);                                                            \
+    }
+DESTROYS(glXDestroyWindow, GlxWindow)
+DESTROYS(glXDestroyPbuffer, Pbuffer)
 
 } // extern "C"

@@ -44,12 +44,9 @@ struct State {
     GLenum activeTexture = GL_TEXTURE0;
     GLint viewport[4] = {};
     std::set<GLenum> enabled;
-    GLuint framebuffer = 0;
     std::map<GLenum, GLuint> boundBuffers;
     std::map<GLuint, std::vector<unsigned char>> buffers;
-    Display* display = nullptr;
     GLXDrawable draw = 0;
-    GLXDrawable read = 0;
     GLXContext context = nullptr;
 };
 State& state();

@@ -36,6 +36,8 @@ struct Calls : std::vector<std::string> {
     using std::vector<std::string>::vector;
 };
 void PrintTo(const Calls& calls, std::ostream* out);
+/// Transcripts joined.
+Calls operator+(Calls a, const Calls& b);
 
 /// The calls since the last reset or clearRecorded, oldest first.
 const Calls& recorded();
@@ -117,9 +119,7 @@ enum class NameKind {
     Framebuffer = 201,
     Renderbuffer = 301,
     Query = 401,
-    List = 501,
     ShaderObject = 601,
-    Program = 701,
     Context = 0xC001,
     Pbuffer = 0xB001,
     GlxWindow = 0xD001,

@@ -204,30 +204,25 @@ TEST_F(FrameBuffer, swapsAndResizesItsWindow) {
 }
 
 TEST_F(FrameBuffer, releasesItsWindowOnce) {
-    const std::string dropped = call("glXMakeCurrent", fakeDisplay(), 0, nullptr);
-    const std::string context = call("glXDestroyContext", fakeDisplay(), nthContext(7));
+    const Calls context = {call("glXMakeCurrent", fakeDisplay(), 0, nullptr),
+                           call("glXDestroyContext", fakeDisplay(), nthContext(7))};
+    const auto also = [&](const char* name, XID drawable) {
+        return context + Calls{call(name, fakeDisplay(), drawable)};
+    };
+    const Calls pbuffer = context + Calls{call("glXMakeContextCurrent", fakeDisplay(), 0, 0, nullptr),
+                                          call("glXDestroyPbuffer", fakeDisplay(), 0x321)};
     const struct {
         GLFrameBuffer::Kind kind;
         bool glxWindows;
         bool drawable;
         Calls calls;
     } kCases[] = {
-        {GLFrameBuffer::kWindowed,
-         true,
-         true,
-         {dropped, context, call("glXDestroyWindow", fakeDisplay(), 0x321)}},
-        {GLFrameBuffer::kWindowed, false, true, {dropped, context, call("XDestroyWindow", fakeDisplay(), 0)}},
-        {GLFrameBuffer::kWindowed, true, false, {dropped, context}},
-        {GLFrameBuffer::kOffscreen,
-         true,
-         true,
-         {dropped, context, call("glXMakeContextCurrent", fakeDisplay(), 0, 0, nullptr),
-          call("glXDestroyPbuffer", fakeDisplay(), 0x321)}},
-        {GLFrameBuffer::kOffscreen,
-         false,
-         true,
-         {dropped, context, call("XDestroyWindow", fakeDisplay(), 0x321)}},
-        {GLFrameBuffer::kOffscreen, true, false, {dropped, context}},
+        {GLFrameBuffer::kWindowed, true, true, also("glXDestroyWindow", 0x321)},
+        {GLFrameBuffer::kWindowed, false, true, also("XDestroyWindow", 0)},
+        {GLFrameBuffer::kWindowed, true, false, context},
+        {GLFrameBuffer::kOffscreen, true, true, pbuffer},
+        {GLFrameBuffer::kOffscreen, false, true, also("XDestroyWindow", 0x321)},
+        {GLFrameBuffer::kOffscreen, true, false, context},
     };
     for (const auto& c : kCases) {
         gl().fExtEnabled[kCapGLXWindow] = c.glxWindows;

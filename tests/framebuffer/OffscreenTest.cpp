@@ -2,6 +2,8 @@
 
 #include "texture/GLTexture2D.h"
 
+#include <functional>
+
 namespace {
 
 constexpr GLuint kFramebuffer = nthName(NameKind::Framebuffer);
@@ -26,29 +28,24 @@ protected:
                 call("glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, 0)};
     }
 
+    static Calls nearest(GLenum target) {
+        Calls calls;
+        for (const auto& [parameter, value] : {std::pair{GL_TEXTURE_MIN_FILTER, GL_NEAREST},
+                                               {GL_TEXTURE_MAG_FILTER, GL_NEAREST},
+                                               {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
+                                               {GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE}})
+            calls.push_back(call("glTexParameterf", target, parameter, value));
+        return calls;
+    }
+
     /// The n-th texture, made and attached: 8 x 4.
     static Calls attached(int n, GLenum target, GLenum point, GLenum store, GLenum data, GLenum type) {
         const auto name = nthName(NameKind::Texture, n);
         const std::string bound = call("glBindTexture", target, name);
-        const auto set = [target](GLenum parameter, GLenum value) {
-            return call("glTexParameterf", target, parameter, value);
-        };
-        return {call("glGenTextures", 1, kOut),
-                bound,
-                bound,
-                call("glTexImage2D", target, 0, store, 8, 4, 0, data, type, nullptr),
-                set(GL_TEXTURE_MIN_FILTER, GL_NEAREST),
-                set(GL_TEXTURE_MAG_FILTER, GL_NEAREST),
-                set(GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE),
-                set(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE),
-                call("glFramebufferTexture2DEXT", GL_FRAMEBUFFER_EXT, point, target, name, 0)};
-    }
-
-    static Calls joined(std::initializer_list<Calls> parts) {
-        Calls all;
-        for (const Calls& part : parts)
-            all.insert(all.end(), part.begin(), part.end());
-        return all;
+        return Calls{call("glGenTextures", 1, kOut), bound, bound,
+                     call("glTexImage2D", target, 0, store, 8, 4, 0, data, type, nullptr)} +
+               nearest(target) +
+               Calls{call("glFramebufferTexture2DEXT", GL_FRAMEBUFFER_EXT, point, target, name, 0)};
     }
 
     static void expectLive(size_t framebuffers, size_t textures, size_t renderbuffers) {
@@ -62,18 +59,31 @@ protected:
 };
 
 TEST_F(Offscreen, colorAndDepthInOrder) {
-    const Calls color = {call("glGetIntegerv", GL_MAX_COLOR_ATTACHMENTS_EXT, kOut)};
-    const Calls depth24 = attached(1, GL_TEXTURE_2D, GL_DEPTH_ATTACHMENT_EXT, GL_DEPTH_COMPONENT24,
-                                   GL_DEPTH_COMPONENT, GL_UNSIGNED_INT);
+    // A rectangle's depth is an ordinary texture.
+    const std::pair<koBufferFormat, Calls> kColors[] = {
+        {wanted(4, 5, 16, 3),
+         attached(0, GL_TEXTURE_RECTANGLE_ARB, GL_COLOR_ATTACHMENT0_EXT, GL_RGBA32F_ARB, GL_RGBA, GL_FLOAT) +
+             Calls{call("glBindTexture", GL_TEXTURE_RECTANGLE_ARB, 0)}},
+        {wanted(2, 7, 16),
+         attached(0, GL_TEXTURE_2D, GL_COLOR_ATTACHMENT0_EXT, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE) +
+             Calls{call("glBindTexture", GL_TEXTURE_2D, 0)}},
+    };
+    const Calls limit = {call("glGetIntegerv", GL_MAX_COLOR_ATTACHMENTS_EXT, kOut)};
+    const Calls depth = attached(1, GL_TEXTURE_2D, GL_DEPTH_ATTACHMENT_EXT, GL_DEPTH_COMPONENT24,
+                                 GL_DEPTH_COMPONENT, GL_UNSIGNED_INT);
+    for (const auto& [format, color] : kColors) {
+        resetRecording();
+        script().values[GL_MAX_RENDERBUFFER_SIZE_EXT] = {64};
+        GLFrameBuffer made;
+        EXPECT_EQ(made.createOffscreen(format, 8, 4), 0u);
+        EXPECT_EQ(recorded(), opening() + limit + color + depth + closing());
+    }
+    resetRecording();
+    script().values[GL_MAX_RENDERBUFFER_SIZE_EXT] = {64};
+    const int references = startup().refCount();
+    const int instances = GLFrameBuffer::fsNumInstances_GLFrameBuffer;
     GLFrameBuffer buffer;
     EXPECT_EQ(buffer.createOffscreen(wanted(2, 7, 16), 8, 4), 0u);
-    EXPECT_EQ(recorded(), joined({opening(),
-                                  color,
-                                  attached(0, GL_TEXTURE_2D, GL_COLOR_ATTACHMENT0_EXT, GL_RGBA8, GL_RGBA,
-                                           GL_UNSIGNED_BYTE),
-                                  {call("glBindTexture", GL_TEXTURE_2D, 0)},
-                                  depth24,
-                                  closing()}));
     EXPECT_TRUE(buffer.isOffscreen());
     EXPECT_TRUE(buffer.fFramebufferObjectFlag);
     EXPECT_FALSE(buffer.fGLXDrawableFlag);
@@ -93,28 +103,15 @@ TEST_F(Offscreen, colorAndDepthInOrder) {
     EXPECT_EQ(width, 8);
     EXPECT_EQ(height, 4);
     EXPECT_EQ(recorded(), Calls{});
-    EXPECT_EQ(startup().refCount(), 2);
+    EXPECT_EQ(startup().refCount(), references + 1);
 
     buffer.deleteInternalState();
     expectLive(0, 0, 0);
     EXPECT_FALSE(buffer.isOffscreen());
-    EXPECT_EQ(startup().refCount(), 2) << "framebuffer objects keep theirs";
-    EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, 1);
+    EXPECT_EQ(startup().refCount(), references + 1) << "framebuffer objects keep theirs";
+    EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, instances + 1);
     buffer.deleteInternalState();
     expectLive(0, 0, 0);
-}
-
-TEST_F(Offscreen, rectangleColorBesideOrdinaryDepth) {
-    GLFrameBuffer buffer;
-    EXPECT_EQ(buffer.createOffscreen(wanted(4, 5, 16, 3), 8, 4), 0u);
-    EXPECT_EQ(recorded(), joined({opening(),
-                                  {call("glGetIntegerv", GL_MAX_COLOR_ATTACHMENTS_EXT, kOut)},
-                                  attached(0, GL_TEXTURE_RECTANGLE_ARB, GL_COLOR_ATTACHMENT0_EXT,
-                                           GL_RGBA32F_ARB, GL_RGBA, GL_FLOAT),
-                                  {call("glBindTexture", GL_TEXTURE_RECTANGLE_ARB, 0)},
-                                  attached(1, GL_TEXTURE_2D, GL_DEPTH_ATTACHMENT_EXT, GL_DEPTH_COMPONENT24,
-                                           GL_DEPTH_COMPONENT, GL_UNSIGNED_INT),
-                                  closing()}));
 }
 
 TEST_F(Offscreen, cubeMapColorOfTheWidth) {
@@ -130,17 +127,13 @@ TEST_F(Offscreen, cubeMapColorOfTheWidth) {
     for (int face = 0; face < 6; ++face)
         cube.push_back(call("glTexImage2D", GL_TEXTURE_CUBE_MAP_POSITIVE_X + face, 0, GL_RGBA16F_ARB, 8, 8, 0,
                             GL_RGBA, 0x140B, nullptr));
-    for (const auto& [parameter, value] : {std::pair{GL_TEXTURE_MIN_FILTER, GL_NEAREST},
-                                           {GL_TEXTURE_MAG_FILTER, GL_NEAREST},
-                                           {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
-                                           {GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE}})
-        cube.push_back(call("glTexParameterf", GL_TEXTURE_CUBE_MAP, parameter, value));
+    cube = cube + nearest(GL_TEXTURE_CUBE_MAP);
     cube.push_back(call("glFramebufferTexture2DEXT", GL_FRAMEBUFFER_EXT, GL_COLOR_ATTACHMENT0_EXT,
                         GL_TEXTURE_CUBE_MAP_POSITIVE_X, name, 0));
     cube.push_back(call("glBindTexture", GL_TEXTURE_CUBE_MAP, 0));
     GLFrameBuffer buffer;
     EXPECT_EQ(buffer.createOffscreen(wanted(3, 15, 16, 5), 8, 4), 0u);
-    EXPECT_EQ(recorded(), joined({opening(), cube, closing()}));
+    EXPECT_EQ(recorded(), opening() + cube + closing());
     EXPECT_EQ(buffer.fActualFormat.fTextureType, 5u);
     buffer.deleteInternalState();
     EXPECT_TRUE(ledger(NameKind::Texture).live.empty());
@@ -159,9 +152,8 @@ TEST_F(Offscreen, depthAndStencilForms) {
                      call("glFramebufferRenderbufferEXT", GL_FRAMEBUFFER_EXT, GL_STENCIL_ATTACHMENT_EXT,
                           GL_RENDERBUFFER_EXT, kRenderbuffer)};
     };
-    const Calls depth16 =
-        joined({depth(GL_DEPTH_COMPONENT16, GL_DEPTH_COMPONENT, GL_UNSIGNED_SHORT), undrawn});
-    const Calls depth24 = joined({depth(GL_DEPTH_COMPONENT24, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT), undrawn});
+    const Calls depth16 = depth(GL_DEPTH_COMPONENT16, GL_DEPTH_COMPONENT, GL_UNSIGNED_SHORT) + undrawn;
+    const Calls depth24 = depth(GL_DEPTH_COMPONENT24, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT) + undrawn;
     const struct {
         uint32_t depth, stencil;
         bool packedVetoed;
@@ -187,7 +179,7 @@ TEST_F(Offscreen, depthAndStencilForms) {
         gl().fExtEnabled[kCapPackedDepthStencil] = !c.packedVetoed;
         GLFrameBuffer buffer;
         EXPECT_EQ(buffer.createOffscreen(wanted(14, c.depth, c.stencil), 8, 4), 0u);
-        EXPECT_EQ(recorded(), joined({opening(), c.calls, closing()})) << c.depth << ", " << c.stencil;
+        EXPECT_EQ(recorded(), opening() + c.calls + closing()) << c.depth << ", " << c.stencil;
         const bool renderbuffer = c.depth == 15 && c.stencil != 16;
         EXPECT_EQ(buffer.fStencilRenderbufferId, renderbuffer ? kRenderbuffer : 0);
         buffer.deleteInternalState();
@@ -196,45 +188,37 @@ TEST_F(Offscreen, depthAndStencilForms) {
 }
 
 TEST_F(Offscreen, failuresLeaveNothing) {
-    const struct {
+    const auto veto = [](bool* flags) { return [=] { flags[kCapFramebufferObject] = false; }; };
+    const auto incomplete = [] { script().framebufferStatus = GL_FRAMEBUFFER_UNSUPPORTED_EXT; };
+    struct Case {
         const char* what;
-        void (*provoke)(GLFunctionTable&);
-        koBufferFormat format;
-        unsigned width, height;
         uint32_t result;
         int framebuffersMade;
-        size_t renderbuffersLeft;
-    } kCases[] = {
-        {"not offered", [](GLFunctionTable& t) { t.fExtSupported[kCapFramebufferObject] = false; },
-         wanted(2, 7, 16), 8, 4, 1, 0, 0},
-        {"vetoed", [](GLFunctionTable& t) { t.fExtEnabled[kCapFramebufferObject] = false; }, wanted(2, 7, 16),
-         8, 4, 1, 0, 0},
-        {"too wide", [](GLFunctionTable&) {}, wanted(2, 7, 16), 65, 64, 4, 0, 0},
-        {"too high", [](GLFunctionTable&) {}, wanted(2, 7, 16), 64, 65, 4, 0, 0},
-        {"far too high", [](GLFunctionTable&) {}, wanted(2, 7, 16), 64, 0xFFFFFFFF, 4, 0, 0},
-        {"no limit", [](GLFunctionTable&) { script().values.erase(GL_MAX_RENDERBUFFER_SIZE_EXT); },
-         wanted(2, 7, 16), 8, 4, 4, 0, 0},
-        {"no name",
-         [](GLFunctionTable&) {
-             script().failing = {{"glGenFramebuffersEXT", 1}};
-         },
-         wanted(2, 7, 16), 8, 4, 5, 0, 0},
-        {"no attachments", [](GLFunctionTable&) { script().values[GL_MAX_COLOR_ATTACHMENTS_EXT] = {0}; },
-         wanted(2, 7, 16), 8, 4, 2, 1, 0},
-        {"1D colour", [](GLFunctionTable&) {}, wanted(2, 7, 16, 1), 8, 4, 2, 1, 0},
-        {"3D colour", [](GLFunctionTable&) {}, wanted(2, 7, 16, 4), 8, 4, 2, 1, 0},
-        {"packed, 1 bit", [](GLFunctionTable&) {}, wanted(2, 7, 10), 8, 4, 2, 1, 0},
-        {"packed, 16 bits", [](GLFunctionTable&) {}, wanted(2, 6, 13), 8, 4, 2, 1, 0},
-        {"incomplete", [](GLFunctionTable&) { script().framebufferStatus = GL_FRAMEBUFFER_UNSUPPORTED_EXT; },
-         wanted(2, 7, 16), 8, 4, 2, 1, 0},
-        {"incomplete with stencil",
-         [](GLFunctionTable&) { script().framebufferStatus = GL_FRAMEBUFFER_UNSUPPORTED_EXT; },
-         wanted(2, 15, 12), 8, 4, 2, 1, 1},
+        std::function<void()> provoke = [] {};
+        koBufferFormat format = wanted(2, 7, 16);
+        unsigned width = 8, height = 4;
+        size_t renderbuffersLeft = 0;
+    };
+    const Case kCases[] = {
+        {"not offered", 1, 0, veto(gl().fExtSupported)},
+        {"vetoed", 1, 0, veto(gl().fExtEnabled)},
+        {"too wide", 4, 0, [] {}, wanted(2, 7, 16), 65, 64},
+        {"too high", 4, 0, [] {}, wanted(2, 7, 16), 64, 65},
+        {"far too high", 4, 0, [] {}, wanted(2, 7, 16), 64, 0xFFFFFFFF},
+        {"no limit", 4, 0, [] { script().values.erase(GL_MAX_RENDERBUFFER_SIZE_EXT); }},
+        {"no name", 5, 0, [] { failNext("glGenFramebuffersEXT"); }},
+        {"no attachments", 2, 1, [] { script().values[GL_MAX_COLOR_ATTACHMENTS_EXT] = {0}; }},
+        {"1D colour", 2, 1, [] {}, wanted(2, 7, 16, 1)},
+        {"3D colour", 2, 1, [] {}, wanted(2, 7, 16, 4)},
+        {"packed, 1 bit", 2, 1, [] {}, wanted(2, 7, 10)},
+        {"packed, 16 bits", 2, 1, [] {}, wanted(2, 6, 13)},
+        {"incomplete", 2, 1, incomplete},
+        {"incomplete with stencil", 2, 1, incomplete, wanted(2, 15, 12), 8, 4, 1},
     };
     for (const auto& c : kCases) {
         resetRecording();
         script().values[GL_MAX_RENDERBUFFER_SIZE_EXT] = {64};
-        c.provoke(gl());
+        c.provoke();
         const int references = startup().refCount();
         {
             GLFrameBuffer buffer;
@@ -255,7 +239,7 @@ TEST_F(Offscreen, aStencilWithoutANameIsNotAttached) {
     script().failing = {{"glGenRenderbuffersEXT", 1}};
     GLFrameBuffer buffer;
     EXPECT_EQ(buffer.createOffscreen(wanted(14, 15, 12), 8, 4), 0u);
-    EXPECT_EQ(recorded(), joined({opening(), {call("glGenRenderbuffersEXT", 1, kOut)}, closing()}));
+    EXPECT_EQ(recorded(), opening() + Calls{call("glGenRenderbuffersEXT", 1, kOut)} + closing());
 }
 
 TEST_F(Offscreen, leavesAnEmptyStartupContextWithoutATable) {

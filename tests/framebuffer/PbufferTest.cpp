@@ -4,12 +4,6 @@ namespace {
 
 constexpr Window kWindow = 0x55;
 
-/// One call on the way to a pbuffer, and what createOffscreen answers when it fails; 0 where nobody looks.
-struct Step {
-    std::string call;
-    uint32_t failure = 0;
-};
-
 class PbufferTest : public FrameBufferTest {
 protected:
     PbufferTest() {
@@ -40,24 +34,23 @@ protected:
                 10,     color, 11, color, 12,     depth, 13, stencil, 0};
     }
 
-    std::vector<Step> steps(bool sgix) {
+    Steps steps(bool sgix) {
         Display* display = fakeDisplay();
         const GLXFBConfig config = nthConfig();
         const Values list = configuration(8, 24, 8);
-        std::vector<Step> all = {
-            {startupMadeCurrent()},
-            {call("glXQueryExtensionsString", display, 0)},
-            {call(sgix ? "glXChooseFBConfigSGIX" : "glXChooseFBConfig", display, 0, list, kOut), 2},
-            {call("glXGetFBConfigAttrib", display, config, 0x8016, kOut)},
-            {call("glXGetFBConfigAttrib", display, config, 0x8017, kOut)},
-            {sgix ? call("glXCreateGLXPbufferSGIX", display, config, 640, 480, list)
-                  : call("glXCreatePbuffer", display, config,
-                         Values{0x8041, 640, 0x8040, 480, 0x801C, 0, 0x801B, 0, 0}),
-             5},
-            {call("glXGetVisualFromFBConfig", display, config), 5},
-            {call(sgix ? "glXCreateContextWithConfigSGIX" : "glXCreateNewContext", display, config, 0x8014,
-                  startup().context, 1),
-             4}};
+        Steps all = {{startupMadeCurrent()},
+                     {call("glXQueryExtensionsString", display, 0)},
+                     {call(sgix ? "glXChooseFBConfigSGIX" : "glXChooseFBConfig", display, 0, list, kOut), 2},
+                     {call("glXGetFBConfigAttrib", display, config, 0x8016, kOut)},
+                     {call("glXGetFBConfigAttrib", display, config, 0x8017, kOut)},
+                     {sgix ? call("glXCreateGLXPbufferSGIX", display, config, 640, 480, list)
+                           : call("glXCreatePbuffer", display, config,
+                                  Values{0x8041, 640, 0x8040, 480, 0x801C, 0, 0x801B, 0, 0}),
+                      5},
+                     {call("glXGetVisualFromFBConfig", display, config), 5},
+                     {call(sgix ? "glXCreateContextWithConfigSGIX" : "glXCreateNewContext", display, config,
+                           0x8014, startup().context, 1),
+                      4}};
         for (const int attribute :
              {GLX_RED_SIZE, GLX_ALPHA_SIZE, GLX_DEPTH_SIZE, GLX_STENCIL_SIZE, GLX_SAMPLE_BUFFERS})
             all.push_back({call("glXGetConfig", display, onlyVisual(), attribute, kOut)});
@@ -79,10 +72,7 @@ TEST_F(PbufferTest, eachRoadMakesAndReleasesIt) {
         GLFrameBuffer buffer;
         buffer.fActualFormat.fTextureType = IHWTexture::kTextureCubeMap;
         ASSERT_EQ(create(buffer, wanted(), 640, 480), 0u);
-        Calls expected;
-        for (const Step& step : steps(sgix))
-            expected.push_back(step.call);
-        EXPECT_EQ(recorded(), expected);
+        EXPECT_EQ(recorded(), callsOf(steps(sgix)));
         EXPECT_TRUE(buffer.isOffscreen() && buffer.fGLXDrawableFlag && buffer.fOwnsDrawable);
         EXPECT_FALSE(buffer.fFramebufferObjectFlag);
         EXPECT_EQ(buffer.fPbuffer, pbuffer);
@@ -111,29 +101,17 @@ TEST_F(PbufferTest, eachRoadMakesAndReleasesIt) {
 TEST_F(PbufferTest, eachFailureEndsItThere) {
     for (const bool sgix : {false, true}) {
         choose(sgix);
-        Calls calls;
-        for (const Step& step : steps(sgix)) {
-            SCOPED_TRACE(step.call);
-            const std::string name = step.call.substr(0, step.call.find('('));
-            calls.push_back(step.call);
-            if (step.failure == 0)
-                continue;
-            failNext(name.c_str());
-            GLFrameBuffer buffer;
-            EXPECT_EQ(create(buffer, wanted(), 640, 480), step.failure);
-            Calls expected = calls;
-            if (name == "glXCreatePbuffer") // the visual is looked for all the same
-                expected.push_back(steps(sgix)[6].call);
-            EXPECT_EQ(recorded(), expected);
-            EXPECT_FALSE(buffer.fOwnsDrawable);
-            EXPECT_EQ(buffer.fKind, step.failure == 5 ? 0u : 2u);
-            EXPECT_EQ(buffer.fWidth, 0u);
-            EXPECT_EQ(buffer.fActualFormat.fColorFormat, 14u);
-            EXPECT_EQ(buffer.fRequestedFormat.fColorFormat, 2u);
-            buffer.deleteInternalState();
-            EXPECT_EQ(startup().refCount(), 1);
-            EXPECT_EQ(create(buffer, wanted(), 640, 480), 0u) << "tries again";
-        }
+        walkFailures(
+            steps(sgix), [&](GLFrameBuffer& buffer) { return create(buffer, wanted(), 640, 480); },
+            [&](GLFrameBuffer& buffer, const Step& step, Calls calls) {
+                if (step.call.starts_with("glXCreatePbuffer")) // the visual is looked for all the same
+                    calls.push_back(steps(sgix)[6].call);
+                EXPECT_EQ(recorded(), calls);
+                EXPECT_EQ(buffer.fKind, step.failure == 5 ? 0u : 2u);
+                EXPECT_EQ(buffer.fWidth, 0u);
+                EXPECT_EQ(buffer.fActualFormat.fColorFormat, 14u);
+                EXPECT_EQ(buffer.fRequestedFormat.fColorFormat, 2u);
+            });
     }
 }
 

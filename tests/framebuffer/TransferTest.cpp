@@ -21,13 +21,6 @@ protected:
         fBuffer.deleteInternalState();
     }
 
-    /// The calls since the last look.
-    static Calls made() {
-        Calls calls = recorded();
-        clearRecorded();
-        return calls;
-    }
-
     static Calls read(int x, int y, int width, int height, GLenum type, const PixelArray2D* pixels) {
         return {call("glPixelStorei", GL_PACK_ALIGNMENT, 1),
                 call("glReadPixels", x, y, width, height, GL_DEPTH_COMPONENT, type, pixels->data())};

@@ -10,20 +10,6 @@ XVisualInfo* firstVisual() {
     return &visual;
 }
 
-/// One call on the way to a window, and what createInWindow answers when it fails; 0 where nobody looks.
-struct Step {
-    std::string call;
-    uint32_t failure = 0;
-};
-using Steps = std::vector<Step>;
-
-Calls callsOf(const Steps& steps) {
-    Calls calls;
-    for (const Step& step : steps)
-        calls.push_back(step.call);
-    return calls;
-}
-
 class InWindow : public FrameBufferTest {
 protected:
     /// By SGIX configurations, by visuals, by GLX 1.3.
@@ -165,35 +151,22 @@ TEST_F(InWindow, eachPathMakesAndReleasesIt) {
 TEST_F(InWindow, eachFailureEndsItThere) {
     for (Path path : {kSGIX, kVisual, kGLX13}) {
         vetoAllBut(path);
-        Calls calls;
-        for (const Step& step : steps(path)) {
-            SCOPED_TRACE(step.call);
-            const std::string name = step.call.substr(0, step.call.find('('));
-            calls.push_back(step.call);
-            if (step.failure == 0)
-                continue;
-            int nth = 0;
-            for (const std::string& earlier : calls)
-                nth += earlier.starts_with(name + '(') ? 1 : 0;
-            failNext(name.c_str(), nth);
-            GLFrameBuffer buffer;
-            EXPECT_EQ(create(buffer), step.failure);
-            EXPECT_EQ(recorded(), calls);
-            EXPECT_FALSE(buffer.fOwnsDrawable);
-            EXPECT_EQ(buffer.fWindow.window(), 0u);
-            EXPECT_EQ(buffer.fRequestedFormat.fColorFormat, kRasterRGBA8);
-            EXPECT_EQ(buffer.fActualFormat.fColorFormat, kRasterNoColor);
-            EXPECT_EQ(buffer.fKind, path == kSGIX && calls.size() > 2 ? 1u : 0u);
-            EXPECT_EQ(buffer.fContext != nullptr,
-                      step.failure == 3 || (path == kSGIX && name == "glXChooseVisual"))
-                << "a context that was made stays in its field";
-            EXPECT_EQ(startup().refCount(), 2);
-            clearRecorded();
-            buffer.deleteInternalState();
-            EXPECT_EQ(recorded(), Calls{}) << "and is not destroyed";
-            EXPECT_EQ(startup().refCount(), 1);
-            EXPECT_EQ(create(buffer), 0u) << "tries again";
-        }
+        walkFailures(
+            steps(path), [](GLFrameBuffer& buffer) { return create(buffer); },
+            [&](GLFrameBuffer& buffer, const Step& step, const Calls& calls) {
+                EXPECT_EQ(recorded(), calls);
+                EXPECT_EQ(buffer.fWindow.window(), 0u);
+                EXPECT_EQ(buffer.fRequestedFormat.fColorFormat, kRasterRGBA8);
+                EXPECT_EQ(buffer.fActualFormat.fColorFormat, kRasterNoColor);
+                EXPECT_EQ(buffer.fKind, path == kSGIX && calls.size() > 2 ? 1u : 0u);
+                EXPECT_EQ(buffer.fContext != nullptr,
+                          step.failure == 3 || (path == kSGIX && step.call.starts_with("glXChooseVisual")))
+                    << "a context that was made stays in its field";
+                EXPECT_EQ(startup().refCount(), 2);
+                clearRecorded();
+                buffer.deleteInternalState();
+                EXPECT_EQ(recorded(), Calls{}) << "and is not destroyed";
+            });
     }
 }
 

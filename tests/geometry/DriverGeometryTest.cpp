@@ -123,12 +123,6 @@ protected:
     static bool& data() { return GLRouting::fsUseObjectsForData; }
     static bool& indexing() { return GLRouting::fsUseObjectsForIndexing; }
 
-    GLint integer(GLenum name) {
-        GLint value = -1;
-        gl().glGetIntegerv(name, &value);
-        return value;
-    }
-
     GLRouting fRouting;
     std::unique_ptr<GeometryLogicalGroup> fGroup;
     std::unique_ptr<DrawTarget> fTarget;
@@ -151,15 +145,6 @@ TEST_F(DriverGeometry, landsWhereItBelongsByEveryPath) {
     }
     fGroup.reset();
     EXPECT_EQ(IHWMemoryObject::fsMemoryUsage, 0U);
-}
-
-TEST_F(DriverGeometry, drawsBeyondTheBudgetFromClientMemory) {
-    newGroup();
-    addCells(GeometryDataIndex::kQuads);
-    data() = indexing() = true;
-    GLObject::fsMaximumMemoryUsage = 0;
-    EXPECT_EQ(drawnGroup(), expected(GeometryDataIndex::kQuads, {0, 1, 2}));
-    EXPECT_EQ(fGroup->stream(0)->fHanger, nullptr);
 }
 
 TEST_F(DriverGeometry, drawsSubsets) {
@@ -196,19 +181,6 @@ TEST_F(DriverGeometry, drawsStripsFromOneBlock) {
     for (int frame = 0; frame < 2; ++frame)
         EXPECT_EQ(drawnGroup(), all);
     EXPECT_EQ(IHWMemoryObject::fsMemoryUsage, 52U) << "one buffer, a word to spare";
-
-    // A record of its own between the strips of the block.
-    newGroup();
-    fGroup->addIndexBlock(GeometryDataIndex::kTriangleStrip, {strips[0], strips[1]});
-    GeometryDataIndex& second = *fGroup->indexRecord(1);
-    fGroup->addIndexRecord(GeometryDataIndex::kQuads, cellIndices(GeometryDataIndex::kQuads, 2));
-    auto last = std::make_unique<GeometryDataIndex>(GeometryDataIndex::kTriangleStrip, second.fIndices, 4);
-    last->fAllocatedCount = second.fAllocatedCount;
-    last->fStart = second.fStart;
-    second.fPrimitiveType = GeometryDataIndex::kNothing;
-    fGroup->addIndexRecord(std::move(last));
-    for (int frame = 0; frame < 2; ++frame)
-        EXPECT_EQ(drawnGroup(), all);
 }
 
 TEST_F(DriverGeometry, restartsStrips) {
@@ -233,76 +205,6 @@ TEST_F(DriverGeometry, restartsStrips) {
     EXPECT_EQ(drawnGroup(), expected(GeometryDataIndex::kTriangleStrip, {0, 1, 2}));
     expectErrors(errors);
     gl().glDisableClientState(GL_PRIMITIVE_RESTART_NV);
-}
-
-TEST_F(DriverGeometry, leavesNoArrayAndNoBuffer) {
-    newGroup();
-    addCells(GeometryDataIndex::kQuads);
-    fGroup->addStream(GeometryData::kTexCoord, 2, std::vector<float>(24));
-    for (uint32_t i = GLRouting::kTexCoord0; i < 7; ++i)
-        fRouting.fSlots[i] = {GLRouting::kFromGeometry, {}, GeometryData::kTexCoord, 0};
-    // One that stands for nothing conventional. On NVIDIA 580.159 attribute 3 is the colour, and the group
-    // would be drawn in these numbers; on Mesa 22.3.6 none is.
-    constexpr GLuint kFree = 6;
-    fRouting.fSlots[GLRouting::kAttrib1 + kFree - 1] = {
-        GLRouting::kFromGeometry, {}, GeometryData::kTexCoord, 0};
-    data() = indexing() = GLRouting::requiresAttribInterpolants = true;
-
-    fRouting.fGroup = fGroup.get();
-    fRouting.setVertexArrays(false, false);
-    const auto isAttribEnabled = [this] {
-        GLint enabled = -1;
-        gl().glGetVertexAttribiv(kFree, GL_VERTEX_ATTRIB_ARRAY_ENABLED_ARB, &enabled);
-        return enabled;
-    };
-    EXPECT_EQ(integer(GL_CLIENT_ACTIVE_TEXTURE), GL_TEXTURE3);
-    EXPECT_TRUE(gl().glIsEnabled(GL_TEXTURE_COORD_ARRAY));
-    EXPECT_EQ(isAttribEnabled(), 1);
-    EXPECT_NE(integer(GL_ARRAY_BUFFER_BINDING_ARB), 0);
-    fRouting.unsetVertexArrays();
-
-    for (int way = 0; way < 2; ++way) {
-        if (way == 0) {
-            EXPECT_EQ(drawnGroup(), expected(GeometryDataIndex::kQuads, {0, 1, 2}));
-        } else {
-            fRouting.setVertexArrays(false, false);
-            GLRouting::disableAllArrays();
-        }
-        EXPECT_EQ(integer(GL_CLIENT_ACTIVE_TEXTURE), GL_TEXTURE0);
-        EXPECT_EQ(integer(GL_ARRAY_BUFFER_BINDING_ARB), 0);
-        EXPECT_EQ(integer(GL_ELEMENT_ARRAY_BUFFER_BINDING_ARB), 0);
-        EXPECT_EQ(isAttribEnabled(), 0);
-        for (GLenum array : {GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_COLOR_ARRAY})
-            EXPECT_FALSE(gl().glIsEnabled(array));
-        for (GLenum unit = 0; unit < 4; ++unit) {
-            gl().glClientActiveTexture(GL_TEXTURE0 + unit);
-            EXPECT_FALSE(gl().glIsEnabled(GL_TEXTURE_COORD_ARRAY)) << unit;
-        }
-        gl().glClientActiveTexture(GL_TEXTURE0);
-    }
-}
-
-TEST_F(DriverGeometry, buffersHoldWhatTheyAreGiven) {
-    GLObject object;
-    object.fAccess = GLObject::kReadWrite;
-    ASSERT_TRUE(object.bind());
-    ASSERT_TRUE(object.bufferData(4, "abcd"));
-    ASSERT_TRUE(object.bufferSubData(1, 2, "XY"));
-    auto* mapped = static_cast<char*>(object.mapBuffer());
-    ASSERT_NE(mapped, nullptr);
-    void* pointer = nullptr;
-    EXPECT_TRUE(object.getBufferPointer(&pointer));
-    EXPECT_EQ(pointer, mapped);
-    EXPECT_EQ(std::string(mapped, 4), "aXYd");
-    mapped[3] = 'Z';
-    EXPECT_TRUE(object.unmapBuffer());
-    char bytes[3] = {};
-    EXPECT_TRUE(object.getBufferSubData(1, 3, bytes));
-    EXPECT_EQ(std::string(bytes, 3), "XYZ");
-    const GLuint name = object.fBufferName;
-    EXPECT_TRUE(gl().glIsBufferARB(name));
-    EXPECT_TRUE(object.deleteObject());
-    EXPECT_FALSE(gl().glIsBufferARB(name));
 }
 
 } // namespace

@@ -19,12 +19,6 @@ protected:
             };
     }
 
-    static Calls made() {
-        Calls calls = recorded();
-        clearRecorded();
-        return calls;
-    }
-
     int fAnswer = 32; ///< what the next query is answered; one less each time
 };
 

@@ -14,9 +14,9 @@ protected:
     /// What drawGroup calls for all but the arrays: those are checked here.
     Calls drawn(koUtil::BitField* visible = nullptr, unsigned* list = nullptr, unsigned* prepared = nullptr,
                 unsigned preparedCount = 0) {
-        newCalls();
+        made();
         fRouting.drawGroup(&fGroup, visible, list, prepared, preparedCount, false);
-        Calls calls = newCalls();
+        Calls calls = made();
         const Calls head = {enable(GL_VERTEX_ARRAY), vertices(3, fPositions)};
         const Calls tail = GLRouting::fsUseObjectsForIndexing && gl().usable(kCapVertexBufferObject)
                                ? Calls{disable(GL_VERTEX_ARRAY), bindIndices(0), unit(0)}
@@ -134,6 +134,12 @@ TEST_F(Drawing, drawsFromClientMemoryBeyondTheBudget) {
     record.setHanger(&foreign);
     drawn();
     EXPECT_NE(GLObject::from(record.fHanger), nullptr) << "a foreign hanger counts as none";
+
+    const auto& second = fGroup.addIndexRecord(GeometryDataIndex::kTriangles, {3, 4, 5});
+    EXPECT_EQ(drawn(), (Calls{bindIndices(buffer(1)), elements(GL_TRIANGLES, 3, nullptr), bindIndices(0),
+                              generate(), bindIndices(buffer(2)), bindIndices(buffer(2)), bindIndices(0),
+                              remove(buffer(2)), elements(GL_TRIANGLES, 3, second.fIndices)}))
+        << "a group that fits in part";
 }
 
 TEST_F(Drawing, drawsSubsets) {
@@ -191,10 +197,10 @@ TEST_F(Drawing, exchangesTheSwitchesAfterASubset) {
             for (bool byList : {false, true}) {
                 GLRouting::fsUseObjectsForData = data;
                 GLRouting::fsUseObjectsForIndexing = indexing;
-                newCalls();
+                made();
                 fRouting.drawGroup(&fGroup, byList ? nullptr : &visible, byList ? list : nullptr, nullptr, 0,
                                    false);
-                EXPECT_EQ(newCalls(),
+                EXPECT_EQ(made(),
                           (Calls{enable(GL_VERTEX_ARRAY), vertices(3, fPositions)} +
                            oneByOne(GL_TRIANGLES, {0, 1, 2}) + Calls{disable(GL_VERTEX_ARRAY), unit(0)}))
                     << "no buffer objects";
@@ -241,9 +247,9 @@ TEST_F(Drawing, drawsStreamsWithIndexListsOfTheirOwn) {
     };
     const auto drawn = [&] {
         fRouting.fGroup = &group;
-        newCalls();
+        made();
         fRouting.drawFullMultipleIndexed();
-        return newCalls();
+        return made();
     };
     const auto begin = [](GLenum mode) { return Calls{call("glBegin", mode)}; };
     const Calls end = {call("glEnd")};
@@ -266,7 +272,7 @@ TEST_F(Drawing, drawsStreamsWithIndexListsOfTheirOwn) {
     EXPECT_EQ(drawn(), Calls{}) << "the last record's type decides";
     fRouting.fGroup = nullptr;
     fRouting.drawFullMultipleIndexed();
-    EXPECT_EQ(newCalls(), Calls{});
+    EXPECT_EQ(made(), Calls{});
 }
 
 TEST_F(Drawing, substitutesStreams) {
@@ -317,6 +323,10 @@ TEST_F(Blocks, areSingleRecordsWithoutTheSetting) {
     EXPECT_EQ(drawn(), (Calls{generate(), bindIndices(buffer(0)), upload(12, record(0).fIndices),
                               atOffset(0, 0), bindIndices(0), generate(), bindIndices(buffer(1)),
                               upload(16, record(1).fIndices), atOffset(1, 0), bindIndices(0)}));
+    const IHWMemoryObject* own = record(1).fHanger;
+    HWEnvironment::orlo_block_allocate_strips = true;
+    drawn();
+    EXPECT_EQ(record(1).fHanger, own) << "which the block's doesn't replace";
 }
 
 TEST_F(Blocks, mixWithOtherRecords) {
@@ -358,10 +368,10 @@ TEST_F(Blocks, needTheirFirstRecord) {
     auto& first = other.addIndexRecord(GeometryDataIndex::kTriangles, {0, 1, 2});
     other.addIndexBlock(GeometryDataIndex::kTriangleStrip, {{0, 1, 2}, {3, 4, 5}});
     fRouting.drawGroup(&other, nullptr, nullptr, nullptr, 0, false);
-    newCalls();
+    made();
     fRouting.drawGroup(&other, nullptr, nullptr, nullptr, 0, false);
     const uint64_t own = GLObject::from(first.fHanger)->fBufferName;
-    EXPECT_EQ(newCalls().size(), 2U + 3U + 2U + 3U) << "the first draws itself, the block from memory";
+    EXPECT_EQ(made().size(), 2U + 3U + 2U + 3U) << "the first draws itself, the block from memory";
     EXPECT_EQ(own, buffer(1));
 }
 
@@ -375,9 +385,9 @@ TEST_F(Blocks, drawFromMemoryWithoutTheirBuffer) {
 
     GLObject::fsMaximumMemoryUsage = 28;
     drawn();
-    newCalls();
+    made();
     fRouting.drawSingleIndexed(nullptr, nullptr, nullptr, 0);
-    EXPECT_EQ(newCalls(), Calls{fromMemory(1)}) << "alone: nobody has bound the buffer";
+    EXPECT_EQ(made(), Calls{fromMemory(1)}) << "alone: nobody has bound the buffer";
 
     // Strips have no subsets, and a subset no shared buffer.
     koUtil::BitField visible = bits({0});

@@ -44,19 +44,6 @@ protected:
         fRouting.fSlots[slot].fDirect = {2, GL_FLOAT, 0, data, object};
     }
 
-    /// What was recorded since the last call.
-    static Calls newCalls() {
-        Calls calls = recorded();
-        clearRecorded();
-        return calls;
-    }
-
     GLRouting fRouting;
     GeometryLogicalGroup fGroup;
 };
-
-/// Transcripts joined.
-inline Calls operator+(Calls a, const Calls& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
