@@ -31,6 +31,13 @@ protected:
 
     GLFunctionTable& gl() { return fTable; }
 
+    /// What was recorded since the last call.
+    static Calls made() {
+        Calls calls = recorded();
+        clearRecorded();
+        return calls;
+    }
+
     static constexpr const char* kEveryExtension =
         "GL_ARB_multisample GL_EXT_texture_filter_anisotropic GL_ARB_shadow_ambient GL_SGIX_depth_texture "
         "GL_SGIX_shadow GL_EXT_blend_subtract GL_EXT_compiled_vertex_array GL_ATI_fragment_shader "

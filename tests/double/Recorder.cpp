@@ -125,6 +125,11 @@ void PrintTo(const Calls& calls, std::ostream* out) {
         *out << text << "\\n";
 }
 
+Calls operator+(Calls a, const Calls& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
 const Calls& recorded() {
     return recording().calls;
 }

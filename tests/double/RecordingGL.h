@@ -36,6 +36,8 @@ struct Calls : std::vector<std::string> {
     using std::vector<std::string>::vector;
 };
 void PrintTo(const Calls& calls, std::ostream* out);
+/// Transcripts joined.
+Calls operator+(Calls a, const Calls& b);
 
 /// The calls since the last reset or clearRecorded, oldest first.
 const Calls& recorded();

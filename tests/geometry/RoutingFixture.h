@@ -54,9 +54,3 @@ protected:
     GLRouting fRouting;
     GeometryLogicalGroup fGroup;
 };
-
-/// Transcripts joined.
-inline Calls operator+(Calls a, const Calls& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
