@@ -9,6 +9,24 @@
 
 #include "gl/GLFunctionTable.h"
 
+#include "orlohost/koSharedObject.h"
+
+#include <memory>
+
+struct Unref {
+    void operator()(koSharedObject::SharedObject* object) const { object->unref(); }
+};
+template <typename T>
+using Shared = std::unique_ptr<T, Unref>;
+
+/// A new object with one reference on it.
+template <typename T, typename... Arguments>
+Shared<T> makeShared(Arguments&&... arguments) {
+    Shared<T> object(new T(std::forward<Arguments>(arguments)...));
+    object->ref();
+    return object;
+}
+
 /// A test on the recording GL with a filled global table: version 2.1, every extension that the library
 /// knows, all 8 texture units. The record is empty when the test begins.
 ///

@@ -5,26 +5,30 @@
 #include "orlohost/HWInterfaces.h"
 #include "orlohost/ParticleData.h"
 
-#include <memory>
-
-struct Unref {
-    void operator()(koSharedObject::SharedObject* object) const { object->unref(); }
-};
-using Particles = std::unique_ptr<ParticleData, Unref>;
+using Particles = Shared<ParticleData>;
 
 inline Particles makeParticles(std::vector<float> positions, uint32_t samples = 1) {
-    Particles particles(new ParticleData);
-    particles->ref();
+    Particles particles = makeShared<ParticleData>();
     EXPECT_TRUE(particles->setPositions(std::move(positions), samples));
     return particles;
 }
 
-/// `count` particles at (0, 0, 0), (1, 0, 0), (2, 0, 0) ...
-inline Particles makeRow(int count) {
+/// `count` particles at (0, 0, 0), (1, 0, 0), (2, 0, 0) ..., or samples of so many each.
+inline Particles makeRow(int count, uint32_t samples = 1) {
     std::vector<float> positions;
     for (int i = 0; i < count; ++i)
         positions.insert(positions.end(), {static_cast<float>(i), 0.0F, 0.0F});
-    return makeParticles(std::move(positions));
+    return makeParticles(std::move(positions), samples);
+}
+
+inline Calls color(const Values& c) {
+    return {call("glColor4fv", c)};
+}
+inline Calls color(double r, double g, double b, double a) {
+    return {call("glColor4f", r, g, b, a)};
+}
+inline Calls material(const Values& c) {
+    return {call("glMaterialfv", GL_FRONT, GL_DIFFUSE, c)};
 }
 
 /// Drawers on the double, where the current colour is (0.25, 0.5, 0.75, 0.5).
@@ -38,6 +42,6 @@ protected:
                        std::vector<IHWTexture*>* textures = nullptr) {
         clearRecorded();
         drawer.draw(placement, textures);
-        return recorded();
+        return made();
     }
 };

@@ -16,12 +16,6 @@ protected:
         };
     }
 
-    static Calls made() {
-        Calls calls = recorded();
-        clearRecorded();
-        return calls;
-    }
-
     /// The lines that `act` prints on standard output.
     template <typename Act>
     static std::string printed(Act act) {

@@ -4,90 +4,58 @@
 
 namespace {
 
+using Usage = IHWTexUsage;
+
 class TexUsage : public DoubleTest {};
 
-Calls inMatrix(GLenum matrix, Calls calls) {
-    calls.insert(calls.begin(), call("glMatrixMode", matrix));
-    calls.push_back(call("glMatrixMode", GL_MODELVIEW));
-    return calls;
-}
-
-TEST_F(TexUsage, sendsGLsConstantOfEachMode) {
-    const GLint wraps[] = {
-        GL_CLAMP, GL_CLAMP_TO_EDGE, GL_CLAMP_TO_BORDER, GL_REPEAT, GL_MIRRORED_REPEAT, 0x8742, 0x8743};
-    for (unsigned i = 0; i < 7; ++i) {
-        clearRecorded();
-        GLTexUsage::setWrapMode(0x806F, static_cast<IHWTexUsage::WrapMode>(i),
-                                static_cast<IHWTexUsage::WrapMode>(6 - i));
-        EXPECT_EQ(recorded(), (Calls{call("glTexParameteri", 0x806F, GL_TEXTURE_WRAP_S, wraps[i]),
-                                     call("glTexParameteri", 0x806F, GL_TEXTURE_WRAP_T, wraps[6 - i])}));
-    }
-    const GLint filters[] = {GL_NEAREST,
-                             GL_LINEAR,
-                             GL_LINEAR,
-                             GL_LINEAR_MIPMAP_LINEAR,
-                             GL_NEAREST_MIPMAP_NEAREST,
-                             GL_NEAREST_MIPMAP_LINEAR,
-                             GL_LINEAR_MIPMAP_NEAREST,
-                             GL_LINEAR_MIPMAP_LINEAR};
-    for (unsigned i = 0; i < 8; ++i) {
-        clearRecorded();
-        GLTexUsage::setMinMagFilter(0x8513, static_cast<IHWTexUsage::Filter>(i),
-                                    static_cast<IHWTexUsage::Filter>(7 - i));
-        EXPECT_EQ(recorded(),
-                  (Calls{call("glTexParameteri", 0x8513, GL_TEXTURE_MIN_FILTER, filters[i]),
-                         call("glTexParameteri", 0x8513, GL_TEXTURE_MAG_FILTER, filters[7 - i])}));
-    }
-    clearRecorded();
-    GLTexUsage::setBorderColor(GL_TEXTURE_2D, koColor::Color(0.25F, 0.5F, 0.75F, 1.0F));
-    EXPECT_EQ(recorded(), Calls{call("glTexParameterfv", GL_TEXTURE_2D, GL_TEXTURE_BORDER_COLOR,
-                                     Values{0.25, 0.5, 0.75, 1})});
-    const GLint generation[] = {0, GL_OBJECT_LINEAR, GL_EYE_LINEAR, GL_SPHERE_MAP, 0x8512, 0x8511, 0, 0, 0,
-                                0};
-    EXPECT_TRUE(std::equal(std::begin(generation), std::end(generation), GLTexUsage::fsTexGenModes.begin()));
-}
-
-TEST_F(TexUsage, leavesOutTheOneCallOfAValueWithoutAConstant) {
-    GLTexUsage::setWrapMode(GL_TEXTURE_2D, static_cast<IHWTexUsage::WrapMode>(7), IHWTexUsage::kRepeat);
-    GLTexUsage::setWrapMode(GL_TEXTURE_2D, IHWTexUsage::kClamp, static_cast<IHWTexUsage::WrapMode>(-1));
-    GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, static_cast<IHWTexUsage::Filter>(8), IHWTexUsage::kLinear);
-    GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, IHWTexUsage::kNearest,
-                                static_cast<IHWTexUsage::Filter>(100'000'000));
-    const auto set = [](GLenum name, GLint value) {
-        return call("glTexParameteri", GL_TEXTURE_2D, name, value);
+TEST_F(TexUsage, sendsGLsConstantsAndLeavesOutWhatHasNone) {
+    using testing::ElementsAre;
+    EXPECT_THAT(GLTexUsage::fsWrapModes, ElementsAre(0x2900, 0x812F, 0x812D, 0x2901, 0x8370, 0x8742, 0x8743));
+    EXPECT_THAT(GLTexUsage::fsFilterModes,
+                ElementsAre(0x2600, 0x2601, 0x2601, 0x2703, 0x2700, 0x2702, 0x2701, 0x2703));
+    EXPECT_THAT(GLTexUsage::fsTexGenModes,
+                ElementsAre(0, 0x2401, 0x2400, 0x2402, 0x8512, 0x8511, 0, 0, 0, 0));
+    const auto wrap = [](unsigned s, unsigned t) {
+        GLTexUsage::setWrapMode(0x806F, Usage::WrapMode(s), Usage::WrapMode(t));
     };
-    EXPECT_EQ(recorded(),
-              (Calls{set(GL_TEXTURE_WRAP_T, GL_REPEAT), set(GL_TEXTURE_WRAP_S, GL_CLAMP),
-                     set(GL_TEXTURE_MAG_FILTER, GL_LINEAR), set(GL_TEXTURE_MIN_FILTER, GL_NEAREST)}));
+    const auto filter = [](unsigned min, unsigned mag) {
+        GLTexUsage::setMinMagFilter(0x806F, Usage::Filter(min), Usage::Filter(mag));
+    };
+    wrap(6, 0);
+    filter(7, 4);
+    wrap(7, 3);
+    wrap(4, ~0U);
+    filter(8, 1);
+    filter(0, 100'000'000);
+    GLTexUsage::setBorderColor(0x806F, koColor::Color(0.25F, 0.5F, 0.75F, 1.0F));
+    const auto set = [](GLenum name, GLint value) { return call("glTexParameteri", 0x806F, name, value); };
+    EXPECT_EQ(made(),
+              (Calls{set(GL_TEXTURE_WRAP_S, 0x8743), set(GL_TEXTURE_WRAP_T, GL_CLAMP),
+                     set(GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR),
+                     set(GL_TEXTURE_MAG_FILTER, GL_NEAREST_MIPMAP_NEAREST), set(GL_TEXTURE_WRAP_T, GL_REPEAT),
+                     set(GL_TEXTURE_WRAP_S, GL_MIRRORED_REPEAT), set(GL_TEXTURE_MAG_FILTER, GL_LINEAR),
+                     set(GL_TEXTURE_MIN_FILTER, GL_NEAREST),
+                     call("glTexParameterfv", 0x806F, GL_TEXTURE_BORDER_COLOR, Values{0.25, 0.5, 0.75, 1})}));
 }
 
-TEST_F(TexUsage, asksForTheLargestAnisotropyOnce) {
-    script().values[0x84FF] = {8};
-    const auto set = [](double value) { return call("glTexParameterf", GL_TEXTURE_2D, 0x84FE, value); };
-    GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, false);
-    gl().fExtSupported[kCapTextureFilterAnisotropic] = false; // too late: the answer is known
-    GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, true);
-    EXPECT_EQ(recorded(), (Calls{call("glGetFloatv", 0x84FF, kOut), set(1), set(8)}));
-}
-
-TEST_F(TexUsage, leavesAnisotropyAloneWhereItWasNotOfferedAtFirst) {
-    for (bool* flag : {&gl().fExtSupported[kCapTextureFilterAnisotropic],
-                       &gl().fExtEnabled[kCapTextureFilterAnisotropic]}) {
+TEST_F(TexUsage, asksForTheLargestAnisotropyAtFirstAndNeverAgain) {
+    const auto sentTwice = [this](bool offeredFirst, bool offeredLater, bool enabledFirst) {
         GLTexUsage::fsMaxAnisotropy = -2.0F;
-        *flag = false;
+        gl().fExtSupported[kCapTextureFilterAnisotropic] = offeredFirst;
+        GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, enabledFirst);
+        gl().fExtSupported[kCapTextureFilterAnisotropic] = offeredLater;
         GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, true);
-        EXPECT_EQ(GLTexUsage::fsMaxAnisotropy, -1.0F);
-        *flag = true;
-        GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, true);
-        EXPECT_EQ(recorded(), Calls{});
-    }
-    // A driver that answers nonsense: sent once with it, then left alone.
-    GLTexUsage::fsMaxAnisotropy = -2.0F;
-    script().values[0x84FF] = {0};
-    GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, true);
-    GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, true);
-    EXPECT_EQ(recorded(), (Calls{call("glGetFloatv", 0x84FF, kOut),
-                                 call("glTexParameterf", GL_TEXTURE_2D, 0x84FE, 0.0)}));
+        return made();
+    };
+    const std::string ask = call("glGetFloatv", 0x84FF, kOut);
+    const auto set = [](double value) { return call("glTexParameterf", GL_TEXTURE_2D, 0x84FE, value); };
+    EXPECT_EQ(GLTexUsage::fsMaxAnisotropy, -2.0F);
+    EXPECT_EQ(sentTwice(false, true, true), Calls{});
+    EXPECT_EQ(GLTexUsage::fsMaxAnisotropy, -1.0F);
+    script().values[0x84FF] = {8};
+    EXPECT_EQ(sentTwice(true, false, false), (Calls{ask, set(1), set(8)}));
+    script().values[0x84FF] = {0}; // nonsense: sent once, then left alone
+    EXPECT_EQ(sentTwice(true, true, true), (Calls{ask, set(0)}));
 }
 
 TEST_F(TexUsage, generatesCoordinates) {
@@ -95,61 +63,42 @@ TEST_F(TexUsage, generatesCoordinates) {
         return Calls{call("glEnable", GL_TEXTURE_GEN_S + i),
                      call("glTexGeni", GL_S + i, GL_TEXTURE_GEN_MODE, mode)};
     };
-    const struct {
-        GLenum target;
-        std::array<unsigned, 4> modes;
-        Calls calls;
-    } kCases[] = {
-        {GL_TEXTURE_2D,
-         {0, 0, 0, 0},
-         {call("glDisable", 0x8513), call("glDisable", GL_TEXTURE_GEN_S), call("glDisable", GL_TEXTURE_GEN_T),
-          call("glDisable", GL_TEXTURE_GEN_R), call("glDisable", GL_TEXTURE_GEN_Q)}},
-        {0x8513, {2, 6, 9, 77}, {call("glEnable", 0x8513)}},
-        {0x84F5,
-         {1, 2, 2, 2},
-         {call("glDisable", 0x8513), generated(0, GL_OBJECT_LINEAR)[0], generated(0, GL_OBJECT_LINEAR)[1]}},
-        {0x8513,
-         {2, 3, 4, 5},
-         {call("glEnable", 0x8513), generated(1, GL_SPHERE_MAP)[0], generated(1, GL_SPHERE_MAP)[1],
-          generated(2, 0x8512)[0], generated(2, 0x8512)[1], generated(3, 0x8511)[0],
-          generated(3, 0x8511)[1]}},
+    const auto set = [](GLenum target, std::array<unsigned, 4> numbers) {
+        Usage::GenMode modes[4];
+        std::transform(numbers.begin(), numbers.end(), modes, [](unsigned n) { return Usage::GenMode(n); });
+        GLTexUsage::setTexGenMode(target, modes);
+        return made();
     };
-    for (const auto& c : kCases) {
-        clearRecorded();
-        IHWTexUsage::GenMode modes[4];
-        for (size_t i = 0; i < 4; ++i)
-            modes[i] = static_cast<IHWTexUsage::GenMode>(c.modes[i]);
-        GLTexUsage::setTexGenMode(c.target, modes);
-        EXPECT_EQ(recorded(), c.calls);
-    }
+    const Calls cube{call("glEnable", 0x8513)};
+    const Calls other{call("glDisable", 0x8513)};
+    const Calls none{call("glDisable", GL_TEXTURE_GEN_S), call("glDisable", GL_TEXTURE_GEN_T),
+                     call("glDisable", GL_TEXTURE_GEN_R), call("glDisable", GL_TEXTURE_GEN_Q)};
+    EXPECT_EQ(set(GL_TEXTURE_2D, {}), other + none);
+    EXPECT_EQ(set(0x84F5, std::array{1U, 6U, 9U, 77U}), other + generated(0, GL_OBJECT_LINEAR));
+    EXPECT_EQ(set(0x8513, std::array{2U, 3U, 4U, 5U}),
+              cube + generated(1, GL_SPHERE_MAP) + generated(2, 0x8512) + generated(3, 0x8511));
 }
 
 TEST_F(TexUsage, projects) {
     koLinear::ProjMatrix view;
     view[3][0] = 7.0;
-    const Values matrix{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 7, 0, 0, 1};
     float frustum[] = {-1, 2, -3, 4, 5, 6};
-    for (const unsigned type : {0U, 1U, 9U}) {
-        clearRecorded();
-        GLTexUsage::setTexGenMode(static_cast<IHWTexUsage::ProjType>(type), view, frustum);
-        Calls expected = {call("glMatrixMode", GL_MODELVIEW),
-                          call("glPushMatrix"),
-                          call("glMultMatrixd", matrix),
-                          call("glMatrixMode", GL_PROJECTION),
-                          call("glPushMatrix"),
-                          call("glLoadIdentity"),
-                          call(type == 0 ? "glFrustum" : "glOrtho", -1, 2, -3, 4, 5, 6),
-                          call("glMatrixMode", GL_MODELVIEW)};
-        const Values planes[] = {{0.5, 0, 0, 0}, {0, 0.5, 0, 0}, {0, 0, 0.5, 0}, {0.5, 0.5, 0.5, 1}};
-        for (int i = 0; i < 4; ++i) {
-            expected.push_back(call("glTexGeni", GL_S + i, GL_TEXTURE_GEN_MODE, GL_EYE_LINEAR));
-            expected.push_back(call("glTexGenfv", GL_S + i, GL_EYE_PLANE, planes[i]));
-            expected.push_back(call("glEnable", GL_TEXTURE_GEN_S + i));
-        }
-        for (const std::string& last : {call("glPopMatrix"), call("glMatrixMode", GL_PROJECTION),
-                                        call("glPopMatrix"), call("glMatrixMode", GL_MODELVIEW)})
-            expected.push_back(last);
-        EXPECT_EQ(recorded(), expected);
+    const Calls toModelView{call("glMatrixMode", GL_MODELVIEW)};
+    const Calls toProjection{call("glMatrixMode", GL_PROJECTION)};
+    const Calls push{call("glPushMatrix")};
+    const Calls pop{call("glPopMatrix")};
+    Calls generated;
+    const Values planes[] = {{0.5, 0, 0, 0}, {0, 0.5, 0, 0}, {0, 0, 0.5, 0}, {0.5, 0.5, 0.5, 1}};
+    for (int i = 0; i < 4; ++i)
+        generated = generated + Calls{call("glTexGeni", GL_S + i, GL_TEXTURE_GEN_MODE, GL_EYE_LINEAR),
+                                      call("glTexGenfv", GL_S + i, GL_EYE_PLANE, planes[i]),
+                                      call("glEnable", GL_TEXTURE_GEN_S + i)};
+    for (const auto& [type, function] : {std::pair(0, "glFrustum"), {1, "glOrtho"}, {9, "glOrtho"}}) {
+        GLTexUsage::setTexGenMode(Usage::ProjType(type), view, frustum);
+        const Calls multiplied{call("glMultMatrixd", Values{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 7, 0, 0, 1})};
+        const Calls projected{call("glLoadIdentity"), call(function, -1, 2, -3, 4, 5, 6)};
+        EXPECT_EQ(made(), toModelView + push + multiplied + toProjection + push + projected + toModelView +
+                              generated + pop + toProjection + pop + toModelView);
     }
 }
 
@@ -164,8 +113,8 @@ TEST_F(TexUsage, placesTextures) {
     const std::string scaled = call("glScalef", 2, 0, 1);
     const std::string turned = call("glRotatef", 30, 0, 0, 1);
     const auto expect = [&](const Calls& calls) {
-        EXPECT_EQ(recorded(), inMatrix(GL_TEXTURE, calls));
-        clearRecorded();
+        EXPECT_EQ(made(), Calls{call("glMatrixMode", GL_TEXTURE)} + calls +
+                              Calls{call("glMatrixMode", GL_MODELVIEW)});
     };
     koLinear::ProjMatrix matrix;
     matrix[0][1] = 3.0;

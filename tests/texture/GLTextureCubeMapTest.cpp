@@ -19,88 +19,58 @@ protected:
                     Cube::kPositiveY, fPixels + 5);
     }
 
-    const Calls fBound = {
-        call("glPixelStorei", GL_UNPACK_ROW_LENGTH, 0), call("glPixelStorei", GL_UNPACK_ALIGNMENT, 1),
-        call("glPixelStorei", GL_UNPACK_SKIP_ROWS, 0), call("glPixelStorei", GL_UNPACK_SKIP_PIXELS, 0),
-        call("glBindTexture", 0x8513, kFirst)};
-
-    Calls sides() {
-        Calls calls;
-        const char* pixels = fPixels;
-        for (const GLenum face : {0x851A, 0x8515, 0x8518, 0x8519, 0x8516, 0x8517})
-            calls.push_back(call("glTexImage2D", face, 0, GL_RGBA8, 8, 8, 0, GL_RGBA, GL_UNSIGNED_BYTE,
-                                 static_cast<const void*>(pixels++)));
-        return calls;
-    }
-
-    static Calls joined(Calls a, const Calls& b) {
-        a.insert(a.end(), b.begin(), b.end());
-        return a;
+    Calls side(GLenum face, int size, int place) {
+        return {call("glTexImage2D", face, 0, GL_RGBA8, size, size, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                     static_cast<const void*>(fPixels + place))};
     }
 
     char fPixels[6] = {};
 };
 
-TEST_F(TextureCubeMap, loadsSixSidesInTheOrderOfTheArguments) {
-    GLTextureCubeMap cube(kRasterRGBA8);
-    EXPECT_EQ(cube.fTextureType, 5u);
-    clearRecorded();
-    EXPECT_TRUE(loadAll([&](auto... arguments) { return cube.GLLoadImage(arguments...); }));
-    EXPECT_EQ(recorded(), joined(fBound, sides()));
-    EXPECT_EQ(cube.fEdgeSize, 8u);
-    EXPECT_EQ(cube.width() + cube.height(), 16u);
-}
-
-TEST_F(TextureCubeMap, oneSideHasTheStoredSize) {
-    GLTextureCubeMap cube;
-    EXPECT_EQ(cube.fRasterFormat, 14u);
-    cube.fEdgeSize = 4;
-    clearRecorded();
-    for (const auto side : {IHWTexture::kPositiveY, static_cast<IHWTexture::CubeMapSide>(6)})
-        EXPECT_TRUE(cube.GLLoadImage(32, side, fPixels));
-    const auto image = [&](GLenum face) {
-        return Calls{call("glTexImage2D", face, 0, GL_RGBA8, 4, 4, 0, GL_RGB, GL_UNSIGNED_BYTE,
-                          static_cast<const void*>(fPixels))};
-    };
-    EXPECT_EQ(recorded(), joined(joined(fBound, image(0x8517)), joined(fBound, image(0))));
-    EXPECT_EQ(cube.fEdgeSize, 4u);
-}
-
-TEST_F(TextureCubeMap, letsGLMakeMipmaps) {
-    GLTextureCubeMap cube(kRasterRGBA8);
-    clearRecorded();
-    EXPECT_TRUE(loadAll([&](auto... arguments) { return cube.GLLoadImageMipMap(arguments...); }));
-    EXPECT_EQ(recorded(), joined(joined(fBound, {call("glTexParameteri", 0x8513, 0x8191, 1)}), sides()));
-    EXPECT_EQ(cube.fEdgeSize, 8u);
-}
-
-TEST_F(TextureCubeMap, ofNoNameBindsNothing) {
-    script().failing = {{"glGenTextures", 1}};
-    GLTextureCubeMap cube;
-    clearRecorded();
-    EXPECT_FALSE(cube.bind());
-    EXPECT_EQ(recorded(), Calls{});
-}
-
-TEST_F(TextureCubeMap, namesGoAndInstancesAreCounted) {
+TEST_F(TextureCubeMap, loadsSidesInTheOrderOfTheArguments) {
     {
-        const GLTextureCubeMap cube;
+        EXPECT_EQ(GLTextureCubeMap().fRasterFormat, 14u);
+        GLTextureCubeMap cube(kRasterRGBA8);
+        EXPECT_EQ(cube.fTextureType, 5u);
+        clearRecorded();
+        EXPECT_TRUE(loadAll([&](auto... arguments) { return cube.GLLoadImage(arguments...); }));
+        EXPECT_EQ(cube.fEdgeSize + cube.width() + cube.height(), 24u);
+        cube.fEdgeSize = 4; // the size of one side is the stored one
+        for (const uint32_t side : {2, 6})
+            EXPECT_TRUE(cube.GLLoadImage(32, static_cast<IHWTexture::CubeMapSide>(side), fPixels));
+        EXPECT_EQ(cube.fEdgeSize, 4u);
+        EXPECT_TRUE(loadAll([&](auto... arguments) { return cube.GLLoadImageMipMap(arguments...); }));
+        EXPECT_EQ(cube.fEdgeSize, 8u);
+        EXPECT_EQ(GLTextureCubeMap::fsNumInstances_GLTextureCubeMap, 1);
+    }
+    EXPECT_EQ(GLTextureCubeMap::fsNumInstances_GLTextureCubeMap, 0);
+    const Calls bound = {
+        call("glPixelStorei", GL_UNPACK_ROW_LENGTH, 0), call("glPixelStorei", GL_UNPACK_ALIGNMENT, 1),
+        call("glPixelStorei", GL_UNPACK_SKIP_ROWS, 0), call("glPixelStorei", GL_UNPACK_SKIP_PIXELS, 0),
+        call("glBindTexture", 0x8513, kFirst + 1)};
+    const Calls sides = side(0x851A, 8, 0) + side(0x8515, 8, 1) + side(0x8518, 8, 2) + side(0x8519, 8, 3) +
+                        side(0x8516, 8, 4) + side(0x8517, 8, 5);
+    const Calls mipmaps{call("glTexParameteri", 0x8513, 0x8191, 1)};
+    const Calls deleted(2, call("glDeleteTextures", 1, Values{kFirst + 1})); // by both classes
+    EXPECT_EQ(made(), bound + sides + bound + side(0x8517, 4, 0) + bound + side(0, 4, 0) + bound + mipmaps +
+                          sides + deleted);
+
+    failNext("glGenTextures");
+    EXPECT_FALSE(GLTextureCubeMap().bind());
+    EXPECT_EQ(made()[1], call("glDeleteTextures", 1, Values{0}));
+}
+
+TEST_F(TextureCubeMap, linesAndBlocksAreNamesAndNoMore) {
+    {
         GLTexture1D line;
         GLTexture3D block;
-        EXPECT_EQ(line.fTextureType, 1u);
-        EXPECT_EQ(block.fTextureType, 4u);
-        EXPECT_EQ(GLTextureCubeMap::fsNumInstances_GLTextureCubeMap, 1);
-        EXPECT_EQ(GLTexture1D::fsNumInstances_GLTexture1D, 1);
-        EXPECT_EQ(GLTexture3D::fsNumInstances_GLTexture3D, 1);
+        EXPECT_EQ(line.fTextureType * 10 + block.fTextureType, 14u);
+        EXPECT_EQ(GLTexture1D::fsNumInstances_GLTexture1D * GLTexture3D::fsNumInstances_GLTexture3D, 1);
         clearRecorded();
         EXPECT_FALSE(line.bind() || block.bind());
     }
-    EXPECT_EQ(recorded(), (Calls{call("glDeleteTextures", 1, Values{kFirst + 2}),
-                                 call("glDeleteTextures", 1, Values{kFirst + 1}),
-                                 call("glDeleteTextures", 1, Values{kFirst}),
-                                 call("glDeleteTextures", 1, Values{kFirst})}));
-    EXPECT_EQ(ledger(NameKind::Texture).strayDeletions, 1) << "the cube map's second";
-    EXPECT_EQ(GLTextureCubeMap::fsNumInstances_GLTextureCubeMap, 0);
+    EXPECT_EQ(made(), (Calls{call("glDeleteTextures", 1, Values{kFirst + 1}),
+                             call("glDeleteTextures", 1, Values{kFirst})}));
     EXPECT_EQ(GLTexture1D::fsNumInstances_GLTexture1D + GLTexture3D::fsNumInstances_GLTexture3D, 0);
 }
 
