@@ -197,14 +197,14 @@ TEST_F(CgManagers, nameProfilesAndTypes) {
     fManager->fVertexProfile = CG_PROFILE_UNKNOWN;
     EXPECT_STREQ(fManager->vertexProfileString(), "Unknown");
     std::string names;
-    for (uint32_t type = 0; type < 5; ++type) {
-        names += fManager->getLightStringFromType(CGManager::CGLightType(type)).asChar();
-        names += '|';
-        names += fManager->getTransparencyTypeStringFromType(CGManager::CGTransparencyType(type)).asChar();
-        names += '|';
-    }
-    EXPECT_EQ(names, "point_light||spot_light||directional_light|OpacityInAlpha|"
-                     "ambient_light|TransparencyInRGB|||");
+    for (const auto type : {CGManager::kPointLight, CGManager::kSpotLight, CGManager::kDirectionalLight,
+                            CGManager::kAmbientLight, CGManager::CGLightType(4)})
+        names += std::string("|") + fManager->getLightStringFromType(type).asChar();
+    for (const auto type : {CGManager::CGTransparencyType(1), CGManager::kOpacityInAlpha,
+                            CGManager::kTransparencyInRGB, CGManager::CGTransparencyType(4)})
+        names += std::string("|") + fManager->getTransparencyTypeStringFromType(type).asChar();
+    EXPECT_EQ(names, "|point_light|spot_light|directional_light|ambient_light|"
+                     "||OpacityInAlpha|TransparencyInRGB|");
 }
 
 } // namespace

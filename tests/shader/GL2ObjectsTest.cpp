@@ -33,10 +33,11 @@ TEST_F(GL2Objects, readsItsSourceFromAFile) {
 
     std::ofstream(fPath, std::ios::trunc).flush();
     for (std::string path : {fPath, fPath + ".gone", std::string("/dev/null"), testing::TempDir()}) {
-        const bool measured = path == testing::TempDir(); // can be opened, but not read
-        EXPECT_THAT(printed([&] { EXPECT_EQ(shader.readShaderSource(path.data()), 0); }),
-                    testing::AnyOf("Cannot determine size of the GL2 shader " + path + "\n",
-                                   measured ? "Cannot read the file " + path + "\n" : ""));
+        const std::string told = printed([&] { EXPECT_EQ(shader.readShaderSource(path.data()), 0); });
+        if (path == testing::TempDir()) // can be opened, and on some systems measured, but not read
+            EXPECT_THAT(told, testing::EndsWith(path + "\n"));
+        else
+            EXPECT_EQ(told, "Cannot determine size of the GL2 shader " + path + "\n");
         EXPECT_EQ(shader.fSource, nullptr);
         EXPECT_EQ(shader.fSourceLength, 0);
     }

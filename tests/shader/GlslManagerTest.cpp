@@ -55,14 +55,14 @@ TEST_F(GlslManagers, leavesForeignManagersAloneAndNamesTypes) {
     EXPECT_EQ(made(), Calls{});
 
     std::string names;
-    for (const uint32_t type : {0U, 1U, 2U, 3U, ~0U}) {
+    for (const uint32_t type : {0U, 1U, 2U, 3U, 4U, ~0U}) {
         names += fManager.getLightStringFromType(GlslManager::GlslLightType(type)).asChar();
         names += '|';
         names += fManager.getTransparencyTypeStringFromType(GlslManager::GlslTransparencyType(type)).asChar();
         names += '|';
     }
     EXPECT_EQ(names, "point_light|OpacityInAlpha|spot_light|TransparencyInRGB|"
-                     "directional_lightambient_light||||||");
+                     "directional_lightambient_light||||||||");
 }
 
 } // namespace

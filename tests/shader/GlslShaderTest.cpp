@@ -15,7 +15,7 @@ protected:
     Glsl() {
         script().answers["glGetUniformLocationARB"] = [](const std::vector<Argument>& arguments) {
             const char first = *static_cast<const char*>(arguments[1].pointer());
-            return first == '-' ? ~uint64_t{0} : static_cast<uint64_t>(first);
+            return first == '-' ? ~uint64_t{0} : static_cast<uint64_t>(first - 'a');
         };
     }
 
@@ -30,6 +30,8 @@ protected:
 };
 
 TEST_F(Glsl, compilesEachStageAndLinksOnce) {
+    fShader.enable();
+    EXPECT_EQ(made(), Calls{call("glUseProgramObjectARB", 0)}) << "there is nothing to link";
     load();
     const auto compiled = [](int n, const char* text, int length) {
         return Calls{call("glShaderSourceARB", shaderName(n), 1, std::string(text), Values{1.0 * length}),
@@ -63,7 +65,7 @@ TEST_F(Glsl, compilesEachStageAndLinksOnce) {
     EXPECT_EQ(made(),
               (Calls{call("glUseProgramObjectARB", 0), call("glDeleteObjectARB", shaderName(0)),
                      call("glDeleteObjectARB", shaderName(1)), call("glDeleteObjectARB", shaderName(2))}));
-    load();
+    fShader.loadFragmentProgramFromString("fragment");
     EXPECT_EQ(fShader.fProgram, shaderName(3)) << "made anew";
     fShader.destroy();
     EXPECT_TRUE(ledger(NameKind::ShaderObject).live.empty());
@@ -75,7 +77,7 @@ TEST_F(Glsl, givesSamplersUnitsInTheOrderOfTheirFirstUse) {
     const auto bound = [](const char* name, int unit, int texture) {
         return found(name) + Calls{call("glActiveTexture", GL_TEXTURE0 + unit),
                                    call("glBindTexture", GL_TEXTURE_2D, texture),
-                                   call("glUniform1iARB", *name, unit)};
+                                   call("glUniform1iARB", *name - 'a', unit)};
     };
     fShader.setParameterTexture("a", 7);
     fShader.setParameterTexture("-", 8);
@@ -114,7 +116,7 @@ TEST_F(Glsl, bindsATextureWithItsUsage) {
                    set(GL_TEXTURE_WRAP_S, GL_REPEAT), set(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE),
                    set(GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR), set(GL_TEXTURE_MAG_FILTER, GL_LINEAR),
                    call("glTexParameterfv", target, GL_TEXTURE_BORDER_COLOR, Values{0.1, 0.2, 0.3, 0.4}),
-                   call("glTexParameterf", target, 0x84FE, 16), call("glUniform1iARB", int{'u'}, 0)}));
+                   call("glTexParameterf", target, 0x84FE, 16), call("glUniform1iARB", 'u' - 'a', 0)}));
     }
     fShader.destroy();
 }
