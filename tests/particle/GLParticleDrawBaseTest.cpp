@@ -47,6 +47,7 @@ TEST_F(ParticleBase, fillsTheTableTheSameToTheBit) {
     EXPECT_FALSE(GLParticleDrawBase::sfInitRandom3);
     GLParticleSphereDraw filling;
     EXPECT_TRUE(GLParticleDrawBase::sfInitRandom3);
+    EXPECT_EQ(filling.fSeed, 0U);
     unsigned short state[3] = {1, 0, 1};
     int different = 0;
     for (int i = 0; i < 11234; i += 2) {
@@ -91,6 +92,7 @@ TEST_F(ParticleBase, holdsItsDataAndItsIterator) {
     const Particles second = makeRow(5);
     {
         GLParticlePointDraw drawer(*first);
+        EXPECT_TRUE(GLParticleDrawBase::sfInitRandom3);
         drawer.setData(*first);
         EXPECT_EQ(first->refCount(), 2);
         drawer.setData(*second);

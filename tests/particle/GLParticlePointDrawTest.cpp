@@ -23,12 +23,13 @@ Calls points(const Calls& objectColor, const Calls& particles, double size = 1) 
            objectColor + particles + Calls{call("glEnd")} + color(1, 1, 1, 1);
 }
 
-/// The copies of a particle at the origin, from an entry of the table on.
+/// The copies of a particle at (1, 2, 3), from an entry of the table on.
 Calls copies(int count, int64_t cursor, float radius) {
     Calls calls;
     for (int i = 0; i < count; ++i) {
         const float* entry = GLParticleDrawBase::sfRandom3[(cursor + i + 11234) % 11234];
-        calls.push_back(call("glVertex3f", entry[0] * radius, entry[1] * radius, entry[2] * radius));
+        calls.push_back(
+            call("glVertex3f", 1 + entry[0] * radius, 2 + entry[1] * radius, 3 + entry[2] * radius));
     }
     return calls;
 }
@@ -99,14 +100,15 @@ TEST_F(ParticlePoints, drawsEverySampleAndWhatTheFilterNames) {
 }
 
 TEST_F(ParticlePoints, aimsTheNormalsOfLitPoints) {
-    const Particles one = makeParticles({0, 3, 4, 0, 0, 2}, 2);
+    const Particles one = makeParticles({2, 3, 6, 0, 0, 2}, 2);
     GLParticlePointDraw drawer(*one);
     drawer.fLit = true;
     const Calls white = material({1, 1, 1, 1});
     const auto lit = [&](const Calls& first) {
-        return points(white, first + vertex(0, 3, 4) + vertex(0, 0, 2));
+        return points(white, first + vertex(2, 3, 6) + vertex(0, 0, 2));
     };
-    EXPECT_EQ(drawn(drawer), lit(normal(0, -0.6F, -0.8F))) << "toward the origin, of the first sample";
+    EXPECT_EQ(drawn(drawer), lit(normal(-2 / 7.0, -3 / 7.0, -6 / 7.0)))
+        << "toward the origin, of the first sample";
     for (const uint32_t mode : {1U, 3U, 0U, 77U}) {
         drawer.fNormalMode = mode;
         EXPECT_EQ(drawn(drawer), lit({})) << "without velocities, mode " << mode;
@@ -118,18 +120,18 @@ TEST_F(ParticlePoints, aimsTheNormalsOfLitPoints) {
     EXPECT_EQ(drawn(drawer), lit(normal(-1, -0.0, -0.0)));
 
     drawer.fNormalMode = GLParticlePointDraw::kTowardCamera;
-    drawer.createAlignmentInfo({0, 3, 9}, {0, 1, 0}, {}, {});
+    drawer.createAlignmentInfo({2, 3, 9}, {0, 1, 0}, {}, {});
     one->fFilter = {1, 0};
     one->fFilterEnabled = true;
     one->setColors({0, 0, 1, 1});
     const Calls blue = material({0, 0, 1, 1});
-    const auto length = static_cast<float>(std::sqrt(58.0));
-    EXPECT_EQ(drawn(drawer), points(white, blue + normal(0, 3 / length, 7 / length) + vertex(0, 0, 2) + blue +
-                                               normal(0, 0, 1) + vertex(0, 3, 4)))
+    const double length = std::sqrt(62.0);
+    EXPECT_EQ(drawn(drawer), points(white, blue + normal(2 / length, 3 / length, 7 / length) +
+                                               vertex(0, 0, 2) + blue + normal(0, 0, 1) + vertex(2, 3, 6)))
         << "filtered, each sample looks for itself";
 
     float velocity[3] = {1e30F, 0, 0};
-    float place[3] = {0, 3, 9};
+    float place[3] = {2, 3, 9};
     drawer.setCurrentNormal(velocity, place);
     EXPECT_EQ(made(), Calls{}) << "at the camera";
     drawer.fNormalMode = GLParticlePointDraw::kAlongVelocity;
@@ -139,7 +141,7 @@ TEST_F(ParticlePoints, aimsTheNormalsOfLitPoints) {
 }
 
 TEST_F(ParticlePoints, movesCopiesByTheTable) {
-    const Particles pair = makeParticles({0, 0, 0, 0, 0, 0});
+    const Particles pair = makeParticles({1, 2, 3, 1, 2, 3});
     GLParticlePointDraw drawer(*pair);
     drawer.fMultiCount = 4;
     drawer.fMultiRadius = 0.5F;

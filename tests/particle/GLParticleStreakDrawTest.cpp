@@ -24,13 +24,12 @@ class ParticleStreaks : public ParticleTest {};
 
 TEST_F(ParticleStreaks, fadesTheTailAndNotTheHead) {
     const Particles row = makeRow(2);
-    row->setVelocities({3, 0, 0, 0, -6, 1});
+    row->setVelocities({3, 0, 0, 0, -6, 0});
     row->setColors({1, 0, 0, 1, 0, 1, 0, 0.5F});
     GLParticleStreakDraw drawer(*row);
     drawer.fTailFade = 0.5F;
     const auto both = [&](const Calls& head1, const Calls& tail1, const Calls& head2, const Calls& tail2) {
-        return streaks(streak(head1, 0, tail1, 0 - kTime * 3) +
-                       streak(head2, 1, tail2, 1, kTime * 6, -kTime));
+        return streaks(streak(head1, 0, tail1, 0 - kTime * 3) + streak(head2, 1, tail2, 1, kTime * 6));
     };
     const auto current = [](double alpha) { return color(0.25, 0.5, 0.75, alpha); };
     EXPECT_EQ(drawn(drawer), both(color(Values{1, 0, 0, 1}), color(1, 0, 0, 0.5), color(Values{0, 1, 0, 0.5}),
@@ -41,9 +40,10 @@ TEST_F(ParticleStreaks, fadesTheTailAndNotTheHead) {
     EXPECT_EQ(drawn(drawer), both(current(0.5), current(0.5), current(0.25), current(0.25)));
     drawer.fIgnoreParticleColors = false;
     drawer.fLit = true;
-    drawer.fNormalMode = 0;
-    EXPECT_EQ(drawn(drawer), both(material({1, 0, 0, 1}), material({1, 0, 0, 0.5}), material({0, 1, 0, 0.5}),
-                                  material({0, 1, 0, 0.25})));
+    drawer.fNormalMode = GLParticlePointDraw::kAlongVelocity;
+    const auto normal = [](double x, double y) { return Calls{call("glNormal3f", x, y, 0.0)}; };
+    EXPECT_EQ(drawn(drawer), both(normal(1, 0) + material({1, 0, 0, 1}), material({1, 0, 0, 0.5}),
+                                  normal(0, -1) + material({0, 1, 0, 0.5}), material({0, 1, 0, 0.25})));
 }
 
 TEST_F(ParticleStreaks, clampsItsWidthForGood) {
@@ -69,33 +69,25 @@ TEST_F(ParticleStreaks, drawsSamplesFiltersAndWhatDoesNotMove) {
     pair->fFilterEnabled = true;
     EXPECT_EQ(drawn(drawer),
               streaks(streak(head, 3, tail, 3 - kTime * 2) + streak(head, 1, tail, 1 - kTime)));
-    drawer.fTailSize = 0;
-    drawer.fLit = true;
-    drawer.fNormalMode = GLParticlePointDraw::kAlongVelocity;
-    const Calls normal{call("glNormal3f", 1.0, 0.0, 0.0)};
-    const Calls litHead = material({0, 0, 1, 0.5});
-    const Calls litTail = material({0, 0, 1, 0});
-    EXPECT_EQ(drawn(drawer),
-              streaks(normal + streak(litHead, 3, litTail, 3) + normal + streak(litHead, 1, litTail, 1)));
 }
 
 TEST_F(ParticleStreaks, movesHeadAndTailOfACopyTogether) {
-    const Particles row = makeRow(31);
-    row->setVelocities(std::vector<float>(93, 1.0F));
+    const Particles row = makeParticles({1, 2, 3, 0, 0, 0, 1, 2, 3});
+    row->setVelocities(std::vector<float>(9, 1.0F));
     row->fFilterEnabled = true;
+    row->fFilter = {0, 2};
     GLParticleStreakDraw drawer(*row);
     drawer.fMultiCount = 3;
     drawer.fMultiRadius = 2;
-    drawer.fSeed = 11200;
+    drawer.fSeed = 11230; // four before the table's end
     Calls expected;
-    for (uint32_t i = 0; i < 31; i += 3) {
-        row->fFilter.push_back(i);
+    for (const uint32_t i : row->fFilter) {
         for (uint32_t copy = 0; copy < 3; ++copy) {
-            const float* o = GLParticleDrawBase::sfRandom3[(3 * i + 11200 + copy) % 11234];
-            const auto x = static_cast<float>(i);
+            const float* o = GLParticleDrawBase::sfRandom3[(3 * i + 11230 + copy) % 11234];
+            const float head[3] = {1 + o[0] * 2, 2 + o[1] * 2, 3 + o[2] * 2};
             expected = expected + color(Values{1, 1, 1, 1}) +
-                       Calls{call("glVertex3f", x + o[0] * 2, o[1] * 2, o[2] * 2)} + color(1, 1, 1, 0) +
-                       Calls{call("glVertex3f", x - kTime + o[0] * 2, -kTime + o[1] * 2, -kTime + o[2] * 2)};
+                       Calls{call("glVertex3f", head[0], head[1], head[2])} + color(1, 1, 1, 0) +
+                       Calls{call("glVertex3f", head[0] - kTime, head[1] - kTime, head[2] - kTime)};
         }
     }
     EXPECT_EQ(drawn(drawer), streaks(expected));

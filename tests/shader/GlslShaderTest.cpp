@@ -6,141 +6,127 @@
 
 namespace {
 
+const Calls kLink{call("glLinkProgramARB", shaderName(0)),
+                  call("glGetObjectParameterivARB", shaderName(0), 0x8B82, kOut)};
+const Calls kUse{call("glUseProgramObjectARB", shaderName(0))};
+
 class Glsl : public ShaderTest {
 protected:
     Glsl() {
         script().answers["glGetUniformLocationARB"] = [](const std::vector<Argument>& arguments) {
             const char first = *static_cast<const char*>(arguments[1].pointer());
-            return first == '-' ? ~uint64_t{0} : static_cast<uint64_t>(first);
+            return first == '-' ? ~uint64_t{0} : static_cast<uint64_t>(first - 'a');
         };
     }
 
-    static void load(GlslShader& shader) {
-        shader.loadVertexProgramFromString("vertex");
-        shader.loadFragmentProgramFromString("fragment");
+    void load() {
+        fShader.loadVertexProgramFromString("vertex");
+        fShader.loadFragmentProgramFromString("fragment");
     }
+
+    static Calls found(const char* name) { return {call("glGetUniformLocationARB", shaderName(0), name)}; }
+
+    GlslShader fShader;
 };
 
-const std::string kLink = call("glLinkProgramARB", shaderName(0));
-const std::string kAskLinked = call("glGetObjectParameterivARB", shaderName(0), 0x8B82, kOut);
-const std::string kUse = call("glUseProgramObjectARB", shaderName(0));
-
 TEST_F(Glsl, compilesEachStageAndLinksOnce) {
-    GlslShader shader;
-    shader.loadVertexProgramFromString("vertex");
-    const Calls first = made();
-    ASSERT_EQ(first.size(), 8u);
-    EXPECT_EQ((Calls(first.begin(), first.begin() + 5)),
+    fShader.enable();
+    EXPECT_EQ(made(), Calls{call("glUseProgramObjectARB", 0)}) << "there is nothing to link";
+    load();
+    const auto compiled = [](int n, const char* text, int length) {
+        return Calls{call("glShaderSourceARB", shaderName(n), 1, std::string(text), Values{1.0 * length}),
+                     call("glCompileShaderARB", shaderName(n)),
+                     call("glGetObjectParameterivARB", shaderName(n), 0x8B81, kOut)};
+    };
+    EXPECT_EQ(made(),
               (Calls{call("glCreateProgramObjectARB"), call("glCreateShaderObjectARB", GL_VERTEX_SHADER_ARB),
                      call("glCreateShaderObjectARB", GL_FRAGMENT_SHADER_ARB),
                      call("glAttachObjectARB", shaderName(0), shaderName(1)),
-                     call("glAttachObjectARB", shaderName(0), shaderName(2))}));
-    EXPECT_EQ(first[5], call("glShaderSourceARB", shaderName(1), 1, std::string("{\"vertex\"}"), Values{6}));
-    EXPECT_EQ(first[6], call("glCompileShaderARB", shaderName(1)));
-    EXPECT_EQ(first[7], call("glGetObjectParameterivARB", shaderName(1), 0x8B81, kOut));
-
-    fRefused = {GL_OBJECT_COMPILE_STATUS_ARB};
-    EXPECT_EQ(printed([&] { shader.loadFragmentProgramFromString("100%s"); }),
+                     call("glAttachObjectARB", shaderName(0), shaderName(2))} +
+               compiled(1, "{\"vertex\"}", 6) + compiled(2, "{\"fragment\"}", 8)));
+    fRefused = {GL_OBJECT_COMPILE_STATUS_ARB, GL_OBJECT_LINK_STATUS_ARB};
+    EXPECT_EQ(printed([&] { fShader.loadFragmentProgramFromString("100%s"); }),
               "### FRAGMENT SHADER COMPILE FAILED:\n100%s\n");
-    EXPECT_EQ(printed([&] { shader.loadVertexProgramFromString("no\nvertex"); }),
+    EXPECT_EQ(printed([&] { fShader.loadVertexProgramFromString("no\nvertex"); }),
               "### VERTEX SHADER COMPILE FAILED:\nno\nvertex\n");
     clearRecorded();
-
-    fRefused = {GL_OBJECT_LINK_STATUS_ARB};
-    for (int times = 0; times < 2; ++times) {
-        EXPECT_EQ(printed([&] { shader.enable(); }), "### GLSL PROGRAM LINK FAILED:\n");
-        EXPECT_EQ(made(), (Calls{kLink, kAskLinked, kUse}));
-    }
+    for (int times = 0; times < 2; ++times)
+        EXPECT_EQ(printed([&] { fShader.enable(); }), "### GLSL PROGRAM LINK FAILED:\n");
     fRefused = {};
-    shader.enable();
-    shader.enable();
-    EXPECT_EQ(made(), (Calls{kLink, kAskLinked, kUse, kUse}));
-    shader.loadFragmentProgramFromString("fragment");
+    fShader.enable();
+    fShader.enable();
+    EXPECT_EQ(made(), kLink + kUse + kLink + kUse + kLink + kUse + kUse);
+    fShader.loadFragmentProgramFromString("fragment");
     clearRecorded();
-    shader.enable();
-    EXPECT_EQ(made(), (Calls{kLink, kAskLinked, kUse}));
+    fShader.enable();
+    EXPECT_EQ(made(), kLink + kUse);
 
-    shader.destroy();
+    fShader.destroy();
     EXPECT_EQ(made(),
               (Calls{call("glUseProgramObjectARB", 0), call("glDeleteObjectARB", shaderName(0)),
                      call("glDeleteObjectARB", shaderName(1)), call("glDeleteObjectARB", shaderName(2))}));
-    load(shader);
-    EXPECT_EQ(shader.fProgram, shaderName(3)) << "made anew";
-    shader.destroy();
+    fShader.loadFragmentProgramFromString("fragment");
+    EXPECT_EQ(fShader.fProgram, shaderName(3)) << "made anew";
+    fShader.destroy();
     EXPECT_TRUE(ledger(NameKind::ShaderObject).live.empty());
 }
 
 TEST_F(Glsl, givesSamplersUnitsInTheOrderOfTheirFirstUse) {
-    GlslShader shader;
-    load(shader);
-    shader.enable();
+    load();
     clearRecorded();
-    const auto bound = [](char name, int unit, int texture) {
-        return Calls{call("glGetUniformLocationARB", shaderName(0), std::string(1, name).c_str()),
-                     call("glActiveTexture", GL_TEXTURE0 + unit),
-                     call("glBindTexture", GL_TEXTURE_2D, texture), call("glUniform1iARB", name, unit)};
+    const auto bound = [](const char* name, int unit, int texture) {
+        return found(name) + Calls{call("glActiveTexture", GL_TEXTURE0 + unit),
+                                   call("glBindTexture", GL_TEXTURE_2D, texture),
+                                   call("glUniform1iARB", *name - 'a', unit)};
     };
-    shader.setParameterTexture("a", 7);
-    EXPECT_EQ(made(), bound('a', 0, 7));
-    shader.setParameterTexture("-", 8);
-    EXPECT_EQ(made(), Calls{call("glGetUniformLocationARB", shaderName(0), "-")});
-    shader.setParameterTexture("b", 9);
-    EXPECT_EQ(made(), bound('b', 1, 9));
-    const GlslShader copy(shader);
-    shader.setParameterTexture("a", 10);
-    EXPECT_EQ(made(), bound('a', 0, 10));
-    shader.setParameterTexture("d", 1);
-    clearRecorded();
-    copy.setParameterTexture("c", 11);
-    EXPECT_EQ(made(), bound('c', 2, 11)) << "units of its own";
-    shader.destroy();
-    EXPECT_TRUE(shader.fSamplerUnits.empty());
+    fShader.setParameterTexture("a", 7);
+    fShader.setParameterTexture("-", 8);
+    fShader.setParameterTexture("b", 9);
+    const GlslShader copy(fShader);
+    fShader.setParameterTexture("a", 10);
+    fShader.setParameterTexture("d", 1);
+    copy.setParameterTexture("c", 11); // units of its own
+    EXPECT_EQ(made(), bound("a", 0, 7) + found("-") + bound("b", 1, 9) + bound("a", 0, 10) +
+                          bound("d", 2, 1) + bound("c", 2, 11));
+    fShader.destroy();
+    EXPECT_TRUE(fShader.fSamplerUnits.empty());
 }
 
 TEST_F(Glsl, bindsATextureWithItsUsage) {
-    script().values[GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT] = {16};
-    GlslShader shader;
-    load(shader);
-    auto* texture = new GLTexture2D(kRasterRGBA8, false);
-    texture->ref();
-    const koColor::Color border(0.1F, 0.2F, 0.3F, 0.4F);
-    const auto set = [&](IHWTexture::TextureType type, IGLTexture* bound) {
-        shader.setParameterTexture("u", type, IHWTexUsage::kRepeat, IHWTexUsage::kClampToEdge,
-                                   IHWTexUsage::kTrilinear, IHWTexUsage::kLinear, border, false, bound);
+    load();
+    const auto texture = makeShared<GLTexture2D>();
+    GLTexUsage::fsMaxAnisotropy = 16;
+    const auto bind = [&](uint32_t type, IGLTexture* bound) {
+        fShader.setParameterTexture("u", static_cast<IHWTexture::TextureType>(type), IHWTexUsage::kRepeat,
+                                    IHWTexUsage::kClampToEdge, IHWTexUsage::kTrilinear, IHWTexUsage::kLinear,
+                                    koColor::Color(0.1F, 0.2F, 0.3F, 0.4F), true, bound);
+        return made();
     };
     clearRecorded();
-    set(IHWTexture::kTexture2D, nullptr);
-    EXPECT_EQ(made(), Calls{});
-    GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, false); // asks for the driver's largest
-    clearRecorded();
-    const std::array<GLenum, 7> targets = {
-        0, GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_RECTANGLE_ARB, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP, 0};
-    for (uint32_t type = 0; type < targets.size(); ++type) {
-        const GLenum target = targets[type];
-        set(static_cast<IHWTexture::TextureType>(type), texture);
-        const Calls calls = made();
-        GLTexUsage::setWrapMode(target, IHWTexUsage::kRepeat, IHWTexUsage::kClampToEdge);
-        GLTexUsage::setMinMagFilter(target, IHWTexUsage::kTrilinear, IHWTexUsage::kLinear);
-        GLTexUsage::setBorderColor(target, border);
-        GLTexUsage::setFilterAnisotropic(target, false);
-        Calls expected{call("glGetUniformLocationARB", shaderName(0), "u"),
-                       call("glActiveTexture", GL_TEXTURE0), call("glBindTexture", target, 1)};
-        for (const std::string& usage : made())
-            expected.push_back(usage);
-        expected.push_back(call("glUniform1iARB", int{'u'}, 0));
-        EXPECT_EQ(calls, expected) << type;
+    EXPECT_EQ(bind(IHWTexture::kTexture2D, nullptr), Calls{});
+    uint32_t type = 0;
+    for (const GLenum target : {0, GL_TEXTURE_1D, GL_TEXTURE_2D, 0x84F5, 0x806F, 0x8513, 0}) {
+        const auto set = [&](GLenum name, GLint value) {
+            return call("glTexParameteri", target, name, value);
+        };
+        EXPECT_EQ(
+            bind(type++, texture.get()),
+            (found("u") +
+             Calls{call("glActiveTexture", GL_TEXTURE0), call("glBindTexture", target, 1),
+                   set(GL_TEXTURE_WRAP_S, GL_REPEAT), set(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE),
+                   set(GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR), set(GL_TEXTURE_MAG_FILTER, GL_LINEAR),
+                   call("glTexParameterfv", target, GL_TEXTURE_BORDER_COLOR, Values{0.1, 0.2, 0.3, 0.4}),
+                   call("glTexParameterf", target, 0x84FE, 16), call("glUniform1iARB", 'u' - 'a', 0)}));
     }
-    texture->unref();
-    shader.destroy();
+    fShader.destroy();
 }
 
 TEST_F(Glsl, withoutShaderObjectsNothingIsCalled) {
     withoutShaderObjects();
-    GlslShader shader;
-    EXPECT_EQ(printed([&] { load(shader); }), "");
-    shader.enable();
-    shader.setParameterTexture("a", 1);
-    shader.destroy();
+    EXPECT_EQ(printed([&] { load(); }), "");
+    fShader.enable();
+    fShader.setParameterTexture("a", 1);
+    fShader.destroy();
     EXPECT_EQ(made(), Calls{});
 }
 

@@ -6,28 +6,6 @@
 
 using namespace koShadingDag;
 
-V3 operator+(const V3& a, const V3& b) {
-    return {a.x + b.x, a.y + b.y, a.z + b.z};
-}
-V3 operator-(const V3& a, const V3& b) {
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-V3 operator*(const V3& a, const V3& b) {
-    return {a.x * b.x, a.y * b.y, a.z * b.z};
-}
-V3 operator*(const V3& a, double s) {
-    return {a.x * s, a.y * s, a.z * s};
-}
-double dot(const V3& a, const V3& b) {
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-V3 normalized(const V3& v) {
-    return v * (1.0 / std::sqrt(dot(v, v)));
-}
-V3 mixed(const V3& a, const V3& b, double share) {
-    return a * (1.0 - share) + b * share;
-}
-
 namespace {
 
 using Value = std::function<V3(const Sample&)>;
@@ -116,6 +94,12 @@ V3 TestLight::colorAt(const V3& position) const {
     return color * share;
 }
 
+Value Made::feedFrom(const char* input, const Made& source) {
+    if (!node->connect(input, source.node, source.output.c_str()).empty())
+        throw std::logic_error(input);
+    return source.value;
+}
+
 Made RandomNetwork::makeFor(ValueType type, int depth) {
     if (type == kVector2)
         return make(kTexCoord, depth);
@@ -152,28 +136,19 @@ RandomNetwork::Fed RandomNetwork::feed(Made& made, const char* input, ValueType 
         }
         return {[value](const Sample&) { return value; }};
     }
-    const Made source = makeFor(type, depth - 1);
-    if (!made.node->connect(input, source.node, source.output.c_str()).empty())
-        throw std::logic_error(input);
-    return {source.value};
+    return {made.feedFrom(input, makeFor(type, depth - 1))};
 }
 
 RandomNetwork::Fed RandomNetwork::feedUv(Made& made, int depth) {
     if (depth < 2 || choice(3) == 0)
         return {[](const Sample& s) { return s.uv(0); }, true};
-    const Made source = make(kTexCoord, depth - 1);
-    if (!made.node->connect("uv", source.node, "uv").empty())
-        throw std::logic_error("uv");
-    return {source.value};
+    return {made.feedFrom("uv", make(kTexCoord, depth - 1))};
 }
 
 RandomNetwork::Fed RandomNetwork::feedNormal(Made& made, const char* input, int depth) {
     if (depth < 2 || choice(2) == 0)
         return {[](const Sample&) { return normalized(kPlaneNormal); }, true};
-    const Made source = makeFor(kNormal, depth - 1);
-    if (!made.node->connect(input, source.node, "normal").empty())
-        throw std::logic_error(input);
-    return {source.value};
+    return {made.feedFrom(input, makeFor(kNormal, depth - 1))};
 }
 
 Made RandomNetwork::make(NodeKind kind, int depth) {
@@ -285,9 +260,9 @@ Made RandomNetwork::make(NodeKind kind, int depth) {
     }
     case kBumpMap: {
         made.output = "normal";
-        const Made height = make(kTexCoord, 1);
-        if (!made.node->connect("height", height.node, "v").empty())
-            throw std::logic_error("height");
+        Made height = make(kTexCoord, 1);
+        height.output = "v";
+        made.feedFrom("height", height);
         const Value strength = feed(made, "strength", kFloat, V3(1.0), 1).value;
         made.value = [=](const Sample& s) {
             const V3 n = normalized(kPlaneNormal);

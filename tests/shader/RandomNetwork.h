@@ -2,6 +2,7 @@
 
 #include <orlohost/ShadingNodeSpec.h>
 
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <random>
@@ -18,14 +19,15 @@ struct V3 {
     V3() = default;
     V3(double xx, double yy, double zz) : x(xx), y(yy), z(zz) {}
     explicit V3(double grey) : x(grey), y(grey), z(grey) {}
+
+    friend V3 operator+(const V3& a, const V3& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
+    friend V3 operator-(const V3& a, const V3& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+    friend V3 operator*(const V3& a, const V3& b) { return {a.x * b.x, a.y * b.y, a.z * b.z}; }
+    friend V3 operator*(const V3& a, double s) { return {a.x * s, a.y * s, a.z * s}; }
+    friend double dot(const V3& a, const V3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+    friend V3 normalized(const V3& v) { return v * (1.0 / std::sqrt(dot(v, v))); }
+    friend V3 mixed(const V3& a, const V3& b, double share) { return a * (1.0 - share) + b * share; }
 };
-V3 operator+(const V3& a, const V3& b);
-V3 operator-(const V3& a, const V3& b);
-V3 operator*(const V3& a, const V3& b);
-V3 operator*(const V3& a, double s);
-double dot(const V3& a, const V3& b);
-V3 normalized(const V3& v);
-V3 mixed(const V3& a, const V3& b, double share);
 
 /// The surface of the tests: a plane that fills the picture, 2 in front of the eye, with texture coordinates
 /// and a normal that are the same linear functions of place for both sides.
@@ -64,6 +66,9 @@ struct Made {
     std::shared_ptr<koShadingDag::ShadingNodeSpec> node;
     std::string output;
     std::function<V3(const Sample&)> value;
+
+    /// Feeds an input with another's output. What comes of it.
+    std::function<V3(const Sample&)> feedFrom(const char* input, const Made& source);
 };
 
 class RandomNetwork {
