@@ -80,8 +80,9 @@ GLStartupContext::GLStartupContext(const GLHostContext& host) {
         !host.makeCurrent(nullptr, None, host.context) || !populateGlobalTable())
         return;
     GLFunctionTable& table = *GLFunctionTable::fpGlobalFunctionTable;
-    // Entry points can be had without a context behind them: only a version tells that GL answers.
-    if (!table.fglGetString || !table.glGetString(GL_VERSION))
+    // A version tells that GL answers. Without a GL library that much may still be found in the process, but
+    // nothing to draw into.
+    if (!table.fglGetString || !table.glGetString(GL_VERSION) || !table.usable(kCapFramebufferObject))
         return;
     replaceGLX(table, host);
     context = host.context;

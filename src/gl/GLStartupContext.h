@@ -52,7 +52,8 @@ public:
     /// populates the table again; the two kinds don't live side by side.
     ///
     /// `valid` stays false, and the context the host's, when one of the three members is null, when it can't
-    /// be made current, and without a GL library or a GL that answers. Otherwise the destructor ends it.
+    /// be made current, and without a GL that answers and has framebuffer objects. Otherwise the destructor
+    /// ends it.
     explicit GLStartupContext(const GLHostContext& host);
 
     /// False when not valid, otherwise what glXMakeCurrent answers.

@@ -237,6 +237,7 @@ GLHostContext hostContext(bool works = true) {
 
 TEST_F(StartupContext, takesAContextOfTheHost) {
     script().version = "2.1";
+    script().extensions = "GL_EXT_framebuffer_object";
     auto* startup = new GLStartupContext(hostContext());
     startup->ref();
     GLFunctionTable& table = *GLFunctionTable::fpGlobalFunctionTable;
