@@ -5,8 +5,6 @@
 #include "gl/GLFunctionTable.h"
 #include "gl/GLStartupContext.h"
 
-#include <algorithm>
-#include <array>
 #include <memory>
 #include <utility>
 
@@ -83,14 +81,15 @@ uint32_t GLFrameBuffer::createPortableDrawable(const WindowWrapper& parent) {
 
 uint32_t GLFrameBuffer::createOnConfiguration(const WindowWrapper& parent) {
     const GLFunctionTable& gl = *fFunctionTable;
+    const auto best = [&](int samples) {
+        return bestForScreen(gl, fDisplay,
+                             Configurations(gl, fDisplay, windowConfiguration(fRequestedFormat, samples)));
+    };
     VisualConfiguration chosen;
-    for (const int samples : {kSamples, 0}) {
-        if (samples == 0 || fRequestedFormat.fSamplingType != kSamplingSingle)
-            chosen = bestForScreen(
-                gl, fDisplay, Configurations(gl, fDisplay, windowConfiguration(fRequestedFormat, samples)));
-        if (chosen.visual)
-            break;
-    }
+    if (fRequestedFormat.fSamplingType != kSamplingSingle)
+        chosen = best(kSamples);
+    if (!chosen.visual)
+        chosen = best(0);
     if (!chosen.visual)
         return kFormat;
     fContext = gl.glXCreateNewContext(fDisplay, chosen.configuration, GLX_RGBA_TYPE, sharedContext(), True);
@@ -109,12 +108,10 @@ uint32_t GLFrameBuffer::createOnConfiguration(const WindowWrapper& parent) {
 
 uint32_t GLFrameBuffer::createOnVisual(const WindowWrapper& parent) {
     const GLFunctionTable& gl = *fFunctionTable;
-    // Names without values first; the chooser of visuals knows no pairs for them.
-    std::array<int, 16> list = {GLX_RGBA, GLX_DOUBLEBUFFER};
-    DrawableAttributes sizes;
-    sizes.addSizes(fRequestedFormat);
-    std::copy_n(sizes.values.begin(), sizes.count, list.begin() + 2);
-    const VisualInfo visual(gl.glXChooseVisual(fDisplay, DefaultScreen(fDisplay), list.data()));
+    DrawableAttributes wanted;
+    wanted.add(GLX_RGBA, GLX_DOUBLEBUFFER); // no pair: two names, which have no values for this chooser
+    wanted.addSizes(fRequestedFormat);
+    const VisualInfo visual(gl.glXChooseVisual(fDisplay, DefaultScreen(fDisplay), wanted.values.data()));
     if (!visual)
         return kFormat;
     fContext = gl.glXCreateContext(fDisplay, visual.get(), sharedContext(), True);

@@ -27,12 +27,12 @@ struct AlignmentInfo {
 ///     drawer.setCamUpVectorOS(up);
 ///     drawer.draw(nullptr, nullptr);
 ///
-/// What is drawn: every particle, or the samples that a filter names. The filter of the data, where it is in
-/// force (ParticleData::isFiltered), goes before one of the iterator's own, which counts over unfiltered data
-/// only. A draw walks a copy of the iterator from the start: the host's own stays where it stands and is told
-/// of no filter. A whole particle is drawn at each of its samples, as a sprite at the first; a sample that a
-/// filter names is drawn alone, with its own place and all else (velocity, colour, named data, texture) of
-/// its particle. Numbers beyond the samples are passed over.
+/// What is drawn: every particle, or of filtered data (ParticleData::isFiltered) the samples that their
+/// filter names. A filter of the iterator's own never makes unfiltered data be drawn in part, and gives way
+/// to that of filtered ones. A draw walks from the start: the host's iterator stays where it stands and is
+/// told of no filter. A whole particle is drawn at each of its samples, as a sprite at the first; a sample
+/// that a filter names is drawn alone, with its own place and all else (velocity, colour, named data,
+/// texture) of its particle. Numbers beyond the samples are passed over.
 ///
 /// Fields without an operation that sets them are the host's to set. All that calls GL needs the table and a
 /// current context, with the object's model-view matrix in force; a drawer is made, told and destroyed

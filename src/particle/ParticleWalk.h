@@ -24,16 +24,19 @@ struct ParticleWalk {
     const uint32_t* filter; ///< null: everything
     uint32_t filterCount;
 
-    /// Of a drawer that has data. The data's own filter goes before that of the iterator.
+    /// Of a drawer that has data. The iterator says which data are walked, the drawer's data by which filter:
+    /// one that an iterator brings along would outlive the one that was taken off the data.
     static ParticleWalk of(const GLParticleDrawBase& drawer) {
         const ParticleData& own = *drawer.fParticleData;
-        ParticleDataIterator iterator =
-            drawer.fIterator ? *drawer.fIterator : ParticleDataIterator(own, nullptr, 0);
-        if (own.isFiltered())
-            iterator.setFilter(own.fFilter.data(), static_cast<uint32_t>(own.fFilter.size()));
-        const ParticleData& data = iterator.data();
-        return {&data,        data.positions(),          data.velocities(), data.colors(),
-                data.count(), data.samplesPerParticle(), iterator.filter(), iterator.count()};
+        const ParticleData& data = drawer.fIterator ? drawer.fIterator->data() : own;
+        return {&data,
+                data.positions(),
+                data.velocities(),
+                data.colors(),
+                data.count(),
+                data.samplesPerParticle(),
+                own.isFiltered() ? own.fFilter.data() : nullptr,
+                static_cast<uint32_t>(own.fFilter.size())};
     }
 
     /// Calls `onParticle(particle, position)` wherever another particle begins, with the place of its first
