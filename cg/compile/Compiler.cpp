@@ -1,7 +1,8 @@
 #include "compile/Compiler.h"
 
-#include "compile/GlslWriter.h"
-#include "compile/Parser.h"
+#include "check/Checker.h"
+#include "glsl/GlslWriter.h"
+#include "parse/Parser.h"
 
 #include <new>
 

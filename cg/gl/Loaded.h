@@ -1,7 +1,7 @@
 #pragma once
 
 #include "OpenGL.h"
-#include "runtime/Runtime.h"
+#include "objects/Objects.h"
 
 #include <new>
 #include <vector>

@@ -44,6 +44,24 @@ void* currentEglContext() {
     return current ? current() : nullptr;
 }
 
+void findUniforms(GL& gl, Finder& find) {
+    constexpr const char* kVectors[] = {"glProgramUniform1fv", "glProgramUniform2fv", "glProgramUniform3fv",
+                                        "glProgramUniform4fv"};
+    constexpr const char* kInts[] = {"glProgramUniform1iv", "glProgramUniform2iv", "glProgramUniform3iv",
+                                     "glProgramUniform4iv"};
+    for (int i = 0; i < 4; ++i) {
+        find(gl.uniformVectors[i], kVectors[i]);
+        find(gl.uniformInts[i], kInts[i]);
+    }
+    constexpr const char* kMatrices[3][3] = {
+        {"glProgramUniformMatrix2fv", "glProgramUniformMatrix2x3fv", "glProgramUniformMatrix2x4fv"},
+        {"glProgramUniformMatrix3x2fv", "glProgramUniformMatrix3fv", "glProgramUniformMatrix3x4fv"},
+        {"glProgramUniformMatrix4x2fv", "glProgramUniformMatrix4x3fv", "glProgramUniformMatrix4fv"}};
+    for (int columns = 0; columns < 3; ++columns)
+        for (int rows = 0; rows < 3; ++rows)
+            find(gl.uniformMatrices[columns][rows], kMatrices[columns][rows]);
+}
+
 GL findAll() {
     GL gl{};
     Finder find;
@@ -89,21 +107,7 @@ GL findAll() {
     find(gl.isProgramPipeline, "glIsProgramPipeline");
     find(gl.bindProgramPipeline, "glBindProgramPipeline");
     find(gl.useProgramStages, "glUseProgramStages");
-    constexpr const char* kVectors[] = {"glProgramUniform1fv", "glProgramUniform2fv", "glProgramUniform3fv",
-                                        "glProgramUniform4fv"};
-    constexpr const char* kInts[] = {"glProgramUniform1iv", "glProgramUniform2iv", "glProgramUniform3iv",
-                                     "glProgramUniform4iv"};
-    for (int i = 0; i < 4; ++i) {
-        find(gl.uniformVectors[i], kVectors[i]);
-        find(gl.uniformInts[i], kInts[i]);
-    }
-    constexpr const char* kMatrices[3][3] = {
-        {"glProgramUniformMatrix2fv", "glProgramUniformMatrix2x3fv", "glProgramUniformMatrix2x4fv"},
-        {"glProgramUniformMatrix3x2fv", "glProgramUniformMatrix3fv", "glProgramUniformMatrix3x4fv"},
-        {"glProgramUniformMatrix4x2fv", "glProgramUniformMatrix4x3fv", "glProgramUniformMatrix4fv"}};
-    for (int columns = 0; columns < 3; ++columns)
-        for (int rows = 0; rows < 3; ++rows)
-            find(gl.uniformMatrices[columns][rows], kMatrices[columns][rows]);
+    findUniforms(gl, find);
     gl.isComplete = find.isComplete();
     return gl;
 }

@@ -1,5 +1,5 @@
 #include "Loaded.h"
-#include "runtime/Names.h"
+#include "objects/Names.h"
 
 #include <Cg/cgGL.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "compile/Checker.h"
+#include "language/Ast.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "compile/Type.h"
+#include "language/Type.h"
 
 #include <optional>
 #include <string_view>
@@ -27,8 +27,7 @@ enum class LibraryRule : uint8_t {
     Inverse,
     Multiply, ///< mul
     SinCos,   ///< (T, out T, out T)
-    Split,    ///< (T, out T) to T
-    Texture
+    Split     ///< (T, out T) to T
 };
 
 struct LibraryFunction {

@@ -1,4 +1,4 @@
-#include "compile/Helpers.h"
+#include "glsl/Helpers.h"
 
 #include "preprocess/Source.h"
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "compile/Ast.h"
-#include "compile/Library.h"
+#include "check/LibraryCalls.h"
 
 #include <map>
 #include <set>
@@ -9,12 +8,10 @@
 
 namespace orlocg {
 
-enum class Stage : uint8_t { Vertex, Fragment };
-
 /// Finds out what every name stands for and every expression's type, and writes the conversions in that the
 /// language makes by itself. Looks only at what an entry function reaches: headers are full of functions that
 /// nobody calls, for other stages too. Throws CompileError.
-class Checker {
+class Checker : private Conversions {
 public:
     Checker(Program& program, Stage stage, Diagnostics& diagnostics);
 
@@ -31,6 +28,7 @@ private:
     void checkStatement(Statement& statement);
     void checkBody(Statement& statement);
     void checkCondition(ExpressionPtr& condition, const char* of);
+    void checkReturn(Statement& statement);
     void declare(Variable& variable);
 
     void check(ExpressionPtr& expression);
@@ -44,30 +42,21 @@ private:
     bool checkState(ExpressionPtr& e);
     void checkCall(ExpressionPtr& e);
     void checkUserCall(Expression& e, const std::vector<Function*>& candidates);
-    void checkLibraryCall(Expression& e, const LibraryFunction& function);
-    void checkMultiply(Expression& e);
-    void checkTexture(Expression& e, const TextureCall& call);
     void checkConstruct(ExpressionPtr& e);
 
     void makeVectorSwizzle(Expression& e, const Type* of);
     void makeMatrixSwizzle(Expression& e, const Type* of);
-    ExpressionPtr fill(const Type* type, Expression& list, size_t& next);
-    const Type* lengthFrom(const Type* array, Expression& list);
+    void endSwizzle(Expression& e, const Type* of);
 
-    bool converts(const Type* from, const Type* to) const;
-    int costOf(const Type* from, const Type* to) const;
-    void convert(ExpressionPtr& e, const Type* to, const char* what);
-    void cast(ExpressionPtr& e, const Type* to);
-    const Type* common(const Expression& at, const Type* a, const Type* b);
-    void wantNumbers(const Expression& e, const char* what) const;
-    void wantAssignable(const Expression& e) const;
-    void wantCount(const Expression& e, size_t least, size_t most) const;
-    [[noreturn]] void fail(const Expression& at, const std::string& message) const;
+    const Type* lengthFrom(const Type* array, Expression& list);
+    ExpressionPtr fillFromAll(const Type* type, Expression& list);
+    ExpressionPtr fill(const Type* type, Expression& list, size_t& next);
+    ExpressionPtr fillNumbers(ExpressionPtr made, Expression& list, size_t& next);
+    ExpressionPtr& itemFor(const Type* type, Expression& list, size_t next);
 
     Program& fProgram;
-    Types& fTypes;
     Stage fStage;
-    Diagnostics& fDiagnostics;
+    LibraryCalls fLibrary;
     std::map<std::string, std::vector<Function*>, std::less<>> fFunctions;
     Scope fGlobals;
     std::vector<Scope> fScopes;

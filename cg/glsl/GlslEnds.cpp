@@ -1,6 +1,6 @@
-#include "compile/GlslTypes.h"
-#include "compile/GlslWriter.h"
-#include "compile/State.h"
+#include "glsl/GlslTypes.h"
+#include "glsl/GlslWriter.h"
+#include "language/State.h"
 
 #include <algorithm>
 #include <array>
@@ -196,34 +196,30 @@ void GlslWriter::varyings(const Type* type, const Semantic& semantic, bool isOut
                   ";");
 }
 
-void GlslWriter::mainFunction(Function& entry) {
-    struct End {
-        const Type* type;
-        std::string semantic;
-        std::string glsl;
-        Location at;
-        bool isReturn;
-    };
-    std::vector<End> ends[2]; // inputs and outputs, member by member
-    const auto addEnds = [&](const auto& self, const Type* type, const std::string& semantic,
-                             const std::string& glsl, const Location& at, bool isOutput,
-                             bool isReturn) -> void {
-        if (!type->isStruct())
-            return ends[isOutput].push_back({type, semantic, glsl, at, isReturn});
-        // A semantic of the whole counts on from member to member.
-        const Semantic whole(semantic);
-        int next = whole.number();
-        for (const Member& member : type->structure->members) {
-            const bool isNumbered = !semantic.empty() && member.semantic.empty();
-            self(self, member.type, isNumbered ? whole.name + std::to_string(next++) : member.semantic,
-                 glsl + "." + memberName(member.name), at, isOutput, false);
-        }
-    };
-    Body main;
-    fBody = &main;
-    std::string text;
+/// The same member by member, down to what isn't a struct.
+void GlslWriter::addEnds(const End& end, bool isOutput) {
+    if (!end.type->isStruct())
+        return fEnds[isOutput].push_back(end);
+    // A semantic of the whole counts on from member to member.
+    const Semantic whole(end.semantic);
+    int next = whole.number();
+    for (const Member& member : end.type->structure->members) {
+        const bool isNumbered = !end.semantic.empty() && member.semantic.empty();
+        addEnds({member.type, isNumbered ? whole.name + std::to_string(next++) : member.semantic,
+                 end.glsl + "." + memberName(member.name), end.at},
+                isOutput);
+    }
+}
+
+void GlslWriter::moveEnds(bool isOutput, std::string& out) {
+    for (const End& end : fEnds[isOutput])
+        varyings(end.type, slotFor(end.semantic, end.type, isOutput, end.isReturn), isOutput, end.glsl,
+                 end.at, out);
+}
+
+/// What the entry is called with; declares the variables for what isn't uniform.
+std::string GlslWriter::entryArguments(Function& entry, std::vector<Bindings>& bindings, std::string& out) {
     std::string arguments;
-    std::vector<Bindings> bindings(entry.parameters.size());
     for (size_t i = 0; i < entry.parameters.size(); ++i) {
         const Variable& parameter = *entry.parameters[i];
         std::string argument;
@@ -237,47 +233,56 @@ void GlslWriter::mainFunction(Function& entry) {
         } else {
             argument = uniqueName(parameter.name.empty() ? "unnamed" : parameter.name);
             fOut.parameters.push_back({&parameter, false, {}, {}});
-            line(text, declaration(parameter.type, argument) + ";");
+            line(out, declaration(parameter.type, argument) + ";");
+            const End end = {parameter.type, parameter.semantic, argument, parameter.at};
             if (parameter.direction != Direction::Out)
-                addEnds(addEnds, parameter.type, parameter.semantic, argument, parameter.at, false, false);
+                addEnds(end, false);
             if (parameter.direction != Direction::In)
-                addEnds(addEnds, parameter.type, parameter.semantic, argument, parameter.at, true, false);
+                addEnds(end, true);
         }
         arguments += (arguments.empty() ? "" : ", ") + argument;
     }
-    // Uniform and varying globals: all that are reached, before a function names them.
+    return arguments;
+}
+
+/// Uniform and varying globals: all that are reached, before a function names them.
+void GlslWriter::addGlobals() {
     for (const std::unique_ptr<Variable>& global : fOut.program->globals) {
         if (!global->isReferenced)
             continue;
         if (global->isUniform) {
             addParameter(*global);
         } else if (global->isVarying) {
-            fNames[global.get()] = uniqueName(global->name);
-            fGlobalTexts += declaration(global->type, fNames[global.get()]) + ";\n";
+            const std::string& name = fNames[global.get()] = uniqueName(global->name);
+            fGlobalTexts += declaration(global->type, name) + ";\n";
             fOut.parameters.push_back({global.get(), true, {}, {}});
-            addEnds(addEnds, global->type, global->semantic, fNames[global.get()], global->at, false, false);
+            addEnds({global->type, global->semantic, name, global->at}, false);
         }
     }
+}
+
+void GlslWriter::mainFunction(Function& entry) {
+    Body main;
+    fBody = &main;
+    std::string text;
+    std::vector<Bindings> bindings(entry.parameters.size());
+    const std::string arguments = entryArguments(entry, bindings, text);
+    addGlobals();
     const std::string call = functionName(entry, bindings) + "(" + arguments + ")";
     const bool hasResult = entry.returns->kind != Type::Kind::Void;
     std::string result;
     if (hasResult) {
         result = uniqueName("result");
-        addEnds(addEnds, entry.returns, entry.semantic, result, entry.at, true, true);
+        addEnds({entry.returns, entry.semantic, result, entry.at, true}, true);
     }
     for (const bool isOutput : {false, true})
-        for (const End& end : ends[isOutput])
+        for (const End& end : fEnds[isOutput])
             reserve(end.type, end.semantic, isOutput);
-    const auto move = [&](bool isOutput) {
-        for (const End& end : ends[isOutput])
-            varyings(end.type, slotFor(end.semantic, end.type, isOutput, end.isReturn), isOutput, end.glsl,
-                     end.at, text);
-    };
     for (const Variable* global : fGlobalsToSet)
         line(text, fNames[global] + " = " + fGlobalValues[global] + ";");
-    move(false);
+    moveEnds(false, text);
     line(text, hasResult ? declaration(entry.returns, result) + " = " + call + ";" : call + ";");
-    move(true);
+    moveEnds(true, text);
     if (fOptions.isPositionInvariant && fOptions.stage == Stage::Vertex)
         line(text, "gl_Position = ftransform();");
     fFunctionTexts += "void main() {\n" + main.temporaries + text + "}\n";

@@ -1,4 +1,4 @@
-#include "runtime/Names.h"
+#include "objects/Names.h"
 
 #include <algorithm>
 #include <array>

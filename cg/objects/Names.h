@@ -1,6 +1,6 @@
 #pragma once
 
-#include "compile/Semantics.h"
+#include "language/Semantics.h"
 
 #include <Cg/cg.h>
 

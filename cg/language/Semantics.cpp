@@ -1,4 +1,4 @@
-#include "compile/Semantics.h"
+#include "language/Semantics.h"
 
 #include <cctype>
 

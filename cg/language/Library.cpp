@@ -1,4 +1,4 @@
-#include "compile/Library.h"
+#include "language/Library.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "compile/State.h"
+#include "language/State.h"
 
 #include <array>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "compile/Type.h"
+#include "language/Type.h"
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,6 @@
-#include "compile/GlslTypes.h"
-#include "compile/GlslWriter.h"
+#include "glsl/GlslTypes.h"
+#include "glsl/GlslWriter.h"
+#include "language/Library.h"
 
 #include <array>
 #include <cmath>
@@ -446,6 +447,14 @@ std::string GlslWriter::writeLibraryCall(const Expression& e) {
 
 std::string GlslWriter::writeTexture(const Expression& e) {
     using Form = TextureCall::Form;
+    // Arguments that a call hasn't are empty.
+    const auto called = [](const std::string& name, std::initializer_list<std::string> arguments) {
+        std::string text;
+        for (const std::string& argument : arguments)
+            if (!argument.empty())
+                text += (text.empty() ? "" : ", ") + argument;
+        return name + "(" + text + ")";
+    };
     const TextureCall call = *parseTextureCall(e.text);
     const std::string sampler = samplerText(*e.operands[0]);
     const unsigned n = call.dimensions();
@@ -453,70 +462,51 @@ std::string GlslWriter::writeTexture(const Expression& e) {
     const unsigned size = width(e.operands[1]->type);
     const bool isRect = call.sampler == SamplerKind::Rect;
     fUsesRect = fUsesRect || isRect;
-    const std::string picks[] = {"", ".x", ".xy", ".xyz"};
-    const std::string plain = size == n ? coordinate : "(" + coordinate + ")" + picks[n];
+    constexpr std::array<const char*, 4> kPicks = {"", ".x", ".xy", ".xyz"};
+    const std::string picked = "(" + coordinate + ")" + kPicks[n];
+    const std::string last = "(" + coordinate + ")." + "xyzw"[std::max(size, 1U) - 1];
     constexpr std::array<const char*, 6> kNames = {"",          "texture1D",     "texture2D",
                                                    "texture3D", "texture2DRect", "textureCube"};
-    std::string name = kNames[static_cast<size_t>(call.sampler)];
-    const std::string dimension = name.substr(7);
+    const std::string name = kNames[static_cast<size_t>(call.sampler)];
     const bool hasOffset = e.operands.size() == 3 || e.operands.size() == 5;
     const std::string offset = hasOffset ? write(*e.operands.back()) : "";
+    const std::string named = hasOffset ? "textureOffset" : name;
 
-    if (call.form == Form::Plain && size == n + 1) { // a depth to compare with
-        fShadowSamplers.insert(sampler.substr(0, sampler.find('[')));
-        const std::string depth = call.sampler == SamplerKind::Dim1
-                                      ? "vec3((" + coordinate + ").x, 0.0, (" + coordinate + ").y)"
-                                      : coordinate;
-        return "vec4(shadow" + dimension + "(" + sampler + ", " + depth + "))";
-    }
-    const bool isVertex = fOptions.stage == Stage::Vertex;
     switch (call.form) {
-    case Form::Plain:
-        if (e.operands.size() >= 4) {
-            const std::string derivatives = write(*e.operands[2]) + ", " + write(*e.operands[3]);
-            if (hasOffset)
-                return "textureGradOffset(" + sampler + ", " + plain + ", " + derivatives + ", " + offset +
-                       ")";
-            return "textureGrad(" + sampler + ", " + plain + ", " + derivatives + ")";
+    case Form::Plain: {
+        if (size == n + 1) { // a depth to compare with
+            fShadowSamplers.insert(sampler.substr(0, sampler.find('[')));
+            const std::string depth =
+                n == 1 ? called("vec3", {picked, "0.0", "(" + coordinate + ").y"}) : coordinate;
+            return "vec4(" + called("shadow" + name.substr(7), {sampler, depth}) + ")";
         }
-        if (hasOffset)
-            return "textureOffset(" + sampler + ", " + plain + ", " + offset + ")";
-        return name + "(" + sampler + ", " + plain + ")";
-    case Form::Projective: {
-        if (call.sampler == SamplerKind::Cube || hasOffset) {
-            const std::string divided =
-                "(" + coordinate + ")" + picks[n] + " / (" + coordinate + ")." + "xyzw"[size - 1];
-            return hasOffset ? "textureOffset(" + sampler + ", " + divided + ", " + offset + ")"
-                             : name + "(" + sampler + ", " + divided + ")";
-        }
-        return name + "Proj(" + sampler + ", " + coordinate + ")";
+        const std::string at = size == n ? coordinate : picked;
+        if (e.operands.size() < 4)
+            return called(named, {sampler, at, offset});
+        return called(hasOffset ? "textureGradOffset" : "textureGrad",
+                      {sampler, at, write(*e.operands[2]), write(*e.operands[3]), offset});
     }
-    case Form::Biased: {
-        const std::string at = "(" + coordinate + ")" + picks[n];
-        if (isVertex || isRect)
-            return name + "(" + sampler + ", " + at + ")";
-        if (hasOffset)
-            return "textureOffset(" + sampler + ", " + at + ", " + offset + ", (" + coordinate + ").w)";
-        return name + "(" + sampler + ", " + at + ", (" + coordinate + ").w)";
-    }
-    case Form::Level: {
-        const std::string at = "(" + coordinate + ")" + picks[n];
+    case Form::Projective:
+        if (call.sampler == SamplerKind::Cube || hasOffset)
+            return called(named, {sampler, picked + " / " + last, offset});
+        return called(name + "Proj", {sampler, coordinate});
+    case Form::Biased:
+        if (isRect || fOptions.stage == Stage::Vertex)
+            return called(name, {sampler, picked});
+        return called(named, {sampler, picked, offset, last});
+    case Form::Level:
         if (isRect)
-            return name + "(" + sampler + ", " + at + ")";
-        if (hasOffset)
-            return "textureLodOffset(" + sampler + ", " + at + ", (" + coordinate + ").w, " + offset + ")";
-        return "textureLod(" + sampler + ", " + at + ", (" + coordinate + ").w)";
-    }
+            return called(name, {sampler, picked});
+        return called(hasOffset ? "textureLodOffset" : "textureLod", {sampler, picked, last, offset});
     case Form::Fetch: {
-        const std::string at = "(" + coordinate + ")" + picks[n] + (hasOffset ? " + " + offset : "");
-        if (isRect)
-            return name + "(" + sampler + ", vec2(" + at + ") + 0.5)";
-        return "texelFetch(" + sampler + ", " + at + ", (" + coordinate + ").w)";
+        const std::string at = picked + (hasOffset ? " + " + offset : "");
+        return isRect ? called(name, {sampler, "vec2(" + at + ") + 0.5"})
+                      : called("texelFetch", {sampler, at, last});
     }
     case Form::Size: {
-        const std::string sized = "textureSize(" + sampler + (isRect ? ")" : ", " + coordinate + ")");
+        const std::string sized = called("textureSize", {sampler, isRect ? "" : coordinate});
         const unsigned given = call.sampler == SamplerKind::Cube ? 2 : n;
-        return given == 3 ? sized : "ivec3(" + sized + (given == 1 ? ", 1, 1)" : ", 1)");
+        return given == 3 ? sized : called("ivec3", {sized, given == 1 ? "1, 1" : "1"});
     }
     }
     return {};

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "compile/Ast.h"
+#include "language/Ast.h"
 
 #include <map>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "compile/Type.h"
+#include "language/Type.h"
 #include "preprocess/Source.h"
 
 #include <map>
@@ -108,6 +108,9 @@ struct Function {
     bool isChecked = false;
     bool isBeingChecked = false;
 };
+
+/// What a program is for.
+enum class Stage : uint8_t { Vertex, Fragment };
 
 /// A parsed program.
 struct Program {

@@ -55,6 +55,8 @@ struct ProgramObject {
 
     /// Compiles the source and makes the parameters. False: the context's listing says why.
     bool compile();
+    /// Their handles are stale from then on.
+    void forgetParameters();
 };
 
 struct ContextObject {

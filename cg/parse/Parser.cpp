@@ -1,4 +1,4 @@
-#include "compile/Parser.h"
+#include "parse/Parser.h"
 
 #include "preprocess/Operators.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "compile/Compiler.h"
-#include "compile/Semantics.h"
+#include "language/CompiledProgram.h"
+#include "language/Semantics.h"
 
 #include <map>
 #include <set>
@@ -32,6 +32,15 @@ private:
         int indent = 1;
     };
 
+    /// What comes into the program or goes out of it: a parameter, a result, or a member of one.
+    struct End {
+        const Type* type;
+        std::string semantic;
+        std::string glsl;
+        Location at;
+        bool isReturn = false;
+    };
+
     // Names and types.
     std::string uniqueName(const std::string& wanted);
     const std::string& nameOf(const Variable& variable);
@@ -45,6 +54,9 @@ private:
     // Statements.
     const std::string& functionName(Function& function, const std::vector<Bindings>& bindings);
     void statement(const Statement& s, std::string& out);
+    void forLoop(const Statement& s, std::string& out);
+    void block(const std::string& head, const Statement& inner, std::string& out,
+               const std::string& tail = {});
     void body(const Statement& s, std::string& out);
     void declare(const Variable& variable, std::string& out);
     void bindSamplers(const Variable& variable, const Expression& from);
@@ -81,6 +93,10 @@ private:
     void collectInitial(const Expression* e, const Type* type, std::vector<double>& values,
                         bool& isKnown) const;
     void mainFunction(Function& entry);
+    std::string entryArguments(Function& entry, std::vector<Bindings>& bindings, std::string& out);
+    void addGlobals();
+    void addEnds(const End& end, bool isOutput);
+    void moveEnds(bool isOutput, std::string& out);
     void varyings(const Type* type, const Semantic& semantic, bool isOutput, const std::string& glsl,
                   const Location& at, std::string& out);
     void reserve(const Type* type, const std::string& semantic, bool isOutput);
@@ -104,6 +120,7 @@ private:
     std::set<std::pair<std::string, std::string>> fHelpers;
     std::vector<const Variable*> fGlobalsToSet; ///< in the order of their first use
     std::map<const Variable*, std::string> fGlobalValues;
+    std::vector<End> fEnds[2]; ///< inputs and outputs
     bool fUsesRect = false;
     int fTemporaries = 0;
     size_t fLength = 0; ///< of what was written, to bound it

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "compile/Type.h"
+#include "language/Type.h"
 
 #include <optional>
 #include <string>

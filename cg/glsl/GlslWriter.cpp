@@ -1,7 +1,7 @@
-#include "compile/GlslWriter.h"
+#include "glsl/GlslWriter.h"
 
-#include "compile/GlslTypes.h"
-#include "compile/Helpers.h"
+#include "glsl/GlslTypes.h"
+#include "glsl/Helpers.h"
 
 #include <algorithm>
 #include <array>
@@ -250,17 +250,33 @@ const GlslWriter::Bindings* GlslWriter::findBindings(const Variable& variable) c
     return found == all.end() ? nullptr : &found->second;
 }
 
+/// A head, a body in braces, and what stands behind it.
+void GlslWriter::block(const std::string& head, const Statement& inner, std::string& out,
+                       const std::string& tail) {
+    line(out, head + " {");
+    body(inner, out);
+    line(out, "}" + tail);
+}
+
+void GlslWriter::forLoop(const Statement& s, std::string& out) {
+    // What the start declares lives around the loop.
+    line(out, "{");
+    ++fBody->indent;
+    if (s.hasInit)
+        statement(*s.statements.front(), out);
+    const std::string condition = s.condition ? write(*s.condition) : std::string();
+    block("for (; " + condition + "; " + (s.step ? write(*s.step) : std::string()) + ")",
+          *s.statements.back(), out);
+    --fBody->indent;
+    line(out, "}");
+}
+
 void GlslWriter::statement(const Statement& s, std::string& out) {
     using Kind = Statement::Kind;
-    const auto scoped = [&](const char* head, const Statement& inner, const std::string& tail) {
-        line(out, std::string(head) + " {");
-        body(inner, out);
-        line(out, "}" + tail);
-    };
     switch (s.kind) {
     case Kind::Block:
         if (!s.statements.empty())
-            scoped("", s, "");
+            block("", s, out);
         break;
     case Kind::Declaration:
         for (const std::unique_ptr<Variable>& variable : s.variables)
@@ -271,28 +287,18 @@ void GlslWriter::statement(const Statement& s, std::string& out) {
             line(out, text + ";");
         break;
     case Kind::If:
-        scoped(("if (" + write(*s.condition) + ")").c_str(), *s.statements[0], "");
+        block("if (" + write(*s.condition) + ")", *s.statements[0], out);
         if (s.hasElse)
-            scoped("else", *s.statements[1], "");
+            block("else", *s.statements[1], out);
         break;
     case Kind::For:
-        // What the start declares lives around the loop.
-        line(out, "{");
-        ++fBody->indent;
-        if (s.hasInit)
-            statement(*s.statements.front(), out);
-        scoped(("for (; " + (s.condition ? write(*s.condition) : std::string()) + "; " +
-                (s.step ? write(*s.step) : std::string()) + ")")
-                   .c_str(),
-               *s.statements.back(), "");
-        --fBody->indent;
-        line(out, "}");
+        forLoop(s, out);
         break;
     case Kind::While:
-        scoped(("while (" + write(*s.condition) + ")").c_str(), *s.statements[0], "");
+        block("while (" + write(*s.condition) + ")", *s.statements[0], out);
         break;
     case Kind::DoWhile:
-        scoped("do", *s.statements[0], " while (" + write(*s.condition) + ");");
+        block("do", *s.statements[0], out, " while (" + write(*s.condition) + ");");
         break;
     case Kind::Return:
         line(out, s.condition ? "return " + write(*s.condition) + ";" : "return;");

@@ -1,0 +1,366 @@
+#include "check/Checker.h"
+
+#include "language/State.h"
+
+#include <algorithm>
+
+namespace orlocg {
+
+namespace {
+
+bool isAssignment(std::string_view op) {
+    return !op.empty() && op.back() == '=' && op != "==" && op != "!=" && op != "<=" && op != ">=";
+}
+
+bool isComparison(std::string_view op) {
+    return op == "<" || op == ">" || op == "<=" || op == ">=" || op == "==" || op == "!=";
+}
+
+bool isBitOperation(std::string_view op) {
+    return op == "%" || op == "&" || op == "|" || op == "^" || op == "<<" || op == ">>";
+}
+
+/// "matrix.modelview[0]" of such an expression behind "glstate"; nothing for others.
+std::optional<std::string> statePathOf(const Expression& e) {
+    if (e.kind == Expression::Kind::Name)
+        return e.text == "glstate" ? std::optional<std::string>("") : std::nullopt;
+    if (e.kind != Expression::Kind::Member && e.kind != Expression::Kind::Index)
+        return std::nullopt;
+    std::optional<std::string> path = statePathOf(*e.operands[0]);
+    if (!path)
+        return std::nullopt;
+    if (e.kind == Expression::Kind::Member)
+        return *path + (path->empty() ? "" : ".") + std::string(e.text);
+    const Expression& index = *e.operands[1];
+    if (index.kind != Expression::Kind::Number || index.number < 0 || index.number > 31)
+        return std::nullopt;
+    return *path + "[" + std::to_string(static_cast<int>(index.number)) + "]";
+}
+
+} // namespace
+
+void Checker::check(ExpressionPtr& e) {
+    using Kind = Expression::Kind;
+    switch (e->kind) {
+    case Kind::Number:
+    case Kind::Convert:
+    case Kind::Swizzle:
+    case Kind::State:
+        break;
+    case Kind::Name:
+        checkName(*e);
+        break;
+    case Kind::Unary:
+        check(e->operands[0]);
+        checkUnary(*e);
+        break;
+    case Kind::Binary:
+        checkBinary(e);
+        break;
+    case Kind::Choice:
+        checkChoice(*e);
+        break;
+    case Kind::Call:
+        checkCall(e);
+        break;
+    case Kind::Index:
+        if (!checkState(e))
+            checkIndex(e);
+        break;
+    case Kind::Member:
+        if (!checkState(e))
+            checkMember(e);
+        break;
+    case Kind::List:
+        fail(*e, "a list of values can stand only where a variable is declared");
+    }
+}
+
+void Checker::checkName(Expression& e) {
+    for (size_t i = fScopes.size(); i-- > 0 && !e.variable;) {
+        const auto found = fScopes[i].find(e.text);
+        if (found != fScopes[i].end())
+            e.variable = found->second;
+    }
+    if (!e.variable) {
+        const auto found = fGlobals.find(e.text);
+        if (found == fGlobals.end())
+            fail(e, "there is no variable " + inQuotes(e.text));
+        e.variable = found->second;
+        checkGlobal(*e.variable);
+    }
+    e.variable->isReferenced = true;
+    e.type = e.variable->type;
+    e.isAssignable = !e.variable->isConst;
+}
+
+void Checker::checkUnary(Expression& e) {
+    ExpressionPtr& operand = e.operands[0];
+    wantNumbers(*operand, "an operand");
+    if (e.text == "!") {
+        cast(operand, fTypes.withScalar(operand->type, Scalar::Bool));
+    } else if (e.text == "~") {
+        cast(operand, fTypes.withScalar(operand->type, Scalar::Int));
+    } else if (e.text == "-") {
+        cast(operand, fTypes.withScalar(operand->type, wider(operand->type->scalar, Scalar::Int)));
+    } else {
+        wantAssignable(*operand);
+        if (operand->type->isBool())
+            fail(e, "a bool can't be counted");
+    }
+    e.type = operand->type;
+}
+
+void Checker::checkBinary(ExpressionPtr& e) {
+    if (isAssignment(e->text))
+        return checkAssignment(*e);
+    for (ExpressionPtr& operand : e->operands)
+        check(operand);
+    if (e->text == ",") {
+        e->type = e->operands[1]->type;
+        return;
+    }
+    for (const ExpressionPtr& operand : e->operands)
+        wantNumbers(*operand, "an operand");
+    const Type* type = common(*e, e->operands[0]->type, e->operands[1]->type);
+    if (e->text == "&&" || e->text == "||")
+        type = fTypes.withScalar(type, Scalar::Bool);
+    else if (isBitOperation(e->text) && !(e->text == "%" && type->scalar > Scalar::Int))
+        type = fTypes.withScalar(type, Scalar::Int);
+    if (e->operands[0]->type->isBool() && e->operands[1]->type->isBool() &&
+        (e->text == "==" || e->text == "!="))
+        type = fTypes.withScalar(type, Scalar::Bool);
+    for (ExpressionPtr& operand : e->operands)
+        convert(operand, type, "an operand");
+    if (type->isMatrix() && (isComparison(e->text) || type->isBool()))
+        fail(*e, "matrices can't be compared as a whole; compare their rows");
+    e->type = isComparison(e->text) ? fTypes.withScalar(type, Scalar::Bool) : type;
+}
+
+void Checker::checkAssignment(Expression& e) {
+    check(e.operands[0]);
+    const Type* to = e.operands[0]->type;
+    if (e.operands[1]->kind == Expression::Kind::List)
+        e.operands[1] = fillFromAll(to, *e.operands[1]);
+    else
+        check(e.operands[1]);
+    wantAssignable(*e.operands[0]);
+    e.type = to;
+    if (e.text == "=")
+        return convert(e.operands[1], to, "what is assigned");
+    // "a += b" is done in the wider of both, and what comes out is a's type.
+    wantNumbers(*e.operands[0], "what is assigned to");
+    wantNumbers(*e.operands[1], "an operand");
+    const Type* type = fTypes.withScalar(to, wider(to->scalar, e.operands[1]->type->scalar));
+    if (isBitOperation(e.text.substr(0, e.text.size() - 1)) &&
+        !(e.text == "%=" && type->scalar > Scalar::Int))
+        type = fTypes.withScalar(to, Scalar::Int);
+    convert(e.operands[1], type, "an operand");
+}
+
+void Checker::checkChoice(Expression& e) {
+    for (ExpressionPtr& operand : e.operands)
+        check(operand);
+    wantNumbers(*e.operands[0], "the condition of '? :'");
+    const Type* yes = e.operands[1]->type;
+    const Type* no = e.operands[2]->type;
+    const Type* condition = e.operands[0]->type;
+    if (yes->isNumeric() && no->isNumeric()) {
+        const bool areBools = yes->isBool() && no->isBool();
+        e.type = common(e, yes, no);
+        if (condition->size() > 1 && e.type->isScalar())
+            e.type = fTypes.withScalar(condition, e.type->scalar);
+        if (areBools)
+            e.type = fTypes.withScalar(e.type, Scalar::Bool);
+        if (condition->size() > 1 && (condition->isMatrix() || condition->size() < e.type->size()))
+            fail(e,
+                 "a condition of " + nameOf(condition) + " can't choose among values of " + nameOf(e.type));
+        convert(e.operands[1], e.type, "a value of '? :'");
+        convert(e.operands[2], e.type, "a value of '? :'");
+        const Type* shape = condition->size() > 1 ? fTypes.vector(Scalar::Bool, e.type->columns)
+                                                  : fTypes.scalar(Scalar::Bool);
+        return convert(e.operands[0], shape, "the condition of '? :'");
+    }
+    if (yes != no)
+        fail(e, "'? :' can't choose between " + nameOf(yes) + " and " + nameOf(no));
+    if (holdsSampler(yes))
+        fail(e, "'? :' can't choose between samplers");
+    e.type = yes;
+    convert(e.operands[0], fTypes.scalar(Scalar::Bool), "the condition of '? :'");
+}
+
+bool Checker::checkState(ExpressionPtr& e) {
+    const std::optional<std::string> path = statePathOf(*e);
+    if (!path || fGlobals.count("glstate") != 0)
+        return false;
+    const std::optional<State> state = stateOf(*path);
+    if (!state) {
+        bool isPart = false;
+        for (const Expression* of = e->operands[0].get(); !isPart && of->kind != Expression::Kind::Name;
+             of = of->operands[0].get()) {
+            const std::optional<std::string> outer = statePathOf(*of);
+            isPart = outer && stateOf(*outer);
+        }
+        if (!isPart)
+            fail(*e, "there is no state glstate." + *path);
+        return false; // a component or a row of one
+    }
+    e->kind = Expression::Kind::State;
+    e->state = state->glsl;
+    e->type = state->rows || state->columns ? fTypes.numeric(Scalar::Float, state->rows, state->columns)
+                                            : fTypes.scalar(Scalar::Float);
+    e->operands.clear();
+    return true;
+}
+
+void Checker::checkIndex(ExpressionPtr& e) {
+    check(e->operands[0]);
+    check(e->operands[1]);
+    const Type* of = e->operands[0]->type;
+    Expression& index = *e->operands[1];
+    if (!index.type->isNumeric() || index.type->size() != 1)
+        fail(index, "an index has to be a single number, and is " + nameOf(index.type));
+    uint32_t length = 0;
+    if (of->isArray()) {
+        length = of->length;
+        e->type = of->element;
+    } else if (of->isMatrix()) {
+        length = of->rows;
+        e->type = fTypes.vector(of->scalar, of->columns);
+    } else if (of->isVector()) {
+        length = of->columns;
+        e->type = fTypes.scalar(of->scalar);
+    } else {
+        fail(*e, nameOf(of) + " has no elements");
+    }
+    const bool isNegative = index.kind == Expression::Kind::Unary && index.text == "-" &&
+                            index.operands[0]->kind == Expression::Kind::Number;
+    if (isNegative ||
+        (index.kind == Expression::Kind::Number && !(index.number >= 0 && index.number < length)))
+        fail(index, "the index is outside " + nameOf(of));
+    e->isAssignable = e->operands[0]->isAssignable;
+    cast(e->operands[1], fTypes.scalar(Scalar::Int));
+}
+
+void Checker::checkMember(ExpressionPtr& e) {
+    check(e->operands[0]);
+    const Type* of = e->operands[0]->type;
+    if (of->isStruct()) {
+        const Member* member = of->structure->find(e->text);
+        if (!member)
+            fail(*e, "the struct " + of->structure->name + " has no member " + inQuotes(e->text));
+        e->type = member->type;
+        e->isAssignable = e->operands[0]->isAssignable;
+    } else if (of->isMatrix()) {
+        makeMatrixSwizzle(*e, of);
+    } else if (of->isNumeric()) {
+        makeVectorSwizzle(*e, of);
+    } else {
+        fail(*e, nameOf(of) + " has no members");
+    }
+}
+
+void Checker::makeVectorSwizzle(Expression& e, const Type* of) {
+    const unsigned length = std::max<unsigned>(of->columns, 1);
+    for (const std::string_view names :
+         {std::string_view("xyzw"), std::string_view("rgba"), std::string_view("stpq")}) {
+        if (e.text.size() > 4 || e.text.find_first_not_of(names) != e.text.npos)
+            continue;
+        for (const char c : e.text)
+            e.picks.push_back(static_cast<uint8_t>(names.find(c)));
+    }
+    if (e.picks.empty())
+        fail(e, inQuotes(e.text) + " picks nothing of " + nameOf(of));
+    for (const uint8_t pick : e.picks)
+        if (pick >= length)
+            fail(e, nameOf(of) + " has no component " + inQuotes(e.text));
+    endSwizzle(e, of);
+}
+
+void Checker::endSwizzle(Expression& e, const Type* of) {
+    e.kind = Expression::Kind::Swizzle;
+    e.type = e.picks.size() == 1 ? fTypes.scalar(of->scalar)
+                                 : fTypes.vector(of->scalar, static_cast<unsigned>(e.picks.size()));
+    const std::set<uint8_t> distinct(e.picks.begin(), e.picks.end());
+    e.isAssignable = e.operands[0]->isAssignable && distinct.size() == e.picks.size();
+}
+
+/// "_m00_m11", counted from 0, or "_11_22", from 1.
+void Checker::makeMatrixSwizzle(Expression& e, const Type* of) {
+    for (std::string_view rest = e.text; !rest.empty();) {
+        const bool fromZero = rest.starts_with("_m");
+        const size_t digits = fromZero ? 2 : 1;
+        const int base = fromZero ? 0 : 1;
+        if (rest[0] != '_' || rest.size() < digits + 2)
+            fail(e, inQuotes(e.text) + " picks nothing of " + nameOf(of));
+        const int row = rest[digits] - '0' - base;
+        const int column = rest[digits + 1] - '0' - base;
+        if (row < 0 || column < 0 || row >= of->rows || column >= of->columns || e.picks.size() == 4)
+            fail(e, nameOf(of) + " has no element " + inQuotes(rest.substr(0, digits + 2)));
+        e.picks.push_back(static_cast<uint8_t>(row * 4 + column));
+        rest.remove_prefix(digits + 2);
+    }
+    endSwizzle(e, of);
+}
+
+void Checker::checkCall(ExpressionPtr& e) {
+    if (e->constructs)
+        return checkConstruct(e);
+    for (ExpressionPtr& operand : e->operands)
+        check(operand);
+    const auto found = fFunctions.find(e->text);
+    if (found != fFunctions.end())
+        return checkUserCall(*e, found->second);
+    if (const LibraryFunction* function = findLibrary(e->text))
+        return fLibrary.check(*e, *function);
+    if (const std::optional<TextureCall> call = parseTextureCall(e->text))
+        return fLibrary.check(*e, *call);
+    fail(*e, "there is no function " + inQuotes(e->text));
+}
+
+/// Chooses the overload whose arguments have to change least.
+void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candidates) {
+    Function* best = nullptr;
+    int bestCost = kNever;
+    for (Function* candidate : candidates) {
+        const auto& parameters = candidate->parameters;
+        if (e.operands.size() > parameters.size())
+            continue;
+        int cost = 0;
+        for (size_t i = 0; i < parameters.size() && cost < kNever; ++i) {
+            const Variable& parameter = *parameters[i];
+            if (i >= e.operands.size())
+                cost += parameter.initializer ? 0 : kNever;
+            else if (parameter.direction != Direction::In && !e.operands[i]->isAssignable)
+                cost = kNever;
+            else
+                cost += parameter.direction == Direction::Out ? costOf(parameter.type, e.operands[i]->type)
+                                                              : costOf(e.operands[i]->type, parameter.type);
+        }
+        // A definition stands before its own declarations.
+        if (cost < bestCost || (cost == bestCost && best && !best->body && candidate->body)) {
+            best = candidate;
+            bestCost = cost;
+        }
+    }
+    if (!best) {
+        std::string types;
+        for (const ExpressionPtr& operand : e.operands)
+            types += (types.empty() ? "" : ", ") + nameOf(operand->type);
+        fail(e, "no function " + inQuotes(e.text) + " takes (" + types + ")");
+    }
+    if (!best->body)
+        fail(e, "the function " + inQuotes(e.text) + " is declared, and has no body");
+    for (size_t i = 0; i < best->parameters.size(); ++i) {
+        const Variable& parameter = *best->parameters[i];
+        if (i < e.operands.size() && parameter.direction == Direction::In)
+            convert(e.operands[i], parameter.type, "an argument");
+        else if (i < e.operands.size())
+            wantAssignable(*e.operands[i]);
+    }
+    e.function = best;
+    e.type = best->returns;
+    checkFunction(*best);
+}
+
+} // namespace orlocg

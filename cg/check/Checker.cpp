@@ -1,0 +1,194 @@
+#include "check/Checker.h"
+
+#include <utility>
+
+namespace orlocg {
+
+namespace {
+
+constexpr int kDeepestCalls = 64;
+
+} // namespace
+
+Checker::Checker(Program& program, Stage stage, Diagnostics& diagnostics)
+    : Conversions(program.types, diagnostics), fProgram(program), fStage(stage),
+      fLibrary(program.types, diagnostics) {}
+
+Function& Checker::check(const std::string& entry) {
+    for (const std::unique_ptr<Function>& function : fProgram.functions)
+        fFunctions[function->name].push_back(function.get());
+    for (const std::unique_ptr<Variable>& global : fProgram.globals)
+        fGlobals[global->name] = global.get();
+    Function* found = nullptr;
+    for (Function* candidate : fFunctions[entry])
+        if (candidate->body)
+            found = candidate;
+    if (!found)
+        fDiagnostics.fail({}, "there is no function " + inQuotes(entry) + " with a body to begin with");
+    checkFunction(*found);
+    return *found;
+}
+
+void Checker::checkFunction(Function& function) {
+    if (function.isChecked)
+        return;
+    if (function.isBeingChecked)
+        fDiagnostics.fail(function.at, "the function " + inQuotes(function.name) + " calls itself");
+    if (++fDepth > kDeepestCalls)
+        fDiagnostics.fail(function.at, "functions call each other more than 64 deep");
+    function.isBeingChecked = true;
+    Function* const caller = std::exchange(fFunction, &function);
+    std::vector<Scope> callersScopes = std::exchange(fScopes, {Scope()});
+    const int callersLoops = std::exchange(fLoops, 0);
+    for (const std::unique_ptr<Variable>& parameter : function.parameters) {
+        if (parameter->type->isArray() && parameter->type->length == 0)
+            fDiagnostics.fail(parameter->at,
+                              "the length of the array " + inQuotes(parameter->name) + " is missing");
+        if (!parameter->name.empty())
+            declare(*parameter);
+        if (parameter->initializer && !parameter->initializer->type)
+            checkInitializer(*parameter, "a parameter's default");
+    }
+    checkStatement(*function.body);
+    fScopes = std::move(callersScopes);
+    fLoops = callersLoops;
+    fFunction = caller;
+    --fDepth;
+    function.isBeingChecked = false;
+    function.isChecked = true;
+}
+
+void Checker::declare(Variable& variable) {
+    if (!fScopes.back().emplace(variable.name, &variable).second)
+        fDiagnostics.fail(variable.at, "there is a variable " + inQuotes(variable.name) + " here already");
+}
+
+void Checker::checkVariable(Variable& variable) {
+    if (variable.type->kind == Type::Kind::Void)
+        fDiagnostics.fail(variable.at,
+                          "the variable " + inQuotes(variable.name) + " can't be of the type void");
+    if (!variable.initializer) {
+        if (variable.type->isArray() && variable.type->length == 0)
+            fDiagnostics.fail(variable.at,
+                              "the array " + inQuotes(variable.name) + " has neither a length nor values");
+        return;
+    }
+    checkInitializer(variable, "a value");
+}
+
+void Checker::checkInitializer(Variable& variable, const char* what) {
+    Expression& first = *variable.initializer;
+    if (first.kind == Expression::Kind::List) {
+        if (variable.type->isArray() && variable.type->length == 0)
+            variable.type = lengthFrom(variable.type, first);
+        variable.initializer = fillFromAll(variable.type, first);
+        return;
+    }
+    check(variable.initializer);
+    if (variable.type->isArray() && variable.type->length == 0 && variable.initializer->type->isArray())
+        variable.type = variable.initializer->type;
+    convert(variable.initializer, variable.type, what);
+}
+
+void Checker::checkGlobal(Variable& global) {
+    global.isReferenced = true;
+    if (!fCheckedGlobals.insert(&global).second)
+        return;
+    std::vector<Scope> scopes = std::exchange(fScopes, {});
+    checkVariable(global);
+    fScopes = std::move(scopes);
+}
+
+void Checker::checkCondition(ExpressionPtr& condition, const char* of) {
+    check(condition);
+    if (!condition->type->isNumeric() || condition->type->size() != 1)
+        fail(*condition, std::string("the condition of ") + of + " has to be a single value, and is " +
+                             nameOf(condition->type));
+    cast(condition, fTypes.scalar(Scalar::Bool));
+}
+
+void Checker::checkBody(Statement& statement) {
+    fScopes.emplace_back();
+    checkStatement(statement);
+    fScopes.pop_back();
+}
+
+void Checker::checkStatement(Statement& s) {
+    using Kind = Statement::Kind;
+    switch (s.kind) {
+    case Kind::Block:
+        fScopes.emplace_back();
+        for (const std::unique_ptr<Statement>& each : s.statements)
+            checkStatement(*each);
+        fScopes.pop_back();
+        break;
+    case Kind::Declaration:
+        for (const std::unique_ptr<Variable>& variable : s.variables) {
+            checkVariable(*variable);
+            declare(*variable); // a variable's value may name an outer one of the same name
+        }
+        break;
+    case Kind::Expression:
+        check(s.condition);
+        break;
+    case Kind::If:
+        checkCondition(s.condition, "'if'");
+        for (const std::unique_ptr<Statement>& each : s.statements)
+            checkBody(*each);
+        break;
+    case Kind::For:
+        fScopes.emplace_back();
+        if (s.hasInit)
+            checkStatement(*s.statements.front());
+        if (s.condition)
+            checkCondition(s.condition, "'for'");
+        if (s.step)
+            check(s.step);
+        ++fLoops;
+        checkBody(*s.statements.back());
+        --fLoops;
+        fScopes.pop_back();
+        break;
+    case Kind::While:
+    case Kind::DoWhile:
+        checkCondition(s.condition, "'while'");
+        ++fLoops;
+        checkBody(*s.statements.front());
+        --fLoops;
+        break;
+    case Kind::Return:
+        checkReturn(s);
+        break;
+    case Kind::Break:
+    case Kind::Continue:
+        if (fLoops == 0)
+            fDiagnostics.fail(s.at,
+                              s.kind == Kind::Break ? "'break' outside a loop" : "'continue' outside a loop");
+        break;
+    case Kind::Discard:
+        if (fStage == Stage::Vertex)
+            fDiagnostics.fail(s.at, "a vertex program can't discard");
+        if (s.condition) {
+            check(s.condition);
+            wantNumbers(*s.condition, "the condition of 'discard'");
+            cast(s.condition, fTypes.withScalar(s.condition->type, Scalar::Bool));
+        }
+        break;
+    }
+}
+
+void Checker::checkReturn(Statement& s) {
+    const Type* returns = fFunction->returns;
+    if (!s.condition) {
+        if (returns->kind != Type::Kind::Void)
+            fDiagnostics.fail(s.at, "'return' needs a value here: " + inQuotes(fFunction->name) +
+                                        " gives back " + nameOf(returns));
+        return;
+    }
+    check(s.condition);
+    if (returns->kind == Type::Kind::Void)
+        fDiagnostics.fail(s.at, inQuotes(fFunction->name) + " gives nothing back");
+    convert(s.condition, returns, "what is returned");
+}
+
+} // namespace orlocg
