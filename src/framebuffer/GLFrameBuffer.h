@@ -78,7 +78,7 @@ public:
     /// each side; see fCubeFaceMask) and whose depth buffer is a texture. The start-up context is made if
     /// there is none (an empty one, which has no GL: make a working one first) and becomes current. A stencil
     /// with depth must be 8 bits, and is left out without a word where packed depth-stencil isn't offered.
-    /// Leaves framebuffer 0 bound on success. On failure nothing stays allocated but a stencil-only
+    /// Leaves framebuffer 0 bound on success. Oddity: on failure nothing stays allocated but a stencil-only
     /// renderbuffer.
     uint32_t createOffscreen(const koBufferFormat& format, unsigned width, unsigned height);
 
@@ -189,8 +189,8 @@ public:
     PixelArray2D* readColorBuffer(unsigned pixelType, unsigned x, unsigned y, int width, int height,
                                   PixelArray2D* target);
 
-    /// The whole buffer in a new array, the number of the actual colour format taken for the pixel type. The
-    /// argument is not looked at.
+    /// The whole buffer in a new array. Oddity: the number of the actual colour format is taken for the pixel
+    /// type, and the argument is not looked at.
     PixelArray2D* readCurrentColorBuffer(PixelArray2D* ignored);
 
     /// Depth, 0 near to 1 far, as floats in a new array that the caller deletes; null without memory and for

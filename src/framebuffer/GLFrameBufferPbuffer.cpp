@@ -35,9 +35,9 @@ Size cutTo(Size largest, Size wanted) {
     return {std::min(wanted.width, largest.width), std::min(wanted.height, largest.height)};
 }
 
-/// Cut to a square m x m that the driver has. Where the largest side is nearer to the power of two below it,
-/// m is half of it and not that power, and the height is cut by the *width* that was wanted: a host that asks
-/// for wide pictures relies on both to get its textures' aspect.
+/// Cut to a square m x m that the driver has. Oddity: where the largest side is nearer to the power of two
+/// below it, m is half of it and not that power, and the height is cut by the *width* that was wanted: a host
+/// that asks for wide pictures relies on both to get its textures' aspect.
 Size cutToSquare(Size largest, Size wanted) {
     unsigned m = std::min(largest.width, largest.height);
     if (m > 1 && m != kUnlimited) {
@@ -183,8 +183,8 @@ uint32_t GLFrameBuffer::createPbufferBySGIX(DrawableAttributes attributes, Pbuff
         return kFormat;
     void* configuration = parts.configurations[0];
     const Size size = cutTo(largestOf(gl, fDisplay, configuration), {parts.width, parts.height});
-    // The list that chose the configuration: it says of a pbuffer what it says of a drawable, and old servers
-    // size their ancillary buffers by it.
+    // Oddity: the list that chose the configuration: it says of a pbuffer what it says of a drawable, and old
+    // servers size their ancillary buffers by it.
     parts.width = size.width;
     parts.height = size.height;
     fPbuffer = gl.glXCreateGLXPbufferSGIX(fDisplay, configuration, size.width, size.height,

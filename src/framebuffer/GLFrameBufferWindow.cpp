@@ -98,7 +98,7 @@ void GLFrameBuffer::deleteInternalStateWindowed() {
             if (hasGLXWindows)
                 fFunctionTable->glXDestroyWindow(fDisplay, fDrawable);
             else
-                // The pbuffer, 0 for a window: the child window goes with the host's, which owns it.
+                // Oddity: the pbuffer, 0 for a window: the child window goes with the host's, which owns it.
                 XDestroyWindow(fDisplay, fPbuffer);
         }
         fPbuffer = 0;

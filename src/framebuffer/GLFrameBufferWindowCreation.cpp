@@ -81,9 +81,9 @@ uint32_t GLFrameBuffer::createBySGIXConfiguration(const WindowWrapper& parent,
     if (!fContext)
         return kNoContextOrSize;
 
-    // The configuration only had to prove itself by a context; what is drawn with comes from the chooser of
-    // visuals. The first context and its visual look forgotten: they last as long as the process, so that the
-    // shared objects of a host that closes its last window live on.
+    // Oddity: the configuration only had to prove itself by a context; what is drawn with comes from the
+    // chooser of visuals. The first context and its visual look forgotten: they last as long as the process,
+    // so that the shared objects of a host that closes its last window live on.
     const uint32_t result = createByVisual(parent, attributes);
     if (result == kSuccess)
         XFree(configurations);
@@ -91,8 +91,9 @@ uint32_t GLFrameBuffer::createBySGIXConfiguration(const WindowWrapper& parent,
 }
 
 DrawableAttributes GLFrameBuffer::visualAttributes() const {
-    // GLX_RGBA is missing though colours are meant, and GLX_USE_GL looks like a value of GLX_DOUBLEBUFFER,
-    // which has none. Choosers pass over both, and hosts on old servers get their visual by just this list.
+    // Oddity: GLX_RGBA is missing though colours are meant, and GLX_USE_GL looks like a value of
+    // GLX_DOUBLEBUFFER, which has none. Choosers pass over both, and hosts on old servers get their visual by
+    // just this list.
     DrawableAttributes wanted;
     wanted.add(GLX_DOUBLEBUFFER, GLX_USE_GL);
     wanted.addSizes(fRequestedFormat);
@@ -125,8 +126,8 @@ uint32_t GLFrameBuffer::createByConfiguration(const WindowWrapper& parent, Drawa
         gl.glXChooseFBConfig(fDisplay, DefaultScreen(fDisplay), attributes.values.data(), &count);
     // Null when there are none: the refusal of the context is the answer to both.
     void* first = configurations ? configurations[0] : nullptr;
-    // GLX_DRAWABLE_TYPE is no render type, GLX_RGBA_TYPE would be. Drivers that look at it refuse; on them,
-    // hosts count on getting no window this way, and veto it.
+    // Oddity: GLX_DRAWABLE_TYPE is no render type, GLX_RGBA_TYPE would be. Drivers that look at it refuse; on
+    // them, hosts count on getting no window this way, and veto it.
     fContext = gl.glXCreateNewContext(fDisplay, first, GLX_DRAWABLE_TYPE, sharedContext(), True);
     if (!fContext || !first)
         return kNoContextOrSize;

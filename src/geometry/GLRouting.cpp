@@ -101,8 +101,8 @@ template <bool kPointersOnly>
         enable(GL_COLOR_ARRAY);
         gl.glColorPointer(count, a.fComponentType, stride, pointer);
     } else if (isTexCoord(i)) {
-        // With pointersOnly the client-active unit stays as it is: hosts that only move pointers have one set
-        // of coordinates and have chosen its unit.
+        // Oddity: with pointersOnly the client-active unit stays as it is: hosts that only move pointers have
+        // one set of coordinates and have chosen its unit.
         if constexpr (!kPointersOnly)
             clientActiveTexture(gl, fsInterpolantEnums[i]);
         const void* pointer = bindBuffer();
@@ -287,7 +287,7 @@ void GLRouting::drawGroup(GeometryLogicalGroup* group, koUtil::BitField* visible
         gl.glDisable(GL_PRIMITIVE_RESTART_NV);
     unsetArrays(gl, used);
 
-    // Looks like a slip, but hosts count on it: after a subset the two switches come back exchanged.
+    // Oddity: after a subset the two switches come back exchanged, which hosts count on.
     if (isSubset) {
         fsUseObjectsForIndexing = useObjectsForData;
         fsUseObjectsForData = useObjectsForIndices;

@@ -24,8 +24,8 @@ bool isExtensionSupported(const unsigned char* extensions, const char* name) {
     const char* start = reinterpret_cast<const char*>(extensions);
     while (const char* found = std::strstr(start, name)) {
         const char* end = found + length;
-        // Compared with start, which a rejected occurrence has moved, not with the beginning of the list:
-        // hosts that patch their extension string rely on what follows such an occurrence being found.
+        // Oddity: compared with start, which a rejected occurrence has moved, not with the beginning of the
+        // list: hosts that patch their extension string rely on what follows such an occurrence being found.
         const bool begins = found == start || found[-1] == ' ';
         if (begins && (*end == ' ' || *end == '\0'))
             return true;
@@ -93,8 +93,8 @@ public:
           fExtensions(string(GL_EXTENSIONS)) {}
 
     void run() {
-        // Nothing hangs on multisampling: it is a matter of the drawable. Asked first all the same, so that a
-        // trace of the extension tests begins as it always has.
+        // Oddity: nothing hangs on multisampling: it is a matter of the drawable. Asked first all the same,
+        // so that a trace of the extension tests begins as it always has.
         static_cast<void>(listed("GL_ARB_multisample"));
         drawingOfVersion1_2();
         colorsAndEdges();
@@ -231,16 +231,17 @@ private:
             fTable.fExtSupported[kCapFramebufferObject] = fTable.fglIsRenderbufferEXT != nullptr;
         }
         supportIf(kCapPackedDepthStencil, listed("GL_EXT_packed_depth_stencil"));
-        // By version alone too: what it needs besides, framebuffer objects, is asked by who multisamples.
+        // Oddity: by version alone too: what it needs besides, framebuffer objects, is asked by who
+        // multisamples.
         if (since(k1_3, "GL_EXT_framebuffer_multisample") || listed("GL_ARB_framebuffer_multisample")) {
             support(kCapFramebufferMultisample);
             resolve<EntryGroup::FramebufferMultisample>();
         }
     }
 
-    /// The core set, then the EXT set over it, working or not; the ARB set where there is no core set. The
-    /// overwriting loses the core set on libraries that answer for any name: ensureLiveMultitexture mends
-    /// that.
+    /// Oddity: the core set, then the EXT set over it, working or not; the ARB set where there is no core
+    /// set. The overwriting loses the core set on libraries that answer for any name: ensureLiveMultitexture
+    /// mends that.
     void multitexture() {
         fResolver.into(fTable.fglMultiTexCoord1d, "glMultiTexCoord1d");
         if (fTable.fglMultiTexCoord1d) {

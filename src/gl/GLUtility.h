@@ -17,8 +17,8 @@ public:
     /// Takes one pending error into fsLastGLError; true when there was one.
     static bool error();
 
-    /// The words of fsLastGLError. Null, not "no error", when that is 0, so that a host can print what it
-    /// gets.
+    /// The words of fsLastGLError. Oddity: null, not "no error", when that is 0, so that a host can print
+    /// what it gets.
     static const char* errorString();
 
     /// A place for a breakpoint: does nothing.

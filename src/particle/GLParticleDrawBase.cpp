@@ -150,8 +150,8 @@ void GLParticleDrawBase::applyMaterialProperties() const {
 }
 
 int GLParticleDrawBase::setObjectSeed(const char* name) {
-    // The first character weighs nothing: names that differ in it alone share their offsets, and pictures of
-    // existing scenes count on that.
+    // Oddity: the first character weighs nothing: names that differ in it alone share their offsets, and
+    // pictures of existing scenes count on that.
     const size_t length = name ? std::strlen(name) : 0;
     fSeed = 0;
     for (size_t i = 0; i < length; ++i)

@@ -15,7 +15,7 @@ struct StreakLook {
     float tailTime; ///< seconds
 };
 
-/// Not faded: only the tail is.
+/// Oddity: not faded: only the tail is.
 template <Coloring kColoring>
 void sendHeadColor(const GLFunctionTable& gl, const float* color, const StreakLook& look) {
     if constexpr (kColoring.isIgnored)

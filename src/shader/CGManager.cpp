@@ -101,8 +101,8 @@ CGManager::CGManager(CGprofile vertexProfile, CGprofile fragmentProfile)
 
 CGManager::~CGManager() {
     releaseShaderMap();
-    // Shared with all other managers, and yet it goes with the first of them that ends: hosts rely on getting
-    // rid of every program like this.
+    // Oddity: shared with all other managers, and yet it goes with the first of them that ends: hosts rely on
+    // getting rid of every program like this.
     delete CGcontextSingleton::sCgContext;
     CGcontextSingleton::sCgContext = nullptr;
 }

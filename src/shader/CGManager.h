@@ -78,8 +78,8 @@ public:
         /// A parameter of one of the programs by its name ("light.color"). Nothing happens where there is
         /// none of that name. Values stay with the program.
         ///
-        /// The flag of setParameter1f means nothing. Vectors go out with 1 behind them like points: shaders
-        /// that take both rely on it.
+        /// Oddity: the flag of setParameter1f means nothing. Vectors go out with 1 behind them like points:
+        /// shaders that take both rely on it.
         void setParameter1f(CGProgramType type, const koString::CString& name, float value, bool flag) const;
         void setParameterBool(CGProgramType type, const koString::CString& name, bool value) const;
         void setParameter2f(CGProgramType type, const koString::CString& name, float x, float y) const;

@@ -41,8 +41,8 @@ int resolveGL(void* library) {
 bool init_explicit_Cg() {
     if (isLoaded)
         return true;
-    // Looks as if the libraries were searched for there. They are not: they come from where the dynamic
-    // loader finds them, whatever a host says about its own place.
+    // Oddity: looks as if the libraries were searched for there. They are not: they come from where the
+    // dynamic loader finds them, whatever a host says about its own place.
     [[maybe_unused]] const char* const location = OrloGetEnv("ORLO_LOCATION");
 
     // Neither library is closed: the pointers lead into them for as long as the process lives.

@@ -62,7 +62,7 @@ void GLPassState::setStencilWriteMask(unsigned char mask) {
 }
 
 void GLPassState::setStencilFunc(TestCondition condition) {
-    // The depth field, not the stencil field: hosts count on stencil passes drawing with "always".
+    // Oddity: the depth field, not the stencil field: hosts count on stencil passes drawing with "always".
     fDepthFunction = condition & 7U;
 }
 

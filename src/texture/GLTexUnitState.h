@@ -75,7 +75,7 @@ public:
     CombinerFunc combinerFuncRGB() const;
     CombinerFunc combinerFuncAlpha() const;
 
-    /// Argument i. Unlike the setters these take every i above 1 for 2.
+    /// Argument i. Oddity: unlike the setters these take every i above 1 for 2.
     CombinerSource combinerSourceRGB(unsigned int i) const;
     CombinerOperand combinerOperandRGB(unsigned int i) const;
     CombinerSource combinerSourceAlpha(unsigned int i) const;

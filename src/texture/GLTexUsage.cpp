@@ -102,8 +102,8 @@ void GLTexUsage::setTexGenMode(unsigned target, IHWTexUsage::GenMode* modes) {
 }
 
 void GLTexUsage::setTexGenMode(IHWTexUsage::ProjType type, const koLinear::ProjMatrix& view, float* frustum) {
-    // The bias from -1..1 to 0..1 stands in the plane of q, where a reader would look for it in the fourth
-    // numbers of s, t and r; hosts lay their projector matrices out for it.
+    // Oddity: the bias from -1..1 to 0..1 stands in the plane of q, where a reader would look for it in the
+    // fourth numbers of s, t and r; hosts lay their projector matrices out for it.
     constexpr float kPlanes[4][4] = {{0.5F, 0.0F, 0.0F, 0.0F},
                                      {0.0F, 0.5F, 0.0F, 0.0F},
                                      {0.0F, 0.0F, 0.5F, 0.0F},

@@ -73,7 +73,7 @@ bool GLTexture2D::GLloadImageMipmap(void* pixels, unsigned width, unsigned heigh
         makeLevel(GL_TEXTURE_2D, 0, width, height, pixels);
         return true;
     }
-    // An image that GLU refuses counts as loaded all the same; only a missing GLU is a failure.
+    // Oddity: an image that GLU refuses counts as loaded all the same; only a missing GLU is a failure.
     return GLULibrary::build2DMipmaps(GL_TEXTURE_2D, static_cast<GLint>(sysPixelFormat()),
                                       static_cast<GLsizei>(width), static_cast<GLsizei>(height),
                                       sysDataFormat(), sysDataType(), pixels) != GLULibrary::kNoLibrary;

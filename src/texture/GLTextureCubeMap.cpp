@@ -31,7 +31,7 @@ GLTextureCubeMap::GLTextureCubeMap(RasterFormat format) : GLTextureCubeMap() {
 }
 
 GLTextureCubeMap::~GLTextureCubeMap() {
-    // The base class deletes the name once more, which GL ignores. Hosts whose own bookkeeping counts
+    // Oddity: the base class deletes the name once more, which GL ignores. Hosts whose own bookkeeping counts
     // deletions count on two for a cube map.
     const uint32_t name = fTextureName;
     GLFunctionTable::fpGlobalFunctionTable->glDeleteTextures(1, &name);

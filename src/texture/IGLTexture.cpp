@@ -12,7 +12,8 @@ struct UploadFormat {
     GLenum pixelFormat;
 };
 
-/// Indexed by RasterFormat.
+/// Indexed by RasterFormat. Oddity: luminance is stored as intensity, so that its alpha is the value too, and
+/// the last colour format as four channels.
 constexpr std::array<UploadFormat, 10> kUploadFormats = {{
     {GL_ALPHA, GL_UNSIGNED_BYTE, GL_ALPHA8},
     {GL_RGB, GL_UNSIGNED_BYTE, GL_RGB8},

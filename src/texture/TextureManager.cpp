@@ -97,8 +97,8 @@ TextureManager::~TextureManager() {
     deleteName(fShadowProjTextureMask);
     delete fTextureCache;
     fTextureCache = nullptr;
-    // Whatever references are left: hosts end their renderer with the manager and count on the hidden window
-    // being gone then.
+    // Oddity: whatever references are left: hosts end their renderer with the manager and count on the hidden
+    // window being gone then.
     delete GLStartupContext::fpGlobalGLStartupContext;
 }
 

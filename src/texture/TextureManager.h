@@ -45,11 +45,11 @@ public:
     /// From 255 down to 0 over 512 texels of a 1D luminance texture.
     uint32_t atten1DMapId();
 
-    /// generateNHKMap of the first call's arguments, whatever later calls ask for.
+    /// Oddity: generateNHKMap of the first call's arguments, whatever later calls ask for.
     uint32_t nhkMapId(int size, int minExponent, int maxExponent);
 
-    /// generateNormalizeExponentiateMap, one for each bucket of exponents (find_closest_normexp_index), made
-    /// of the first arguments that fall into it.
+    /// Oddity: generateNormalizeExponentiateMap, one for each bucket of exponents
+    /// (find_closest_normexp_index), made of the first arguments that fall into it.
     uint32_t normalizeExponentiateMapId(int width, int height, float exponent);
 
     /// generateRampMap.
