@@ -16,7 +16,14 @@ namespace {
 
 using namespace orlocg;
 
-enum ExitCode { kDone = 0, kUsage = 1, kDoesNotCompile = 2, kNoInput = 3, kNotWritten = 4, kOurFault = 70 };
+enum CompilerExit {
+    kDone = 0,
+    kUsage = 1,
+    kDoesNotCompile = 2,
+    kNoInput = 3,
+    kNotWritten = 4,
+    kOurFault = 70
+};
 
 std::optional<std::string> readAll(const std::string& path) {
     if (path == "-")

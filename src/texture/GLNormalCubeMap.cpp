@@ -3,19 +3,21 @@
 #include "gl/GLFunctionTable.h"
 #include "texture/TexelBuffer.h"
 
+#include "orlohost/koLinear.h"
+
 #include <array>
 #include <cmath>
 #include <cstring>
 
 namespace {
 
-using Vector = std::array<float, 3>;
+using Vector = koLinear::VectorFlt;
 
 Vector unitVector(int face, float s, float t) {
     const Vector sides[] = {{1.0F, -t, -s}, {-1.0F, -t, s}, {s, 1.0F, t},
                             {s, -1.0F, -t}, {s, -t, 1.0F},  {-s, -t, -1.0F}};
     const Vector& v = sides[face];
-    const float scale = 1.0F / std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+    const float scale = 1.0F / std::sqrt(dot(v, v));
     return {v[0] * scale, v[1] * scale, v[2] * scale};
 }
 
@@ -34,8 +36,8 @@ void forEachTexel(int face, int size, Store store) {
 
 void fillRGB(int face, int size, uint8_t* out) {
     forEachTexel(face, size, [&](const Vector& v) {
-        for (const float c : v)
-            *out++ = static_cast<uint8_t>(std::lround((c + 1.0F) * 0.5F * 255.0F));
+        for (int axis = 0; axis < 3; ++axis)
+            *out++ = static_cast<uint8_t>(std::lround((v[axis] + 1.0F) * 0.5F * 255.0F));
     });
 }
 

@@ -16,6 +16,9 @@ std::string_view takeWord(std::string_view& text);
 
 std::string_view trimmed(std::string_view text);
 
+/// With small letters for the capitals of ASCII.
+std::string lowered(std::string_view text);
+
 /// The word as a number, if all of it is one. "inf" and "nan" are; what is too large is infinite.
 std::optional<double> toNumber(std::string_view word);
 

@@ -58,7 +58,7 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
         fShadows.emplace(scene, fLights);
     fShaders.emplace(scene, fLights, options.sky ? &*options.sky : nullptr, upOf(options),
                      fShadows ? &*fShadows : nullptr,
-                     fShading == Shading::Cg ? std::unique_ptr<ShadingLanguage>(new CgLanguage(fCg))
+                     fShading == Shading::Cg ? std::unique_ptr<MaterialLanguage>(new CgLanguage(fCg))
                                              : std::make_unique<GlslLanguage>());
 }
 

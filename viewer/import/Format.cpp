@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <optional>
 #include <string_view>
 
@@ -19,10 +18,7 @@ constexpr std::size_t kStlHeader = 84;
 constexpr std::size_t kStlFacet = 50;
 
 std::string lowerSuffix(const std::filesystem::path& path) {
-    std::string suffix = path.extension().string();
-    std::transform(suffix.begin(), suffix.end(), suffix.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return suffix;
+    return lowered(path.extension().string());
 }
 
 std::optional<Format> bySuffix(const std::string& suffix) {

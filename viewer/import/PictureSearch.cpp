@@ -21,12 +21,6 @@ bool isFile(const fs::path& path) {
     return fs::is_regular_file(path, error);
 }
 
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
-}
-
 bool isRemote(std::string_view name) {
     return name.starts_with("http://") || name.starts_with("https://") || name.starts_with("ftp://");
 }
@@ -75,9 +69,9 @@ fs::path PictureSearch::entryIgnoringCase(const fs::path& folder, const std::str
         std::error_code error;
         for (fs::directory_iterator entry(folder.empty() ? "." : folder, error), end; !error && entry != end;
              entry.increment(error))
-            listing->second.emplace(lowerCase(entry->path().filename().string()), entry->path().filename());
+            listing->second.emplace(lowered(entry->path().filename().string()), entry->path().filename());
     }
-    const auto found = listing->second.find(lowerCase(name));
+    const auto found = listing->second.find(lowered(name));
     return found == listing->second.end() ? fs::path() : folder / found->second;
 }
 

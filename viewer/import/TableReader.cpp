@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <numeric>
 #include <optional>
 #include <string>
@@ -73,17 +72,11 @@ std::vector<std::string_view> namesIn(std::string_view title) {
     return names;
 }
 
-bool isSameName(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-        return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
-    });
-}
-
 std::optional<std::size_t> find(const std::vector<std::string_view>& names,
                                 std::initializer_list<std::string_view> spellings) {
     for (std::size_t i = 0; i < names.size(); ++i)
         for (const std::string_view spelling : spellings)
-            if (isSameName(names[i], spelling))
+            if (lowered(names[i]) == lowered(spelling))
                 return i;
     return std::nullopt;
 }

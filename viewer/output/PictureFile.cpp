@@ -1,10 +1,10 @@
 #include "output/PictureFile.h"
 
+#include "base/Text.h"
 #include "output/RowWriter.h"
 
 #include <algorithm>
 #include <bit>
-#include <cctype>
 #include <utility>
 #include <vector>
 
@@ -91,9 +91,7 @@ const char* const kPictureFormats = ".png, .jpg or .jpeg, .bmp, .tga, .ppm, .pfm
 std::optional<PictureFormat> formatOf(const std::string& path) {
     if (path == "-")
         return PictureFormat::Png;
-    std::string lower = path;
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string lower = lowered(path);
     for (const Suffix& suffix : kSuffixes) {
         if (lower.ends_with(suffix.text))
             return suffix.format;

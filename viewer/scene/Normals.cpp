@@ -1,7 +1,8 @@
 #include "scene/Normals.h"
 
+#include "scene/Vectors.h"
+
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <numeric>
 #include <utility>
@@ -10,36 +11,25 @@ namespace orloview {
 
 namespace {
 
-using Vec = std::array<double, 3>;
-
 /// Along the triangle's normal, as long as twice its area.
-Vec areaVector(const Mesh& mesh, std::size_t triangle) {
-    std::array<Vec, 3> corners{};
-    for (std::size_t i = 0; i < 3; ++i) {
-        const std::size_t vertex = mesh.indices[triangle * 3 + i];
-        for (std::size_t axis = 0; axis < 3; ++axis)
-            corners[i][axis] = mesh.positions[vertex * 3 + axis];
-    }
-    const auto& [a, b, c] = corners;
-    Vec result{};
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        const std::size_t u = (axis + 1) % 3;
-        const std::size_t v = (axis + 2) % 3;
-        result[axis] = (b[u] - a[u]) * (c[v] - a[v]) - (b[v] - a[v]) * (c[u] - a[u]);
-    }
-    return result;
+Vector areaVector(const Mesh& mesh, std::size_t triangle) {
+    const auto corner = [&](std::size_t i) {
+        const float* p = &mesh.positions[std::size_t{mesh.indices[triangle * 3 + i]} * 3];
+        return Point(p[0], p[1], p[2]);
+    };
+    const Point first = corner(0);
+    return cross(between(first, corner(1)), between(first, corner(2)));
 }
 
-void storeUnit(const Vec& vector, float* to) {
-    const double length = std::hypot(vector[0], vector[1], vector[2]);
-    if (!(length > 0.0) ||
-        !std::isfinite(length)) { // of a triangle without area, or so in the file: any will do
+void storeUnit(const Vector& vector, float* to) {
+    const double size = length(vector);
+    if (!(size > 0.0) || !std::isfinite(size)) { // of a triangle without area, or so in the file: any will do
         to[0] = to[1] = 0.0F;
         to[2] = 1.0F;
         return;
     }
-    for (std::size_t axis = 0; axis < 3; ++axis)
-        to[axis] = static_cast<float>(vector[axis] / length);
+    for (int axis = 0; axis < 3; ++axis)
+        to[axis] = static_cast<float>(vector[axis] / size);
 }
 
 /// The attribute as each corner of each triangle sees it.
@@ -77,13 +67,12 @@ void addSmoothNormals(Mesh& mesh, std::span<const std::uint32_t> groups) {
     for (std::size_t vertex = 0; vertex < mesh.vertexCount(); ++vertex)
         groupCount = std::max(groupCount, groupOf(vertex) + 1);
 
-    std::vector<Vec> sums(groupCount);
+    std::vector<Vector> sums(groupCount);
     for (std::size_t triangle = 0; triangle < mesh.elementCount(); ++triangle) {
-        const Vec vector = areaVector(mesh, triangle);
+        const Vector vector = areaVector(mesh, triangle);
         for (std::size_t i = 0; i < 3; ++i) {
-            const std::size_t vertex = mesh.indices[triangle * 3 + i];
-            for (std::size_t axis = 0; axis < 3; ++axis)
-                sums[groupOf(vertex)][axis] += vector[axis];
+            Vector& normal = sums[groupOf(mesh.indices[triangle * 3 + i])];
+            normal = sum(normal, vector);
         }
     }
     mesh.normals.resize(mesh.positions.size());

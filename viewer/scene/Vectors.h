@@ -8,16 +8,10 @@
 namespace orloview {
 
 using koLinear::cross;
+using koLinear::dot;
+using koLinear::length;
 using koLinear::Point;
 using koLinear::Vector;
-
-inline double dot(const Vector& a, const Vector& b) {
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-inline double length(const Vector& v) {
-    return std::hypot(v[0], v[1], v[2]);
-}
 
 inline Vector scaled(const Vector& v, double factor) {
     return {v[0] * factor, v[1] * factor, v[2] * factor};

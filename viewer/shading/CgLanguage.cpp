@@ -91,8 +91,8 @@ void CgLanguage::leave() const {
     F_cgGLDisableProfile(fManager.fFragmentProfile);
 }
 
-std::vector<ShadingLanguage::Source> CgLanguage::sources(const koShadingDag::ShadingNodeSpec& node,
-                                                         const std::vector<LightSpec>& lights) const {
+std::vector<MaterialLanguage::Source> CgLanguage::sources(const koShadingDag::ShadingNodeSpec& node,
+                                                          const std::vector<LightSpec>& lights) const {
     Source vertex{"_vertex.cg", {}};
     Source fragment{"_fragment.cg", {}};
     compileMaterialToCg(node, &lights, vertex.text, fragment.text);

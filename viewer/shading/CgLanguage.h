@@ -24,7 +24,7 @@ CgSupport findCg();
 /// What the Cg compiler said last, each line on a new one.
 std::string cgListing();
 
-class CgLanguage final : public ShadingLanguage {
+class CgLanguage final : public MaterialLanguage {
 public:
     explicit CgLanguage(const CgSupport& cg) : fManager(cg.vertexProfile, cg.fragmentProfile) {}
 

@@ -56,8 +56,8 @@ void GlslLanguage::leave() const {
     gl().glUseProgramObjectARB(0);
 }
 
-std::vector<ShadingLanguage::Source> GlslLanguage::sources(const koShadingDag::ShadingNodeSpec& node,
-                                                           const std::vector<LightSpec>& lights) const {
+std::vector<MaterialLanguage::Source> GlslLanguage::sources(const koShadingDag::ShadingNodeSpec& node,
+                                                            const std::vector<LightSpec>& lights) const {
     Source vertex{".vert", {}};
     Source fragment{".frag", {}};
     compileMaterialToGlsl(node, &lights, vertex.text, fragment.text);

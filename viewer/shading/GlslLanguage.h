@@ -7,7 +7,7 @@
 namespace orloview {
 
 /// Needs the table to have shader objects.
-class GlslLanguage final : public ShadingLanguage {
+class GlslLanguage final : public MaterialLanguage {
 public:
     std::unique_ptr<MaterialShader> compile(koShadingDag::ShadingNodeSpec& node, const koString::CString& key,
                                             const std::vector<LightSpec>& lights) const override;

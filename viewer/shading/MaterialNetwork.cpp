@@ -33,9 +33,8 @@ bool isBlack(const Color& color) {
 
 class Builder {
 public:
-    Builder(const Scene& scene, const Material& material, const MaterialTextures& textures,
-            const MeshTraits& traits)
-        : fScene(scene), fMaterial(material), fTextures(textures), fTraits(traits) {}
+    Builder(const Material& material, const MaterialTextures& textures, const MeshTraits& traits)
+        : fMaterial(material), fTextures(textures), fTraits(traits) {}
 
     Node build() {
         if (fMaterial.unlit || !fTraits.isLit)
@@ -105,21 +104,11 @@ private:
         Node& node = fSampled[{texture, use.uvSet, use.rotation, use.offset, use.scale}];
         if (!node) {
             node = std::make_shared<ShadingNodeSpec>(kFileTexture);
-            node->setTexture(texture, usageOf(fScene.textures[static_cast<size_t>(use.texture)]));
+            node->setTexture(texture, {}); // its TextureStore has told GL how it repeats and is filtered
             if (const Source uv = coordinates(use))
                 connect(*node, "uv", uv);
         }
         return {node, output};
-    }
-
-    static TextureUsage usageOf(const Texture& texture) {
-        TextureUsage usage;
-        usage.fWrapS = wrapModeOf(texture.wrapU);
-        usage.fWrapT = wrapModeOf(texture.wrapV);
-        usage.fMinFilter = filterOf(texture.minFilter);
-        usage.fMagFilter = filterOf(texture.magFilter);
-        usage.fAnisotropic = texture.minFilter != Filter::Nearest && texture.minFilter != Filter::Linear;
-        return usage;
     }
 
     /// Null: set 0 as it is.
@@ -246,7 +235,6 @@ private:
     using SampledPlace =
         std::tuple<const GLTexture2D*, int, float, std::array<float, 2>, std::array<float, 2>>;
 
-    const Scene& fScene;
     const Material& fMaterial;
     const MaterialTextures& fTextures;
     const MeshTraits& fTraits;
@@ -257,9 +245,9 @@ private:
 
 } // namespace
 
-std::shared_ptr<ShadingNodeSpec> makeNetwork(const Scene& scene, const Material& material,
-                                             const MaterialTextures& textures, const MeshTraits& traits) {
-    return Builder(scene, material, textures, traits).build();
+std::shared_ptr<ShadingNodeSpec> makeNetwork(const Material& material, const MaterialTextures& textures,
+                                             const MeshTraits& traits) {
+    return Builder(material, textures, traits).build();
 }
 
 } // namespace orloview

@@ -28,8 +28,7 @@ struct MeshTraits {
 /// that materials of one look share a shader.
 ///
 /// Texture coordinate set N is expected on texture unit N, vertex colours as GL's colour.
-std::shared_ptr<koShadingDag::ShadingNodeSpec> makeNetwork(const Scene& scene, const Material& material,
-                                                           const MaterialTextures& textures,
-                                                           const MeshTraits& traits);
+std::shared_ptr<koShadingDag::ShadingNodeSpec>
+makeNetwork(const Material& material, const MaterialTextures& textures, const MeshTraits& traits);
 
 } // namespace orloview

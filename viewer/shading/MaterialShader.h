@@ -35,9 +35,9 @@ public:
 };
 
 /// A language that materials are compiled to.
-class ShadingLanguage {
+class MaterialLanguage {
 public:
-    virtual ~ShadingLanguage() = default;
+    virtual ~MaterialLanguage() = default;
 
     /// Leaves the shader current. It lives as long as the node. Null where OpenGL refuses it; none is current
     /// then. Leaves no error pending.

@@ -12,8 +12,6 @@
 #include <filesystem>
 #include <set>
 
-#include <texture/GLTexUsage.h>
-
 namespace orloview {
 
 namespace {
@@ -44,7 +42,7 @@ bool readsAlpha(const Material& material, TextureUse Material::*use) {
 
 SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky,
                            const koLinear::Vector& up, const ShadowMap* shadows,
-                           std::unique_ptr<ShadingLanguage> language)
+                           std::unique_ptr<MaterialLanguage> language)
     : fLanguage(std::move(language)), fScene(scene), fLights(lights), fSpecs(lights.specs()), fStore(scene),
       fTextures(scene.materials.size()), fUp(scaled(up, 1.0 / length(up))), fShadows(shadows) {
     for (size_t i = 0; i < scene.materials.size(); ++i)
@@ -127,7 +125,7 @@ SceneShaders::Look& SceneShaders::lookOf(size_t instance, bool lit) {
     static const MaterialTextures kNoTextures{};
     const Mesh& mesh = fScene.meshes[static_cast<size_t>(fScene.instances[instance].mesh)];
     look.network =
-        makeNetwork(fScene, fScene.materialOf(mesh),
+        makeNetwork(fScene.materialOf(mesh),
                     key.first < 0 ? kNoTextures : fTextures[static_cast<size_t>(key.first)], key.second);
     look.program = &programOf(look, key.first);
     if (look.program->shader)
@@ -184,15 +182,8 @@ void SceneShaders::prepare(Look& look) {
     }
     for (const auto& sampler : look.network->samplers()) {
         const GLuint texture = static_cast<IGLTexture*>(sampler.fTexture)->textureName();
-        const auto unit = shader.setTexture(sampler.fName, texture);
-        if (!unit)
-            continue;
-        const auto& usage = sampler.fUsage;
-        GLTexUsage::setWrapMode(GL_TEXTURE_2D, usage.fWrapS, usage.fWrapT);
-        GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, usage.fMinFilter, usage.fMagFilter);
-        GLTexUsage::setBorderColor(GL_TEXTURE_2D, usage.fBorderColor);
-        GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, usage.fAnisotropic);
-        look.textures.push_back({*unit, texture});
+        if (const auto unit = shader.setTexture(sampler.fName, texture))
+            look.textures.push_back({*unit, texture});
     }
 }
 
@@ -289,7 +280,7 @@ void SceneShaders::dump(const std::string& folder) const {
         std::string name = plain;
         for (int n = 2; !taken.insert(name).second; ++n)
             (name = plain).append("-").append(std::to_string(n));
-        for (const ShadingLanguage::Source& source : fLanguage->sources(*program.owner, fSpecs)) {
+        for (const MaterialLanguage::Source& source : fLanguage->sources(*program.owner, fSpecs)) {
             std::string path = folder;
             path.append("/").append(name).append(source.suffix);
             OutputFile file(path);

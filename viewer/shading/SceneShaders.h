@@ -24,7 +24,7 @@ public:
     /// `sky`: what shines from all round; null for none. `up`: which way is up, in the world. `shadows`: of
     /// the first light; null for none, else updated before a frame begins.
     SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky, const koLinear::Vector& up,
-                 const ShadowMap* shadows, std::unique_ptr<ShadingLanguage> language);
+                 const ShadowMap* shadows, std::unique_ptr<MaterialLanguage> language);
 
     SceneShaders(const SceneShaders&) = delete;
     SceneShaders& operator=(const SceneShaders&) = delete;
@@ -104,7 +104,7 @@ private:
     void addFrameValues();
     void updateFrameValues(const koLinear::AffineMatrix& worldToEye);
 
-    std::unique_ptr<ShadingLanguage> fLanguage; ///< ends behind all that it compiled
+    std::unique_ptr<MaterialLanguage> fLanguage; ///< ends behind all that it compiled
     const Scene& fScene;
     const SceneLights& fLights;
     std::vector<LightSpec> fSpecs;

@@ -20,8 +20,6 @@ int largestTextureSide() {
     return std::max(side, 1);
 }
 
-} // namespace
-
 IHWTexUsage::WrapMode wrapModeOf(Wrap wrap) {
     switch (wrap) {
     case Wrap::ClampToEdge:
@@ -51,6 +49,8 @@ IHWTexUsage::Filter filterOf(Filter filter) {
     }
     return IHWTexUsage::kLinearMipmapLinear;
 }
+
+} // namespace
 
 TextureStore::~TextureStore() {
     for (GLTexture2D* texture : fTextures)

@@ -13,9 +13,6 @@
 
 namespace orloview {
 
-IHWTexUsage::WrapMode wrapModeOf(Wrap wrap);
-IHWTexUsage::Filter filterOf(Filter filter);
-
 /// The textures of a scene that somebody asked for: pictures that are used in one way are one texture.
 ///
 /// Ask, then `begin`, which reads the pictures on threads, and `upload`, which waits for them. Needs a

@@ -48,6 +48,16 @@ constexpr Triple<T, kTag> cross(const Triple<T, kTag>& a, const Triple<T, kTag>&
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
+template <typename T, int kTag>
+constexpr T dot(const Triple<T, kTag>& a, const Triple<T, kTag>& b) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+template <typename T, int kTag>
+T length(const Triple<T, kTag>& v) {
+    return std::hypot(v[0], v[1], v[2]);
+}
+
 using Point = Triple<double, 0>;
 using PointFlt = Triple<float, 0>;
 using Vector = Triple<double, 1>;
