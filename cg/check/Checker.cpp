@@ -166,15 +166,19 @@ void Checker::checkStatement(Statement& s) {
                               s.kind == Kind::Break ? "'break' outside a loop" : "'continue' outside a loop");
         break;
     case Kind::Discard:
-        if (fStage == Stage::Vertex)
-            fDiagnostics.fail(s.at, "a vertex program can't discard");
-        if (s.condition) {
-            check(s.condition);
-            wantNumbers(*s.condition, "the condition of 'discard'");
-            cast(s.condition, fTypes.withScalar(s.condition->type, Scalar::Bool));
-        }
+        checkDiscard(s);
         break;
     }
+}
+
+void Checker::checkDiscard(Statement& s) {
+    if (fStage == Stage::Vertex)
+        fDiagnostics.fail(s.at, "a vertex program can't discard");
+    if (!s.condition)
+        return;
+    check(s.condition);
+    wantNumbers(*s.condition, "the condition of 'discard'");
+    cast(s.condition, fTypes.withScalar(s.condition->type, Scalar::Bool));
 }
 
 void Checker::checkReturn(Statement& s) {

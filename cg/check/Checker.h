@@ -29,6 +29,7 @@ private:
     void checkBody(Statement& statement);
     void checkCondition(ExpressionPtr& condition, const char* of);
     void checkReturn(Statement& statement);
+    void checkDiscard(Statement& statement);
     void declare(Variable& variable);
 
     void check(ExpressionPtr& expression);

@@ -17,6 +17,21 @@ const Type* LibraryCalls::unify(Expression& e, size_t count, size_t counted, boo
     return type;
 }
 
+/// The widest numbers of the arguments, and no ints.
+Scalar LibraryCalls::widest(const Expression& e) {
+    Scalar result = Scalar::Fixed;
+    for (const ExpressionPtr& operand : e.operands)
+        result = wider(result, operand->type->scalar);
+    return result;
+}
+
+const Type* LibraryCalls::convertAll(Expression& e, size_t count, const Type* to) {
+    wantCount(e, count, count);
+    for (ExpressionPtr& operand : e.operands)
+        convert(operand, to, "an argument");
+    return to;
+}
+
 void LibraryCalls::check(Expression& e, const LibraryFunction& function) {
     using Rule = LibraryRule;
     e.library = &function;
@@ -50,20 +65,14 @@ void LibraryCalls::check(Expression& e, const LibraryFunction& function) {
         e.type = fTypes.scalar(Scalar::Bool);
         break;
     case Rule::Cross:
-        wantCount(e, 2, 2);
-        e.type = fTypes.vector(
-            wider(wider(e.operands[0]->type->scalar, e.operands[1]->type->scalar), Scalar::Fixed), 3);
-        for (ExpressionPtr& operand : e.operands)
-            convert(operand, e.type, "an argument");
+        e.type = convertAll(e, 2, fTypes.vector(widest(e), 3));
         break;
     case Rule::Refract:
         e.type = unify(e, 3, 2);
         convert(e.operands[2], fTypes.scalar(e.type->scalar), "an argument");
         break;
     case Rule::Lit:
-        wantCount(e, 3, 3);
-        for (ExpressionPtr& operand : e.operands)
-            convert(operand, fTypes.scalar(Scalar::Float), "an argument");
+        convertAll(e, 3, fTypes.scalar(Scalar::Float));
         e.type = fTypes.vector(Scalar::Float, 4);
         break;
     case Rule::Transpose:
@@ -73,11 +82,8 @@ void LibraryCalls::check(Expression& e, const LibraryFunction& function) {
     case Rule::Multiply:
         return checkMultiply(e);
     case Rule::SinCos:
-        e.type = unify(e, 3, 1);
-        checkWritten(e);
-        break;
     case Rule::Split:
-        e.type = unify(e, 2, 1);
+        e.type = unify(e, rule == Rule::SinCos ? 3 : 2, 1);
         checkWritten(e);
         break;
     }

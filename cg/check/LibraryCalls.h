@@ -16,6 +16,8 @@ public:
 
 private:
     const Type* unify(Expression& e, size_t count, size_t counted, bool keepsInts = false);
+    static Scalar widest(const Expression& e);
+    const Type* convertAll(Expression& e, size_t count, const Type* to);
     void checkMatrixFunction(Expression& e, LibraryRule rule);
     void checkMultiply(Expression& e);
     void checkWritten(Expression& e);

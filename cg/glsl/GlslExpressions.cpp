@@ -445,16 +445,21 @@ std::string GlslWriter::writeLibraryCall(const Expression& e) {
     return name + "(" + text + ")";
 }
 
+namespace {
+
+/// A call; arguments that it hasn't are empty.
+std::string called(const std::string& name, std::initializer_list<std::string> arguments) {
+    std::string text;
+    for (const std::string& argument : arguments)
+        if (!argument.empty())
+            text += (text.empty() ? "" : ", ") + argument;
+    return name + "(" + text + ")";
+}
+
+} // namespace
+
 std::string GlslWriter::writeTexture(const Expression& e) {
     using Form = TextureCall::Form;
-    // Arguments that a call hasn't are empty.
-    const auto called = [](const std::string& name, std::initializer_list<std::string> arguments) {
-        std::string text;
-        for (const std::string& argument : arguments)
-            if (!argument.empty())
-                text += (text.empty() ? "" : ", ") + argument;
-        return name + "(" + text + ")";
-    };
     const TextureCall call = *parseTextureCall(e.text);
     const std::string sampler = samplerText(*e.operands[0]);
     const unsigned n = call.dimensions();
