@@ -100,7 +100,8 @@ public:
     /// The same, without the square, of a double-buffered pbuffer, which is what drivers of today do well:
     /// what is drawn into a single-buffered one raises an X error at each flush on Mesa, and with its
     /// softpipe nothing of it comes back. What a host calls unless it counts on createOffscreen. Drawn into
-    /// and read by GL_BACK, the default of its context.
+    /// and read by GL_BACK, the default of its context. After a failure nothing is left but the reference on
+    /// the start-up context.
     uint32_t createPbufferPortably(const WindowWrapper& window, const koBufferFormat& format, unsigned width,
                                    unsigned height);
 

@@ -91,7 +91,16 @@ uint32_t GLFrameBuffer::createOffscreen(const WindowWrapper& window, const koBuf
 uint32_t GLFrameBuffer::createPbufferPortably(const WindowWrapper& window, const koBufferFormat& format,
                                               unsigned width, unsigned height) {
     PbufferParts parts{width, height, true, false};
-    return createPbuffer(window, format, parts);
+    const uint32_t result = createPbuffer(window, format, parts);
+    if (result == kSuccess)
+        return result;
+    if (fPbuffer != 0 && fFunctionTable->usable(kCapGLXPbuffer))
+        fFunctionTable->glXDestroyPbuffer(fDisplay, fPbuffer);
+    fPbuffer = 0;
+    for (void* list : {static_cast<void*>(parts.configurations), static_cast<void*>(parts.visual)})
+        if (list)
+            XFree(list);
+    return result;
 }
 
 uint32_t GLFrameBuffer::createPbuffer(const WindowWrapper& window, const koBufferFormat& format,

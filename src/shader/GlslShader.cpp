@@ -15,8 +15,11 @@ void GlslShader::create() {
     if (!gl || fProgram)
         return;
     fProgram = gl->glCreateProgramObjectARB();
-    fVertexShader = gl->glCreateShaderObjectARB(GL_VERTEX_SHADER_ARB);
-    fFragmentShader = gl->glCreateShaderObjectARB(GL_FRAGMENT_SHADER_ARB);
+    // Those of a try at which GL had no program to give are still there.
+    if (!fVertexShader)
+        fVertexShader = gl->glCreateShaderObjectARB(GL_VERTEX_SHADER_ARB);
+    if (!fFragmentShader)
+        fFragmentShader = gl->glCreateShaderObjectARB(GL_FRAGMENT_SHADER_ARB);
     gl->glAttachObjectARB(fProgram, fVertexShader);
     gl->glAttachObjectARB(fProgram, fFragmentShader);
     fNeedsLink = true;
