@@ -1,5 +1,6 @@
 #include "WritePictures.h"
 
+#include "base/ExitCode.h"
 #include "base/Say.h"
 #include "frame/DrawnScene.h"
 #include "frame/PictureRenderer.h"
@@ -207,7 +208,7 @@ void compareShadings(const Options& options, const Scene& scene, Progress& progr
     std::printf(", mean %.3f\n", sum / (0.75 * static_cast<double>(pictures[0].size())));
 }
 
-bool writePictures(const Options& options, const Scene& scene, Progress& progress) {
+int writePictures(const Options& options, const Scene& scene, bool isWhole, Progress& progress) {
     progress.begin(Progress::Stage::Prepare);
     progress.clear();
     PictureSession session(options, scene, progress);
@@ -222,7 +223,9 @@ bool writePictures(const Options& options, const Scene& scene, Progress& progres
     if (!options.cubeMap.empty())
         session.writeCube();
     progress.finish();
-    return session.complete();
+    const int code = isWhole && session.complete() ? kExitDone : kExitIncomplete;
+    DisplaySession::allIsDone(code);
+    return code;
 }
 
 } // namespace orloview

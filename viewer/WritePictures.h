@@ -7,8 +7,9 @@
 namespace orloview {
 
 /// Draws and writes what the options ask for: the picture or the turntable's, the depth, the cube map. The
-/// models are uploaded once. Whether everything of the scene could be drawn. Throws Failure.
-bool writePictures(const Options& options, const Scene& scene, Progress& progress);
+/// models are uploaded once. The exit code: kExitIncomplete where something of the scene could not be drawn,
+/// or `isWhole` says that it isn't all there. Throws Failure.
+int writePictures(const Options& options, const Scene& scene, bool isWhole, Progress& progress);
 
 /// Draws the scene with both shadings of --compare and prints how far the pictures are apart. Throws Failure.
 void compareShadings(const Options& options, const Scene& scene, Progress& progress);

@@ -109,8 +109,7 @@ int run(int argc, const char* const* argv) {
     if (options.compare && !options.writes())
         return loaded.complete ? kExitDone : kExitIncomplete;
     if (options.writes())
-        return writePictures(options, loaded.scene, progress) && loaded.complete ? kExitDone
-                                                                                 : kExitIncomplete;
+        return writePictures(options, loaded.scene, loaded.complete, progress);
     showInWindow(options, loaded.scene, progress);
     return kExitDone;
 }

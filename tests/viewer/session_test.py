@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """How orloview reaches OpenGL: a display, a private one, EGL, nothing.
 
-Usage: session_test.py ORLOVIEW HIDE_GL HEADLESS [unittest arguments]
+Usage: session_test.py ORLOVIEW SABOTAGE HEADLESS [unittest arguments]
 """
 
 import os
@@ -13,11 +13,16 @@ import unittest
 from viewer_files import gltf, read_png
 from viewer_program import ViewerProgram
 
-HIDE_GL = os.path.abspath(sys.argv.pop(1))
+PRELOADED = os.path.abspath(sys.argv.pop(1))
 HEADLESS = os.path.abspath(sys.argv.pop(1))
 
 NO_DISPLAY = {"DISPLAY": None}
+
 NO_EGL = {"__EGL_VENDOR_LIBRARY_FILENAMES": "/dev/null"}
+
+
+def sabotaged(harm):
+    return {"LD_PRELOAD": PRELOADED, "SABOTAGE": harm, "ASAN_OPTIONS": "verify_asan_link_order=0:detect_leaks=0"}
 
 
 class Sessions(ViewerProgram):
@@ -61,11 +66,17 @@ class Sessions(ViewerProgram):
             ([self.model, *out, "--display", "egl"], ["EGL", "libegl-mesa0"], NO_EGL),
             (["--gl-info"], [":99999"], {**nothing, "DISPLAY": ":99999"}),
             ([self.model], ["no X display", "-o picture.png"], NO_DISPLAY),
-            ([self.model, *out], ["libGL.so.1"], {"LD_PRELOAD": HIDE_GL, "ASAN_OPTIONS": "verify_asan_link_order=0"}),
+            ([self.model, *out], ["broke down while it started"], sabotaged("crash")),
+            ([self.model, *out], ["libGL.so.1"], sabotaged("no GL")),
         ):
             with self.subTest(arguments=arguments):
                 message = self.fails(4, arguments, *words, environment=environment)
                 self.assertEqual(message.count("\n"), 1, message)
+
+    def test_a_server_that_goes_when_all_is_written_is_no_failure(self):
+        for switches, code in (([], 0), (["--offscreen", "pbuffer"], 0)):
+            result = self.run_viewer(self.model, "-o", self.path("done.png"), *switches, environment=sabotaged("lost server"))
+            self.assertEqual((result.returncode, result.stderr), (code, b""))
 
     def test_wrong_switches(self):
         self.fails(1, [self.model, "--display", "wayland"], "--display wayland", "auto, x11 or egl")

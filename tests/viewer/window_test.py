@@ -356,6 +356,12 @@ class WindowTest(unittest.TestCase):
         self.assertEqual((code, out), (0, ""))
         self.assertRegex(err, r"^window: \d+ frames, [\d.]+ ms each, [\d.]+ per second\n$")
 
+    def test_a_window_that_another_client_destroys_ends_with_0(self):
+        window = self.open("m.gltf")
+        window.window.destroy()
+        window.display.sync()
+        self.assertEqual(window.end(), (0, "", ""))
+
     def test_an_idle_window_uses_no_processor_time(self):
         window = self.open("m.gltf")
         time.sleep(5)  # until the message has gone

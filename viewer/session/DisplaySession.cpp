@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <optional>
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -24,7 +25,12 @@ int ignoreError(Display*, XErrorEvent*) {
     return 0;
 }
 
+/// What the program comes to once all is done; none until then.
+std::optional<int> theCodeOfAll;
+
 int serverLost(Display*) {
+    if (theCodeOfAll)
+        std::_Exit(*theCodeOfAll);
     std::fputs("orloview: the connection to the X server was lost; start it again and repeat the command\n",
                stderr);
     std::_Exit(kExitNoGL);
@@ -79,6 +85,10 @@ std::string DisplaySession::whyNotNamed() {
     const char* name = std::getenv("DISPLAY");
     return name && *name ? std::string("the X display ") + name + " can't be opened"
                          : "there is no X display";
+}
+
+void DisplaySession::allIsDone(int code) {
+    theCodeOfAll = code;
 }
 
 bool DisplaySession::open(const char* name) {

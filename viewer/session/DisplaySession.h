@@ -23,6 +23,10 @@ public:
     /// Why `named` gives none, as the beginning of a sentence.
     static std::string whyNotNamed();
 
+    /// All that was wanted is done: from here on a lost server ends the program with this code, and without a
+    /// word.
+    static void allIsDone(int code);
+
     /// Closes the connection and ends the private server.
     ~DisplaySession();
 

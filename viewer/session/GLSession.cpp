@@ -3,6 +3,7 @@
 #include "base/ExitCode.h"
 #include "base/Say.h"
 #include "session/EglContext.h"
+#include "session/StartGuard.h"
 
 #include <utility>
 
@@ -75,6 +76,7 @@ std::unique_ptr<GLSession> GLSession::forPictures(GLRoad road, bool verbose) {
 }
 
 std::unique_ptr<GLSession> GLSession::onDisplay(std::unique_ptr<DisplaySession> display, bool verbose) {
+    const StartGuard guard;
     Display* const x = display->display();
     GLStartupContext* startup =
         keptIfValid(new GLStartupContext(WindowWrapper(nullptr, DefaultRootWindow(x), x), nullptr));
@@ -86,6 +88,7 @@ std::unique_ptr<GLSession> GLSession::onDisplay(std::unique_ptr<DisplaySession> 
 }
 
 std::unique_ptr<GLSession> GLSession::onEgl(bool verbose) {
+    const StartGuard guard;
     std::unique_ptr<EglContext> context = EglContext::make();
     if (!context)
         return nullptr;

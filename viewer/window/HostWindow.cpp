@@ -79,6 +79,8 @@ bool HostWindow::followResize(const XEvent& event) {
 }
 
 bool HostWindow::isClose(const XEvent& event) const {
+    if (event.type == DestroyNotify)
+        return event.xdestroywindow.window == fWindow;
     return event.type == ClientMessage && event.xclient.window == fWindow &&
            static_cast<Atom>(event.xclient.data.l[0]) == fDeleteAtom;
 }

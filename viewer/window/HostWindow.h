@@ -29,7 +29,8 @@ public:
     /// Whether the event says that the window has another size; the frame buffer follows.
     bool followResize(const XEvent& event);
 
-    /// Whether the event is the user's wish to close the window.
+    /// Whether the event is the user's wish to close the window, or tells that another client has destroyed
+    /// it.
     bool isClose(const XEvent& event) const;
 
 private:

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <array>
+#include <csignal>
+
+namespace orloview {
+
+/// While it lives, a crash ends the program with one line and kExitNoGL: drivers crash where the server dies
+/// while they start.
+class StartGuard {
+public:
+    StartGuard();
+    ~StartGuard();
+
+    StartGuard(const StartGuard&) = delete;
+    StartGuard& operator=(const StartGuard&) = delete;
+
+private:
+    static constexpr std::array<int, 5> kSignals = {SIGSEGV, SIGBUS, SIGABRT, SIGILL, SIGFPE};
+    std::array<struct sigaction, kSignals.size()> fBefore{};
+};
+
+} // namespace orloview
