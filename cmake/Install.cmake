@@ -1,5 +1,6 @@
 # What `cmake --install` puts in place: the two libraries, the Cg runtime, their public headers, the viewer with its
-# shaders, the documents, and a CMake package. Everything finds its neighbours by relative paths, so that an installed tree can be moved as a whole.
+# shaders, the documents, and a CMake package and
+# pkg-config's files. Everything finds its neighbours by relative paths, so that an installed tree can be moved as a whole.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -34,17 +35,26 @@ if(TARGET orloview)
   install(DIRECTORY share/ DESTINATION ${CMAKE_INSTALL_DATADIR}/orlogl)
 endif()
 
-install(TARGETS orlocg Cg CgGL)
+if(TARGET Cg)
+  install(TARGETS orlocg Cg CgGL)
+endif()
 install(DIRECTORY cg/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.h)
 
 install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES examples/minimal.cpp DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 
+file(RELATIVE_PATH ORLOGL_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+foreach(library orlogl orlohost)
+  configure_file(cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
+
 install(EXPORT OrloGLTargets NAMESPACE OrloGL:: DESTINATION ${package_folder})
-configure_package_config_file(cmake/OrloGLConfig.cmake.in ${CMAKE_BINARY_DIR}/OrloGLConfig.cmake
+# So that -DOrloGL_DIR=<build folder> takes the package from where it was built.
+export(EXPORT OrloGLTargets NAMESPACE OrloGL:: FILE ${PROJECT_BINARY_DIR}/OrloGLTargets.cmake)
+configure_package_config_file(cmake/OrloGLConfig.cmake.in ${PROJECT_BINARY_DIR}/OrloGLConfig.cmake
   INSTALL_DESTINATION ${package_folder} NO_SET_AND_CHECK_MACRO)
-# Before 1.0 a minor version may break what the one before it offered.
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/OrloGLConfigVersion.cmake COMPATIBILITY SameMinorVersion)
-install(FILES ${CMAKE_BINARY_DIR}/OrloGLConfig.cmake ${CMAKE_BINARY_DIR}/OrloGLConfigVersion.cmake
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/OrloGLConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/OrloGLConfig.cmake ${PROJECT_BINARY_DIR}/OrloGLConfigVersion.cmake
   DESTINATION ${package_folder})

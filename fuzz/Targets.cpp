@@ -1,0 +1,180 @@
+#include "Targets.h"
+
+#include "base/ImportError.h"
+#include "compile/Compiler.h"
+#include "import/AssimpReader.h"
+#include "import/GltfReader.h"
+#include "import/ModelReader.h"
+#include "import/ObjReader.h"
+#include "import/PlyReader.h"
+#include "import/TableReader.h"
+#include "texture/PictureDecoder.h"
+
+#include <gl/GLFunctionTable.h>
+#include <orlohost/ShadingNodeSpec.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+using Buffer = std::vector<std::uint8_t>;
+
+void demand(bool condition, const char* what) {
+    if (condition)
+        return;
+    std::fprintf(stderr, "%s\n", what);
+    std::abort();
+}
+
+/// Reads a model: what comes out has to hold together.
+template <typename Read>
+void readScene(Read read) {
+    try {
+        demand(orloview::isConsistent(read()), "the scene doesn't hold together");
+    } catch (const orloview::ImportError&) {
+    }
+}
+
+void readGltf(Bytes bytes) {
+    readScene([&] { return orloview::readGltf(Buffer(bytes.begin(), bytes.end()), "nowhere/model.gltf"); });
+}
+
+void readObj(Bytes bytes) {
+    readScene([&] { return orloview::readObj(Buffer(bytes.begin(), bytes.end()), "nowhere/model.obj"); });
+}
+
+/// A folder of this process's own.
+struct Folder {
+    std::filesystem::path path =
+        std::filesystem::temp_directory_path() / ("orlo-fuzz-" + std::to_string(getpid()));
+    Folder() { std::filesystem::create_directories(path); }
+    ~Folder() { std::filesystem::remove_all(path); }
+};
+
+/// A material library, by a model beside it.
+void readMtl(Bytes bytes) {
+    static const Folder folder;
+    std::ofstream(folder.path / "m.mtl", std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    const std::string_view model = "mtllib m.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl a\nf 1 2 3\n";
+    readScene(
+        [&] { return orloview::readObj(Buffer(model.begin(), model.end()), folder.path / "model.obj"); });
+}
+
+void readPly(Bytes bytes) {
+    readScene([&] { return orloview::readPly(Buffer(bytes.begin(), bytes.end())); });
+}
+
+void readStl(Bytes bytes) {
+    readScene([&] { return orloview::readStl(Buffer(bytes.begin(), bytes.end())); });
+}
+
+void readTable(Bytes bytes) {
+    readScene([&] { return orloview::readTable(Buffer(bytes.begin(), bytes.end())); });
+}
+
+void decodePicture(Bytes bytes) {
+    orloview::Image image;
+    image.bytes.assign(bytes.begin(), bytes.end());
+    try {
+        const orloview::DecodedPicture picture(image);
+        unsigned sum = 0;
+        for (int y = 0; y < picture.height(); ++y)
+            sum += picture.row(y)[picture.width() * picture.channels() - 1];
+        demand(sum <= 255U * static_cast<unsigned>(picture.height()), "pixels of more than 255");
+    } catch (const orloview::PictureError&) {
+    }
+}
+
+void compileCg(Bytes bytes) {
+    for (const orlocg::Stage stage : {orlocg::Stage::Vertex, orlocg::Stage::Fragment}) {
+        orlocg::CompileOptions options;
+        options.stage = stage;
+        options.preprocess.read = [](const std::string&) { return std::optional<std::string>("float f;\n"); };
+        std::string listing;
+        const auto program =
+            orlocg::compile({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, options, listing);
+        demand(program || !listing.empty(), "refused without a word");
+    }
+}
+
+/// The bytes build a network: of three each, the first says what is done and to which node.
+void compileNetwork(Bytes bytes) {
+    using namespace koShadingDag;
+    constexpr std::array<const char*, 20> kNames = {
+        "uv",       "color",     "normal",   "baseColor", "metallic", "roughness", "opacity",
+        "emission", "occlusion", "a",        "b",         "weight",   "height",    "position",
+        "scale",    "offset",    "rotation", "red",       "alpha",    "set"};
+    std::vector<std::shared_ptr<ShadingNodeSpec>> nodes = {std::make_shared<ShadingNodeSpec>(kLambert)};
+    for (; bytes.size() >= 3 && nodes.size() < 64; bytes = bytes.subspan(3)) {
+        const auto& node = nodes[bytes[1] % nodes.size()];
+        const char* name = kNames[bytes[2] % kNames.size()];
+        switch (bytes[0] % 5) {
+        case 0:
+            nodes.push_back(
+                std::make_shared<ShadingNodeSpec>(static_cast<NodeKind>(bytes[1] % kNodeKindCount)));
+            break;
+        case 1: // a circle and what doesn't fit are refused
+            static_cast<void>(
+                node->connect(name, nodes[bytes[0] / 5 % nodes.size()], kNames[bytes[1] % kNames.size()]));
+            break;
+        case 2:
+            node->setValue(name, static_cast<float>(bytes[0]) - 100.0F);
+            break;
+        case 3:
+            node->setSetting(name, bytes[0] - 128);
+            break;
+        default:
+            node->disconnect(name);
+        }
+    }
+    const std::vector<LightSpec> lights(bytes.size() % 3);
+    koString::CString vertex;
+    koString::CString fragment;
+    compileMaterialToGlsl(*nodes.back(), &lights, vertex, fragment);
+    compileMaterialToCg(*nodes.back(), &lights, vertex, fragment);
+    for (const auto& [stage, source] :
+         {std::pair{orlocg::Stage::Vertex, &vertex}, {orlocg::Stage::Fragment, &fragment}}) {
+        orlocg::CompileOptions options;
+        options.stage = stage;
+        std::string listing;
+        const bool compiles = orlocg::compile(source->asChar(), options, listing) != nullptr;
+        demand(compiles || nodes.size() > 16, listing.c_str());
+    }
+}
+
+void searchExtensions(Bytes bytes) {
+    const Bytes::iterator comma = std::find(bytes.begin(), bytes.end(), ',');
+    const std::string name(bytes.begin(), comma);
+    const std::string list(comma == bytes.end() ? comma : comma + 1, bytes.end());
+    isExtensionSupported(reinterpret_cast<const unsigned char*>(list.c_str()), name.c_str());
+}
+
+constexpr FuzzTarget kTargets[] = {
+    {"gltf", readGltf},
+    {"obj", readObj},
+    {"mtl", readMtl},
+    {"ply", readPly},
+    {"stl", readStl},
+    {"table", readTable},
+    {"picture", decodePicture},
+    {"cg", compileCg},
+    {"network", compileNetwork},
+    {"extensions", searchExtensions},
+};
+
+} // namespace
+
+std::span<const FuzzTarget> fuzzTargets() {
+    return kTargets;
+}
