@@ -7,6 +7,7 @@ Usage: install_test.py CMAKE SOURCES BUILD CXX [FLAGS]
 import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -60,6 +61,16 @@ def check_libraries(prefix, program):
             assert str(prefix) in line, line
 
 
+def by_pkg_config(prefix, scratch, compiler, flags, source):
+    """A program that is compiled as pkg-config says."""
+    folder = next(prefix.rglob("orlogl.pc")).parent
+    asked = subprocess.run(["pkg-config", "--cflags", "--libs", "orlogl"], capture_output=True, check=True, text=True,
+                           env={**os.environ, "PKG_CONFIG_PATH": str(folder)})
+    program = scratch / "by_pkg_config"
+    run(compiler, "-std=c++20", *flags, source, "-o", program, *shlex.split(asked.stdout), f"-Wl,-rpath,{folder.parent}")
+    return program
+
+
 def check_cg(prefix, model, scratch, sanitized):
     """The viewer finds the Cg runtime and its shaders beside it, and goes on without a runtime."""
     viewer = prefix / "bin/orloview"
@@ -87,7 +98,7 @@ def check_cg(prefix, model, scratch, sanitized):
 
 def main():
     cmake, sources, build, compiler, *flags = sys.argv[1:]
-    sources = pathlib.Path(sources)
+    sources, flags = pathlib.Path(sources), [flag for flag in flags if flag]
     with tempfile.TemporaryDirectory() as scratch:
         scratch = pathlib.Path(scratch).resolve()
         first, prefix, tree = scratch / "first", scratch / "moved to" / "here", scratch / "tree"
@@ -97,13 +108,22 @@ def main():
         check_headers(prefix)
         check_paths(prefix, first, build, sources)
 
-        run(cmake, "-S", sources / "tests/outside/package", "-B", tree, f"-DCMAKE_PREFIX_PATH={prefix}",
-            f"-DCMAKE_CXX_COMPILER={compiler}", f"-DCMAKE_CXX_FLAGS={' '.join(flags)}",
-            f"-DEXAMPLE={sources / 'examples/minimal.cpp'}")
+        example = sources / "examples/minimal.cpp"
+        outsider = [cmake, "-S", sources / "tests/outside/package", f"-DCMAKE_CXX_COMPILER={compiler}", f"-DEXAMPLE={example}"]
+        run(*outsider, "-B", tree, f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_CXX_FLAGS={' '.join(flags)}")
         run(cmake, "--build", tree)
         run(tree / "names")
         check_libraries(prefix, tree / "minimal")
         picture = run(tree / "minimal")
+        assert run(by_pkg_config(prefix, scratch, compiler, flags, example)) == picture, "pkg-config"
+        # Nothing but the two libraries, from their sources.
+        inside = scratch / "inside"
+        run(*outsider, "-B", inside, f"-DORLOGL_SOURCES={sources}", "-DCMAKE_UNITY_BUILD=ON",
+            "-DCMAKE_UNITY_BUILD_BATCH_SIZE=10")
+        run(cmake, "--build", inside, "-j", "2")
+        assert run(inside / "minimal") == picture, "add_subdirectory"
+        built = {path.name for path in inside.rglob("*.so")}
+        assert built == {"liborlogl.so", "liborlohost.so"}, built
         corner, middle = (picture[at:at + 3] for at in (15, 15 + (120 * 320 + 160) * 3))
         assert picture.startswith(b"P6\n320 240\n255\n") and corner != middle, "minimal drew nothing"
 
