@@ -10,7 +10,8 @@ namespace orloview {
 /// models are uploaded once. Whether everything of the scene could be drawn. Throws Failure.
 bool writePictures(const Options& options, const Scene& scene, Progress& progress);
 
-/// Draws the scene with both shadings of --compare and prints how far the pictures are apart. Throws Failure.
-void compareShadings(const Options& options, const Scene& scene, Progress& progress);
+/// Draws the scene with both shadings of --compare and tells, in a line, how far the pictures are apart.
+/// Throws Failure.
+std::string compareShadings(const Options& options, const Scene& scene, Progress& progress);
 
 } // namespace orloview

@@ -12,7 +12,9 @@
 #include "window/ViewerWindow.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <fcntl.h>
 #include <filesystem>
 
 #include <orlohost/HWEnvironment.h>
@@ -20,6 +22,15 @@
 namespace orloview {
 
 namespace {
+
+/// A stream that the caller has closed leaves its number to the next file: the connection to the display
+/// would take it, and get the picture. What reads or writes here fails, so nothing is lost unnoticed.
+void occupyClosedStreams() {
+    for (const int stream : {0, 1, 2}) {
+        if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", stream == 0 ? O_WRONLY : O_RDONLY) != stream)
+            std::_Exit(kExitOurFault);
+    }
+}
 
 /// Prints what was asked for.
 void print(const std::string& text) {
@@ -105,7 +116,7 @@ int run(int argc, const char* const* argv) {
     if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
         throw Failure(kExitNoInput, options.subject() + ": nothing in it can be drawn");
     if (options.compare)
-        compareShadings(options, loaded.scene, progress);
+        print(compareShadings(options, loaded.scene, progress));
     if (options.compare && !options.writes())
         return loaded.complete ? kExitDone : kExitIncomplete;
     if (options.writes())
@@ -120,6 +131,7 @@ int run(int argc, const char* const* argv) {
 } // namespace orloview
 
 int main(int argc, char** argv) {
+    orloview::occupyClosedStreams();
     try {
         return orloview::run(argc, argv);
     } catch (const orloview::Failure& failure) {

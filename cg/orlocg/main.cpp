@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <fcntl.h>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -18,9 +20,20 @@ using namespace orlocg;
 
 enum ExitCode { kDone = 0, kUsage = 1, kDoesNotCompile = 2, kNoInput = 3, kNotWritten = 4, kOurFault = 70 };
 
+/// A stream that the caller has closed leaves its number to the next file, which listings would be written
+/// to.
+void occupyClosedStreams() {
+    for (const int stream : {0, 1, 2}) {
+        if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", stream == 0 ? O_WRONLY : O_RDONLY) != stream)
+            std::_Exit(kOurFault);
+    }
+}
+
 std::optional<std::string> readAll(const std::string& path) {
-    if (path == "-")
-        return std::string(std::istreambuf_iterator<char>(std::cin), {});
+    if (path == "-") {
+        std::string text(std::istreambuf_iterator<char>(std::cin), {});
+        return std::ferror(stdin) == 0 ? std::optional(std::move(text)) : std::nullopt;
+    }
     std::ifstream file(path, std::ios::binary);
     std::string text(std::istreambuf_iterator<char>(file), {});
     return file.good() || file.eof() ? std::optional(std::move(text)) : std::nullopt;
@@ -90,13 +103,15 @@ int run(int argc, char** argv) {
     std::fputs(listing.c_str(), stderr);
     if (!program)
         return kDoesNotCompile;
-    if (parameters) {
-        printParameters(*program);
-        return kDone;
-    }
-    if (output.empty()) {
-        std::fputs(program->glsl.c_str(), stdout);
-        return kDone;
+    if (parameters || output.empty()) {
+        if (parameters)
+            printParameters(*program);
+        else
+            std::fputs(program->glsl.c_str(), stdout);
+        if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+            return kDone;
+        std::fputs("orlocg: standard output took no more; check where it leads and the space left\n", stderr);
+        return kNotWritten;
     }
     std::ofstream written(output, std::ios::binary);
     written << program->glsl;
@@ -111,6 +126,7 @@ int run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    occupyClosedStreams();
     try {
         return run(argc, argv);
     } catch (const std::exception& fault) {

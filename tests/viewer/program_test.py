@@ -350,6 +350,17 @@ class Program(ViewerProgram):
         self.assertEqual(self.picture(model, "--size", "20000x10")[:2], (20000, 10), "wider than any buffer")
         os.remove(self.path("out.png"))
 
+    def test_closed_streams_get_no_picture(self):
+        model = self.write("m.gltf", gltf())
+        for closed, arguments, code in (
+            ("0<&- 1>&- 2>&-", (model, "-o", self.path("out.png"), "--size", "9x9"), 0),
+            ("1>&-", (model, "-o", "-", "--size", "9x9"), 5),
+            ("1>&-", (model, "--compare", "fixed", "glsl", "--size", "9x9"), 5),
+            ("2>&-", (model, self.path("gone.obj"), "-o", self.path("out.png"), "--size", "9x9"), 3),
+        ):
+            command = ["sh", "-c", f'exec "$@" {closed}', "sh", ORLOVIEW, *arguments]
+            self.assertEqual(subprocess.run(command, timeout=60, stderr=subprocess.DEVNULL).returncode, code, (closed, arguments))
+
     def test_nothing_to_draw(self):
         out = ["-o", self.path("out.png")]
         message = self.fails(2, [self.path("none.glb"), *out], "none.glb")

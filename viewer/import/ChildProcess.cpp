@@ -63,15 +63,6 @@ void setLimits(const ImportLimits& limits) {
         limit(RLIMIT_AS, limits.memoryBytes);
 }
 
-/// Another number for the file, beside those of the standard streams: where a caller has closed those, new
-/// files get their numbers and would be silenced with them.
-int besideStandardStreams(int file) {
-    const int moved = file < 0 ? -1 : ::fcntl(file, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    if (file >= 0)
-        ::close(file);
-    return moved;
-}
-
 void silence() {
     const int nowhere = ::open("/dev/null", O_WRONLY);
     ::dup2(nowhere, STDOUT_FILENO);
@@ -158,13 +149,11 @@ ChildResult runInChild(const ChildWork& work, const ImportLimits& limits,
                        const std::function<void()>& whileWaiting) {
     ChildResult result;
     int ends[2] = {-1, -1};
-    const Descriptor output(besideStandardStreams(::memfd_create("orloview", MFD_CLOEXEC)));
+    const Descriptor output(::memfd_create("orloview", MFD_CLOEXEC));
     if (output.number() < 0 || ::pipe2(ends, O_CLOEXEC) != 0)
         return result;
-    const Descriptor readEnd(besideStandardStreams(ends[0]));
-    Descriptor writeEnd(besideStandardStreams(ends[1]));
-    if (readEnd.number() < 0 || writeEnd.number() < 0)
-        return result;
+    const Descriptor readEnd(ends[0]);
+    Descriptor writeEnd(ends[1]);
 
     std::fflush(nullptr);
     const pid_t child = ::fork();

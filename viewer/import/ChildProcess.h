@@ -23,7 +23,7 @@ using ChildWork = std::function<bool(int fileDescriptor)>;
 
 /// Runs the work in a forked process with these limits, its standard output and error silenced, and waits for
 /// it, calling `whileWaiting` about 20 times a second. The child ends with its parent. Not for a process that
-/// has started threads.
+/// has started threads, or whose standard streams are closed: what is opened here would get their numbers.
 ChildResult runInChild(const ChildWork& work, const ImportLimits& limits,
                        const std::function<void()>& whileWaiting = {});
 

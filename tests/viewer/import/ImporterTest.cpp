@@ -63,19 +63,6 @@ TEST(ChildProcess, handsTheOutputOverAndKeepsQuiet) {
     EXPECT_THAT(result.output, SizeIs(100000));
 }
 
-TEST(ChildProcess, needsNoStandardStreams) {
-    const pid_t withoutStreams = ::fork();
-    if (withoutStreams == 0) {
-        for (int stream : {0, 1, 2})
-            ::close(stream);
-        const ChildResult result = runInChild([](int output) { return ::write(output, "well", 4) == 4; }, {});
-        ::_exit(result.output == bytesOf("well") ? 0 : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(::waitpid(withoutStreams, &status, 0), withoutStreams);
-    EXPECT_EQ(status, 0);
-}
-
 GltfFile triangle() {
     GltfFile file;
     file.primitive()["attributes"]["POSITION"] = file.floats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
