@@ -61,7 +61,7 @@ Loaded loadModels(const Options& options, Progress& progress) {
         progress.clear();
         if (options.verbose)
             say("reading " + path);
-        ImportResult result = importModel(path, {}, [&](double done) {
+        ImportResult result = importModel(path, options.limits, [&](double done) {
             progress.update((static_cast<double>(i) + done) / static_cast<double>(options.models.size()));
         });
         progress.clear();

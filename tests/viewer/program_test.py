@@ -336,6 +336,8 @@ class Program(ViewerProgram):
             (["m.glb", "--samples", "9", *out], ["--samples 9", "1 to 8"]),
             (["m.glb", "--tile", "x", *out], ["--tile x", "16"]),
             (["m.glb", "--progress", "fancy", *out], ["--progress fancy", "plain"]),
+            (["m.glb", "--limit-memory", "1T", *out], ["--limit-memory 1T", "8G"]),
+            (["m.glb", "--limit-time", "0", *out], ["--limit-time 0"]),
             (["m.glb", "--json", *out], ["--json", "--info"]),
             (["m.glb", "-q", "-v", *out], ["-q and -v"]),
         ):
@@ -369,6 +371,10 @@ class Program(ViewerProgram):
         self.fails(2, [self.write("empty.obj", ""), *out], "empty.obj")
         self.fails(2, [self.write("m.xyz", "hello"), *out], "m.xyz")
         self.fails(2, [self.write("n.gltf", '{"asset":{"version":"2.0"}}'), *out], "n.gltf")
+
+    def test_a_limit_of_files_is_none_of_reading(self):
+        command = ["sh", "-c", 'ulimit -f 0; exec "$@"', "sh", ORLOVIEW, self.write("m.gltf", gltf()), "--info"]
+        self.assertEqual(subprocess.run(command, stdout=subprocess.PIPE).returncode, 0)
 
     def test_what_was_left_out_is_named(self):
         model = self.write("m.gltf", gltf())

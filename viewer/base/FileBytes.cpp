@@ -1,7 +1,9 @@
 #include "base/FileBytes.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <sys/stat.h>
 #include <system_error>
 
 #include "base/ImportError.h"
@@ -33,6 +35,15 @@ std::vector<std::uint8_t> readFile(const fs::path& path) {
     if (!file)
         throw ImportError("reading the file failed half-way; check the disk");
     return bytes;
+}
+
+std::size_t bytesOnDisk(const fs::path& path) {
+    constexpr std::size_t kBlock = 512;
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        return 0;
+    return std::min(static_cast<std::size_t>(status.st_size),
+                    static_cast<std::size_t>(status.st_blocks) * kBlock);
 }
 
 } // namespace orloview

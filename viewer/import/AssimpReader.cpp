@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cmath>
 #include <map>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -393,9 +394,11 @@ std::string reasonOf(const Assimp::Importer& importer) {
 
 Scene convert(const Assimp::Importer& importer, const aiScene* source, const std::filesystem::path& folder,
               const std::string& format) {
-    if (source == nullptr || source->mRootNode == nullptr)
-        throw ImportError(reasonOf(importer));
-    return Converter(*source, folder).convert(format);
+    if (source != nullptr && source->mRootNode != nullptr)
+        return Converter(*source, folder).convert(format);
+    if (std::string_view(importer.GetErrorString()).find("bad_alloc") != std::string_view::npos)
+        throw std::bad_alloc(); // which it has caught
+    throw ImportError(reasonOf(importer));
 }
 
 void withoutDot(std::string& suffix) {

@@ -10,6 +10,8 @@
 
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
+#include "import/Allowance.h"
+#include "import/ChildProcess.h"
 
 namespace orloview {
 
@@ -139,6 +141,8 @@ std::vector<std::uint8_t> GltfData::loadBuffer(std::size_t index) {
         return decodeDataUri(uri);
     const std::string name = decodeUri(uri);
     try {
+        const std::size_t size = bytesOnDisk(fFolder / name);
+        raiseLimits(memoryFor(size), secondsFor(size));
         return readFile(fFolder / name);
     } catch (const ImportError& error) {
         throw ImportError("the buffer file '" + name + "', which belongs beside it: " + error.what());

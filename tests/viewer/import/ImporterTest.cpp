@@ -22,9 +22,16 @@ constexpr bool kLimitsMemory = false; // the sanitizer reserves terabytes of add
 constexpr bool kLimitsMemory = true;
 #endif
 
+/// Takes that much and more, piece by piece.
+bool hoards(std::size_t megabytes) {
+    std::vector<std::vector<char>> hoard;
+    for (std::size_t i = 0; i < megabytes; ++i)
+        hoard.emplace_back(std::size_t{1} << 20, 'x');
+    return hoard.size() == megabytes;
+}
+
 TEST(ChildProcess, tellsWhatBecameOfTheWork) {
-    ImportLimits limits;
-    limits.seconds = 1.0;
+    ChildLimits limits{std::size_t{256} << 20, 1, std::size_t{1024} << 20, 2};
     const auto outcome = [&](const ChildWork& work) { return runInChild(work, limits).outcome; };
     EXPECT_EQ(outcome([](int) { return true; }), ChildOutcome::Done);
     EXPECT_EQ(outcome([](int) { return false; }), ChildOutcome::Failed);
@@ -32,20 +39,24 @@ TEST(ChildProcess, tellsWhatBecameOfTheWork) {
     EXPECT_EQ(outcome([](int) -> bool { std::abort(); }), ChildOutcome::Crashed);
     EXPECT_EQ(outcome([](int) -> bool { throw 1; }), ChildOutcome::Crashed);
     EXPECT_EQ(outcome([](int) -> bool { throw std::bad_alloc(); }), ChildOutcome::OutOfMemory);
-    EXPECT_EQ(outcome([](int) -> bool {
-                  for (;;)
-                      ::pause();
-              }),
-              ChildOutcome::OutOfTime);
+    EXPECT_EQ(outcome([](int) { return ::pause() == 0; }), ChildOutcome::OutOfTime) << "it waits";
+    const ChildResult busy = runInChild(
+        [](int) -> bool {
+            raiseLimits(0, 9);
+            while (::getppid() > 0) {
+            }
+            return true;
+        },
+        limits);
+    EXPECT_EQ(busy.outcome, ChildOutcome::OutOfTime);
+    EXPECT_EQ(busy.limits.seconds, 2U) << "no more than the most";
     if (kLimitsMemory) {
-        limits = {std::size_t{256} << 20, 60.0};
+        EXPECT_EQ(outcome([](int) { return hoards(300); }), ChildOutcome::OutOfMemory);
         EXPECT_EQ(outcome([](int) {
-                      std::vector<std::vector<char>> hoard;
-                      for (;;)
-                          hoard.emplace_back(std::size_t{16} << 20, 'x');
-                      return true;
+                      raiseLimits(std::size_t{300} << 20, 0);
+                      return hoards(300);
                   }),
-                  ChildOutcome::OutOfMemory);
+                  ChildOutcome::Done);
     }
 }
 
@@ -103,6 +114,20 @@ TEST(Importer, saysInOneLineWhyThereIsNothing) {
     EXPECT_THAT(errorOf(folder.write("notes.txt", bytesOf("Dear diary"))),
                 HasSubstr(".gltf, .glb, .obj, .ply or .stl"));
     EXPECT_THAT(errorOf(folder.write("a\nb.glb", bytesOf("glTF\n"))), testing::Not(HasSubstr("\n")));
+}
+
+TEST(Importer, saysWhichLimitAndWhichSwitch) {
+    const Folder folder;
+    std::string text = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
+    for (int i = 0; i < 3000000; ++i)
+        text += "f 1 2 3\n";
+    const std::string path = folder.write("a.obj", bytesOf(text)).string();
+    EXPECT_THAT(importModel(path, {{}, 1}).error,
+                testing::AllOf(HasSubstr("more than 1 s "), HasSubstr("--limit-time 4")));
+    if (kLimitsMemory) {
+        EXPECT_THAT(importModel(path, {std::size_t{90} << 20, {}}).error,
+                    testing::AllOf(HasSubstr("more than 90 MB "), HasSubstr("--limit-memory 1G")));
+    }
 }
 
 using NamedFile = std::pair<const char*, Bytes>;
