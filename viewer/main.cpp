@@ -8,9 +8,12 @@
 #include "info/Describe.h"
 #include "info/GLInfo.h"
 #include "options/CommandLine.h"
+#include "output/OutputFile.h"
 #include "session/GLSession.h"
 #include "window/ViewerWindow.h"
 
+#include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -90,6 +93,16 @@ Loaded loadModels(const Options& options, Progress& progress) {
     return loaded;
 }
 
+/// Whatever the outputs are called.
+void spareInputs(const Options& options, const Scene& scene) {
+    for (const std::vector<std::string>& files : {options.models, options.spriteImages, scene.files})
+        std::for_each(files.begin(), files.end(), OutputFile::spare);
+    for (const Image& image : scene.images)
+        OutputFile::spare(image.path);
+    for (const char* suffix : {".vert", ".frag"})
+        OutputFile::spare(options.shader + suffix);
+}
+
 int showGLInfo(const Options& options) {
     const std::unique_ptr<GLSession> gl = GLSession::forPictures(options.glRoad, options.verbose);
     print(describeGL());
@@ -115,6 +128,7 @@ int run(int argc, const char* const* argv) {
     }
     if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
         throw Failure(kExitNoInput, options.subject() + ": nothing in it can be drawn");
+    spareInputs(options, loaded.scene);
     if (options.compare)
         print(compareShadings(options, loaded.scene, progress));
     if (options.compare && !options.writes())
@@ -132,6 +146,7 @@ int run(int argc, const char* const* argv) {
 
 int main(int argc, char** argv) {
     orloview::occupyClosedStreams();
+    std::signal(SIGXFSZ, SIG_IGN); // the write that goes too far fails, as on a full disk
     try {
         return orloview::run(argc, argv);
     } catch (const orloview::Failure& failure) {

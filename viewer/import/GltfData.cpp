@@ -140,10 +140,12 @@ std::vector<std::uint8_t> GltfData::loadBuffer(std::size_t index) {
     if (uri.starts_with("data:"))
         return decodeDataUri(uri);
     const std::string name = decodeUri(uri);
+    const std::filesystem::path file = fFolder / name;
     try {
-        const std::size_t size = bytesOnDisk(fFolder / name);
+        const std::size_t size = bytesOnDisk(file);
         raiseLimits(memoryFor(size), secondsFor(size));
-        return readFile(fFolder / name);
+        fFiles.push_back(file.string());
+        return readFile(file);
     } catch (const ImportError& error) {
         throw ImportError("the buffer file '" + name + "', which belongs beside it: " + error.what());
     }

@@ -38,6 +38,9 @@ public:
     /// The bytes of a buffer view.
     std::span<const std::uint8_t> view(std::size_t index);
 
+    /// Those that buffers were loaded from.
+    const std::vector<std::string>& files() const { return fFiles; }
+
 private:
     struct Layout {
         int componentType = 0;
@@ -68,6 +71,7 @@ private:
     std::vector<GltfObject> fViews;
     std::vector<GltfObject> fBuffers;
     std::vector<std::vector<std::uint8_t>> fLoaded; ///< by buffer; empty until used
+    std::vector<std::string> fFiles;
 };
 
 } // namespace orloview

@@ -133,6 +133,7 @@ public:
             walk(root);
         for (const std::size_t node : fSkinned)
             placeSkinned(fNodes[node], fWorlds[node]);
+        fScene.files = fData.files();
         fScene.warnings = fWarnings.lines();
         return std::move(fScene);
     }

@@ -80,6 +80,7 @@ void ObjMaterials::readLibrary(const std::string& name) {
     std::vector<std::uint8_t> bytes;
     try {
         bytes = readFile(fFolder / name);
+        fScene.files.push_back((fFolder / name).string());
     } catch (const ImportError& error) {
         fLibraryMissing = true;
         return fWarnings.add("the material library '" + name + "'", std::string("left out: ") + error.what());

@@ -1,6 +1,7 @@
 #include "session/DisplaySession.h"
 
 #include "base/ExitCode.h"
+#include "output/OutputFile.h"
 
 #include <array>
 #include <csignal>
@@ -27,6 +28,7 @@ int ignoreError(Display*, XErrorEvent*) {
 int serverLost(Display*) {
     std::fputs("orloview: the connection to the X server was lost; start it again and repeat the command\n",
                stderr);
+    OutputFile::removeUnfinished();
     std::_Exit(kExitNoGL);
 }
 
