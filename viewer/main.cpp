@@ -146,7 +146,8 @@ int run(int argc, const char* const* argv) {
 
 int main(int argc, char** argv) {
     orloview::occupyClosedStreams();
-    std::signal(SIGXFSZ, SIG_IGN); // the write that goes too far fails, as on a full disk
+    for (const int signal : {SIGXFSZ, SIGPIPE}) // the write that can't be done fails, as on a full disk
+        std::signal(signal, SIG_IGN);
     try {
         return orloview::run(argc, argv);
     } catch (const orloview::Failure& failure) {

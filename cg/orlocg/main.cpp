@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -27,6 +28,14 @@ void occupyClosedStreams() {
         if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", stream == 0 ? O_WRONLY : O_RDONLY) != stream)
             std::_Exit(kOurFault);
     }
+}
+
+/// Names of files, and what a program holds, may be meant for the terminal.
+void tell(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(),
+        [](unsigned char c) { return (c < 0x20 && c != '\n' && c != '\t') || c == 0x7F; }, ' ');
+    std::fputs(text.c_str(), stderr);
 }
 
 std::optional<std::string> readAll(const std::string& path) {
@@ -93,14 +102,14 @@ int run(int argc, char** argv) {
     }
     const std::optional<std::string> source = readAll(file);
     if (!source) {
-        std::fprintf(stderr, "orlocg: %s: it can't be read; check the name\n", file.c_str());
+        tell("orlocg: " + file + ": it can't be read; check the name\n");
         return kNoInput;
     }
     options.stage = stage == "vertex" ? Stage::Vertex : Stage::Fragment;
     options.fileName = file;
     std::string listing;
     const std::unique_ptr<CompiledProgram> program = compile(*source, options, listing);
-    std::fputs(listing.c_str(), stderr);
+    tell(listing);
     if (!program)
         return kDoesNotCompile;
     if (parameters || output.empty()) {
@@ -117,7 +126,7 @@ int run(int argc, char** argv) {
     written << program->glsl;
     written.close();
     if (!written) {
-        std::fprintf(stderr, "orlocg: %s: it could not be written\n", output.c_str());
+        tell("orlocg: " + output + ": it could not be written\n");
         return kNotWritten;
     }
     return kDone;
@@ -127,6 +136,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     occupyClosedStreams();
+    std::signal(SIGPIPE, SIG_IGN); // the write fails instead
     try {
         return run(argc, argv);
     } catch (const std::exception& fault) {

@@ -362,9 +362,10 @@ class Program(ViewerProgram):
             ("0<&- 1>&- 2>&-", (model, "-o", self.path("out.png"), "--size", "9x9"), 0),
             ("1>&-", (model, "-o", "-", "--size", "9x9"), 5),
             ("1>&-", (model, "--compare", "fixed", "glsl", "--size", "9x9"), 5),
+            ("| true", (model, "-o", "-", "--size", "999x999"), 5),
             ("2>&-", (model, self.path("gone.obj"), "-o", self.path("out.png"), "--size", "9x9"), 3),
         ):
-            command = ["sh", "-c", f'exec "$@" {closed}', "sh", ORLOVIEW, *arguments]
+            command = ["bash", "-c", f'set -o pipefail; "$@" {closed}', "sh", ORLOVIEW, *arguments]
             self.assertEqual(subprocess.run(command, timeout=60, stderr=subprocess.DEVNULL).returncode, code, (closed, arguments))
 
     def test_nothing_to_draw(self):
@@ -374,6 +375,10 @@ class Program(ViewerProgram):
         self.fails(2, [self.folder, *out], self.folder)
         self.fails(2, [self.write("empty.obj", ""), *out], "empty.obj")
         self.fails(2, [self.write("m.xyz", "hello"), *out], "m.xyz")
+        self.assertIn(": m  [2J", self.fails(2, ["m\n\033[2J\u009b", *out]))
+        os.mkfifo(self.path("pipe.glb"))
+        self.fails(2, [self.path("pipe.glb"), *out], "a pipe")
+        self.assertNotIn("$", self.fails(2, [self.write("m.stl", "hello" * 99), *out], "damaged"))
         self.fails(2, [self.write("n.gltf", '{"asset":{"version":"2.0"}}'), *out], "n.gltf")
 
     def test_a_limit_of_files_is_none_of_reading(self):

@@ -20,9 +20,9 @@ std::vector<std::uint8_t> readFile(const fs::path& path) {
     if (error)
         throw ImportError("the file can't be read: " + error.message() + "; check its name and permissions");
     if (status.type() == fs::file_type::directory)
-        throw ImportError("this is a directory; name a model file in it");
+        throw ImportError("this is a directory; name a file in it");
     if (status.type() != fs::file_type::regular)
-        throw ImportError("this is not a regular file; save the model to a file first");
+        throw ImportError("this is a device or a pipe; save it to a file first");
 
     std::ifstream file(path, std::ios::binary);
     if (!file)

@@ -1,6 +1,7 @@
 #include "import/AssimpReader.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cmath>
 #include <map>
@@ -59,6 +60,12 @@ AffineMatrix lookingAlong(const aiVector3D& place, aiVector3D forward, aiVector3
         m[3][axis] = static_cast<double>(place[axis]);
     }
     return m;
+}
+
+/// A name as the file has it: the library names what has none, and parts a node's transform over several.
+std::string nameOf(const aiString& name) {
+    const std::string whole = name.C_Str();
+    return whole == AI_DEFAULT_MATERIAL_NAME ? "" : whole.substr(0, whole.find("_$AssimpFbx$"));
 }
 
 koColor::Color toColor(const aiColor4D& c) {
@@ -187,7 +194,7 @@ Material Converter::material(const aiMaterial& source) {
     Material result;
     aiString name;
     if (source.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS)
-        result.name = name.C_Str();
+        result.name = nameOf(name);
     aiColor4D color;
     if (source.Get(AI_MATKEY_BASE_COLOR, color) == aiReturn_SUCCESS ||
         source.Get(AI_MATKEY_COLOR_DIFFUSE, color) == aiReturn_SUCCESS)
@@ -276,7 +283,7 @@ void Converter::addMesh(unsigned index) {
 void Converter::addElements(unsigned index, unsigned width, Topology topology) {
     const aiMesh& source = *fSource.mMeshes[index];
     Mesh mesh;
-    mesh.name = source.mName.C_Str();
+    mesh.name = nameOf(source.mName);
     mesh.topology = topology;
     mesh.bothSides = true;
     for (unsigned i = 0; i < source.mNumFaces; ++i)
@@ -319,11 +326,10 @@ void Converter::placeNodes() {
         const AffineMatrix world = toAffine(transform);
         const bool finite = std::all_of(world[0], world[0] + 12, [](double e) { return std::isfinite(e); });
         if (!finite)
-            fWarnings.add(std::string("the node '") + node->mName.C_Str() + "'",
-                          "left out: its transform is not finite");
+            fWarnings.add("the node '" + nameOf(node->mName) + "'", "left out: its transform is not finite");
         for (unsigned i = 0; finite && i < node->mNumMeshes; ++i)
             for (const int mesh : fMeshes[node->mMeshes[i]])
-                fScene.instances.push_back({node->mName.C_Str(), mesh, world});
+                fScene.instances.push_back({nameOf(node->mName), mesh, world});
         for (unsigned i = node->mNumChildren; i-- > 0;)
             open.emplace_back(node->mChildren[i], transform);
     }
@@ -333,7 +339,7 @@ void Converter::addCameras() {
     for (unsigned i = 0; i < fSource.mNumCameras; ++i) {
         const aiCamera& source = *fSource.mCameras[i];
         Camera camera;
-        camera.name = source.mName.C_Str();
+        camera.name = nameOf(source.mName);
         camera.aspect = static_cast<double>(source.mAspect);
         camera.zNear = static_cast<double>(source.mClipPlaneNear);
         camera.zFar = static_cast<double>(source.mClipPlaneFar);
@@ -356,7 +362,7 @@ void Converter::addLights() {
     for (unsigned i = 0; i < fSource.mNumLights; ++i) {
         const aiLight& source = *fSource.mLights[i];
         Light light;
-        light.name = source.mName.C_Str();
+        light.name = nameOf(source.mName);
         if (source.mType == aiLightSource_DIRECTIONAL)
             light.kind = Light::Kind::Directional;
         else if (source.mType == aiLightSource_SPOT)
@@ -386,7 +392,11 @@ constexpr unsigned kPostprocess = aiProcess_Triangulate;
 std::string reasonOf(const Assimp::Importer& importer) {
     std::string_view message = importer.GetErrorString();
     message = takeLine(message);
-    const bool isInternal = message.find("xception") != message.npos || message.find(".cpp") != message.npos;
+    constexpr std::array kInternal{"xception", ".cpp",         "std::",      "$$$",
+                                   "mporter",  "StreamReader", "Compression"};
+    const bool isInternal = std::any_of(kInternal.begin(), kInternal.end(), [message](const char* word) {
+        return message.find(word) != message.npos;
+    });
     if (message.empty() || isInternal)
         return "the file is damaged; export the model again";
     return "the import library says '" + std::string(message.substr(0, 160)) + "'; export the model again";

@@ -52,6 +52,9 @@ std::string PictureSearch::find(std::string_view name) {
             candidates.push_back(findIgnoringCase(above, fs::path(usual) / last));
     }
     const auto found = std::find_if(candidates.begin(), candidates.end(), isFile);
+    std::error_code error;
+    if (found == candidates.end() && fs::is_other(fFolder / path, error))
+        throw ImportError("this is a device or a pipe; save it to a file first");
     if (found == candidates.end())
         throw ImportError("there is no such file");
     return found->string();

@@ -180,8 +180,9 @@ void OutputFile::commit() {
 
 void OutputFile::fail() const {
     const std::string reason = errno != 0 ? std::strerror(errno) : "the disk took no more";
-    throw Failure(kExitNotWritten, fPath + ": the picture could not be written: " + reason +
-                                       "; check the folder, its rights and the space left");
+    const char* hint =
+        errno == EPIPE ? "; who read it has gone" : "; check the folder, its rights and the space left";
+    throw Failure(kExitNotWritten, fPath + ": the picture could not be written: " + reason + hint);
 }
 
 } // namespace orloview
