@@ -1,6 +1,7 @@
 // orloview, the reference viewer: reads models, draws them through the library, in a window or to a picture.
 
 #include "WritePictures.h"
+#include "base/Confinement.h"
 #include "base/ExitCode.h"
 #include "base/Say.h"
 #include "draw/Fountain.h"
@@ -58,6 +59,8 @@ struct Loaded {
 Loaded loadModels(const Options& options, Progress& progress) {
     Loaded loaded;
     bool any = false;
+    if (const std::string open = whatIsNotConfined(); options.verbose && !open.empty())
+        say("this kernel can't confine who reads the models in " + open);
     progress.begin(Progress::Stage::Read);
     for (size_t i = 0; i < options.models.size(); ++i) {
         const std::string& path = options.models[i];

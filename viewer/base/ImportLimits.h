@@ -12,6 +12,9 @@ struct ImportLimits {
 
     /// Of computing. None: in proportion too, 30 at least.
     std::optional<unsigned> seconds;
+
+    /// Whether the model may name files anywhere, not only in its folder and the one above.
+    bool allowOutside = false;
 };
 
 } // namespace orloview

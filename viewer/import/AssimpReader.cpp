@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/Importer.hpp>
 #include <assimp/config.h>
 #include <assimp/material.h>
@@ -155,8 +156,7 @@ std::vector<std::uint8_t> fileOf(const aiTexture& embedded) {
 
 class Converter {
 public:
-    Converter(const aiScene& source, std::filesystem::path folder)
-        : fSource(source), fPictures(std::move(folder)) {}
+    Converter(const aiScene& source, const ModelFolder& folder) : fSource(source), fPictures(folder) {}
 
     Scene convert(const std::string& format) {
         fScene.format = format;
@@ -386,6 +386,29 @@ void Converter::addLights() {
     }
 }
 
+/// Opens what the model may name, for the library.
+class LibraryFiles : public Assimp::DefaultIOSystem {
+public:
+    LibraryFiles(std::filesystem::path model, const ModelFolder& folder)
+        : fModel(std::move(model)), fFolder(folder) {}
+
+    Assimp::IOStream* Open(const char* file, const char* mode) override {
+        const bool isModel = fModel == file;
+        std::vector<std::string>& told = isModel || fFolder.allows(file) ? fRead : fRefused;
+        told.emplace_back(file);
+        return &told == &fRead ? DefaultIOSystem::Open(file, mode) : nullptr;
+    }
+
+    const std::vector<std::string>& read() const { return fRead; }
+    const std::vector<std::string>& refused() const { return fRefused; }
+
+private:
+    std::filesystem::path fModel;
+    const ModelFolder& fFolder;
+    std::vector<std::string> fRead;
+    std::vector<std::string> fRefused;
+};
+
 constexpr unsigned kPostprocess = aiProcess_Triangulate;
 
 /// The library's own words where they help: the first line without the tags it puts in front.
@@ -402,7 +425,7 @@ std::string reasonOf(const Assimp::Importer& importer) {
     return "the import library says '" + std::string(message.substr(0, 160)) + "'; export the model again";
 }
 
-Scene convert(const Assimp::Importer& importer, const aiScene* source, const std::filesystem::path& folder,
+Scene convert(const Assimp::Importer& importer, const aiScene* source, const ModelFolder& folder,
               const std::string& format) {
     if (source != nullptr && source->mRootNode != nullptr)
         return Converter(*source, folder).convert(format);
@@ -422,18 +445,28 @@ void withoutDot(std::string& suffix) {
 Scene readStl(const std::vector<std::uint8_t>& bytes) {
     Assimp::Importer importer;
     const aiScene* source = importer.ReadFileFromMemory(bytes.data(), bytes.size(), kPostprocess, "stl");
-    Scene scene = convert(importer, source, {}, "STL");
+    Scene scene = convert(importer, source, ModelFolder({}), "STL");
     for (Mesh& mesh : scene.meshes)
         addFlatNormals(mesh); // those of the file are often zero or point inwards
     return scene;
 }
 
-Scene readByLibrary(const std::filesystem::path& path) {
+Scene readByLibrary(const std::filesystem::path& path, const ModelFolder& folder) {
     Assimp::Importer importer;
+    auto* const files = new LibraryFiles(path, folder);
+    importer.SetIOHandler(files); // which ends it
     const aiScene* source = importer.ReadFile(path.string(), kPostprocess);
+    if (source == nullptr && !files->refused().empty())
+        throw ImportError("the file '" + files->refused().front() +
+                          "', which it names: " + ModelFolder::kOutside);
     std::string format = path.extension().string();
     withoutDot(format);
-    return convert(importer, source, path.parent_path(), format.empty() ? "model" : format);
+    Scene scene = convert(importer, source, folder, format.empty() ? "model" : format);
+    scene.files = files->read();
+    for (const std::string& file : files->refused())
+        scene.warnings.push_back(
+            printable("the file '" + file + "': left out: " + ModelFolder::kOutside, 300));
+    return scene;
 }
 
 bool libraryReads(const std::string& suffix) {

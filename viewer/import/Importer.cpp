@@ -9,6 +9,7 @@
 
 #include <unistd.h>
 
+#include "base/Confinement.h"
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
 #include "base/Text.h"
@@ -25,9 +26,9 @@ namespace {
 constexpr std::size_t kLongestError = 1000;
 
 /// The child's work: the scene, or one line that says what is wrong.
-bool readInto(int output, const std::string& path, SharedFraction& done) {
+bool readInto(int output, const std::string& path, const ModelFolder& folder, SharedFraction& done) {
     try {
-        return writeScene(readModel(path, [&done](double fraction) { done.set(fraction); }), output);
+        return writeScene(readModel(path, folder, [&done](double fraction) { done.set(fraction); }), output);
     } catch (const ImportError& error) {
         const std::string line = error.what();
         static_cast<void>(::write(output, line.data(), line.size()) != 0);
@@ -88,10 +89,14 @@ std::string whatHappened(const ChildResult& result) {
 ImportResult importModel(const std::string& path, const ImportLimits& asked, const ProgressReport& report) {
     ImportResult result;
     SharedFraction done;
+    const ModelFolder folder(path, asked.allowOutside);
     try {
-        const ChildResult child =
-            runInChild([&](int output) { return readInto(output, path, done); }, childLimits(path, asked),
-                       [&] { tell(report, done.get(), 1.0); });
+        const ChildResult child = runInChild(
+            [&](int output) {
+                confine(folder.readable());
+                return readInto(output, path, folder, done);
+            },
+            childLimits(path, asked), [&] { tell(report, done.get(), 1.0); });
         if (child.outcome != ChildOutcome::Done)
             result.error = whatHappened(child);
         else if (!readScene(child.output, result.scene))

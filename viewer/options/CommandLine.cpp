@@ -207,6 +207,8 @@ void Switches::addFiles() {
          [this](const std::string& text) {
              fOptions.limits.seconds = static_cast<unsigned>(parseCount("--limit-time", text, 1, 1000000));
          });
+    fApp.add_flag("--allow-outside", fOptions.limits.allowOutside,
+                  "Let models name files outside their folder and the one above");
     word(
         "-o,--output", "FILE",
         "Write a picture here and open no window: .png, .jpg, .bmp, .tga, .ppm, or .pfm for linear floats; - "

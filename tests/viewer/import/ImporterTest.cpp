@@ -1,5 +1,6 @@
 #include "TestFiles.h"
 
+#include "base/Confinement.h"
 #include "import/ChildProcess.h"
 #include "import/Importer.h"
 #include "import/ModelReader.h"
@@ -7,7 +8,11 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <sys/wait.h>
+#include <fcntl.h>
+#include <sys/ptrace.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
 
 namespace orloview {
 namespace {
@@ -130,6 +135,80 @@ TEST(Importer, saysWhichLimitAndWhichSwitch) {
     }
 }
 
+TEST(Importer, staysInTheFolders) {
+    const Folder folder;
+    for (const char* sub : {"above", "above/model", "above/maps", "outside"})
+        std::filesystem::create_directory(folder.path() / sub);
+    const Bytes corners = packed(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0});
+    for (const char* file : {"above/maps/a.bin", "above/model/b.bin", "outside/c.bin"})
+        folder.write(file, corners);
+    std::filesystem::create_symlink("../maps/a.bin", folder.path() / "above/model/near");
+    std::filesystem::create_symlink("../../outside/c.bin", folder.path() / "above/model/far");
+    const std::string outside = (folder.path() / "outside/c.bin").string();
+    const std::pair<std::string, const char*> kNames[] = {
+        {"../maps/a.bin", ""},
+        {"near", ""},
+        {"far", "outside the model's folder"},
+        {outside, "outside the model's folder"},
+        {"../../outside/c.bin", "outside the model's folder"},
+        {"..%2f../outside%2Fc.bin", "outside the model's folder"},
+        {"b.bin%00.png", "no such file"},
+    };
+    for (const auto& [name, reason] : kNames) {
+        GltfFile file = triangle();
+        file.json["buffers"][0] = {{"uri", name}, {"byteLength", corners.size()}};
+        const std::string path = folder.write("above/model/a.gltf", bytesOf(file.json.dump())).string();
+        EXPECT_THAT(importModel(path).error, HasSubstr(reason)) << name;
+        EXPECT_EQ(bool{importModel(path)}, *reason == 0) << name;
+        EXPECT_EQ(bool{importModel(path, {{}, {}, true})}, !name.starts_with("b.bin")) << name;
+    }
+    const std::string obj = folder
+                                .write("above/model/a.obj", bytesOf("mtllib " + outside +
+                                                                    "\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"))
+                                .string();
+    EXPECT_THAT(importModel(obj).scene.warnings,
+                testing::ElementsAre(HasSubstr("outside the model's folder")));
+    const std::string x3d =
+        folder
+            .write("above/model/a.x3d",
+                   bytesOf("<X3D><Scene><Inline url='../../outside/b.x3d'/></Scene></X3D>"))
+            .string();
+    EXPECT_THAT(importModel(x3d).error, HasSubstr("outside the model's folder"));
+}
+
+/// What a reader could do that a damaged file has taken over.
+TEST(Confinement, leavesNothingButReading) {
+    if (!whatIsNotConfined().empty())
+        GTEST_SKIP() << "this kernel has no means for " << whatIsNotConfined();
+    const Folder folder;
+    const std::string inside = folder.write("in", bytesOf("x")).string();
+    const std::string linked = (folder.path() / "link").string();
+    std::filesystem::create_symlink("/etc/passwd", linked);
+    const ChildResult result = runInChild(
+        [&](int output) {
+            confine({inside, folder.path()});
+            rlimit time{};
+            raiseLimits(0, 1);
+            ::getrlimit(RLIMIT_CPU, &time);
+            const bool could[] = {::open("/etc/passwd", O_RDONLY) >= 0,
+                                  ::open(linked.c_str(), O_RDONLY) >= 0,
+                                  ::open(inside.c_str(), O_WRONLY) >= 0,
+                                  ::unlink(inside.c_str()) == 0,
+                                  ::socket(AF_UNIX, SOCK_STREAM, 0) >= 0,
+                                  ::syscall(0x40000000 | SYS_socket, AF_UNIX, SOCK_STREAM, 0) >= 0,
+                                  ::execl("/bin/true", "true", nullptr) == 0,
+                                  ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0,
+                                  ::kill(::getppid(), 0) == 0,
+                                  ::prlimit(::getppid(), RLIMIT_CPU, nullptr, &time) == 0,
+                                  time.rlim_cur != 6,
+                                  ::open(inside.c_str(), O_RDONLY) < 0};
+            return ::write(output, could, sizeof could) == sizeof could;
+        },
+        {std::size_t{2} << 30, 5, std::size_t{2} << 30, 6});
+    EXPECT_EQ(result.outcome, ChildOutcome::Done);
+    EXPECT_EQ(result.output, Bytes(12, 0));
+}
+
 using NamedFile = std::pair<const char*, Bytes>;
 
 /// Hands over the whole file, then every beginning of it.
@@ -165,7 +244,7 @@ TEST(Importer, survivesEveryCut) {
         cutEverywhere(file, [](const std::filesystem::path& path, bool isWhole) {
             std::size_t triangles = 0;
             const std::string message = refusal([&] {
-                const Scene scene = readModel(path);
+                const Scene scene = readModel(path, ModelFolder(path));
                 EXPECT_TRUE(isConsistent(scene)) << path;
                 triangles = scene.count(Topology::Triangles);
             });

@@ -40,7 +40,7 @@ TEST(PictureSearch, findsWhatWasNamedOnAnotherMachine) {
         {"..\\Far.PNG", "far.png"},
         {(folder.path() / "far.png").string(), "far.png"},
     };
-    PictureSearch search(folder.path() / "model");
+    PictureSearch search(ModelFolder(folder.path() / "model/a.obj"));
     for (const auto& [name, file] : kNames) {
         const std::string found = errorOf(search, name);
         EXPECT_TRUE(found.starts_with("found ") &&
