@@ -34,6 +34,14 @@ macro(need package debian)
   endif()
 endmacro()
 
+# need_module(PREFIX MODULE DEBIAN): the same by pkg-config; what links PkgConfig::PREFIX.
+macro(need_module prefix module debian)
+  pkg_check_modules(${prefix} IMPORTED_TARGET GLOBAL ${module})
+  if(NOT ${prefix}_FOUND)
+    message(FATAL_ERROR "OrloGL needs ${module} and finds none; on Debian: apt install ${debian}")
+  endif()
+endmacro()
+
 # Everything of ours is compiled with these; libraries of others are not.
 add_library(orlo_warnings INTERFACE)
 target_compile_options(orlo_warnings INTERFACE -Wall -Wextra -Wpedantic

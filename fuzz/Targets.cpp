@@ -46,11 +46,17 @@ void readScene(Read read) {
 }
 
 void readGltf(Bytes bytes) {
-    readScene([&] { return orloview::readGltf(Buffer(bytes.begin(), bytes.end()), "nowhere/model.gltf"); });
+    readScene([&] {
+        return orloview::readGltf(Buffer(bytes.begin(), bytes.end()),
+                                  orloview::ModelFolder("nowhere/model.gltf"));
+    });
 }
 
 void readObj(Bytes bytes) {
-    readScene([&] { return orloview::readObj(Buffer(bytes.begin(), bytes.end()), "nowhere/model.obj"); });
+    readScene([&] {
+        return orloview::readObj(Buffer(bytes.begin(), bytes.end()),
+                                 orloview::ModelFolder("nowhere/model.obj"));
+    });
 }
 
 /// A folder of this process's own.
@@ -67,8 +73,10 @@ void readMtl(Bytes bytes) {
     std::ofstream(folder.path / "m.mtl", std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     const std::string_view model = "mtllib m.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl a\nf 1 2 3\n";
-    readScene(
-        [&] { return orloview::readObj(Buffer(model.begin(), model.end()), folder.path / "model.obj"); });
+    readScene([&] {
+        return orloview::readObj(Buffer(model.begin(), model.end()),
+                                 orloview::ModelFolder(folder.path / "model.obj"));
+    });
 }
 
 void readPly(Bytes bytes) {

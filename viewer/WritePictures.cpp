@@ -178,7 +178,7 @@ const char* nameOf(Shading shading) {
 
 } // namespace
 
-void compareShadings(const Options& options, const Scene& scene, Progress& progress) {
+std::string compareShadings(const Options& options, const Scene& scene, Progress& progress) {
     std::array<std::vector<std::uint8_t>, 2> pictures;
     for (size_t i = 0; i < 2; ++i) {
         Options shaded = options;
@@ -201,11 +201,13 @@ void compareShadings(const Options& options, const Scene& scene, Progress& progr
         }
     }
     const auto width = static_cast<size_t>(options.width);
-    std::printf("%s and %s: largest difference %d of 255", nameOf((*options.compare)[0]),
-                nameOf((*options.compare)[1]), largest);
-    if (largest > 0)
-        std::printf(" (at %zu,%zu from the top left)", place % width, place / width);
-    std::printf(", mean %.3f\n", sum / (0.75 * static_cast<double>(pictures[0].size())));
+    const std::string at = largest == 0 ? ""
+                                        : " (at " + std::to_string(place % width) + "," +
+                                              std::to_string(place / width) + " from the top left)";
+    char mean[32];
+    std::snprintf(mean, sizeof mean, "%.3f", sum / (0.75 * static_cast<double>(pictures[0].size())));
+    return std::string(nameOf((*options.compare)[0])) + " and " + nameOf((*options.compare)[1]) +
+           ": largest difference " + std::to_string(largest) + " of 255" + at + ", mean " + mean + "\n";
 }
 
 int writePictures(const Options& options, const Scene& scene, bool isWhole, Progress& progress) {

@@ -11,7 +11,8 @@ namespace orloview {
 /// or `isWhole` says that it isn't all there. Throws Failure.
 int writePictures(const Options& options, const Scene& scene, bool isWhole, Progress& progress);
 
-/// Draws the scene with both shadings of --compare and prints how far the pictures are apart. Throws Failure.
-void compareShadings(const Options& options, const Scene& scene, Progress& progress);
+/// Draws the scene with both shadings of --compare and tells, in a line, how far the pictures are apart.
+/// Throws Failure.
+std::string compareShadings(const Options& options, const Scene& scene, Progress& progress);
 
 } // namespace orloview

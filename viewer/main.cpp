@@ -1,6 +1,7 @@
 // orloview, the reference viewer: reads models, draws them through the library, in a window or to a picture.
 
 #include "WritePictures.h"
+#include "base/Confinement.h"
 #include "base/ExitCode.h"
 #include "base/Say.h"
 #include "draw/Fountain.h"
@@ -8,11 +9,16 @@
 #include "info/Describe.h"
 #include "info/GLInfo.h"
 #include "options/CommandLine.h"
+#include "output/OutputFile.h"
 #include "session/GLSession.h"
 #include "window/ViewerWindow.h"
 
+#include <algorithm>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <fcntl.h>
 #include <filesystem>
 
 #include <orlohost/HWEnvironment.h>
@@ -20,6 +26,15 @@
 namespace orloview {
 
 namespace {
+
+/// A stream that the caller has closed leaves its number to the next file: the connection to the display
+/// would take it, and get the picture. What reads or writes here fails, so nothing is lost unnoticed.
+void occupyClosedStreams() {
+    for (const int stream : {0, 1, 2}) {
+        if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", stream == 0 ? O_WRONLY : O_RDONLY) != stream)
+            std::_Exit(kExitOurFault);
+    }
+}
 
 /// Prints what was asked for.
 void print(const std::string& text) {
@@ -44,13 +59,15 @@ struct Loaded {
 Loaded loadModels(const Options& options, Progress& progress) {
     Loaded loaded;
     bool any = false;
+    if (const std::string open = whatIsNotConfined(); options.verbose && !open.empty())
+        say("this kernel can't confine who reads the models in " + open);
     progress.begin(Progress::Stage::Read);
     for (size_t i = 0; i < options.models.size(); ++i) {
         const std::string& path = options.models[i];
         progress.clear();
         if (options.verbose)
             say("reading " + path);
-        ImportResult result = importModel(path, {}, [&](double done) {
+        ImportResult result = importModel(path, options.limits, [&](double done) {
             progress.update((static_cast<double>(i) + done) / static_cast<double>(options.models.size()));
         });
         progress.clear();
@@ -79,6 +96,16 @@ Loaded loadModels(const Options& options, Progress& progress) {
     return loaded;
 }
 
+/// Whatever the outputs are called.
+void spareInputs(const Options& options, const Scene& scene) {
+    for (const std::vector<std::string>& files : {options.models, options.spriteImages, scene.files})
+        std::for_each(files.begin(), files.end(), OutputFile::spare);
+    for (const Image& image : scene.images)
+        OutputFile::spare(image.path);
+    for (const char* suffix : {".vert", ".frag"})
+        OutputFile::spare(options.shader + suffix);
+}
+
 int showGLInfo(const Options& options) {
     const std::unique_ptr<GLSession> gl = GLSession::forPictures(options.glRoad, options.verbose);
     print(describeGL());
@@ -104,8 +131,9 @@ int run(int argc, const char* const* argv) {
     }
     if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
         throw Failure(kExitNoInput, options.subject() + ": nothing in it can be drawn");
+    spareInputs(options, loaded.scene);
     if (options.compare)
-        compareShadings(options, loaded.scene, progress);
+        print(compareShadings(options, loaded.scene, progress));
     if (options.compare && !options.writes())
         return loaded.complete ? kExitDone : kExitIncomplete;
     if (options.writes())
@@ -119,6 +147,9 @@ int run(int argc, const char* const* argv) {
 } // namespace orloview
 
 int main(int argc, char** argv) {
+    orloview::occupyClosedStreams();
+    for (const int signal : {SIGXFSZ, SIGPIPE}) // the write that can't be done fails, as on a full disk
+        std::signal(signal, SIG_IGN);
     try {
         return orloview::run(argc, argv);
     } catch (const orloview::Failure& failure) {

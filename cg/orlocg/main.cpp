@@ -5,8 +5,11 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <fcntl.h>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -25,9 +28,28 @@ enum CompilerExit {
     kOurFault = 70
 };
 
+/// A stream that the caller has closed leaves its number to the next file, which listings would be written
+/// to.
+void occupyClosedStreams() {
+    for (const int stream : {0, 1, 2}) {
+        if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", stream == 0 ? O_WRONLY : O_RDONLY) != stream)
+            std::_Exit(kOurFault);
+    }
+}
+
+/// Names of files, and what a program holds, may be meant for the terminal.
+void tell(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(),
+        [](unsigned char c) { return (c < 0x20 && c != '\n' && c != '\t') || c == 0x7F; }, ' ');
+    std::fputs(text.c_str(), stderr);
+}
+
 std::optional<std::string> readAll(const std::string& path) {
-    if (path == "-")
-        return std::string(std::istreambuf_iterator<char>(std::cin), {});
+    if (path == "-") {
+        std::string text(std::istreambuf_iterator<char>(std::cin), {});
+        return std::ferror(stdin) == 0 ? std::optional(std::move(text)) : std::nullopt;
+    }
     std::ifstream file(path, std::ios::binary);
     std::string text(std::istreambuf_iterator<char>(file), {});
     return file.good() || file.eof() ? std::optional(std::move(text)) : std::nullopt;
@@ -87,29 +109,31 @@ int run(int argc, char** argv) {
     }
     const std::optional<std::string> source = readAll(file);
     if (!source) {
-        std::fprintf(stderr, "orlocg: %s: it can't be read; check the name\n", file.c_str());
+        tell("orlocg: " + file + ": it can't be read; check the name\n");
         return kNoInput;
     }
     options.stage = stage == "vertex" ? Stage::Vertex : Stage::Fragment;
     options.fileName = file;
     std::string listing;
     const std::unique_ptr<CompiledProgram> program = compile(*source, options, listing);
-    std::fputs(listing.c_str(), stderr);
+    tell(listing);
     if (!program)
         return kDoesNotCompile;
-    if (parameters) {
-        printParameters(*program);
-        return kDone;
-    }
-    if (output.empty()) {
-        std::fputs(program->glsl.c_str(), stdout);
-        return kDone;
+    if (parameters || output.empty()) {
+        if (parameters)
+            printParameters(*program);
+        else
+            std::fputs(program->glsl.c_str(), stdout);
+        if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+            return kDone;
+        std::fputs("orlocg: standard output took no more; check where it leads and the space left\n", stderr);
+        return kNotWritten;
     }
     std::ofstream written(output, std::ios::binary);
     written << program->glsl;
     written.close();
     if (!written) {
-        std::fprintf(stderr, "orlocg: %s: it could not be written\n", output.c_str());
+        tell("orlocg: " + output + ": it could not be written\n");
         return kNotWritten;
     }
     return kDone;
@@ -118,6 +142,8 @@ int run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    occupyClosedStreams();
+    std::signal(SIGPIPE, SIG_IGN); // the write fails instead
     try {
         return run(argc, argv);
     } catch (const std::exception& fault) {

@@ -61,6 +61,9 @@ class Orlocg(unittest.TestCase):
         self.assertEqual((result.returncode, result.stdout), (2, ""))
         self.assertIn("a.cg:3:106: error: there is no variable 'AMOUNT'", result.stderr)
         self.assertEqual(self.run_compiler("gone.cg").returncode, 3)
+        for arguments, code in (("a.cg -Iinc -DAMOUNT --entry glow >&-", 4), ("a.cg -Iinc -DAMOUNT --entry glow --params >/dev/full", 4), ("- <&-", 3), ("$'gone\\e[2J.cg'", 3)):
+            result = subprocess.run(["bash", "-c", f"{ORLOCG} {arguments}"], cwd=self.folder, stderr=subprocess.PIPE)
+            self.assertEqual((result.returncode, result.stderr.count(b"\n"), result.stderr.count(b"\033")), (code, 1, 0), arguments)
         self.assertEqual(self.run_compiler("a.cg", "--stage", "geometry").returncode, 1)
         self.assertEqual(self.run_compiler("a.cg", "--entry", "glow", "-Iinc", "-DAMOUNT", "-o", "no/where").returncode, 4)
 

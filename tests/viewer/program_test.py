@@ -1,18 +1,22 @@
 #!/usr/bin/env python3
 """orloview as a user meets it: exit code, message, picture. Usage: program_test.py ORLOVIEW [unittest arguments]"""
 
+import base64
 import json
 import math
 import os
 import pty
 import re
+import resource
+import signal
 import struct
 import subprocess
 import sys
+import time
 import unittest
 
-from viewer_files import gltf, read_png, unlit
-from viewer_program import ORLOVIEW, ViewerProgram
+from viewer_files import gltf, png, read_png, textured, unlit
+from viewer_program import ORLOVIEW, ViewerProgram, refuse_nameless_files
 
 
 class Program(ViewerProgram):
@@ -336,6 +340,8 @@ class Program(ViewerProgram):
             (["m.glb", "--samples", "9", *out], ["--samples 9", "1 to 8"]),
             (["m.glb", "--tile", "x", *out], ["--tile x", "16"]),
             (["m.glb", "--progress", "fancy", *out], ["--progress fancy", "plain"]),
+            (["m.glb", "--limit-memory", "1T", *out], ["--limit-memory 1T", "8G"]),
+            (["m.glb", "--limit-time", "0", *out], ["--limit-time 0"]),
             (["m.glb", "--json", *out], ["--json", "--info"]),
             (["m.glb", "-q", "-v", *out], ["-q and -v"]),
         ):
@@ -350,6 +356,18 @@ class Program(ViewerProgram):
         self.assertEqual(self.picture(model, "--size", "20000x10")[:2], (20000, 10), "wider than any buffer")
         os.remove(self.path("out.png"))
 
+    def test_closed_streams_get_no_picture(self):
+        model = self.write("m.gltf", gltf())
+        for closed, arguments, code in (
+            ("0<&- 1>&- 2>&-", (model, "-o", self.path("out.png"), "--size", "9x9"), 0),
+            ("1>&-", (model, "-o", "-", "--size", "9x9"), 5),
+            ("1>&-", (model, "--compare", "fixed", "glsl", "--size", "9x9"), 5),
+            ("| true", (model, "-o", "-", "--size", "999x999"), 5),
+            ("2>&-", (model, self.path("gone.obj"), "-o", self.path("out.png"), "--size", "9x9"), 3),
+        ):
+            command = ["bash", "-c", f'set -o pipefail; "$@" {closed}', "sh", ORLOVIEW, *arguments]
+            self.assertEqual(subprocess.run(command, timeout=60, stderr=subprocess.DEVNULL).returncode, code, (closed, arguments))
+
     def test_nothing_to_draw(self):
         out = ["-o", self.path("out.png")]
         message = self.fails(2, [self.path("none.glb"), *out], "none.glb")
@@ -357,7 +375,15 @@ class Program(ViewerProgram):
         self.fails(2, [self.folder, *out], self.folder)
         self.fails(2, [self.write("empty.obj", ""), *out], "empty.obj")
         self.fails(2, [self.write("m.xyz", "hello"), *out], "m.xyz")
+        self.assertIn(": m  [2J", self.fails(2, ["m\n\033[2J\u009b", *out]))
+        os.mkfifo(self.path("pipe.glb"))
+        self.fails(2, [self.path("pipe.glb"), *out], "a pipe")
+        self.assertNotIn("$", self.fails(2, [self.write("m.stl", "hello" * 99), *out], "damaged"))
         self.fails(2, [self.write("n.gltf", '{"asset":{"version":"2.0"}}'), *out], "n.gltf")
+
+    def test_a_limit_of_files_is_none_of_reading(self):
+        command = ["sh", "-c", 'ulimit -f 0; exec "$@"', "sh", ORLOVIEW, self.write("m.gltf", gltf()), "--info"]
+        self.assertEqual(subprocess.run(command, stdout=subprocess.PIPE).returncode, 0)
 
     def test_what_was_left_out_is_named(self):
         model = self.write("m.gltf", gltf())
@@ -384,7 +410,63 @@ class Program(ViewerProgram):
         self.fails(2, [self.path("gone.obj"), "-o", self.path("old.png")])
         with open(self.path("old.png")) as file:
             self.assertEqual(file.read(), "old")
-        self.assertEqual([name for name in os.listdir(self.folder) if "part" in name], [])
+        self.assertEqual(sorted(os.listdir(self.folder)), ["full.png", "m.gltf", "old.png"])
+
+    def test_nothing_is_left_of_what_ends_early(self):
+        model, out = self.write("m.gltf", gltf()), self.path("out.png")
+        for prepare in (None, refuse_nameless_files):
+            for number in (signal.SIGTERM, signal.SIGXCPU, signal.SIGABRT):
+                viewer = subprocess.Popen([ORLOVIEW, model, "-o", out, "--size", "4000x4000"], preexec_fn=prepare)
+                while viewer.poll() is None and not self.writes(viewer.pid):
+                    time.sleep(0.01)
+                viewer.send_signal(number)
+                self.assertEqual((viewer.wait(60), os.listdir(self.folder)), (-number, ["m.gltf"]), prepare)
+            limit = lambda: (prepare and prepare(), resource.setrlimit(resource.RLIMIT_FSIZE, (5000, 5000)))
+            full = subprocess.run([ORLOVIEW, model, "-o", self.path("o.tga"), "--size", "99x99"], preexec_fn=limit, stderr=subprocess.PIPE)
+            self.assertIn(b"File too large", full.stderr)
+            self.assertEqual((full.returncode, os.listdir(self.folder)), (5, ["m.gltf"]))
+            planted = 'cd "$1" && ln -s victim .orloview-$$-0 && shift && exec "$@"'
+            for name in ("out.png", "out.png", "x" * 250 + ".png"):
+                subprocess.run(["sh", "-c", planted, "sh", self.folder, ORLOVIEW, model, "-o", name, "--size", "9x9"], preexec_fn=prepare, check=True)
+                self.assertFalse(os.path.exists(self.path("victim")))
+                self.assertTrue(os.path.getsize(self.path(name)))
+            for name in set(os.listdir(self.folder)) - {"m.gltf"}:
+                os.remove(self.path(name))
+
+    def writes(self, process):
+        """Whether it has a file in our folder open."""
+        try:
+            files = f"/proc/{process}/fd"
+            return any(os.readlink(f"{files}/{number}").startswith(self.folder) for number in os.listdir(files))
+        except FileNotFoundError:
+            return False
+
+    def test_links_stay_and_what_they_lead_to_is_written(self):
+        model = self.write("m.gltf", gltf())
+        for target, link in (("old.png", "link.png"), ("none.png", "dangling.png")):
+            os.symlink(target, self.path(link))
+        self.write("old.png", "old")
+        for link in ("link.png", "dangling.png"):
+            self.assertEqual(self.run_viewer(model, "-o", self.path(link), "--size", "9x9").returncode, 0)
+            with open(self.path(os.readlink(self.path(link))), "rb") as file:
+                self.assertEqual(read_png(file.read())[:2], (9, 9))
+
+    def test_inputs_are_not_written_over(self):
+        document = json.loads(textured([{"at": (-1, 1, 1, -1), "material": 0}], [{"pbrMetallicRoughness": {"baseColorTexture": {"index": 0}}}], ["skin.png"]))
+        buffer = base64.b64decode(document["buffers"][0].pop("uri").partition(",")[2])
+        document["buffers"][0]["uri"] = "buffer.png"
+        model = self.write("m.png", json.dumps(document))
+        os.link(model, self.path("same.png"))
+        files = {"buffer.png": buffer, "skin.png": png([[(9, 9, 9, 255)]]), "spot.png": png([[(9, 9, 9, 255)]]), "paint.png": b"newmtl a\n"}
+        for name, content in files.items():
+            self.write(name, content)
+        obj = self.write("m.obj", "mtllib paint.png\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n")
+        for name in ("m.png", "same.png", *files):
+            with open(self.path(name), "rb") as file:
+                before = file.read()
+            self.fails(1, [model, obj, "--sprite-images", self.path("spot.png"), "--particles", "sprites", "-o", self.path(name), "--size", "9x9"], name, "files that are read")
+            with open(self.path(name), "rb") as file:
+                self.assertEqual(file.read(), before, name)
 
 
 if __name__ == "__main__":

@@ -1,8 +1,10 @@
 """A test case that runs orloview as a user would. A test program that imports this takes the viewer's path as its
 first argument."""
 
+import ctypes
 import os
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
@@ -11,6 +13,16 @@ import unittest
 from viewer_files import read_png
 
 ORLOVIEW = os.path.abspath(sys.argv.pop(1))
+
+
+def refuse_nameless_files():
+    """For a child, before it becomes the viewer: no file system keeps files without a name (O_TMPFILE)."""
+    openat, flags, nameless, unsupported, allowed = 257, 32, 0o20000000, 0x5005F, 0x7FFF0000
+    rules = ((0x20, 0, 0, 0), (0x15, 0, 3, openat), (0x20, 0, 0, flags), (0x45, 0, 1, nameless), (6, 0, 0, unsupported), (6, 0, 0, allowed))
+    filters = ctypes.create_string_buffer(b"".join(struct.pack("=HBBI", *rule) for rule in rules))
+    prctl = ctypes.CDLL(None).prctl
+    prctl(38, 1, 0, 0, 0)  # no new privileges
+    prctl(22, 2, struct.pack("=H6xQ", len(rules), ctypes.addressof(filters)), 0, 0)  # seccomp
 
 
 class ViewerProgram(unittest.TestCase):

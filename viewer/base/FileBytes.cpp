@@ -1,7 +1,9 @@
 #include "base/FileBytes.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <sys/stat.h>
 #include <system_error>
 
 #include "base/ImportError.h"
@@ -18,9 +20,9 @@ std::vector<std::uint8_t> readFile(const fs::path& path) {
     if (error)
         throw ImportError("the file can't be read: " + error.message() + "; check its name and permissions");
     if (status.type() == fs::file_type::directory)
-        throw ImportError("this is a directory; name a model file in it");
+        throw ImportError("this is a directory; name a file in it");
     if (status.type() != fs::file_type::regular)
-        throw ImportError("this is not a regular file; save the model to a file first");
+        throw ImportError("this is a device or a pipe; save it to a file first");
 
     std::ifstream file(path, std::ios::binary);
     if (!file)
@@ -33,6 +35,15 @@ std::vector<std::uint8_t> readFile(const fs::path& path) {
     if (!file)
         throw ImportError("reading the file failed half-way; check the disk");
     return bytes;
+}
+
+std::size_t bytesOnDisk(const fs::path& path) {
+    constexpr std::size_t kBlock = 512;
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        return 0;
+    return std::min(static_cast<std::size_t>(status.st_size),
+                    static_cast<std::size_t>(status.st_blocks) * kBlock);
 }
 
 } // namespace orloview

@@ -89,9 +89,16 @@ float toFloat(double number) {
 
 std::string printable(std::string_view text, std::size_t most) {
     std::string result(text.substr(0, most));
-    for (char& c : result)
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+    unsigned char before = 0;
+    for (char& c : result) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool isSecondOfControl = before == 0xC2 && byte >= 0x80 && byte < 0xA0; // U+0080 to U+009F
+        if (byte < 0x20 || byte == 0x7F || isSecondOfControl)
             c = ' ';
+        if (isSecondOfControl)
+            (&c)[-1] = ' ';
+        before = byte;
+    }
     return text.size() > most ? result + "..." : result;
 }
 

@@ -1,12 +1,15 @@
 #include "import/AssimpReader.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cmath>
 #include <map>
+#include <new>
 #include <string_view>
 #include <utility>
 
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/Importer.hpp>
 #include <assimp/config.h>
 #include <assimp/material.h>
@@ -58,6 +61,12 @@ AffineMatrix lookingAlong(const aiVector3D& place, aiVector3D forward, aiVector3
         m[3][axis] = static_cast<double>(place[axis]);
     }
     return m;
+}
+
+/// A name as the file has it: the library names what has none, and parts a node's transform over several.
+std::string nameOf(const aiString& name) {
+    const std::string whole = name.C_Str();
+    return whole == AI_DEFAULT_MATERIAL_NAME ? "" : whole.substr(0, whole.find("_$AssimpFbx$"));
 }
 
 koColor::Color toColor(const aiColor4D& c) {
@@ -147,8 +156,7 @@ std::vector<std::uint8_t> fileOf(const aiTexture& embedded) {
 
 class Converter {
 public:
-    Converter(const aiScene& source, std::filesystem::path folder)
-        : fSource(source), fPictures(std::move(folder)) {}
+    Converter(const aiScene& source, const ModelFolder& folder) : fSource(source), fPictures(folder) {}
 
     Scene convert(const std::string& format) {
         fScene.format = format;
@@ -186,7 +194,7 @@ Material Converter::material(const aiMaterial& source) {
     Material result;
     aiString name;
     if (source.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS)
-        result.name = name.C_Str();
+        result.name = nameOf(name);
     aiColor4D color;
     if (source.Get(AI_MATKEY_BASE_COLOR, color) == aiReturn_SUCCESS ||
         source.Get(AI_MATKEY_COLOR_DIFFUSE, color) == aiReturn_SUCCESS)
@@ -275,7 +283,7 @@ void Converter::addMesh(unsigned index) {
 void Converter::addElements(unsigned index, unsigned width, Topology topology) {
     const aiMesh& source = *fSource.mMeshes[index];
     Mesh mesh;
-    mesh.name = source.mName.C_Str();
+    mesh.name = nameOf(source.mName);
     mesh.topology = topology;
     mesh.bothSides = true;
     for (unsigned i = 0; i < source.mNumFaces; ++i)
@@ -318,11 +326,10 @@ void Converter::placeNodes() {
         const AffineMatrix world = toAffine(transform);
         const bool finite = std::all_of(world[0], world[0] + 12, [](double e) { return std::isfinite(e); });
         if (!finite)
-            fWarnings.add(std::string("the node '") + node->mName.C_Str() + "'",
-                          "left out: its transform is not finite");
+            fWarnings.add("the node '" + nameOf(node->mName) + "'", "left out: its transform is not finite");
         for (unsigned i = 0; finite && i < node->mNumMeshes; ++i)
             for (const int mesh : fMeshes[node->mMeshes[i]])
-                fScene.instances.push_back({node->mName.C_Str(), mesh, world});
+                fScene.instances.push_back({nameOf(node->mName), mesh, world});
         for (unsigned i = node->mNumChildren; i-- > 0;)
             open.emplace_back(node->mChildren[i], transform);
     }
@@ -332,7 +339,7 @@ void Converter::addCameras() {
     for (unsigned i = 0; i < fSource.mNumCameras; ++i) {
         const aiCamera& source = *fSource.mCameras[i];
         Camera camera;
-        camera.name = source.mName.C_Str();
+        camera.name = nameOf(source.mName);
         camera.aspect = static_cast<double>(source.mAspect);
         camera.zNear = static_cast<double>(source.mClipPlaneNear);
         camera.zFar = static_cast<double>(source.mClipPlaneFar);
@@ -355,7 +362,7 @@ void Converter::addLights() {
     for (unsigned i = 0; i < fSource.mNumLights; ++i) {
         const aiLight& source = *fSource.mLights[i];
         Light light;
-        light.name = source.mName.C_Str();
+        light.name = nameOf(source.mName);
         if (source.mType == aiLightSource_DIRECTIONAL)
             light.kind = Light::Kind::Directional;
         else if (source.mType == aiLightSource_SPOT)
@@ -379,23 +386,52 @@ void Converter::addLights() {
     }
 }
 
+/// Opens what the model may name, for the library.
+class LibraryFiles : public Assimp::DefaultIOSystem {
+public:
+    LibraryFiles(std::filesystem::path model, const ModelFolder& folder)
+        : fModel(std::move(model)), fFolder(folder) {}
+
+    Assimp::IOStream* Open(const char* file, const char* mode) override {
+        const bool isModel = fModel == file;
+        std::vector<std::string>& told = isModel || fFolder.allows(file) ? fRead : fRefused;
+        told.emplace_back(file);
+        return &told == &fRead ? DefaultIOSystem::Open(file, mode) : nullptr;
+    }
+
+    const std::vector<std::string>& read() const { return fRead; }
+    const std::vector<std::string>& refused() const { return fRefused; }
+
+private:
+    std::filesystem::path fModel;
+    const ModelFolder& fFolder;
+    std::vector<std::string> fRead;
+    std::vector<std::string> fRefused;
+};
+
 constexpr unsigned kPostprocess = aiProcess_Triangulate;
 
 /// The library's own words where they help: the first line without the tags it puts in front.
 std::string reasonOf(const Assimp::Importer& importer) {
     std::string_view message = importer.GetErrorString();
     message = takeLine(message);
-    const bool isInternal = message.find("xception") != message.npos || message.find(".cpp") != message.npos;
+    constexpr std::array kInternal{"xception", ".cpp",         "std::",      "$$$",
+                                   "mporter",  "StreamReader", "Compression"};
+    const bool isInternal = std::any_of(kInternal.begin(), kInternal.end(), [message](const char* word) {
+        return message.find(word) != message.npos;
+    });
     if (message.empty() || isInternal)
         return "the file is damaged; export the model again";
     return "the import library says '" + std::string(message.substr(0, 160)) + "'; export the model again";
 }
 
-Scene convert(const Assimp::Importer& importer, const aiScene* source, const std::filesystem::path& folder,
+Scene convert(const Assimp::Importer& importer, const aiScene* source, const ModelFolder& folder,
               const std::string& format) {
-    if (source == nullptr || source->mRootNode == nullptr)
-        throw ImportError(reasonOf(importer));
-    return Converter(*source, folder).convert(format);
+    if (source != nullptr && source->mRootNode != nullptr)
+        return Converter(*source, folder).convert(format);
+    if (std::string_view(importer.GetErrorString()).find("bad_alloc") != std::string_view::npos)
+        throw std::bad_alloc(); // which it has caught
+    throw ImportError(reasonOf(importer));
 }
 
 void withoutDot(std::string& suffix) {
@@ -409,18 +445,28 @@ void withoutDot(std::string& suffix) {
 Scene readStl(const std::vector<std::uint8_t>& bytes) {
     Assimp::Importer importer;
     const aiScene* source = importer.ReadFileFromMemory(bytes.data(), bytes.size(), kPostprocess, "stl");
-    Scene scene = convert(importer, source, {}, "STL");
+    Scene scene = convert(importer, source, ModelFolder({}), "STL");
     for (Mesh& mesh : scene.meshes)
         addFlatNormals(mesh); // those of the file are often zero or point inwards
     return scene;
 }
 
-Scene readByLibrary(const std::filesystem::path& path) {
+Scene readByLibrary(const std::filesystem::path& path, const ModelFolder& folder) {
     Assimp::Importer importer;
+    auto* const files = new LibraryFiles(path, folder);
+    importer.SetIOHandler(files); // which ends it
     const aiScene* source = importer.ReadFile(path.string(), kPostprocess);
+    if (source == nullptr && !files->refused().empty())
+        throw ImportError("the file '" + files->refused().front() +
+                          "', which it names: " + ModelFolder::kOutside);
     std::string format = path.extension().string();
     withoutDot(format);
-    return convert(importer, source, path.parent_path(), format.empty() ? "model" : format);
+    Scene scene = convert(importer, source, folder, format.empty() ? "model" : format);
+    scene.files = files->read();
+    for (const std::string& file : files->refused())
+        scene.warnings.push_back(
+            printable("the file '" + file + "': left out: " + ModelFolder::kOutside, 300));
+    return scene;
 }
 
 bool libraryReads(const std::string& suffix) {

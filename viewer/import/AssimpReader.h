@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "import/ModelFolder.h"
 #include "scene/Scene.h"
 
 namespace orloview {
@@ -14,7 +15,7 @@ Scene readStl(const std::vector<std::uint8_t>& bytes);
 
 /// Reads whatever else the import library knows by the file's suffix or content. Its indices, coordinates and
 /// references are checked here: the library hands on what stands in the file. Throws an ImportError.
-Scene readByLibrary(const std::filesystem::path& path);
+Scene readByLibrary(const std::filesystem::path& path, const ModelFolder& folder);
 
 /// Whether the import library reads files with this suffix (with its dot).
 bool libraryReads(const std::string& suffix);

@@ -1,19 +1,18 @@
 #include "import/ChildProcess.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
-#include <chrono>
-#include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <ctime>
 #include <new>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -28,6 +27,11 @@ constexpr bool kAddressSanitizer = __has_feature(address_sanitizer);
 #else
 constexpr bool kAddressSanitizer = false;
 #endif
+
+constexpr int kMillisecondsBetweenLooks = 50;
+
+/// The kernel tells of computing time that is used up once, by a signal of its own, and then kills.
+constexpr std::size_t kSecondsBeforeTheKill = 1;
 
 enum ExitCode : int { kDone = 0, kFailed = 10, kOutOfMemory = 11, kThrew = 12 };
 
@@ -50,26 +54,28 @@ private:
     int fNumber;
 };
 
-void limit(int resource, std::size_t value) {
-    const rlimit both{value, value};
-    ::setrlimit(static_cast<__rlimit_resource>(resource), &both);
+void limit(__rlimit_resource resource, std::size_t value, std::size_t most) {
+    const rlimit both{value, most};
+    ::setrlimit(resource, &both);
 }
 
-void setLimits(const ImportLimits& limits) {
-    limit(RLIMIT_CORE, 0);
-    limit(RLIMIT_CPU, static_cast<std::size_t>(std::ceil(limits.seconds)) + 1);
-    limit(RLIMIT_FSIZE, limits.memoryBytes); // the result is held in memory too
-    if (!kAddressSanitizer)                  // which reserves terabytes of address space for itself
-        limit(RLIMIT_AS, limits.memoryBytes);
+void setLimits(const ChildLimits& limits) {
+    limit(RLIMIT_CORE, 0, 0);
+    limit(RLIMIT_FSIZE, 0, 0);
+    ::signal(SIGXCPU, SIG_DFL);
+    limit(RLIMIT_CPU, limits.seconds, std::size_t{limits.mostSeconds} + kSecondsBeforeTheKill);
+    if (!kAddressSanitizer) // which reserves terabytes of address space for itself
+        limit(RLIMIT_AS, limits.memoryBytes, limits.mostMemoryBytes);
 }
 
-/// Another number for the file, beside those of the standard streams: where a caller has closed those, new
-/// files get their numbers and would be silenced with them.
-int besideStandardStreams(int file) {
-    const int moved = file < 0 ? -1 : ::fcntl(file, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    if (file >= 0)
-        ::close(file);
-    return moved;
+/// What is allowed by now. The child has to be there still, if only to be waited for.
+ChildLimits limitsOf(pid_t child) {
+    rlimit memory{};
+    rlimit time{};
+    ::prlimit(child, RLIMIT_AS, nullptr, &memory);
+    ::prlimit(child, RLIMIT_CPU, nullptr, &time);
+    return {memory.rlim_cur, static_cast<unsigned>(time.rlim_cur), memory.rlim_max,
+            static_cast<unsigned>(time.rlim_max)};
 }
 
 void silence() {
@@ -78,7 +84,7 @@ void silence() {
     ::dup2(nowhere, STDERR_FILENO);
 }
 
-[[noreturn]] void beChild(const ChildWork& work, const ImportLimits& limits, int output) {
+[[noreturn]] void beChild(const ChildWork& work, const ChildLimits& limits, int output) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     silence();
     setLimits(limits);
@@ -93,24 +99,49 @@ void silence() {
     ::_exit(code); // not exit: the parent's buffered output and its exit handlers are not ours
 }
 
-/// Waits until the child has closed its end of the pipe, which it does at its end. False when time is up.
-bool waitForEnd(int pipe, double seconds, const std::function<void()>& whileWaiting) {
-    using Clock = std::chrono::steady_clock;
-    const double longest = whileWaiting ? 50.0 : 1e6; // milliseconds
-    const auto deadline = Clock::now() + std::chrono::duration<double>(seconds);
-    for (;;) {
-        const std::chrono::duration<double, std::milli> left = deadline - Clock::now();
-        if (left.count() <= 0.0)
-            return false;
-        pollfd end{pipe, POLLIN, 0};
-        const int ready = ::poll(&end, 1, static_cast<int>(std::min(left.count() + 1.0, longest)));
+/// How long the child has kept a processor busy.
+timespec timeUsed(pid_t child) {
+    clockid_t clock = 0;
+    timespec used{};
+    if (::clock_getcpuclockid(child, &clock) == 0)
+        ::clock_gettime(clock, &used);
+    return used;
+}
+
+enum class Received { Piece, Nothing, End };
+
+/// Appends what has arrived within a twentieth of a second.
+Received receive(int pipe, std::vector<std::uint8_t>& output) {
+    pollfd arrived{pipe, POLLIN, 0};
+    if (::poll(&arrived, 1, kMillisecondsBetweenLooks) <= 0)
+        return Received::Nothing;
+    std::array<std::uint8_t, 65536> piece; // NOLINT(cppcoreguidelines-pro-type-member-init): it is read into
+    const ssize_t count = ::read(pipe, piece.data(), piece.size());
+    if (count > 0)
+        output.insert(output.end(), piece.begin(), piece.begin() + count);
+    else if (count == 0 || errno != EINTR)
+        return Received::End;
+    return Received::Piece;
+}
+
+/// Takes the output until the child has closed its end of the pipe, which it does at its end. False when it
+/// has waited too long for something.
+bool takeOutput(int pipe, pid_t child, unsigned seconds, const std::function<void()>& whileWaiting,
+                std::vector<std::uint8_t>& output) {
+    timespec used{};
+    double idle = 0.0; // counted in looks: the whole program may have been stopped for hours
+    while (idle < seconds) {
+        const Received received = receive(pipe, output);
         if (whileWaiting)
             whileWaiting();
-        if (ready > 0)
+        if (received == Received::End)
             return true;
-        if (ready < 0 && errno != EINTR)
-            return false;
+        const timespec before = std::exchange(used, timeUsed(child));
+        const bool isIdle =
+            received == Received::Nothing && used.tv_sec == before.tv_sec && used.tv_nsec == before.tv_nsec;
+        idle = isIdle ? idle + kMillisecondsBetweenLooks / 1000.0 : 0.0;
     }
+    return false;
 }
 
 ChildOutcome outcomeOf(int status) {
@@ -118,7 +149,6 @@ ChildOutcome outcomeOf(int status) {
         switch (WTERMSIG(status)) {
         case SIGXCPU:
             return ChildOutcome::OutOfTime;
-        case SIGXFSZ:
         case SIGKILL: // not by us: the kernel ran out of memory
             return ChildOutcome::OutOfMemory;
         default:
@@ -137,53 +167,68 @@ ChildOutcome outcomeOf(int status) {
     }
 }
 
-std::vector<std::uint8_t> contents(int file) {
-    struct stat status {};
-    if (::fstat(file, &status) != 0 || status.st_size <= 0)
-        return {};
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(status.st_size));
-    std::size_t got = 0;
-    while (got < bytes.size()) {
-        const ssize_t count = ::pread(file, bytes.data() + got, bytes.size() - got, static_cast<off_t>(got));
-        if (count <= 0 && errno != EINTR)
-            return {};
-        got += count > 0 ? static_cast<std::size_t>(count) : 0;
+/// Ends the child that nobody has waited for.
+class Child {
+public:
+    explicit Child(pid_t process) : fProcess(process) {}
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+    ~Child() {
+        if (fProcess > 0)
+            ::kill(fProcess, SIGKILL);
+        wait();
     }
-    return bytes;
-}
+
+    /// Tells how it ended.
+    int wait() {
+        int status = 0;
+        while (fProcess > 0 && ::waitpid(fProcess, &status, 0) < 0 && errno == EINTR) {
+        }
+        fProcess = -1;
+        return status;
+    }
+
+private:
+    pid_t fProcess;
+};
 
 } // namespace
 
-ChildResult runInChild(const ChildWork& work, const ImportLimits& limits,
+ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
                        const std::function<void()>& whileWaiting) {
     ChildResult result;
     int ends[2] = {-1, -1};
-    const Descriptor output(besideStandardStreams(::memfd_create("orloview", MFD_CLOEXEC)));
-    if (output.number() < 0 || ::pipe2(ends, O_CLOEXEC) != 0)
+    if (::pipe2(ends, O_CLOEXEC) != 0)
         return result;
-    const Descriptor readEnd(besideStandardStreams(ends[0]));
-    Descriptor writeEnd(besideStandardStreams(ends[1]));
-    if (readEnd.number() < 0 || writeEnd.number() < 0)
-        return result;
+    const Descriptor readEnd(ends[0]);
+    Descriptor writeEnd(ends[1]);
 
     std::fflush(nullptr);
-    const pid_t child = ::fork();
-    if (child < 0)
+    const pid_t process = ::fork();
+    if (process < 0)
         return result;
-    if (child == 0)
-        beChild(work, limits, output.number());
+    if (process == 0)
+        beChild(work, limits, writeEnd.number());
+    Child child(process);
 
     writeEnd.close();
-    const bool inTime = waitForEnd(readEnd.number(), limits.seconds, whileWaiting);
-    if (!inTime)
-        ::kill(child, SIGKILL);
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    result.outcome = inTime ? outcomeOf(status) : ChildOutcome::OutOfTime;
-    if (result.outcome == ChildOutcome::Done || result.outcome == ChildOutcome::Failed)
-        result.output = contents(output.number());
+    const bool inTime = takeOutput(readEnd.number(), process, limits.seconds, whileWaiting, result.output);
+    result.limits = limitsOf(process);
+    result.outcome = inTime ? outcomeOf(child.wait()) : ChildOutcome::OutOfTime;
+    if (inTime && result.outcome == ChildOutcome::OutOfTime)
+        --result.limits.seconds; // the kernel has moved it on, to tell again
     return result;
+}
+
+void raiseLimits(std::size_t memoryBytes, unsigned seconds) {
+    const auto raise = [](__rlimit_resource resource, std::size_t by, std::size_t below) {
+        rlimit both{};
+        ::getrlimit(resource, &both);
+        both.rlim_cur += std::min(by, both.rlim_max - below - both.rlim_cur);
+        ::setrlimit(resource, &both);
+    };
+    raise(RLIMIT_AS, memoryBytes, 0);
+    raise(RLIMIT_CPU, seconds, kSecondsBeforeTheKill);
 }
 
 } // namespace orloview

@@ -1,30 +1,46 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <string>
 #include <vector>
-
-#include "import/Importer.h"
 
 namespace orloview {
 
 /// What became of a piece of work that ran in a process of its own.
 enum class ChildOutcome { Done, Failed, Crashed, OutOfMemory, OutOfTime, NotStarted };
 
+/// What a child may use. One that needs more is ended.
+struct ChildLimits {
+    std::size_t memoryBytes = std::size_t{2} << 30;
+
+    /// Of computing, however long that takes on a busy machine; and of waiting in which it computes nothing.
+    unsigned seconds = 30;
+
+    // What raiseLimits may allow it.
+    std::size_t mostMemoryBytes = memoryBytes;
+    unsigned mostSeconds = seconds;
+};
+
 struct ChildResult {
     ChildOutcome outcome = ChildOutcome::NotStarted;
     std::vector<std::uint8_t> output; ///< what the work wrote: its result, or why it failed
+    ChildLimits limits;               ///< as they were in the end
 };
 
-/// The work of a child: writes its result to the file descriptor and returns whether it succeeded. It may
-/// throw std::bad_alloc; anything else that leaves it counts as a crash.
+/// The work of a child: writes its result to the file descriptor, a pipe, and returns whether it succeeded.
+/// It may throw std::bad_alloc; anything else that leaves it counts as a crash.
 using ChildWork = std::function<bool(int fileDescriptor)>;
 
-/// Runs the work in a forked process with these limits, its standard output and error silenced, and waits for
-/// it, calling `whileWaiting` about 20 times a second. The child ends with its parent. Not for a process that
-/// has started threads.
-ChildResult runInChild(const ChildWork& work, const ImportLimits& limits,
+/// Runs the work in a forked process with these limits, its standard output and error silenced, and takes
+/// what it writes, calling `whileWaiting` about 20 times a second. It can write no files. The child ends with
+/// its parent. Not for a process that has started threads, or whose standard streams are closed: what is
+/// opened here would get their numbers.
+ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
                        const std::function<void()>& whileWaiting = {});
+
+/// For the work of a child that finds out that there is more to do: allows it that much more, within the
+/// most.
+void raiseLimits(std::size_t memoryBytes, unsigned seconds);
 
 } // namespace orloview

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstddef>
+#include <memory>
 #include <span>
 #include <string_view>
+
+#include <glib.h>
 
 #include "base/ImportError.h"
 #include "import/GltfJson.h"
@@ -101,13 +103,6 @@ void checkExtensions(const GltfObject& root) {
                               ", which this program doesn't know; export the model without it");
 }
 
-int sextet(char c) {
-    static constexpr std::string_view kAlphabet =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const std::size_t found = kAlphabet.find(c);
-    return found == kAlphabet.npos ? -1 : static_cast<int>(found);
-}
-
 } // namespace
 
 GltfContainer openGltf(const std::vector<std::uint8_t>& bytes) {
@@ -125,38 +120,22 @@ std::vector<std::uint8_t> decodeDataUri(const std::string& uri) {
     const std::size_t mark = uri.find(kMark);
     if (mark == uri.npos)
         throw ImportError("data within the file is not base64");
-    std::vector<std::uint8_t> bytes;
-    bytes.reserve(uri.size() / 4 * 3);
-    std::uint32_t bits = 0;
-    int bitCount = 0;
-    for (std::size_t i = mark + kMark.size(); i < uri.size() && uri[i] != '='; ++i) {
-        const int value = sextet(uri[i]);
-        if (value < 0)
-            throw ImportError("data within the file is not base64");
-        bits = bits << 6 | static_cast<std::uint32_t>(value);
-        bitCount += 6;
-        if (bitCount >= 8) {
-            bitCount -= 8;
-            bytes.push_back(static_cast<std::uint8_t>(bits >> bitCount));
-        }
-    }
-    return bytes;
+    std::string data = uri.substr(mark + kMark.size());
+    data.append((4 - data.size() % 4) % 4, '='); // some exporters leave that out
+    if (data.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=") !=
+        data.npos)
+        throw ImportError("data within the file is not base64");
+    gsize size = 0;
+    const std::unique_ptr<guchar, void (*)(void*)> bytes(g_base64_decode(data.c_str(), &size), g_free);
+    return {bytes.get(), bytes.get() + size};
 }
 
 std::string decodeUri(const std::string& uri) {
-    std::string path;
-    for (std::size_t i = 0; i < uri.size(); ++i) {
-        unsigned code = 0;
-        const char* digits = uri.data() + i + 1;
-        if (uri[i] == '%' && i + 2 < uri.size() &&
-            std::from_chars(digits, digits + 2, code, 16).ptr == digits + 2) {
-            path += static_cast<char>(code);
-            i += 2;
-        } else {
-            path += uri[i];
-        }
-    }
-    return path;
+    const char* end = uri.data() + uri.size();
+    const std::unique_ptr<char, void (*)(void*)> path(g_uri_unescape_segment(uri.data(), end, nullptr),
+                                                      g_free);
+    return path ? path.get()
+                : uri; // as it stands: some exporters write a bare %, and %00 is no part of a name
 }
 
 } // namespace orloview

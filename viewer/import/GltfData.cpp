@@ -10,6 +10,8 @@
 
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
+#include "import/Allowance.h"
+#include "import/ChildProcess.h"
 
 namespace orloview {
 
@@ -105,8 +107,8 @@ bool isIndexType(int type) {
 
 } // namespace
 
-GltfData::GltfData(const GltfContainer& container, std::filesystem::path folder)
-    : fContainer(container), fFolder(std::move(folder)) {
+GltfData::GltfData(const GltfContainer& container, const ModelFolder& folder)
+    : fContainer(container), fFolder(folder) {
     const GltfObject root(container.json, "");
     fAccessors = root.objects("accessors");
     fViews = root.objects("bufferViews");
@@ -138,10 +140,15 @@ std::vector<std::uint8_t> GltfData::loadBuffer(std::size_t index) {
     if (uri.starts_with("data:"))
         return decodeDataUri(uri);
     const std::string name = decodeUri(uri);
+    const std::filesystem::path file = fFolder.path() / name;
     try {
-        return readFile(fFolder / name);
+        fFolder.check(file);
+        const std::size_t size = bytesOnDisk(file);
+        raiseLimits(memoryFor(size), secondsFor(size));
+        fFiles.push_back(file.string());
+        return readFile(file);
     } catch (const ImportError& error) {
-        throw ImportError("the buffer file '" + name + "', which belongs beside it: " + error.what());
+        throw ImportError("the buffer file '" + name + "', which it names: " + error.what());
     }
 }
 

@@ -2,13 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "import/GltfContainer.h"
 #include "import/GltfJson.h"
+#include "import/ModelFolder.h"
 
 namespace orloview {
 
@@ -19,8 +19,8 @@ namespace orloview {
 /// first use.
 class GltfData {
 public:
-    /// `folder` is where the file lies; other files are looked for there. Both must outlive this object.
-    GltfData(const GltfContainer& container, std::filesystem::path folder);
+    /// Both must outlive this object.
+    GltfData(const GltfContainer& container, const ModelFolder& folder);
 
     std::size_t accessorCount() const { return fAccessors.size(); }
     std::size_t viewCount() const { return fViews.size(); }
@@ -37,6 +37,9 @@ public:
 
     /// The bytes of a buffer view.
     std::span<const std::uint8_t> view(std::size_t index);
+
+    /// Those that buffers were loaded from.
+    const std::vector<std::string>& files() const { return fFiles; }
 
 private:
     struct Layout {
@@ -63,11 +66,12 @@ private:
     void readSparse(const GltfObject& sparse, const Layout& layout, std::vector<Value>& values);
 
     const GltfContainer& fContainer;
-    std::filesystem::path fFolder;
+    const ModelFolder& fFolder;
     std::vector<GltfObject> fAccessors;
     std::vector<GltfObject> fViews;
     std::vector<GltfObject> fBuffers;
     std::vector<std::vector<std::uint8_t>> fLoaded; ///< by buffer; empty until used
+    std::vector<std::string> fFiles;
 };
 
 } // namespace orloview

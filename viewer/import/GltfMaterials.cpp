@@ -75,7 +75,7 @@ Image readImage(const GltfObject& source, GltfData& data, PictureSearch& picture
     return image;
 }
 
-std::vector<Image> readImages(const GltfObject& root, GltfData& data, const std::filesystem::path& folder,
+std::vector<Image> readImages(const GltfObject& root, GltfData& data, const ModelFolder& folder,
                               Warnings& warnings) {
     std::vector<Image> images;
     PictureSearch pictures(folder);
@@ -212,7 +212,7 @@ Material readMaterial(const GltfObject& source, std::size_t textureCount) {
 
 } // namespace
 
-void readGltfMaterials(const GltfObject& root, GltfData& data, const std::filesystem::path& folder,
+void readGltfMaterials(const GltfObject& root, GltfData& data, const ModelFolder& folder,
                        Scene& scene, Warnings& warnings) {
     scene.images = readImages(root, data, folder, warnings);
     scene.textures = readTextures(root, scene.images, warnings);

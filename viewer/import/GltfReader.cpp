@@ -117,8 +117,7 @@ std::string named(const GltfObject& object) {
 
 class GltfParser {
 public:
-    GltfParser(const GltfContainer& container, const std::filesystem::path& folder,
-               const ProgressReport& report)
+    GltfParser(const GltfContainer& container, const ModelFolder& folder, const ProgressReport& report)
         : fReport(report), fRoot(container.json, ""), fData(container, folder),
           fNodes(fRoot.objects("nodes")), fMeshes(fRoot.objects("meshes")), fSkins(fRoot.objects("skins")),
           fCameras(fRoot.objects("cameras")),
@@ -133,6 +132,7 @@ public:
             walk(root);
         for (const std::size_t node : fSkinned)
             placeSkinned(fNodes[node], fWorlds[node]);
+        fScene.files = fData.files();
         fScene.warnings = fWarnings.lines();
         return std::move(fScene);
     }
@@ -408,10 +408,10 @@ std::vector<float> GltfParser::colors(const GltfObject& attributes) {
 
 } // namespace
 
-Scene readGltf(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
+Scene readGltf(const std::vector<std::uint8_t>& bytes, const ModelFolder& folder,
                const ProgressReport& report) {
     const GltfContainer container = openGltf(bytes);
-    return GltfParser(container, path.parent_path(), report).read();
+    return GltfParser(container, folder, report).read();
 }
 
 } // namespace orloview

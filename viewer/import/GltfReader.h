@@ -1,21 +1,21 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <vector>
 
 #include "base/ProgressReport.h"
+#include "import/ModelFolder.h"
 #include "scene/Scene.h"
 
 namespace orloview {
 
-/// Reads a glTF 2.0 file, text or binary. `path` tells where the files beside it lie.
+/// Reads a glTF 2.0 file, text or binary.
 ///
 /// The scene that the file names is read, or its first, or without any every node. Strips, fans and loops are
 /// spelled out, quantised and sparse attributes are resolved, skins stand in the pose of the scene, triangles
 /// without normals get flat ones. Parts that can't be read are left out with a warning. Throws an ImportError
 /// where nothing can be made of the file.
-Scene readGltf(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
+Scene readGltf(const std::vector<std::uint8_t>& bytes, const ModelFolder& folder,
                const ProgressReport& report = {});
 
 } // namespace orloview

@@ -1,14 +1,19 @@
 #include "import/Importer.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <limits>
 #include <new>
 #include <utility>
 
 #include <unistd.h>
 
+#include "base/Confinement.h"
+#include "base/FileBytes.h"
 #include "base/ImportError.h"
 #include "base/Text.h"
+#include "import/Allowance.h"
 #include "import/ChildProcess.h"
 #include "import/ModelReader.h"
 #include "import/SceneStream.h"
@@ -21,9 +26,9 @@ namespace {
 constexpr std::size_t kLongestError = 1000;
 
 /// The child's work: the scene, or one line that says what is wrong.
-bool readInto(int output, const std::string& path, SharedFraction& done) {
+bool readInto(int output, const std::string& path, const ModelFolder& folder, SharedFraction& done) {
     try {
-        return writeScene(readModel(path, [&done](double fraction) { done.set(fraction); }), output);
+        return writeScene(readModel(path, folder, [&done](double fraction) { done.set(fraction); }), output);
     } catch (const ImportError& error) {
         const std::string line = error.what();
         static_cast<void>(::write(output, line.data(), line.size()) != 0);
@@ -31,46 +36,73 @@ bool readInto(int output, const std::string& path, SharedFraction& done) {
     }
 }
 
-std::string decimal(double number) {
+std::size_t memoryOfMachine() {
+    return static_cast<std::size_t>(::sysconf(_SC_PHYS_PAGES)) *
+           static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+}
+
+ChildLimits childLimits(const std::string& path, const ImportLimits& asked) {
+    ChildLimits limits;
+    const std::size_t size = bytesOnDisk(path);
+    limits.mostMemoryBytes = asked.memoryBytes.value_or(std::max(limits.memoryBytes, memoryOfMachine()));
+    limits.memoryBytes =
+        asked.memoryBytes.value_or(std::clamp(memoryFor(size), limits.memoryBytes, limits.mostMemoryBytes));
+    limits.mostSeconds = asked.seconds.value_or(std::numeric_limits<unsigned>::max());
+    limits.seconds = asked.seconds.value_or(std::max(limits.seconds, secondsFor(size)));
+    return limits;
+}
+
+std::string inWords(std::size_t bytes) {
+    const bool isSmall = bytes < std::size_t{1} << 30;
     char text[32];
-    std::snprintf(text, sizeof text, "%.3g", number);
+    std::snprintf(text, sizeof text, "%.3g %s", static_cast<double>(bytes) / (isSmall ? 1 << 20 : 1 << 30),
+                  isSmall ? "MB" : "GB");
     return text;
 }
 
-std::string whatHappened(const ChildResult& result, const ImportLimits& limits) {
-    constexpr const char* kDamaged = " (the file is probably damaged); try re-exporting it";
+/// What a limit says of the file and how to raise it.
+std::string beyond(const std::string& limit, const std::string& larger) {
+    return "the file could not be read: it takes more than " + limit +
+           "; try re-exporting it, or, if it is not damaged, " + larger;
+}
+
+std::string whatHappened(const ChildResult& result) {
     switch (result.outcome) {
     case ChildOutcome::Failed:
-        return result.output.empty()
-                   ? std::string("the scene is too big to hand over; export it in parts")
-                   : printable(std::string(result.output.begin(), result.output.end()), kLongestError);
+        return printable(std::string(result.output.begin(), result.output.end()), kLongestError);
     case ChildOutcome::OutOfMemory:
-        return "the file could not be read: it takes more than " +
-               decimal(static_cast<double>(limits.memoryBytes) / (1 << 30)) + " GB of memory" + kDamaged;
+        return beyond(inWords(result.limits.memoryBytes) + " of memory",
+                      "--limit-memory " + std::to_string((result.limits.memoryBytes >> 29) + 1) + "G");
     case ChildOutcome::OutOfTime:
-        return "the file could not be read: it takes longer than " + decimal(limits.seconds) + " seconds" +
-               kDamaged;
+        return beyond(std::to_string(result.limits.seconds) + " s of computing",
+                      "--limit-time " + std::to_string(result.limits.seconds * 4UL));
     case ChildOutcome::NotStarted:
         return "the file could not be read: no process could be started for it; try again later";
     default:
-        return std::string("the file could not be read: the importer crashed") + kDamaged;
+        return "the file could not be read: the importer crashed (the file is probably damaged); try "
+               "re-exporting it";
     }
 }
 
 } // namespace
 
-ImportResult importModel(const std::string& path, const ImportLimits& limits, const ProgressReport& report) {
+ImportResult importModel(const std::string& path, const ImportLimits& asked, const ProgressReport& report) {
     ImportResult result;
     SharedFraction done;
+    const ModelFolder folder(path, asked.allowOutside);
     try {
-        const ChildResult child = runInChild([&](int output) { return readInto(output, path, done); }, limits,
-                                             [&] { tell(report, done.get(), 1.0); });
+        const ChildResult child = runInChild(
+            [&](int output) {
+                confine(folder.readable());
+                return readInto(output, path, folder, done);
+            },
+            childLimits(path, asked), [&] { tell(report, done.get(), 1.0); });
         if (child.outcome != ChildOutcome::Done)
-            result.error = whatHappened(child, limits);
+            result.error = whatHappened(child);
         else if (!readScene(child.output, result.scene))
-            result.error = whatHappened({ChildOutcome::Crashed, {}}, limits);
+            result.error = whatHappened({ChildOutcome::Crashed, {}, {}});
     } catch (const std::bad_alloc&) {
-        result.error = whatHappened({ChildOutcome::OutOfMemory, {}}, limits);
+        result.error = "there is not enough memory on this machine for what is in it; export it in parts";
     }
     return result;
 }

@@ -1,18 +1,12 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 
+#include "base/ImportLimits.h"
 #include "base/ProgressReport.h"
 #include "scene/Scene.h"
 
 namespace orloview {
-
-/// What the import of one file may use. An import library that needs more is ended.
-struct ImportLimits {
-    std::size_t memoryBytes = std::size_t{2} << 30;
-    double seconds = 30.0;
-};
 
 /// A scene, or one line that says what is wrong and what to do.
 struct ImportResult {

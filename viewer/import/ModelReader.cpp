@@ -19,12 +19,12 @@ namespace orloview {
 namespace {
 
 Scene readAs(Format format, const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
-             const ProgressReport& report) {
+             const ModelFolder& folder, const ProgressReport& report) {
     switch (format) {
     case Format::Gltf:
-        return readGltf(bytes, path, report);
+        return readGltf(bytes, folder, report);
     case Format::Obj:
-        return readObj(bytes, path, report);
+        return readObj(bytes, folder, report);
     case Format::Ply:
         return readPly(bytes, report);
     case Format::Stl:
@@ -32,7 +32,7 @@ Scene readAs(Format format, const std::vector<std::uint8_t>& bytes, const std::f
     case Format::Table:
         return readTable(bytes, report);
     case Format::ByLibrary:
-        return readByLibrary(path);
+        return readByLibrary(path, folder);
     }
     return {};
 }
@@ -81,9 +81,9 @@ bool isConsistent(const Material& material, std::size_t textureCount) {
 
 } // namespace
 
-Scene readModel(const std::filesystem::path& path, const ProgressReport& report) {
+Scene readModel(const std::filesystem::path& path, const ModelFolder& folder, const ProgressReport& report) {
     const std::vector<std::uint8_t> bytes = readFile(path);
-    Scene scene = readAs(detectFormat(bytes, path), bytes, path, report);
+    Scene scene = readAs(detectFormat(bytes, path), bytes, path, folder, report);
     if (scene.instances.empty() && scene.cameras.empty() && scene.lights.empty()) {
         if (scene.warnings.empty())
             throw ImportError("there is nothing in it to draw");

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "base/ProgressReport.h"
+#include "import/ModelFolder.h"
 #include "scene/Scene.h"
 
 namespace orloview {
@@ -10,7 +11,8 @@ namespace orloview {
 /// Reads a model file in this process. What importModel runs in its child: a damaged file may crash or hang
 /// an import library in here. Throws an ImportError where there is nothing to draw and no camera or light
 /// either.
-Scene readModel(const std::filesystem::path& path, const ProgressReport& report = {});
+Scene readModel(const std::filesystem::path& path, const ModelFolder& folder,
+                const ProgressReport& report = {});
 
 /// Whether all references of the scene lead somewhere and its attributes fit its vertices.
 bool isConsistent(const Scene& scene);

@@ -65,12 +65,12 @@ void whitenIfBlack(koColor::Color& color) {
 
 } // namespace
 
-ObjMaterials::ObjMaterials(std::filesystem::path folder, Scene& scene, Warnings& warnings)
-    : fFolder(std::move(folder)), fPictures(fFolder), fScene(scene), fWarnings(warnings) {}
+ObjMaterials::ObjMaterials(const ModelFolder& folder, Scene& scene, Warnings& warnings)
+    : fFolder(folder), fPictures(folder), fScene(scene), fWarnings(warnings) {}
 
 void ObjMaterials::readLibraries(std::string_view names) {
     const std::string whole = withSlashes(trimmed(names));
-    if (isFile(fFolder / whole))
+    if (isFile(fFolder.path() / whole))
         return readLibrary(whole);
     while (!trimmed(names).empty())
         readLibrary(withSlashes(takeWord(names)));
@@ -79,7 +79,10 @@ void ObjMaterials::readLibraries(std::string_view names) {
 void ObjMaterials::readLibrary(const std::string& name) {
     std::vector<std::uint8_t> bytes;
     try {
-        bytes = readFile(fFolder / name);
+        const std::filesystem::path file = fFolder.path() / name;
+        fFolder.check(file);
+        bytes = readFile(file);
+        fScene.files.push_back(file.string());
     } catch (const ImportError& error) {
         fLibraryMissing = true;
         return fWarnings.add("the material library '" + name + "'", std::string("left out: ") + error.what());

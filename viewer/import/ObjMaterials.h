@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <map>
 #include <string>
 #include <string_view>
@@ -16,7 +15,7 @@ namespace orloview {
 class ObjMaterials {
 public:
     /// `folder` is where libraries and pictures are looked for. Materials and textures go to the scene.
-    ObjMaterials(std::filesystem::path folder, Scene& scene, Warnings& warnings);
+    ObjMaterials(const ModelFolder& folder, Scene& scene, Warnings& warnings);
 
     /// The rest of a "mtllib" line: one file name with blanks in it, or several without.
     void readLibraries(std::string_view names);
@@ -29,7 +28,7 @@ private:
     int texture(const std::string& picture, bool clamp);
     void readAlpha(const std::string& alphaPicture, const std::string& colorPicture, Material& material);
 
-    std::filesystem::path fFolder;
+    const ModelFolder& fFolder;
     PictureSearch fPictures;
     Scene& fScene;
     Warnings& fWarnings;

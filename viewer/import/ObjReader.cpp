@@ -75,7 +75,7 @@ struct Part {
 
 class ObjParser {
 public:
-    ObjParser(std::string_view text, const std::filesystem::path& folder, const ProgressReport& report)
+    ObjParser(std::string_view text, const ModelFolder& folder, const ProgressReport& report)
         : fReport(report), fText(text), fMaterials(folder, fScene, fWarnings) {}
 
     Scene read();
@@ -376,10 +376,9 @@ void ObjParser::addNormals(Part& part) {
 
 } // namespace
 
-Scene readObj(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
+Scene readObj(const std::vector<std::uint8_t>& bytes, const ModelFolder& folder,
               const ProgressReport& report) {
-    return ObjParser({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, path.parent_path(), report)
-        .read();
+    return ObjParser({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, folder, report).read();
 }
 
 } // namespace orloview

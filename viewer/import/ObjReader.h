@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <vector>
 
 #include "base/ProgressReport.h"
+#include "import/ModelFolder.h"
 #include "scene/Scene.h"
 
 namespace orloview {
@@ -15,7 +15,7 @@ namespace orloview {
 /// of corners are cut into triangles; where the file has no normals they follow its smoothing groups, and all
 /// is smooth where it has none. Missing material libraries and pictures, and lines that make no sense, are
 /// told as warnings. Throws an ImportError where there is nothing to draw.
-Scene readObj(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
+Scene readObj(const std::vector<std::uint8_t>& bytes, const ModelFolder& folder,
               const ProgressReport& report = {});
 
 } // namespace orloview

@@ -33,22 +33,26 @@ std::string PictureSearch::find(std::string_view name) {
     if (name.starts_with("file://"))
         name.remove_prefix(std::string_view("file://").size());
     const fs::path path = withSlashes(name);
-    if (isFile(fFolder / path)) // which is the path itself where that begins at the root
-        return (fFolder / path).string();
-
-    std::vector<fs::path> candidates{findIgnoringCase(fFolder, path)};
+    const fs::path& folder = fFolder.path();
+    const fs::path asItIs = folder / path; // which is the path itself where that begins at the root
     const fs::path last = path.filename();
-    candidates.push_back(findIgnoringCase(fFolder, last));
+    std::vector<fs::path> candidates{asItIs, findIgnoringCase(folder, path), findIgnoringCase(folder, last)};
     if (path.has_parent_path())
-        candidates.push_back(findIgnoringCase(fFolder, path.parent_path().filename() / last));
-    for (const fs::path& above : {fFolder, fFolder / ".."}) {
+        candidates.push_back(findIgnoringCase(folder, path.parent_path().filename() / last));
+    for (const fs::path& above : {folder, folder / ".."}) {
         for (const char* usual : kUsualFolders)
             candidates.push_back(findIgnoringCase(above, fs::path(usual) / last));
     }
-    const auto found = std::find_if(candidates.begin(), candidates.end(), isFile);
-    if (found == candidates.end())
-        throw ImportError("there is no such file");
-    return found->string();
+    const auto found = std::find_if(candidates.begin(), candidates.end(), [this](const fs::path& candidate) {
+        return isFile(candidate) && fFolder.allows(candidate);
+    });
+    if (found != candidates.end())
+        return found->string();
+    std::error_code error;
+    if (isFile(asItIs))
+        fFolder.check(asItIs);
+    throw ImportError(fs::is_other(asItIs, error) ? "this is a device or a pipe; save it to a file first"
+                                                  : "there is no such file");
 }
 
 /// Empty where there is none.

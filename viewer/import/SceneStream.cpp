@@ -179,7 +179,7 @@ void fieldsOf(Stream& stream, Light& l) {
 template <typename Stream>
 void fieldsOf(Stream& stream, Scene& s) {
     transfer(stream, s.format, s.meshes, s.instances, s.materials, s.images, s.textures, s.cameras, s.lights,
-             s.warnings);
+             s.files, s.warnings);
 }
 
 template <typename Stream, typename... Fields>

@@ -199,6 +199,16 @@ void Switches::addFiles() {
             "models", fOptions.models,
             "Model files: glTF 2.0 (.gltf, .glb), OBJ, PLY, STL and others; tables of points (.csv, .txt)")
         ->type_name("MODEL...");
+    word("--limit-memory", "N(M|G)",
+         "What reading one model may take: 2G, or in proportion to a large file, unless given",
+         [this](const std::string& text) { fOptions.limits.memoryBytes = parseMemory(text); });
+    word("--limit-time", "SECONDS",
+         "How long reading one model may compute: 30, or in proportion to a large file, unless given",
+         [this](const std::string& text) {
+             fOptions.limits.seconds = static_cast<unsigned>(parseCount("--limit-time", text, 1, 1000000));
+         });
+    fApp.add_flag("--allow-outside", fOptions.limits.allowOutside,
+                  "Let models name files outside their folder and the one above");
     word(
         "-o,--output", "FILE",
         "Write a picture here and open no window: .png, .jpg, .bmp, .tga, .ppm, or .pfm for linear floats; - "

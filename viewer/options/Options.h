@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/ImportLimits.h"
 #include "draw/Particles.h"
 #include "draw/Shading.h"
 #include "output/Progress.h"
@@ -20,6 +21,9 @@ namespace orloview {
 /// What the command line asks for. Values are checked: sizes and angles are in range, nothing contradicts.
 struct Options {
     std::vector<std::string> models;
+
+    /// Of reading each of them.
+    ImportLimits limits;
 
     /// The picture's file; "-" is standard output. Empty: show the model in a window.
     std::string output;

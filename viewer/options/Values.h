@@ -79,6 +79,9 @@ Triple parseTriple(const std::string& name, const std::string& text) {
     return triple;
 }
 
+/// "500M" or "8G", in bytes.
+std::size_t parseMemory(const std::string& text);
+
 float parsePointSize(const std::string& text);
 double parseFieldOfView(const std::string& text);
 std::optional<Sky> parseSky(const std::string& text);

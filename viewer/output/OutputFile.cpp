@@ -2,8 +2,15 @@
 
 #include "base/ExitCode.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <set>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -12,13 +19,83 @@ namespace orloview {
 
 namespace {
 
-/// A device or pipe can't be replaced by a renaming: it is written straight.
-bool isReplaceable(const std::string& path) {
-    struct stat status = {};
-    return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
+namespace fs = std::filesystem;
+
+/// For signals: the short name of what isn't in its place yet. Null: there is none.
+std::atomic<const char*> fsUnfinished = nullptr;
+
+using FileIdentity = std::pair<dev_t, ino_t>;
+
+std::set<FileIdentity>& sparedFiles() {
+    static std::set<FileIdentity> files;
+    return files;
+}
+
+void endBySignal(int signal) {
+    OutputFile::removeUnfinished();
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+/// All signals that would end the program and that nobody else has taken.
+void removeOnSignals() {
+    constexpr std::array kHarmless{SIGCHLD, SIGCONT, SIGTSTP, SIGTTIN, SIGTTOU, SIGURG, SIGWINCH};
+    for (int number = 1; number <= SIGRTMAX; ++number) {
+        struct sigaction action = {};
+        if (std::find(kHarmless.begin(), kHarmless.end(), number) != kHarmless.end() ||
+            sigaction(number, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
+            continue;
+        action.sa_handler = endBySignal;
+        action.sa_flags = SA_NODEFER;
+        sigaction(number, &action, nullptr);
+    }
+}
+
+/// The file that a chain of symbolic links ends at, whether it is there or not.
+fs::path behindLinks(fs::path path) {
+    std::error_code error;
+    for (fs::path next = fs::read_symlink(path, error); !error; next = fs::read_symlink(path, error))
+        path = path.parent_path() / next;
+    return path;
+}
+
+fs::path folderOf(const fs::path& path) {
+    return path.has_parent_path() ? path.parent_path() : ".";
+}
+
+/// A file without a name, or -1. It gets one by way of /proc.
+int openNameless(const fs::path& folder) {
+    constexpr const char* kOurFiles = "/proc/self/fd";
+    return access(kOurFiles, X_OK) == 0 ? open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666) : -1;
+}
+
+/// Tries names in the folder until one is free. The name, or nothing where it fails for another reason.
+template <typename Attempt>
+std::string underFreeName(const fs::path& folder, Attempt&& attempt) {
+    constexpr int kMostNames = 1000;
+    for (int number = 0; number < kMostNames; ++number) {
+        const std::string name =
+            folder / (".orloview-" + std::to_string(getpid()) + "-" + std::to_string(number));
+        if (attempt(name.c_str()))
+            return name;
+        if (errno != EEXIST)
+            return {};
+    }
+    return {};
 }
 
 } // namespace
+
+void OutputFile::spare(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) == 0)
+        sparedFiles().emplace(status.st_dev, status.st_ino);
+}
+
+void OutputFile::removeUnfinished() {
+    if (const char* name = fsUnfinished.exchange(nullptr))
+        unlink(name);
+}
 
 OutputFile::OutputFile(std::string path) : fPath(std::move(path)) {
     if (fPath == "-") {
@@ -26,19 +103,60 @@ OutputFile::OutputFile(std::string path) : fPath(std::move(path)) {
         fStream = stdout;
         return;
     }
-    if (isReplaceable(fPath))
-        fWritten = fPath + ".part" + std::to_string(getpid());
+    struct stat status = {};
     errno = 0;
-    fStream = std::fopen(fWritten.empty() ? fPath.c_str() : fWritten.c_str(), "wb");
-    if (!fStream)
+    const bool isThere = stat(fPath.c_str(), &status) == 0;
+    if (!isThere && errno != ENOENT)
         fail();
+    if (isThere && sparedFiles().contains({status.st_dev, status.st_ino}))
+        throw Failure(kExitUsage, fPath + ": this is one of the files that are read; give another name");
+    const int file = isThere && !S_ISREG(status.st_mode)
+                         ? ::open(fPath.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY)
+                         : openReplacement();
+    fStream = file < 0 ? nullptr : fdopen(file, "wb");
+    if (fStream)
+        return;
+    removeUnfinished();
+    fail();
 }
 
 OutputFile::~OutputFile() {
     if (fStream && fStream != stdout)
         std::fclose(fStream);
-    if (fStream && !fWritten.empty())
-        std::remove(fWritten.c_str());
+    if (!fBeside.empty())
+        removeUnfinished();
+}
+
+int OutputFile::openReplacement() {
+    fPlace = behindLinks(fPath);
+    const fs::path folder = folderOf(fPlace);
+    int file = openNameless(folder);
+    if (file >= 0)
+        return file;
+    setBeside(underFreeName(folder, [&file](const char* name) {
+        file = ::open(name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        return file >= 0;
+    }));
+    return file;
+}
+
+/// Gives what has no name yet one beside its place.
+void OutputFile::nameBeside() {
+    const std::string nameless = "/proc/self/fd/" + std::to_string(fileno(fStream));
+    setBeside(underFreeName(folderOf(fPlace), [&nameless](const char* name) {
+        return linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0;
+    }));
+    if (fBeside.empty())
+        fail();
+}
+
+void OutputFile::setBeside(std::string name) {
+    fsUnfinished = nullptr;
+    fBeside = std::move(name);
+    if (fBeside.empty())
+        return;
+    removeOnSignals();
+    fsUnfinished = fBeside.c_str();
 }
 
 void OutputFile::write(const void* bytes, size_t count) {
@@ -51,19 +169,20 @@ void OutputFile::commit() {
         fail();
     if (fStream == stdout)
         return;
-    const bool closed = std::fclose(std::exchange(fStream, nullptr)) == 0;
-    if (closed && (fWritten.empty() || std::rename(fWritten.c_str(), fPath.c_str()) == 0))
-        return;
-    const int error = errno;
-    std::remove(fWritten.c_str());
-    errno = error;
-    fail();
+    const bool isReplacement = !fPlace.empty();
+    if (isReplacement && fBeside.empty())
+        nameBeside();
+    const bool isClosed = std::fclose(std::exchange(fStream, nullptr)) == 0;
+    if (!isClosed || (isReplacement && std::rename(fBeside.c_str(), fPlace.c_str()) != 0))
+        fail();
+    setBeside({});
 }
 
 void OutputFile::fail() const {
     const std::string reason = errno != 0 ? std::strerror(errno) : "the disk took no more";
-    throw Failure(kExitNotWritten, fPath + ": the picture could not be written: " + reason +
-                                       "; check the folder, its rights and the space left");
+    const char* hint =
+        errno == EPIPE ? "; who read it has gone" : "; check the folder, its rights and the space left";
+    throw Failure(kExitNotWritten, fPath + ": the picture could not be written: " + reason + hint);
 }
 
 } // namespace orloview

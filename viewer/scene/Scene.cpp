@@ -91,6 +91,7 @@ void Scene::append(Scene other) {
     moveBehind(textures, other.textures);
     moveBehind(cameras, other.cameras);
     moveBehind(lights, other.lights);
+    moveBehind(files, other.files);
     moveBehind(warnings, other.warnings);
 }
 

@@ -195,6 +195,7 @@ struct Scene {
     std::vector<Texture> textures;
     std::vector<Camera> cameras;
     std::vector<Light> lights;
+    std::vector<std::string> files;    ///< what lies beside the model and was read too, pictures apart
     std::vector<std::string> warnings; ///< each names something of the input that was left out
 
     /// A plain one where the mesh has none.

@@ -1,6 +1,7 @@
 #include "session/DisplaySession.h"
 
 #include "base/ExitCode.h"
+#include "output/OutputFile.h"
 
 #include <array>
 #include <csignal>
@@ -33,6 +34,7 @@ int serverLost(Display*) {
         std::_Exit(*theCodeOfAll);
     std::fputs("orloview: the connection to the X server was lost; start it again and repeat the command\n",
                stderr);
+    OutputFile::removeUnfinished();
     std::_Exit(kExitNoGL);
 }
 

@@ -23,7 +23,7 @@ GltfFile withPositions(const std::vector<float>& positions) {
 }
 
 Scene read(const GltfFile& file) {
-    return readGltf(file.glb(), "model.glb");
+    return readGltf(file.glb(), ModelFolder("model.glb"));
 }
 
 TEST(GltfReader, spellsOutEveryPrimitiveMode) {
@@ -391,11 +391,11 @@ TEST(GltfReader, findsBuffersBesideTheFileAndNamesMissingOnes) {
     GltfFile file = withPositions(kSquare);
     file.json["buffers"] = {{{"byteLength", file.binary.size()}, {"uri", "a%20b.bin"}}};
     const auto path = folder.write("model.gltf", bytesOf(file.json.dump()));
-    EXPECT_THAT(refusal([&] { readModel(path); }), HasSubstr("a b.bin"));
+    EXPECT_THAT(refusal([&] { readModel(path, ModelFolder(path)); }), HasSubstr("a b.bin"));
     folder.write("a b.bin", file.binary);
-    EXPECT_THAT(readModel(path).instances, SizeIs(1));
+    EXPECT_THAT(readModel(path, ModelFolder(path)).instances, SizeIs(1));
     folder.write("a b.bin", {1, 2, 3});
-    EXPECT_THAT(refusal([&] { readModel(path); }), HasSubstr("and has 3"));
+    EXPECT_THAT(refusal([&] { readModel(path, ModelFolder(path)); }), HasSubstr("and has 3"));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "TestFiles.h"
 
+#include "base/Confinement.h"
 #include "import/ChildProcess.h"
 #include "import/Importer.h"
 #include "import/ModelReader.h"
@@ -7,7 +8,11 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <sys/wait.h>
+#include <fcntl.h>
+#include <sys/ptrace.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
 
 namespace orloview {
 namespace {
@@ -22,9 +27,16 @@ constexpr bool kLimitsMemory = false; // the sanitizer reserves terabytes of add
 constexpr bool kLimitsMemory = true;
 #endif
 
+/// Takes that much and more, piece by piece.
+bool hoards(std::size_t megabytes) {
+    std::vector<std::vector<char>> hoard;
+    for (std::size_t i = 0; i < megabytes; ++i)
+        hoard.emplace_back(std::size_t{1} << 20, 'x');
+    return hoard.size() == megabytes;
+}
+
 TEST(ChildProcess, tellsWhatBecameOfTheWork) {
-    ImportLimits limits;
-    limits.seconds = 1.0;
+    ChildLimits limits{std::size_t{256} << 20, 1, std::size_t{1024} << 20, 2};
     const auto outcome = [&](const ChildWork& work) { return runInChild(work, limits).outcome; };
     EXPECT_EQ(outcome([](int) { return true; }), ChildOutcome::Done);
     EXPECT_EQ(outcome([](int) { return false; }), ChildOutcome::Failed);
@@ -32,20 +44,24 @@ TEST(ChildProcess, tellsWhatBecameOfTheWork) {
     EXPECT_EQ(outcome([](int) -> bool { std::abort(); }), ChildOutcome::Crashed);
     EXPECT_EQ(outcome([](int) -> bool { throw 1; }), ChildOutcome::Crashed);
     EXPECT_EQ(outcome([](int) -> bool { throw std::bad_alloc(); }), ChildOutcome::OutOfMemory);
-    EXPECT_EQ(outcome([](int) -> bool {
-                  for (;;)
-                      ::pause();
-              }),
-              ChildOutcome::OutOfTime);
+    EXPECT_EQ(outcome([](int) { return ::pause() == 0; }), ChildOutcome::OutOfTime) << "it waits";
+    const ChildResult busy = runInChild(
+        [](int) -> bool {
+            raiseLimits(0, 9);
+            while (::getppid() > 0) {
+            }
+            return true;
+        },
+        limits);
+    EXPECT_EQ(busy.outcome, ChildOutcome::OutOfTime);
+    EXPECT_EQ(busy.limits.seconds, 2U) << "no more than the most";
     if (kLimitsMemory) {
-        limits = {std::size_t{256} << 20, 60.0};
+        EXPECT_EQ(outcome([](int) { return hoards(300); }), ChildOutcome::OutOfMemory);
         EXPECT_EQ(outcome([](int) {
-                      std::vector<std::vector<char>> hoard;
-                      for (;;)
-                          hoard.emplace_back(std::size_t{16} << 20, 'x');
-                      return true;
+                      raiseLimits(std::size_t{300} << 20, 0);
+                      return hoards(300);
                   }),
-                  ChildOutcome::OutOfMemory);
+                  ChildOutcome::Done);
     }
 }
 
@@ -61,19 +77,6 @@ TEST(ChildProcess, handsTheOutputOverAndKeepsQuiet) {
         {});
     EXPECT_THAT(testing::internal::GetCapturedStdout(), IsEmpty());
     EXPECT_THAT(result.output, SizeIs(100000));
-}
-
-TEST(ChildProcess, needsNoStandardStreams) {
-    const pid_t withoutStreams = ::fork();
-    if (withoutStreams == 0) {
-        for (int stream : {0, 1, 2})
-            ::close(stream);
-        const ChildResult result = runInChild([](int output) { return ::write(output, "well", 4) == 4; }, {});
-        ::_exit(result.output == bytesOf("well") ? 0 : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(::waitpid(withoutStreams, &status, 0), withoutStreams);
-    EXPECT_EQ(status, 0);
 }
 
 GltfFile triangle() {
@@ -118,6 +121,94 @@ TEST(Importer, saysInOneLineWhyThereIsNothing) {
     EXPECT_THAT(errorOf(folder.write("a\nb.glb", bytesOf("glTF\n"))), testing::Not(HasSubstr("\n")));
 }
 
+TEST(Importer, saysWhichLimitAndWhichSwitch) {
+    const Folder folder;
+    std::string text = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
+    for (int i = 0; i < 3000000; ++i)
+        text += "f 1 2 3\n";
+    const std::string path = folder.write("a.obj", bytesOf(text)).string();
+    EXPECT_THAT(importModel(path, {{}, 1}).error,
+                testing::AllOf(HasSubstr("more than 1 s "), HasSubstr("--limit-time 4")));
+    if (kLimitsMemory) {
+        EXPECT_THAT(importModel(path, {std::size_t{90} << 20, {}}).error,
+                    testing::AllOf(HasSubstr("more than 90 MB "), HasSubstr("--limit-memory 1G")));
+    }
+}
+
+TEST(Importer, staysInTheFolders) {
+    const Folder folder;
+    for (const char* sub : {"above", "above/model", "above/maps", "outside"})
+        std::filesystem::create_directory(folder.path() / sub);
+    const Bytes corners = packed(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0});
+    for (const char* file : {"above/maps/a.bin", "above/model/b.bin", "outside/c.bin"})
+        folder.write(file, corners);
+    std::filesystem::create_symlink("../maps/a.bin", folder.path() / "above/model/near");
+    std::filesystem::create_symlink("../../outside/c.bin", folder.path() / "above/model/far");
+    const std::string outside = (folder.path() / "outside/c.bin").string();
+    const std::pair<std::string, const char*> kNames[] = {
+        {"../maps/a.bin", ""},
+        {"near", ""},
+        {"far", "outside the model's folder"},
+        {outside, "outside the model's folder"},
+        {"../../outside/c.bin", "outside the model's folder"},
+        {"..%2f../outside%2Fc.bin", "outside the model's folder"},
+        {"b.bin%00.png", "no such file"},
+    };
+    for (const auto& [name, reason] : kNames) {
+        GltfFile file = triangle();
+        file.json["buffers"][0] = {{"uri", name}, {"byteLength", corners.size()}};
+        const std::string path = folder.write("above/model/a.gltf", bytesOf(file.json.dump())).string();
+        EXPECT_THAT(importModel(path).error, HasSubstr(reason)) << name;
+        EXPECT_EQ(bool{importModel(path)}, *reason == 0) << name;
+        EXPECT_EQ(bool{importModel(path, {{}, {}, true})}, !name.starts_with("b.bin")) << name;
+    }
+    const std::string obj = folder
+                                .write("above/model/a.obj", bytesOf("mtllib " + outside +
+                                                                    "\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"))
+                                .string();
+    EXPECT_THAT(importModel(obj).scene.warnings,
+                testing::ElementsAre(HasSubstr("outside the model's folder")));
+    const std::string x3d =
+        folder
+            .write("above/model/a.x3d",
+                   bytesOf("<X3D><Scene><Inline url='../../outside/b.x3d'/></Scene></X3D>"))
+            .string();
+    EXPECT_THAT(importModel(x3d).error, HasSubstr("outside the model's folder"));
+}
+
+/// What a reader could do that a damaged file has taken over.
+TEST(Confinement, leavesNothingButReading) {
+    if (!whatIsNotConfined().empty())
+        GTEST_SKIP() << "this kernel has no means for " << whatIsNotConfined();
+    const Folder folder;
+    const std::string inside = folder.write("in", bytesOf("x")).string();
+    const std::string linked = (folder.path() / "link").string();
+    std::filesystem::create_symlink("/etc/passwd", linked);
+    const ChildResult result = runInChild(
+        [&](int output) {
+            confine({inside, folder.path()});
+            rlimit time{};
+            raiseLimits(0, 1);
+            ::getrlimit(RLIMIT_CPU, &time);
+            const bool could[] = {::open("/etc/passwd", O_RDONLY) >= 0,
+                                  ::open(linked.c_str(), O_RDONLY) >= 0,
+                                  ::open(inside.c_str(), O_WRONLY) >= 0,
+                                  ::unlink(inside.c_str()) == 0,
+                                  ::socket(AF_UNIX, SOCK_STREAM, 0) >= 0,
+                                  ::syscall(0x40000000 | SYS_socket, AF_UNIX, SOCK_STREAM, 0) >= 0,
+                                  ::execl("/bin/true", "true", nullptr) == 0,
+                                  ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0,
+                                  ::kill(::getppid(), 0) == 0,
+                                  ::prlimit(::getppid(), RLIMIT_CPU, nullptr, &time) == 0,
+                                  time.rlim_cur != 6,
+                                  ::open(inside.c_str(), O_RDONLY) < 0};
+            return ::write(output, could, sizeof could) == sizeof could;
+        },
+        {std::size_t{2} << 30, 5, std::size_t{2} << 30, 6});
+    EXPECT_EQ(result.outcome, ChildOutcome::Done);
+    EXPECT_EQ(result.output, Bytes(12, 0));
+}
+
 using NamedFile = std::pair<const char*, Bytes>;
 
 /// Hands over the whole file, then every beginning of it.
@@ -153,7 +244,7 @@ TEST(Importer, survivesEveryCut) {
         cutEverywhere(file, [](const std::filesystem::path& path, bool isWhole) {
             std::size_t triangles = 0;
             const std::string message = refusal([&] {
-                const Scene scene = readModel(path);
+                const Scene scene = readModel(path, ModelFolder(path));
                 EXPECT_TRUE(isConsistent(scene)) << path;
                 triangles = scene.count(Topology::Triangles);
             });

@@ -30,6 +30,11 @@ TEST(StlReader, leavesOutFacetsThatAreNotFinite) {
     EXPECT_THAT(scene.warnings, ElementsAre(HasSubstr("1 triangle of")));
 }
 
+Scene read(const Folder& folder, const Bytes& bytes) {
+    const std::filesystem::path path = folder.write("model.dae", bytes);
+    return readByLibrary(path, ModelFolder(path));
+}
+
 const char* const kCollada = R"(<?xml version="1.0"?>
 <COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">
 <asset><unit name="meter" meter="1"/><up_axis>Y_UP</up_axis></asset>
@@ -72,7 +77,7 @@ TEST(LibraryReader, readsHowPicturesAreLaidOn) {
                                           "<wrapV>0</wrapV><repeatU>2</repeatU><repeatV>3</"
                                           "repeatV><offsetU>0.25</offsetU><offsetV>0.5</offsetV>"
                                           "</technique></extra></texture>");
-    const Scene scene = readByLibrary(folder.write("model.dae", bytesOf(text)));
+    const Scene scene = read(folder, bytesOf(text));
     ASSERT_THAT(scene.textures, SizeIs(1));
     EXPECT_EQ(scene.textures[0].wrapU, Wrap::MirroredRepeat);
     EXPECT_EQ(scene.textures[0].wrapV, Wrap::ClampToEdge);
@@ -85,7 +90,7 @@ TEST(LibraryReader, readsHowPicturesAreLaidOn) {
 
 TEST(LibraryReader, readsPlacesMaterialsAndCameras) {
     const Folder folder;
-    const Scene scene = readByLibrary(folder.write("model.dae", bytesOf(kCollada)));
+    const Scene scene = read(folder, bytesOf(kCollada));
     ASSERT_THAT(scene.instances, SizeIs(1));
     EXPECT_EQ(scene.count(Topology::Triangles), 2U);
     EXPECT_EQ(scene.bounds().min[0], 3.0) << "5 - 2 * 1";

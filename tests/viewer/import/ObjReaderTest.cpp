@@ -13,7 +13,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 Scene read(const std::string& text, const std::filesystem::path& path = "model.obj") {
-    return readObj(bytesOf(text), path);
+    return readObj(bytesOf(text), ModelFolder(path));
 }
 
 const char* const kSquare = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";

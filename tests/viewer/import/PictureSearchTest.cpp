@@ -40,15 +40,16 @@ TEST(PictureSearch, findsWhatWasNamedOnAnotherMachine) {
         {"..\\Far.PNG", "far.png"},
         {(folder.path() / "far.png").string(), "far.png"},
     };
-    PictureSearch search(folder.path() / "model");
+    PictureSearch search(ModelFolder(folder.path() / "model/a.obj"));
     for (const auto& [name, file] : kNames) {
         const std::string found = errorOf(search, name);
         EXPECT_TRUE(found.starts_with("found ") &&
                     std::filesystem::equivalent(found.substr(6), folder.path() / file))
             << name << ": " << found;
     }
-    for (const char* name : {"gone.png", "folder.png", "pipe.png", "", ".", "..", "/", "Maps", "exact.png/"})
+    for (const char* name : {"gone.png", "folder.png", "", ".", "..", "/", "Maps", "exact.png/"})
         EXPECT_EQ(errorOf(search, name), "there is no such file") << name;
+    EXPECT_THAT(errorOf(search, "pipe.png"), HasSubstr("a pipe"));
     EXPECT_THAT(errorOf(search, "https://example.org/wood.jpg"), HasSubstr("save it beside the model"));
 }
 
