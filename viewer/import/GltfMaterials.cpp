@@ -212,8 +212,8 @@ Material readMaterial(const GltfObject& source, std::size_t textureCount) {
 
 } // namespace
 
-void readGltfMaterials(const GltfObject& root, GltfData& data, const ModelFolder& folder,
-                       Scene& scene, Warnings& warnings) {
+void readGltfMaterials(const GltfObject& root, GltfData& data, const ModelFolder& folder, Scene& scene,
+                       Warnings& warnings) {
     scene.images = readImages(root, data, folder, warnings);
     scene.textures = readTextures(root, scene.images, warnings);
     for (const GltfObject& source : root.objects("materials"))
