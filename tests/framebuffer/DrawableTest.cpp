@@ -1,0 +1,584 @@
+// Windows and pbuffers: the calls of each road to one, and what becomes of it when one of them fails.
+
+#include "FrameBufferTest.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace {
+
+constexpr Window kParent = 0x55;
+constexpr Window kChild = nthName(NameKind::XWindow, 1); // the start-up context has the first
+constexpr GLXWindow kGlxWindow = nthName(NameKind::GlxWindow);
+constexpr GLXPbuffer kPbuffer = nthName(NameKind::Pbuffer);
+
+/// One call on a road; what creating answers when it fails (0: nobody looks, or there is another way), the
+/// kind that is left then, and a call that follows all the same.
+struct Step {
+    std::string call;
+    uint32_t failure = 0;
+    uint32_t kind = 0;
+    Calls still = {};
+};
+using Steps = std::vector<Step>;
+
+Steps operator+(Steps a, const Steps& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+using Create = std::function<uint32_t(GLFrameBuffer&, const WindowWrapper&, const koBufferFormat&)>;
+const Create kInWindow = &GLFrameBuffer::createInWindow;
+const Create kPortably = &GLFrameBuffer::createInWindowPortably;
+const Create kAsPbuffer = [](GLFrameBuffer& buffer, const WindowWrapper& window, const koBufferFormat& f) {
+    return buffer.createOffscreen(window, f, 640, 480, false);
+};
+const Create kAsPbufferPortably = [](GLFrameBuffer& b, const WindowWrapper& w, const koBufferFormat& f) {
+    return b.createPbufferPortably(w, f, 640, 480);
+};
+using Capabilities = std::vector<GLCapability>;
+
+struct Road {
+    const char* name;
+    Create create;
+    Capabilities vetoed;
+    Steps steps;
+    XID drawable;
+    Window window; // what the host maps; 0 for a pbuffer
+    Calls release; // after the context is gone
+    bool leavesNothing = false;
+
+    friend void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
+};
+
+/// The visual of the first configuration; onlyVisual() is what the chooser of visuals finds.
+XVisualInfo* firstVisual() {
+    static XVisualInfo visual = {};
+    return &visual;
+}
+
+Values sizes(Values list, double color = 8, double depth = 24, double stencil = 8) {
+    list.insert(list.end(), {8, color, 9, color, 10, color, 11, color, 12, depth, 13, stencil, 0});
+    return list;
+}
+
+Values sampled(Values list, double buffers, double samples, double value) {
+    list.pop_back();
+    list.insert(list.end(), {buffers, 1, samples, value, 0});
+    return list;
+}
+
+Values configuration(double types, double doubled, double color = 8, double depth = 24, double stencil = 8) {
+    return sizes({GLX_DRAWABLE_TYPE, types, GLX_DOUBLEBUFFER, doubled, GLX_RENDER_TYPE, 1}, color, depth,
+                 stencil);
+}
+
+const Values kPortable =
+    sizes({GLX_X_RENDERABLE, 1, GLX_DRAWABLE_TYPE, 1, GLX_RENDER_TYPE, 1, GLX_DOUBLEBUFFER, 1});
+
+Steps childSteps(uint32_t kind) {
+    return {{on("XGetGeometry", kParent), 3, kind},
+            {on("XCreateColormap", kFakeRoot, onlyVisual()->visual, AllocNone)},
+            {on("XCreateWindow", kParent, 0, 0, 640, 480, 0, 30, InputOutput, onlyVisual()->visual, 0x2809,
+                Values{0, 0, 0x6800F, double(kFakeColormap)}),
+             3, kind}};
+}
+
+std::vector<Road> roads() {
+    const GLXContext shared = nthContext();
+    const GLXFBConfig config = nthConfig();
+    int count = 0;
+    const Step freedConfigs = {call("XFree", glXChooseFBConfig(fakeDisplay(), 0, nullptr, &count))};
+    const Step freed = {call("XFree", onlyVisual())};
+    const Step query = {on("glXQueryExtensionsString", 0)};
+    const std::string context = on("glXCreateContext", onlyVisual(), shared, 1);
+    const std::string visual = on("glXGetVisualFromFBConfig", config);
+    const Steps bySGIX = Steps{query,
+                               {on("glXChooseFBConfigSGIX", 0, configuration(1, 1), kOut), 2},
+                               {on("glXGetVisualFromFBConfigSGIX", config), 2, 1},
+                               {on("glXCreateContext", firstVisual(), shared, 1), 4, 1},
+                               {on("glXChooseVisual", 0, configuration(1, 1)), 2, 1},
+                               {context, 4, 1}} +
+                         childSteps(1) + Steps{freed, freedConfigs};
+    const Steps byVisual =
+        Steps{query, {on("glXChooseVisual", 0, sizes({GLX_DOUBLEBUFFER, GLX_USE_GL})), 2}, {context, 4}} +
+        childSteps(0) + Steps{freed};
+    const Steps byGLX13 = {query,
+                           {on("glXChooseFBConfig", 0, configuration(1, 1), kOut)},
+                           {on("glXCreateNewContext", config, GLX_DRAWABLE_TYPE, shared, 1), 4},
+                           {on("glXCreateWindow", config, kParent, nullptr), 3},
+                           freedConfigs};
+    const Steps portable = Steps{{on("glXChooseFBConfig", 0, kPortable, kOut)},
+                                 {visual},
+                                 freedConfigs,
+                                 {on("glXCreateNewContext", config, GLX_RGBA_TYPE, shared, 1)}} +
+                           childSteps(0) + Steps{{on("glXCreateWindow", config, kChild, nullptr), 3}, freed};
+    const Steps portableByVisual =
+        Steps{{on("glXChooseVisual", 0, sizes({GLX_RGBA, GLX_DOUBLEBUFFER})), 2}, {context, 4}} +
+        childSteps(0) + Steps{freed};
+    const auto pbuffer = [&](const Step& choice, const Step& creation, const char* contextOf) {
+        Steps steps = {{on("glXMakeCurrent", nthName(NameKind::XWindow), shared)}, query, choice};
+        for (int side : {GLX_MAX_PBUFFER_WIDTH, GLX_MAX_PBUFFER_HEIGHT})
+            steps.push_back({on("glXGetFBConfigAttrib", config, side, kOut)});
+        steps = steps + Steps{creation, {visual, 5}, {on(contextOf, config, GLX_RGBA_TYPE, shared, 1), 4, 2}};
+        for (int size : {GLX_RED_SIZE, GLX_ALPHA_SIZE, GLX_DEPTH_SIZE, GLX_STENCIL_SIZE, GLX_SAMPLE_BUFFERS})
+            steps.push_back({on("glXGetConfig", onlyVisual(), size, kOut)});
+        return steps + Steps{freedConfigs, freed};
+    };
+    Values size = {GLX_PBUFFER_WIDTH, 640, GLX_PBUFFER_HEIGHT, 480, GLX_LARGEST_PBUFFER, 0};
+    size.insert(size.end(), {GLX_PRESERVED_CONTENTS, 0, 0});
+    const Steps pbufferByGLX13 =
+        pbuffer({on("glXChooseFBConfig", 0, configuration(5, 0), kOut), 2, 2},
+                {on("glXCreatePbuffer", config, size), 5, 0, {visual}}, "glXCreateNewContext");
+    const Steps pbufferBySGIX =
+        pbuffer({on("glXChooseFBConfigSGIX", 0, configuration(5, 1), kOut), 2, 2},
+                {on("glXCreateGLXPbufferSGIX", config, 640, 480, configuration(5, 1)), 5},
+                "glXCreateContextWithConfigSGIX");
+    const Capabilities sgix = {kCapSGIXChooseFBConfig};
+    const Capabilities windows = {kCapSGIXChooseFBConfig, kCapGLXFBConfig, kCapGLXWindow};
+    const Capabilities pbuffers = {kCapGLXPbuffer, kCapGLXWindow};
+    const Calls destroyed = {on("glXDestroyWindow", kGlxWindow)};
+    const Calls destroyedAsWindow = {on("XDestroyWindow", kPbuffer)};
+    const Calls freedChild = {on("XDestroyWindow", kChild), on("XFreeColormap", kFakeColormap)};
+    const Calls freedPbuffer = {on("glXMakeContextCurrent", 0, 0, nullptr),
+                                on("glXDestroyPbuffer", kPbuffer)};
+    return {
+        {"bySGIX", kInWindow, {}, bySGIX, kChild, kChild, {on("glXDestroyWindow", kChild)}},
+        {"byVisual", kInWindow, windows, byVisual, kChild, kChild, {on("XDestroyWindow", 0)}},
+        {"byGLX13", kInWindow, sgix, byGLX13, kGlxWindow, kGlxWindow, destroyed},
+        {"portable", kPortably, {}, portable, kGlxWindow, kChild, destroyed + freedChild, true},
+        {"portableByVisual", kPortably, windows, portableByVisual, kChild, kChild, freedChild, true},
+        {"pbuffer", kAsPbuffer, {}, pbufferByGLX13, kPbuffer, 0, freedPbuffer},
+        {"pbufferBySGIX", kAsPbufferPortably, pbuffers, pbufferBySGIX, kPbuffer, 0, destroyedAsWindow},
+    };
+}
+
+class DrawableTest : public FrameBufferTest {
+protected:
+    DrawableTest() {
+        script().visualDepth = 30;
+        script().answers["glXGetVisualFromFBConfigSGIX"] = [](const auto&) {
+            return reinterpret_cast<uintptr_t>(firstVisual());
+        };
+        script().configAttributes = {
+            {GLX_RED_SIZE, 8}, {GLX_ALPHA_SIZE, 8}, {GLX_DEPTH_SIZE, 24}, {GLX_STENCIL_SIZE, 8}};
+    }
+
+    uint32_t create(const Create& by, GLFrameBuffer& buffer,
+                    const koBufferFormat& format = bufferFormat(2, 7, 12)) {
+        clearRecorded();
+        return by(buffer, WindowWrapper(this, kParent, fakeDisplay()), format);
+    }
+
+    void enable(const Capabilities& capabilities, bool enabled) {
+        for (GLCapability capability : capabilities)
+            gl().fExtEnabled[capability] = enabled;
+    }
+
+    /// The call that begins so, empty where there is none.
+    static std::string theCall(const std::string& name) {
+        const auto found =
+            std::ranges::find_if(recorded(), [&](const auto& text) { return text.starts_with(name); });
+        return found == recorded().end() ? "" : *found;
+    }
+
+    static int times(const std::string& name, const Calls& calls = recorded()) {
+        return static_cast<int>(
+            std::ranges::count_if(calls, [&](const auto& text) { return text.starts_with(name + '('); }));
+    }
+
+    static void expectNothingLeft() {
+        EXPECT_EQ(ledger(NameKind::Context).live.size(), 1u) << "the start-up context's";
+        EXPECT_EQ(ledger(NameKind::XWindow).live.size(), 1u);
+        EXPECT_TRUE(ledger(NameKind::GlxWindow).live.empty());
+        EXPECT_EQ(times("XCreateColormap"), times("XFreeColormap"));
+    }
+};
+
+class DrawableRoad : public DrawableTest, public testing::WithParamInterface<Road> {
+protected:
+    DrawableRoad() { enable(GetParam().vetoed, false); }
+
+    uint32_t create(GLFrameBuffer& buffer) { return DrawableTest::create(GetParam().create, buffer); }
+};
+INSTANTIATE_TEST_SUITE_P(, DrawableRoad, testing::ValuesIn(roads()),
+                         [](const auto& road) { return std::string(road.param.name); });
+
+TEST_P(DrawableRoad, isMadeUsedAndReleased) {
+    const Road& road = GetParam();
+    const bool isWindow = road.window != 0;
+    GLFrameBuffer buffer;
+    buffer.fActualFormat.fTextureType = IHWTexture::kTextureCubeMap;
+    ASSERT_EQ(create(buffer), 0u);
+    EXPECT_EQ(startup().refCount(), 2);
+    EXPECT_EQ(buffer.isOffscreen(), !isWindow);
+    EXPECT_TRUE(buffer.fOwnsDrawable && buffer.fGLXDrawableFlag && !buffer.fFramebufferObjectFlag);
+    EXPECT_EQ(numbers(buffer.fRequestedFormat), numbers(bufferFormat(2, 7, 12)));
+    EXPECT_EQ(numbers(buffer.fActualFormat), numbers(bufferFormat(2, 7, 12, isWindow ? 2 : 5)));
+    EXPECT_EQ(buffer.fWidth, isWindow ? 0u : 640u);
+    EXPECT_EQ(buffer.fHeight, isWindow ? 0u : 480u);
+    EXPECT_EQ(buffer.fWindow.widget(), this);
+    EXPECT_EQ(buffer.fWindow.window(), kParent);
+    EXPECT_EQ(buffer.fWindow.fbWindow(), road.window);
+
+    Calls expected;
+    for (const Step& step : road.steps)
+        expected.push_back(step.call);
+    // By SGIX the first context is left.
+    const GLXContext context = nthContext(ledger(NameKind::Context).made - 1);
+    expected = expected + Calls{on("glXMakeCurrent", road.drawable, context), bound(0)};
+    EXPECT_EQ(buffer.makeCurrent(), 1u);
+    if (isWindow) {
+        buffer.swapBuffers();
+        buffer.resizeWindow(30, 20);
+        expected = expected + Calls{on("glXSwapBuffers", road.drawable),
+                                    on("XResizeWindow", road.window, 30, 20), call("glXWaitX")};
+    }
+    const int instances = GLFrameBuffer::fsNumInstances_GLFrameBuffer;
+    for (int releases : {1, 2}) {
+        buffer.deleteInternalState();
+        EXPECT_EQ(startup().refCount(), 1);
+        EXPECT_EQ(buffer.fKind | buffer.fDrawable | buffer.fPbuffer, 0u);
+        EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, instances - releases) << "falls at every one";
+    }
+    expected = expected + Calls{on("glXMakeCurrent", 0, nullptr), on("glXDestroyContext", context)};
+    EXPECT_EQ(recorded(), expected + road.release);
+}
+
+TEST_P(DrawableRoad, endsWithTheStepThatFails) {
+    Calls calls;
+    for (const Step& step : GetParam().steps) {
+        SCOPED_TRACE(step.call);
+        calls.push_back(step.call);
+        if (step.failure == 0)
+            continue;
+        const std::string name = step.call.substr(0, step.call.find('('));
+        failNext(name.c_str(), times(name, calls));
+        GLFrameBuffer buffer;
+        EXPECT_EQ(create(buffer), step.failure);
+        if (GetParam().leavesNothing)
+            expectNothingLeft();
+        else
+            EXPECT_EQ(recorded(), calls + step.still);
+        EXPECT_EQ(buffer.fKind, step.kind);
+        EXPECT_EQ(buffer.fRequestedFormat.fColorFormat, kRasterRGBA8);
+        EXPECT_EQ(buffer.fActualFormat.fColorFormat, kRasterNoColor);
+        EXPECT_EQ(buffer.fWindow.window() + buffer.fWidth, 0u);
+        EXPECT_FALSE(buffer.fOwnsDrawable);
+        EXPECT_EQ(startup().refCount(), 2);
+        clearRecorded();
+        buffer.deleteInternalState();
+        EXPECT_EQ(recorded(), Calls{}) << "what was made is left";
+        EXPECT_EQ(startup().refCount(), 1);
+        EXPECT_EQ(create(buffer), 0u) << "tries again";
+        buffer.deleteInternalState();
+        if (GetParam().leavesNothing)
+            expectNothingLeft();
+    }
+}
+
+TEST_P(DrawableRoad, needsADisplayAndATableAndMakesAStartupContext) {
+    GLFrameBuffer buffer;
+    EXPECT_EQ(GetParam().create(buffer, WindowWrapper(), {}), 4u);
+    if (GetParam().window != 0) {
+        GLFunctionTable::fpGlobalFunctionTable = nullptr;
+        EXPECT_EQ(create(buffer), 4u);
+        GLFunctionTable::fpGlobalFunctionTable = &gl();
+        EXPECT_EQ(recorded(), Calls{});
+        EXPECT_EQ(startup().refCount(), 3) << "taken before either is looked at";
+        buffer.deleteInternalState();
+    }
+    EXPECT_EQ(startup().refCount(), 2);
+    for (int i = 0; i < 2; ++i) {
+        buffer.deleteInternalState();
+        EXPECT_EQ(startup().refCount(), 1);
+    }
+
+    GLStartupContext::fpGlobalGLStartupContext = nullptr;
+    ASSERT_EQ(create(buffer), 0u);
+    const GLStartupContext* made = GLStartupContext::fpGlobalGLStartupContext;
+    ASSERT_TRUE(made && made->valid);
+    EXPECT_EQ(made->wrapper.window(), kParent);
+    EXPECT_EQ(made->refCount(), 1);
+    const Window hidden = made->window;
+    buffer.deleteInternalState();
+    EXPECT_EQ(recorded().back(), on("XDestroyWindow", hidden)) << "went with its only user";
+    EXPECT_EQ(GLStartupContext::fpGlobalGLStartupContext, nullptr);
+}
+
+TEST_F(DrawableTest, takesTheFirstRoadThatIsOffered) {
+    const struct {
+        const Create& create;
+        Capabilities missing;
+        const char* choice; // null: unsupported
+    } kCases[] = {
+        {kInWindow, {}, "glXChooseFBConfigSGIX"},
+        {kInWindow, {kCapGLXFBConfig, kCapGLXNewContext}, "glXChooseFBConfigSGIX"},
+        {kInWindow, {kCapSGIXChooseFBConfig, kCapSGIXContextWithConfig}, "glXChooseFBConfig"},
+        {kInWindow, {kCapSGIXVisualFromFBConfig, kCapGLXWindow}, "glXChooseFBConfig"},
+        {kInWindow, {kCapSGIXVisualFromFBConfig, kCapGLXFBConfig}, "glXChooseVisual"},
+        {kInWindow, {kCapSGIXChooseFBConfig, kCapGLXNewContext}, "glXChooseVisual"},
+        {kPortably, {kCapGLXFBConfig}, "glXChooseVisual"},
+        {kPortably, {kCapGLXNewContext}, "glXChooseVisual"},
+        {kPortably, {kCapGLXWindow}, "glXChooseVisual"},
+        {kAsPbuffer, {kCapSGIXChooseFBConfig}, "glXChooseFBConfig"},
+        {kAsPbuffer, {kCapGLXFBConfig}, "glXChooseFBConfigSGIX"},
+        {kAsPbuffer, {kCapGLXPbuffer}, "glXChooseFBConfigSGIX"},
+        {kAsPbuffer, {kCapGLXNewContext}, "glXChooseFBConfigSGIX"},
+        {kAsPbuffer, {kCapGLXFBConfig, kCapSGIXChooseFBConfig}, nullptr},
+        {kAsPbuffer, {kCapGLXPbuffer, kCapSGIXPbuffer}, nullptr},
+        {kAsPbuffer, {kCapGLXNewContext, kCapSGIXContextWithConfig}, nullptr},
+    };
+    for (const auto& c : kCases) {
+        enable(c.missing, false);
+        GLFrameBuffer buffer;
+        EXPECT_EQ(create(c.create, buffer), c.choice ? 0u : 1u);
+        EXPECT_THAT(theCall("glXChoose"), testing::StartsWith(c.choice ? c.choice + std::string("(") : ""))
+            << &c - kCases;
+        enable(c.missing, true);
+    }
+}
+
+TEST_F(DrawableTest, isUnsupportedWithoutAnEntryPoint) {
+    GLFunctionTable& table = gl();
+    const auto needs = [&](const Create& by, auto&... slots) {
+        const auto needsOne = [&](auto& slot) {
+            const auto kept = std::exchange(slot, nullptr);
+            GLFrameBuffer buffer;
+            EXPECT_EQ(create(by, buffer), 1u);
+            EXPECT_EQ(theCall("glXChoose"), "");
+            slot = kept;
+        };
+        (needsOne(slots), ...);
+    };
+    needs(kAsPbuffer, table.fglXQueryExtensionsString, table.fglXGetFBConfigAttrib,
+          table.fglXGetVisualFromFBConfig, table.fglXGetConfig);
+    needs(kInWindow, table.fglXQueryExtensionsString, table.fglXCreateContext, table.fglXChooseVisual);
+    enable({kCapSGIXChooseFBConfig}, false);
+    needs(kInWindow, table.fglXCreateWindow);
+    enable({kCapGLXFBConfig}, false);
+    needs(kInWindow, table.fglXCreateContext, table.fglXChooseVisual);
+    needs(kPortably, table.fglXCreateContext, table.fglXChooseVisual);
+}
+
+TEST_F(DrawableTest, asksForTheSizesOfItsFormat) {
+    const struct {
+        uint32_t color, depth, stencil;
+        double colorBits, depthBits, stencilBits;
+    } kCases[] = {{4, 7, 16, 32, 24, 0},  {3, 6, 10, 8, 16, 1},  {5, 8, 11, 8, 16, 4},
+                  {14, 15, 12, 8, 16, 8}, {0, 9, 13, 8, 16, 16}, {1, 7, 8, 8, 24, 0}};
+    for (const auto& c : kCases) {
+        GLFrameBuffer buffer;
+        EXPECT_EQ(create(kInWindow, buffer, bufferFormat(c.color, c.depth, c.stencil)), 0u);
+        EXPECT_EQ(theCall("glXChooseVisual"),
+                  on("glXChooseVisual", 0, configuration(1, 1, c.colorBits, c.depthBits, c.stencilBits)));
+    }
+}
+
+TEST_F(DrawableTest, asksForTheSamplesOfTheCurrentContext) {
+    const struct {
+        const char* extensions;
+        int sampling;
+        double sampleBuffers;
+        int queries;
+    } kCases[] = {
+        {nullptr, kSamplingMultiple, 1, 0},
+        {"GLX_ARB_multisampl", kSamplingMultiple, 1, 0},
+        {"GLX_A GLX_ARB_multisample", kSamplingSingle, 1, 0},
+        {"GLX_A GLX_ARB_multisample", kSamplingMultiple, 0, 1},
+        {"GLX_A GLX_ARB_multisample_more", 7, 2, 2},
+    };
+    for (const auto& c : kCases) {
+        script().answers["glXQueryExtensionsString"] = [&](const auto&) {
+            return reinterpret_cast<uintptr_t>(c.extensions);
+        };
+        script().values = {{GL_SAMPLES, {6}}, {GL_SAMPLE_BUFFERS, {c.sampleBuffers}}};
+        GLFrameBuffer buffer;
+        EXPECT_EQ(create(kInWindow, buffer, bufferFormat(2, 7, 12, 2, c.sampling)), 0u);
+        EXPECT_EQ(times("glGetIntegerv"), c.queries);
+        const Values list = configuration(1, 1);
+        EXPECT_EQ(theCall("glXChooseVisual"),
+                  on("glXChooseVisual", 0,
+                     c.queries == 2 ? sampled(list, GL_SAMPLE_BUFFERS, GL_SAMPLES, 6) : list));
+    }
+}
+
+TEST_F(DrawableTest, readsNoMissingConfiguration) {
+    GLFrameBuffer buffer;
+    int count = 0;
+    const auto configs = reinterpret_cast<uintptr_t>(glXChooseFBConfig(fakeDisplay(), 0, nullptr, &count));
+    const auto noneCounted = [=](const auto&) { return configs; };
+    script().answers["glXChooseFBConfigSGIX"] = script().answers["glXChooseFBConfig"] = noneCounted;
+    EXPECT_EQ(create(kInWindow, buffer), 2u) << "an array, but a count of 0";
+    EXPECT_EQ(create(kAsPbuffer, buffer), 2u);
+    enable({kCapGLXPbuffer}, false);
+    EXPECT_EQ(create(kAsPbuffer, buffer), 2u);
+    enable({kCapSGIXChooseFBConfig}, false);
+    EXPECT_EQ(create(kInWindow, buffer), 0u) << "GLX 1.3 is not asked how many there are";
+    script().answers["glXChooseFBConfig"] = [](const auto&) { return 0; };
+    EXPECT_EQ(create(kInWindow, buffer), 4u);
+    EXPECT_EQ(recorded().back(), on("glXCreateNewContext", nullptr, GLX_DRAWABLE_TYPE, startup().context, 1));
+}
+
+TEST_F(DrawableTest, portableWindowsFallBackToAVisual) {
+    for (const char* missing : {"glXChooseFBConfig", "glXGetVisualFromFBConfig", "glXCreateNewContext"}) {
+        script().answers[missing] = [](const auto&) { return 0; };
+        GLFrameBuffer buffer;
+        ASSERT_EQ(create(kPortably, buffer), 0u) << missing;
+        EXPECT_EQ(times("glXCreateContext"), 1);
+        buffer.deleteInternalState();
+        expectNothingLeft();
+        script().answers.erase(missing);
+    }
+    GLXContext kept = std::exchange(startup().context, nullptr);
+    GLFrameBuffer buffer;
+    EXPECT_EQ(create(kPortably, buffer), 4u) << "nothing to share objects with";
+    EXPECT_EQ(create(kAsPbuffer, buffer), 4u);
+    startup().context = kept;
+}
+
+TEST_F(DrawableTest, portableWindowsPreferTheScreensOwnDepthAndDoWithoutSamples) {
+    XVisualInfo shallow = *onlyVisual();
+    shallow.depth = 24;
+    script().configCount = 3;
+    script().answers["glXGetVisualFromFBConfig"] = [&](const std::vector<Argument>& arguments) {
+        const void* config = arguments[1].pointer();
+        return reinterpret_cast<uintptr_t>(config == nthConfig(0)   ? nullptr
+                                           : config == nthConfig(1) ? onlyVisual()
+                                                                    : &shallow);
+    };
+    const auto context = [&](int config) {
+        return on("glXCreateNewContext", nthConfig(config), GLX_RGBA_TYPE, startup().context, 1);
+    };
+    const koBufferFormat format = bufferFormat(2, 7, 12, 2, kSamplingMultiple);
+    GLFrameBuffer buffer;
+    ASSERT_EQ(create(kPortably, buffer, format), 0u);
+    EXPECT_EQ(recorded()[0],
+              on("glXChooseFBConfig", 0, sampled(kPortable, GLX_SAMPLE_BUFFERS, GLX_SAMPLES, 4), kOut));
+    EXPECT_THAT(recorded(), testing::Contains(context(2)));
+
+    script().configCount = 2;
+    failNext("glXChooseFBConfig");
+    ASSERT_EQ(create(kPortably, buffer, format), 0u);
+    EXPECT_EQ(recorded()[1], on("glXChooseFBConfig", 0, kPortable, kOut));
+    EXPECT_THAT(recorded(), testing::Contains(context(1)));
+}
+
+TEST_F(DrawableTest, pbuffersAreCutToTheDriversSize) {
+    const struct {
+        int largestWidth, largestHeight;
+        unsigned width, height, cutWidth, cutHeight, squareWidth, squareHeight;
+    } kCases[] = {
+        {4096, 4096, 5000, 100, 4096, 100, 4096, 4096}, // the height by the width that was wanted
+        {4096, 4096, 100, 5000, 100, 4096, 100, 5000},
+        {3000, 4096, 2000, 2000, 2000, 2000, 1500, 1500}, // 3000 is nearer to 2048: half of it
+        {3000, 4096, 1500, 2000, 1500, 2000, 1500, 2000},
+        {4096, 3100, 4000, 10, 4000, 10, 3100, 3100},     // nearer to 4096: stays
+        {3072, 3072, 4000, 4000, 3072, 3072, 3072, 3072}, // half-way stays
+        {1, 8, 4, 4, 1, 4, 1, 1},
+        {0, 0, 40000, 3, 40000, 3, 40000, 3}, // a driver that tells no limit
+        {0, 8, 40, 9, 40, 8, 8, 8},
+        {3, 3, 4, 4, 3, 3, 3, 3},
+    };
+    for (const auto& c : kCases) {
+        script().configAttributes[GLX_MAX_PBUFFER_WIDTH] = c.largestWidth;
+        script().configAttributes[GLX_MAX_PBUFFER_HEIGHT] = c.largestHeight;
+        for (const auto& [sgix, square] : {std::pair{false, false}, {false, true}, {true, true}}) {
+            enable({kCapGLXPbuffer}, !sgix);
+            GLFrameBuffer buffer;
+            ASSERT_EQ(buffer.createOffscreen({nullptr, 5, fakeDisplay()}, bufferFormat(), c.width, c.height,
+                                             square),
+                      0u);
+            const bool squared = square && !sgix;
+            EXPECT_EQ(buffer.fWidth, squared ? c.squareWidth : c.cutWidth) << &c - kCases;
+            EXPECT_EQ(buffer.fHeight, squared ? c.squareHeight : c.cutHeight) << &c - kCases;
+        }
+    }
+}
+
+TEST_F(DrawableTest, pbuffersTellWhatTheyAre) {
+    const struct {
+        int red, alpha, depth, stencil, sampleBuffers;
+        uint32_t color, depthFormat, stencilFormat;
+    } kCases[] = {{0, 0, 0, 0, 0, 14, 15, 16}, {0, 8, 16, 1, 0, 0, 6, 10},     {8, 0, 24, 4, 0, 1, 7, 11},
+                  {8, 1, 32, 8, 0, 2, 15, 12}, {10, 2, 23, 16, 1, 14, 15, 13}, {5, 0, 24, 2, 0, 14, 7, 16}};
+    for (const auto& c : kCases) {
+        script().configAttributes = {{GLX_RED_SIZE, c.red},
+                                     {GLX_ALPHA_SIZE, c.alpha},
+                                     {GLX_DEPTH_SIZE, c.depth},
+                                     {GLX_STENCIL_SIZE, c.stencil},
+                                     {GLX_SAMPLE_BUFFERS, c.sampleBuffers}};
+        GLFrameBuffer buffer;
+        ASSERT_EQ(create(kAsPbuffer, buffer), 0u);
+        EXPECT_EQ(numbers(buffer.fActualFormat),
+                  numbers(bufferFormat(c.color, c.depthFormat, c.stencilFormat, 3,
+                                       c.sampleBuffers == 0 ? kSamplingSingle : kSamplingMultiple)));
+    }
+}
+
+TEST_F(DrawableTest, aWindowOfTheHostIsGivenBackAsItWas) {
+    GLFrameBuffer buffer;
+    buffer.fPbuffer = 7;
+    WindowWrapper window(this, kParent, fakeDisplay());
+    window.setFBWindow(0x66);
+    const koBufferFormat format = bufferFormat(kRasterRGB8, kRasterDepth16);
+    const Calls used = {on("glXMakeCurrent", kParent, nthContext(8)),
+                        on("glXSwapBuffers", kParent)}; // a framebuffer object stays bound
+    const int instances = GLFrameBuffer::fsNumInstances_GLFrameBuffer;
+    for (GLStartupContext* global : {&startup(), static_cast<GLStartupContext*>(nullptr)}) {
+        GLStartupContext::fpGlobalGLStartupContext = global;
+        clearRecorded();
+        EXPECT_EQ(buffer.assignInWindow(nthContext(8), window, format, 30, 20), 0u);
+        EXPECT_EQ(startup().refCount(), global ? 2 : 1);
+        EXPECT_EQ(buffer.fPbuffer + buffer.fOwnsDrawable, 0u);
+        EXPECT_EQ(buffer.fWindow.fbWindow(), 0x66u);
+        EXPECT_EQ((std::array{buffer.fWidth, buffer.fHeight}), (std::array{30u, 20u}));
+        EXPECT_EQ(numbers(buffer.fRequestedFormat), numbers(format));
+        EXPECT_EQ(numbers(buffer.fActualFormat), numbers(format));
+        EXPECT_EQ(buffer.makeCurrent(), 1u);
+        buffer.swapBuffers();
+        for (int i = 0; i < 2; ++i) {
+            buffer.unassignInWindow();
+            EXPECT_EQ(buffer.fKind, 0u);
+            EXPECT_EQ(startup().refCount(), 1);
+        }
+        EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, instances);
+        EXPECT_EQ(recorded(), used);
+    }
+    GLStartupContext::fpGlobalGLStartupContext = &startup();
+    ASSERT_EQ(buffer.assignInWindow(nthContext(8), window, format, 30, 20), 0u);
+    buffer.deleteInternalState(); // as good as giving it back, but for the count
+    EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, instances - 1);
+    EXPECT_EQ(startup().refCount(), 1);
+    EXPECT_EQ(recorded(), used);
+
+    buffer.fKind = GLFrameBuffer::kOffscreen;
+    GLFunctionTable::fpGlobalFunctionTable = nullptr;
+    EXPECT_EQ(buffer.assignInWindow(nthContext(8), window, format, 30, 20), 4u);
+    GLFunctionTable::fpGlobalFunctionTable = &gl();
+    EXPECT_EQ(buffer.fKind, 0u);
+    EXPECT_EQ(startup().refCount(), 1);
+}
+
+/// A host may delete its start-up context under a window. The window's reference went with it, and is no
+/// claim on the one that came after, wherever that one lies.
+TEST_F(DrawableTest, aLaterStartupContextIsLeftAlone) {
+    GLFrameBuffer old;
+    ASSERT_EQ(create(kPortably, old), 0u);
+    auto* first = new GLStartupContext(WindowWrapper(nullptr, 5, fakeDisplay()), nullptr);
+    GLStartupContext::fpGlobalGLStartupContext = first;
+    GLFrameBuffer orphan;
+    ASSERT_EQ(create(kPortably, orphan), 0u);
+    delete first;
+    GLFrameBuffer later;
+    ASSERT_EQ(create(kPortably, later), 0u) << "makes a start-up context";
+    GLStartupContext* second = GLStartupContext::fpGlobalGLStartupContext;
+    orphan.deleteInternalState();
+    EXPECT_EQ(second->refCount(), 1);
+    old.deleteInternalState();
+    EXPECT_EQ(startup().refCount(), 1) << "gives back what it took, whichever is the global one";
+    later.deleteInternalState();
+    EXPECT_EQ(GLStartupContext::fpGlobalGLStartupContext, nullptr) << "went with its only user";
+}
+
+} // namespace
