@@ -189,16 +189,15 @@ TEST_F(DriverFrameBuffer, eachWindowIsSeenAndFollowsItsHost) {
             road.portably ? &GLFrameBuffer::createInWindowPortably : &GLFrameBuffer::createInWindow;
         GLFrameBuffer buffer;
         const WindowWrapper parent(nullptr, host, display());
-        if ((buffer.*create)(parent, format(kRasterRGBA8, kRasterDepth24)) == 0) {
+        const uint32_t result = (buffer.*create)(parent, format(kRasterRGBA8, kRasterDepth24));
+        // One driver by NVIDIA (580.159) refuses the lists of visuals that createInWindow has.
+        EXPECT_TRUE(result == 0 || (!road.portably && result == 2)) << result;
+        if (result == 0) {
             XMapWindow(display(), buffer.fWindow.fbWindow());
             expectShown(buffer, buffer.fWindow.fbWindow(), 40, 30);
             XResizeWindow(display(), host, 75, 50);
             buffer.resizeWindow(75, 50);
             expectShown(buffer, host, 75, 50);
-        } else {
-            // One by NVIDIA (580.159) answers null to the lists that createInWindow has for visuals.
-            const std::string version = reinterpret_cast<const char*>(gl().glGetString(GL_VERSION));
-            EXPECT_FALSE(road.portably || version.find("Mesa") != std::string::npos);
         }
         expectXErrors({});
         buffer.deleteInternalState();

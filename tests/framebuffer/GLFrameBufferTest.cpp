@@ -10,7 +10,6 @@ protected:
         return on("glXMakeCurrent", drawable, nthContext(7));
     }
 
-    /// All of it that clearInternalState forgets.
     static void expectEmpty(const GLFrameBuffer& buffer) {
         for (const koBufferFormat& format : {buffer.fRequestedFormat, buffer.fActualFormat})
             EXPECT_EQ(numbers(format), numbers(bufferFormat(14, 15, 16, 3)));
@@ -25,7 +24,7 @@ protected:
     }
 };
 
-TEST_F(FrameBuffer, startsEmptyAndCallsNothing) {
+TEST_F(FrameBuffer, callsNothingWhileItIsEmptyAtFirstAndAfterClear) {
     {
         GLFrameBuffer buffer;
         EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, 1);
@@ -34,32 +33,27 @@ TEST_F(FrameBuffer, startsEmptyAndCallsNothing) {
         buffer.swapBuffers();
         buffer.resizeWindow(3, 4);
         EXPECT_FALSE(buffer.resizeViewport(1, 1, 0, 0));
-        int width = -1;
-        int height = -1;
-        buffer.getDimensions(&width, &height);
-        EXPECT_EQ((std::array{width, height}), (std::array{0, 0}));
+        std::array<int, 2> size = {-1, -1};
+        buffer.getDimensions(&size[0], &size[1]);
+        EXPECT_EQ(size, (std::array{0, 0}));
+
+        adopt(buffer, GLFrameBuffer::kOffscreen);
+        buffer.fRequestedFormat = buffer.fActualFormat = bufferFormat(1, 1, 1, 1, 1);
+        buffer.fFramebufferObjectFlag = true;
+        buffer.fGLXDrawableFlag = false;
+        buffer.fFramebufferId = buffer.fColorAttachmentCount = buffer.fDepthRenderbufferId = 3;
+        buffer.fStencilRenderbufferId = buffer.fCubeFaceMask = buffer.fWidth = buffer.fHeight = 4;
+        buffer.fDrawable = 5;
+        buffer.fAttachmentPoints.fill(0);
+        buffer.fColorTextures.fill(reinterpret_cast<IGLTexture*>(8));
+        buffer.fDepthTexture = reinterpret_cast<GLTexture2D*>(8);
+        EXPECT_EQ(buffer.clearInternalState(), 0u);
+        expectEmpty(buffer);
+        EXPECT_EQ(buffer.fPbuffer, 0x321u) << "alone is left";
     }
     EXPECT_EQ(recorded(), Calls{});
     EXPECT_EQ(startup().refCount(), 1) << "gives back no more than it took";
     EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, 0);
-}
-
-TEST_F(FrameBuffer, clearForgetsAllButThePbuffer) {
-    GLFrameBuffer buffer;
-    adopt(buffer, GLFrameBuffer::kOffscreen);
-    buffer.fRequestedFormat = buffer.fActualFormat = bufferFormat(1, 1, 1, 1, 1);
-    buffer.fFramebufferObjectFlag = true;
-    buffer.fGLXDrawableFlag = false;
-    buffer.fFramebufferId = buffer.fColorAttachmentCount = buffer.fDepthRenderbufferId = 3;
-    buffer.fStencilRenderbufferId = buffer.fCubeFaceMask = buffer.fWidth = buffer.fHeight = 4;
-    buffer.fDrawable = 5;
-    buffer.fAttachmentPoints.fill(0);
-    buffer.fColorTextures.fill(reinterpret_cast<IGLTexture*>(8));
-    buffer.fDepthTexture = reinterpret_cast<GLTexture2D*>(8);
-    EXPECT_EQ(buffer.clearInternalState(), 0u);
-    expectEmpty(buffer);
-    EXPECT_EQ(buffer.fPbuffer, 0x321u);
-    EXPECT_EQ(recorded(), Calls{});
 }
 
 TEST_F(FrameBuffer, aWindowBecomesTheTarget) {
@@ -99,11 +93,10 @@ TEST_F(FrameBuffer, aWindowIsMeasuredByItsViewport) {
     buffer.fWidth = buffer.fHeight = 999;
     script().values[GL_MAX_VIEWPORT_DIMS] = {250, 170};
     gl().glViewport(10, 20, 300, 200);
-    int width = 0;
-    int height = 0;
+    std::array<int, 2> size = {};
     clearRecorded();
-    buffer.getDimensions(&width, &height);
-    EXPECT_EQ((std::array{width, height}), (std::array{290, 180}));
+    buffer.getDimensions(&size[0], &size[1]);
+    EXPECT_EQ(size, (std::array{290, 180}));
     const Calls measured = {current(), call("glGetIntegerv", GL_VIEWPORT, kOut)};
     EXPECT_EQ(made(), measured);
     std::array<unsigned, 4> place = {};
@@ -111,39 +104,28 @@ TEST_F(FrameBuffer, aWindowIsMeasuredByItsViewport) {
     EXPECT_EQ(place, (std::array{10U, 20U, 300U, 200U}));
 
     // By its sum alone (1), by the limit as well (2), set (3), or not even measured (0).
-    const struct {
-        unsigned width, height, x, y;
-        size_t steps;
-    } kCases[] = {
+    const std::array<unsigned, 5> kCases[] = {
         {0, 5, 0, 0, 0},          {5, 0, 0, 0, 0},
         {241, 1, 50, 0, 1},       {1, 151, 0, 30, 1},
         {240, 150, 50, 30, 3},    {251, 1, 0, 0, 2},
         {1, 171, 0, 0, 2},        {250, 170, 0, 0, 3},
         {5, 5, 0xFFFFFFFD, 0, 3}, {5, 5, 0x7FFFFFFF, 0x7FFFFFFF, 3},
     };
-    for (const auto& c : kCases) {
+    for (const auto& [w, h, x, y, steps] : kCases) {
         gl().glViewport(10, 20, 300, 200);
         clearRecorded();
-        EXPECT_EQ(buffer.resizeViewport(c.width, c.height, c.x, c.y), c.steps == 3);
-        Calls expected =
-            Calls{current()} + measured +
-            Calls{call("glGetIntegerv", GL_MAX_VIEWPORT_DIMS, kOut),
-                  call("glViewport", static_cast<int>(c.x), static_cast<int>(c.y), c.width, c.height)};
-        expected.resize(c.steps == 0 ? 1 : c.steps + 2);
-        EXPECT_EQ(made(), expected) << &c - kCases;
+        EXPECT_EQ(buffer.resizeViewport(w, h, x, y), steps == 3);
+        Calls expected = Calls{current()} + measured +
+                         Calls{call("glGetIntegerv", GL_MAX_VIEWPORT_DIMS, kOut),
+                               call("glViewport", int(x), int(y), w, h)};
+        expected.resize(steps == 0 ? 1 : steps + 2);
+        EXPECT_EQ(made(), expected) << w << " x " << h << " at " << x << ", " << y;
     }
     buffer.clearInternalState();
 }
 
-TEST_F(FrameBuffer, onlyWhatIsThereIsReleased) {
-    for (const auto kind : {GLFrameBuffer::kWindowed, GLFrameBuffer::kOffscreen}) {
-        GLFrameBuffer buffer;
-        adopt(buffer, kind);
-        buffer.fPbuffer = buffer.fDrawable = 0;
-        buffer.deleteInternalState();
-        EXPECT_EQ(made(), (Calls{on("glXMakeCurrent", 0, nullptr), on("glXDestroyContext", nthContext(7))}));
-    }
-    // Without a start-up context, or with one that has no GL context, not even the count falls.
+/// Not even the count falls then.
+TEST_F(FrameBuffer, isNotReleasedWithoutAStartupContextThatHasGL) {
     GLFrameBuffer buffer;
     adopt(buffer, GLFrameBuffer::kWindowed);
     const int instances = GLFrameBuffer::fsNumInstances_GLFrameBuffer;

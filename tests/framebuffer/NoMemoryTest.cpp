@@ -38,43 +38,38 @@ size_t theFailingSize = 0;
 
 namespace {
 
-class NoMemory : public FrameBufferTest {};
+class NoMemory : public FrameBufferTest {
+protected:
+    /// For a call that can't have the n-th object it asks for.
+    GLFrameBuffer& buffer(int failing = 1) {
+        theFailingObject = failing;
+        return fBuffer;
+    }
+
+    GLFrameBuffer fBuffer;
+};
 
 TEST_F(NoMemory, aBufferFailsWhole) {
-    const WindowWrapper window(nullptr, 5, fakeDisplay());
-    const koBufferFormat cube =
-        bufferFormat(kRasterRGBA8, kRasterNoDepth, kRasterNoStencil, IHWTexture::kTextureCubeMap);
-    GLFrameBuffer buffer;
-    for (int object : {1, 2}) { // the colour texture, the depth texture
-        theFailingObject = object;
-        EXPECT_EQ(buffer.createOffscreen(bufferFormat(), 8, 4), 5u);
-        EXPECT_EQ(theFailingObject, 0) << "that many are made";
-    }
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.createOffscreen(cube, 8, 8), 5u);
+    EXPECT_EQ(buffer(1).createOffscreen(bufferFormat(), 8, 4), 5u) << "no colour texture";
+    EXPECT_EQ(buffer(2).createOffscreen(bufferFormat(), 8, 4), 5u) << "no depth texture";
+    EXPECT_EQ(buffer().createOffscreen(bufferFormat(2, 15, 16, 5), 8, 8), 5u) << "no cube map";
     EXPECT_TRUE(ledger(NameKind::Framebuffer).live.empty());
     EXPECT_TRUE(ledger(NameKind::Texture).live.empty());
 
     GLStartupContext::fpGlobalGLStartupContext = nullptr;
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.createOffscreen(bufferFormat(), 8, 4), 4u) << "no start-up context";
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.createInWindow(window, bufferFormat()), 4u);
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.createOffscreen(window, bufferFormat(), 8, 8, false), 4u);
+    const WindowWrapper window(nullptr, 5, fakeDisplay());
+    EXPECT_EQ(buffer().createOffscreen(bufferFormat(), 8, 4), 4u) << "no start-up context";
+    EXPECT_EQ(buffer().createInWindow(window, bufferFormat()), 4u);
+    EXPECT_EQ(buffer().createOffscreen(window, bufferFormat(), 8, 8, false), 4u);
     EXPECT_EQ(GLStartupContext::fpGlobalGLStartupContext, nullptr);
 }
 
 TEST_F(NoMemory, nothingIsRead) {
-    GLFrameBuffer buffer;
-    ASSERT_EQ(buffer.createOffscreen(bufferFormat(), 8, 4), 0u);
+    ASSERT_EQ(buffer(0).createOffscreen(bufferFormat(), 8, 4), 0u);
     clearRecorded();
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.readColorBuffer(2, 0, 0, 0, 0, nullptr), nullptr);
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.readDepthBuffer(), nullptr);
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.copyDepthBuffer2Texture2D(0, 0, 8, 4), nullptr);
+    EXPECT_EQ(buffer().readColorBuffer(2, 0, 0, 0, 0, nullptr), nullptr);
+    EXPECT_EQ(buffer().readDepthBuffer(), nullptr);
+    EXPECT_EQ(buffer().copyDepthBuffer2Texture2D(0, 0, 8, 4), nullptr);
     EXPECT_EQ(recorded(), Calls{});
 }
 
