@@ -119,10 +119,9 @@ const struct Offer {
 /// With version 2.1 all that start-up can find.
 std::string everyExtension() {
     std::string all;
-    for (const Offer& offer : kOffers) {
+    for (const Offer& offer : kOffers)
         for (const std::string& extensions : offer.extensions)
             all += extensions + ' ';
-    }
     return all;
 }
 
@@ -269,10 +268,7 @@ TEST_F(Populate, doesWithoutALibraryAndWithoutAnswers) {
 }
 
 TEST_F(Populate, looksUpByVersion) {
-    const struct {
-        Level level;
-        std::vector<std::optional<std::string>> versions;
-    } kCases[] = {
+    const std::pair<Level, std::vector<std::optional<std::string>>> kCases[] = {
         {kOld, {std::nullopt, "", "1.0", "1.1.0 vendor", "1.6", "2.2", "3", "3-", "10.0", " 4.6"}},
         {k1_2, {"1.2", "1.2 vendor 1.2.1", "1.2.2"}},
         {k1_2_1, {"1.2.1", "1.2.1-vendor", "1.2.10"}},
@@ -281,12 +277,12 @@ TEST_F(Populate, looksUpByVersion) {
         {k1_5, {"1.5.8"}},
         {k2_0, {"2.0", "2.1.2 vendor", "3.0", "3.3.0", "4.6 (Compatibility Profile)", "3/", "4", "\xC3\xA9"}},
     };
-    for (const auto& c : kCases) {
-        for (const std::optional<std::string>& version : c.versions) {
+    for (const auto& [level, versions] : kCases) {
+        for (const std::optional<std::string>& version : versions) {
             SCOPED_TRACE(version.value_or("null"));
             GLFunctionTable table;
             start(table, version, "");
-            expectFound(table, offered(c.level, ""));
+            expectFound(table, offered(level, ""));
         }
     }
 }
