@@ -26,14 +26,6 @@ koBufferFormat format(RasterFormat color, RasterFormat depth,
 
 class DriverFrameBuffer : public DriverTest {
 protected:
-    void TearDown() override {
-        gl().glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
-        // Framebuffer objects keep their references on the start-up context.
-        while (startup().refCount() > 1)
-            startup().unref();
-        DriverTest::TearDown();
-    }
-
     void begin(GLFrameBuffer& buffer, const Pixel& color, int width = kSide, int height = kSide) {
         ASSERT_EQ(buffer.makeCurrent(), 1u);
         gl().glViewport(0, 0, width, height);
