@@ -42,14 +42,4 @@ TEST_F(DriverStartup, theRemedyWorksAfterEachPopulation) {
     EXPECT_THAT(coordinates, testing::ElementsAre(0.25f, 0.5f, 0, 1));
 }
 
-TEST_F(DriverStartup, drawsIntoATarget) {
-    const DrawTarget target(gl(), 16, 8);
-    gl().glClearColor(0, 1, 0, 1);
-    gl().glClear(GL_COLOR_BUFFER_BIT);
-    gl().glColor3f(1, 0, 0);
-    gl().glRectf(-1, -1, 0, 1); // the left half
-    EXPECT_EQ(readPixel(7, 7), (Pixel{255, 0, 0, 255}));
-    EXPECT_EQ(readPixel(8, 0), (Pixel{0, 255, 0, 255}));
-}
-
 } // namespace
