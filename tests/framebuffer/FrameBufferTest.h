@@ -5,20 +5,28 @@
 #include "framebuffer/GLFrameBuffer.h"
 #include "gl/GLStartupContext.h"
 
-#include <algorithm>
+/// A call that begins with the display, as all of X's and most of GLX's do.
+template <typename... Arguments>
+std::string on(const char* name, const Arguments&... arguments) {
+    return call(name, fakeDisplay(), arguments...);
+}
 
-/// One call on the road to a buffer, and what creating answers when it fails; 0 where nobody looks.
-struct Step {
-    std::string call;
-    uint32_t failure = 0;
-};
-using Steps = std::vector<Step>;
+inline std::string bound(GLuint framebuffer) {
+    return call("glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, framebuffer);
+}
 
-inline Calls callsOf(const Steps& steps) {
-    Calls calls;
-    for (const Step& step : steps)
-        calls.push_back(step.call);
-    return calls;
+inline koBufferFormat bufferFormat(uint32_t color = kRasterRGBA8, uint32_t depth = kRasterDepth24,
+                                   uint32_t stencil = kRasterNoStencil, uint32_t textureType = 2,
+                                   uint32_t sampling = kSamplingSingle) {
+    return {static_cast<RasterFormat>(color), static_cast<RasterFormat>(depth),
+            static_cast<RasterFormat>(stencil), static_cast<SamplingType>(sampling),
+            static_cast<IHWTexture::TextureType>(textureType)};
+}
+
+/// As bufferFormat takes them.
+inline std::array<uint32_t, 5> numbers(const koBufferFormat& format) {
+    return {format.fColorFormat, format.fDepthFormat, format.fStencilFormat, format.fTextureType,
+            format.fSamplingType};
 }
 
 /// A test on the recording GL with a start-up context on a display that was never opened, referenced once by
@@ -38,33 +46,7 @@ protected:
     GLStartupContext& startup() { return *fStartup; }
 
     static std::string startupMadeCurrent() {
-        return call("glXMakeCurrent", fakeDisplay(), nthName(NameKind::XWindow), nthContext());
-    }
-
-    /// Lets each step of a road fail that anybody looks at: there creating ends with its answer,
-    /// `check(buffer, step, calls)` looks at what is left and at the calls until then, and the next try
-    /// succeeds.
-    template <typename Create, typename Check>
-    void walkFailures(const Steps& steps, Create create, Check check) {
-        Calls calls;
-        for (const Step& step : steps) {
-            SCOPED_TRACE(step.call);
-            const std::string name = step.call.substr(0, step.call.find('(') + 1);
-            calls.push_back(step.call);
-            if (step.failure == 0)
-                continue;
-            failNext(name.substr(0, name.size() - 1).c_str(),
-                     static_cast<int>(std::ranges::count_if(
-                         calls, [&](const std::string& earlier) { return earlier.starts_with(name); })));
-            GLFrameBuffer buffer;
-            EXPECT_EQ(create(buffer), step.failure);
-            EXPECT_FALSE(buffer.fOwnsDrawable);
-            check(buffer, step, calls);
-            clearRecorded();
-            buffer.deleteInternalState();
-            EXPECT_EQ(startup().refCount(), 1);
-            EXPECT_EQ(create(buffer), 0u) << "tries again";
-        }
+        return on("glXMakeCurrent", nthName(NameKind::XWindow), nthContext());
     }
 
     /// A window or pbuffer as a create operation leaves it, with one reference on the start-up context.

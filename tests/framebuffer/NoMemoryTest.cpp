@@ -2,10 +2,8 @@
 
 #include "FrameBufferTest.h"
 
-#include "state/GLCamera.h"
 #include "state/GLLight.h"
 #include "state/GLLighting.h"
-#include "texture/GLTexture2D.h"
 
 #include <cstdlib>
 #include <new>
@@ -17,22 +15,17 @@ int theFailingObject = 0;
 /// Vectors of exactly this many bytes fail; 0 for none.
 size_t theFailingSize = 0;
 
-bool objectFails() {
-    return theFailingObject != 0 && --theFailingObject == 0;
-}
-
 } // namespace
 
 // Not inlined: seeing half of a pair, the compiler takes malloc and delete for a mismatch.
 [[gnu::noinline]] void* operator new(size_t size) {
-    void* memory = size != 0 && size == theFailingSize ? nullptr : std::malloc(size);
-    if (!memory)
+    if (size != 0 && size == theFailingSize)
         throw std::bad_alloc();
-    return memory;
+    return std::malloc(size);
 }
 
 [[gnu::noinline]] void* operator new(size_t size, const std::nothrow_t&) noexcept {
-    return objectFails() ? nullptr : std::malloc(size);
+    return theFailingObject != 0 && --theFailingObject == 0 ? nullptr : std::malloc(size);
 }
 
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
@@ -47,48 +40,36 @@ namespace {
 
 class NoMemory : public FrameBufferTest {
 protected:
-    static koBufferFormat wanted() {
-        return {kRasterRGBA8, kRasterDepth24, kRasterNoStencil, kSamplingSingle, IHWTexture::kTexture2D};
+    /// For a call that can't have the n-th object it asks for.
+    GLFrameBuffer& buffer(int failing = 1) {
+        theFailingObject = failing;
+        return fBuffer;
     }
+
+    GLFrameBuffer fBuffer;
 };
 
-TEST_F(NoMemory, framebufferObjectsFailWhole) {
-    for (int failing : {1, 2}) { // the colour texture, the depth texture
-        GLFrameBuffer buffer;
-        theFailingObject = failing;
-        EXPECT_EQ(buffer.createOffscreen(wanted(), 8, 4), 5u);
-        EXPECT_EQ(theFailingObject, 0) << "that many are made";
-        EXPECT_TRUE(ledger(NameKind::Framebuffer).live.empty());
-        EXPECT_TRUE(ledger(NameKind::Texture).live.empty());
-    }
-    const koBufferFormat cube(kRasterRGBA8, kRasterNoDepth, kRasterNoStencil, kSamplingSingle,
-                              IHWTexture::kTextureCubeMap);
-    GLFrameBuffer withoutCube;
-    theFailingObject = 1;
-    EXPECT_EQ(withoutCube.createOffscreen(cube, 8, 8), 5u);
+TEST_F(NoMemory, aBufferFailsWhole) {
+    EXPECT_EQ(buffer(1).createOffscreen(bufferFormat(), 8, 4), 5u) << "no colour texture";
+    EXPECT_EQ(buffer(2).createOffscreen(bufferFormat(), 8, 4), 5u) << "no depth texture";
+    EXPECT_EQ(buffer().createOffscreen(bufferFormat(2, 15, 16, 5), 8, 8), 5u) << "no cube map";
     EXPECT_TRUE(ledger(NameKind::Framebuffer).live.empty());
+    EXPECT_TRUE(ledger(NameKind::Texture).live.empty());
 
     GLStartupContext::fpGlobalGLStartupContext = nullptr;
-    GLFrameBuffer buffer;
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.createOffscreen(wanted(), 8, 4), 4u) << "no start-up context";
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.createInWindow(WindowWrapper(nullptr, 5, fakeDisplay()), wanted()), 4u);
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.createOffscreen(WindowWrapper(nullptr, 5, fakeDisplay()), wanted(), 8, 8, false), 4u);
+    const WindowWrapper window(nullptr, 5, fakeDisplay());
+    EXPECT_EQ(buffer().createOffscreen(bufferFormat(), 8, 4), 4u) << "no start-up context";
+    EXPECT_EQ(buffer().createInWindow(window, bufferFormat()), 4u);
+    EXPECT_EQ(buffer().createOffscreen(window, bufferFormat(), 8, 8, false), 4u);
     EXPECT_EQ(GLStartupContext::fpGlobalGLStartupContext, nullptr);
 }
 
 TEST_F(NoMemory, nothingIsRead) {
-    GLFrameBuffer buffer;
-    ASSERT_EQ(buffer.createOffscreen(wanted(), 8, 4), 0u);
+    ASSERT_EQ(buffer(0).createOffscreen(bufferFormat(), 8, 4), 0u);
     clearRecorded();
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.readColorBuffer(2, 0, 0, 0, 0, nullptr), nullptr);
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.readDepthBuffer(), nullptr);
-    theFailingObject = 1;
-    EXPECT_EQ(buffer.copyDepthBuffer2Texture2D(0, 0, 8, 4), nullptr);
+    EXPECT_EQ(buffer().readColorBuffer(2, 0, 0, 0, 0, nullptr), nullptr);
+    EXPECT_EQ(buffer().readDepthBuffer(), nullptr);
+    EXPECT_EQ(buffer().copyDepthBuffer2Texture2D(0, 0, 8, 4), nullptr);
     EXPECT_EQ(recorded(), Calls{});
 }
 

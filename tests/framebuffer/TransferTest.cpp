@@ -5,103 +5,107 @@
 
 namespace {
 
-/// A framebuffer object of 8 x 4 with one colour texture.
+struct PixelTransfer {
+    uint32_t bytes;
+    GLenum format, type;
+};
+/// By pixel type; alpha shares the array with RGB.
+const std::map<uint32_t, PixelTransfer> kTransfers = {
+    {0, {3, GL_ALPHA, GL_UNSIGNED_BYTE}},  {1, {3, GL_RGB, GL_UNSIGNED_BYTE}},
+    {2, {4, GL_RGBA, GL_UNSIGNED_BYTE}},   {3, {8, GL_RGBA, GL_HALF_FLOAT_ARB}},
+    {4, {16, GL_RGBA, GL_FLOAT}},          {5, {1, GL_DEPTH_COMPONENT, GL_UNSIGNED_BYTE}},
+    {8, {4, GL_DEPTH_COMPONENT, GL_FLOAT}}};
+
+/// A framebuffer object of 8 x 4 with one colour texture, and a texture of 16 x 2.
 class Transfer : public FrameBufferTest {
 protected:
     Transfer() {
-        const koBufferFormat format(kRasterRGBA8, kRasterDepth24, kRasterNoStencil, kSamplingSingle,
-                                    IHWTexture::kTexture2D);
-        EXPECT_EQ(fBuffer.createOffscreen(format, 8, 4), 0u);
-        fTexture->ref();
+        EXPECT_EQ(fBuffer.createOffscreen(bufferFormat(), 8, 4), 0u);
         fTexture->setWidthHeight(16, 2);
         clearRecorded();
     }
-    ~Transfer() override {
-        fTexture->unref();
-        fBuffer.deleteInternalState();
+    ~Transfer() override { fBuffer.deleteInternalState(); }
+
+    std::string bind() { return call("glBindTexture", GL_TEXTURE_2D, fTexture->textureName()); }
+
+    /// Also deletes the array.
+    void expectRead(PixelArray2D* array, uint32_t pixelType, int x, int y, int width, int height) {
+        const std::unique_ptr<PixelArray2D> pixels(array);
+        ASSERT_NE(pixels, nullptr);
+        const PixelTransfer& by = kTransfers.at(pixelType);
+        EXPECT_EQ(made(),
+                  (Calls{call("glPixelStorei", GL_PACK_ALIGNMENT, 1),
+                         call("glReadPixels", x, y, width, height, by.format, by.type, pixels->data())}));
+        EXPECT_EQ(pixels->format().pixelType(), pixelType);
+        EXPECT_EQ(pixels->format().bytesPerPixel(), by.bytes);
+        EXPECT_EQ((std::array{pixels->width(), pixels->height()}), (std::array{width, height}));
     }
 
-    static Calls read(int x, int y, int width, int height, GLenum type, const PixelArray2D* pixels) {
-        return {call("glPixelStorei", GL_PACK_ALIGNMENT, 1),
-                call("glReadPixels", x, y, width, height, GL_DEPTH_COMPONENT, type, pixels->data())};
-    }
-
-    Calls copied(GLenum source, int x, int y, int width, int height, bool anew = true) {
-        Calls calls = {call("glReadBuffer", source),
-                       call("glBindTexture", GL_TEXTURE_2D, fTexture->textureName())};
+    void expectCopied(GLenum source, int x, int y, int width, int height, bool anew = false) {
+        Calls calls = {call("glReadBuffer", source), bind()};
         if (anew)
             calls.push_back(call("glTexImage2D", GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT24, width, height, 0,
                                  GL_DEPTH_COMPONENT, GL_UNSIGNED_INT, nullptr));
         calls.push_back(call("glCopyTexSubImage2D", GL_TEXTURE_2D, 0, 0, 0, x, y, width, height));
-        return calls;
+        EXPECT_EQ(made(), calls);
     }
 
     GLFrameBuffer fBuffer;
-    GLTexture2D* fTexture = new GLTexture2D(kRasterDepth24, false);
+    Shared<GLTexture2D> fTexture = makeShared<GLTexture2D>(kRasterDepth24, false);
 };
 
-TEST_F(Transfer, readsDepth) {
-    const auto expectRead = [&](PixelArray2D* array, int x, int y, int width, int height, uint32_t type,
-                                uint32_t bytes) {
-        const std::unique_ptr<PixelArray2D> pixels(array);
-        ASSERT_NE(pixels, nullptr);
-        EXPECT_EQ(made(), read(x, y, width, height, bytes == 1 ? GL_UNSIGNED_BYTE : GL_FLOAT, pixels.get()));
-        EXPECT_EQ(pixels->format().pixelType(), type);
-        EXPECT_EQ(pixels->format().bytesPerPixel(), bytes);
-        EXPECT_EQ(pixels->width(), width);
-        EXPECT_EQ(pixels->height(), height);
+TEST_F(Transfer, readsNewArraysByPixelType) {
+    const auto color = [&](uint32_t type, int width = 0, int height = 0, PixelArray2D* given = nullptr) {
+        return fBuffer.readColorBuffer(type, 3, 2, width, height, given);
     };
-    expectRead(fBuffer.readDepthBuffer(), 0, 0, 8, 4, 8, 4);
-    expectRead(fBuffer.readDepthBufferInBytes(), 0, 0, 8, 4, 5, 1);
-    expectRead(fBuffer.readDepthBuffer(2, 1, 3, 2), 2, 1, 3, 2, 8, 4);
-    expectRead(fBuffer.readDepthBuffer(-5, -6, 30, 40), 0, 0, 8, 4, 8, 4);
+    PixelArray2D given(koSysPixelFormat(2, 4), 8, 4);
+    for (uint32_t type : {0, 1, 2, 3, 4, 8})
+        expectRead(color(type), type, 3, 2, 8, 4);
+    expectRead(color(2, 9, 5), 2, 3, 2, 8, 4);
+    expectRead(color(2, 3, 0), 2, 3, 2, 3, 4);
+    expectRead(color(2, 0, 1), 2, 3, 2, 8, 1);
+    EXPECT_EQ(color(2, -2, -1, &given), &given);
+    EXPECT_EQ(made()[1],
+              call("glReadPixels", 3, 2, -2, -1, GL_RGBA, GL_UNSIGNED_BYTE, std::as_const(given).data()));
+    const auto current = [&] { return fBuffer.readCurrentColorBuffer(static_cast<PixelArray2D*>(nullptr)); };
+    expectRead(current(), 2, 0, 0, 8, 4);
+    expectRead(fBuffer.readDepthBuffer(), 8, 0, 0, 8, 4);
+    expectRead(fBuffer.readDepthBufferInBytes(), 5, 0, 0, 8, 4);
+    expectRead(fBuffer.readDepthBuffer(2, 1, 3, 2), 8, 2, 1, 3, 2);
+    expectRead(fBuffer.readDepthBuffer(-5, -6, 30, 40), 8, 0, 0, 8, 4);
+
+    for (uint32_t type : {5, 6, 7, 9, -1})
+        EXPECT_FALSE(color(type) || color(type, 0, 0, &given));
+    EXPECT_EQ(color(2, -2, 1), nullptr) << "no array of a negative size";
+    fBuffer.fActualFormat.fColorFormat = kRasterDepth16;
+    EXPECT_EQ(current(), nullptr);
     EXPECT_EQ(fBuffer.readDepthBuffer(0, 0, -1, 2), nullptr);
     EXPECT_EQ(made(), Calls{});
     fBuffer.readDepthBuffer(static_cast<PixelArray2D*>(nullptr));
     EXPECT_EQ(made().size(), 4U) << "twice";
 }
 
-TEST_F(Transfer, readsColourByTheNumberOfItsFormat) {
-    const std::unique_ptr<PixelArray2D> pixels(
-        fBuffer.readCurrentColorBuffer(static_cast<PixelArray2D*>(nullptr)));
-    ASSERT_NE(pixels, nullptr);
-    EXPECT_EQ(pixels->format().pixelType(), 2u);
-    EXPECT_EQ(made().back(), call("glReadPixels", 0, 0, 8, 4, GL_RGBA, GL_UNSIGNED_BYTE,
-                                  static_cast<const void*>(pixels->data())));
-    fBuffer.fActualFormat.fColorFormat = kRasterDepth16;
-    EXPECT_EQ(fBuffer.readCurrentColorBuffer(static_cast<PixelArray2D*>(nullptr)), nullptr);
-}
-
 TEST_F(Transfer, drawsArraysByTheirType) {
-    const std::pair<GLenum, GLenum> kTransfers[] = {{GL_ALPHA, GL_UNSIGNED_BYTE},
-                                                    {GL_RGB, GL_UNSIGNED_BYTE},
-                                                    {GL_RGBA, GL_UNSIGNED_BYTE},
-                                                    {GL_RGBA, 0x140B},
-                                                    {GL_RGBA, GL_FLOAT}};
-    const auto drawn = [](double x, double y, double z, int width, int height, GLenum format, GLenum type,
-                          const PixelArray2D& pixels) {
-        return Calls{call("glPixelStorei", GL_UNPACK_ALIGNMENT, 1), call("glRasterPos3f", x, y, z),
-                     call("glDrawPixels", width, height, format, type, pixels.data())};
-    };
     for (uint32_t type = 0; type < 11; ++type) {
         PixelArray2D pixels(koSysPixelFormat(type, 16), 8, 4);
-        const uint32_t result = fBuffer.drawColorBuffer(1, 2, 3, 100, 2, &pixels);
-        EXPECT_EQ(result != 0, type < 5);
-        EXPECT_EQ(made(), type < 5
-                              ? drawn(1, 2, 3, 8, 2, kTransfers[type].first, kTransfers[type].second, pixels)
-                              : Calls{});
+        const auto expectDrawn = [&](bool drawn, double scale, int width, int height) {
+            Calls calls;
+            if (drawn)
+                calls = {call("glPixelStorei", GL_UNPACK_ALIGNMENT, 1),
+                         call("glRasterPos3f", scale, 2 * scale, 3 * scale),
+                         call("glDrawPixels", width, height, kTransfers.at(type).format,
+                              kTransfers.at(type).type, std::as_const(pixels).data())};
+            EXPECT_EQ(made(), calls) << type;
+        };
+        EXPECT_EQ(fBuffer.drawColorBuffer(1, 2, 3, 100, 2, &pixels), type < 5 ? 1u : 0u);
+        expectDrawn(type < 5, 1, 8, 2);
         fBuffer.writeCurrentColorBuffer(pixels);
-        EXPECT_EQ(made(), type < 5
-                              ? drawn(0, 0, 0, 8, 4, kTransfers[type].first, kTransfers[type].second, pixels)
-                              : Calls{});
+        expectDrawn(type < 5, 0, 8, 4);
         fBuffer.drawDepthBuffer(1, 2, 3, 5, 100, &pixels);
-        EXPECT_EQ(made(), type == 8 ? drawn(1, 2, 3, 5, 4, GL_DEPTH_COMPONENT, GL_FLOAT, pixels) : Calls{});
+        expectDrawn(type == 8, 1, 5, 4);
         fBuffer.writeDepthBuffer(pixels);
-        EXPECT_EQ(made(), type == 8 ? drawn(0, 0, 0, 8, 4, GL_DEPTH_COMPONENT, GL_FLOAT, pixels) : Calls{});
+        expectDrawn(type == 8, 0, 8, 4);
     }
-    EXPECT_EQ(fBuffer.drawColorBuffer(0, 0, 0, 1, 1, nullptr), 0u);
-    fBuffer.drawDepthBuffer(0, 0, 0, 1, 1, nullptr);
-    EXPECT_EQ(made(), Calls{});
 }
 
 TEST_F(Transfer, drawsTexturesAsAQuad) {
@@ -116,108 +120,95 @@ TEST_F(Transfer, drawsTexturesAsAQuad) {
         calls.push_back(call("glEnd"));
         return calls;
     };
-    for (const bool color : {true, false}) {
-        for (const bool rectangles : {true, false}) {
-            for (const bool enabled : {true, false}) {
-                gl().fExtEnabled[kCapTextureRectangle] = rectangles;
-                for (const GLenum capability : {GL_DEPTH_TEST, GL_TEXTURE_2D})
-                    enabled ? gl().glEnable(capability) : gl().glDisable(capability);
-                clearRecorded();
-                const IHWTexture& texture = *fTexture;
-                color ? fBuffer.writeCurrentColorBuffer(texture) : fBuffer.writeDepthBuffer(texture);
-                Calls expected = {call("glGetBooleanv", GL_DEPTH_TEST, kOut),
-                                  call("glGetBooleanv", GL_TEXTURE_2D, kOut),
-                                  call("glMatrixMode", GL_PROJECTION),
-                                  call("glPushMatrix"),
-                                  call("glLoadIdentity"),
-                                  call("glOrtho", 0, 16, 0, 2, -1, 1),
-                                  call("glMatrixMode", GL_MODELVIEW),
-                                  call("glLoadIdentity"),
-                                  call("glColorMask", color, color, color, color),
-                                  call("glDepthMask", !color),
-                                  enabled ? call("glDisable", GL_DEPTH_TEST)
-                                          : call("glEnable", GL_TEXTURE_2D),
-                                  call("glBindTexture", GL_TEXTURE_2D, fTexture->textureName())};
-                const Calls corners = quad(color && rectangles);
-                expected.insert(expected.end(), corners.begin(), corners.end());
-                expected.push_back(enabled ? call("glEnable", GL_DEPTH_TEST)
-                                           : call("glDisable", GL_TEXTURE_2D));
-                for (const std::string& last : {call("glMatrixMode", GL_PROJECTION), call("glPopMatrix"),
-                                                call("glMatrixMode", GL_MODELVIEW)})
-                    expected.push_back(last);
-                EXPECT_EQ(made(), expected);
-            }
-        }
+    const IHWTexture& texture = *fTexture;
+    for (int bits = 0; bits < 8; ++bits) {
+        const bool color = bits & 1;
+        const bool enabled = bits & 2;
+        const bool rectangles = gl().fExtEnabled[kCapTextureRectangle] = bits & 4;
+        for (const GLenum capability : {GL_DEPTH_TEST, GL_TEXTURE_2D})
+            enabled ? gl().glEnable(capability) : gl().glDisable(capability);
+        clearRecorded();
+        color ? fBuffer.writeCurrentColorBuffer(texture) : fBuffer.writeDepthBuffer(texture);
+        EXPECT_EQ(
+            made(),
+            (Calls{call("glGetBooleanv", GL_DEPTH_TEST, kOut), call("glGetBooleanv", GL_TEXTURE_2D, kOut),
+                   call("glMatrixMode", GL_PROJECTION), call("glPushMatrix"), call("glLoadIdentity"),
+                   call("glOrtho", 0, 16, 0, 2, -1, 1), call("glMatrixMode", GL_MODELVIEW),
+                   call("glLoadIdentity"), call("glColorMask", color, color, color, color),
+                   call("glDepthMask", !color),
+                   enabled ? call("glDisable", GL_DEPTH_TEST) : call("glEnable", GL_TEXTURE_2D), bind()} +
+             quad(color && rectangles) +
+             Calls{enabled ? call("glEnable", GL_DEPTH_TEST) : call("glDisable", GL_TEXTURE_2D),
+                   call("glMatrixMode", GL_PROJECTION), call("glPopMatrix"),
+                   call("glMatrixMode", GL_MODELVIEW)}))
+            << bits;
     }
 }
 
 TEST_F(Transfer, copiesIntoTextures) {
-    fBuffer.readDepthBuffer(fTexture);
-    EXPECT_EQ(made(), copied(GL_DEPTH, 0, 0, 8, 4));
-    fBuffer.readCurrentColorBuffer(fTexture, 0);
-    EXPECT_EQ(made(), copied(GL_COLOR_ATTACHMENT0_EXT, 0, 0, 8, 4, false));
-    fBuffer.readCurrentColorBuffer(fTexture, 1);
-    EXPECT_EQ(made(), copied(GL_BACK, 0, 0, 8, 4, false)) << "beyond the attachments";
-    fBuffer.renderTexture(fTexture, -3, 2, 5, 99, 7, 9);
-    EXPECT_EQ(made(), copied(GL_COLOR_ATTACHMENT0_EXT, 0, 2, 5, 4));
+    fBuffer.readDepthBuffer(fTexture.get());
+    expectCopied(GL_DEPTH, 0, 0, 8, 4, true);
+    fBuffer.readCurrentColorBuffer(fTexture.get(), 0);
+    expectCopied(GL_COLOR_ATTACHMENT0_EXT, 0, 0, 8, 4);
+    fBuffer.readCurrentColorBuffer(fTexture.get(), 1); // beyond the attachments
+    expectCopied(GL_BACK, 0, 0, 8, 4);
+    fBuffer.renderTexture(fTexture.get(), -3, 2, 5, 99, 7, 9);
+    expectCopied(GL_COLOR_ATTACHMENT0_EXT, 0, 2, 5, 4, true);
     fBuffer.fColorAttachmentCount = 0;
-    for (const unsigned source : {0U, 1U, 2U}) {
-        fBuffer.renderTexture(fTexture, 1, -1, 5, 4, 0, source);
-        EXPECT_EQ(made(),
-                  source == 2 ? Calls{} : copied(source == 0 ? GL_FRONT : GL_BACK, 1, 0, 5, 4, false));
+    for (const unsigned source : {0U, 1U}) {
+        fBuffer.renderTexture(fTexture.get(), 1, -1, 5, 4, 0, source);
+        expectCopied(source == 0 ? GL_FRONT : GL_BACK, 1, 0, 5, 4);
     }
+    fBuffer.renderTexture(fTexture.get(), 1, -1, 5, 4, 0, 2);
+    EXPECT_EQ(recorded(), Calls{});
     fBuffer.fColorAttachmentCount = 1;
-    GLTexture2D* copy = fBuffer.copyDepthBuffer2Texture2D(-1, 1, 99, 2);
+    const Shared<GLTexture2D> copy(fBuffer.copyDepthBuffer2Texture2D(-1, 1, 99, 2));
     ASSERT_NE(copy, nullptr);
+    copy->ref();
     EXPECT_EQ(copy->fRasterFormat, kRasterRGBX8);
     EXPECT_EQ(made(), (Calls{call("glGenTextures", 1, kOut), call("glReadBuffer", GL_DEPTH),
                              call("glBindTexture", GL_TEXTURE_2D, copy->textureName()),
                              call("glTexImage2D", GL_TEXTURE_2D, 0, GL_RGBA8, 8, 2, 0, GL_RGB,
                                   GL_UNSIGNED_BYTE, nullptr),
                              call("glCopyTexSubImage2D", GL_TEXTURE_2D, 0, 0, 0, 0, 1, 8, 2)}));
-    copy->ref();
-    copy->unref();
+
+    GLFrameBuffer window;
+    adopt(window, GLFrameBuffer::kWindowed);
+    window.fColorAttachmentCount = 2; // whatever it has attached
+    script().values[GL_VIEWPORT] = {0, 0, 6, 3};
+    window.readCurrentColorBuffer(fTexture.get(), 0);
+    EXPECT_THAT(recorded(), testing::Contains(call("glReadBuffer", GL_BACK)));
+    EXPECT_EQ(recorded().back(), call("glCopyTexSubImage2D", GL_TEXTURE_2D, 0, 0, 0, 0, 0, 6, 3))
+        << "measured first";
 }
 
 TEST_F(Transfer, nothingHappensWithoutATextureOrABuffer) {
     GLTexture1D line;
     GLFrameBuffer never;
-    const IHWTexture* volatile nothing = nullptr;
+    IHWTexture* volatile nothing = nullptr;
     PixelArray2D pixels(koSysPixelFormat(2, 4), 8, 4);
     clearRecorded();
-    for (const IHWTexture* texture :
-         {const_cast<const IHWTexture*>(nothing), static_cast<const IHWTexture*>(&line)}) {
-        const IHWTexture& reference = *texture; // a host's reference to no texture
-        fBuffer.writeCurrentColorBuffer(reference);
-        fBuffer.writeDepthBuffer(reference);
-        fBuffer.readCurrentColorBuffer(const_cast<IHWTexture*>(texture), 0);
-        fBuffer.readDepthBuffer(const_cast<IHWTexture*>(texture));
+    const std::pair<GLFrameBuffer*, IHWTexture*> kPairs[] = {
+        {&fBuffer, nothing}, {&fBuffer, &line}, {&never, fTexture.get()}};
+    for (const auto& [buffer, texture] : kPairs) {
+        const IHWTexture& reference = *texture; // a host's reference, maybe to no texture
+        buffer->writeCurrentColorBuffer(reference);
+        buffer->writeDepthBuffer(reference);
+        buffer->readCurrentColorBuffer(texture, 0);
+        buffer->readDepthBuffer(texture);
     }
     fBuffer.renderTexture(nullptr, 0, 0, 1, 1, 0, 0);
-    never.writeCurrentColorBuffer(*fTexture);
-    never.writeDepthBuffer(*fTexture);
-    never.readCurrentColorBuffer(fTexture, 0);
-    never.readDepthBuffer(fTexture);
-    never.renderTexture(fTexture, 0, 0, 1, 1, 0, 0);
+    EXPECT_EQ(fBuffer.drawColorBuffer(0, 0, 0, 1, 1, nullptr), 0u);
+    fBuffer.drawDepthBuffer(0, 0, 0, 1, 1, nullptr);
+    never.renderTexture(fTexture.get(), 0, 0, 1, 1, 0, 0);
     never.writeCurrentColorBuffer(pixels);
+    never.writeDepthBuffer(pixels);
     never.readDepthBuffer(&pixels);
     EXPECT_EQ(never.copyDepthBuffer2Texture2D(0, 0, 1, 1), nullptr);
     EXPECT_EQ(never.readDepthBuffer(), nullptr);
+    EXPECT_EQ(never.readColorBuffer(2, 0, 0, 0, 0, nullptr), nullptr);
     EXPECT_EQ(never.drawColorBuffer(0, 0, 0, 1, 1, &pixels), 0u);
     EXPECT_EQ(made(), Calls{});
-}
-
-TEST_F(Transfer, measuresAWindowFirst) {
-    GLFrameBuffer window;
-    adopt(window, GLFrameBuffer::kWindowed);
-    window.fColorAttachmentCount = 2;
-    script().values[GL_VIEWPORT] = {0, 0, 6, 3};
-    clearRecorded();
-    window.readCurrentColorBuffer(fTexture, 0);
-    const Calls calls = made();
-    ASSERT_GE(calls.size(), 4U);
-    EXPECT_EQ(calls[calls.size() - 4], call("glReadBuffer", GL_BACK)) << "whatever it has attached";
-    EXPECT_EQ(calls.back(), call("glCopyTexSubImage2D", GL_TEXTURE_2D, 0, 0, 0, 0, 0, 6, 3));
 }
 
 } // namespace

@@ -20,7 +20,7 @@ extern "C" [[gnu::visibility("default")]] void* dlopen(const char* file, int mod
 
 namespace {
 
-TEST(NoGL, leavesEverySlotNull) {
+TEST(NoGL, leavesEverySlotNullAndMakesNoStartupContext) {
     ASSERT_EQ(dlsym(RTLD_DEFAULT, "glBegin"), nullptr) << "this process has a GL";
     ASSERT_EQ(dlsym(RTLD_DEFAULT, "glXGetProcAddressARB"), nullptr);
     GLFunctionTable table;
@@ -30,10 +30,8 @@ TEST(NoGL, leavesEverySlotNull) {
     EXPECT_EQ(table.fMaxTextureUnits, 1);
     EXPECT_EQ(table.fMaxTextureSize, 0);
     EXPECT_FALSE(table.ensureLiveMultitexture());
-}
 
-TEST(NoGL, makesNoStartupContext) {
-    Display* display = reinterpret_cast<Display*>(8); // never looked into
+    auto* display = reinterpret_cast<Display*>(8); // never looked into
     auto* startup = new GLStartupContext(WindowWrapper(nullptr, 0, display), nullptr);
     startup->ref();
     EXPECT_FALSE(startup->valid);
