@@ -101,7 +101,7 @@ public:
     /// what is drawn into a single-buffered one raises an X error at each flush on Mesa, and with its
     /// softpipe nothing of it comes back. What a host calls unless it counts on createOffscreen. Drawn into
     /// and read by GL_BACK, the default of its context. After a failure nothing is left but the reference on
-    /// the start-up context.
+    /// the start-up context (and, by SGIX configurations alone, which can destroy none, the pbuffer).
     uint32_t createPbufferPortably(const WindowWrapper& window, const koBufferFormat& format, unsigned width,
                                    unsigned height);
 

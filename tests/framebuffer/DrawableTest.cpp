@@ -249,6 +249,8 @@ TEST_P(DrawableRoad, endsWhereACallFailsThatItLooksAt) {
         EXPECT_EQ(create(buffer), answer);
         if (answer != 0) {
             Calls untilThen = recorded();
+            while (untilThen.back().starts_with("XFree") && !calls.back().starts_with("XFree"))
+                untilThen.pop_back(); // lists that are done with
             if (name == "glXCreatePbuffer" || road.answers.contains(name))
                 untilThen.pop_back(); // a call that is made all the same
             if (road.leavesNothing)
