@@ -4,6 +4,8 @@
 
 #include <orlohost/HWEnvironment.h>
 
+#include <optional>
+
 namespace {
 
 constexpr auto kTriangles = GeometryDataIndex::kTriangles;
