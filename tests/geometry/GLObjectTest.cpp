@@ -18,9 +18,6 @@ protected:
     static std::string upload(long size, const void* data, GLenum usage = GL_STATIC_DRAW_ARB) {
         return call("glBufferDataARB", kArray, size, data, usage);
     }
-    static std::string map(GLenum access = GL_READ_ONLY_ARB) {
-        return call("glMapBufferARB", kArray, access);
-    }
     static std::string remove(double name) { return call("glDeleteBuffersARB", 1, Values{name}); }
 
     /// Every operation that needs a bound buffer, none of which may succeed.
@@ -32,15 +29,18 @@ protected:
     }
 
     const std::string fGenerate = call("glGenBuffersARB", 1, kOut);
+    const std::string fMap = call("glMapBufferARB", kArray, GL_READ_WRITE_ARB);
     const std::string fUnmap = call("glUnmapBufferARB", kArray);
     const unsigned char fBytes[1000] = {7, 7, 7, 7};
     unsigned char fPart[2] = {1, 2};
 };
 
 TEST_F(Object, isMadeFilledMappedAndDeleted) {
+    void* pointer = nullptr;
     {
         GLObject object;
-        void* pointer = nullptr;
+        object.fUsage = GLObject::kDynamicCopy;
+        object.fAccess = GLObject::kReadWrite;
         EXPECT_TRUE(object.bind() && object.fBound);
         EXPECT_TRUE(object.unbind() && !object.fBound);
         EXPECT_TRUE(object.bind() && object.fBound);
@@ -50,16 +50,14 @@ TEST_F(Object, isMadeFilledMappedAndDeleted) {
         EXPECT_TRUE(object.mapBuffer() && object.mapBuffer() && object.getBufferPointer(&pointer));
         EXPECT_TRUE(object.unmapBuffer() && !object.fMapped && object.mapBuffer() && object.unbind());
         EXPECT_THAT(bufferContents(101), testing::ElementsAre(7, 1, 2, 7));
-        EXPECT_EQ(
-            recorded(),
-            (Calls{fGenerate, bind(101), bind(0), bind(101), upload(1000, fBytes), upload(4, fBytes),
-                   call("glBufferSubDataARB", kArray, 1, 2, static_cast<const void*>(fPart)),
-                   call("glGetBufferSubDataARB", kArray, 0, 2, static_cast<void*>(fPart)), map(), fUnmap,
-                   map(), call("glGetBufferPointervARB", kArray, GL_BUFFER_MAP_POINTER_ARB, &pointer), fUnmap,
-                   map(), bind(0)}));
-        made();
     }
-    EXPECT_EQ(made(), (Calls{bind(101), fUnmap, bind(0), remove(101)}));
+    EXPECT_EQ(made(),
+              (Calls{fGenerate, bind(101), bind(0), bind(101), upload(1000, fBytes, 0x88EA),
+                     upload(4, fBytes, 0x88EA),
+                     call("glBufferSubDataARB", kArray, 1, 2, static_cast<const void*>(fPart)),
+                     call("glGetBufferSubDataARB", kArray, 0, 2, static_cast<void*>(fPart)), fMap, fUnmap,
+                     fMap, call("glGetBufferPointervARB", kArray, GL_BUFFER_MAP_POINTER_ARB, &pointer),
+                     fUnmap, fMap, bind(0), bind(101), fUnmap, bind(0), remove(101)}));
     EXPECT_EQ(IHWMemoryObject::fsMemoryUsage, 1000U) << "every upload counts, the last is given back";
     {
         GLObject empty;
@@ -78,21 +76,17 @@ TEST_F(Object, isMadeFilledMappedAndDeleted) {
 }
 
 TEST_F(Object, translatesItsEnumerations) {
+    using testing::ElementsAre;
+    EXPECT_THAT(GLObject::fsUsageInternal,
+                ElementsAre(0x88E0, 0x88E1, 0x88E2, 0x88E4, 0x88E5, 0x88E6, 0x88E8, 0x88E9, 0x88EA));
+    EXPECT_THAT(GLObject::fsAccessInternal, ElementsAre(0x88B8, 0x88B9, 0x88BA));
+    EXPECT_THAT(GLObject::fsDataTypeInternal, ElementsAre(0x8892, 0x8893));
     GLObject object;
+    EXPECT_EQ(object.fAccess, 0U);
     object.bind();
-    const GLenum kUsages[] = {0x88E0, 0x88E1, 0x88E2, 0x88E4, 0x88E5, 0x88E6, 0x88E8, 0x88E9, 0x88EA};
-    for (object.fUsage = 0; object.fUsage < 9; ++object.fUsage) {
-        object.bufferData(1, fBytes);
-        EXPECT_EQ(recorded().back(), upload(1, fBytes, kUsages[object.fUsage]));
-    }
-    for (object.fAccess = 0; object.fAccess < 3; ++object.fAccess) {
-        object.mapBuffer();
-        EXPECT_EQ(recorded().back(), map(0x88B8 + object.fAccess));
-    }
-    object.fDataType = GLObject::DataType(1);
-    object.bind();
-    EXPECT_EQ(made().back(), bind(101, 0x8893));
-
+    made();
+    object.fUsage = 9;
+    object.fAccess = 3;
     GLObject none;
     none.fDataType = GLObject::DataType(2);
     EXPECT_FALSE(object.bufferData(1, fBytes) || object.mapBuffer() || none.bind());
@@ -150,12 +144,7 @@ TEST_F(Object, keepsWithinTheBudget) {
     object.bind();
     // A size beyond 32 bits goes to GL whole: keep the double from storing it.
     script().answers["glBufferDataARB"] = [](const auto&) { return 0; };
-    const struct {
-        uint32_t before;
-        long size;
-        bool fits;
-        uint32_t after, accounted;
-    } kCases[] = {
+    const std::tuple<uint32_t, long, bool, uint32_t, uint32_t> kCases[] = {
         {67108000, 864, true, 67108864, 864},
         {67108000, 865, false, 67108000, 0},
         {67108864, 0, true, 67108864, 0},
@@ -164,14 +153,14 @@ TEST_F(Object, keepsWithinTheBudget) {
         {5, (1L << 32) + 10, true, 15, 10},
         {0xFFFFFFFF, 11, true, 10, 11},
     };
-    for (const auto& c : kCases) {
+    for (const auto& [before, size, fits, after, accounted] : kCases) {
         made();
         object.fSize = 77;
-        IHWMemoryObject::fsMemoryUsage = c.before;
-        EXPECT_EQ(object.bufferData(c.size, fBytes), c.fits) << c.size;
-        EXPECT_EQ(IHWMemoryObject::fsMemoryUsage, c.after) << c.size;
-        EXPECT_EQ(object.fSize, c.accounted) << c.size;
-        EXPECT_EQ(made(), c.fits ? Calls{upload(c.size, fBytes)} : Calls{});
+        IHWMemoryObject::fsMemoryUsage = before;
+        EXPECT_EQ(object.bufferData(size, fBytes), fits) << size;
+        EXPECT_EQ(IHWMemoryObject::fsMemoryUsage, after) << size;
+        EXPECT_EQ(object.fSize, accounted) << size;
+        EXPECT_EQ(made(), fits ? Calls{upload(size, fBytes)} : Calls{});
     }
 }
 

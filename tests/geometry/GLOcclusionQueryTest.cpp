@@ -40,7 +40,6 @@ protected:
         return made();
     }
 
-    /// Out of range and without queries.
     static void expectNothing(GLOcclusionQuery& queries, unsigned i) {
         EXPECT_FALSE(queries.beginQuery(i) || queries.endQuery(i) || queries.queryIsAvailable(i));
         EXPECT_EQ(queries.sampleCount(i), 0U);

@@ -96,29 +96,6 @@ TEST_F(Drawing, drawsWholeRecordsByTheirType) {
     EXPECT_EQ(made(), Calls{});
 }
 
-TEST_F(Drawing, uploadsIndicesOnceWithinTheBudget) {
-    struct Foreign : IHWMemoryObject {
-    } foreign;
-    fGroup.addIndexRecord(kTriangles, {0, 1, 2}).setHanger(&foreign);
-    fGroup.addIndexRecord(kTriangles, {3, 4, 5});
-    GLRouting::fsUseObjectsForIndexing = true;
-    GLObject::fsMaximumMemoryUsage = 12;
-    const Calls first = {elements(GL_TRIANGLES, 3, nullptr), unbindIndices()};
-    const Calls second = {fromMemory(1), unbindIndices()};
-    EXPECT_EQ(drawn(), upload(0, 0, 12) + first + refused(1) + second) << "a foreign hanger counts as none";
-    EXPECT_EQ(drawn(), Calls{bindIndices(0)} + first + refused(2) + second);
-    EXPECT_EQ(fGroup.indexRecord(1)->fHanger, nullptr);
-    EXPECT_EQ(IHWMemoryObject::fsMemoryUsage, 12U);
-
-    fGroup.indexRecord(1)->fPrimitiveType = GeometryDataIndex::kNothing;
-    GLObject::fsSupported = false;
-    EXPECT_EQ(drawn(), (Calls{fromMemory(0), unbindIndices()})) << "a hanger that can't be bound";
-    GLObject::fsSupported = true;
-    gl().fExtEnabled[kCapVertexBufferObject] = false;
-    EXPECT_EQ(drawn(), Calls{fromMemory(0)}) << "the hanger rests";
-    gl().fExtEnabled[kCapVertexBufferObject] = true;
-}
-
 TEST_F(Drawing, drawsSubsetsAndExchangesTheSwitches) {
     koUtil::BitField some;
     koUtil::BitField none;
@@ -130,35 +107,27 @@ TEST_F(Drawing, drawsSubsetsAndExchangesTheSwitches) {
     // Ten indices make three triangles, or two quads. Strips and what is nothing have no subsets.
     for (const uint32_t type : {6U, 5U, 7U, 4U})
         fGroup.addIndexRecord(type, {10, 11, 12, 13, 14, 15, 16, 17, 18, 19});
-    const struct {
-        const char* name;
-        koUtil::BitField* visible;
-        unsigned *list, *prepared;
-        unsigned count;
-        Calls expected;
-    } kCases[] = {
-        {"visible", &some, nullptr, nullptr, 0, oneByOne(t, {10, 11, 12, 16, 17, 18})},
-        {"none visible", &none, nullptr, nullptr, 0, oneByOne(t, {})},
-        {"list", nullptr, list, nullptr, 0, oneByOne(t, {16, 17, 18, 10, 11, 12})},
-        {"visible, list", &some, list, nullptr, 0, oneByOne(t, {10, 11, 12, 13, 14, 15})},
-        {"visible, list, prepared", &some, list, prepared, 0, oneByOne(t, {20, 21, 22, 23, 24, 25})},
-        {"the same with a count", &some, list, prepared, 6, oneByOne(t, {20, 21, 22, 23, 24, 25})},
-        {"prepared", nullptr, nullptr, prepared, 6, {elements(t, 6, prepared)}},
-        {"prepared, none", nullptr, nullptr, prepared, 0, {}},
-        {"visible, prepared", &none, nullptr, prepared, 6, {elements(t, 6, prepared)}},
-        {"visible, prepared, none", &some, nullptr, prepared, 0, oneByOne(t, {10, 11, 12, 16, 17, 18})},
-        {"list, prepared", nullptr, list, prepared, 6, {elements(t, 10, prepared)}},
-        {"list, prepared, none", nullptr, list, prepared, 0, {elements(t, 10, prepared)}},
+    // What is visible, the list, the prepared indices and their count.
+    const std::tuple<koUtil::BitField*, unsigned*, unsigned*, unsigned, Calls> kCases[] = {
+        {&some, nullptr, nullptr, 0, oneByOne(t, {10, 11, 12, 16, 17, 18})},
+        {nullptr, list, nullptr, 0, oneByOne(t, {16, 17, 18, 10, 11, 12})},
+        {&some, list, nullptr, 0, oneByOne(t, {10, 11, 12, 13, 14, 15})},
+        {&some, list, prepared, 6, oneByOne(t, {20, 21, 22, 23, 24, 25})},
+        {nullptr, nullptr, prepared, 6, {elements(t, 6, prepared)}},
+        {nullptr, nullptr, prepared, 0, {}},
+        {&none, nullptr, prepared, 6, {elements(t, 6, prepared)}},
+        {&some, nullptr, prepared, 0, oneByOne(t, {10, 11, 12, 16, 17, 18})},
+        {nullptr, list, prepared, 6, {elements(t, 10, prepared)}},
     };
     route(GLRouting::kPosition, GeometryData::kPosition);
     const Calls head = {enable(GL_VERTEX_ARRAY), vertices(fPositions)};
     const Calls tail = {disable(GL_VERTEX_ARRAY)};
-    for (const auto& c : kCases) {
-        const bool isSubset = c.visible || c.list;
+    for (const auto& [visible, listed, indices, count, expected] : kCases) {
+        const bool isSubset = visible || listed;
         GLRouting::fsUseObjectsForData = isSubset; // but off meanwhile
-        EXPECT_EQ(drawn(c.visible, c.list, c.prepared, c.count), head + c.expected + tail) << c.name;
-        EXPECT_EQ(std::exchange(GLRouting::fsUseObjectsForIndexing, false), isSubset) << c.name;
-        EXPECT_FALSE(GLRouting::fsUseObjectsForData) << c.name;
+        EXPECT_EQ(drawn(visible, listed, indices, count), head + expected + tail);
+        EXPECT_EQ(std::exchange(GLRouting::fsUseObjectsForIndexing, false), isSubset);
+        EXPECT_FALSE(GLRouting::fsUseObjectsForData);
     }
     GLRouting::fsUseObjectsForIndexing = HWEnvironment::orlo_block_allocate_strips = true;
     fGroup.indexRecord(1)->fPrimitiveType = kQuads;
@@ -172,13 +141,13 @@ TEST_F(Drawing, drawsSubsetsAndExchangesTheSwitches) {
 
 TEST_F(Drawing, drawsStreamsWithIndexListsOfTheirOwn) {
     // Element e of a stream of type t is 10 t + e throughout.
-    const auto add = [&](GeometryData::DataType type, uint32_t components, uint32_t primitives,
-                         std::vector<uint32_t> indices) {
+    const auto add = [&](GeometryData::DataType type, uint32_t primitives, std::vector<uint32_t> indices) {
+        const uint32_t components = type == GeometryData::kTexCoord ? 2 : 3;
         std::vector<float> values;
         for (uint32_t e = 0; e < 5; ++e)
             values.insert(values.end(), components, static_cast<float>(10 * type + e));
         GeometryDataIndex& record = fGroup.addIndexRecord(primitives, std::move(indices));
-        record.fStream = components == 0 ? nullptr : &fGroup.addStream(type, components, values);
+        record.fStream = type == GeometryData::kNone ? nullptr : &fGroup.addStream(type, components, values);
     };
     const auto vertex = [](double texCoord, double normal, double position) {
         return Calls{call("glTexCoord2fv", Values(2, texCoord)), call("glNormal3fv", Values(3, normal)),
@@ -190,20 +159,19 @@ TEST_F(Drawing, drawsStreamsWithIndexListsOfTheirOwn) {
     };
     const Calls end = {call("glEnd")};
     const Calls triangle = {call("glBegin", GL_TRIANGLES)};
-
     EXPECT_EQ(drawnWhole(), Calls{}) << "no group";
     fRouting.fGroup = &fGroup;
-    add(GeometryData::kPosition, 3, kQuads, {0, 1, 2, 3});
-    add(GeometryData::kTexCoord, 2, kQuads, {4, 3, 2, 1, 0});
+    add(GeometryData::kPosition, kQuads, {0, 1, 2, 3});
+    add(GeometryData::kTexCoord, kQuads, {4, 3, 2, 1, 0});
     EXPECT_EQ(drawnWhole(), (Calls{call("glBegin", GL_QUADS)} + vertex(34, 0, 10) + vertex(33, 0, 11) +
                              vertex(32, 0, 12) + vertex(31, 0, 13) + end));
-    add(GeometryData::kColor, 3, kQuads, {0});
-    add(GeometryData::kNone, 0, kQuads, {0});
-    add(GeometryData::kNormal, 3, kTriangles, {2, 2, 0, 9});
+    add(GeometryData::kColor, kQuads, {0});
+    add(GeometryData::kNone, kQuads, {0});
+    add(GeometryData::kNormal, kTriangles, {2, 2, 0, 9});
     EXPECT_EQ(drawnWhole(), (triangle + vertex(34, 22, 10) + vertex(33, 22, 11) + vertex(32, 20, 12) + end +
                              triangle + vertex(31, 0, 13) + vertex(30, 0, 0) + vertex(0, 0, 0) + end))
         << "past its end a list reads as nothing";
-    add(GeometryData::kNone, 0, kStrip, {0});
+    add(GeometryData::kNone, kStrip, {0});
     EXPECT_EQ(drawnWhole(), Calls{}) << "the last record's type decides";
 }
 
@@ -225,26 +193,35 @@ protected:
 };
 
 TEST_F(Blocks, shareOneIndexBuffer) {
-    const Calls block = {bindIndices(0), fFirst, fSecond};
-    EXPECT_EQ(drawn(), upload(0, 0, 32) + block + fEnd);
-    EXPECT_EQ(hanger(1), hanger(0));
-
+    struct Foreign : IHWMemoryObject {
+    } foreign;
     // Behind a record with a buffer of its own nothing is bound any more: an offset would kill the process.
-    fGroup.addIndexRecord(kTriangles, {0, 1, 2});
+    fGroup.addIndexRecord(kTriangles, {0, 1, 2}).setHanger(&foreign);
     fGroup.addIndexRecord(kStrip, {3, 4, 5}).fAllocatedCount = 7;
+    const Calls block = {bindIndices(0), fFirst, fSecond};
     const Calls own = {elements(GL_TRIANGLES, 3, nullptr), unbindIndices(), fromMemory(3)};
-    EXPECT_EQ(drawn(), block + upload(1, 2, 12) + own + fEnd);
+    EXPECT_EQ(drawn(), upload(0, 0, 32) + block + upload(1, 2, 12) + own + fEnd)
+        << "a foreign one counts as none";
+    EXPECT_EQ(hanger(1), hanger(0));
     EXPECT_EQ(drawn(), block + Calls{bindIndices(1)} + own + fEnd);
-    // The same where the single record's upload fails.
+    EXPECT_EQ(IHWMemoryObject::fsMemoryUsage, 44U);
+
+    const Calls all = {fromMemory(0), fromMemory(1), fromMemory(2), fromMemory(3)};
+    GLObject::fsSupported = false;
+    EXPECT_EQ(drawn(), all + Calls{unbindIndices()}) << "hangers that can't be bound";
+    GLObject::fsSupported = true;
+    gl().fExtEnabled[kCapVertexBufferObject] = false;
+    EXPECT_EQ(drawn(), all) << "hangers that rest";
+    gl().fExtEnabled[kCapVertexBufferObject] = true;
+
+    // One that the budget refuses.
     delete std::exchange(hanger(2), nullptr);
     GLObject::fsMaximumMemoryUsage = IHWMemoryObject::fsMemoryUsage;
     made();
     EXPECT_EQ(drawn(), (block + refused(2) + Calls{fromMemory(2), fromMemory(3)} + fEnd));
-
+    EXPECT_EQ(hanger(2), nullptr);
     fRouting.drawSingleIndexed(nullptr, nullptr, nullptr, 0);
     EXPECT_EQ(made(), Calls{fromMemory(3)}) << "alone: nobody has bound the buffer";
-    HWEnvironment::orlo_block_allocate_strips = GLRouting::fsUseObjectsForIndexing = false;
-    EXPECT_EQ(drawn(), (Calls{fromMemory(0), fromMemory(1), fromMemory(2), fromMemory(3)}));
 }
 
 TEST_F(Blocks, areSingleRecordsWithoutTheSetting) {
