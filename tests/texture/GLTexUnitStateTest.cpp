@@ -42,18 +42,15 @@ TEST_F(TexUnitState, packsTellsAndSendsTheCombiner) {
                 ElementsAre(0x1E01, 0x2100, 0x0104, 0x8574, 0x8575, 0x84E7, 0x86AE, 0x86AF));
     EXPECT_THAT(CombinerSourceTable, ElementsAre(0x1702, 0x8577, 0x8576, 0x8578));
     EXPECT_THAT(CombinerOperandTable, ElementsAre(0x302, 0x303, 0x300, 0x301));
-    const struct {
-        /// Both functions; of each argument's RGB and alpha source and operand.
-        std::array<unsigned, 14> fields;
-        unsigned char scaleRGB, scaleAlpha;
-        std::array<uint8_t, 5> packed;
-    } kCases[] = {{{3, 6, 3, 1, 2, 1, 1, 3, 0, 0, 2, 0, 3, 1}, 4, 2, {0x9D, 0xCF, 0x0D, 0xB9, 0x01}},
-                  {{4, 1, 0, 2, 1, 0, 2, 0, 3, 1, 1, 3, 0, 0}, 1, 4, {0x65, 0x30, 0xF2, 0x06, 0x02}}};
+    // Both functions, then RGB and alpha source and operand of each argument; both scales; all of it packed.
+    const std::tuple<std::array<unsigned, 14>, unsigned, unsigned, std::array<uint8_t, 5>> kCases[] = {
+        {{3, 6, 3, 1, 2, 1, 1, 3, 0, 0, 2, 0, 3, 1}, 4, 2, {0x9D, 0xCF, 0x0D, 0xB9, 0x01}},
+        {{4, 1, 0, 2, 1, 0, 2, 0, 3, 1, 1, 3, 0, 0}, 1, 4, {0x65, 0x30, 0xF2, 0x06, 0x02}}};
     State state;
     state.setTextureFunction(State::kEnvCombine);
     state.fColor = {1, 2, 3, 4};
-    for (const auto& c : kCases) {
-        const auto& f = c.fields;
+    for (const auto& [fields, scaleRGB, scaleAlpha, packed] : kCases) {
+        const auto& f = fields;
         constexpr unsigned kTooHigh = 64;
         state.setCombinerFuncRGB(Func(f[0] + kTooHigh));
         state.setCombinerFuncAlpha(Func(f[1] + kTooHigh));
@@ -64,10 +61,10 @@ TEST_F(TexUnitState, packsTellsAndSendsTheCombiner) {
             state.setCombinerSourceOpAlpha(i, Source(of[2] + kTooHigh), Operand(of[3] + kTooHigh));
         }
         for (const unsigned scale : {1, 0, 3, 5, 8, 255}) {
-            state.setCombinerScaleRGB(static_cast<unsigned char>(scale == 1 ? c.scaleRGB : scale));
-            state.setCombinerScaleAlpha(static_cast<unsigned char>(scale == 1 ? c.scaleAlpha : scale));
+            state.setCombinerScaleRGB(static_cast<unsigned char>(scale == 1 ? scaleRGB : scale));
+            state.setCombinerScaleAlpha(static_cast<unsigned char>(scale == 1 ? scaleAlpha : scale));
         }
-        EXPECT_EQ(state.fState, c.packed);
+        EXPECT_EQ(state.fState, packed);
         std::vector<unsigned> told{state.combinerFuncRGB(), state.combinerFuncAlpha()};
         for (const unsigned i : {0, 1, 7})
             told.insert(told.end(), {state.combinerSourceRGB(i), state.combinerOperandRGB(i),
@@ -82,8 +79,8 @@ TEST_F(TexUnitState, packsTellsAndSendsTheCombiner) {
                          env(0x8572, CombinerFuncTable[f[1]]), source(0x8580, 2), source(0x8581, 6),
                          operand(0x8590, 3), operand(0x8591, 7), source(0x8588, 4), source(0x8589, 8),
                          operand(0x8598, 5), operand(0x8599, 9), operand(0x8592, 11), operand(0x859A, 13),
-                         source(0x8582, 10), source(0x858A, 12), env(0x8573, c.scaleRGB),
-                         env(GL_ALPHA_SCALE, c.scaleAlpha)}));
+                         source(0x8582, 10), source(0x858A, 12), env(0x8573, scaleRGB),
+                         env(GL_ALPHA_SCALE, scaleAlpha)}));
     }
 }
 

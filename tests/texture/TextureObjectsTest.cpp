@@ -106,9 +106,8 @@ TEST_F(Texture, isARectangleWhereOffered) {
 }
 
 TEST_F(Texture, uploadsEachFormatByItsRow) {
-    const struct {
-        GLenum store, data, type;
-    } kRows[] = {
+    using Row = std::array<GLenum, 3>; // the store, the data's format and type
+    const Row kRows[] = {
         {GL_ALPHA8, GL_ALPHA, GL_UNSIGNED_BYTE},
         {GL_RGB8, GL_RGB, GL_UNSIGNED_BYTE},
         {GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE},
@@ -123,12 +122,12 @@ TEST_F(Texture, uploadsEachFormatByItsRow) {
     };
     GLTexture2D texture;
     for (uint32_t format : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 14, -1}) {
-        const auto& row = kRows[std::min(format, 10U)];
+        const auto& [store, data, type] = kRows[std::min(format, 10U)];
         texture.fRasterFormat = static_cast<RasterFormat>(format);
         texture.fCompressionRequest = format != kRasterRGBA8; // only RGBA8 heeds it
         EXPECT_TRUE(texture.GLloadImage(fPixels, 5, 3));
-        EXPECT_EQ(recorded().back(), call("glTexImage2D", GL_TEXTURE_2D, 0, row.store, 5, 3, 0, row.data,
-                                          row.type, static_cast<const void*>(fPixels)))
+        EXPECT_EQ(recorded().back(), call("glTexImage2D", GL_TEXTURE_2D, 0, store, 5, 3, 0, data, type,
+                                          static_cast<const void*>(fPixels)))
             << format;
     }
     texture.fRasterFormat = kRasterRGBA8;
