@@ -9,15 +9,13 @@ using Func = State::CombinerFunc;
 using Source = State::CombinerSource;
 using Operand = State::CombinerOperand;
 
-std::string env(GLenum name, GLint value) {
-    return call("glTexEnvi", GL_TEXTURE_ENV, name, value);
-}
-
-std::string constant(const Values& color) {
-    return call("glTexEnviv", GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, color);
-}
-
-class TexUnitState : public DoubleTest {};
+class TexUnitState : public DoubleTest {
+protected:
+    static std::string env(GLenum name, int value) { return call("glTexEnvi", GL_TEXTURE_ENV, name, value); }
+    static std::string constant(const Values& color) {
+        return call("glTexEnviv", GL_TEXTURE_ENV, 0x2201, color);
+    }
+};
 
 TEST_F(TexUnitState, beginsAsReplaceAndSendsModeAndConstantAlone) {
     State state;

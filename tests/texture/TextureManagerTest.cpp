@@ -15,25 +15,6 @@ using Texels = std::vector<int>;
 constexpr GLuint kFirst = nthName(NameKind::Texture);
 const Calls kGenerated{call("glGenTextures", 1, kOut)};
 
-Calls named(GLuint n, GLenum target) {
-    return kGenerated + Calls{call("glBindTexture", target, kFirst + n)};
-}
-
-/// Enabled, linear, and clamped along these.
-Calls filtered(GLenum target, const std::vector<GLenum>& wraps) {
-    Calls calls{call("glEnable", target)};
-    for (const GLenum wrap : wraps)
-        calls.push_back(call("glTexParameterf", target, wrap, 0x812F));
-    return calls + Calls{call("glTexParameterf", target, GL_TEXTURE_MAG_FILTER, GL_LINEAR),
-                         call("glTexParameterf", target, GL_TEXTURE_MIN_FILTER, GL_LINEAR)};
-}
-
-/// The upload of an image, without its texels.
-Calls image(GLenum target, GLint store, const std::string& size, GLenum format, GLenum type = 5121) {
-    const char* function = target == GL_TEXTURE_1D ? "glTexImage1D" : "glTexImage2D";
-    return {call(function, target, 0, store, size, 0, format, type, std::string())};
-}
-
 class Manager : public DoubleTest {
 protected:
     Manager() {
@@ -50,6 +31,23 @@ protected:
             };
     }
     ~Manager() override { theArraysFail = false; }
+
+    static Calls bound(GLuint n, GLenum target) { return {call("glBindTexture", target, kFirst + n)}; }
+    static Calls named(GLuint n, GLenum target) { return kGenerated + bound(n, target); }
+    /// Enabled, linear, clamped.
+    static Calls filtered(GLenum target) {
+        const auto set = [=](GLenum name, int value) { return call("glTexParameterf", target, name, value); };
+        const Calls first = {call("glEnable", target), set(GL_TEXTURE_WRAP_S, 0x812F)};
+        const Calls second = target == GL_TEXTURE_2D ? Calls{set(GL_TEXTURE_WRAP_T, 0x812F)} : Calls{};
+        return first + second + Calls{set(GL_TEXTURE_MAG_FILTER, 0x2601), set(GL_TEXTURE_MIN_FILTER, 0x2601)};
+    }
+
+    /// The upload of an image, without its texels.
+    static Calls image(GLenum target, GLint store, const std::string& size, GLenum format,
+                       GLenum type = 5121) {
+        const char* function = target == GL_TEXTURE_1D ? "glTexImage1D" : "glTexImage2D";
+        return {call(function, target, 0, store, size, 0, format, type, std::string())};
+    }
 
     /// Of all images that were uploaded since the last call, one after the other.
     Texels texels() { return std::exchange(fTexels, {}); }
@@ -94,7 +92,7 @@ TEST_F(Manager, makesEachMapOnceAndEndsAllInTheirOrder) {
             text.replace(text.rfind("0x"), std::string::npos, ")");
     }
     const auto luminance = [](GLuint n, const std::string& texels) {
-        return named(n, GL_TEXTURE_2D) + filtered(GL_TEXTURE_2D, {GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T}) +
+        return named(n, GL_TEXTURE_2D) + filtered(GL_TEXTURE_2D) +
                image(GL_TEXTURE_2D, GL_LUMINANCE8, texels, GL_LUMINANCE);
     };
     Calls rgb = named(7, 0x8513);
@@ -107,11 +105,10 @@ TEST_F(Manager, makesEachMapOnceAndEndsAllInTheirOrder) {
     const Calls attenuation = image(GL_TEXTURE_2D, GL_RGBA8, "128, 128", GL_RGBA);
     EXPECT_EQ(calls,
               (luminance(0, "8, 8") + luminance(1, "4, 2") + luminance(2, "4, 4") + named(3, GL_TEXTURE_1D) +
-               filtered(GL_TEXTURE_1D, {GL_TEXTURE_WRAP_S}) +
-               image(GL_TEXTURE_1D, GL_LUMINANCE8, "512", GL_LUMINANCE) + named(4, GL_TEXTURE_1D) +
-               image(GL_TEXTURE_1D, GL_INTENSITY8, "256", GL_LUMINANCE) + named(5, GL_TEXTURE_1D) + mask +
-               named(6, GL_TEXTURE_1D) + mask + rgb + hilo + kGenerated + named(9, GL_TEXTURE_2D) +
-               attenuation + Calls{call("glBindTexture", GL_TEXTURE_2D, kFirst + 10)} + attenuation));
+               filtered(GL_TEXTURE_1D) + image(GL_TEXTURE_1D, GL_LUMINANCE8, "512", GL_LUMINANCE) +
+               named(4, GL_TEXTURE_1D) + image(GL_TEXTURE_1D, GL_INTENSITY8, "256", GL_LUMINANCE) +
+               named(5, GL_TEXTURE_1D) + mask + named(6, GL_TEXTURE_1D) + mask + rgb + hilo + kGenerated +
+               named(9, GL_TEXTURE_2D) + attenuation + bound(10, GL_TEXTURE_2D) + attenuation));
     manager->textureCache()->add(nullptr, 99);
     const auto instances = [] {
         return GLNormalCubeMap::fsNumInstances_GLNormalCubeMap * 10 +

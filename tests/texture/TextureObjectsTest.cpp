@@ -12,29 +12,19 @@ namespace {
 constexpr GLuint kFirst = nthName(NameKind::Texture);
 const Calls kGenerated{call("glGenTextures", 1, kOut)};
 
-Calls bound(GLenum target, GLuint name) {
-    return {call("glBindTexture", target, name)};
-}
-
-Calls deleted(double name) {
-    return {call("glDeleteTextures", 1, Values{name})};
-}
-
-Calls image(GLenum target, int level, int width, int height, const void* pixels) {
-    return {
-        call("glTexImage2D", target, level, GL_RGBA8, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels)};
-}
-
-Calls copied(GLenum target, int width, int height) {
-    return {call("glCopyTexSubImage2D", target, 0, 0, 0, -3, 7, width, height)};
-}
-
-Calls mipmaps(GLenum target) {
-    return {call("glTexParameteri", target, 0x8191, 1)};
-}
-
 class Texture : public DoubleTest {
 protected:
+    static Calls bound(GLenum target, GLuint name) { return {call("glBindTexture", target, name)}; }
+    static Calls deleted(double name) { return {call("glDeleteTextures", 1, Values{name})}; }
+    static Calls mipmaps(GLenum target) { return {call("glTexParameteri", target, 0x8191, 1)}; }
+    static Calls image(GLenum target, int level, int width, int height, const void* pixels) {
+        return {call("glTexImage2D", target, level, GL_RGBA8, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                     pixels)};
+    }
+    static Calls copied(GLenum target, int width, int height) {
+        return {call("glCopyTexSubImage2D", target, 0, 0, 0, -3, 7, width, height)};
+    }
+
     /// All sides, +x first.
     template <typename Load>
     bool loadSides(Load load) {
