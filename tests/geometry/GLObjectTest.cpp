@@ -12,9 +12,7 @@ class Object : public DoubleTest {
 protected:
     Object() { IHWMemoryObject::fsMemoryUsage = 0; }
 
-    static std::string bind(int name, GLenum target = kArray) {
-        return call("glBindBufferARB", target, name);
-    }
+    static std::string bind(int name, GLenum at = kArray) { return call("glBindBufferARB", at, name); }
     static std::string upload(long size, const void* data, GLenum usage = GL_STATIC_DRAW_ARB) {
         return call("glBufferDataARB", kArray, size, data, usage);
     }
