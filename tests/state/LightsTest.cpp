@@ -108,6 +108,7 @@ TEST_F(Lights, letGoOfWhatTheyHold) {
     light->fSecondTexture = newTexture(1);
     light->allocateShadowMap(kRasterDepth16);
     EXPECT_EQ(light->fShadowMaps.at(0)->fRasterFormat, kRasterDepth16);
+    EXPECT_EQ(light->fShadowMaps[0]->refCount(), 1);
     light->fProjectors = {nullptr, new NotedCamera};
     made();
     light.reset();
