@@ -123,7 +123,9 @@ TEST_F(Drawing, drawsSubsetsAndExchangesTheSwitches) {
     route(GLRouting::kPosition, GeometryData::kPosition);
     const Calls head = {enable(GL_VERTEX_ARRAY), vertices(fPositions)};
     const Calls tail = {disable(GL_VERTEX_ARRAY)};
+    int row = 0;
     for (const auto& [visible, listed, indices, count, expected] : kCases) {
+        SCOPED_TRACE(row++);
         const bool isSubset = visible || listed;
         GLRouting::fsUseObjectsForData = isSubset; // but off meanwhile
         EXPECT_EQ(drawn(visible, listed, indices, count), head + expected + tail);
