@@ -91,11 +91,11 @@ TEST_F(Lights, letGoOfWhatTheyHold) {
     light->fShadowMaps.push_back(nullptr);
     light->addProjector(3);
     light->addProjector(2);
-    EXPECT_EQ(GLCamera::fsNumInstances_GLCamera, 2);
     EXPECT_TRUE(light->fProjectors.at(1)->fIsProjector);
     made();
     light->releaseLightResources();
     EXPECT_EQ(made(), gone(0));
+    EXPECT_EQ(GLCamera::fsNumInstances_GLCamera, 2);
     EXPECT_TRUE(light->fShadowMaps.empty());
     light->addProjector(0);
     EXPECT_EQ(GLCamera::fsNumInstances_GLCamera, 0);
