@@ -17,15 +17,12 @@ protected:
         DriverTest::TearDown();
     }
 
-    /// A group of the four corners of each cell, counter-clockwise, and of a record or a block.
+    /// A group of the four corners of each cell, counter-clockwise, and of a block of records.
     void makeGroup(uint32_t type, const std::vector<std::vector<uint32_t>>& indices) {
         fGroup.emplace();
         fGroup->addStream(GeometryData::kPosition, 2,
                           {0, 0, 1, 0, 1, 1, 0, 1, 1, 0, 2, 0, 2, 1, 1, 1, 2, 0, 3, 0, 3, 1, 2, 1});
-        if (indices.size() > 1)
-            fGroup->addIndexBlock(type, indices);
-        else
-            fGroup->addIndexRecord(type, indices[0]);
+        fGroup->addIndexBlock(type, indices);
     }
 
     /// The picture of the group: of each cell the lower right and the upper left, 1 where it is drawn.
