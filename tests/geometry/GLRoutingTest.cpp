@@ -47,12 +47,12 @@ protected:
 };
 
 TEST_F(Routing, setsAndClearsEachInterpolant) {
-    gl().fMaxVertexAttribs = 15;
     const GLRouting::DirectDataAssignment client = {4, GL_SHORT, 12, fData, nullptr};
     const GLRouting::DirectDataAssignment buffered = {4, GL_SHORT, 12, fData, &fObject};
-    // Generic attributes only where they are required. The last one GL doesn't have, and 26 nobody.
-    for (const uint32_t end : {11U, 25U}) {
-        GLRouting::requiresAttribInterpolants = end == 25;
+    // Generic attributes only where they are required, and as many as GL has.
+    for (const uint32_t end : {11U, 25U, 26U}) {
+        GLRouting::requiresAttribInterpolants = end > 11;
+        gl().fMaxVertexAttribs = end == 25 ? 15 : 16;
         for (uint32_t i = 0; i < 27; ++i) {
             const auto interpolant = GLRouting::GLInterpolant(i);
             fRouting.setupInterpolant(interpolant, client, false);
@@ -105,8 +105,10 @@ TEST_F(Routing, sendsStreamsFromClientMemory) {
     const void* flat = fGroup.addStream(GeometryData::DataType(14), 3, {0, 1, 0}).fData;
     route(GLRouting::kPosition, GeometryData::kPosition);
     route(GLRouting::kNormal, GeometryData::kNormal);
-    route(GLRouting::kColor, GeometryData::kTexCoord, 2); // there are only two
-    route(5, GeometryData::kTexCoord, 1);
+    route(GLRouting::kColor, GeometryData::kTexCoord);
+    route(5, GeometryData::kTexCoord);
+    fRouting.fSlots[GLRouting::kColor].fIndex = 2; // there are only two
+    fRouting.fSlots[5].fIndex = 1;
     const std::string texCoords = call("glTexCoordPointer", 2, GL_FLOAT, 0, second);
     const Calls head = {enable(GL_VERTEX_ARRAY), vertices(position), enable(GL_NORMAL_ARRAY)};
     const Calls tail = {unit(2), enable(GL_TEXTURE_COORD_ARRAY), texCoords};

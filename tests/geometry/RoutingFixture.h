@@ -25,9 +25,10 @@ protected:
     static std::string vertices(const void* data) { return call("glVertexPointer", 3, GL_FLOAT, 0, data); }
     static std::string normals(const void* data) { return call("glNormalPointer", GL_FLOAT, 0, data); }
 
-    /// Routes a slot to the stream number `index` of a type.
-    void route(uint32_t slot, GeometryData::DataType type, int index = 0) {
-        fRouting.fSlots[slot] = {GLRouting::kFromGeometry, {}, type, index};
+    /// Routes a slot to the first stream of a type.
+    void route(uint32_t slot, GeometryData::DataType type) {
+        fRouting.fSlots[slot].fMode = GLRouting::kFromGeometry;
+        fRouting.fSlots[slot].fDataType = type;
     }
 
     GLRouting fRouting;

@@ -86,6 +86,7 @@ TEST_F(Manager, makesEachMapOnceAndEndsAllInTheirOrder) {
         EXPECT_TRUE(manager->textureCache());
     }
     EXPECT_EQ(manager->normalizationCubeMap()->fRasterFormat, kRasterRGB8);
+    EXPECT_EQ(manager->normalizationCubeMap()->fEdgeSize, 0U) << "uploaded without its class";
     Calls calls = made();
     for (std::string& text : calls) {
         if (text.starts_with("glTexImage"))

@@ -171,6 +171,7 @@ TEST_F(Texture, hasItsMipmapsMadeByGLUWhereGLMakesNone) {
     replacedSymbols() = {{"gluBuild2DMipmaps", reinterpret_cast<void*>(+build)}};
     GLTexture2D texture(kRasterIntensity8, false);
     GLTextureCubeMap cube(kRasterRGBA8);
+    EXPECT_TRUE(texture.bind() && cube.bind());
     EXPECT_TRUE(texture.GLloadImageMipmap(fPixels, 8, 2) && loadMipmaps(cube));
     Calls expected = {call("build", GL_TEXTURE_2D, GL_INTENSITY8, 8, 2, GL_LUMINANCE, GL_UNSIGNED_BYTE,
                            static_cast<const void*>(fPixels))};
