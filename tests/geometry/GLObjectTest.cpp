@@ -75,9 +75,15 @@ TEST_F(Object, isMadeFilledMappedAndDeleted) {
 
 TEST_F(Object, translatesItsEnumerations) {
     using testing::ElementsAre;
-    EXPECT_THAT(GLObject::fsUsageInternal,
-                ElementsAre(0x88E0, 0x88E1, 0x88E2, 0x88E4, 0x88E5, 0x88E6, 0x88E8, 0x88E9, 0x88EA));
-    EXPECT_THAT(GLObject::fsAccessInternal, ElementsAre(0x88B8, 0x88B9, 0x88BA));
+    std::vector<GLenum> constants;
+    for (auto usage : {GLObject::kStreamDraw, GLObject::kStreamRead, GLObject::kStreamCopy,
+                       GLObject::kStaticDraw, GLObject::kStaticRead, GLObject::kStaticCopy,
+                       GLObject::kDynamicDraw, GLObject::kDynamicRead, GLObject::kDynamicCopy})
+        constants.push_back(GLObject::fsUsageInternal[usage]);
+    for (auto access : {GLObject::kReadOnly, GLObject::kWriteOnly, GLObject::kReadWrite})
+        constants.push_back(GLObject::fsAccessInternal[access]);
+    EXPECT_THAT(constants, ElementsAre(0x88E0, 0x88E1, 0x88E2, 0x88E4, 0x88E5, 0x88E6, 0x88E8, 0x88E9, 0x88EA,
+                                       0x88B8, 0x88B9, 0x88BA));
     EXPECT_THAT(GLObject::fsDataTypeInternal, ElementsAre(0x8892, 0x8893));
     GLObject object;
     EXPECT_EQ(object.fAccess, 0U);

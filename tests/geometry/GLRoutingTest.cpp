@@ -166,21 +166,21 @@ TEST_F(Routing, undoesItsArraysInOrder) {
     assign(GLRouting::kPosition, &nameless);
     assign(GLRouting::kColor);
     assign(GLRouting::kNormal, &fObject);
-    assign(4, &second);
+    assign(GLRouting::kTexCoord7, &second);
     boundGLObjects[20] = &fObject;
     EXPECT_EQ(set(true), (Calls{generate(), point(0, fData), bind(0), point(1, nullptr), point(2, fData),
-                                generate(), bind(1), point(4, nullptr)}));
+                                generate(), bind(1), point(10, nullptr)}));
     fRouting.fSlots[0].fMode = GLRouting::kUnused;
     EXPECT_EQ(unset(), (Calls{bind(0), disable(GL_NORMAL_ARRAY), unbind(), disable(GL_COLOR_ARRAY), bind(1),
-                              unit(1), disable(GL_TEXTURE_COORD_ARRAY), unbind(), unbindIndices(), unit(0)}));
+                              unit(7), disable(GL_TEXTURE_COORD_ARRAY), unbind(), unbindIndices(), unit(0)}));
     EXPECT_FALSE(fObject.fBound);
     EXPECT_THAT(boundGLObjects, testing::Each(nullptr)) << "also those of unused slots";
 
     // Neither buffer objects nor multitexture.
     gl().fExtSupported[kCapVertexBufferObject] = gl().fExtEnabled[kCapMultitexture] = false;
-    assign(4);
+    assign(GLRouting::kTexCoord7);
     fRouting.fSlots[1].fMode = fRouting.fSlots[2].fMode = GLRouting::kUnused;
-    EXPECT_EQ(set(), (Calls{enable(GL_TEXTURE_COORD_ARRAY), point(4, fData)}));
+    EXPECT_EQ(set(), (Calls{enable(GL_TEXTURE_COORD_ARRAY), point(10, fData)}));
     EXPECT_EQ(unset(), Calls{disable(GL_TEXTURE_COORD_ARRAY)});
 }
 
