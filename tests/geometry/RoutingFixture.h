@@ -6,42 +6,29 @@
 
 #include <orlohost/HWEnvironment.h>
 
-/// A routing on the recording GL, with the calls that its transcripts are made of.
+/// A routing on the recording GL, with the calls that its transcripts are made of. Buffers go by their
+/// number.
 class RoutingTest : public DoubleTest {
 protected:
     RoutingTest() { IHWMemoryObject::fsMemoryUsage = 0; }
+    ~RoutingTest() override { HWEnvironment::orlo_block_allocate_strips = false; }
 
-    static std::string bind(uint64_t buffer) { return call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, buffer); }
-    static std::string bindIndices(uint64_t buffer) {
-        return call("glBindBufferARB", GL_ELEMENT_ARRAY_BUFFER_ARB, buffer);
-    }
+    static std::string bind(int n) { return call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, 101 + n); }
+    static std::string unbind() { return call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0); }
+    static std::string bindIndices(int n) { return call("glBindBufferARB", 0x8893, 101 + n); }
+    static std::string unbindIndices() { return call("glBindBufferARB", 0x8893, 0); }
     static std::string generate() { return call("glGenBuffersARB", 1, kOut); }
-    static std::string remove(uint64_t buffer) {
-        return call("glDeleteBuffersARB", 1, Values{static_cast<double>(buffer)});
-    }
+    static std::string remove(int n) { return call("glDeleteBuffersARB", 1, Values{101.0 + n}); }
     static std::string enable(GLenum array) { return call("glEnableClientState", array); }
     static std::string disable(GLenum array) { return call("glDisableClientState", array); }
-    static std::string unit(int number) { return call("glClientActiveTexture", GL_TEXTURE0 + number); }
-    static std::string vertices(int count, const void* pointer) {
-        return call("glVertexPointer", count, GL_FLOAT, 0, pointer);
-    }
-    static std::string normals(const void* pointer) { return call("glNormalPointer", GL_FLOAT, 0, pointer); }
-    static std::string texCoords(const void* pointer) {
-        return call("glTexCoordPointer", 2, GL_FLOAT, 0, pointer);
-    }
-    static uint64_t buffer(int n) { return nthName(NameKind::Buffer, n); }
+    static std::string unit(uint32_t n) { return call("glClientActiveTexture", GL_TEXTURE0 + n); }
+    static std::string vertices(const void* data) { return call("glVertexPointer", 3, GL_FLOAT, 0, data); }
+    static std::string normals(const void* data) { return call("glNormalPointer", GL_FLOAT, 0, data); }
 
     /// Routes a slot to the first stream of a type.
-    void route(GLRouting::GLInterpolant slot, GeometryData::DataType type, int index = 0) {
+    void route(uint32_t slot, GeometryData::DataType type) {
         fRouting.fSlots[slot].fMode = GLRouting::kFromGeometry;
         fRouting.fSlots[slot].fDataType = type;
-        fRouting.fSlots[slot].fIndex = index;
-    }
-
-    /// Routes a slot to memory or to a buffer object.
-    void assign(uint32_t slot, const void* data, GLObject* object = nullptr) {
-        fRouting.fSlots[slot].fMode = GLRouting::kDirect;
-        fRouting.fSlots[slot].fDirect = {2, GL_FLOAT, 0, data, object};
     }
 
     GLRouting fRouting;

@@ -15,90 +15,80 @@ TEST_F(TexUsage, sendsGLsConstantsAndLeavesOutWhatHasNone) {
                 ElementsAre(0x2600, 0x2601, 0x2601, 0x2703, 0x2700, 0x2702, 0x2701, 0x2703));
     EXPECT_THAT(GLTexUsage::fsTexGenModes,
                 ElementsAre(0, 0x2401, 0x2400, 0x2402, 0x8512, 0x8511, 0, 0, 0, 0));
-    const auto wrap = [](unsigned s, unsigned t) {
+    for (const auto& [s, t] : {std::pair(6U, 0U), {7U, 3U}, {4U, ~0U}})
         GLTexUsage::setWrapMode(0x806F, Usage::WrapMode(s), Usage::WrapMode(t));
-    };
-    const auto filter = [](unsigned min, unsigned mag) {
+    for (const auto& [min, mag] : {std::pair(7U, 4U), {8U, 1U}, {0U, 100'000'000U}})
         GLTexUsage::setMinMagFilter(0x806F, Usage::Filter(min), Usage::Filter(mag));
-    };
-    wrap(6, 0);
-    filter(7, 4);
-    wrap(7, 3);
-    wrap(4, ~0U);
-    filter(8, 1);
-    filter(0, 100'000'000);
     GLTexUsage::setBorderColor(0x806F, koColor::Color(0.25F, 0.5F, 0.75F, 1.0F));
     const auto set = [](GLenum name, GLint value) { return call("glTexParameteri", 0x806F, name, value); };
     EXPECT_EQ(made(),
-              (Calls{set(GL_TEXTURE_WRAP_S, 0x8743), set(GL_TEXTURE_WRAP_T, GL_CLAMP),
-                     set(GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR),
-                     set(GL_TEXTURE_MAG_FILTER, GL_NEAREST_MIPMAP_NEAREST), set(GL_TEXTURE_WRAP_T, GL_REPEAT),
-                     set(GL_TEXTURE_WRAP_S, GL_MIRRORED_REPEAT), set(GL_TEXTURE_MAG_FILTER, GL_LINEAR),
-                     set(GL_TEXTURE_MIN_FILTER, GL_NEAREST),
+              (Calls{set(GL_TEXTURE_WRAP_S, 0x8743), set(GL_TEXTURE_WRAP_T, 0x2900),
+                     set(GL_TEXTURE_WRAP_T, 0x2901), set(GL_TEXTURE_WRAP_S, 0x8370),
+                     set(GL_TEXTURE_MIN_FILTER, 0x2703), set(GL_TEXTURE_MAG_FILTER, 0x2700),
+                     set(GL_TEXTURE_MAG_FILTER, 0x2601), set(GL_TEXTURE_MIN_FILTER, 0x2600),
                      call("glTexParameterfv", 0x806F, GL_TEXTURE_BORDER_COLOR, Values{0.25, 0.5, 0.75, 1})}));
 }
 
 TEST_F(TexUsage, asksForTheLargestAnisotropyAtFirstAndNeverAgain) {
-    const auto sentTwice = [this](bool offeredFirst, bool offeredLater, bool enabledFirst) {
+    const auto sentTwice = [this](bool offeredFirst, bool enabledFirst) {
         GLTexUsage::fsMaxAnisotropy = -2.0F;
-        gl().fExtSupported[kCapTextureFilterAnisotropic] = offeredFirst;
-        GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, enabledFirst);
-        gl().fExtSupported[kCapTextureFilterAnisotropic] = offeredLater;
-        GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, true);
+        for (const bool first : {true, false}) {
+            gl().fExtSupported[kCapTextureFilterAnisotropic] = first == offeredFirst;
+            GLTexUsage::setFilterAnisotropic(GL_TEXTURE_2D, !first || enabledFirst);
+        }
         return made();
     };
     const std::string ask = call("glGetFloatv", 0x84FF, kOut);
     const auto set = [](double value) { return call("glTexParameterf", GL_TEXTURE_2D, 0x84FE, value); };
     EXPECT_EQ(GLTexUsage::fsMaxAnisotropy, -2.0F);
-    EXPECT_EQ(sentTwice(false, true, true), Calls{});
+    EXPECT_EQ(sentTwice(false, true), Calls{});
     EXPECT_EQ(GLTexUsage::fsMaxAnisotropy, -1.0F);
     script().values[0x84FF] = {8};
-    EXPECT_EQ(sentTwice(true, false, false), (Calls{ask, set(1), set(8)}));
+    EXPECT_EQ(sentTwice(true, false), (Calls{ask, set(1), set(8)}));
     script().values[0x84FF] = {0}; // nonsense: sent once, then left alone
-    EXPECT_EQ(sentTwice(true, true, true), (Calls{ask, set(0)}));
+    EXPECT_EQ(sentTwice(true, true), (Calls{ask, set(0)}));
 }
 
 TEST_F(TexUsage, generatesCoordinates) {
-    const auto generated = [](int i, GLint mode) {
-        return Calls{call("glEnable", GL_TEXTURE_GEN_S + i),
-                     call("glTexGeni", GL_S + i, GL_TEXTURE_GEN_MODE, mode)};
-    };
     const auto set = [](GLenum target, std::array<unsigned, 4> numbers) {
         Usage::GenMode modes[4];
         std::transform(numbers.begin(), numbers.end(), modes, [](unsigned n) { return Usage::GenMode(n); });
         GLTexUsage::setTexGenMode(target, modes);
         return made();
     };
-    const Calls cube{call("glEnable", 0x8513)};
-    const Calls other{call("glDisable", 0x8513)};
-    const Calls none{call("glDisable", GL_TEXTURE_GEN_S), call("glDisable", GL_TEXTURE_GEN_T),
-                     call("glDisable", GL_TEXTURE_GEN_R), call("glDisable", GL_TEXTURE_GEN_Q)};
-    EXPECT_EQ(set(GL_TEXTURE_2D, {}), other + none);
-    EXPECT_EQ(set(0x84F5, std::array{1U, 6U, 9U, 77U}), other + generated(0, GL_OBJECT_LINEAR));
-    EXPECT_EQ(set(0x8513, std::array{2U, 3U, 4U, 5U}),
-              cube + generated(1, GL_SPHERE_MAP) + generated(2, 0x8512) + generated(3, 0x8511));
+    const auto enable = [](GLenum what) { return call("glEnable", what); };
+    const auto disable = [](GLenum what) { return call("glDisable", what); };
+    const auto mode = [](GLenum name, GLint value) { return call("glTexGeni", name, 0x2500, value); };
+    EXPECT_EQ(set(GL_TEXTURE_2D, {}),
+              (Calls{disable(0x8513), disable(GL_TEXTURE_GEN_S), disable(GL_TEXTURE_GEN_T),
+                     disable(GL_TEXTURE_GEN_R), disable(GL_TEXTURE_GEN_Q)}));
+    EXPECT_EQ(set(0x84F5, {1U, 6U, 9U, 77U}),
+              (Calls{disable(0x8513), enable(GL_TEXTURE_GEN_S), mode(GL_S, 0x2401)}));
+    EXPECT_EQ(set(0x8513, {2U, 3U, 4U, 5U}),
+              (Calls{enable(0x8513), enable(GL_TEXTURE_GEN_T), mode(GL_T, 0x2402), enable(GL_TEXTURE_GEN_R),
+                     mode(GL_R, 0x8512), enable(GL_TEXTURE_GEN_Q), mode(GL_Q, 0x8511)}));
 }
 
 TEST_F(TexUsage, projects) {
     koLinear::ProjMatrix view;
     view[3][0] = 7.0;
     float frustum[] = {-1, 2, -3, 4, 5, 6};
-    const Calls toModelView{call("glMatrixMode", GL_MODELVIEW)};
-    const Calls toProjection{call("glMatrixMode", GL_PROJECTION)};
-    const Calls push{call("glPushMatrix")};
-    const Calls pop{call("glPopMatrix")};
-    Calls generated;
     const Values planes[] = {{0.5, 0, 0, 0}, {0, 0.5, 0, 0}, {0, 0, 0.5, 0}, {0.5, 0.5, 0.5, 1}};
+    Calls generated;
     for (int i = 0; i < 4; ++i)
         generated = generated + Calls{call("glTexGeni", GL_S + i, GL_TEXTURE_GEN_MODE, GL_EYE_LINEAR),
                                       call("glTexGenfv", GL_S + i, GL_EYE_PLANE, planes[i]),
                                       call("glEnable", GL_TEXTURE_GEN_S + i)};
+    const std::string toModelView = call("glMatrixMode", GL_MODELVIEW);
+    const std::string toProjection = call("glMatrixMode", GL_PROJECTION);
+    const std::string push = call("glPushMatrix");
+    const std::string pop = call("glPopMatrix");
+    const auto multiplied = call("glMultMatrixd", Values{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 7, 0, 0, 1});
     for (const auto& [type, function] : {std::pair(0, "glFrustum"), {1, "glOrtho"}, {9, "glOrtho"}}) {
         GLTexUsage::setTexGenMode(Usage::ProjType(type), view, frustum);
-        const Calls multiplied{call("glMultMatrixd", Values{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 7, 0, 0, 1})};
-        const Calls projected{call("glLoadIdentity"), call(function, -1, 2, -3, 4, 5, 6)};
-        EXPECT_EQ(made(), toModelView + push + multiplied + toProjection + push + projected + toModelView +
-                              generated + pop + toProjection + pop + toModelView);
+        EXPECT_EQ(made(), (Calls{toModelView, push, multiplied, toProjection, push, call("glLoadIdentity"),
+                                 call(function, -1, 2, -3, 4, 5, 6), toModelView} +
+                           generated + Calls{pop, toProjection, pop, toModelView}));
     }
 }
 
@@ -112,9 +102,9 @@ TEST_F(TexUsage, placesTextures) {
     const std::string fresh = call("glLoadIdentity");
     const std::string scaled = call("glScalef", 2, 0, 1);
     const std::string turned = call("glRotatef", 30, 0, 0, 1);
-    const auto expect = [&](const Calls& calls) {
-        EXPECT_EQ(made(), Calls{call("glMatrixMode", GL_TEXTURE)} + calls +
-                              Calls{call("glMatrixMode", GL_MODELVIEW)});
+    const auto expect = [&](Calls calls) {
+        calls.insert(calls.begin(), call("glMatrixMode", GL_TEXTURE));
+        EXPECT_EQ(made(), calls + Calls{call("glMatrixMode", GL_MODELVIEW)});
     };
     koLinear::ProjMatrix matrix;
     matrix[0][1] = 3.0;

@@ -5,8 +5,8 @@
 #include "texture/GLSpotLightMap.h"
 #include "texture/TextureManager.h"
 
-#include <cmath>
 #include <limits>
+#include <numeric>
 
 namespace {
 
@@ -15,35 +15,15 @@ using Texels = std::vector<int>;
 constexpr GLuint kFirst = nthName(NameKind::Texture);
 const Calls kGenerated{call("glGenTextures", 1, kOut)};
 
-Calls named(GLuint name, GLenum target) {
-    return kGenerated + Calls{call("glBindTexture", target, name)};
-}
-
-/// Enabled, linear, and clamped along these.
-Calls filtered(GLenum target, const std::vector<GLenum>& wraps) {
-    Calls calls{call("glEnable", target)};
-    for (const GLenum wrap : wraps)
-        calls.push_back(call("glTexParameterf", target, wrap, 0x812F));
-    return calls + Calls{call("glTexParameterf", target, GL_TEXTURE_MAG_FILTER, GL_LINEAR),
-                         call("glTexParameterf", target, GL_TEXTURE_MIN_FILTER, GL_LINEAR)};
-}
-
-/// The upload of an image, without its texels.
-Calls image(GLenum target, GLint store, const std::string& size, GLenum format, GLenum type = 5121) {
-    const char* function = target == GL_TEXTURE_1D ? "glTexImage1D" : "glTexImage2D";
-    return {call(function, target, 0, store, size, 0, format, type, std::string())};
-}
-
 class Manager : public DoubleTest {
 protected:
     Manager() {
         for (const char* name : {"glTexImage1D", "glTexImage2D"})
-            script().answers[name] = [this](const std::vector<Argument>& arguments) {
-                const bool flat = arguments.size() == 9;
-                const auto format = arguments[flat ? 6 : 5].integer();
-                auto count = arguments[3].integer() * (flat ? arguments[4].integer() : 1);
+            script().answers[name] = [this](const std::vector<Argument>& a) {
+                const auto format = a[a.size() - 3].integer();
+                auto count = a[3].integer() * (a.size() == 9 ? a[4].integer() : 1);
                 count *= format == GL_RGB ? 3 : format == GL_RGBA ? 4 : format == GL_HILO_NV ? 2 : 1;
-                const void* texels = arguments.back().pointer();
+                const void* texels = a.back().pointer();
                 for (long long i = 0; i < count; ++i)
                     fTexels.push_back(format == GL_HILO_NV ? static_cast<const uint16_t*>(texels)[i]
                                                            : static_cast<const uint8_t*>(texels)[i]);
@@ -52,186 +32,161 @@ protected:
     }
     ~Manager() override { theArraysFail = false; }
 
-    static Calls madeWithoutTexels() {
-        Calls calls = made();
-        for (std::string& text : calls) {
-            if (text.starts_with("glTexImage"))
-                text.replace(text.rfind("0x"), std::string::npos, ")");
-        }
-        return calls;
+    static Calls bound(GLuint n, GLenum target) { return {call("glBindTexture", target, kFirst + n)}; }
+    static Calls named(GLuint n, GLenum target) { return kGenerated + bound(n, target); }
+    /// Enabled, linear, clamped.
+    static Calls filtered(GLenum target) {
+        const auto set = [=](GLenum name, int value) { return call("glTexParameterf", target, name, value); };
+        const Calls first = {call("glEnable", target), set(GL_TEXTURE_WRAP_S, 0x812F)};
+        const Calls second = target == GL_TEXTURE_2D ? Calls{set(GL_TEXTURE_WRAP_T, 0x812F)} : Calls{};
+        return first + second + Calls{set(GL_TEXTURE_MAG_FILTER, 0x2601), set(GL_TEXTURE_MIN_FILTER, 0x2601)};
     }
 
-    /// All images that `make` uploads, one after the other.
-    template <typename Make>
-    Texels texelsOf(Make make) {
-        fTexels.clear();
-        make();
-        return fTexels;
+    /// The upload of an image, without its texels.
+    static Calls image(GLenum target, GLint store, const std::string& size, GLenum format,
+                       GLenum type = 5121) {
+        const char* function = target == GL_TEXTURE_1D ? "glTexImage1D" : "glTexImage2D";
+        return {call(function, target, 0, store, size, 0, format, type, std::string())};
     }
 
-    /// The value of each texel, row by row, in so many channels.
-    template <typename Value>
-    static Texels grid(int width, int height, int channels, Value value) {
-        Texels texels;
-        for (int j = 0; j < height; ++j) {
-            for (int i = 0; i < width; ++i)
-                texels.insert(texels.end(), static_cast<size_t>(channels), value(i, j));
-        }
-        return texels;
-    }
+    /// Of all images that were uploaded since the last call, one after the other.
+    Texels texels() { return std::exchange(fTexels, {}); }
 
     Texels fTexels;
 };
 
-TEST_F(Manager, asksForTheLimits) {
-    const TextureManager first;
-    EXPECT_EQ(first.fMaxTextureSize, 4096);
-    EXPECT_EQ(first.fMaxCubeMapSize, 0);
-    gl().fExtSupported[kCapTextureCubeMap] = gl().fExtEnabled[kCapTextureCubeMap] = true;
-    EXPECT_EQ(TextureManager().fMaxCubeMapSize, 2048);
-    const std::string size = call("glGetIntegerv", GL_MAX_TEXTURE_SIZE, kOut);
-    EXPECT_EQ(made(), (Calls{size, size, call("glGetIntegerv", GL_MAX_CUBE_MAP_TEXTURE_SIZE, kOut)}));
-}
-
 TEST_F(Manager, makesEachMapOnceAndEndsAllInTheirOrder) {
+    const std::string size = call("glGetIntegerv", GL_MAX_TEXTURE_SIZE, kOut);
+    EXPECT_EQ(TextureManager().fMaxCubeMapSize, 0);
+    EXPECT_EQ(made(), Calls{size});
     auto* startup = new GLStartupContext(WindowWrapper(nullptr, 0, fakeDisplay()), nullptr);
     startup->ref();
     GLStartupContext::fpGlobalGLStartupContext = startup;
     ASSERT_TRUE(startup->valid);
-    auto owner = std::make_unique<TextureManager>();
-    EXPECT_EQ(GLTextureManager, owner.get());
-    TextureManager& manager = *owner;
-    clearRecorded();
-    const auto expectOnce = [&](auto get, const Calls& expected) {
-        const auto first = get();
-        EXPECT_TRUE(first);
-        EXPECT_EQ(madeWithoutTexels(), expected);
-        EXPECT_EQ(get(), first);
-        EXPECT_EQ(made(), Calls{});
+    gl().fExtSupported[kCapTextureCubeMap] = gl().fExtEnabled[kCapTextureCubeMap] = true;
+    made();
+    auto manager = std::make_unique<TextureManager>();
+    EXPECT_EQ(made(), (Calls{size, call("glGetIntegerv", GL_MAX_CUBE_MAP_TEXTURE_SIZE, kOut)}));
+    EXPECT_EQ(manager->fMaxTextureSize, 4096);
+    EXPECT_EQ(manager->fMaxCubeMapSize, 2048);
+    EXPECT_EQ(GLTextureManager, manager.get());
+
+    for (const bool first : {true, false}) { // whatever is asked for later
+        EXPECT_EQ(manager->nhkMapId(first ? 8 : 32, 1, 64), kFirst);
+        EXPECT_EQ(manager->normalizeExponentiateMapId(4, first ? 2 : 64, first ? 3.0F : 7.9F), kFirst + 1);
+        EXPECT_EQ(manager->normalizeExponentiateMapId(4, 4, first ? 600.0F : -2.0F), kFirst + 2);
+        EXPECT_EQ(manager->atten1DMapId(), kFirst + 3);
+        EXPECT_EQ(manager->rampTextureMap(), kFirst + 4);
+        EXPECT_EQ(manager->spotProjTextureMask(), kFirst + 5);
+        EXPECT_EQ(manager->shadowProjTextureMask(), kFirst + 6);
+        EXPECT_EQ(manager->normalizationCubeMap()->textureName(), kFirst + 7);
+        EXPECT_EQ(manager->normalizationHILOCubeMap()->textureName(), kFirst + 8);
+        EXPECT_EQ(manager->attenDistanceMap()->textureName(), kFirst + 9);
+        EXPECT_EQ(manager->attenExponentMap()->textureName(), kFirst + 10);
+        EXPECT_TRUE(manager->textureCache());
+    }
+    EXPECT_EQ(manager->normalizationCubeMap()->fRasterFormat, kRasterRGB8);
+    EXPECT_EQ(manager->normalizationCubeMap()->fEdgeSize, 0U) << "uploaded without its class";
+    Calls calls = made();
+    for (std::string& text : calls) {
+        if (text.starts_with("glTexImage"))
+            text.replace(text.rfind("0x"), std::string::npos, ")");
+    }
+    const auto luminance = [](GLuint n, const std::string& texels) {
+        return named(n, GL_TEXTURE_2D) + filtered(GL_TEXTURE_2D) +
+               image(GL_TEXTURE_2D, GL_LUMINANCE8, texels, GL_LUMINANCE);
     };
-    const auto made2D = [](int n, const std::string& size) {
-        return named(kFirst + n, GL_TEXTURE_2D) +
-               filtered(GL_TEXTURE_2D, {GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T}) +
-               image(GL_TEXTURE_2D, GL_LUMINANCE8, size, GL_LUMINANCE);
-    };
-    expectOnce([&] { return manager.nhkMapId(8, 1, 64); }, made2D(0, "8, 8"));
-    EXPECT_EQ(manager.nhkMapId(32, 2, 4), kFirst) << "whatever is asked for";
-    expectOnce([&] { return manager.normalizeExponentiateMapId(4, 2, 3.0F); }, made2D(1, "4, 2"));
-    EXPECT_EQ(manager.normalizeExponentiateMapId(64, 64, 7.9F), kFirst + 1);
-    expectOnce([&] { return manager.normalizeExponentiateMapId(4, 4, 600.0F); }, made2D(2, "4, 4"));
-    EXPECT_EQ(manager.normalizeExponentiateMapId(4, 4, -2.0F), kFirst + 2);
-    expectOnce([&] { return manager.atten1DMapId(); },
-               named(kFirst + 3, GL_TEXTURE_1D) + filtered(GL_TEXTURE_1D, {GL_TEXTURE_WRAP_S}) +
-                   image(GL_TEXTURE_1D, GL_LUMINANCE8, "512", GL_LUMINANCE));
-    expectOnce([&] { return manager.rampTextureMap(); },
-               named(kFirst + 4, GL_TEXTURE_1D) + image(GL_TEXTURE_1D, GL_INTENSITY8, "256", GL_LUMINANCE));
-    const Calls mask = image(GL_TEXTURE_1D, GL_ALPHA, "2", GL_ALPHA);
-    expectOnce([&] { return manager.spotProjTextureMask(); }, named(kFirst + 5, GL_TEXTURE_1D) + mask);
-    expectOnce([&] { return manager.shadowProjTextureMask(); }, named(kFirst + 6, GL_TEXTURE_1D) + mask);
-    Calls rgb = named(kFirst + 7, 0x8513);
-    Calls hilo = named(kFirst + 8, 0x8513);
+    Calls rgb = named(7, 0x8513);
+    Calls hilo = named(8, 0x8513);
     for (GLenum side = 0x8515; side <= 0x851A; ++side) {
         rgb = rgb + image(side, 32849, "128, 128", GL_RGB);
         hilo = hilo + image(side, 34553, "128, 128", 34548, 5123);
     }
-    expectOnce([&] { return manager.normalizationCubeMap(); }, rgb);
-    expectOnce([&] { return manager.normalizationHILOCubeMap(); }, hilo);
-    EXPECT_EQ(manager.normalizationCubeMap()->fRasterFormat, kRasterRGB8);
+    const Calls mask = image(GL_TEXTURE_1D, GL_ALPHA, "2", GL_ALPHA);
     const Calls attenuation = image(GL_TEXTURE_2D, GL_RGBA8, "128, 128", GL_RGBA);
-    expectOnce([&] { return manager.attenDistanceMap(); },
-               kGenerated + named(kFirst + 9, GL_TEXTURE_2D) + attenuation +
-                   Calls{call("glBindTexture", GL_TEXTURE_2D, kFirst + 10)} + attenuation);
-    EXPECT_EQ(manager.attenDistanceMap()->textureName(), kFirst + 9);
-    EXPECT_EQ(manager.attenExponentMap()->textureName(), kFirst + 10);
-    expectOnce([&] { return manager.textureCache(); }, {});
-    manager.textureCache()->add(nullptr, 99);
-    EXPECT_EQ(GLNormalCubeMap::fsNumInstances_GLNormalCubeMap, 2);
-    EXPECT_EQ(GLAttenuationLightMap::fsNumInstances_GLAttenuationLightMap, 1);
-
-    owner.reset();
-    std::vector<std::string> ends;
+    EXPECT_EQ(calls,
+              (luminance(0, "8, 8") + luminance(1, "4, 2") + luminance(2, "4, 4") + named(3, GL_TEXTURE_1D) +
+               filtered(GL_TEXTURE_1D) + image(GL_TEXTURE_1D, GL_LUMINANCE8, "512", GL_LUMINANCE) +
+               named(4, GL_TEXTURE_1D) + image(GL_TEXTURE_1D, GL_INTENSITY8, "256", GL_LUMINANCE) +
+               named(5, GL_TEXTURE_1D) + mask + named(6, GL_TEXTURE_1D) + mask + rgb + hilo + kGenerated +
+               named(9, GL_TEXTURE_2D) + attenuation + bound(10, GL_TEXTURE_2D) + attenuation));
+    manager->textureCache()->add(nullptr, 99);
+    const auto instances = [] {
+        return GLNormalCubeMap::fsNumInstances_GLNormalCubeMap * 10 +
+               GLAttenuationLightMap::fsNumInstances_GLAttenuationLightMap;
+    };
+    EXPECT_EQ(instances(), 21);
+    manager.reset();
+    EXPECT_EQ(instances(), 0);
+    Calls ends;
     for (const std::string& text : made()) {
         if (text.starts_with("glDelete") || text.starts_with("glXDestroyContext"))
             ends.push_back(text.substr(0, text.find("0x")));
     }
-    std::vector<std::string> expected;
-    for (const GLuint place : {7, 7, 8, 8, 9, 10, 3, 0, 1, 2, 4, 5, 6, 98})
-        expected.push_back(call("glDeleteTextures", 1, Values{1.0 * (place + kFirst)}));
-    expected.push_back("glXDestroyContext(");
-    EXPECT_EQ(ends, expected) << "cube maps by both of their classes";
+    Calls expected;
+    for (const GLuint n : {7, 7, 8, 8, 9, 10, 3, 0, 1, 2, 4, 5, 6, 98})
+        expected.push_back(call("glDeleteTextures", 1, Values{1.0 * (n + kFirst)}));
+    EXPECT_EQ(ends, expected + Calls{"glXDestroyContext("}) << "cube maps by both of their classes";
     EXPECT_EQ(GLStartupContext::fpGlobalGLStartupContext, nullptr);
     EXPECT_NE(GLTextureManager, nullptr) << "points at what is gone";
-    EXPECT_EQ(GLNormalCubeMap::fsNumInstances_GLNormalCubeMap, 0);
-    EXPECT_EQ(GLAttenuationLightMap::fsNumInstances_GLAttenuationLightMap, 0);
-
     const GLSpotLightMap spot;
     EXPECT_EQ(spot.fRasterFormat, kRasterAlpha8);
     EXPECT_EQ(GLSpotLightMap::fsNumInstances_GLSpotLightMap, 1);
 }
 
-// By the formulas of docs/procedural-maps.md, in the precision that they name.
+// By the formulas of docs/procedural-maps.md.
 TEST_F(Manager, computesItsMapsToTheByte) {
-    const auto cut = [](float v) { return v < 1 ? static_cast<int>(v * 255) : 255; };
-    const auto ratio = [](int a, int b) { return static_cast<float>(a) / static_cast<float>(b); };
-    for (const auto& row : {std::array{64, 1, 128}, {32, 2, 4}, {3, 7, -7}, {2, 0, 0}, {1, 1, 2}}) {
-        const int n = row[0], lo = row[1], hi = row[2];
-        const auto value = [&](int i, int j) {
-            const double exponent = ratio(j * (hi - lo), n - 1) + static_cast<float>(lo);
-            return j == 0 ? 0 : cut(static_cast<float>(std::pow(double{ratio(i, n - 1)}, exponent)));
-        };
-        EXPECT_EQ(texelsOf([&] { generateNHKMap(n, lo, hi); }), grid(n, n, 1, value)) << n;
-    }
-    for (const auto& row : {std::array{64, 64, 30}, {16, 128, 3}, {5, 7, 200}, {4, 4, 0}, {4, 4, -2}}) {
-        const int w = row[0], h = row[1], p = row[2];
-        const auto value = [&](int i, int j) {
-            const auto v = static_cast<float>(std::pow(ratio(i, w) / std::sqrt(double{ratio(j, h)}), p));
-            return v >= 0 ? cut(v) : 0;
-        };
-        EXPECT_EQ(texelsOf([&] { generateNormalizeExponentiateMap(w, h, static_cast<float>(p)); }),
-                  grid(w, h, 1, value))
-            << p;
-    }
-    for (const int n : {1, 5, 128}) {
-        const auto place = [&](int k) { return ratio(2 * k + 1, n) - 1; };
-        const auto bell = [&](int k) { return static_cast<float>(std::exp(-std::pow(4.0 * place(k), 2))); };
-        Texels both = grid(n, n, 4, [&](int i, int j) {
-            const float square = place(i) * place(i) + place(j) * place(j);
-            return square > 1 ? 255 : static_cast<int>(square * 255);
-        });
-        const Texels exponent =
-            grid(n, n, 4, [&](int i, int j) { return static_cast<int>(255 * (1 - bell(i) * bell(j))); });
-        both.insert(both.end(), exponent.begin(), exponent.end());
-        EXPECT_EQ(texelsOf([&] { const GLAttenuationLightMap map(n); }), both) << n;
+    generateNHKMap(4, 1, 4);
+    EXPECT_EQ(texels(), (Texels{0, 0, 0, 0, 0, 28, 113, 255, 0, 9, 75, 255, 0, 3, 50, 255}));
+    generateNHKMap(3, 7, -7);
+    EXPECT_EQ(texels(), (Texels{0, 0, 0, 255, 255, 255, 255, 255, 255})) << "beyond 1";
+    generateNHKMap(1, 1, 2);
+    EXPECT_EQ(texels(), Texels{0}) << "0 / 0";
+    generateNormalizeExponentiateMap(4, 3, 3);
+    EXPECT_EQ(texels(), (Texels{0, 255, 255, 255, 0, 20, 165, 255, 0, 7, 58, 197}));
+    generateNormalizeExponentiateMap(4, 4, -2);
+    EXPECT_EQ(texels(), (Texels{0, 0, 0, 0, 255, 255, 255, 113, 255, 255, 255, 226, 255, 255, 255, 255}));
+    generateNormalizeExponentiateMap(2, 2, 0);
+    EXPECT_EQ(texels(), Texels(4, 255)) << "whatever to the power of 0";
 
-        Texels rgb;
-        Texels hilo;
-        for (int texel = 0; texel < 6 * n * n; ++texel) {
-            const float s = 2 * (static_cast<float>(texel % n) + 0.5F) / static_cast<float>(n) - 1;
-            const float t = 2 * (static_cast<float>(texel / n % n) + 0.5F) / static_cast<float>(n) - 1;
-            const float sides[6][3] = {{1, -t, -s}, {-1, -t, s}, {s, 1, t},
-                                       {s, -1, -t}, {s, -t, 1},  {-s, -t, -1}};
-            const float* v = sides[texel / n / n];
-            const float scale = 1 / std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
-            for (int k = 0; k < 3; ++k)
-                rgb.push_back(static_cast<int>((v[k] * scale + 1) / 2 * 255 + 0.5F));
-            for (int k = 0; k < 2; ++k)
-                hilo.push_back(static_cast<int>(v[k] * scale * 32767 + 32768));
-        }
-        EXPECT_EQ(texelsOf([&] { makeNormalizeVectorCubeMap(n, true); }), rgb) << n;
-        EXPECT_EQ(texelsOf([&] { makeNormalizeVectorCubeMap(n, false); }), hilo) << n;
-    }
+    const GLAttenuationLightMap map(4);
+    Texels attenuation; // by distance, then by exponent
+    for (const int value : {255, 159, 159, 255, 159, 31,  31,  159, 159, 31,  31,  159, 255, 159, 159, 255,
+                            255, 254, 254, 255, 254, 220, 220, 254, 254, 220, 220, 254, 255, 254, 254, 255})
+        attenuation.insert(attenuation.end(), 4, value);
+    EXPECT_EQ(texels(), attenuation);
+    // Every component is 0.41 or 0.82, either way.
+    makeNormalizeVectorCubeMap(2, true);
+    EXPECT_EQ(texels(), (Texels{232, 180, 180, 232, 180, 75,  232, 75,  180, 232, 75,  75,  23,  180, 75,
+                                23,  180, 180, 23,  75,  75,  23,  75,  180, 75,  232, 75,  180, 232, 75,
+                                75,  232, 180, 180, 232, 180, 75,  23,  180, 180, 23,  180, 75,  23,  75,
+                                180, 23,  75,  75,  180, 232, 180, 180, 232, 75,  75,  232, 180, 75,  232,
+                                180, 180, 23,  75,  180, 23,  180, 75,  23,  75,  75,  23}));
+    makeNormalizeVectorCubeMap(2, false);
+    EXPECT_EQ(texels(),
+              (Texels{59522, 46145, 59522, 46145, 59522, 19390, 59522, 19390, 6013,  46145, 6013,  46145,
+                      6013,  19390, 6013,  19390, 19390, 59522, 46145, 59522, 19390, 59522, 46145, 59522,
+                      19390, 6013,  46145, 6013,  19390, 6013,  46145, 6013,  19390, 46145, 46145, 46145,
+                      19390, 19390, 46145, 19390, 46145, 46145, 19390, 46145, 46145, 19390, 19390, 19390}));
+
     TextureManager manager;
-    Texels line = grid(512, 1, 1, [&](int i, int) { return static_cast<int>((1.0 - ratio(i, 511)) * 256); });
-    line[0] = 255;
-    EXPECT_EQ(texelsOf([&] { manager.atten1DMapId(); }), line);
-    EXPECT_EQ(texelsOf([&] { manager.rampTextureMap(); }), grid(256, 1, 1, [](int i, int) { return i; }));
-    EXPECT_EQ(texelsOf([&] { manager.spotProjTextureMask(), manager.shadowProjTextureMask(); }),
-              (Texels{0, 255, 255, 0}));
+    Texels line{255};
+    for (int i = 1; i < 512; ++i)
+        line.push_back((511 - i) * 256 / 511);
+    manager.atten1DMapId();
+    EXPECT_EQ(texels(), line);
+    Texels ramp(256);
+    std::iota(ramp.begin(), ramp.end(), 0);
+    manager.rampTextureMap();
+    EXPECT_EQ(texels(), ramp);
+    manager.spotProjTextureMask();
+    manager.shadowProjTextureMask();
+    EXPECT_EQ(texels(), (Texels{0, 255, 255, 0}));
 }
 
 TEST_F(Manager, withoutMemorySizeOrNameMakesNothingAndAsksAgain) {
     TextureManager manager;
-    clearRecorded();
+    made();
     const auto makeAll = [&](int size) {
         makeNormalizeVectorCubeMap(size, true);
         makeNormalizeVectorCubeMap(size, false);
@@ -251,7 +206,7 @@ TEST_F(Manager, withoutMemorySizeOrNameMakesNothingAndAsksAgain) {
     EXPECT_EQ(manager.atten1DMapId(), kFirst);
     EXPECT_EQ(manager.nhkMapId(2, 1, 2), kFirst + 1);
     EXPECT_EQ(manager.normalizeExponentiateMapId(2, 2, 2), kFirst + 2);
-    clearRecorded();
+    made();
     const GLAttenuationLightMap none(-1);
     EXPECT_EQ(made(), kGenerated + kGenerated) << "two textures without an image";
 }
