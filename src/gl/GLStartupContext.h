@@ -56,12 +56,12 @@ public:
     /// ends it.
     explicit GLStartupContext(const GLHostContext& host);
 
-    /// False when not valid, otherwise what glXMakeCurrent answers.
-    bool makeCurrent();
-
     /// Destroys context and window when valid, leaving no context current, and clears the global pointer even
     /// where the host stored another one there.
     ~GLStartupContext() override;
+
+    /// False when not valid, otherwise what glXMakeCurrent answers.
+    bool makeCurrent();
 
     /// Tells it from every other of the process, also from a later one at the same address. Never 0.
     uint64_t serial() const { return fSerial; }

@@ -15,6 +15,9 @@ public:
     /// one.
     GLTexture2D(RasterFormat format, bool rectangle);
 
+    /// Unbinds its target.
+    ~GLTexture2D() override;
+
     /// Binds to its target; false without a name.
     bool bind() override;
 
@@ -34,9 +37,6 @@ public:
     /// Copies width x height pixels at x, y of the current read buffer into level 0, which is made anew when
     /// it has another size. Always true.
     bool GLloadRenderedImage(int x, int y, int width, int height);
-
-    /// Unbinds its target.
-    ~GLTexture2D() override;
 
     static int32_t fsNumInstances_GLTexture2D;
 

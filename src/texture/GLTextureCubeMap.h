@@ -15,6 +15,7 @@ class ORLOGL_API GLTextureCubeMap : public IGLTexture {
 public:
     GLTextureCubeMap();
     explicit GLTextureCubeMap(RasterFormat format);
+    ~GLTextureCubeMap() override;
 
     /// False without a name.
     bool bind() override;
@@ -36,8 +37,6 @@ public:
     bool GLLoadImageMipMap(unsigned size, CubeMapSide side1, void* pixels1, CubeMapSide side2, void* pixels2,
                            CubeMapSide side3, void* pixels3, CubeMapSide side4, void* pixels4,
                            CubeMapSide side5, void* pixels5, CubeMapSide side6, void* pixels6);
-
-    ~GLTextureCubeMap() override;
 
     static int32_t fsNumInstances_GLTextureCubeMap;
 
