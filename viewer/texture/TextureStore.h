@@ -6,6 +6,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <orlohost/HWInterfaces.h>
@@ -16,7 +18,8 @@ namespace orloview {
 IHWTexUsage::WrapMode wrapModeOf(Wrap wrap);
 IHWTexUsage::Filter filterOf(Filter filter);
 
-/// The textures of a scene that somebody asked for: pictures that are used in one way are one texture.
+/// The textures of a scene that somebody asked for: pictures that are used in one way are one texture, under
+/// however many names a model lists them.
 ///
 /// Ask, then `begin`, which reads the pictures on threads, and `upload`, which waits for them. Needs a
 /// current context for all but asking. The scene has to stay as it is until it is uploaded.
@@ -69,10 +72,12 @@ private:
     };
 
     int imageOf(const TextureUse& use) const;
+    int firstAlike(int image);
     GLTexture2D* makeTexture(const Key& key, LoadedTexture& loaded);
     void warn(const Key& key, const std::string& what);
 
     const Scene& fScene;
+    std::map<std::pair<std::string_view, std::string_view>, int> fFirstAlike; ///< images by path and bytes
     int fLargestSide = 0;
     std::map<Key, std::vector<Taker>> fTakers; ///< who waits for which texture
     std::unique_ptr<TextureLoader> fLoader;    ///< of the keys in their order

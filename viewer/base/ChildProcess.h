@@ -39,8 +39,15 @@ using ChildWork = std::function<bool(int fileDescriptor)>;
 ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
                        const std::function<void()>& whileWaiting = {});
 
+/// Makes this process, a child, one of these: limited, silenced, without leave to write files, ended with its
+/// parent.
+void beLimited(const ChildLimits& limits);
+
 /// For the work of a child that finds out that there is more to do: allows it that much more, within the
 /// most.
 void raiseLimits(std::size_t memoryBytes, unsigned seconds);
+
+/// The other way round, and for good.
+void lowerMemoryLimit(std::size_t bytes);
 
 } // namespace orloview
