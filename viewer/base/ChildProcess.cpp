@@ -54,6 +54,8 @@ ChildLimits limitsOf(pid_t child) {
 
 [[noreturn]] void beChild(const ChildWork& work, const ChildLimits& limits, int output) {
     beLimited(limits);
+    ::close_range(STDERR_FILENO + 1, static_cast<unsigned>(output) - 1, 0); // nothing else is its own
+    ::close_range(static_cast<unsigned>(output) + 1, ~0U, 0);
     int code = kThrew;
     try {
         code = work(output) ? kDone : kFailed;
@@ -188,9 +190,9 @@ ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
 
 void beLimited(const ChildLimits& limits) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    const int nowhere = ::open("/dev/null", O_WRONLY);
-    ::dup2(nowhere, STDOUT_FILENO);
-    ::dup2(nowhere, STDERR_FILENO);
+    const Descriptor nowhere(::open("/dev/null", O_RDWR));
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        ::dup2(nowhere.number(), stream);
     limit(RLIMIT_CORE, 0, 0);
     limit(RLIMIT_FSIZE, 0, 0);
     ::signal(SIGXCPU, SIG_DFL);

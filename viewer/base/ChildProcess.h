@@ -32,10 +32,10 @@ struct ChildResult {
 /// It may throw std::bad_alloc; anything else that leaves it counts as a crash.
 using ChildWork = std::function<bool(int fileDescriptor)>;
 
-/// Runs the work in a forked process with these limits, its standard output and error silenced, and takes
-/// what it writes, calling `whileWaiting` about 20 times a second. It can write no files. The child ends with
-/// its parent. Not for a process that has started threads, or whose standard streams are closed: what is
-/// opened here would get their numbers.
+/// Runs the work in a forked process with these limits, its standard streams led nowhere and
+/// no other descriptor open, and takes what it writes, calling `whileWaiting` about 20 times a second. It can
+/// write no files. The child ends with its parent. Not for a process that has started threads, or whose
+/// standard streams are closed: what is opened here would get their numbers.
 ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
                        const std::function<void()>& whileWaiting = {});
 
