@@ -18,8 +18,7 @@ namespace orloview {
 IHWTexUsage::WrapMode wrapModeOf(Wrap wrap);
 IHWTexUsage::Filter filterOf(Filter filter);
 
-/// The textures of a scene that somebody asked for: pictures that are used in one way are one texture, under
-/// however many names a model lists them.
+/// The textures of a scene that somebody asked for: pictures that are used in one way are one texture.
 ///
 /// Ask, then `begin`, which reads the pictures on threads, and `upload`, which waits for them. Needs a
 /// current context for all but asking. The scene has to stay as it is until it is uploaded.
@@ -72,7 +71,10 @@ private:
     };
 
     int imageOf(const TextureUse& use) const;
+
+    /// A picture may have many names; it is read once.
     int firstAlike(int image);
+
     GLTexture2D* makeTexture(const Key& key, LoadedTexture& loaded);
     void warn(const Key& key, const std::string& what);
 
