@@ -11,6 +11,7 @@
 #include "options/CommandLine.h"
 #include "output/OutputFile.h"
 #include "session/GLSession.h"
+#include "texture/PictureSource.h"
 #include "window/ViewerWindow.h"
 
 #include <algorithm>
@@ -122,6 +123,8 @@ int run(int argc, const char* const* argv) {
     setPlace();
     if (options.glInfo)
         return showGLInfo(options);
+    if (!options.info)
+        PictureSource::startDecoders(options.limits);
     Progress progress(options.progress, stderr);
     const Loaded loaded = options.demo ? Loaded{Fountain().scene()} : loadModels(options, progress);
     if (options.info) {

@@ -1,9 +1,12 @@
-#include "texture/Texels.h"
+#include "texture/PictureSource.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <cmath>
+#include <cstdio>
+#include <fstream>
 #include <string>
 #include <string_view>
 
@@ -69,7 +72,7 @@ std::vector<std::uint8_t> fileOf(const std::string& kind) {
 
 std::string faultOf(const Image& image) {
     try {
-        const DecodedPicture picture(image);
+        PictureSource::open(image)->texels({}, 64);
         return "";
     } catch (const PictureError& error) {
         return error.what();
@@ -88,7 +91,11 @@ class PictureFile : public testing::TestWithParam<const char*> {};
 
 TEST_P(PictureFile, isDecodedWholeAndRefusedCut) {
     const std::vector<std::uint8_t> file = fileOf(GetParam());
-    const DecodedPicture picture(Image{"", "", file});
+    const PictureHeader header = readPictureHeader(file);
+    EXPECT_EQ(std::string_view(header.kind), GetParam() == std::string_view("ppm") ? "pnm" : GetParam());
+    EXPECT_EQ(header.width, kSide);
+    EXPECT_EQ(header.height, kSide);
+    const DecodedPicture picture(file);
     ASSERT_EQ(picture.width(), kSide);
     ASSERT_EQ(picture.height(), kSide);
     for (const int y : {0, kSide - 1}) {
@@ -115,6 +122,13 @@ TEST(PictureFiles, faultsAreNamed) {
     huge[18] = huge[22] = 0; // width and height of 60160
     huge[19] = huge[23] = 235;
     EXPECT_EQ(faultOf({"", "", huge}), "it has more than 16384 x 16384 pixels");
+    std::vector<std::uint8_t> hollow = fileOf("gif"); // 16384 pixels each way of nothing
+    hollow[6] = hollow[8] = 0;
+    hollow[7] = hollow[9] = 64;
+    EXPECT_EQ(faultOf({"", "", hollow}), "it is cut off");
+    const std::string_view program = "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>";
+    EXPECT_THAT(faultOf({"", "", {program.begin(), program.end()}}),
+                testing::HasSubstr("save it as one of these"));
 }
 
 TEST(Texels, halvesAreTheNearest) {
@@ -136,7 +150,7 @@ TEST(Texels, areLinearWithTheAlphaThatTheMaterialWants) {
                                 // blue, green, red, alpha
                                 10, 188, 255, 255, /**/ 10, 188, 255, 51, /**/ 0, 0, 0, 0, 10, 188, 255, 255,
                                 /**/ 10, 188, 255, 51, /**/ 255, 255, 255, 255};
-    const DecodedPicture picture(Image{"", "", {std::begin(tga), std::end(tga)}});
+    const DecodedPicture picture(tga);
     const std::array<float, 3> factor{0.5F, 2.0F, 1.0F};
     const auto expectTexel = [](const Texels& texels, size_t at, std::array<float, 4> wanted) {
         for (size_t channel = 0; channel < 4; ++channel)
@@ -161,6 +175,46 @@ TEST(Texels, areLinearWithTheAlphaThatTheMaterialWants) {
     expectTexel(kept, 1, {0.5F, 2.0F, 1.0F, 0.5F});
     expectTexel(makeTexels(picture, Encoding::Srgb, AlphaUse::Multiplied, factor, 2), 1,
                 {0.25F, 1.0F, 0.5F, 0.5F});
+}
+
+/// The last ones here: from now on pictures are decoded elsewhere.
+TEST(Decoders, giveWhatIsMadeHere) {
+    const std::string header = "P6\n7 400\n255\n";
+    std::vector<std::uint8_t> tall(header.begin(), header.end());
+    for (int i = 0; i < 7 * 400 * 3; ++i)
+        tall.push_back(static_cast<std::uint8_t>(i * i));
+    const std::string path = testing::TempDir() + "orloview-decoders.ppm";
+    std::ofstream(path).write(reinterpret_cast<const char*>(tall.data()),
+                              static_cast<std::streamsize>(tall.size()));
+    std::vector<std::vector<std::uint16_t>> made;
+    for (const bool elsewhere : {false, true}) {
+        if (elsewhere)
+            PictureSource::startDecoders({});
+        for (const Image& image : {Image{"", "", tall}, Image{"", path, {}}}) {
+            const auto picture = PictureSource::open(image);
+            EXPECT_EQ(picture->height(), 400);
+            for (const int side : {400, 150})
+                made.push_back(
+                    picture->texels({Encoding::Srgb, AlphaUse::Kept, {1.0F, 0.5F, 2.0F}}, side).halves);
+        }
+    }
+    for (size_t i = 0; i < 4; ++i)
+        EXPECT_EQ(made[i], made[i + 4]) << i;
+    EXPECT_EQ(faultOf({"", "/nowhere/at/all.png", {}}).find("there is no such file"), 0U);
+    EXPECT_EQ(faultOf({"", "", {'B', 'M'}}), "it is cut off");
+    std::remove(path.c_str());
+}
+
+TEST(Decoders, areLimited) {
+    std::string large = "P6\n6000 6000\n255\n";
+    large.resize(large.size() + size_t{6000} * 6000 * 3);
+    const Image image{"", "", {large.begin(), large.end()}};
+#ifndef ORLOGL_SANITIZED // which reserves terabytes of address space
+    PictureSource::startDecoders({size_t{200} << 20, {}});
+    EXPECT_THAT(faultOf(image), testing::HasSubstr("--limit-memory"));
+#endif
+    PictureSource::startDecoders({{}, 0U});
+    EXPECT_THAT(faultOf(image), testing::HasSubstr("--limit-time"));
 }
 
 } // namespace

@@ -13,13 +13,14 @@ Scene twoPicturesInFiveMaterials() {
                     {"bad.ppm", "", {'P', '6'}},
                     {"absent.ppm", "", {}}};
     scene.images[1].model = "m.gltf";
-    for (const int image : {0, 1, 2, -1}) {
+    scene.images.push_back(scene.images[0]); // the same under another name
+    scene.images[3].name = "again.ppm";
+    for (const int image : {0, 1, 2, -1, 3}) {
         Texture& texture = scene.textures.emplace_back();
         texture.image = image;
         Material& material = scene.materials.emplace_back();
         material.baseColorTexture.texture = static_cast<int>(scene.textures.size()) - 1;
     }
-    scene.materials.push_back(scene.materials[0]);
     scene.materials[4].emissive = koColor::Color(1.0F, 0.0F, 0.0F);
     return scene;
 }
@@ -54,6 +55,7 @@ TEST_F(SceneTexturesTest, endsWhilePicturesAreStillRead) {
     const std::string header = "P6 1000 1000 255\n";
     std::copy(header.begin(), header.end(), large.begin());
     for (int i = 0; i < 20; ++i) {
+        large.back() = static_cast<std::uint8_t>(i); // of its own
         scene.images.push_back({"", "", large});
         scene.textures.push_back({"", i});
         scene.materials.emplace_back().baseColorTexture.texture = i;

@@ -174,7 +174,7 @@ class Textures(ViewerProgram):
 
     def test_a_picture_that_cannot_be_read_is_told_once_and_left_out(self):
         good = png([[GREEN] * 8] * 8)
-        for broken, word in ((b"", "empty"), (b"no picture", "format"), (good[: len(good) // 2], "cut off"), (good[:45] + b"\xff\xff" + good[47:], "0.png")):
+        for broken, word in ((b"", "empty"), (b"no picture", "one of these"), (good[: len(good) // 2], "cut off"), (good[:45] + b"\xff\xff" + good[47:], "0.png")):
             model = self.write("m.gltf", textured([{"material": i, "at": WHOLE, "z": i} for i in range(2)], [unlit(factor=(0, 0, 1, 1)), unlit(factor=(1, 0, 0, 1))], ["0.png"]))
             self.write("0.png", broken)
             result = self.run_viewer(model, "--camera", "0", "--size", "16x16", "-o", self.path("out.png"))

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <system_error>
 
@@ -12,28 +12,35 @@ namespace orloview {
 
 namespace fs = std::filesystem;
 
-std::vector<std::uint8_t> readFile(const fs::path& path) {
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (status.type() == fs::file_type::not_found)
+Descriptor openFile(const fs::path& path) {
+    struct stat status {};
+    const bool isThere = ::stat(path.c_str(), &status) == 0;
+    if (!isThere && (errno == ENOENT || errno == ENOTDIR))
         throw ImportError("there is no such file; check the name");
-    if (error)
-        throw ImportError("the file can't be read: " + error.message() + "; check its name and permissions");
-    if (status.type() == fs::file_type::directory)
+    if (isThere && S_ISDIR(status.st_mode))
         throw ImportError("this is a directory; name a file in it");
-    if (status.type() != fs::file_type::regular)
+    if (isThere && !S_ISREG(status.st_mode))
         throw ImportError("this is a device or a pipe; save it to a file first");
-
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
+    Descriptor file(isThere ? ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC) : -1);
+    if (file.number() < 0)
         throw ImportError("the file can't be read: " + std::generic_category().message(errno) +
-                          "; check its permissions");
-    std::vector<std::uint8_t> bytes(fs::file_size(path));
-    if (bytes.empty())
+                          "; check its name and permissions");
+    return file;
+}
+
+std::vector<std::uint8_t> readFile(const fs::path& path) {
+    const Descriptor file = openFile(path);
+    const off_t size = ::lseek(file.number(), 0, SEEK_END);
+    if (size == 0)
         throw ImportError("the file is empty; export the model again");
-    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    if (!file)
-        throw ImportError("reading the file failed half-way; check the disk");
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::max<off_t>(size, 0)));
+    for (std::size_t got = 0; got < bytes.size();) {
+        const ssize_t count =
+            ::pread(file.number(), bytes.data() + got, bytes.size() - got, static_cast<off_t>(got));
+        if (count == 0 || (count < 0 && errno != EINTR))
+            throw ImportError("reading the file failed half-way; check the disk");
+        got += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
     return bytes;
 }
 

@@ -5,10 +5,15 @@
 #include <filesystem>
 #include <vector>
 
+#include "base/Descriptor.h"
+
 namespace orloview {
 
-/// The whole of a regular file. Throws an ImportError that says why there is nothing to read: no such file, a
-/// directory or device, no permission, empty.
+/// Opens a regular file to read it. Throws an ImportError that says why not: no such file, a directory,
+/// device or pipe, no permission.
+Descriptor openFile(const std::filesystem::path& path);
+
+/// The whole of a regular file. Throws an ImportError as openFile does, and where it is empty.
 std::vector<std::uint8_t> readFile(const std::filesystem::path& path);
 
 /// What a file takes on the disk, or its length where that is less: the holes of a sparse one don't count. 0

@@ -11,7 +11,7 @@
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
 #include "import/Allowance.h"
-#include "import/ChildProcess.h"
+#include "base/ChildProcess.h"
 
 namespace orloview {
 

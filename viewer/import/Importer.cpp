@@ -14,7 +14,7 @@
 #include "base/ImportError.h"
 #include "base/Text.h"
 #include "import/Allowance.h"
-#include "import/ChildProcess.h"
+#include "base/ChildProcess.h"
 #include "import/ModelReader.h"
 #include "import/SceneStream.h"
 #include "import/SharedFraction.h"

@@ -200,10 +200,11 @@ void Switches::addFiles() {
             "Model files: glTF 2.0 (.gltf, .glb), OBJ, PLY, STL and others; tables of points (.csv, .txt)")
         ->type_name("MODEL...");
     word("--limit-memory", "N(M|G)",
-         "What reading one model may take: 2G, or in proportion to a large file, unless given",
+         "What reading one model or picture may take: 2G, or in proportion to a large file, unless given",
          [this](const std::string& text) { fOptions.limits.memoryBytes = parseMemory(text); });
     word("--limit-time", "SECONDS",
-         "How long reading one model may compute: 30, or in proportion to a large file, unless given",
+         "How long reading one model or picture may compute: 30, or in proportion to a large file, unless "
+         "given",
          [this](const std::string& text) {
              fOptions.limits.seconds = static_cast<unsigned>(parseCount("--limit-time", text, 1, 1000000));
          });

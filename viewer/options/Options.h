@@ -22,7 +22,7 @@ namespace orloview {
 struct Options {
     std::vector<std::string> models;
 
-    /// Of reading each of them.
+    /// Of reading each of them, and each of their pictures.
     ImportLimits limits;
 
     /// The picture's file; "-" is standard output. Empty: show the model in a window.

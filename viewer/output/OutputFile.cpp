@@ -74,8 +74,7 @@ template <typename Attempt>
 std::string underFreeName(const fs::path& folder, Attempt&& attempt) {
     constexpr int kMostNames = 1000;
     for (int number = 0; number < kMostNames; ++number) {
-        const std::string name =
-            folder / (".orloview-" + std::to_string(getpid()) + "-" + std::to_string(number));
+        std::string name = folder / (".orloview-" + std::to_string(getpid()) + "-" + std::to_string(number));
         if (attempt(name.c_str()))
             return name;
         if (errno != EEXIST)

@@ -1,11 +1,7 @@
 #include "texture/PictureDecoder.h"
 
-#include "base/FileBytes.h"
-#include "base/ImportError.h"
-
 #include <algorithm>
 #include <string_view>
-#include <vector>
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
@@ -20,7 +16,7 @@ struct Watch {
 };
 
 void onSize(GdkPixbufLoader*, int width, int height, void* data) {
-    static_cast<Watch*>(data)->tooLarge = static_cast<double>(width) * height > DecodedPicture::kMostPixels;
+    static_cast<Watch*>(data)->tooLarge = static_cast<double>(width) * height > PictureHeader::kMostPixels;
 }
 
 void onRows(GdkPixbufLoader*, int, int, int, int height, void* data) {
@@ -53,7 +49,7 @@ bool endsEarly(std::string_view file) {
 }
 
 /// Feeds the loader piece by piece, so that it can be stopped when the picture's size is known.
-void feed(GdkPixbufLoader* loader, const std::vector<std::uint8_t>& file, const Watch& watch) {
+void feed(GdkPixbufLoader* loader, std::span<const std::uint8_t> file, const Watch& watch) {
     constexpr size_t kPiece = 65536;
     GError* error = nullptr;
     for (size_t at = 0; at < file.size() && !error && !watch.tooLarge; at += kPiece)
@@ -68,12 +64,15 @@ void feed(GdkPixbufLoader* loader, const std::vector<std::uint8_t>& file, const 
         fail(error);
 }
 
-std::shared_ptr<GdkPixbuf> decode(const std::vector<std::uint8_t>& file) {
-    if (file.empty())
-        throw PictureError("it is empty");
+std::shared_ptr<GdkPixbuf> decode(std::span<const std::uint8_t> file) {
+    const PictureHeader header = readPictureHeader(file);
     if (endsEarly({reinterpret_cast<const char*>(file.data()), file.size()}))
         throw PictureError("it is cut off");
-    const std::unique_ptr<GdkPixbufLoader, void (*)(void*)> loader(gdk_pixbuf_loader_new(), g_object_unref);
+    GError* error = nullptr;
+    const std::unique_ptr<GdkPixbufLoader, void (*)(void*)> loader(
+        gdk_pixbuf_loader_new_with_type(header.kind, &error), g_object_unref);
+    if (error)
+        fail(error);
     Watch watch;
     g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(onSize), &watch);
     g_signal_connect(loader.get(), "area-updated", G_CALLBACK(onRows), &watch);
@@ -84,20 +83,10 @@ std::shared_ptr<GdkPixbuf> decode(const std::vector<std::uint8_t>& file) {
     return {GDK_PIXBUF(g_object_ref(pixbuf)), g_object_unref};
 }
 
-std::shared_ptr<GdkPixbuf> decode(const Image& image) {
-    if (image.path.empty())
-        return decode(image.bytes);
-    try {
-        return decode(readFile(image.path));
-    } catch (const ImportError& error) {
-        throw PictureError(error.what());
-    }
-}
-
 } // namespace
 
-DecodedPicture::DecodedPicture(const Image& image) {
-    const std::shared_ptr<GdkPixbuf> pixbuf = decode(image);
+DecodedPicture::DecodedPicture(std::span<const std::uint8_t> file) {
+    const std::shared_ptr<GdkPixbuf> pixbuf = decode(file);
     fOwner = pixbuf;
     fPixels = gdk_pixbuf_read_pixels(pixbuf.get());
     fStride = static_cast<size_t>(gdk_pixbuf_get_rowstride(pixbuf.get()));

@@ -1,31 +1,29 @@
 #pragma once
 
-#include "scene/Scene.h"
+#include "texture/PictureHeader.h"
 
 #include <cstdint>
 #include <memory>
-#include <stdexcept>
+#include <span>
 
 namespace orloview {
-
-/// Why a picture can't be shown, in words for the one who made the model.
-class PictureError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 /// A picture, decoded: rows of bytes from the top down, red green blue or red green blue alpha, alpha not
 /// multiplied in. Values are the file's own: no gamma, no colour profile, no turning by a camera's note is
 /// applied, because a model's author looked at the bare values.
 class DecodedPicture {
 public:
-    /// Reads and decodes a picture of any kind that gdk-pixbuf knows. Needs no GL; several threads may decode
-    /// at once. Throws PictureError where the file can't be read, is no picture, is cut off, or claims more
-    /// than kMostPixels.
-    explicit DecodedPicture(const Image& image);
+    /// Decodes a file of a kind that readPictureHeader knows. Needs no GL; several threads may decode at
+    /// once. Throws PictureError where it is no picture, is cut off, or is larger than a picture may be.
+    explicit DecodedPicture(std::span<const std::uint8_t> file);
 
-    /// Beyond this a picture is taken as broken, or meant to fill the memory: 16384 pixels each way.
-    static constexpr double kMostPixels = 16384.0 * 16384.0;
+    /// Some of its rows as a picture.
+    DecodedPicture rows(int first, int count) const {
+        DecodedPicture part = *this;
+        part.fPixels = row(first);
+        part.fHeight = count;
+        return part;
+    }
 
     int width() const { return fWidth; }
     int height() const { return fHeight; }

@@ -120,10 +120,12 @@ std::uint16_t toHalf(float value) {
     return static_cast<std::uint16_t>(sign | ((rounded >> 13) - ((127U - 15U) << 10)));
 }
 
-Texels makeTexels(const DecodedPicture& picture, Encoding encoding, AlphaUse alpha,
-                  const std::array<float, 3>& factor, int largestSide) {
-    const int step =
-        std::max(dividedUp(picture.width(), largestSide), dividedUp(picture.height(), largestSide));
+int reductionOf(int width, int height, int largestSide) {
+    return std::max(dividedUp(width, largestSide), dividedUp(height, largestSide));
+}
+
+Texels makeReduced(const DecodedPicture& picture, Encoding encoding, AlphaUse alpha,
+                   const std::array<float, 3>& factor, int step) {
     Texels texels{dividedUp(picture.width(), step), dividedUp(picture.height(), step), {}};
     texels.halves.resize(static_cast<size_t>(texels.width) * static_cast<size_t>(texels.height) * 4);
     const bool perByte = step == 1 && (alpha != AlphaUse::Multiplied || picture.channels() == 3);
@@ -132,6 +134,12 @@ Texels makeTexels(const DecodedPicture& picture, Encoding encoding, AlphaUse alp
     else
         convertBlocks(picture, encoding, alpha, factor, step, texels);
     return texels;
+}
+
+Texels makeTexels(const DecodedPicture& picture, Encoding encoding, AlphaUse alpha,
+                  const std::array<float, 3>& factor, int largestSide) {
+    return makeReduced(picture, encoding, alpha, factor,
+                       reductionOf(picture.width(), picture.height(), largestSide));
 }
 
 Texels makeTexel(const std::array<float, 3>& linearColor) {

@@ -34,6 +34,11 @@ struct Texels {
 Texels makeTexels(const DecodedPicture& picture, Encoding encoding, AlphaUse alpha,
                   const std::array<float, 3>& factor, int largestSide);
 
+/// The whole number that `makeTexels` reduces by, and what it does by one.
+int reductionOf(int width, int height, int largestSide);
+Texels makeReduced(const DecodedPicture& picture, Encoding encoding, AlphaUse alpha,
+                   const std::array<float, 3>& factor, int step);
+
 /// A single texel of that colour.
 Texels makeTexel(const std::array<float, 3>& linearColor);
 

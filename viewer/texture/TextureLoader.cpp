@@ -1,6 +1,7 @@
 #include "texture/TextureLoader.h"
 
 #include <algorithm>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -8,29 +9,19 @@ namespace orloview {
 
 namespace {
 
-LoadedTexture load(const TextureJob& job, int largestSide) {
-    LoadedTexture loaded;
-    try {
-        if (!job.image) {
-            loaded.texels = makeTexel(job.factor);
-            return loaded;
-        }
-        const DecodedPicture picture(*job.image);
-        loaded.pictureWidth = picture.width();
-        loaded.pictureHeight = picture.height();
-        loaded.texels = makeTexels(picture, job.encoding, job.alpha, job.factor, largestSide);
-    } catch (const PictureError& error) {
-        loaded.fault = error.what();
-    } catch (const std::bad_alloc&) {
-        loaded.fault = "there is not enough memory for it";
-    }
-    return loaded;
+/// A picture, decoded, and its texels.
+size_t roomFor(const PictureSource& picture, int largestSide) {
+    const auto pixels = [](int width, int height) {
+        return static_cast<size_t>(width) * static_cast<size_t>(height);
+    };
+    return 4 * pixels(picture.width(), picture.height()) +
+           8 * pixels(std::min(picture.width(), largestSide), std::min(picture.height(), largestSide));
 }
 
 } // namespace
 
 TextureLoader::TextureLoader(std::vector<TextureJob> jobs, int largestSide)
-    : fJobs(std::move(jobs)), fLargestSide(largestSide), fResults(fJobs.size()) {
+    : fJobs(std::move(jobs)), fLargestSide(largestSide), fResults(fJobs.size()), fRoom(fJobs.size()) {
     const std::lock_guard lock(fMutex); // holds the threads until all of them stand in fThreads
     const size_t processors = std::max(std::thread::hardware_concurrency(), 1U);
     for (size_t i = 0; i < std::min(processors, fJobs.size()); ++i)
@@ -55,19 +46,66 @@ void TextureLoader::work() {
         });
         if (fStop || fBegun == fJobs.size())
             return;
-        const size_t mine = fBegun++;
+        const size_t first = fBegun++;
+        while (fBegun < fJobs.size() && fJobs[first].image && fJobs[fBegun].image == fJobs[first].image)
+            ++fBegun;
+        const size_t end = fBegun;
         lock.unlock();
-        LoadedTexture loaded = load(fJobs[mine], fLargestSide);
+        read(first, end);
         lock.lock();
-        fResults[mine] = std::move(loaded);
-        fChanged.notify_all();
     }
+}
+
+/// Jobs of one picture.
+void TextureLoader::read(size_t first, size_t end) {
+    std::unique_ptr<PictureSource> picture;
+    std::string fault;
+    for (size_t job = first; job < end; ++job) {
+        LoadedTexture loaded;
+        try {
+            if (!fJobs[job].image) {
+                loaded.texels = makeTexel(fJobs[job].conversion.factor);
+            } else if (fault.empty()) {
+                if (!picture)
+                    picture = PictureSource::open(*fJobs[job].image);
+                if (!takeRoom(job, roomFor(*picture, fLargestSide)))
+                    return;
+                loaded.texels = picture->texels(fJobs[job].conversion, fLargestSide);
+                loaded.pictureWidth = picture->width();
+                loaded.pictureHeight = picture->height();
+            }
+        } catch (const PictureError& error) {
+            fault = error.what();
+        } catch (const std::bad_alloc&) {
+            fault = "there is not enough memory for it";
+        }
+        loaded.fault = fault;
+        finish(job, std::move(loaded));
+    }
+}
+
+/// Waits until the rest of what is in work leaves room, or is done: the next that is handed over always has
+/// some. False at the end.
+bool TextureLoader::takeRoom(size_t job, size_t bytes) {
+    constexpr size_t kMostRoom = size_t{256} << 20;
+    std::unique_lock lock(fMutex);
+    fChanged.wait(lock, [&] { return fStop || job == fTaken || fRoomTaken + bytes <= kMostRoom; });
+    fRoom[job] = bytes;
+    fRoomTaken += bytes;
+    return !fStop;
+}
+
+void TextureLoader::finish(size_t job, LoadedTexture loaded) {
+    const std::lock_guard lock(fMutex);
+    fResults[job] = std::move(loaded);
+    fChanged.notify_all();
 }
 
 LoadedTexture TextureLoader::take() {
     std::unique_lock lock(fMutex);
     std::optional<LoadedTexture>& result = fResults[fTaken];
     fChanged.wait(lock, [&] { return result.has_value(); });
+    fRoomTaken -= fRoom[fTaken];
     ++fTaken;
     LoadedTexture loaded = std::move(*result);
     result.reset();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "texture/Texels.h"
+#include "texture/PictureSource.h"
 
 #include <condition_variable>
 #include <mutex>
@@ -13,10 +13,8 @@ namespace orloview {
 
 /// A picture to be read, and what is to become of it.
 struct TextureJob {
-    const Image* image = nullptr; ///< null: a single texel of the colour `factor`
-    Encoding encoding = Encoding::Srgb;
-    AlphaUse alpha = AlphaUse::Ignored;
-    std::array<float, 3> factor{1.0F, 1.0F, 1.0F}; ///< multiplies the linear colour
+    const Image* image = nullptr; ///< null: a single texel of the conversion's factor
+    Conversion conversion;
 };
 
 struct LoadedTexture {
@@ -29,7 +27,8 @@ struct LoadedTexture {
 };
 
 /// Reads and converts pictures on threads of its own while the caller prepares other things. They are handed
-/// over in the order of the jobs; the threads keep only a few ahead of that, so that memory doesn't fill.
+/// over in the order of the jobs. The threads keep only a few ahead of that, and of large pictures none, so
+/// that memory doesn't fill. Jobs of one picture that follow each other have it decoded once.
 class TextureLoader {
 public:
     /// Begins. The images have to stay as they are until the loader ends.
@@ -46,12 +45,17 @@ public:
 
 private:
     void work();
+    void read(size_t first, size_t end);
+    bool takeRoom(size_t job, size_t bytes);
+    void finish(size_t job, LoadedTexture loaded);
 
     const std::vector<TextureJob> fJobs;
     const int fLargestSide;
     std::mutex fMutex;
     std::condition_variable fChanged;
     std::vector<std::optional<LoadedTexture>> fResults; ///< as fJobs
+    std::vector<size_t> fRoom;                          ///< what each takes, bytes
+    size_t fRoomTaken = 0;                              ///< by what is begun and not handed over
     size_t fBegun = 0;
     size_t fTaken = 0;
     bool fStop = false;

@@ -1,6 +1,7 @@
 #include "texture/TextureStore.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include <gl/GLFunctionTable.h>
@@ -65,6 +66,12 @@ int TextureStore::imageOf(const TextureUse& use) const {
     return found.path.empty() && found.bytes.empty() ? -1 : image;
 }
 
+int TextureStore::firstAlike(int image) {
+    const Image& one = fScene.images[static_cast<size_t>(image)];
+    const std::string_view bytes(reinterpret_cast<const char*>(one.bytes.data()), one.bytes.size());
+    return fFirstAlike.try_emplace({one.path, bytes}, image).first->second;
+}
+
 bool TextureStore::hasPicture(const TextureUse& use) const {
     return imageOf(use) >= 0;
 }
@@ -72,8 +79,8 @@ bool TextureStore::hasPicture(const TextureUse& use) const {
 void TextureStore::ask(const TextureUse& use, Encoding encoding, AlphaUse alpha,
                        const std::array<float, 3>& factor, Taker taker) {
     const Texture& texture = fScene.textures[static_cast<size_t>(use.texture)];
-    fTakers[{imageOf(use), encoding, alpha, factor, texture.wrapU, texture.wrapV, texture.minFilter,
-             texture.magFilter}]
+    fTakers[{firstAlike(imageOf(use)), encoding, alpha, factor, texture.wrapU, texture.wrapV,
+             texture.minFilter, texture.magFilter}]
         .push_back(std::move(taker));
 }
 
@@ -91,7 +98,7 @@ void TextureStore::begin() {
     std::vector<TextureJob> jobs;
     for (const auto& [key, takers] : fTakers)
         jobs.push_back({key.image < 0 ? nullptr : &fScene.images[static_cast<size_t>(key.image)],
-                        key.encoding, key.alpha, key.factor});
+                        {key.encoding, key.alpha, key.factor}});
     fLoader = std::make_unique<TextureLoader>(std::move(jobs), fLargestSide);
 }
 

@@ -6,6 +6,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <orlohost/HWInterfaces.h>
@@ -66,10 +68,15 @@ private:
     };
 
     int imageOf(const TextureUse& use) const;
+
+    /// A picture may have many names; it is read once.
+    int firstAlike(int image);
+
     GLTexture2D* makeTexture(const Key& key, LoadedTexture& loaded);
     void warn(const Key& key, const std::string& what);
 
     const Scene& fScene;
+    std::map<std::pair<std::string_view, std::string_view>, int> fFirstAlike; ///< images by path and bytes
     int fLargestSide = 0;
     std::map<Key, std::vector<Taker>> fTakers; ///< who waits for which texture
     std::unique_ptr<TextureLoader> fLoader;    ///< of the keys in their order

@@ -32,15 +32,22 @@ struct ChildResult {
 /// It may throw std::bad_alloc; anything else that leaves it counts as a crash.
 using ChildWork = std::function<bool(int fileDescriptor)>;
 
-/// Runs the work in a forked process with these limits, its standard output and error silenced, and takes
-/// what it writes, calling `whileWaiting` about 20 times a second. It can write no files. The child ends with
-/// its parent. Not for a process that has started threads, or whose standard streams are closed: what is
-/// opened here would get their numbers.
+/// Runs the work in a forked process with these limits, its standard streams led nowhere and
+/// no other descriptor open, and takes what it writes, calling `whileWaiting` about 20 times a second. It can
+/// write no files. The child ends with its parent. Not for a process that has started threads, or whose
+/// standard streams are closed: what is opened here would get their numbers.
 ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
                        const std::function<void()>& whileWaiting = {});
+
+/// Makes this process, a child, one of these: limited, silenced, without leave to write files, ended with its
+/// parent.
+void beLimited(const ChildLimits& limits);
 
 /// For the work of a child that finds out that there is more to do: allows it that much more, within the
 /// most.
 void raiseLimits(std::size_t memoryBytes, unsigned seconds);
+
+/// The other way round, and for good.
+void lowerMemoryLimit(std::size_t bytes);
 
 } // namespace orloview

@@ -1,4 +1,4 @@
-#include "import/ChildProcess.h"
+#include "base/ChildProcess.h"
 
 #include <algorithm>
 #include <array>
@@ -15,6 +15,8 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "base/Descriptor.h"
 
 namespace orloview {
 
@@ -35,37 +37,9 @@ constexpr std::size_t kSecondsBeforeTheKill = 1;
 
 enum ExitCode : int { kDone = 0, kFailed = 10, kOutOfMemory = 11, kThrew = 12 };
 
-/// Closes itself.
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) : fNumber(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { close(); }
-
-    int number() const { return fNumber; }
-    void close() {
-        if (fNumber >= 0)
-            ::close(fNumber);
-        fNumber = -1;
-    }
-
-private:
-    int fNumber;
-};
-
 void limit(__rlimit_resource resource, std::size_t value, std::size_t most) {
     const rlimit both{value, most};
     ::setrlimit(resource, &both);
-}
-
-void setLimits(const ChildLimits& limits) {
-    limit(RLIMIT_CORE, 0, 0);
-    limit(RLIMIT_FSIZE, 0, 0);
-    ::signal(SIGXCPU, SIG_DFL);
-    limit(RLIMIT_CPU, limits.seconds, std::size_t{limits.mostSeconds} + kSecondsBeforeTheKill);
-    if (!kAddressSanitizer) // which reserves terabytes of address space for itself
-        limit(RLIMIT_AS, limits.memoryBytes, limits.mostMemoryBytes);
 }
 
 /// What is allowed by now. The child has to be there still, if only to be waited for.
@@ -78,16 +52,10 @@ ChildLimits limitsOf(pid_t child) {
             static_cast<unsigned>(time.rlim_max)};
 }
 
-void silence() {
-    const int nowhere = ::open("/dev/null", O_WRONLY);
-    ::dup2(nowhere, STDOUT_FILENO);
-    ::dup2(nowhere, STDERR_FILENO);
-}
-
 [[noreturn]] void beChild(const ChildWork& work, const ChildLimits& limits, int output) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    silence();
-    setLimits(limits);
+    beLimited(limits);
+    ::close_range(STDERR_FILENO + 1, static_cast<unsigned>(output) - 1, 0); // nothing else is its own
+    ::close_range(static_cast<unsigned>(output) + 1, ~0U, 0);
     int code = kThrew;
     try {
         code = work(output) ? kDone : kFailed;
@@ -220,6 +188,19 @@ ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
     return result;
 }
 
+void beLimited(const ChildLimits& limits) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const Descriptor nowhere(::open("/dev/null", O_RDWR));
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        ::dup2(nowhere.number(), stream);
+    limit(RLIMIT_CORE, 0, 0);
+    limit(RLIMIT_FSIZE, 0, 0);
+    ::signal(SIGXCPU, SIG_DFL);
+    limit(RLIMIT_CPU, limits.seconds, std::size_t{limits.mostSeconds} + kSecondsBeforeTheKill);
+    if (!kAddressSanitizer) // which reserves terabytes of address space for itself
+        limit(RLIMIT_AS, limits.memoryBytes, limits.mostMemoryBytes);
+}
+
 void raiseLimits(std::size_t memoryBytes, unsigned seconds) {
     const auto raise = [](__rlimit_resource resource, std::size_t by, std::size_t below) {
         rlimit both{};
@@ -229,6 +210,11 @@ void raiseLimits(std::size_t memoryBytes, unsigned seconds) {
     };
     raise(RLIMIT_AS, memoryBytes, 0);
     raise(RLIMIT_CPU, seconds, kSecondsBeforeTheKill);
+}
+
+void lowerMemoryLimit(std::size_t bytes) {
+    if (!kAddressSanitizer)
+        limit(RLIMIT_AS, bytes, bytes);
 }
 
 } // namespace orloview

@@ -1,0 +1,340 @@
+#include "texture/PictureSource.h"
+
+#include "base/ChildProcess.h"
+#include "base/Confinement.h"
+#include "base/ExitCode.h"
+#include "base/FileBytes.h"
+#include "base/ImportError.h"
+#include "base/MappedFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <optional>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+#include <gdk-pixbuf/gdk-pixbuf.h>
+
+namespace orloview {
+
+namespace {
+
+constexpr const char* kNoProcess = "no process could be started for it";
+
+/// To the process that starts decoders; none: pictures are decoded here.
+Descriptor& decoders() {
+    static Descriptor socket;
+    return socket;
+}
+
+// What goes to and fro between a decoder and us, who are the same program: requests, and for each the answer,
+// behind which follows the reason why not, or the texels. The first answer tells the picture's size.
+
+struct Request {
+    Conversion conversion;
+    int largestSide = 0;
+};
+
+struct Answer {
+    std::size_t reasonLength = 0; ///< 0: it is done
+    int width = 0;
+    int height = 0;
+};
+
+bool sendAll(int socket, const void* bytes, std::size_t size) {
+    const auto* from = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t count = send(socket, from, size, MSG_NOSIGNAL);
+        if (count < 0 && errno != EINTR)
+            return false;
+        from += std::max<ssize_t>(count, 0);
+        size -= static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    return true;
+}
+
+bool receiveAll(int socket, void* bytes, std::size_t size) {
+    auto* to = static_cast<char*>(bytes);
+    while (size > 0) {
+        const ssize_t count = recv(socket, to, size, 0);
+        if (count == 0 || (count < 0 && errno != EINTR))
+            return false;
+        to += std::max<ssize_t>(count, 0);
+        size -= static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    return true;
+}
+
+/// Descriptors on their way through a socket: one or two.
+struct Handover {
+    explicit Handover(std::size_t count) {
+        part.iov_base = &byte;
+        part.iov_len = 1;
+        message.msg_iov = &part;
+        message.msg_iovlen = 1;
+        message.msg_control = control;
+        message.msg_controllen = CMSG_SPACE(count * sizeof(int));
+    }
+
+    char byte = 0;
+    iovec part{};
+    msghdr message{};
+    alignas(cmsghdr) char control[CMSG_SPACE(2 * sizeof(int))] = {};
+};
+
+bool handOver(int socket, const std::vector<int>& descriptors) {
+    Handover handover(descriptors.size());
+    cmsghdr* header = CMSG_FIRSTHDR(&handover.message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(descriptors.size() * sizeof(int));
+    std::memcpy(CMSG_DATA(header), descriptors.data(), descriptors.size() * sizeof(int));
+    return sendmsg(socket, &handover.message, MSG_NOSIGNAL) == 1;
+}
+
+/// Nothing: the other side has gone.
+std::vector<Descriptor> takeOver(int socket) {
+    Handover handover(2);
+    std::vector<Descriptor> descriptors;
+    while (recvmsg(socket, &handover.message, MSG_CMSG_CLOEXEC) < 0 && errno == EINTR) {
+    }
+    const cmsghdr* header = CMSG_FIRSTHDR(&handover.message);
+    for (std::size_t at = 0; header && CMSG_LEN(at + sizeof(int)) <= header->cmsg_len; at += sizeof(int)) {
+        int descriptor = -1;
+        std::memcpy(&descriptor, CMSG_DATA(header) + at, sizeof descriptor);
+        descriptors.emplace_back(descriptor);
+    }
+    return descriptors;
+}
+
+// The decoder's side.
+
+/// Answers, and says whether there was something to tell.
+template <typename Work>
+void answer(int socket, Work&& work) {
+    std::string reason;
+    try {
+        work();
+        return;
+    } catch (const PictureError& error) {
+        reason = error.what();
+    } catch (const std::bad_alloc&) {
+        reason = "it takes too much memory; --limit-memory allows more";
+    }
+    const Answer no{reason.size(), 0, 0};
+    if (!sendAll(socket, &no, sizeof no) || !sendAll(socket, reason.data(), reason.size()))
+        _exit(0);
+}
+
+/// A band at a time, so that there is never more than the picture itself.
+void sendTexels(int socket, const DecodedPicture& picture, const Request& request) {
+    constexpr int kRows = 64;
+    const auto& [encoding, alpha, factor] = request.conversion;
+    const int step = reductionOf(picture.width(), picture.height(), request.largestSide);
+    const Answer yes{0, (picture.width() + step - 1) / step, (picture.height() + step - 1) / step};
+    bool isHeard = sendAll(socket, &yes, sizeof yes);
+    for (int y = 0; isHeard && y < picture.height(); y += kRows * step) {
+        const DecodedPicture band = picture.rows(y, std::min(kRows * step, picture.height() - y));
+        const Texels texels = makeReduced(band, encoding, alpha, factor, step);
+        isHeard = sendAll(socket, texels.halves.data(), texels.halves.size() * sizeof texels.halves[0]);
+    }
+}
+
+/// What decoding a picture takes, with all that the process has already.
+std::size_t memoryFor(const PictureHeader& header, std::size_t fileBytes) {
+    constexpr double kBytesPerPixel = 16.0; // some decoders keep two pictures and a row more
+    constexpr std::size_t kBeside = std::size_t{1} << 30;
+    return kBeside + fileBytes + static_cast<std::size_t>(kBytesPerPixel * header.pixels());
+}
+
+constexpr double kPixelsPerSecond = 4e6; // the slowest decoder makes several times as many
+
+[[noreturn]] void decode(int socket, int file, const ImportLimits& asked) {
+    ChildLimits limits;
+    limits.seconds = asked.seconds.value_or(limits.seconds);
+    limits.mostSeconds = asked.seconds.value_or(std::numeric_limits<unsigned>::max());
+    limits.mostMemoryBytes = limits.memoryBytes =
+        asked.memoryBytes.value_or(memoryFor({"", 16384, 16384}, std::size_t{1} << 34));
+    beLimited(limits);
+    confine({});
+    std::size_t size = 0;
+    std::vector<std::uint8_t> embedded;
+    if (file < 0 && receiveAll(socket, &size, sizeof size)) {
+        embedded.resize(size);
+        if (!receiveAll(socket, embedded.data(), size))
+            _exit(0);
+    }
+    const MappedFile mapped(file);
+    const std::span<const std::uint8_t> bytes = file < 0 ? embedded : mapped.bytes();
+    answer(socket, [&] {
+        const PictureHeader header = readPictureHeader(bytes);
+        if (!asked.memoryBytes)
+            lowerMemoryLimit(memoryFor(header, bytes.size()));
+        raiseLimits(0, static_cast<unsigned>(header.pixels() / kPixelsPerSecond));
+        const Answer yes{0, header.width, header.height};
+        sendAll(socket, &yes, sizeof yes);
+    });
+    std::optional<DecodedPicture> picture;
+    for (Request request; receiveAll(socket, &request, sizeof request);) {
+        answer(socket, [&] {
+            if (!picture)
+                picture.emplace(bytes);
+            sendTexels(socket, *picture, request);
+        });
+    }
+    _exit(0);
+}
+
+/// The modules of gdk-pixbuf, which a confined process might not find.
+void loadModules() {
+    for (const char* kind : {"png", "jpeg", "webp", "tiff", "tga", "bmp", "gif", "ico", "pnm"}) {
+        if (GdkPixbufLoader* loader = gdk_pixbuf_loader_new_with_type(kind, nullptr)) {
+            gdk_pixbuf_loader_close(loader, nullptr);
+            g_object_unref(loader);
+        }
+    }
+}
+
+[[noreturn]] void startThem(int socket, const ImportLimits& limits) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    std::signal(SIGCHLD, SIG_IGN); // nobody asks how they ended
+    bool isReady = false;
+    for (;;) {
+        const std::vector<Descriptor> ends = takeOver(socket);
+        if (ends.empty())
+            _exit(0);
+        if (!std::exchange(isReady, true))
+            loadModules();
+        if (fork() == 0) {
+            close(socket);
+            decode(ends[0].number(), ends.size() > 1 ? ends[1].number() : -1, limits);
+        }
+    }
+}
+
+// Our side.
+
+class PictureElsewhere : public PictureSource {
+public:
+    explicit PictureElsewhere(const Image& image) {
+        const Descriptor file = image.path.empty() ? Descriptor() : openFile(image.path);
+        int ends[2] = {-1, -1};
+        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+            throw PictureError(kNoProcess);
+        fSocket = Descriptor(ends[0]);
+        Descriptor theirs(ends[1]);
+        std::vector<int> handed{theirs.number()};
+        if (file.number() >= 0)
+            handed.push_back(file.number());
+        if (!handOver(decoders().number(), handed))
+            throw PictureError(kNoProcess);
+        theirs.close(); // else we would wait for ourselves where the decoder has ended
+        const std::size_t size = image.bytes.size();
+        if (file.number() < 0 && sendAll(fSocket.number(), &size, sizeof size))
+            sendAll(fSocket.number(), image.bytes.data(), size);
+    }
+
+    void readHeader() {
+        const Answer header = receiveAnswer();
+        fWidth = header.width;
+        fHeight = header.height;
+    }
+
+    Texels texels(const Conversion& conversion, int largestSide) override {
+        const Request request{conversion, largestSide};
+        sendAll(fSocket.number(), &request, sizeof request);
+        const Answer made = receiveAnswer();
+        Texels texels{made.width, made.height, {}};
+        texels.halves.resize(static_cast<std::size_t>(made.width) * static_cast<std::size_t>(made.height) *
+                             4);
+        if (!receiveAll(fSocket.number(), texels.halves.data(),
+                        texels.halves.size() * sizeof texels.halves[0]))
+            failSilently();
+        return texels;
+    }
+
+private:
+    Answer receiveAnswer() {
+        Answer answer;
+        if (!receiveAll(fSocket.number(), &answer, sizeof answer))
+            failSilently();
+        std::string reason(std::min<std::size_t>(answer.reasonLength, 1000), '\0');
+        if (!receiveAll(fSocket.number(), reason.data(), reason.size()))
+            failSilently();
+        if (!reason.empty())
+            throw PictureError(reason);
+        const auto sides = {answer.width, answer.height};
+        if (std::min(sides) < 1 || std::max(sides) > 65536)
+            failSilently();
+        return answer;
+    }
+
+    /// The decoder has ended without a word.
+    [[noreturn]] static void failSilently() {
+        throw PictureError("decoding it crashed, or took more memory or time than is allowed; save it again, "
+                           "or, if it is not damaged, give --limit-memory or --limit-time");
+    }
+
+    Descriptor fSocket;
+};
+
+class PictureHere : public PictureSource {
+public:
+    explicit PictureHere(const Image& image)
+        : fFile(image.path.empty() ? Descriptor() : openFile(image.path)), fMapped(fFile.number()),
+          fBytes(image.path.empty() ? image.bytes : fMapped.bytes()) {
+        const PictureHeader header = readPictureHeader(fBytes);
+        fWidth = header.width;
+        fHeight = header.height;
+    }
+
+    Texels texels(const Conversion& conversion, int largestSide) override {
+        if (!fPicture)
+            fPicture.emplace(fBytes);
+        return makeTexels(*fPicture, conversion.encoding, conversion.alpha, conversion.factor, largestSide);
+    }
+
+private:
+    Descriptor fFile;
+    MappedFile fMapped;
+    std::span<const std::uint8_t> fBytes;
+    std::optional<DecodedPicture> fPicture;
+};
+
+} // namespace
+
+void PictureSource::startDecoders(const ImportLimits& limits) {
+    int ends[2] = {-1, -1};
+    const bool isConnected = socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) == 0;
+    const pid_t process = isConnected ? fork() : -1;
+    if (process < 0)
+        throw Failure(kExitOurFault, "no process could be started that decodes pictures; try again later");
+    if (process == 0) {
+        close(ends[0]);
+        startThem(ends[1], limits);
+    }
+    close(ends[1]);
+    decoders() = Descriptor(ends[0]);
+}
+
+std::unique_ptr<PictureSource> PictureSource::open(const Image& image) {
+    try {
+        if (decoders().number() < 0)
+            return std::make_unique<PictureHere>(image);
+        auto picture = std::make_unique<PictureElsewhere>(image);
+        picture->readHeader();
+        return picture;
+    } catch (const ImportError& error) {
+        throw PictureError(error.what());
+    }
+}
+
+} // namespace orloview
