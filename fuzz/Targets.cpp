@@ -92,10 +92,8 @@ void readTable(Bytes bytes) {
 }
 
 void decodePicture(Bytes bytes) {
-    orloview::Image image;
-    image.bytes.assign(bytes.begin(), bytes.end());
     try {
-        const orloview::DecodedPicture picture(image);
+        const orloview::DecodedPicture picture(bytes);
         unsigned sum = 0;
         for (int y = 0; y < picture.height(); ++y)
             sum += picture.row(y)[picture.width() * picture.channels() - 1];

@@ -35,7 +35,7 @@ constexpr int kMillisecondsBetweenLooks = 50;
 /// The kernel tells of computing time that is used up once, by a signal of its own, and then kills.
 constexpr std::size_t kSecondsBeforeTheKill = 1;
 
-enum ExitCode : int { kDone = 0, kFailed = 10, kOutOfMemory = 11, kThrew = 12 };
+enum ChildExit : int { kDone = 0, kFailed = 10, kOutOfMemory = 11, kThrew = 12 };
 
 void limit(__rlimit_resource resource, std::size_t value, std::size_t most) {
     const rlimit both{value, most};
