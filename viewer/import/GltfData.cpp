@@ -8,10 +8,10 @@
 #include <type_traits>
 #include <utility>
 
+#include "base/ChildProcess.h"
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
 #include "import/Allowance.h"
-#include "base/ChildProcess.h"
 
 namespace orloview {
 

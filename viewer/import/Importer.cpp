@@ -9,12 +9,12 @@
 
 #include <unistd.h>
 
+#include "base/ChildProcess.h"
 #include "base/Confinement.h"
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
 #include "base/Text.h"
 #include "import/Allowance.h"
-#include "base/ChildProcess.h"
 #include "import/ModelReader.h"
 #include "import/SceneStream.h"
 #include "import/SharedFraction.h"

@@ -1,7 +1,7 @@
 #include "TestFiles.h"
 
-#include "base/Confinement.h"
 #include "base/ChildProcess.h"
+#include "base/Confinement.h"
 #include "import/Importer.h"
 #include "import/ModelReader.h"
 #include "import/SceneStream.h"
