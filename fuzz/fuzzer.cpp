@@ -29,7 +29,7 @@ extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments) {
     std::exit(1);
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, size_t size) {
     theTarget->run({bytes, size});
     return 0;
 }

@@ -58,7 +58,7 @@ int main(int count, char** arguments) {
             const Buffer seed = bytesOf(entry.path());
             std::minstd_rand random(static_cast<unsigned>(++seeds));
             target.run(seed);
-            for (std::size_t length = 0; length < seed.size(); length += seed.size() / 32 + 1)
+            for (size_t length = 0; length < seed.size(); length += seed.size() / 32 + 1)
                 target.run({seed.data(), length});
             for (int i = 0; i < kChanges; ++i)
                 target.run(changed(seed, random));

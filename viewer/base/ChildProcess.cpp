@@ -33,11 +33,11 @@ constexpr bool kAddressSanitizer = false;
 constexpr int kMillisecondsBetweenLooks = 50;
 
 /// The kernel tells of computing time that is used up once, by a signal of its own, and then kills.
-constexpr std::size_t kSecondsBeforeTheKill = 1;
+constexpr size_t kSecondsBeforeTheKill = 1;
 
 enum ChildExit : int { kDone = 0, kFailed = 10, kOutOfMemory = 11, kThrew = 12 };
 
-void limit(__rlimit_resource resource, std::size_t value, std::size_t most) {
+void limit(__rlimit_resource resource, size_t value, size_t most) {
     const rlimit both{value, most};
     ::setrlimit(resource, &both);
 }
@@ -196,13 +196,13 @@ void beLimited(const ChildLimits& limits) {
     limit(RLIMIT_CORE, 0, 0);
     limit(RLIMIT_FSIZE, 0, 0);
     ::signal(SIGXCPU, SIG_DFL);
-    limit(RLIMIT_CPU, limits.seconds, std::size_t{limits.mostSeconds} + kSecondsBeforeTheKill);
+    limit(RLIMIT_CPU, limits.seconds, size_t{limits.mostSeconds} + kSecondsBeforeTheKill);
     if (!kAddressSanitizer) // which reserves terabytes of address space for itself
         limit(RLIMIT_AS, limits.memoryBytes, limits.mostMemoryBytes);
 }
 
-void raiseLimits(std::size_t memoryBytes, unsigned seconds) {
-    const auto raise = [](__rlimit_resource resource, std::size_t by, std::size_t below) {
+void raiseLimits(size_t memoryBytes, unsigned seconds) {
+    const auto raise = [](__rlimit_resource resource, size_t by, size_t below) {
         rlimit both{};
         ::getrlimit(resource, &both);
         both.rlim_cur += std::min(by, both.rlim_max - below - both.rlim_cur);
@@ -212,7 +212,7 @@ void raiseLimits(std::size_t memoryBytes, unsigned seconds) {
     raise(RLIMIT_CPU, seconds, kSecondsBeforeTheKill);
 }
 
-void lowerMemoryLimit(std::size_t bytes) {
+void lowerMemoryLimit(size_t bytes) {
     if (!kAddressSanitizer)
         limit(RLIMIT_AS, bytes, bytes);
 }

@@ -12,13 +12,13 @@ enum class ChildOutcome { Done, Failed, Crashed, OutOfMemory, OutOfTime, NotStar
 
 /// What a child may use. One that needs more is ended.
 struct ChildLimits {
-    std::size_t memoryBytes = std::size_t{2} << 30;
+    size_t memoryBytes = size_t{2} << 30;
 
     /// Of computing, however long that takes on a busy machine; and of waiting in which it computes nothing.
     unsigned seconds = 30;
 
     // What raiseLimits may allow it.
-    std::size_t mostMemoryBytes = memoryBytes;
+    size_t mostMemoryBytes = memoryBytes;
     unsigned mostSeconds = seconds;
 };
 
@@ -45,9 +45,9 @@ void beLimited(const ChildLimits& limits);
 
 /// For the work of a child that finds out that there is more to do: allows it that much more, within the
 /// most.
-void raiseLimits(std::size_t memoryBytes, unsigned seconds);
+void raiseLimits(size_t memoryBytes, unsigned seconds);
 
 /// The other way round, and for good.
-void lowerMemoryLimit(std::size_t bytes);
+void lowerMemoryLimit(size_t bytes);
 
 } // namespace orloview

@@ -87,7 +87,7 @@ constexpr std::array kDeniedCalls = {
 
 void confineCalls() {
     constexpr std::uint32_t kFirstOfOtherTable = 0x40000000; // the same calls by other numbers
-    const auto load = [](std::size_t offset) {
+    const auto load = [](size_t offset) {
         return sock_filter{BPF_LD | BPF_W | BPF_ABS, 0, 0, static_cast<std::uint32_t>(offset)};
     };
     const auto answer = [](std::uint32_t what) { return sock_filter{BPF_RET | BPF_K, 0, 0, what}; };

@@ -33,24 +33,23 @@ std::vector<std::uint8_t> readFile(const fs::path& path) {
     const off_t size = ::lseek(file.number(), 0, SEEK_END);
     if (size == 0)
         throw ImportError("the file is empty; export the model again");
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::max<off_t>(size, 0)));
-    for (std::size_t got = 0; got < bytes.size();) {
+    std::vector<std::uint8_t> bytes(static_cast<size_t>(std::max<off_t>(size, 0)));
+    for (size_t got = 0; got < bytes.size();) {
         const ssize_t count =
             ::pread(file.number(), bytes.data() + got, bytes.size() - got, static_cast<off_t>(got));
         if (count == 0 || (count < 0 && errno != EINTR))
             throw ImportError("reading the file failed half-way; check the disk");
-        got += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        got += static_cast<size_t>(std::max<ssize_t>(count, 0));
     }
     return bytes;
 }
 
-std::size_t bytesOnDisk(const fs::path& path) {
-    constexpr std::size_t kBlock = 512;
+size_t bytesOnDisk(const fs::path& path) {
+    constexpr size_t kBlock = 512;
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
         return 0;
-    return std::min(static_cast<std::size_t>(status.st_size),
-                    static_cast<std::size_t>(status.st_blocks) * kBlock);
+    return std::min(static_cast<size_t>(status.st_size), static_cast<size_t>(status.st_blocks) * kBlock);
 }
 
 } // namespace orloview

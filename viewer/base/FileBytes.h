@@ -18,6 +18,6 @@ std::vector<std::uint8_t> readFile(const std::filesystem::path& path);
 
 /// What a file takes on the disk, or its length where that is less: the holes of a sparse one don't count. 0
 /// where it can't be told.
-std::size_t bytesOnDisk(const std::filesystem::path& path);
+size_t bytesOnDisk(const std::filesystem::path& path);
 
 } // namespace orloview

@@ -8,7 +8,7 @@ namespace orloview {
 /// What the import of one file may use. An import library that needs more is ended.
 struct ImportLimits {
     /// None: in proportion to what the model's files hold, 2 GB at least, but not more than the machine has.
-    std::optional<std::size_t> memoryBytes;
+    std::optional<size_t> memoryBytes;
 
     /// Of computing. None: in proportion too, 30 at least.
     std::optional<unsigned> seconds;

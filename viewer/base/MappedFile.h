@@ -14,7 +14,7 @@ public:
         struct stat status = {};
         if (fstat(descriptor, &status) != 0 || status.st_size <= 0)
             return;
-        const auto size = static_cast<std::size_t>(status.st_size);
+        const auto size = static_cast<size_t>(status.st_size);
         void* const place = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, descriptor, 0);
         if (place != MAP_FAILED)
             fBytes = {static_cast<const std::uint8_t*>(place), size};

@@ -35,18 +35,17 @@ double outOfRange(std::string_view word) {
 } // namespace
 
 std::string_view takeLine(std::string_view& text) {
-    const auto end =
-        static_cast<std::size_t>(std::find_if(text.begin(), text.end(), endsLine) - text.begin());
+    const auto end = static_cast<size_t>(std::find_if(text.begin(), text.end(), endsLine) - text.begin());
     const std::string_view line = text.substr(0, end);
     text.remove_prefix(end);
-    text.remove_prefix(text.starts_with("\r\n") ? 2 : std::min<std::size_t>(text.size(), 1));
+    text.remove_prefix(text.starts_with("\r\n") ? 2 : std::min<size_t>(text.size(), 1));
     return line;
 }
 
 std::string_view takeWord(std::string_view& text) {
     const auto* const start = std::find_if_not(text.begin(), text.end(), isBlank);
     const auto* const end = std::find_if(start, text.end(), isBlank);
-    text.remove_prefix(static_cast<std::size_t>(end - text.begin()));
+    text.remove_prefix(static_cast<size_t>(end - text.begin()));
     return {start, end};
 }
 
@@ -87,7 +86,7 @@ float toFloat(double number) {
     return static_cast<float>(number);
 }
 
-std::string printable(std::string_view text, std::size_t most) {
+std::string printable(std::string_view text, size_t most) {
     std::string result(text.substr(0, most));
     unsigned char before = 0;
     for (char& c : result) {

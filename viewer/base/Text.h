@@ -30,7 +30,7 @@ float toFloat(double number);
 
 /// Fit for one line of a terminal: control characters become blanks, and what is longer than `most` bytes is
 /// cut. Names in damaged files hold anything.
-std::string printable(std::string_view text, std::size_t most = 120);
+std::string printable(std::string_view text, size_t most = 120);
 
 /// The path in a form that this system understands: files made elsewhere part folders by a backslash.
 std::string withSlashes(std::string_view path);

@@ -52,7 +52,7 @@ Mesh makeBasin() {
     Mesh mesh;
     mesh.name = "basin";
     mesh.material = 0;
-    for (std::size_t ring = 0; ring < std::size(kNormals); ++ring) {
+    for (size_t ring = 0; ring < std::size(kNormals); ++ring) {
         for (int segment = 0; segment <= kSegments; ++segment) {
             const double angle = 2.0 * std::numbers::pi * segment / kSegments;
             const auto x = static_cast<float>(std::sin(angle));
@@ -113,7 +113,7 @@ Mesh Fountain::dropsAt(double seconds) const {
     for (auto number = newest - static_cast<long long>(kLife * kPerSecond); number <= newest; ++number) {
         const double birth = static_cast<double>(number) / kPerSecond;
         const double age = seconds - birth;
-        const Drop& drop = fDrops[static_cast<std::size_t>((number % kKinds + kKinds) % kKinds)];
+        const Drop& drop = fDrops[static_cast<size_t>((number % kKinds + kKinds) % kKinds)];
         const Flight flight(drop.velocity, windAt(birth), age);
         if (flight.place[1] < 0.0)
             continue;

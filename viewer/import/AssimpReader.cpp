@@ -149,7 +149,7 @@ std::vector<std::uint8_t> fileOf(const aiTexture& embedded) {
                                    low(embedded.mHeight >> 8),
                                    32,
                                    0x28}; // from the top left, 8 bits of alpha
-    const std::size_t pixels = std::size_t{embedded.mWidth} * embedded.mHeight;
+    const size_t pixels = size_t{embedded.mWidth} * embedded.mHeight;
     file.insert(file.end(), bytes, bytes + pixels * 4); // blue, green, red, alpha in both
     return file;
 }

@@ -14,8 +14,8 @@ namespace orloview {
 
 namespace {
 
-constexpr std::size_t kStlHeader = 84;
-constexpr std::size_t kStlFacet = 50;
+constexpr size_t kStlHeader = 84;
+constexpr size_t kStlFacet = 50;
 
 std::string lowerSuffix(const std::filesystem::path& path) {
     return lowered(path.extension().string());
@@ -46,8 +46,8 @@ bool isGltf(std::string_view start) {
 /// with "solid" as well.
 bool isStl(std::string_view file) {
     if (file.size() >= kStlHeader) {
-        std::size_t facets = 0;
-        for (std::size_t i = 4; i-- > 0;)
+        size_t facets = 0;
+        for (size_t i = 4; i-- > 0;)
             facets = facets << 8U | static_cast<unsigned char>(file[kStlHeader - 4 + i]);
         if (facets > 0 && file.size() == kStlHeader + facets * kStlFacet)
             return true;

@@ -30,7 +30,7 @@ constexpr std::array<std::string_view, 7> kKnownExtensions{"EXT_texture_webp",
 constexpr std::uint32_t kJsonChunk = 0x4E4F534A;
 constexpr std::uint32_t kBinaryChunk = 0x004E4942;
 
-std::uint32_t wordAt(Bytes bytes, std::size_t offset) {
+std::uint32_t wordAt(Bytes bytes, size_t offset) {
     return bytes[offset] | bytes[offset + 1] << 8 | bytes[offset + 2] << 16 |
            std::uint32_t{bytes[offset + 3]} << 24;
 }
@@ -39,7 +39,7 @@ std::uint32_t wordAt(Bytes bytes, std::size_t offset) {
 Bytes takeChunk(Bytes& rest, std::uint32_t& type) {
     if (rest.size() < 8)
         throw ImportError("the file is cut off in a chunk's header; copy or export it again");
-    const std::size_t length = wordAt(rest, 0);
+    const size_t length = wordAt(rest, 0);
     type = wordAt(rest, 4);
     if (length > rest.size() - 8)
         throw ImportError("the file is damaged: a chunk is longer than the file; copy or export it again");
@@ -62,14 +62,14 @@ GltfContainer openBinary(Bytes bytes) {
     if (version != 2)
         throw ImportError("this is binary glTF version " + std::to_string(version) +
                           " and only version 2 can be read; export the model as glTF 2.0");
-    const std::size_t length = wordAt(bytes, 8);
+    const size_t length = wordAt(bytes, 8);
     if (length > bytes.size())
         throw ImportError("the file is cut off: it should have " + std::to_string(length) +
                           " bytes and has " + std::to_string(bytes.size()) + "; copy or export it again");
 
     GltfContainer container;
     container.isBinary = true;
-    Bytes rest = bytes.first(std::max<std::size_t>(length, 12)).subspan(12);
+    Bytes rest = bytes.first(std::max<size_t>(length, 12)).subspan(12);
     std::uint32_t type = 0;
     const Bytes json = takeChunk(rest, type);
     if (type != kJsonChunk)
@@ -117,7 +117,7 @@ GltfContainer openGltf(const std::vector<std::uint8_t>& bytes) {
 
 std::vector<std::uint8_t> decodeDataUri(const std::string& uri) {
     constexpr std::string_view kMark = ";base64,";
-    const std::size_t mark = uri.find(kMark);
+    const size_t mark = uri.find(kMark);
     if (mark == uri.npos)
         throw ImportError("data within the file is not base64");
     std::string data = uri.substr(mark + kMark.size());

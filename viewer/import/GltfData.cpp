@@ -26,7 +26,7 @@ enum ComponentType : int {
     kFloat = 5126
 };
 
-std::size_t componentSize(int type) {
+size_t componentSize(int type) {
     switch (type) {
     case kByte:
     case kUnsignedByte:
@@ -42,12 +42,12 @@ std::size_t componentSize(int type) {
     }
 }
 
-std::size_t componentsOf(const std::string& type) {
+size_t componentsOf(const std::string& type) {
     if (type == "MAT4")
         return 16;
     static constexpr std::array<std::string_view, 4> kTypes{"SCALAR", "VEC2", "VEC3", "VEC4"};
     const auto found = std::find(kTypes.begin(), kTypes.end(), type);
-    return found == kTypes.end() ? 0 : static_cast<std::size_t>(found - kTypes.begin()) + 1;
+    return found == kTypes.end() ? 0 : static_cast<size_t>(found - kTypes.begin()) + 1;
 }
 
 template <typename Stored>
@@ -116,8 +116,8 @@ GltfData::GltfData(const GltfContainer& container, const ModelFolder& folder)
     fLoaded.resize(fBuffers.size());
 }
 
-std::size_t GltfData::components(int accessor) const {
-    return componentsOf(fAccessors[static_cast<std::size_t>(accessor)].text("type"));
+size_t GltfData::components(int accessor) const {
+    return componentsOf(fAccessors[static_cast<size_t>(accessor)].text("type"));
 }
 
 GltfData::Layout GltfData::layout(const GltfObject& accessor) const {
@@ -132,7 +132,7 @@ GltfData::Layout GltfData::layout(const GltfObject& accessor) const {
     return result;
 }
 
-std::vector<std::uint8_t> GltfData::loadBuffer(std::size_t index) {
+std::vector<std::uint8_t> GltfData::loadBuffer(size_t index) {
     const GltfObject& buffer = fBuffers[index];
     const std::string uri = buffer.text("uri");
     if (uri.empty())
@@ -143,7 +143,7 @@ std::vector<std::uint8_t> GltfData::loadBuffer(std::size_t index) {
     const std::filesystem::path file = fFolder.path() / name;
     try {
         fFolder.check(file);
-        const std::size_t size = bytesOnDisk(file);
+        const size_t size = bytesOnDisk(file);
         raiseLimits(memoryFor(size), secondsFor(size));
         fFiles.push_back(file.string());
         return readFile(file);
@@ -152,39 +152,38 @@ std::vector<std::uint8_t> GltfData::loadBuffer(std::size_t index) {
     }
 }
 
-std::span<const std::uint8_t> GltfData::buffer(std::size_t index) {
+std::span<const std::uint8_t> GltfData::buffer(size_t index) {
     const bool isChunk = index == 0 && fContainer.isBinary && !fBuffers[index].has("uri");
     if (!isChunk && fLoaded[index].empty())
         fLoaded[index] = loadBuffer(index);
     const std::vector<std::uint8_t>& loaded = isChunk ? fContainer.binary : fLoaded[index];
-    const std::size_t length = fBuffers[index].whole("byteLength", 0);
+    const size_t length = fBuffers[index].whole("byteLength", 0);
     if (length > loaded.size())
         throw ImportError(fBuffers[index].place() + " should have " + std::to_string(length) +
                           " bytes and has " + std::to_string(loaded.size()));
     return std::span<const std::uint8_t>(loaded).first(length);
 }
 
-std::span<const std::uint8_t> GltfData::view(std::size_t index) {
+std::span<const std::uint8_t> GltfData::view(size_t index) {
     const GltfObject& view = fViews[index];
     const int bufferIndex = view.reference("buffer", fBuffers.size());
     if (bufferIndex < 0)
         throw ImportError(view.place() + " names no buffer");
-    const std::span<const std::uint8_t> bytes = buffer(static_cast<std::size_t>(bufferIndex));
-    const std::size_t offset = view.whole("byteOffset", 0);
-    const std::size_t length = view.whole("byteLength", 0);
+    const std::span<const std::uint8_t> bytes = buffer(static_cast<size_t>(bufferIndex));
+    const size_t offset = view.whole("byteOffset", 0);
+    const size_t length = view.whole("byteLength", 0);
     if (offset > bytes.size() || length > bytes.size() - offset)
         throw ImportError(view.place() + " reaches beyond its buffer");
     return bytes.subspan(offset, length);
 }
 
-GltfData::Elements GltfData::elements(const GltfObject& source, const Layout& layout,
-                                      std::size_t defaultStride) {
+GltfData::Elements GltfData::elements(const GltfObject& source, const Layout& layout, size_t defaultStride) {
     const int viewIndex = source.reference("bufferView", fViews.size());
     if (viewIndex < 0)
         return {};
-    const std::span<const std::uint8_t> bytes = view(static_cast<std::size_t>(viewIndex));
-    const std::size_t offset = source.whole("byteOffset", 0);
-    std::size_t stride = fViews[static_cast<std::size_t>(viewIndex)].whole("byteStride", 0);
+    const std::span<const std::uint8_t> bytes = view(static_cast<size_t>(viewIndex));
+    const size_t offset = source.whole("byteOffset", 0);
+    size_t stride = fViews[static_cast<size_t>(viewIndex)].whole("byteStride", 0);
     if (stride == 0) // some exporters write that where others leave it out
         stride = defaultStride;
     const bool fits =
@@ -197,15 +196,15 @@ GltfData::Elements GltfData::elements(const GltfObject& source, const Layout& la
 
 template <typename Value>
 std::vector<Value> GltfData::read(int accessor) {
-    constexpr std::size_t kMostWithoutData = std::size_t{1} << 24;
-    const GltfObject& source = fAccessors[static_cast<std::size_t>(accessor)];
+    constexpr size_t kMostWithoutData = size_t{1} << 24;
+    const GltfObject& source = fAccessors[static_cast<size_t>(accessor)];
     const Layout format = layout(source);
     const Elements from = elements(source, format, format.elementSize());
     if (from.stride == 0 && format.count > kMostWithoutData)
         throw ImportError(source.place() + " has more elements than its file could hold");
 
     std::vector<Value> values(format.count * format.components);
-    for (std::size_t i = 0; from.stride > 0 && i < values.size(); ++i) {
+    for (size_t i = 0; from.stride > 0 && i < values.size(); ++i) {
         const std::uint8_t* at =
             &from.bytes[i / format.components * from.stride + i % format.components * format.componentSize];
         values[i] = valueAt<Value>(at, format.componentType, format.normalized);
@@ -232,12 +231,11 @@ void GltfData::readSparse(const GltfObject& sparse, const Layout& layout, std::v
     const Elements valueBytes = elements(sparse.object("values"), valueLayout, valueLayout.elementSize());
     if (indexBytes.stride == 0 || valueBytes.stride == 0)
         throw ImportError(sparse.place() + " names no buffer view");
-    for (std::size_t i = 0; i < indexLayout.count; ++i) {
-        const std::size_t index =
-            indexAt(&indexBytes.bytes[i * indexBytes.stride], indexLayout.componentType);
+    for (size_t i = 0; i < indexLayout.count; ++i) {
+        const size_t index = indexAt(&indexBytes.bytes[i * indexBytes.stride], indexLayout.componentType);
         if (index >= layout.count)
             throw ImportError(sparse.place() + " replaces an element that isn't there");
-        for (std::size_t k = 0; k < layout.components; ++k) {
+        for (size_t k = 0; k < layout.components; ++k) {
             const std::uint8_t* at = &valueBytes.bytes[i * valueBytes.stride + k * layout.componentSize];
             values[index * layout.components + k] =
                 valueAt<Value>(at, layout.componentType, layout.normalized);
@@ -250,9 +248,9 @@ std::vector<float> GltfData::floats(int accessor) {
 }
 
 std::vector<std::uint32_t> GltfData::indices(int accessor) {
-    const Layout format = layout(fAccessors[static_cast<std::size_t>(accessor)]);
+    const Layout format = layout(fAccessors[static_cast<size_t>(accessor)]);
     if (!isIndexType(format.componentType) || format.components != 1)
-        throw ImportError(fAccessors[static_cast<std::size_t>(accessor)].place() +
+        throw ImportError(fAccessors[static_cast<size_t>(accessor)].place() +
                           " should be single unsigned integers");
     return read<std::uint32_t>(accessor);
 }

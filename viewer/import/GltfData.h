@@ -22,11 +22,11 @@ public:
     /// Both must outlive this object.
     GltfData(const GltfContainer& container, const ModelFolder& folder);
 
-    std::size_t accessorCount() const { return fAccessors.size(); }
-    std::size_t viewCount() const { return fViews.size(); }
+    size_t accessorCount() const { return fAccessors.size(); }
+    size_t viewCount() const { return fViews.size(); }
 
     /// How many numbers an element of the accessor has: 1 to 4 for SCALAR to VEC4, 16 for MAT4.
-    std::size_t components(int accessor) const;
+    size_t components(int accessor) const;
 
     /// All elements as floats, one after the other. Normalised integers become 0 to 1 or -1 to 1, others keep
     /// their value; sparse elements are put in place.
@@ -36,7 +36,7 @@ public:
     std::vector<std::uint32_t> indices(int accessor);
 
     /// The bytes of a buffer view.
-    std::span<const std::uint8_t> view(std::size_t index);
+    std::span<const std::uint8_t> view(size_t index);
 
     /// Those that buffers were loaded from.
     const std::vector<std::string>& files() const { return fFiles; }
@@ -44,22 +44,22 @@ public:
 private:
     struct Layout {
         int componentType = 0;
-        std::size_t componentSize = 0;
-        std::size_t components = 0;
-        std::size_t count = 0;
+        size_t componentSize = 0;
+        size_t components = 0;
+        size_t count = 0;
         bool normalized = false;
 
-        std::size_t elementSize() const { return componentSize * components; }
+        size_t elementSize() const { return componentSize * components; }
     };
     struct Elements {
         std::span<const std::uint8_t> bytes; ///< from the first element on; empty: all elements are 0
-        std::size_t stride = 0;
+        size_t stride = 0;
     };
 
     Layout layout(const GltfObject& accessor) const;
-    Elements elements(const GltfObject& source, const Layout& layout, std::size_t defaultStride);
-    std::span<const std::uint8_t> buffer(std::size_t index);
-    std::vector<std::uint8_t> loadBuffer(std::size_t index);
+    Elements elements(const GltfObject& source, const Layout& layout, size_t defaultStride);
+    std::span<const std::uint8_t> buffer(size_t index);
+    std::vector<std::uint8_t> loadBuffer(size_t index);
     template <typename Value>
     std::vector<Value> read(int accessor);
     template <typename Value>

@@ -61,7 +61,7 @@ std::vector<GltfObject> GltfObject::objects(const char* key) const {
     const json& values = list(key);
     result.reserve(values.size());
     const std::string start = (fPlace.empty() ? "" : fPlace + ".") + key + "[";
-    for (std::size_t i = 0; i < values.size(); ++i)
+    for (size_t i = 0; i < values.size(); ++i)
         result.emplace_back(values[i], start + std::to_string(i) + "]");
     return result;
 }
@@ -93,28 +93,28 @@ double GltfObject::number(const char* key, double fallback) const {
     return found->get<double>();
 }
 
-std::size_t GltfObject::whole(const char* key, std::size_t fallback) const {
+size_t GltfObject::whole(const char* key, size_t fallback) const {
     const auto found = fValue->find(key);
     if (found == fValue->end())
         return fallback;
     if (!isWhole(*found))
         wrong(key, "a whole number, 0 or more");
-    return found->get<std::size_t>();
+    return found->get<size_t>();
 }
 
-int GltfObject::reference(const char* key, std::size_t length) const {
+int GltfObject::reference(const char* key, size_t length) const {
     if (!has(key))
         return -1;
-    const std::size_t index = whole(key, 0);
+    const size_t index = whole(key, 0);
     if (index >= length)
         wrong(key, "less than " + std::to_string(length) + " (it is " + std::to_string(index) + ")");
     return static_cast<int>(index);
 }
 
-std::vector<int> GltfObject::references(const char* key, std::size_t length) const {
+std::vector<int> GltfObject::references(const char* key, size_t length) const {
     std::vector<int> result;
     for (const json& value : list(key)) {
-        if (!isWhole(value) || value.get<std::size_t>() >= length)
+        if (!isWhole(value) || value.get<size_t>() >= length)
             wrong(key, "a list of whole numbers less than " + std::to_string(length));
         result.push_back(value.get<int>());
     }
@@ -131,7 +131,7 @@ std::vector<std::string> GltfObject::texts(const char* key) const {
     return result;
 }
 
-void GltfObject::readNumbers(const char* key, double* to, std::size_t count) const {
+void GltfObject::readNumbers(const char* key, double* to, size_t count) const {
     const json& values = list(key);
     if (values.size() != count)
         wrong(key, "a list of " + std::to_string(count) + " numbers");

@@ -29,14 +29,14 @@ public:
     std::string text(const char* key, const std::string& fallback = "") const;
     bool flag(const char* key) const;
     double number(const char* key, double fallback) const;
-    std::size_t whole(const char* key, std::size_t fallback) const;
+    size_t whole(const char* key, size_t fallback) const;
     /// A reference into a list of this length; -1 where there is none.
-    int reference(const char* key, std::size_t length) const;
-    std::vector<int> references(const char* key, std::size_t length) const;
+    int reference(const char* key, size_t length) const;
+    std::vector<int> references(const char* key, size_t length) const;
     std::vector<std::string> texts(const char* key) const;
 
     /// Exactly N numbers.
-    template <std::size_t N>
+    template <size_t N>
     std::array<double, N> numbers(const char* key, const std::array<double, N>& fallback) const {
         if (!has(key))
             return fallback;
@@ -48,7 +48,7 @@ public:
 private:
     [[noreturn]] void wrong(const std::string& key, const std::string& wanted) const;
     const nlohmann::json& list(const char* key) const;
-    void readNumbers(const char* key, double* to, std::size_t count) const;
+    void readNumbers(const char* key, double* to, size_t count) const;
 
     const nlohmann::json* fValue;
     std::string fPlace;

@@ -14,7 +14,7 @@ namespace orloview {
 
 namespace {
 
-Wrap wrapOf(std::size_t code) {
+Wrap wrapOf(size_t code) {
     switch (code) {
     case 33071:
         return Wrap::ClampToEdge;
@@ -25,7 +25,7 @@ Wrap wrapOf(std::size_t code) {
     }
 }
 
-Filter filterOf(std::size_t code, Filter fallback) {
+Filter filterOf(size_t code, Filter fallback) {
     switch (code) {
     case 9728:
         return Filter::Nearest;
@@ -67,7 +67,7 @@ Image readImage(const GltfObject& source, GltfData& data, PictureSearch& picture
     } else if (!uri.empty()) {
         image.path = pictures.find(image.name);
     } else if (const int view = source.reference("bufferView", data.viewCount()); view >= 0) {
-        const auto bytes = data.view(static_cast<std::size_t>(view));
+        const auto bytes = data.view(static_cast<size_t>(view));
         image.bytes.assign(bytes.begin(), bytes.end());
     } else {
         throw ImportError("the file doesn't say where it is");
@@ -92,7 +92,7 @@ std::vector<Image> readImages(const GltfObject& root, GltfData& data, const Mode
 
 /// The picture of a texture: that of an extension that is understood comes before the plain one, which is for
 /// viewers that know none.
-int imageOf(const GltfObject& texture, std::size_t imageCount) {
+int imageOf(const GltfObject& texture, size_t imageCount) {
     const GltfObject webp = texture.object("extensions").object("EXT_texture_webp");
     const int better = webp.reference("source", imageCount);
     return better >= 0 ? better : texture.reference("source", imageCount);
@@ -115,17 +115,17 @@ std::vector<Texture> readTextures(const GltfObject& root, const std::vector<Imag
         Texture& texture = textures.emplace_back();
         texture.name = source.text("name");
         if (const int sampler = source.reference("sampler", samplers.size()); sampler >= 0)
-            readSampler(samplers[static_cast<std::size_t>(sampler)], texture);
+            readSampler(samplers[static_cast<size_t>(sampler)], texture);
         texture.image = imageOf(source, images.size());
         if (texture.image < 0)
             warnings.add(source.place(), whyWithout(source));
         else if (texture.name.empty())
-            texture.name = images[static_cast<std::size_t>(texture.image)].name;
+            texture.name = images[static_cast<size_t>(texture.image)].name;
     }
     return textures;
 }
 
-TextureUse readUse(const GltfObject& owner, const char* key, std::size_t textureCount) {
+TextureUse readUse(const GltfObject& owner, const char* key, size_t textureCount) {
     TextureUse use;
     const GltfObject info = owner.object(key);
     use.texture = info.reference("index", textureCount);
@@ -137,8 +137,8 @@ TextureUse readUse(const GltfObject& owner, const char* key, std::size_t texture
     use.offset = {toFloat(offset[0]), toFloat(offset[1])};
     use.scale = {toFloat(scale[0]), toFloat(scale[1])};
     use.rotation = toFloat(transform.number("rotation", 0.0));
-    constexpr std::size_t kLastUvSet = 9; // a mesh has no more
-    const std::size_t uvSet = transform.whole("texCoord", info.whole("texCoord", 0));
+    constexpr size_t kLastUvSet = 9; // a mesh has no more
+    const size_t uvSet = transform.whole("texCoord", info.whole("texCoord", 0));
     use.uvSet = static_cast<int>(std::min(uvSet, kLastUvSet));
     return use;
 }
@@ -158,7 +158,7 @@ AlphaMode alphaModeOf(const std::string& word) {
     return word == "MASK" ? AlphaMode::Mask : AlphaMode::Opaque;
 }
 
-void readMetallicRoughness(const GltfObject& pbr, std::size_t textureCount, Material& material) {
+void readMetallicRoughness(const GltfObject& pbr, size_t textureCount, Material& material) {
     material.baseColor = color(pbr.numbers<4>("baseColorFactor", {1.0, 1.0, 1.0, 1.0}));
     material.metallic = share(pbr.number("metallicFactor", 1.0));
     material.roughness = share(pbr.number("roughnessFactor", 1.0));
@@ -167,7 +167,7 @@ void readMetallicRoughness(const GltfObject& pbr, std::size_t textureCount, Mate
 }
 
 /// The older workflow.
-void readSpecularGlossiness(const GltfObject& pbr, std::size_t textureCount, Material& material) {
+void readSpecularGlossiness(const GltfObject& pbr, size_t textureCount, Material& material) {
     material.baseColor = color(pbr.numbers<4>("diffuseFactor", {1.0, 1.0, 1.0, 1.0}));
     material.reflection = Reflection::SpecularGlossiness;
     material.metallic = 0.0F;
@@ -179,7 +179,7 @@ void readSpecularGlossiness(const GltfObject& pbr, std::size_t textureCount, Mat
     material.metallicRoughnessTexture = {};
 }
 
-void readClearcoat(const GltfObject& coat, std::size_t textureCount, Material& material) {
+void readClearcoat(const GltfObject& coat, size_t textureCount, Material& material) {
     material.clearcoat = share(coat.number("clearcoatFactor", 0.0));
     material.clearcoatRoughness = share(coat.number("clearcoatRoughnessFactor", 0.0));
     material.clearcoatTexture = readUse(coat, "clearcoatTexture", textureCount);
@@ -187,7 +187,7 @@ void readClearcoat(const GltfObject& coat, std::size_t textureCount, Material& m
     material.clearcoatNormalTexture = readUse(coat, "clearcoatNormalTexture", textureCount);
 }
 
-Material readMaterial(const GltfObject& source, std::size_t textureCount) {
+Material readMaterial(const GltfObject& source, size_t textureCount) {
     Material material;
     material.name = source.text("name");
     readMetallicRoughness(source.object("pbrMetallicRoughness"), textureCount, material);

@@ -26,11 +26,11 @@ namespace {
 
 using koLinear::AffineMatrix;
 
-enum PrimitiveMode : std::size_t { kPoints, kLines, kLineLoop, kLineStrip, kTriangles, kStrip, kFan };
+enum PrimitiveMode : size_t { kPoints, kLines, kLineLoop, kLineStrip, kTriangles, kStrip, kFan };
 
 std::vector<std::uint32_t> pairsOf(const std::vector<std::uint32_t>& strip, bool closed) {
     std::vector<std::uint32_t> pairs;
-    for (std::size_t i = 0; i + 1 < strip.size(); ++i)
+    for (size_t i = 0; i + 1 < strip.size(); ++i)
         pairs.insert(pairs.end(), {strip[i], strip[i + 1]});
     if (closed && strip.size() > 2)
         pairs.insert(pairs.end(), {strip.back(), strip.front()});
@@ -38,7 +38,7 @@ std::vector<std::uint32_t> pairsOf(const std::vector<std::uint32_t>& strip, bool
 }
 
 /// Sets the mesh's topology and indices from a primitive's, spelling out what is chained.
-void spellOut(std::size_t mode, std::vector<std::uint32_t> indices, Mesh& mesh) {
+void spellOut(size_t mode, std::vector<std::uint32_t> indices, Mesh& mesh) {
     switch (mode) {
     case kPoints:
         mesh.topology = Topology::Points;
@@ -130,7 +130,7 @@ public:
     Scene read() {
         for (const int root : roots())
             walk(root);
-        for (const std::size_t node : fSkinned)
+        for (const size_t node : fSkinned)
             placeSkinned(fNodes[node], fWorlds[node]);
         fScene.files = fData.files();
         fScene.warnings = fWarnings.lines();
@@ -149,21 +149,21 @@ private:
     std::vector<int> roots() const;
     void walk(int root);
     void enter(int child, int parent);
-    void place(std::size_t index, const AffineMatrix& toWorld);
-    void placeMesh(const GltfObject& node, std::size_t mesh, const AffineMatrix& toWorld);
+    void place(size_t index, const AffineMatrix& toWorld);
+    void placeMesh(const GltfObject& node, size_t mesh, const AffineMatrix& toWorld);
     void placeSkinned(const GltfObject& node, const AffineMatrix& toWorld);
     void placeCamera(const GltfObject& node, const GltfObject& camera, const AffineMatrix& toWorld);
     void placeLight(const GltfObject& node, const GltfObject& light, const AffineMatrix& toWorld);
-    const std::vector<int>& meshesOf(std::size_t mesh);
-    std::vector<int> readMesh(std::size_t mesh, std::span<const AffineMatrix> joints);
+    const std::vector<int>& meshesOf(size_t mesh);
+    std::vector<int> readMesh(size_t mesh, std::span<const AffineMatrix> joints);
     std::optional<Mesh> readPrimitive(const GltfObject& primitive, const std::string& name,
                                       std::span<const AffineMatrix> joints);
     void readAttributes(const GltfObject& primitive, const std::string& name, Mesh& mesh);
-    std::vector<float> attribute(const GltfObject& attributes, const char* key, std::size_t components);
+    std::vector<float> attribute(const GltfObject& attributes, const char* key, size_t components);
     std::vector<float> colors(const GltfObject& attributes);
 
     const ProgressReport& fReport;
-    std::size_t fPlaced = 0; ///< nodes
+    size_t fPlaced = 0; ///< nodes
     GltfObject fRoot;
     GltfData fData;
     std::vector<GltfObject> fNodes;
@@ -171,10 +171,10 @@ private:
     std::vector<GltfObject> fSkins;
     std::vector<GltfObject> fCameras;
     std::vector<GltfObject> fLights;
-    std::vector<int> fParents;         ///< by node, once it has been reached
-    std::vector<AffineMatrix> fWorlds; ///< by node, likewise
-    std::vector<std::size_t> fSkinned; ///< nodes whose meshes wait until every joint has its place
-    std::map<std::size_t, std::vector<int>> fRead; ///< a file's mesh to those of the scene, one a primitive
+    std::vector<int> fParents;                ///< by node, once it has been reached
+    std::vector<AffineMatrix> fWorlds;        ///< by node, likewise
+    std::vector<size_t> fSkinned;             ///< nodes whose meshes wait until every joint has its place
+    std::map<size_t, std::vector<int>> fRead; ///< a file's mesh to those of the scene, one a primitive
     Scene fScene;
     Warnings fWarnings;
 };
@@ -184,14 +184,14 @@ std::vector<int> GltfParser::roots() const {
     const std::vector<GltfObject> scenes = fRoot.objects("scenes");
     if (!scenes.empty()) {
         const int chosen = std::max(fRoot.reference("scene", scenes.size()), 0);
-        return scenes[static_cast<std::size_t>(chosen)].references("nodes", fNodes.size());
+        return scenes[static_cast<size_t>(chosen)].references("nodes", fNodes.size());
     }
     std::vector<bool> isChild(fNodes.size());
     for (const GltfObject& node : fNodes)
         for (const int child : node.references("children", fNodes.size()))
-            isChild[static_cast<std::size_t>(child)] = true;
+            isChild[static_cast<size_t>(child)] = true;
     std::vector<int> result;
-    for (std::size_t i = 0; i < fNodes.size(); ++i)
+    for (size_t i = 0; i < fNodes.size(); ++i)
         if (!isChild[i])
             result.push_back(static_cast<int>(i));
     if (result.empty() && !fNodes.empty())
@@ -202,21 +202,21 @@ std::vector<int> GltfParser::roots() const {
 
 /// Depth first with a stack of its own: files nest nodes deeper than a function can call itself.
 void GltfParser::walk(int root) {
-    if (fParents[static_cast<std::size_t>(root)] != kUnvisited)
-        return fWarnings.add(named(fNodes[static_cast<std::size_t>(root)]), "placed once only, not twice");
-    fParents[static_cast<std::size_t>(root)] = kRoot;
+    if (fParents[static_cast<size_t>(root)] != kUnvisited)
+        return fWarnings.add(named(fNodes[static_cast<size_t>(root)]), "placed once only, not twice");
+    fParents[static_cast<size_t>(root)] = kRoot;
     std::vector<Visit> open{{root, AffineMatrix()}};
     while (!open.empty()) {
         const auto [index, parentToWorld] = open.back();
         open.pop_back();
-        const GltfObject& node = fNodes[static_cast<std::size_t>(index)];
+        const GltfObject& node = fNodes[static_cast<size_t>(index)];
         const AffineMatrix toWorld = localTransform(node).then(parentToWorld);
-        fWorlds[static_cast<std::size_t>(index)] = toWorld;
-        place(static_cast<std::size_t>(index), toWorld);
+        fWorlds[static_cast<size_t>(index)] = toWorld;
+        place(static_cast<size_t>(index), toWorld);
         tell(fReport, static_cast<double>(++fPlaced), static_cast<double>(fNodes.size()));
         const std::vector<int> children = node.references("children", fNodes.size());
         for (auto child = children.rbegin(); child != children.rend(); ++child) {
-            if (fParents[static_cast<std::size_t>(*child)] == kUnvisited)
+            if (fParents[static_cast<size_t>(*child)] == kUnvisited)
                 open.push_back({*child, toWorld});
             enter(*child, index);
         }
@@ -225,43 +225,42 @@ void GltfParser::walk(int root) {
 
 /// Notes the child's parent. A child that was met before is either one of its own ancestors or shared.
 void GltfParser::enter(int child, int parent) {
-    int& known = fParents[static_cast<std::size_t>(child)];
+    int& known = fParents[static_cast<size_t>(child)];
     if (known == kUnvisited) {
         known = parent;
         return;
     }
-    for (int ancestor = parent; ancestor >= 0; ancestor = fParents[static_cast<std::size_t>(ancestor)])
+    for (int ancestor = parent; ancestor >= 0; ancestor = fParents[static_cast<size_t>(ancestor)])
         if (ancestor == child)
-            throw ImportError("the file is damaged: the node " +
-                              named(fNodes[static_cast<std::size_t>(child)]) +
+            throw ImportError("the file is damaged: the node " + named(fNodes[static_cast<size_t>(child)]) +
                               " contains itself; export the model again");
-    fWarnings.add(named(fNodes[static_cast<std::size_t>(child)]), "placed once only, not twice");
+    fWarnings.add(named(fNodes[static_cast<size_t>(child)]), "placed once only, not twice");
 }
 
-void GltfParser::place(std::size_t index, const AffineMatrix& toWorld) {
+void GltfParser::place(size_t index, const AffineMatrix& toWorld) {
     const GltfObject& node = fNodes[index];
     if (!isFinite(toWorld))
         return fWarnings.add("the node " + named(node), "left out: its transform is not finite");
     if (const int mesh = node.reference("mesh", fMeshes.size()); mesh >= 0 && node.has("skin"))
         fSkinned.push_back(index);
     else if (mesh >= 0)
-        placeMesh(node, static_cast<std::size_t>(mesh), toWorld);
+        placeMesh(node, static_cast<size_t>(mesh), toWorld);
     if (const int camera = node.reference("camera", fCameras.size()); camera >= 0)
-        placeCamera(node, fCameras[static_cast<std::size_t>(camera)], toWorld);
+        placeCamera(node, fCameras[static_cast<size_t>(camera)], toWorld);
     const GltfObject lit = node.object("extensions").object("KHR_lights_punctual");
     if (const int light = lit.reference("light", fLights.size()); light >= 0)
-        placeLight(node, fLights[static_cast<std::size_t>(light)], toWorld);
+        placeLight(node, fLights[static_cast<size_t>(light)], toWorld);
 }
 
-void GltfParser::placeMesh(const GltfObject& node, std::size_t mesh, const AffineMatrix& toWorld) {
+void GltfParser::placeMesh(const GltfObject& node, size_t mesh, const AffineMatrix& toWorld) {
     for (const int read : meshesOf(mesh))
         fScene.instances.push_back({node.text("name"), read, toWorld});
 }
 
 /// A skinned mesh stands where its joints are, not where its node is.
 void GltfParser::placeSkinned(const GltfObject& node, const AffineMatrix& toWorld) {
-    const auto mesh = static_cast<std::size_t>(node.reference("mesh", fMeshes.size()));
-    const auto skin = static_cast<std::size_t>(node.reference("skin", fSkins.size()));
+    const auto mesh = static_cast<size_t>(node.reference("mesh", fMeshes.size()));
+    const auto skin = static_cast<size_t>(node.reference("skin", fSkins.size()));
     try {
         const std::vector<AffineMatrix> joints = readGltfSkin(fSkins[skin], fData, fWorlds);
         for (const int read : readMesh(mesh, joints))
@@ -316,7 +315,7 @@ void GltfParser::placeLight(const GltfObject& node, const GltfObject& light, con
 }
 
 /// The scene's meshes for a mesh of the file; read when the first node asks for it.
-const std::vector<int>& GltfParser::meshesOf(std::size_t mesh) {
+const std::vector<int>& GltfParser::meshesOf(size_t mesh) {
     const auto [known, isNew] = fRead.try_emplace(mesh);
     if (isNew)
         known->second = readMesh(mesh, {});
@@ -324,7 +323,7 @@ const std::vector<int>& GltfParser::meshesOf(std::size_t mesh) {
 }
 
 /// Posed by these joints where there are any.
-std::vector<int> GltfParser::readMesh(std::size_t mesh, std::span<const AffineMatrix> joints) {
+std::vector<int> GltfParser::readMesh(size_t mesh, std::span<const AffineMatrix> joints) {
     std::vector<int> result;
     for (const GltfObject& primitive : fMeshes[mesh].objects("primitives")) {
         const std::string name =
@@ -383,8 +382,7 @@ void GltfParser::readAttributes(const GltfObject& primitive, const std::string& 
         mesh.uvSets.push_back(read(key.c_str(), [&] { return attribute(attributes, key.c_str(), 2); }));
 }
 
-std::vector<float> GltfParser::attribute(const GltfObject& attributes, const char* key,
-                                         std::size_t components) {
+std::vector<float> GltfParser::attribute(const GltfObject& attributes, const char* key, size_t components) {
     const int accessor = attributes.reference(key, fData.accessorCount());
     if (accessor < 0)
         return {};
@@ -401,7 +399,7 @@ std::vector<float> GltfParser::colors(const GltfObject& attributes) {
     const std::vector<float> rgb = fData.floats(accessor);
     std::vector<float> rgba;
     rgba.reserve(rgb.size() / 3 * 4);
-    for (std::size_t i = 0; i < rgb.size(); i += 3)
+    for (size_t i = 0; i < rgb.size(); i += 3)
         rgba.insert(rgba.end(), {rgb[i], rgb[i + 1], rgb[i + 2], 1.0F});
     return rgba;
 }

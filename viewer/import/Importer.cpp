@@ -23,7 +23,7 @@ namespace orloview {
 
 namespace {
 
-constexpr std::size_t kLongestError = 1000;
+constexpr size_t kLongestError = 1000;
 
 /// The child's work: the scene, or one line that says what is wrong.
 bool readInto(int output, const std::string& path, const ModelFolder& folder, SharedFraction& done) {
@@ -36,14 +36,13 @@ bool readInto(int output, const std::string& path, const ModelFolder& folder, Sh
     }
 }
 
-std::size_t memoryOfMachine() {
-    return static_cast<std::size_t>(::sysconf(_SC_PHYS_PAGES)) *
-           static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+size_t memoryOfMachine() {
+    return static_cast<size_t>(::sysconf(_SC_PHYS_PAGES)) * static_cast<size_t>(::sysconf(_SC_PAGESIZE));
 }
 
 ChildLimits childLimits(const std::string& path, const ImportLimits& asked) {
     ChildLimits limits;
-    const std::size_t size = bytesOnDisk(path);
+    const size_t size = bytesOnDisk(path);
     limits.mostMemoryBytes = asked.memoryBytes.value_or(std::max(limits.memoryBytes, memoryOfMachine()));
     limits.memoryBytes =
         asked.memoryBytes.value_or(std::clamp(memoryFor(size), limits.memoryBytes, limits.mostMemoryBytes));
@@ -52,8 +51,8 @@ ChildLimits childLimits(const std::string& path, const ImportLimits& asked) {
     return limits;
 }
 
-std::string inWords(std::size_t bytes) {
-    const bool isSmall = bytes < std::size_t{1} << 30;
+std::string inWords(size_t bytes) {
+    const bool isSmall = bytes < size_t{1} << 30;
     char text[32];
     std::snprintf(text, sizeof text, "%.3g %s", static_cast<double>(bytes) / (isSmall ? 1 << 20 : 1 << 30),
                   isSmall ? "MB" : "GB");

@@ -10,7 +10,7 @@ namespace orloview {
 
 namespace {
 
-std::size_t indicesPerElement(Topology topology) {
+size_t indicesPerElement(Topology topology) {
     switch (topology) {
     case Topology::Points:
         return 1;
@@ -36,7 +36,7 @@ const char* elementName(Topology topology) {
 
 std::vector<bool> finiteVertices(const Mesh& mesh) {
     std::vector<bool> finite(mesh.vertexCount());
-    for (std::size_t i = 0; i < finite.size(); ++i)
+    for (size_t i = 0; i < finite.size(); ++i)
         finite[i] = std::all_of(&mesh.positions[i * 3], &mesh.positions[i * 3] + 3,
                                 [](float coordinate) { return std::isfinite(coordinate); });
     return finite;
@@ -44,14 +44,14 @@ std::vector<bool> finiteVertices(const Mesh& mesh) {
 
 /// How many elements had to go, and why.
 struct Dropped {
-    std::size_t missingVertex = 0;
-    std::size_t notFinite = 0;
-    std::size_t incomplete = 0; ///< indices at the end that make no whole element
+    size_t missingVertex = 0;
+    size_t notFinite = 0;
+    size_t incomplete = 0; ///< indices at the end that make no whole element
 };
 
 Dropped dropElements(Mesh& mesh) {
     Dropped dropped;
-    const std::size_t width = indicesPerElement(mesh.topology);
+    const size_t width = indicesPerElement(mesh.topology);
     const std::vector<bool> finite = finiteVertices(mesh);
     std::vector<std::uint32_t>& indices = mesh.indices;
 
@@ -72,7 +72,7 @@ Dropped dropElements(Mesh& mesh) {
 }
 
 void dropMisfits(Mesh& mesh, const std::string& name, Warnings& warnings) {
-    const auto fits = [&](const std::vector<float>& values, std::size_t width) {
+    const auto fits = [&](const std::vector<float>& values, size_t width) {
         return values.empty() || values.size() == mesh.vertexCount() * width;
     };
     const char* const reason = "left out: there is not one value for each vertex";
@@ -98,7 +98,7 @@ void makeFinite(std::vector<float>& values, float instead) {
 }
 
 void warnOf(const Dropped& dropped, const Mesh& mesh, const std::string& name, Warnings& warnings) {
-    const auto part = [&](std::size_t count) {
+    const auto part = [&](size_t count) {
         return std::to_string(count) + " " + elementName(mesh.topology) + (count == 1 ? " of " : "s of ") +
                name;
     };

@@ -39,27 +39,27 @@ Scene readAs(Format format, const std::vector<std::uint8_t>& bytes, const std::f
 
 /// A small file can place one mesh in thousands of places and keep every later step busy for hours.
 void checkSize(const Scene& scene) {
-    constexpr std::size_t kMostElements = std::size_t{1} << 28;
+    constexpr size_t kMostElements = size_t{1} << 28;
     for (const Topology topology : {Topology::Points, Topology::Lines, Topology::Triangles})
         if (scene.count(topology) > kMostElements)
             throw ImportError("it places meshes so often that " + std::to_string(scene.count(topology)) +
                               " triangles, lines or points would be drawn; export it with fewer copies");
 }
 
-bool refers(int index, std::size_t length) {
-    return index >= 0 && static_cast<std::size_t>(index) < length;
+bool refers(int index, size_t length) {
+    return index >= 0 && static_cast<size_t>(index) < length;
 }
 
-bool refersOrNone(int index, std::size_t length) {
+bool refersOrNone(int index, size_t length) {
     return index == -1 || refers(index, length);
 }
 
-bool fits(const std::vector<float>& values, std::size_t count) {
+bool fits(const std::vector<float>& values, size_t count) {
     return values.empty() || values.size() == count;
 }
 
-bool isConsistent(const Mesh& mesh, std::size_t materialCount) {
-    const std::size_t vertices = mesh.vertexCount();
+bool isConsistent(const Mesh& mesh, size_t materialCount) {
+    const size_t vertices = mesh.vertexCount();
     return mesh.topology <= Topology::Triangles && mesh.positions.size() == vertices * 3 &&
            fits(mesh.normals, vertices * 3) && fits(mesh.colors, vertices * 4) && !mesh.indices.empty() &&
            fits(mesh.particles.velocities, vertices * 3) &&
@@ -72,7 +72,7 @@ bool isConsistent(const Mesh& mesh, std::size_t materialCount) {
                        [&](std::uint32_t index) { return index < vertices; });
 }
 
-bool isConsistent(const Material& material, std::size_t textureCount) {
+bool isConsistent(const Material& material, size_t textureCount) {
     return material.alphaMode <= AlphaMode::Blend && material.reflection <= Reflection::Phong &&
            std::all_of(kTextureUses.begin(), kTextureUses.end(), [&](TextureUse Material::*use) {
                return refersOrNone((material.*use).texture, textureCount) && (material.*use).uvSet >= 0;

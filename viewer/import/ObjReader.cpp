@@ -40,23 +40,23 @@ struct Corner {
 };
 
 struct CornerHash {
-    std::size_t operator()(const Corner& corner) const {
-        std::size_t hash = corner.position;
+    size_t operator()(const Corner& corner) const {
+        size_t hash = corner.position;
         for (const std::uint32_t part : {corner.uv, corner.normal, corner.smoothing})
             hash = hash * 0x9E3779B97F4A7C15U + part;
         return hash ^ hash >> 29U;
     }
 };
 
-bool isIn(const std::vector<float>& list, std::uint32_t index, std::size_t width) {
+bool isIn(const std::vector<float>& list, std::uint32_t index, size_t width) {
     return index < list.size() / width;
 }
 
 /// Appends an entry of the list, or `instead` where there is no such entry.
-void copyOr(float instead, const std::vector<float>& list, std::uint32_t index, std::size_t width,
+void copyOr(float instead, const std::vector<float>& list, std::uint32_t index, size_t width,
             std::vector<float>& to) {
-    for (std::size_t i = 0; i < width; ++i)
-        to.push_back(isIn(list, index, width) ? list[std::size_t{index} * width + i] : instead);
+    for (size_t i = 0; i < width; ++i)
+        to.push_back(isIn(list, index, width) ? list[size_t{index} * width + i] : instead);
 }
 
 /// A mesh that grows while the file is read; corners that are alike share a vertex.
@@ -83,16 +83,16 @@ public:
 private:
     void readLine(std::string_view keyword, std::string_view words);
     void readPosition(std::string_view words);
-    void readVector(std::string_view words, std::size_t width, std::vector<float>& to);
+    void readVector(std::string_view words, size_t width, std::vector<float>& to);
     void readNormal(std::string_view words);
     void readFace(std::string_view words);
     std::vector<std::uint32_t> cut(const std::vector<Corner>& face) const;
     void readPolyline(std::string_view words);
     void readPoints(std::string_view words);
     void readSmoothing(std::string_view words);
-    std::optional<std::vector<Corner>> readCorners(std::string_view words, std::size_t least);
+    std::optional<std::vector<Corner>> readCorners(std::string_view words, size_t least);
     std::optional<Corner> readCorner(std::string_view word) const;
-    std::uint32_t listIndex(std::string_view word, std::size_t count, bool& valid) const;
+    std::uint32_t listIndex(std::string_view word, size_t count, bool& valid) const;
     Part& part(Topology topology);
     void finish(Part& part);
     void addNormals(Part& part);
@@ -100,7 +100,7 @@ private:
 
     const ProgressReport& fReport;
     std::string_view fText;
-    std::size_t fLine = 0;
+    size_t fLine = 0;
     Scene fScene;
     Warnings fWarnings;
     ObjMaterials fMaterials;
@@ -115,14 +115,14 @@ private:
     std::uint32_t fSmoothing = kEverySmooth;
     std::uint32_t fFace = 0;
     using PartKey = std::tuple<std::string, int, Topology>;
-    std::map<PartKey, std::size_t> fPartPlaces;
+    std::map<PartKey, size_t> fPartPlaces;
     std::vector<Part> fParts;
-    std::optional<std::size_t> fCurrent[3]; ///< the part in use by topology, until group or material change
+    std::optional<size_t> fCurrent[3]; ///< the part in use by topology, until group or material change
 };
 
 Scene ObjParser::read() {
     fScene.format = "OBJ";
-    constexpr std::size_t kLinesBetweenReports = 4096;
+    constexpr size_t kLinesBetweenReports = 4096;
     const auto all = static_cast<double>(fText.size());
     std::string continued;
     while (!fText.empty()) {
@@ -175,7 +175,7 @@ void ObjParser::readLine(std::string_view keyword, std::string_view words) {
     else if (keyword == "curv" || keyword == "surf")
         fWarnings.add("curves and surfaces", "left out: only points, lines and faces are drawn");
     if (keyword == "usemtl" || keyword == "g" || keyword == "o")
-        for (std::optional<std::size_t>& current : fCurrent)
+        for (std::optional<size_t>& current : fCurrent)
             current.reset();
 }
 
@@ -186,7 +186,7 @@ void ObjParser::badLine(const char* reason) {
 /// x, y, z and either a weight, which is passed over, or a colour.
 void ObjParser::readPosition(std::string_view words) {
     std::array<float, 6> numbers{};
-    std::size_t count = 0;
+    size_t count = 0;
     for (auto number = toNumber(takeWord(words)); number && count < numbers.size();
          number = toNumber(takeWord(words)))
         numbers[count++] = toFloat(*number);
@@ -203,8 +203,8 @@ void ObjParser::readPosition(std::string_view words) {
         fColors.resize(fPositions.size(), 1.0F);
 }
 
-void ObjParser::readVector(std::string_view words, std::size_t width, std::vector<float>& to) {
-    for (std::size_t i = 0; i < width; ++i)
+void ObjParser::readVector(std::string_view words, size_t width, std::vector<float>& to) {
+    for (size_t i = 0; i < width; ++i)
         to.push_back(toFloat(toNumber(takeWord(words)).value_or(0.0)));
 }
 
@@ -215,7 +215,7 @@ void ObjParser::readNormal(std::string_view words) {
 }
 
 /// Counted from 1, or backwards from the end where negative.
-std::uint32_t ObjParser::listIndex(std::string_view word, std::size_t count, bool& valid) const {
+std::uint32_t ObjParser::listIndex(std::string_view word, size_t count, bool& valid) const {
     const auto number = toWhole(word);
     if (!number || *number == 0) {
         valid = false;
@@ -229,8 +229,8 @@ std::uint32_t ObjParser::listIndex(std::string_view word, std::size_t count, boo
 std::optional<Corner> ObjParser::readCorner(std::string_view word) const {
     Corner corner;
     bool valid = true;
-    const auto takeIndex = [&](std::size_t count, bool needed) {
-        const std::size_t end = std::min(word.find('/'), word.size());
+    const auto takeIndex = [&](size_t count, bool needed) {
+        const size_t end = std::min(word.find('/'), word.size());
         const std::string_view digits = word.substr(0, end);
         word.remove_prefix(std::min(end + 1, word.size()));
         return digits.empty() && !needed ? kNone : listIndex(digits, count, valid);
@@ -241,7 +241,7 @@ std::optional<Corner> ObjParser::readCorner(std::string_view word) const {
     return valid ? std::optional(corner) : std::nullopt;
 }
 
-std::optional<std::vector<Corner>> ObjParser::readCorners(std::string_view words, std::size_t least) {
+std::optional<std::vector<Corner>> ObjParser::readCorners(std::string_view words, size_t least) {
     std::vector<Corner> corners;
     for (std::string_view word = takeWord(words); !word.empty() && !word.starts_with('#');
          word = takeWord(words)) {
@@ -260,7 +260,7 @@ std::optional<std::vector<Corner>> ObjParser::readCorners(std::string_view words
 }
 
 Part& ObjParser::part(Topology topology) {
-    std::optional<std::size_t>& current = fCurrent[static_cast<std::size_t>(topology)];
+    std::optional<size_t>& current = fCurrent[static_cast<size_t>(topology)];
     if (!current) {
         const auto [place, isNew] = fPartPlaces.emplace(PartKey{fGroup, fMaterial, topology}, fParts.size());
         if (isNew) {
@@ -295,7 +295,7 @@ std::vector<std::uint32_t> ObjParser::cut(const std::vector<Corner>& face) const
     std::vector<std::uint32_t> polygon(face.size());
     std::iota(polygon.begin(), polygon.end(), 0U);
     std::vector<float> outline;
-    for (std::size_t i = 0; face.size() > 3 && i < face.size(); ++i)
+    for (size_t i = 0; face.size() > 3 && i < face.size(); ++i)
         copyOr(0.0F, fPositions, face[i].position, 3, outline);
     std::vector<std::uint32_t> triangles;
     triangulate(polygon, outline, triangles);
@@ -307,7 +307,7 @@ void ObjParser::readPolyline(std::string_view words) {
     if (!corners)
         return;
     Part& to = part(Topology::Lines);
-    for (std::size_t i = 0; i + 1 < corners->size(); ++i)
+    for (size_t i = 0; i + 1 < corners->size(); ++i)
         for (const Corner& corner : {(*corners)[i], (*corners)[i + 1]})
             to.mesh.indices.push_back(to.vertexOf(corner));
 }
@@ -369,9 +369,9 @@ void ObjParser::addNormals(Part& part) {
         groups.push_back(places.emplace(key, static_cast<std::uint32_t>(places.size())).first->second);
     }
     addSmoothNormals(part.mesh, groups);
-    for (std::size_t i = 0; i < part.corners.size(); ++i)
+    for (size_t i = 0; i < part.corners.size(); ++i)
         if (isIn(fNormals, part.corners[i].normal, 3))
-            std::copy_n(&fNormals[std::size_t{part.corners[i].normal} * 3], 3, &part.mesh.normals[i * 3]);
+            std::copy_n(&fNormals[size_t{part.corners[i].normal} * 3], 3, &part.mesh.normals[i * 3]);
 }
 
 } // namespace

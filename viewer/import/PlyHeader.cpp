@@ -58,7 +58,7 @@ PlyElement elementOf(std::string_view words, std::string_view line) {
     const auto count = toWhole(takeWord(words));
     if (element.name.empty() || !count || *count < 0)
         wrongLine(line);
-    element.count = static_cast<std::size_t>(*count);
+    element.count = static_cast<size_t>(*count);
     return element;
 }
 
@@ -78,7 +78,7 @@ PlyProperty propertyOf(std::string_view words, std::string_view line) {
 
 } // namespace
 
-std::size_t sizeOf(PlyType type) {
+size_t sizeOf(PlyType type) {
     switch (type) {
     case PlyType::Int8:
     case PlyType::UInt8:
@@ -96,10 +96,10 @@ std::size_t sizeOf(PlyType type) {
     return 0;
 }
 
-std::size_t PlyElement::find(std::string_view property) const {
+size_t PlyElement::find(std::string_view property) const {
     const auto found = std::find_if(properties.begin(), properties.end(),
                                     [&](const PlyProperty& each) { return each.name == property; });
-    return static_cast<std::size_t>(found - properties.begin());
+    return static_cast<size_t>(found - properties.begin());
 }
 
 PlyHeader takePlyHeader(std::string_view& file) {

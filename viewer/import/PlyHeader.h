@@ -13,7 +13,7 @@ enum class PlyFormat { Text, LittleEndian, BigEndian };
 enum class PlyType { Int8, UInt8, Int16, UInt16, Int32, UInt32, Float32, Float64 };
 
 /// In a binary file.
-std::size_t sizeOf(PlyType type);
+size_t sizeOf(PlyType type);
 
 struct PlyProperty {
     std::string name;
@@ -23,11 +23,11 @@ struct PlyProperty {
 
 struct PlyElement {
     std::string name;
-    std::size_t count = 0;
+    size_t count = 0;
     std::vector<PlyProperty> properties;
 
     /// The place of the property in the element; none of that name: the number of properties.
-    std::size_t find(std::string_view property) const;
+    size_t find(std::string_view property) const;
     bool has(std::string_view property) const { return find(property) < properties.size(); }
 };
 

@@ -33,32 +33,32 @@ public:
     /// Holds the header's count against what is left of the file.
     void expect(const PlyElement& element) {
         fElement = &element;
-        const std::size_t least = smallest(element);
+        const size_t least = smallest(element);
         if (least > 0 && element.count > fData.size() / least + 1)
             cutOff();
     }
 
     /// How many bytes are still to be read.
-    std::size_t left() const { return fData.size(); }
+    size_t left() const { return fData.size(); }
 
     double next(PlyType type) { return fFormat == PlyFormat::Text ? nextWord() : nextBinary(type); }
 
     /// How many items the list has that begins here.
-    std::size_t nextCount(const PlyProperty& list) {
+    size_t nextCount(const PlyProperty& list) {
         const double count = next(*list.listCount);
-        const std::size_t itemSize = fFormat == PlyFormat::Text ? 1 : sizeOf(list.type);
-        const std::size_t most = fData.size() / itemSize;
+        const size_t itemSize = fFormat == PlyFormat::Text ? 1 : sizeOf(list.type);
+        const size_t most = fData.size() / itemSize;
         if (!(count >= 0.0) || count > static_cast<double>(most))
             cutOff();
-        return static_cast<std::size_t>(count);
+        return static_cast<size_t>(count);
     }
 
 private:
     /// The fewest bytes that one element can take.
-    std::size_t smallest(const PlyElement& element) const {
+    size_t smallest(const PlyElement& element) const {
         if (fFormat == PlyFormat::Text)
             return element.properties.size() * 2; // a digit and a blank
-        std::size_t sum = 0;
+        size_t sum = 0;
         for (const PlyProperty& property : element.properties)
             sum += sizeOf(property.listCount.value_or(property.type));
         return sum;
@@ -127,7 +127,7 @@ struct Row {
     void read(const PlyElement& element, Body& body) {
         values.resize(element.properties.size());
         lists.resize(element.properties.size());
-        for (std::size_t i = 0; i < element.properties.size(); ++i) {
+        for (size_t i = 0; i < element.properties.size(); ++i) {
             const PlyProperty& property = element.properties[i];
             if (!property.listCount) {
                 values[i] = body.next(property.type);
@@ -158,10 +158,10 @@ double fullScale(PlyType type) {
 }
 
 /// Where the vertex keeps an attribute: the places of its properties, empty where it has none.
-std::vector<std::size_t> placesOf(const PlyElement& element,
-                                  std::initializer_list<std::vector<std::string_view>> spellings) {
+std::vector<size_t> placesOf(const PlyElement& element,
+                             std::initializer_list<std::vector<std::string_view>> spellings) {
     for (const std::vector<std::string_view>& names : spellings) {
-        std::vector<std::size_t> places;
+        std::vector<size_t> places;
         for (const std::string_view name : names)
             if (element.has(name) && !element.properties[element.find(name)].listCount)
                 places.push_back(element.find(name));
@@ -208,8 +208,8 @@ private:
     const ProgressReport& fReport;
     PlyHeader fHeader;
     Body fBody;
-    std::size_t fLength; ///< of the body
-    std::size_t fRowsRead = 0;
+    size_t fLength; ///< of the body
+    size_t fRowsRead = 0;
     Row fRow;
     Mesh fVertices;
     std::vector<std::vector<std::uint32_t>> fPolygons;
@@ -219,7 +219,7 @@ private:
 };
 
 void PlyParser::readRow(const PlyElement& element) {
-    constexpr std::size_t kRowsBetweenReports = 4096;
+    constexpr size_t kRowsBetweenReports = 4096;
     fRow.read(element, fBody);
     if (++fRowsRead % kRowsBetweenReports == 0)
         tell(fReport, static_cast<double>(fLength - fBody.left()), static_cast<double>(fLength));
@@ -234,27 +234,27 @@ void PlyParser::readVertices(const PlyElement& element) {
         {{"red", "green", "blue"}, {"r", "g", "b"}, {"diffuse_red", "diffuse_green", "diffuse_blue"}});
     const auto alpha = placesOf(element, {{"alpha"}, {"a"}, {"diffuse_alpha"}});
     const auto velocities = placesOf(element, {{"vx", "vy", "vz"}});
-    std::array<std::vector<std::size_t>, kParticleValueNames.size()> particleValues;
-    for (std::size_t i = 0; i < particleValues.size(); ++i)
+    std::array<std::vector<size_t>, kParticleValueNames.size()> particleValues;
+    for (size_t i = 0; i < particleValues.size(); ++i)
         particleValues[i] = placesOf(element, {{kParticleValueNames[i]}});
     if (positions.empty())
         throw ImportError("its vertices have no x, y and z; export the model again");
 
-    const auto append = [&](std::vector<float>& to, const std::vector<std::size_t>& places) {
-        for (const std::size_t place : places)
+    const auto append = [&](std::vector<float>& to, const std::vector<size_t>& places) {
+        for (const size_t place : places)
             to.push_back(toFloat(fRow.values[place]));
     };
-    const auto channel = [&](std::size_t place) {
+    const auto channel = [&](size_t place) {
         return toFloat(fRow.values[place] / fullScale(element.properties[place].type));
     };
     if (!uvs.empty())
         fVertices.uvSets.resize(1);
-    for (std::size_t i = 0; i < element.count; ++i) {
+    for (size_t i = 0; i < element.count; ++i) {
         readRow(element);
         append(fVertices.positions, positions);
         append(fVertices.normals, normals);
         append(fVertices.particles.velocities, velocities);
-        for (std::size_t place = 0; place < particleValues.size(); ++place)
+        for (size_t place = 0; place < particleValues.size(); ++place)
             append(fVertices.particles.values[place], particleValues[place]);
         if (!uvs.empty()) // v runs up in these files
             fVertices.uvSets[0].insert(fVertices.uvSets[0].end(),
@@ -266,7 +266,7 @@ void PlyParser::readVertices(const PlyElement& element) {
     }
 }
 
-std::size_t listPlace(const PlyElement& element) {
+size_t listPlace(const PlyElement& element) {
     for (const char* name : {"vertex_indices", "vertex_index"})
         if (element.has(name) && element.properties[element.find(name)].listCount)
             return element.find(name);
@@ -277,8 +277,8 @@ std::size_t listPlace(const PlyElement& element) {
 void PlyParser::readFaces(const PlyElement& element) {
     if (element.count == 0)
         return;
-    const std::size_t list = listPlace(element);
-    for (std::size_t i = 0; i < element.count; ++i) {
+    const size_t list = listPlace(element);
+    for (size_t i = 0; i < element.count; ++i) {
         readRow(element);
         if (fRow.lists[list].size() < 3) {
             fWarnings.add("face " + std::to_string(i), "left out: it has fewer than three corners");
@@ -295,9 +295,9 @@ void PlyParser::readFaces(const PlyElement& element) {
 void PlyParser::readStrips(const PlyElement& element) {
     if (element.count == 0)
         return;
-    const std::size_t list = listPlace(element);
+    const size_t list = listPlace(element);
     std::vector<std::uint32_t> strip;
-    for (std::size_t i = 0; i < element.count; ++i) {
+    for (size_t i = 0; i < element.count; ++i) {
         readRow(element);
         for (const double index : fRow.lists[list]) {
             if (index >= 0.0) {
@@ -316,7 +316,7 @@ void PlyParser::readEdges(const PlyElement& element) {
     const auto ends = placesOf(element, {{"vertex1", "vertex2"}});
     if (ends.empty())
         return skip(element);
-    for (std::size_t i = 0; i < element.count; ++i) {
+    for (size_t i = 0; i < element.count; ++i) {
         readRow(element);
         fLines.insert(fLines.end(), {toIndex(fRow.values[ends[0]]), toIndex(fRow.values[ends[1]])});
     }
@@ -325,7 +325,7 @@ void PlyParser::readEdges(const PlyElement& element) {
 void PlyParser::skip(const PlyElement& element) {
     if (element.properties.empty()) // takes no bytes, so its count may be anything
         return;
-    for (std::size_t i = 0; i < element.count; ++i)
+    for (size_t i = 0; i < element.count; ++i)
         readRow(element);
     if (element.count > 0)
         fWarnings.add("the element '" + element.name + "'", "left out: it is of no known kind");

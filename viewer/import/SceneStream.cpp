@@ -21,7 +21,7 @@ constexpr bool kIsPlain =
     std::is_same_v<T, koLinear::AffineMatrix> || std::is_same_v<T, koColor::Color>;
 
 /// Everything else begins with or is a length.
-constexpr std::size_t kSmallestRecord = sizeof(std::size_t);
+constexpr size_t kSmallestRecord = sizeof(size_t);
 
 class Writer {
 public:
@@ -34,8 +34,8 @@ public:
         return fGood;
     }
 
-    void bytes(const void* from, std::size_t size) {
-        constexpr std::size_t kBuffer = std::size_t{1} << 16;
+    void bytes(const void* from, size_t size) {
+        constexpr size_t kBuffer = size_t{1} << 16;
         if (fPending.size() + size > kBuffer)
             flush();
         if (size > kBuffer)
@@ -43,20 +43,20 @@ public:
         fPending.append(static_cast<const char*>(from), size);
     }
 
-    std::size_t length(std::size_t length, std::size_t) {
+    size_t length(size_t length, size_t) {
         bytes(&length, sizeof length);
         return length;
     }
 
 private:
-    void writeAll(const char* from, std::size_t size) {
+    void writeAll(const char* from, size_t size) {
         while (fGood && size > 0) {
             const ssize_t written = ::write(fFile, from, size);
             if (written < 0 && errno == EINTR)
                 continue;
             fGood = written > 0;
             from += fGood ? written : 0;
-            size -= fGood ? static_cast<std::size_t>(written) : 0;
+            size -= fGood ? static_cast<size_t>(written) : 0;
         }
     }
 
@@ -71,7 +71,7 @@ public:
     bool good() const { return fGood; }
     bool atEnd() const { return fRest.empty(); }
 
-    void bytes(void* to, std::size_t size) {
+    void bytes(void* to, size_t size) {
         fGood = fGood && size <= fRest.size();
         if (!fGood || size == 0)
             return;
@@ -80,8 +80,8 @@ public:
     }
 
     /// A length that was written, or 0 where that many entries can't follow.
-    std::size_t length(std::size_t, std::size_t smallestEntry) {
-        std::size_t length = 0;
+    size_t length(size_t, size_t smallestEntry) {
+        size_t length = 0;
         bytes(&length, sizeof length);
         fGood = fGood && length <= fRest.size() / smallestEntry;
         return fGood ? length : 0;

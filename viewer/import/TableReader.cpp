@@ -35,7 +35,7 @@ public:
         } else {
             if (!line.data()) // the cell before was the last
                 return std::nullopt;
-            const std::size_t end = line.find(fSeparator);
+            const size_t end = line.find(fSeparator);
             cell = trimmed(line.substr(0, end));
             line = end == line.npos ? std::string_view() : line.substr(end + 1);
         }
@@ -52,7 +52,7 @@ std::string_view withoutMark(std::string_view text) {
 }
 
 /// The first line that says something, without a # that makes it a comment to other programs.
-std::string_view takeTitle(std::string_view& text, std::size_t& lines) {
+std::string_view takeTitle(std::string_view& text, size_t& lines) {
     while (!text.empty()) {
         ++lines;
         std::string_view line = trimmed(takeLine(text));
@@ -72,9 +72,9 @@ std::vector<std::string_view> namesIn(std::string_view title) {
     return names;
 }
 
-std::optional<std::size_t> find(const std::vector<std::string_view>& names,
-                                std::initializer_list<std::string_view> spellings) {
-    for (std::size_t i = 0; i < names.size(); ++i)
+std::optional<size_t> find(const std::vector<std::string_view>& names,
+                           std::initializer_list<std::string_view> spellings) {
+    for (size_t i = 0; i < names.size(); ++i)
         for (const std::string_view spelling : spellings)
             if (lowered(names[i]) == lowered(spelling))
                 return i;
@@ -86,9 +86,9 @@ void scaleColors(std::vector<float>& colors) {
     constexpr float kFull = 255.0F;
     bool areBytes = false;
     bool isAlphaByte = false;
-    for (std::size_t i = 0; i < colors.size(); ++i)
+    for (size_t i = 0; i < colors.size(); ++i)
         (i % 4 == 3 ? isAlphaByte : areBytes) |= colors[i] > 1.0F;
-    for (std::size_t i = 0; i < colors.size(); ++i)
+    for (size_t i = 0; i < colors.size(); ++i)
         if (i % 4 == 3 ? isAlphaByte : areBytes)
             colors[i] /= kFull;
 }
@@ -113,7 +113,7 @@ public:
 private:
     /// Where the values of one component go.
     struct Column {
-        std::optional<std::size_t> from;
+        std::optional<size_t> from;
         std::vector<float>* to;
         float instead = 0.0F;
     };
@@ -129,9 +129,9 @@ private:
     }
 
     const ProgressReport& fReport;
-    std::size_t fLength;
+    size_t fLength;
     std::string_view fRest;
-    std::size_t fLine = 0; ///< of the file, from 1
+    size_t fLine = 0; ///< of the file, from 1
     std::string_view fTitle;
     Splitter fSplitter;
     std::vector<std::string_view> fNames;
@@ -148,7 +148,7 @@ void TableParser::add(std::initializer_list<std::initializer_list<std::string_vi
     std::vector<Column> columns;
     bool any = false;
     for (const auto& spellings : components) {
-        const std::optional<std::size_t> from = find(fNames, spellings);
+        const std::optional<size_t> from = find(fNames, spellings);
         columns.push_back({from, &to, instead});
         any = any || from;
         if (from)
@@ -165,16 +165,16 @@ void TableParser::addColumns() {
     add({{"x"}, {"y"}, {"z"}}, fPoints.positions, 0.0F);
     add({{"r", "red"}, {"g", "green"}, {"b", "blue"}, {"a", "alpha"}}, fPoints.colors, 1.0F);
     add({{"vx"}, {"vy"}, {"vz"}}, fPoints.particles.velocities, 0.0F);
-    for (std::size_t i = 0; i < kParticleValueNames.size(); ++i)
+    for (size_t i = 0; i < kParticleValueNames.size(); ++i)
         add({{kParticleValueNames[i]}}, fPoints.particles.values[i], 0.0F);
-    for (std::size_t i = 0; i < fNames.size(); ++i)
+    for (size_t i = 0; i < fNames.size(); ++i)
         if (!fUsed[i])
             fWarnings.add("the column '" + printable(fNames[i], 40) + "'",
                           "left out: it is of no known kind");
 }
 
 bool TableParser::takeRow(std::string_view& line) {
-    constexpr std::size_t kRowsBetweenReports = 4096;
+    constexpr size_t kRowsBetweenReports = 4096;
     while (!fRest.empty()) {
         line = trimmed(takeLine(fRest));
         if (++fLine % kRowsBetweenReports == 0)
@@ -186,7 +186,7 @@ bool TableParser::takeRow(std::string_view& line) {
 }
 
 void TableParser::readRow(std::string_view line) {
-    std::size_t count = 0;
+    size_t count = 0;
     while (const auto cell = fSplitter.take(line)) {
         if (count < fNames.size()) {
             const auto number = toNumber(*cell);
@@ -222,7 +222,7 @@ Scene TableParser::takeScene() {
 } // namespace
 
 bool isTable(std::string_view start) {
-    std::size_t lines = 0;
+    size_t lines = 0;
     std::string_view text = withoutMark(start);
     const std::vector<std::string_view> names = namesIn(takeTitle(text, lines));
     return find(names, {"x"}) && find(names, {"y"}) && find(names, {"z"});

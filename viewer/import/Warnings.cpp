@@ -8,8 +8,8 @@ namespace orloview {
 
 namespace {
 
-constexpr std::size_t kMostNamed = 3;
-constexpr std::size_t kMostLines = 12;
+constexpr size_t kMostNamed = 3;
+constexpr size_t kMostLines = 12;
 
 } // namespace
 

@@ -20,10 +20,10 @@ private:
     struct Entry {
         std::string reason;
         std::vector<std::string> parts; ///< the first few that were named
-        std::size_t count = 0;
+        size_t count = 0;
     };
     std::vector<Entry> fEntries;
-    std::size_t fUnnamed = 0; ///< parts whose reason found no line any more
+    size_t fUnnamed = 0; ///< parts whose reason found no line any more
 };
 
 } // namespace orloview

@@ -16,7 +16,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr double kDegrees = 57.29577951308232;
 
-std::string nameOr(const std::string& name, std::size_t index) {
+std::string nameOr(const std::string& name, size_t index) {
     return name.empty() ? "#" + std::to_string(index) : printable(name);
 }
 
@@ -57,7 +57,7 @@ std::string lensOf(const Camera& camera) {
 template <typename List, typename Text>
 void writeList(std::ostream& out, const char* title, const List& list, Text&& text) {
     out << title << list.size() << '\n';
-    for (std::size_t i = 0; i < list.size(); ++i)
+    for (size_t i = 0; i < list.size(); ++i)
         out << "  " << text(list[i], i) << '\n';
 }
 
@@ -88,7 +88,7 @@ Json json(const Material& material) {
             {"roughness", material.roughness},
             {"doubleSided", material.doubleSided},
             {"unlit", material.unlit},
-            {"alphaMode", kAlphaModes[static_cast<std::size_t>(material.alphaMode)]}};
+            {"alphaMode", kAlphaModes[static_cast<size_t>(material.alphaMode)]}};
 }
 
 Json json(const Camera& camera) {
@@ -116,7 +116,7 @@ Json json(const Light& light) {
 Json json(const Texture& texture, const std::vector<Image>& images) {
     Json result{{"name", texture.name}};
     if (texture.image >= 0) {
-        const Image& image = images[static_cast<std::size_t>(texture.image)];
+        const Image& image = images[static_cast<size_t>(texture.image)];
         result["path"] = image.path;
         result["embeddedBytes"] = image.bytes.size();
     }
@@ -143,15 +143,15 @@ std::string describe(const Scene& scene) {
         << "points     " << scene.count(Topology::Points) << '\n'
         << "bounds     " << (bounds.empty() ? "none" : point(bounds.min) + " to " + point(bounds.max))
         << '\n';
-    const auto named = [](const auto& entry, std::size_t i) { return nameOr(entry.name, i); };
+    const auto named = [](const auto& entry, size_t i) { return nameOr(entry.name, i); };
     writeList(out, "materials  ", scene.materials, named);
     writeList(out, "textures   ", scene.textures, named);
-    writeList(out, "cameras    ", scene.cameras, [](const Camera& camera, std::size_t i) {
+    writeList(out, "cameras    ", scene.cameras, [](const Camera& camera, size_t i) {
         return nameOr(camera.name, i) + ", " + kindOf(camera) + ", " + lensOf(camera);
     });
     writeList(out, "lights     ", scene.lights,
-              [](const Light& light, std::size_t i) { return nameOr(light.name, i) + ", " + kindOf(light); });
-    writeList(out, "warnings   ", scene.warnings, [](const std::string& line, std::size_t) { return line; });
+              [](const Light& light, size_t i) { return nameOr(light.name, i) + ", " + kindOf(light); });
+    writeList(out, "warnings   ", scene.warnings, [](const std::string& line, size_t) { return line; });
     return out.str();
 }
 

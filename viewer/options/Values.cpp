@@ -48,13 +48,13 @@ PixelSize parseSize(const std::string& text) {
     return {*width, *height};
 }
 
-std::size_t parseMemory(const std::string& text) {
+size_t parseMemory(const std::string& text) {
     const char unit = text.empty() ? ' ' : text.back();
     const std::optional<unsigned> count =
         parseNumber<unsigned>(std::string_view(text).substr(0, text.size() - 1));
     if (!count || *count == 0 || *count > 1000000 || (unit != 'M' && unit != 'G'))
         wrong("--limit-memory", text, "give megabytes or gigabytes, such as 500M or 8G");
-    return std::size_t{*count} << (unit == 'M' ? 20U : 30U);
+    return size_t{*count} << (unit == 'M' ? 20U : 30U);
 }
 
 float parsePointSize(const std::string& text) {

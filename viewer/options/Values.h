@@ -80,7 +80,7 @@ Triple parseTriple(const std::string& name, const std::string& text) {
 }
 
 /// "500M" or "8G", in bytes.
-std::size_t parseMemory(const std::string& text);
+size_t parseMemory(const std::string& text);
 
 float parsePointSize(const std::string& text);
 double parseFieldOfView(const std::string& text);

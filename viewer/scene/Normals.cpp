@@ -12,9 +12,9 @@ namespace orloview {
 namespace {
 
 /// Along the triangle's normal, as long as twice its area.
-Vector areaVector(const Mesh& mesh, std::size_t triangle) {
-    const auto corner = [&](std::size_t i) {
-        const float* p = &mesh.positions[std::size_t{mesh.indices[triangle * 3 + i]} * 3];
+Vector areaVector(const Mesh& mesh, size_t triangle) {
+    const auto corner = [&](size_t i) {
+        const float* p = &mesh.positions[size_t{mesh.indices[triangle * 3 + i]} * 3];
         return Point(p[0], p[1], p[2]);
     };
     const Point first = corner(0);
@@ -33,14 +33,14 @@ void storeUnit(const Vector& vector, float* to) {
 }
 
 /// The attribute as each corner of each triangle sees it.
-std::vector<float> perCorner(const std::vector<float>& values, std::size_t width,
+std::vector<float> perCorner(const std::vector<float>& values, size_t width,
                              const std::vector<std::uint32_t>& indices) {
     std::vector<float> result;
     if (values.empty())
         return result;
     result.resize(indices.size() * width);
-    for (std::size_t i = 0; i < indices.size(); ++i)
-        std::copy_n(&values[std::size_t{indices[i]} * width], width, &result[i * width]);
+    for (size_t i = 0; i < indices.size(); ++i)
+        std::copy_n(&values[size_t{indices[i]} * width], width, &result[i * width]);
     return result;
 }
 
@@ -48,7 +48,7 @@ std::vector<float> perCorner(const std::vector<float>& values, std::size_t width
 
 void addFlatNormals(Mesh& mesh) {
     std::vector<float> normals(mesh.indices.size() * 3);
-    for (std::size_t triangle = 0; triangle < mesh.elementCount(); ++triangle) {
+    for (size_t triangle = 0; triangle < mesh.elementCount(); ++triangle) {
         storeUnit(areaVector(mesh, triangle), &normals[triangle * 9]);
         std::copy_n(&normals[triangle * 9], 3, &normals[triangle * 9 + 3]);
         std::copy_n(&normals[triangle * 9], 3, &normals[triangle * 9 + 6]);
@@ -62,26 +62,26 @@ void addFlatNormals(Mesh& mesh) {
 }
 
 void addSmoothNormals(Mesh& mesh, std::span<const std::uint32_t> groups) {
-    const auto groupOf = [&](std::size_t vertex) { return groups.empty() ? vertex : groups[vertex]; };
-    std::size_t groupCount = 0;
-    for (std::size_t vertex = 0; vertex < mesh.vertexCount(); ++vertex)
+    const auto groupOf = [&](size_t vertex) { return groups.empty() ? vertex : groups[vertex]; };
+    size_t groupCount = 0;
+    for (size_t vertex = 0; vertex < mesh.vertexCount(); ++vertex)
         groupCount = std::max(groupCount, groupOf(vertex) + 1);
 
     std::vector<Vector> sums(groupCount);
-    for (std::size_t triangle = 0; triangle < mesh.elementCount(); ++triangle) {
+    for (size_t triangle = 0; triangle < mesh.elementCount(); ++triangle) {
         const Vector vector = areaVector(mesh, triangle);
-        for (std::size_t i = 0; i < 3; ++i) {
+        for (size_t i = 0; i < 3; ++i) {
             Vector& normal = sums[groupOf(mesh.indices[triangle * 3 + i])];
             normal = sum(normal, vector);
         }
     }
     mesh.normals.resize(mesh.positions.size());
-    for (std::size_t vertex = 0; vertex < mesh.vertexCount(); ++vertex)
+    for (size_t vertex = 0; vertex < mesh.vertexCount(); ++vertex)
         storeUnit(sums[groupOf(vertex)], &mesh.normals[vertex * 3]);
 }
 
 void normalize(std::span<float> normals) {
-    for (std::size_t i = 0; i + 2 < normals.size(); i += 3)
+    for (size_t i = 0; i + 2 < normals.size(); i += 3)
         storeUnit({normals[i], normals[i + 1], normals[i + 2]}, &normals[i]);
 }
 

@@ -14,14 +14,14 @@ void moveBehind(std::vector<T>& to, std::vector<T>& from) {
     to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
 }
 
-void renumber(int& index, std::size_t by) {
+void renumber(int& index, size_t by) {
     if (index >= 0)
         index += static_cast<int>(by);
 }
 
 } // namespace
 
-std::size_t Mesh::elementCount() const {
+size_t Mesh::elementCount() const {
     switch (topology) {
     case Topology::Points:
         return indices.size();
@@ -44,25 +44,25 @@ void Bounds::extend(const koLinear::Point& p) {
 
 const Material& Scene::materialOf(const Mesh& mesh) const {
     static const Material kPlain;
-    return mesh.material < 0 ? kPlain : materials[static_cast<std::size_t>(mesh.material)];
+    return mesh.material < 0 ? kPlain : materials[static_cast<size_t>(mesh.material)];
 }
 
 Bounds Scene::bounds() const {
     Bounds box;
     for (const Instance& instance : instances) {
-        const Mesh& mesh = meshes[static_cast<std::size_t>(instance.mesh)];
+        const Mesh& mesh = meshes[static_cast<size_t>(instance.mesh)];
         for (const std::uint32_t index : mesh.indices) {
-            const float* p = &mesh.positions[std::size_t{index} * 3];
+            const float* p = &mesh.positions[size_t{index} * 3];
             box.extend(instance.toWorld.transform(koLinear::Point(p[0], p[1], p[2])));
         }
     }
     return box;
 }
 
-std::size_t Scene::count(Topology topology) const {
-    std::size_t sum = 0;
+size_t Scene::count(Topology topology) const {
+    size_t sum = 0;
     for (const Instance& instance : instances) {
-        const Mesh& mesh = meshes[static_cast<std::size_t>(instance.mesh)];
+        const Mesh& mesh = meshes[static_cast<size_t>(instance.mesh)];
         if (mesh.topology == topology)
             sum += mesh.elementCount();
     }

@@ -52,9 +52,9 @@ struct Mesh {
     /// The format doesn't say which side is outside: show both, whatever the material.
     bool bothSides = false;
 
-    std::size_t vertexCount() const { return positions.size() / 3; }
+    size_t vertexCount() const { return positions.size() / 3; }
     /// Points, lines or triangles, as the topology says.
-    std::size_t elementCount() const;
+    size_t elementCount() const;
 };
 
 /// A mesh in its place. The same mesh may stand in many places. Where toWorld.determinant() is negative the
@@ -204,7 +204,7 @@ struct Scene {
     /// Around every vertex that an instance draws, in world space.
     Bounds bounds() const;
     /// Elements of this kind over all instances.
-    std::size_t count(Topology topology) const;
+    size_t count(Topology topology) const;
     /// Takes another scene in beside what is here, and renumbers its references.
     void append(Scene other);
 };

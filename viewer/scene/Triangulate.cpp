@@ -31,12 +31,12 @@ bool samePlace(const Corner& a, const Corner& b) {
 std::array<double, 3> polygonNormal(std::span<const std::uint32_t> polygon,
                                     std::span<const float> positions) {
     std::array<double, 3> normal{};
-    for (std::size_t i = 0; i < polygon.size(); ++i) {
-        const float* a = &positions[std::size_t{polygon[i]} * 3];
-        const float* b = &positions[std::size_t{polygon[(i + 1) % polygon.size()]} * 3];
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            const std::size_t u = (axis + 1) % 3;
-            const std::size_t v = (axis + 2) % 3;
+    for (size_t i = 0; i < polygon.size(); ++i) {
+        const float* a = &positions[size_t{polygon[i]} * 3];
+        const float* b = &positions[size_t{polygon[(i + 1) % polygon.size()]} * 3];
+        for (size_t axis = 0; axis < 3; ++axis) {
+            const size_t u = (axis + 1) % 3;
+            const size_t v = (axis + 2) % 3;
             normal[axis] += (double{a[u]} - b[u]) * (double{a[v]} + b[v]);
         }
     }
@@ -46,8 +46,8 @@ std::array<double, 3> polygonNormal(std::span<const std::uint32_t> polygon,
 /// Looks at the polygon along the axis that its normal is nearest to, so that it turns counter-clockwise.
 std::vector<Corner> flatten(std::span<const std::uint32_t> polygon, std::span<const float> positions) {
     const std::array<double, 3> normal = polygonNormal(polygon, positions);
-    std::size_t axis = 0;
-    for (std::size_t i = 1; i < 3; ++i)
+    size_t axis = 0;
+    for (size_t i = 1; i < 3; ++i)
         if (std::abs(normal[i]) > std::abs(normal[axis]))
             axis = i;
     const double turn = normal[axis] < 0.0 ? -1.0 : 1.0;
@@ -55,23 +55,23 @@ std::vector<Corner> flatten(std::span<const std::uint32_t> polygon, std::span<co
     std::vector<Corner> corners;
     corners.reserve(polygon.size());
     for (const std::uint32_t vertex : polygon) {
-        const float* p = &positions[std::size_t{vertex} * 3];
+        const float* p = &positions[size_t{vertex} * 3];
         corners.push_back({vertex, p[(axis + 1) % 3] * turn, p[(axis + 2) % 3]});
     }
     return corners;
 }
 
 bool isConvex(const std::vector<Corner>& corners) {
-    const std::size_t n = corners.size();
-    for (std::size_t i = 0; i < n; ++i)
+    const size_t n = corners.size();
+    for (size_t i = 0; i < n; ++i)
         if (area(corners[i], corners[(i + 1) % n], corners[(i + 2) % n]) < 0.0)
             return false;
     return true;
 }
 
 /// An ear is a convex corner whose triangle holds no other corner.
-bool isEar(const std::vector<Corner>& corners, std::size_t i) {
-    const std::size_t n = corners.size();
+bool isEar(const std::vector<Corner>& corners, size_t i) {
+    const size_t n = corners.size();
     const Corner& a = corners[(i + n - 1) % n];
     const Corner& b = corners[i];
     const Corner& c = corners[(i + 1) % n];
@@ -84,14 +84,14 @@ bool isEar(const std::vector<Corner>& corners, std::size_t i) {
 
 void cutEars(std::vector<Corner> corners, std::vector<std::uint32_t>& triangles) {
     while (corners.size() > 3) {
-        const std::size_t n = corners.size();
-        std::size_t ear = 0;
+        const size_t n = corners.size();
+        size_t ear = 0;
         while (ear < n && !isEar(corners, ear))
             ++ear;
         if (ear == n) // crosses itself or has no area: any corner is as good
             ear = 0;
-        const std::size_t before = ear == 0 ? n - 1 : ear - 1;
-        const std::size_t after = ear + 1 == n ? 0 : ear + 1;
+        const size_t before = ear == 0 ? n - 1 : ear - 1;
+        const size_t after = ear + 1 == n ? 0 : ear + 1;
         triangles.insert(triangles.end(),
                          {corners[before].vertex, corners[ear].vertex, corners[after].vertex});
         corners.erase(corners.begin() + static_cast<std::ptrdiff_t>(ear));
@@ -103,8 +103,8 @@ void cutEars(std::vector<Corner> corners, std::vector<std::uint32_t>& triangles)
 
 void triangulate(std::span<const std::uint32_t> polygon, std::span<const float> positions,
                  std::vector<std::uint32_t>& triangles) {
-    constexpr std::size_t kMostCorners = 4096; // cutting ears takes the square of this
-    const std::size_t vertexCount = positions.size() / 3;
+    constexpr size_t kMostCorners = 4096; // cutting ears takes the square of this
+    const size_t vertexCount = positions.size() / 3;
     const bool complete = std::all_of(polygon.begin(), polygon.end(),
                                       [&](std::uint32_t vertex) { return vertex < vertexCount; });
     if (polygon.size() <= 3 || polygon.size() > kMostCorners || !complete)
@@ -117,14 +117,14 @@ void triangulate(std::span<const std::uint32_t> polygon, std::span<const float> 
 }
 
 void appendStrip(std::span<const std::uint32_t> strip, std::vector<std::uint32_t>& triangles) {
-    for (std::size_t i = 0; i + 2 < strip.size(); ++i) {
-        const std::size_t odd = i % 2;
+    for (size_t i = 0; i + 2 < strip.size(); ++i) {
+        const size_t odd = i % 2;
         triangles.insert(triangles.end(), {strip[i], strip[i + 1 + odd], strip[i + 2 - odd]});
     }
 }
 
 void appendFan(std::span<const std::uint32_t> fan, std::vector<std::uint32_t>& triangles) {
-    for (std::size_t i = 1; i + 1 < fan.size(); ++i)
+    for (size_t i = 1; i + 1 < fan.size(); ++i)
         triangles.insert(triangles.end(), {fan[0], fan[i], fan[i + 1]});
 }
 

@@ -21,7 +21,7 @@ public:
         return parameter ? reinterpret_cast<Place>(parameter) : kNowhere;
     }
 
-    void set(Place place, std::size_t count, const float* floats) const override {
+    void set(Place place, size_t count, const float* floats) const override {
         if (place == kNowhere)
             return;
         const auto parameter = reinterpret_cast<CGparameter>(place); // NOLINT(performance-no-int-to-ptr)

@@ -16,7 +16,7 @@ public:
         return gl().glGetUniformLocationARB(fShader.fProgram, name.asChar());
     }
 
-    void set(Place place, std::size_t count, const float* floats) const override {
+    void set(Place place, size_t count, const float* floats) const override {
         const auto location = static_cast<GLint>(place);
         if (count == 1)
             gl().glUniform1fARB(location, floats[0]);

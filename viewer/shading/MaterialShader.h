@@ -27,7 +27,7 @@ public:
     virtual Place placeOf(const koString::CString& name) const = 0;
 
     /// Sets a value of 1, 2 or 3 floats, or a matrix of 16, column by column. Needs it current.
-    virtual void set(Place place, std::size_t count, const float* floats) const = 0;
+    virtual void set(Place place, size_t count, const float* floats) const = 0;
 
     /// Puts a 2D texture on a sampler, and leaves the sampler's unit active with the texture bound: that
     /// unit; none where it has no use for the sampler. Needs it current.

@@ -31,12 +31,12 @@ public:
     /// Bytes per pixel: 3 or 4.
     int channels() const { return fChannels; }
 
-    const std::uint8_t* row(int y) const { return fPixels + static_cast<std::size_t>(y) * fStride; }
+    const std::uint8_t* row(int y) const { return fPixels + static_cast<size_t>(y) * fStride; }
 
 private:
     std::shared_ptr<void> fOwner; ///< keeps fPixels
     const std::uint8_t* fPixels = nullptr;
-    std::size_t fStride = 0;
+    size_t fStride = 0;
     int fWidth = 0;
     int fHeight = 0;
     int fChannels = 0;

@@ -20,21 +20,21 @@ class Bytes {
 public:
     explicit Bytes(std::span<const std::uint8_t> file) : fFile(file) {}
 
-    std::size_t size() const { return fFile.size(); }
+    size_t size() const { return fFile.size(); }
     std::string_view text() const { return {reinterpret_cast<const char*>(fFile.data()), fFile.size()}; }
     bool begins(std::string_view with) const { return text().starts_with(with); }
-    unsigned operator[](std::size_t at) const { return at < fFile.size() ? fFile[at] : 0U; }
+    unsigned operator[](size_t at) const { return at < fFile.size() ? fFile[at] : 0U; }
 
     /// A number of that many bytes.
-    long long little(std::size_t at, std::size_t count) const {
+    long long little(size_t at, size_t count) const {
         long long number = 0;
-        for (std::size_t i = count; i-- > 0;)
+        for (size_t i = count; i-- > 0;)
             number = number << 8 | (*this)[at + i];
         return number;
     }
-    long long big(std::size_t at, std::size_t count) const {
+    long long big(size_t at, size_t count) const {
         long long number = 0;
-        for (std::size_t i = 0; i < count; ++i)
+        for (size_t i = 0; i < count; ++i)
             number = number << 8 | (*this)[at + i];
         return number;
     }
@@ -53,7 +53,7 @@ Size sizeOfBmp(const Bytes& file) {
 
 /// From the segment that begins a frame of any kind.
 Size sizeOfJpeg(const Bytes& file) {
-    for (std::size_t at = 2; at + 9 <= file.size();) {
+    for (size_t at = 2; at + 9 <= file.size();) {
         const unsigned mark = file[at + 1];
         if (file[at] != 0xFF)
             return {};
@@ -65,13 +65,13 @@ Size sizeOfJpeg(const Bytes& file) {
         if (isFrame)
             return {file.big(at + 7, 2), file.big(at + 5, 2)};
         const bool isBare = mark == 0x01 || (mark >= 0xD0 && mark <= 0xD7);
-        at += isBare ? 2 : 2 + static_cast<std::size_t>(file.big(at + 2, 2));
+        at += isBare ? 2 : 2 + static_cast<size_t>(file.big(at + 2, 2));
     }
     return {};
 }
 
 Size sizeOfWebp(const Bytes& file) {
-    const std::string_view chunk = file.text().substr(std::min<std::size_t>(12, file.size()), 4);
+    const std::string_view chunk = file.text().substr(std::min<size_t>(12, file.size()), 4);
     if (chunk == "VP8X")
         return {file.little(24, 3) + 1, file.little(27, 3) + 1};
     if (chunk == "VP8L")
@@ -85,13 +85,13 @@ Size sizeOfTiff(const Bytes& file) {
     constexpr long long kHeight = 257;
     constexpr long long kShort = 3;
     const bool isLittle = file[0] == 'I';
-    const auto number = [&](std::size_t at, std::size_t count) {
+    const auto number = [&](size_t at, size_t count) {
         return isLittle ? file.little(at, count) : file.big(at, count);
     };
-    const auto directory = static_cast<std::size_t>(number(4, 4));
+    const auto directory = static_cast<size_t>(number(4, 4));
     Size size;
     for (long long i = 0; i < number(directory, 2); ++i) {
-        const std::size_t entry = directory + 2 + static_cast<std::size_t>(i) * 12;
+        const size_t entry = directory + 2 + static_cast<size_t>(i) * 12;
         const long long value = number(entry + 8, number(entry + 2, 2) == kShort ? 2 : 4);
         if (number(entry, 2) == kWidth)
             size.first = value;
@@ -104,7 +104,7 @@ Size sizeOfTiff(const Bytes& file) {
 /// The largest of its pictures.
 Size sizeOfIcon(const Bytes& file) {
     Size size;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(file.little(4, 2)); ++i) {
+    for (size_t i = 0; i < static_cast<size_t>(file.little(4, 2)); ++i) {
         const auto side = [](unsigned byte) -> long long { return byte == 0 ? 256 : byte; };
         size.first = std::max(size.first, side(file[6 + 16 * i]));
         size.second = std::max(size.second, side(file[7 + 16 * i]));
@@ -141,7 +141,7 @@ std::pair<const char*, Size> kindAndSize(const Bytes& file) {
         return {"png", {file.big(16, 4), file.big(20, 4)}};
     if (file.begins("\xFF\xD8"sv))
         return {"jpeg", sizeOfJpeg(file)};
-    if (file.begins("RIFF"sv) && file.text().substr(std::min<std::size_t>(8, file.size()), 4) == "WEBP")
+    if (file.begins("RIFF"sv) && file.text().substr(std::min<size_t>(8, file.size()), 4) == "WEBP")
         return {"webp", sizeOfWebp(file)};
     if (file.begins("II*\0"sv) || file.begins("MM\0*"sv))
         return {"tiff", sizeOfTiff(file)};

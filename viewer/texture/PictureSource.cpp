@@ -44,38 +44,38 @@ struct Request {
 };
 
 struct Answer {
-    std::size_t reasonLength = 0; ///< 0: it is done
+    size_t reasonLength = 0; ///< 0: it is done
     int width = 0;
     int height = 0;
 };
 
-bool sendAll(int socket, const void* bytes, std::size_t size) {
+bool sendAll(int socket, const void* bytes, size_t size) {
     const auto* from = static_cast<const char*>(bytes);
     while (size > 0) {
         const ssize_t count = send(socket, from, size, MSG_NOSIGNAL);
         if (count < 0 && errno != EINTR)
             return false;
         from += std::max<ssize_t>(count, 0);
-        size -= static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        size -= static_cast<size_t>(std::max<ssize_t>(count, 0));
     }
     return true;
 }
 
-bool receiveAll(int socket, void* bytes, std::size_t size) {
+bool receiveAll(int socket, void* bytes, size_t size) {
     auto* to = static_cast<char*>(bytes);
     while (size > 0) {
         const ssize_t count = recv(socket, to, size, 0);
         if (count == 0 || (count < 0 && errno != EINTR))
             return false;
         to += std::max<ssize_t>(count, 0);
-        size -= static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        size -= static_cast<size_t>(std::max<ssize_t>(count, 0));
     }
     return true;
 }
 
 /// Descriptors on their way through a socket: one or two.
 struct Handover {
-    explicit Handover(std::size_t count) {
+    explicit Handover(size_t count) {
         part.iov_base = &byte;
         part.iov_len = 1;
         message.msg_iov = &part;
@@ -107,7 +107,7 @@ std::vector<Descriptor> takeOver(int socket) {
     while (recvmsg(socket, &handover.message, MSG_CMSG_CLOEXEC) < 0 && errno == EINTR) {
     }
     const cmsghdr* header = CMSG_FIRSTHDR(&handover.message);
-    for (std::size_t at = 0; header && CMSG_LEN(at + sizeof(int)) <= header->cmsg_len; at += sizeof(int)) {
+    for (size_t at = 0; header && CMSG_LEN(at + sizeof(int)) <= header->cmsg_len; at += sizeof(int)) {
         int descriptor = -1;
         std::memcpy(&descriptor, CMSG_DATA(header) + at, sizeof descriptor);
         descriptors.emplace_back(descriptor);
@@ -149,10 +149,10 @@ void sendTexels(int socket, const DecodedPicture& picture, const Request& reques
 }
 
 /// What decoding a picture takes, with all that the process has already.
-std::size_t memoryFor(const PictureHeader& header, std::size_t fileBytes) {
+size_t memoryFor(const PictureHeader& header, size_t fileBytes) {
     constexpr double kBytesPerPixel = 16.0; // some decoders keep two pictures and a row more
-    constexpr std::size_t kBeside = std::size_t{1} << 30;
-    return kBeside + fileBytes + static_cast<std::size_t>(kBytesPerPixel * header.pixels());
+    constexpr size_t kBeside = size_t{1} << 30;
+    return kBeside + fileBytes + static_cast<size_t>(kBytesPerPixel * header.pixels());
 }
 
 constexpr double kPixelsPerSecond = 4e6; // the slowest decoder makes several times as many
@@ -162,10 +162,10 @@ constexpr double kPixelsPerSecond = 4e6; // the slowest decoder makes several ti
     limits.seconds = asked.seconds.value_or(limits.seconds);
     limits.mostSeconds = asked.seconds.value_or(std::numeric_limits<unsigned>::max());
     limits.mostMemoryBytes = limits.memoryBytes =
-        asked.memoryBytes.value_or(memoryFor({"", 16384, 16384}, std::size_t{1} << 34));
+        asked.memoryBytes.value_or(memoryFor({"", 16384, 16384}, size_t{1} << 34));
     beLimited(limits);
     confine({});
-    std::size_t size = 0;
+    size_t size = 0;
     std::vector<std::uint8_t> embedded;
     if (file < 0 && receiveAll(socket, &size, sizeof size)) {
         embedded.resize(size);
@@ -237,7 +237,7 @@ public:
         if (!handOver(decoders().number(), handed))
             throw PictureError(kNoProcess);
         theirs.close(); // else we would wait for ourselves where the decoder has ended
-        const std::size_t size = image.bytes.size();
+        const size_t size = image.bytes.size();
         if (file.number() < 0 && sendAll(fSocket.number(), &size, sizeof size))
             sendAll(fSocket.number(), image.bytes.data(), size);
     }
@@ -253,8 +253,7 @@ public:
         sendAll(fSocket.number(), &request, sizeof request);
         const Answer made = receiveAnswer();
         Texels texels{made.width, made.height, {}};
-        texels.halves.resize(static_cast<std::size_t>(made.width) * static_cast<std::size_t>(made.height) *
-                             4);
+        texels.halves.resize(static_cast<size_t>(made.width) * static_cast<size_t>(made.height) * 4);
         if (!receiveAll(fSocket.number(), texels.halves.data(),
                         texels.halves.size() * sizeof texels.halves[0]))
             failSilently();
@@ -266,7 +265,7 @@ private:
         Answer answer;
         if (!receiveAll(fSocket.number(), &answer, sizeof answer))
             failSilently();
-        std::string reason(std::min<std::size_t>(answer.reasonLength, 1000), '\0');
+        std::string reason(std::min<size_t>(answer.reasonLength, 1000), '\0');
         if (!receiveAll(fSocket.number(), reason.data(), reason.size()))
             failSilently();
         if (!reason.empty())

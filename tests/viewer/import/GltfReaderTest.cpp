@@ -55,7 +55,7 @@ TEST(GltfReader, spellsOutEveryPrimitiveMode) {
         const Scene scene = read(file);
         ASSERT_THAT(scene.meshes, SizeIs(1));
         EXPECT_EQ(scene.meshes[0].elementCount(), 3U);
-        for (std::size_t i = 2; i < scene.meshes[0].normals.size(); i += 3)
+        for (size_t i = 2; i < scene.meshes[0].normals.size(); i += 3)
             EXPECT_FLOAT_EQ(scene.meshes[0].normals[i], 1.0F) << mode;
     }
     GltfFile unknown = withPositions(kSquare);
@@ -293,7 +293,7 @@ TEST(GltfReader, leavesOutWhatIsDamagedAndNamesIt) {
         const char* what;
         std::function<void(GltfFile&)> make;
         const char* warning;
-        std::size_t triangles;
+        size_t triangles;
     };
     const auto twoTriangles = [](GltfFile& file, std::vector<std::uint8_t> indices) {
         file.primitive()["indices"] = file.accessor(indices, 5121, "SCALAR", indices.size());

@@ -28,15 +28,15 @@ constexpr bool kLimitsMemory = true;
 #endif
 
 /// Takes that much and more, piece by piece.
-bool hoards(std::size_t megabytes) {
+bool hoards(size_t megabytes) {
     std::vector<std::vector<char>> hoard;
-    for (std::size_t i = 0; i < megabytes; ++i)
-        hoard.emplace_back(std::size_t{1} << 20, 'x');
+    for (size_t i = 0; i < megabytes; ++i)
+        hoard.emplace_back(size_t{1} << 20, 'x');
     return hoard.size() == megabytes;
 }
 
 TEST(ChildProcess, tellsWhatBecameOfTheWork) {
-    ChildLimits limits{std::size_t{256} << 20, 1, std::size_t{1024} << 20, 2};
+    ChildLimits limits{size_t{256} << 20, 1, size_t{1024} << 20, 2};
     const auto outcome = [&](const ChildWork& work) { return runInChild(work, limits).outcome; };
     EXPECT_EQ(outcome([](int) { return true; }), ChildOutcome::Done);
     EXPECT_EQ(outcome([](int) { return false; }), ChildOutcome::Failed);
@@ -58,7 +58,7 @@ TEST(ChildProcess, tellsWhatBecameOfTheWork) {
     if (kLimitsMemory) {
         EXPECT_EQ(outcome([](int) { return hoards(300); }), ChildOutcome::OutOfMemory);
         EXPECT_EQ(outcome([](int) {
-                      raiseLimits(std::size_t{300} << 20, 0);
+                      raiseLimits(size_t{300} << 20, 0);
                       return hoards(300);
                   }),
                   ChildOutcome::Done);
@@ -130,7 +130,7 @@ TEST(Importer, saysWhichLimitAndWhichSwitch) {
     EXPECT_THAT(importModel(path, {{}, 1}).error,
                 testing::AllOf(HasSubstr("more than 1 s "), HasSubstr("--limit-time 4")));
     if (kLimitsMemory) {
-        EXPECT_THAT(importModel(path, {std::size_t{90} << 20, {}}).error,
+        EXPECT_THAT(importModel(path, {size_t{90} << 20, {}}).error,
                     testing::AllOf(HasSubstr("more than 90 MB "), HasSubstr("--limit-memory 1G")));
     }
 }
@@ -204,7 +204,7 @@ TEST(Confinement, leavesNothingButReading) {
                                   ::open(inside.c_str(), O_RDONLY) < 0};
             return ::write(output, could, sizeof could) == sizeof could;
         },
-        {std::size_t{2} << 30, 5, std::size_t{2} << 30, 6});
+        {size_t{2} << 30, 5, size_t{2} << 30, 6});
     EXPECT_EQ(result.outcome, ChildOutcome::Done);
     EXPECT_EQ(result.output, Bytes(12, 0));
 }
@@ -215,7 +215,7 @@ using NamedFile = std::pair<const char*, Bytes>;
 template <typename Check>
 void cutEverywhere(const NamedFile& file, Check&& check) {
     const Folder folder;
-    for (std::size_t length = file.second.size(); length > 0; --length)
+    for (size_t length = file.second.size(); length > 0; --length)
         check(
             folder.write(file.first, {file.second.begin(), file.second.begin() + static_cast<long>(length)}),
             length == file.second.size());
@@ -242,7 +242,7 @@ TEST(Importer, survivesEveryCut) {
     };
     for (const NamedFile& file : kFiles)
         cutEverywhere(file, [](const std::filesystem::path& path, bool isWhole) {
-            std::size_t triangles = 0;
+            size_t triangles = 0;
             const std::string message = refusal([&] {
                 const Scene scene = readModel(path, ModelFolder(path));
                 EXPECT_TRUE(isConsistent(scene)) << path;
@@ -288,7 +288,7 @@ TEST(SceneStream, refusesDamagedBytes) {
     ASSERT_TRUE(readScene(sent.output, back));
     EXPECT_EQ(back.meshes[0].indices, scene.meshes[0].indices);
     EXPECT_EQ(back.instances[0].nodeName, "node");
-    for (std::size_t length = 0; length < sent.output.size(); ++length)
+    for (size_t length = 0; length < sent.output.size(); ++length)
         EXPECT_FALSE(readScene(std::span(sent.output).first(length), back)) << length;
     Bytes longer = sent.output;
     longer.push_back(0);

@@ -98,7 +98,7 @@ TEST(LibraryReader, readsPlacesMaterialsAndCameras) {
     EXPECT_LT(scene.instances[0].toWorld.determinant(), 0.0);
     const Mesh& mesh = scene.meshes.at(0);
     EXPECT_EQ(mesh.normals.at(2), 1.0F);
-    const Material& paint = scene.materials.at(static_cast<std::size_t>(mesh.material));
+    const Material& paint = scene.materials.at(static_cast<size_t>(mesh.material));
     EXPECT_EQ(paint.name, "paint");
     EXPECT_FLOAT_EQ(paint.baseColor[2], 0.75F);
     ASSERT_THAT(scene.cameras, SizeIs(1));

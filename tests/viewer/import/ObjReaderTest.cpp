@@ -34,7 +34,7 @@ TEST(ObjReader, cutsConcavePolygonsInside) {
     const Mesh& mesh = scene.meshes.at(0);
     ASSERT_EQ(mesh.elementCount(), 3U);
     double area = 0.0;
-    for (std::size_t i = 0; i < mesh.indices.size(); i += 3) {
+    for (size_t i = 0; i < mesh.indices.size(); i += 3) {
         const float* a = &mesh.positions[mesh.indices[i] * 3];
         const float* b = &mesh.positions[mesh.indices[i + 1] * 3];
         const float* c = &mesh.positions[mesh.indices[i + 2] * 3];
@@ -52,7 +52,7 @@ TEST(ObjReader, followsSmoothingGroups) {
     const auto normalsOfRidge = [&](const std::string& smoothing) {
         const Mesh mesh = read(tent + smoothing + walls).meshes.at(0);
         std::vector<float> xs;
-        for (std::size_t i = 0; i < mesh.vertexCount(); ++i)
+        for (size_t i = 0; i < mesh.vertexCount(); ++i)
             if (mesh.positions[i * 3] == 0.0F)
                 xs.push_back(mesh.normals[i * 3]);
         return xs;
@@ -98,13 +98,12 @@ TEST(ObjReader, readsHowPicturesAreLaidOn) {
     const TextureUse& use = placed.baseColorTexture;
     EXPECT_FLOAT_EQ(0.25F * use.scale[1] + use.offset[1], 1.0F - (0.75F * 3.0F + 0.5F));
     EXPECT_FLOAT_EQ(0.5F * use.scale[0] + use.offset[0], 0.5F * 2.0F + 0.25F);
-    EXPECT_EQ(scene.textures.at(static_cast<std::size_t>(use.texture)).wrapV, Wrap::ClampToEdge);
+    EXPECT_EQ(scene.textures.at(static_cast<size_t>(use.texture)).wrapV, Wrap::ClampToEdge);
     const Material& glowing = scene.materials.at(1);
     EXPECT_EQ(glowing.baseColor[0], 0.0F);
     EXPECT_EQ(glowing.emissive[0], 1.0F);
     EXPECT_EQ(glowing.alphaMode, AlphaMode::Opaque);
-    EXPECT_EQ(scene.textures.at(static_cast<std::size_t>(glowing.emissiveTexture.texture)).wrapU,
-              Wrap::Repeat)
+    EXPECT_EQ(scene.textures.at(static_cast<size_t>(glowing.emissiveTexture.texture)).wrapU, Wrap::Repeat)
         << "the same picture, laid on another way";
     EXPECT_THAT(scene.warnings, ElementsAre(HasSubstr("'mask.png': left out: opacity")));
 }

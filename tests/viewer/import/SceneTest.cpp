@@ -61,7 +61,7 @@ TEST(Normals, weighTrianglesByTheirArea) {
 /// A polygon with a dent, facing along each axis from both sides: its triangles face as it does and cover it.
 TEST(Triangulate, cutsPolygonsFacingAnyWay) {
     constexpr float kDented[][2] = {{0, 0}, {4, 0}, {4, 4}, {3, 1}};
-    for (std::size_t axis = 0; axis < 3; ++axis) {
+    for (size_t axis = 0; axis < 3; ++axis) {
         for (const bool turned : {false, true}) {
             std::vector<float> positions(12);
             std::vector<std::uint32_t> polygon;
@@ -74,8 +74,8 @@ TEST(Triangulate, cutsPolygonsFacingAnyWay) {
             triangulate(polygon, positions, triangles);
             ASSERT_EQ(triangles.size(), 6U);
             double areas = 0.0;
-            for (std::size_t t = 0; t < 6; t += 3) {
-                const auto corner = [&](std::size_t i, std::size_t u) {
+            for (size_t t = 0; t < 6; t += 3) {
+                const auto corner = [&](size_t i, size_t u) {
                     return positions[triangles[t + i] * 3 + (axis + u) % 3];
                 };
                 const double area = (corner(1, 1) - corner(0, 1)) * (corner(2, 2) - corner(0, 2)) -

@@ -66,7 +66,7 @@ public:
     }
 
     /// Adds data and an accessor over it; its number.
-    int accessor(const Bytes& data, int componentType, const std::string& type, std::size_t count) {
+    int accessor(const Bytes& data, int componentType, const std::string& type, size_t count) {
         json["bufferViews"].push_back(
             {{"buffer", 0}, {"byteOffset", binary.size()}, {"byteLength", data.size()}});
         binary.insert(binary.end(), data.begin(), data.end());
@@ -79,9 +79,9 @@ public:
     }
 
     int floats(const std::vector<float>& values, const std::string& type) {
-        const std::size_t width = type == "SCALAR" ? 1
-                                  : type == "MAT4" ? 16
-                                                   : static_cast<std::size_t>(type.back() - '0');
+        const size_t width = type == "SCALAR" ? 1
+                             : type == "MAT4" ? 16
+                                              : static_cast<size_t>(type.back() - '0');
         return accessor(packed(values), 5126, type, values.size() / width);
     }
 
@@ -94,7 +94,7 @@ public:
         std::string text = document.dump();
         text.resize((text.size() + 3) / 4 * 4, ' ');
         Bytes file = bytesOf("glTF");
-        const auto word = [&file](std::size_t value) {
+        const auto word = [&file](size_t value) {
             for (int shift = 0; shift < 32; shift += 8)
                 file.push_back(static_cast<std::uint8_t>(value >> shift));
         };
@@ -113,8 +113,8 @@ public:
     std::string text() const {
         static const char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
         std::string base64;
-        for (std::size_t i = 0; i < binary.size() * 8; i += 6) {
-            const std::size_t next = i / 8 + 1 < binary.size() ? binary[i / 8 + 1] : 0;
+        for (size_t i = 0; i < binary.size() * 8; i += 6) {
+            const size_t next = i / 8 + 1 < binary.size() ? binary[i / 8 + 1] : 0;
             base64 += kAlphabet[(binary[i / 8] << 8U | next) >> (10 - i % 8) & 63U];
         }
         Json document = json;
