@@ -8,7 +8,7 @@ namespace orlocg {
 
 namespace {
 
-constexpr int kDeepest = 200;
+constexpr int kDeepestCondition = 200;
 
 class Evaluator {
 public:
@@ -105,7 +105,7 @@ private:
     }
 
     long long unary() {
-        if (++fDepth > kDeepest)
+        if (++fDepth > kDeepestCondition)
             fDiagnostics.fail(fAt, "the expression of #if is nested too deep");
         long long value = 0;
         if (take("!"))

@@ -44,6 +44,11 @@ std::vector<std::uint8_t> readFile(const fs::path& path) {
     return bytes;
 }
 
+bool isFile(const fs::path& path) {
+    std::error_code error;
+    return fs::is_regular_file(path, error);
+}
+
 size_t bytesOnDisk(const fs::path& path) {
     constexpr size_t kBlock = 512;
     struct stat status {};

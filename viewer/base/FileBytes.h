@@ -16,6 +16,9 @@ Descriptor openFile(const std::filesystem::path& path);
 /// The whole of a regular file. Throws an ImportError as openFile does, and where it is empty.
 std::vector<std::uint8_t> readFile(const std::filesystem::path& path);
 
+/// Whether there is a regular file of that name.
+bool isFile(const std::filesystem::path& path);
+
 /// What a file takes on the disk, or its length where that is less: the holes of a sparse one don't count. 0
 /// where it can't be told.
 size_t bytesOnDisk(const std::filesystem::path& path);

@@ -17,11 +17,6 @@ namespace orloview {
 
 namespace {
 
-bool isFile(const std::filesystem::path& path) {
-    std::error_code error;
-    return std::filesystem::is_regular_file(path, error);
-}
-
 /// A Phong exponent as the roughness that gives a highlight of the same width.
 float roughnessOf(const tinyobj::material_t& source) {
     if (source.roughness > 0.0F)

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <vector>
 
+#include "base/FileBytes.h"
 #include "base/ImportError.h"
 #include "base/Text.h"
 
@@ -15,11 +16,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::array kUsualFolders{"textures", "texture", "tex", "images", "maps", "materials"};
-
-bool isFile(const fs::path& path) {
-    std::error_code error;
-    return fs::is_regular_file(path, error);
-}
 
 bool isRemote(std::string_view name) {
     return name.starts_with("http://") || name.starts_with("https://") || name.starts_with("ftp://");
