@@ -1,17 +1,16 @@
 #include "ShaderTest.h"
 
-#include "shader/GlslShader.h"
+#include "shader/GlslManager.h"
 #include "texture/GLTexUsage.h"
 #include "texture/GLTexture2D.h"
 
-namespace {
+using namespace koShadingDag;
 
-const Calls kLink{call("glLinkProgramARB", shaderName(0)),
-                  call("glGetObjectParameterivARB", shaderName(0), 0x8B82, kOut)};
-const Calls kUse{call("glUseProgramObjectARB", shaderName(0))};
+namespace {
 
 class Glsl : public ShaderTest {
 protected:
+    /// The uniform "a" is at 0, "b" at 1 and so on; "-" is none.
     Glsl() {
         script().answers["glGetUniformLocationARB"] = [](const std::vector<Argument>& arguments) {
             const char first = *static_cast<const char*>(arguments[1].pointer());
@@ -19,53 +18,43 @@ protected:
         };
     }
 
-    void load() {
-        fShader.loadVertexProgramFromString("vertex");
-        fShader.loadFragmentProgramFromString("fragment");
+    void load(const char* vertex = "vertex", const char* fragment = "fragment") {
+        fShader.loadFragmentProgramFromString(fragment);
+        fShader.loadVertexProgramFromString(vertex);
     }
 
     static Calls found(const char* name) { return {call("glGetUniformLocationARB", shaderName(0), name)}; }
 
     GlslShader fShader;
+    GlslManager fManager;
 };
 
 TEST_F(Glsl, compilesEachStageAndLinksOnce) {
     fShader.enable();
-    EXPECT_EQ(made(), Calls{call("glUseProgramObjectARB", 0)}) << "there is nothing to link";
+    EXPECT_EQ(made(), noneUsed()) << "there is nothing to link";
     load();
-    const auto compiled = [](int n, const char* text, int length) {
-        return Calls{call("glShaderSourceARB", shaderName(n), 1, std::string(text), Values{1.0 * length}),
-                     call("glCompileShaderARB", shaderName(n)),
-                     call("glGetObjectParameterivARB", shaderName(n), 0x8B81, kOut)};
-    };
     EXPECT_EQ(made(),
               (Calls{call("glCreateProgramObjectARB"), call("glCreateShaderObjectARB", GL_VERTEX_SHADER_ARB),
-                     call("glCreateShaderObjectARB", GL_FRAGMENT_SHADER_ARB),
-                     call("glAttachObjectARB", shaderName(0), shaderName(1)),
-                     call("glAttachObjectARB", shaderName(0), shaderName(2))} +
-               compiled(1, "{\"vertex\"}", 6) + compiled(2, "{\"fragment\"}", 8)));
+                     call("glCreateShaderObjectARB", GL_FRAGMENT_SHADER_ARB)} +
+               attached(0, 1) + attached(0, 2) + sent(2, "fragment") + compiled(2) + sent(1, "vertex") +
+               compiled(1)));
     fRefused = {GL_OBJECT_COMPILE_STATUS_ARB, GL_OBJECT_LINK_STATUS_ARB};
-    EXPECT_EQ(printed([&] { fShader.loadFragmentProgramFromString("100%s"); }),
-              "### FRAGMENT SHADER COMPILE FAILED:\n100%s\n");
-    EXPECT_EQ(printed([&] { fShader.loadVertexProgramFromString("no\nvertex"); }),
-              "### VERTEX SHADER COMPILE FAILED:\nno\nvertex\n");
+    EXPECT_EQ(printed([&] { load("no\nvertex", "100%s"); }),
+              "### FRAGMENT SHADER COMPILE FAILED:\n100%s\n### VERTEX SHADER COMPILE FAILED:\nno\nvertex\n");
     clearRecorded();
     for (int times = 0; times < 2; ++times)
         EXPECT_EQ(printed([&] { fShader.enable(); }), "### GLSL PROGRAM LINK FAILED:\n");
     fRefused = {};
     fShader.enable();
     fShader.enable();
-    EXPECT_EQ(made(), kLink + kUse + kLink + kUse + kLink + kUse + kUse);
+    EXPECT_EQ(made(), linked(0) + used(0) + linked(0) + used(0) + linked(0) + used(0) + used(0));
     fShader.loadFragmentProgramFromString("fragment");
     clearRecorded();
     fShader.enable();
-    EXPECT_EQ(made(), kLink + kUse);
-
+    EXPECT_EQ(made(), linked(0) + used(0));
     fShader.destroy();
-    EXPECT_EQ(made(),
-              (Calls{call("glUseProgramObjectARB", 0), call("glDeleteObjectARB", shaderName(0)),
-                     call("glDeleteObjectARB", shaderName(1)), call("glDeleteObjectARB", shaderName(2))}));
-    fShader.loadFragmentProgramFromString("fragment");
+    EXPECT_EQ(made(), noneUsed() + deleted(0) + deleted(1) + deleted(2));
+    fShader.loadVertexProgramFromString("vertex");
     EXPECT_EQ(fShader.fProgram, shaderName(3)) << "made anew";
     fShader.destroy();
     EXPECT_TRUE(ledger(NameKind::ShaderObject).live.empty());
@@ -97,12 +86,12 @@ TEST_F(Glsl, bindsATextureWithItsUsage) {
     const auto texture = makeShared<GLTexture2D>();
     GLTexUsage::fsMaxAnisotropy = 16;
     const auto bind = [&](uint32_t type, IGLTexture* bound) {
+        clearRecorded();
         fShader.setParameterTexture("u", static_cast<IHWTexture::TextureType>(type), IHWTexUsage::kRepeat,
                                     IHWTexUsage::kClampToEdge, IHWTexUsage::kTrilinear, IHWTexUsage::kLinear,
                                     koColor::Color(0.1F, 0.2F, 0.3F, 0.4F), true, bound);
         return made();
     };
-    clearRecorded();
     EXPECT_EQ(bind(IHWTexture::kTexture2D, nullptr), Calls{});
     uint32_t type = 0;
     for (const GLenum target : {0, GL_TEXTURE_1D, GL_TEXTURE_2D, 0x84F5, 0x806F, 0x8513, 0}) {
@@ -118,16 +107,51 @@ TEST_F(Glsl, bindsATextureWithItsUsage) {
                    call("glTexParameterfv", target, GL_TEXTURE_BORDER_COLOR, Values{0.1, 0.2, 0.3, 0.4}),
                    call("glTexParameterf", target, 0x84FE, 16), call("glUniform1iARB", 'u' - 'a', 0)}));
     }
-    fShader.destroy();
 }
 
-TEST_F(Glsl, withoutShaderObjectsNothingIsCalled) {
+TEST_F(Glsl, callsNothingWithoutShaderObjects) {
     withoutShaderObjects();
     EXPECT_EQ(printed([&] { load(); }), "");
     fShader.enable();
     fShader.setParameterTexture("a", 1);
     fShader.destroy();
     EXPECT_EQ(made(), Calls{});
+}
+
+TEST_F(Glsl, managersCompileOnceForEachKey) {
+    auto node = std::make_unique<ShadingNodeSpec>(kUnlit);
+    fRefused = {GL_OBJECT_COMPILE_STATUS_ARB, GL_OBJECT_LINK_STATUS_ARB};
+    GlslShader* first = nullptr;
+    const std::string told = printed([&] { first = fManager.bindKOSLShader(*node, "b", nullptr); });
+    EXPECT_THAT(told, testing::StartsWith("### VERTEX SHADER COMPILE FAILED:\n#version 120"));
+    EXPECT_THAT(told, testing::HasSubstr("### FRAGMENT SHADER COMPILE FAILED:\n#version 120"));
+    EXPECT_EQ(printed([&] { EXPECT_EQ(fManager.bindKOSLShader(*node, "b", nullptr), first); }),
+              "### GLSL PROGRAM LINK FAILED:\n");
+    fRefused = {};
+    EXPECT_NE(fManager.bindKOSLShader(*node, "a", nullptr), first);
+    fManager.bindKOSLShader(*node, "b", nullptr);
+    clearRecorded();
+    EXPECT_EQ(fManager.bindKOSLShader(*node, "b", nullptr), first) << "where it was";
+    EXPECT_EQ(made(), used(0)) << "a cached one costs one call";
+    EXPECT_TRUE(fManager.fShaders.empty()) << "the node's manager has them";
+    node.reset(); // in the order of the keys
+    EXPECT_EQ(made(), noneUsed() + deleted(3) + deleted(4) + deleted(5) + noneUsed() + deleted(0) +
+                          deleted(1) + deleted(2));
+}
+
+TEST_F(Glsl, managersLeaveOthersAloneAndNameTypes) {
+    ShadingNodeSpec node;
+    node.assignShaderManager(new IHWShaderManager);
+    EXPECT_EQ(fManager.bindKOSLShader(node, "k", nullptr), nullptr);
+    EXPECT_EQ(made(), Calls{});
+    std::string names;
+    for (const uint32_t type : {0U, 1U, 2U, 3U, 4U, ~0U})
+        names +=
+            std::string(fManager.getLightStringFromType(GlslManager::GlslLightType(type)).asChar()) + '|' +
+            fManager.getTransparencyTypeStringFromType(GlslManager::GlslTransparencyType(type)).asChar() +
+            '|';
+    EXPECT_EQ(names, "point_light|OpacityInAlpha|spot_light|TransparencyInRGB|"
+                     "directional_lightambient_light||||||||");
 }
 
 } // namespace
