@@ -343,6 +343,19 @@ struct NodeFeeder {
         };
     }
 
+    /// What lights make of a surface that answers with `ambient` to light from all round, and with `lobe` to
+    /// light from a direction.
+    template <typename Lobe>
+    static V3 lit(const std::vector<TestLight>& lights, const Sample& s, const V3& ambient, Lobe lobe) {
+        V3 sum;
+        for (const TestLight& light : lights) {
+            const bool isAmbient = light.spec.fType == LightSpec::kAmbient;
+            sum = sum + (isAmbient ? light.color * ambient
+                                   : light.colorAt(s.position()) * lobe(light.directionFrom(s.position())));
+        }
+        return sum;
+    }
+
     /// Lambert's, and with gloss Blinn's and Phong's.
     Value matte() const {
         const bool shines = node.kind() == kBlinnPhong;
@@ -350,20 +363,12 @@ struct NodeFeeder {
         const double shininess = shines && parts.choice(2) ? set("shininess", 1.0, 60.0) : 32.0;
         return [=, &lights = parts.lights, color = color("color", V3(0.8)), normal = normal("normal"),
                 emission = upTo(1).color("emission", {})](const Sample& s) {
-            V3 sum = emission(s);
-            const V3 n = normal(s);
-            for (const TestLight& light : lights) {
-                if (light.spec.fType == LightSpec::kAmbient) {
-                    sum = sum + color(s) * light.color;
-                    continue;
-                }
-                const V3 l = light.directionFrom(s.position());
-                const V3 h = normalized(l + s.view());
-                const double gloss = dot(n, l) > 0.0 ? std::pow(std::max(dot(n, h), 0.0), shininess) : 0.0;
-                sum = sum + light.colorAt(s.position()) *
-                                (color(s) * std::max(dot(n, l), 0.0) + specular(s) * gloss);
-            }
-            return sum;
+            return emission(s) + lit(lights, s, color(s), [&](const V3& l) {
+                       const double facing = std::max(dot(normal(s), normalized(l + s.view())), 0.0);
+                       const double cosine = dot(normal(s), l);
+                       return cosine <= 0.0 ? V3()
+                                            : color(s) * cosine + specular(s) * std::pow(facing, shininess);
+                   });
         };
     }
 
@@ -375,33 +380,23 @@ struct NodeFeeder {
         const Value occlusion = number("occlusion", 1.0);
         const Value second = metallic ? number("metallic", 1.0) : color("specular", V3(1.0));
         const Value third = number(metallic ? "roughness" : "glossiness", 1.0);
-        Value coat = always({});
-        Value coatRough = coat;
-        Value coatNormal = n;
-        if (metallic) {
-            coat = number("clearcoat", 0.0);
-            coatRough = upTo(1).number("clearcoatRoughness", 0.0);
-            coatNormal = normal("clearcoatNormal");
-        }
+        const Value coat = metallic ? number("clearcoat", 0.0) : always({});
+        const Value coatRough = metallic ? upTo(1).number("clearcoatRoughness", 0.0) : always({});
+        const Value coatNormal = metallic ? normal("clearcoatNormal") : n;
         return [=, &lights = parts.lights](const Sample& s) {
             const V3 mirror = second(s);
             const V3 diffuse = base(s) * (1.0 - std::max({mirror.x, mirror.y, mirror.z}));
             const V3 f0 = metallic ? mixed(V3(0.04), base(s), mirror.x) : mirror;
             const double roughness = metallic ? third(s).x : 1.0 - third(s).x;
-            V3 sum = emission(s);
-            V3 layer;
-            for (const TestLight& light : lights) {
-                if (light.spec.fType == LightSpec::kAmbient) {
-                    sum = sum + light.color * (diffuse * (V3(1.0) - f0) + f0) * occlusion(s).x;
-                    continue;
-                }
-                const V3 l = light.directionFrom(s.position());
-                const V3 lit = light.colorAt(s.position());
-                sum = sum + lit * microfacets(n(s), s.view(), l, diffuse, f0, roughness);
-                layer = layer + lit * microfacets(coatNormal(s), s.view(), l, {}, V3(1.0), coatRough(s).x);
-            }
+            const V3 ambient = (diffuse * (V3(1.0) - f0) + f0) * occlusion(s).x;
+            const V3 body = emission(s) + lit(lights, s, ambient, [&](const V3& l) {
+                                return microfacets(n(s), s.view(), l, diffuse, f0, roughness);
+                            });
+            const V3 layer = lit(lights, s, {}, [&](const V3& l) {
+                return microfacets(coatNormal(s), s.view(), l, {}, V3(1.0), coatRough(s).x);
+            });
             const double facing = std::abs(dot(coatNormal(s), s.view()));
-            return mixed(sum, layer, coat(s).x * (0.04 + 0.96 * std::pow(1.0 - facing, 5.0)));
+            return mixed(body, layer, coat(s).x * (0.04 + 0.96 * std::pow(1.0 - facing, 5.0)));
         };
     }
 };

@@ -1,6 +1,7 @@
 #include "Particles.h"
 
 #include "particle/GLParticleSpriteDraw.h"
+#include "texture/GLTexUsage.h"
 #include "texture/GLTexture2D.h"
 
 /// In the place of the host's, which need not know what a negative number means.
@@ -22,11 +23,12 @@ protected:
     }
 
     static Calls corner(double x, double y, double z = 0) { return {call("glVertex3dv", Values{x, y, z})}; }
-    /// One sprite at the origin, half as large as 1.
+    /// One sprite at the origin.
     static Calls square(double halfX, double halfY) {
-        return Calls{call("glBegin", GL_QUADS)} + corner(-halfX, -halfY) + corner(halfX, -halfY) +
-               corner(halfX, halfY) + corner(-halfX, halfY) + Calls{call("glEnd")};
+        return corner(-halfX, -halfY) + corner(halfX, -halfY) + corner(halfX, halfY) + corner(-halfX, halfY);
     }
+
+    static Calls quad(const Calls& c) { return Calls{call("glBegin", GL_QUADS)} + c + Calls{call("glEnd")}; }
 
     Calls spriteAt(float x, float y, float z) {
         clearRecorded();
@@ -61,21 +63,19 @@ protected:
 };
 
 TEST_F(ParticleSprites, faceTheViewerScaledThenTwisted) {
-    koLinear::Point right(5, 0, 0);
-    fDrawer.setCamPositionOS(right);
-    EXPECT_EQ(only({"glVertex3dv"}, spriteAt(0, 0, 0)),
-              corner(0, -0.5, 0.5) + corner(0, -0.5, -0.5) + corner(0, 0.5, -0.5) + corner(0, 0.5, 0.5));
-    koLinear::Point above(10, 20, 10);
-    fDrawer.setCamPositionOS(above);
+    koLinear::Point eyes[] = {{5, 0, 0}, {10, 20, 10}, {0, 0, 0}};
+    fDrawer.setCamPositionOS(eyes[0]);
+    EXPECT_EQ(spriteAt(0, 0, 0), quad(corner(0, -0.5, 0.5) + corner(0, -0.5, -0.5) + corner(0, 0.5, -0.5) +
+                                      corner(0, 0.5, 0.5)));
+    fDrawer.setCamPositionOS(eyes[1]);
     fDrawer.fCurrentScaleX = 10;
     fDrawer.fCurrentScaleY = 5;
     fDrawer.fCurrentTwist = 36.869898F; // a cosine of 4/5 and a sine of 3/5
-    EXPECT_EQ(only({"glVertex3dv"}, spriteAt(10, 20, 3)),
-              corner(7.5, 15, 3) + corner(15.5, 21, 3) + corner(12.5, 25, 3) + corner(4.5, 19, 3));
-    koLinear::Point within(0, 0, 0);
-    fDrawer.setCamPositionOS(within);
-    const Calls flat = corner(0, 0) + corner(0, 0) + corner(0, 0) + corner(0, 0);
-    EXPECT_EQ(only({"glVertex3dv"}, spriteAt(-0.0F, 0, 0)), flat) << "no direction";
+    EXPECT_EQ(spriteAt(10, 20, 3),
+              quad(corner(7.5, 15, 3) + corner(15.5, 21, 3) + corner(12.5, 25, 3) + corner(4.5, 19, 3)));
+    fDrawer.setCamPositionOS(eyes[2]);
+    EXPECT_EQ(spriteAt(-0.0F, 0, 0), quad(corner(0, 0) + corner(0, 0) + corner(0, 0) + corner(0, 0)))
+        << "no direction";
 }
 
 TEST_F(ParticleSprites, keepWhatNewDataDoNotTell) {
@@ -88,12 +88,12 @@ TEST_F(ParticleSprites, keepWhatNewDataDoNotTell) {
     delete fDrawer.fIterator;
     fDrawer.fIterator = nullptr;
     fDrawer.setData(*makeParticles({0, 0, 0}));
-    EXPECT_EQ(drawn(fDrawer), color(kWhite) + square(3, 4) + color(1, 1, 1, 1));
+    EXPECT_EQ(drawn(fDrawer), color(kWhite) + quad(square(3, 4)) + color(1, 1, 1, 1));
     fDrawer.fReverseWinding = 7;
     fDrawer.fLit = true;
-    Calls reversed = square(3, 4);
-    std::reverse(reversed.begin() + 1, reversed.end() - 1);
-    EXPECT_EQ(spriteAt(0, 0, 0), Calls{call("glNormal3fv", Values{0, 0, 1})} + reversed);
+    const Calls corners = square(3, 4);
+    EXPECT_EQ(spriteAt(0, 0, 0),
+              Calls{call("glNormal3fv", Values{0, 0, 1})} + quad(Calls(corners.rbegin(), corners.rend())));
 }
 
 TEST_F(ParticleSprites, haveColorsAsTheyAreTold) {
@@ -130,10 +130,9 @@ TEST_F(ParticleSprites, standOnSamplesWithAllElseOfTheirParticles) {
     delete fDrawer.fIterator;
     fDrawer.setIterator(*new ParticleDataIterator(*pair, nullptr, 0));
     fDrawer.fIterator->advance();
-    const Calls drawnCorners = only({"glColor4fv", "glVertex3dv"}, drawn(fDrawer));
-    EXPECT_EQ(drawnCorners, color(kWhite) + color(kGreen) + corner(-2, -0.5, 6) + corner(2, -0.5, 6) +
-                                corner(2, 0.5, 6) + corner(-2, 0.5, 6) + color(kRed) +
-                                only({"glVertex3dv"}, square(1, 0.5)));
+    const Calls far = corner(-2, -0.5, 6) + corner(2, -0.5, 6) + corner(2, 0.5, 6) + corner(-2, 0.5, 6);
+    EXPECT_EQ(drawn(fDrawer), color(kWhite) + color(kGreen) + quad(far) + color(kRed) + quad(square(1, 0.5)) +
+                                  color(1, 1, 1, 1));
     EXPECT_EQ(fDrawer.fIterator->counter(), 1U) << "the host's iterator stands where it stood";
     EXPECT_EQ(fDrawer.fIterator->filter(), nullptr);
 }
@@ -174,37 +173,31 @@ TEST_F(ParticleSprites, setTheirTextureUpFromItsPlacement) {
     fPlacement.fBorderColor = {1, 0, 0, 1};
     fDrawer.fTextures = &fTextures;
     fDrawer.fPlacement = &fPlacement;
+    GLTexUsage::fsMaxAnisotropy = 8;
     const auto applied = [&](unsigned index, bool succeeds = true) {
         clearRecorded();
         EXPECT_EQ(fDrawer.applyTextureCycling(index), succeeds);
         return made();
     };
-    const auto set = [](GLenum name, GLint value) {
-        return call("glTexParameteri", GL_TEXTURE_2D, name, value);
+    const auto boundTo = [&](GLenum target) {
+        clearRecorded();
+        fFirst->bind();
+        for (const GLenum other : {GL_TEXTURE_CUBE_MAP, GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D})
+            gl().glDisable(other);
+        gl().glEnable(target);
+        GLTexUsage::setWrapMode(target, IHWTexUsage::kRepeat, IHWTexUsage::kClampToEdge);
+        GLTexUsage::setMinMagFilter(target, IHWTexUsage::kLinear, IHWTexUsage::kNearest);
+        GLTexUsage::setTexGenMode(target, fPlacement.fGenModes);
+        GLTexUsage::setBorderColor(target, {1, 0, 0, 1});
+        GLTexUsage::setFilterAnisotropic(target, false);
+        return made();
     };
-    script().values[0x84FF] = {8};
-    const Calls matrix{call("glMatrixMode", GL_TEXTURE), call("glLoadIdentity"),
-                       call("glScalef", 2.0, 1.0, 1.0), call("glTranslatef", -0.0, -0.25, 0.0),
-                       call("glMatrixMode", GL_MODELVIEW)};
-    EXPECT_EQ(
-        applied(0),
-        (matrix + bound(1) +
-         Calls{call("glDisable", GL_TEXTURE_CUBE_MAP), call("glDisable", GL_TEXTURE_1D),
-               call("glDisable", GL_TEXTURE_2D), call("glDisable", GL_TEXTURE_3D),
-               call("glEnable", GL_TEXTURE_2D), set(GL_TEXTURE_WRAP_S, GL_REPEAT),
-               set(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE), set(GL_TEXTURE_MIN_FILTER, GL_LINEAR),
-               set(GL_TEXTURE_MAG_FILTER, GL_NEAREST), call("glDisable", GL_TEXTURE_CUBE_MAP),
-               call("glEnable", GL_TEXTURE_GEN_S),
-               call("glTexGeni", GL_S, GL_TEXTURE_GEN_MODE, GL_OBJECT_LINEAR),
-               call("glDisable", GL_TEXTURE_GEN_T), call("glDisable", GL_TEXTURE_GEN_R),
-               call("glDisable", GL_TEXTURE_GEN_Q),
-               call("glTexParameterfv", GL_TEXTURE_2D, GL_TEXTURE_BORDER_COLOR, Values{1, 0, 0, 1}),
-               call("glGetFloatv", 0x84FF, kOut), call("glTexParameterf", GL_TEXTURE_2D, 0x84FE, 1.0)}));
-
+    clearRecorded();
+    GLTexUsage::setTransform(fPlacement.fOffset, fPlacement.fRepeat, 0);
+    const Calls matrix = made();
+    EXPECT_EQ(applied(0), matrix + boundTo(GL_TEXTURE_2D));
     fFirst->fTextureType = IHWTexture::kTextureCubeMap;
-    EXPECT_THAT(applied(0),
-                testing::IsSupersetOf({call("glEnable", 0x8513),
-                                       call("glTexParameteri", 0x8513, GL_TEXTURE_WRAP_S, GL_REPEAT)}));
+    EXPECT_EQ(applied(0), matrix + boundTo(GL_TEXTURE_CUBE_MAP));
     fPlacement.fMatrix[3][0] = 1e-9;
     EXPECT_EQ(applied(9)[1],
               call("glLoadMatrixd", Values{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1e-9, 0, 0, 1}));

@@ -90,16 +90,16 @@ TEST_F(ParticlePoints, lookWhereTheirNormalModeSays) {
     };
     EXPECT_EQ(drawn(drawer), lit(normal(-2 / 7.0, -3 / 7.0, -6 / 7.0)))
         << "toward the origin, of the first sample";
-    for (const uint32_t mode : {1U, 3U, 0U, 77U}) {
+    const std::map<uint32_t, Calls> modes{
+        {0, {}}, {1, normal(1, 0, 0)}, {3, normal(-1, -0.0, -0.0)}, {77, {}}};
+    for (const auto& [mode, first] : modes) {
+        SCOPED_TRACE(mode);
         drawer.fNormalMode = mode;
-        EXPECT_EQ(drawn(drawer), lit({})) << "without velocities, mode " << mode;
+        one->setVelocities({});
+        EXPECT_EQ(drawn(drawer), lit({})) << "without velocities";
+        one->setVelocities({5, 0, 0});
+        EXPECT_EQ(drawn(drawer), lit(first));
     }
-    one->setVelocities({5, 0, 0});
-    drawer.fNormalMode = GLParticlePointDraw::kAlongVelocity;
-    EXPECT_EQ(drawn(drawer), lit(normal(1, 0, 0)));
-    drawer.fNormalMode = GLParticlePointDraw::kAgainstVelocity;
-    EXPECT_EQ(drawn(drawer), lit(normal(-1, -0.0, -0.0)));
-
     drawer.fNormalMode = GLParticlePointDraw::kTowardCamera;
     drawer.createAlignmentInfo({2, 3, 9}, {0, 1, 0}, {}, {});
     one->fFilter = {1, 0};
@@ -122,27 +122,15 @@ TEST_F(ParticlePoints, haveCopiesThatTheTableMoves) {
     const Particles pair = makeParticles({1, 2, 3, 1, 2, 3});
     GLParticlePointDraw drawer(*pair);
     const Calls white = color(kWhite);
-    drawer.fMultiCount = 4;
-    drawer.fMultiRadius = 0.5F;
-    drawer.fRandomBlock = 3;
-    drawer.fSeed = 98;
-    const Calls second = copies(4, 4 + 3 * 64 + 98, 0.5F);
-    for (int times = 0; times < 2; ++times) {
-        EXPECT_EQ(drawn(drawer), points(white, copies(4, 3 * 64 + 98, 0.5F) + second));
-        EXPECT_EQ(drawer.fRandomCursor, 8 + 3 * 64 + 98);
-    }
-    pair->fFilter = {1};
-    pair->fFilterEnabled = true;
-    EXPECT_EQ(drawn(drawer), points(white, second)) << "filtered, the sample's number counts";
-
-    // Beyond 32 bits and below zero.
     drawer.fMultiCount = 3;
-    drawer.fMultiRadius = 1;
+    drawer.fMultiRadius = 0.5F;
+    pair->fFilter = {1};
     const struct {
         int32_t block;
         uint32_t seed;
-        int64_t cursor; ///< as a host sees it before the first copy
+        int64_t cursor; ///< as a host sees it before the second particle
     } cases[] = {
+        {3, 98, 3 * 64 + 98 + 3},
         {0, 11231, 0},                               // 3 + 11231 = 11234
         {0, 11230, 11233},                           // over the end
         {0, 0xFFFFFFFF, 2},                          // 2^32 + 2
@@ -151,10 +139,16 @@ TEST_F(ParticlePoints, haveCopiesThatTheTableMoves) {
         {0x7FFFFFFF, 0, -61},                        // 64 blocks over 32 bits
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(std::to_string(c.block) + ' ' + std::to_string(c.seed));
         drawer.fRandomBlock = c.block;
         drawer.fSeed = c.seed;
-        EXPECT_EQ(drawn(drawer), points(white, copies(3, c.cursor, 1))) << c.block << ' ' << c.seed;
-        EXPECT_EQ(drawer.fRandomCursor, (c.cursor + 3) % 11234) << c.block << ' ' << c.seed;
+        const Calls second = copies(3, c.cursor, 0.5F);
+        for (const bool filtered : {false, true}) { // the sample's number counts
+            pair->fFilterEnabled = filtered;
+            EXPECT_EQ(drawn(drawer),
+                      points(white, filtered ? second : copies(3, c.cursor - 3, 0.5F) + second));
+            EXPECT_EQ(drawer.fRandomCursor, (c.cursor + 3) % 11234);
+        }
     }
 }
 
@@ -175,13 +169,25 @@ protected:
 };
 
 TEST_F(ParticleStreaks, fadeTheirTailsAndNotTheirHeads) {
-    const Particles row = makeRow(2);
+    const Particles row = makeRow(4, 2);
+    row->fObjectColor = {0, 0, 1, 0.5F};
+    GLParticleStreakDraw drawer(*row);
+    const Calls blue = color(Values{0, 0, 1, 0.5});
+    const Calls gone = color(0, 0, 1, 0);
+    for (const float width : {0.25F, std::nanf(""), 2.5F}) {
+        drawer.fLineWidth = width;
+        EXPECT_EQ(drawn(drawer), streaks(streak(blue, 0, gone, 0) + streak(blue, 1, gone, 1) +
+                                             streak(blue, 2, gone, 2) + streak(blue, 3, gone, 3),
+                                         width > 1 ? width : 1));
+        EXPECT_EQ(drawer.fLineWidth, width > 1 ? width : 1);
+    }
+    drawer.fTailFade = 0.5F;
     row->setVelocities({3, 0, 0, 0, -6, 0});
     row->setColors({1, 0, 0, 1, 0, 1, 0, 0.5F});
-    GLParticleStreakDraw drawer(*row);
-    drawer.fTailFade = 0.5F;
+    row->fFilter = {1, 9, 2};
+    row->fFilterEnabled = true;
     const auto both = [&](const Calls& head1, const Calls& tail1, const Calls& head2, const Calls& tail2) {
-        return streaks(streak(head1, 0, tail1, 0 - kTime * 3) + streak(head2, 1, tail2, 1, kTime * 6));
+        return streaks(streak(head1, 1, tail1, 1 - kTime * 3) + streak(head2, 2, tail2, 2, kTime * 6), 2.5);
     };
     const auto current = [](double alpha) { return color(0.25, 0.5, 0.75, alpha); };
     EXPECT_EQ(drawn(drawer), both(color(kRed), color(1, 0, 0, 0.5), color(kGreen), color(0, 1, 0, 0.25)));
@@ -194,26 +200,6 @@ TEST_F(ParticleStreaks, fadeTheirTailsAndNotTheirHeads) {
     drawer.fNormalMode = GLParticlePointDraw::kAlongVelocity;
     EXPECT_EQ(drawn(drawer), both(normal(1, 0, 0) + material(kRed), material({1, 0, 0, 0.5}),
                                   normal(0, -1, 0) + material(kGreen), material({0, 1, 0, 0.25})));
-}
-
-TEST_F(ParticleStreaks, areOfEachSampleAndAtLeastAPixelWide) {
-    const Particles pair = makeRow(4, 2);
-    pair->fObjectColor = {0, 0, 1, 0.5F};
-    GLParticleStreakDraw drawer(*pair);
-    const Calls head = color(Values{0, 0, 1, 0.5});
-    const Calls tail = color(0, 0, 1, 0);
-    for (const float width : {0.25F, std::nanf(""), 2.5F}) {
-        drawer.fLineWidth = width;
-        EXPECT_EQ(drawn(drawer), streaks(streak(head, 0, tail, 0) + streak(head, 1, tail, 1) +
-                                             streak(head, 2, tail, 2) + streak(head, 3, tail, 3),
-                                         width > 1 ? width : 1));
-        EXPECT_EQ(drawer.fLineWidth, width > 1 ? width : 1);
-    }
-    pair->setVelocities({1, 0, 0, 2, 0, 0});
-    pair->fFilter = {3, 1, 9};
-    pair->fFilterEnabled = true;
-    EXPECT_EQ(drawn(drawer),
-              streaks(streak(head, 3, tail, 3 - kTime * 2) + streak(head, 1, tail, 1 - kTime), 2.5));
 }
 
 TEST_F(ParticleStreaks, moveHeadAndTailOfACopyTogether) {
