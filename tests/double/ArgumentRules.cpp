@@ -1,8 +1,4 @@
-#include "ArgumentRules.h"
-
-#include <GL/gl.h>
-#include <GL/glext.h>
-#include <GL/glx.h>
+#include "Recorder.h"
 
 #include <algorithm>
 #include <regex>

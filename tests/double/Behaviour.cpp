@@ -97,12 +97,12 @@ void queryBooleans(const Arguments& a) {
 }
 
 uint64_t string(const Arguments& a) {
-    const auto text = [](const std::optional<std::string>& s) { return s ? s->c_str() : nullptr; };
+    static const std::optional<std::string> kOther = "OrloGL";
     const GLuint name = number(a[0]);
-    return answer(name == GL_VERSION      ? text(script().version)
-                  : name == GL_EXTENSIONS ? text(script().extensions)
-                  : name == GL_VENDOR     ? script().vendor.c_str()
-                                          : script().renderer.c_str());
+    const auto& text = name == GL_VERSION      ? script().version
+                       : name == GL_EXTENSIONS ? script().extensions
+                                               : kOther;
+    return answer(text ? text->c_str() : nullptr);
 }
 
 uint64_t nextError(const Arguments&) {

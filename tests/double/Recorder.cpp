@@ -1,7 +1,5 @@
 #include "Recorder.h"
 
-#include "ArgumentRules.h"
-
 namespace {
 
 struct Recording {
@@ -111,11 +109,7 @@ uint64_t makeName(NameKind kind) {
 
 void deleteName(NameKind kind, uint64_t name) {
     Ledger& names = recording().ledgers[kind];
-    if (name == 0)
-        return;
-    if (names.live.erase(name))
-        ++names.deleted;
-    else
+    if (name != 0 && names.live.erase(name) == 0)
         ++names.strayDeletions;
 }
 

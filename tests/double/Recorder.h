@@ -14,6 +14,12 @@ uint64_t record(const char* name, const std::vector<Argument>& arguments);
 /// What functions do besides being recorded, by their names.
 extern const std::map<std::string_view, Answer> kBehaviours;
 
+/// How many elements to print of the pointer in place `index`; nullopt to print its address.
+std::optional<size_t> elementCount(const char* name, const std::vector<Argument>& arguments, size_t index);
+
+/// Whether the call writes its results through the pointer in place `index`.
+bool writesThrough(std::string_view name, const Argument& argument, size_t index);
+
 /// Every function that GL's headers declare.
 extern const std::map<std::string_view, void (*)()> kDeclaredFunctions;
 
