@@ -17,9 +17,10 @@ class ParticleSprites : public ParticleTest {
 protected:
     ParticleSprites() {
         koLinear::Point eye(0, 0, 10);
-        koLinear::Vector up(0, 2, 0);
+        koLinear::Vector ups[] = {{0, 2, 0}, {1 + 0x1p-23, 0, 0}}; // the second's first is true as a bool
         fDrawer.setCamPositionOS(eye);
-        fDrawer.setCamUpVectorOS(up);
+        fDrawer.setCamUpVectorOS(ups[0]);
+        EXPECT_FALSE(fDrawer.fOpacityOnly) << "which stands behind the vector";
     }
 
     static Calls corner(double x, double y, double z = 0) { return {call("glVertex3dv", Values{x, y, z})}; }
@@ -63,7 +64,7 @@ protected:
 };
 
 TEST_F(ParticleSprites, faceTheViewerScaledThenTwisted) {
-    koLinear::Point eyes[] = {{5, 0, 0}, {10, 20, 10}, {0, 0, 0}};
+    koLinear::Point eyes[] = {{5, 0, 0}, {10, 20, 10}, {3, 0, 0}};
     fDrawer.setCamPositionOS(eyes[0]);
     EXPECT_EQ(spriteAt(0, 0, 0), quad(corner(0, -0.5, 0.5) + corner(0, -0.5, -0.5) + corner(0, 0.5, -0.5) +
                                       corner(0, 0.5, 0.5)));
@@ -74,7 +75,7 @@ TEST_F(ParticleSprites, faceTheViewerScaledThenTwisted) {
     EXPECT_EQ(spriteAt(10, 20, 3),
               quad(corner(7.5, 15, 3) + corner(15.5, 21, 3) + corner(12.5, 25, 3) + corner(4.5, 19, 3)));
     fDrawer.setCamPositionOS(eyes[2]);
-    EXPECT_EQ(spriteAt(-0.0F, 0, 0), quad(corner(0, 0) + corner(0, 0) + corner(0, 0) + corner(0, 0)))
+    EXPECT_EQ(spriteAt(3, -0.0F, 0), quad(corner(3, 0) + corner(3, 0) + corner(3, 0) + corner(3, 0)))
         << "no direction";
 }
 
