@@ -84,28 +84,25 @@ TEST_F(Glsl, givesSamplersUnitsInTheOrderOfTheirFirstUse) {
 TEST_F(Glsl, bindsATextureWithItsUsage) {
     load();
     const auto texture = makeShared<GLTexture2D>();
+    const koColor::Color border(0.1F, 0.2F, 0.3F, 0.4F);
     GLTexUsage::fsMaxAnisotropy = 16;
     const auto bind = [&](uint32_t type, IGLTexture* bound) {
         clearRecorded();
         fShader.setParameterTexture("u", static_cast<IHWTexture::TextureType>(type), IHWTexUsage::kRepeat,
                                     IHWTexUsage::kClampToEdge, IHWTexUsage::kTrilinear, IHWTexUsage::kLinear,
-                                    koColor::Color(0.1F, 0.2F, 0.3F, 0.4F), true, bound);
+                                    border, true, bound);
         return made();
     };
     EXPECT_EQ(bind(IHWTexture::kTexture2D, nullptr), Calls{});
     uint32_t type = 0;
     for (const GLenum target : {0, GL_TEXTURE_1D, GL_TEXTURE_2D, 0x84F5, 0x806F, 0x8513, 0}) {
-        const auto set = [&](GLenum name, GLint value) {
-            return call("glTexParameteri", target, name, value);
-        };
-        EXPECT_EQ(
-            bind(type++, texture.get()),
-            (found("u") +
-             Calls{call("glActiveTexture", GL_TEXTURE0), call("glBindTexture", target, 1),
-                   set(GL_TEXTURE_WRAP_S, GL_REPEAT), set(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE),
-                   set(GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR), set(GL_TEXTURE_MAG_FILTER, GL_LINEAR),
-                   call("glTexParameterfv", target, GL_TEXTURE_BORDER_COLOR, Values{0.1, 0.2, 0.3, 0.4}),
-                   call("glTexParameterf", target, 0x84FE, 16), call("glUniform1iARB", 'u' - 'a', 0)}));
+        const Calls calls = bind(type++, texture.get());
+        GLTexUsage::setWrapMode(target, IHWTexUsage::kRepeat, IHWTexUsage::kClampToEdge);
+        GLTexUsage::setMinMagFilter(target, IHWTexUsage::kTrilinear, IHWTexUsage::kLinear);
+        GLTexUsage::setBorderColor(target, border);
+        GLTexUsage::setFilterAnisotropic(target, true);
+        const Calls bound{call("glActiveTexture", GL_TEXTURE0), call("glBindTexture", target, 1)};
+        EXPECT_EQ(calls, found("u") + bound + made() + Calls{call("glUniform1iARB", 'u' - 'a', 0)});
     }
 }
 
