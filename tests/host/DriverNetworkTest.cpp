@@ -71,6 +71,7 @@ protected:
         set(GL_AMBIENT, light.color, 1.0F);
         set(GL_POSITION, light.place, light.spec.fType == LightSpec::kDirectional ? 0.0F : 1.0F);
         gl().glLightf(name, GL_LINEAR_ATTENUATION, TestLight::kLinearLoss);
+        gl().glLightf(name, GL_QUADRATIC_ATTENUATION, TestLight::kQuadraticLoss);
         if (light.spec.fType == LightSpec::kSpot) {
             gl().glLightf(name, GL_SPOT_CUTOFF, TestLight::kCutoff);
             gl().glLightf(name, GL_SPOT_EXPONENT, TestLight::kExponent);

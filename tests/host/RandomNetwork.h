@@ -48,7 +48,7 @@ struct Sample {
     V3 uv(int set) const {
         const double u = x / kSide;
         const double v = y / kSide;
-        return set == 0 ? V3{u, v} : V3{1.5 * v + 0.25 * u, 0.3 * set - u};
+        return set == 0 ? V3{u, v} : V3{1.5 * v + 0.25 * u, 0.3 * set - u - 0.2 * v};
     }
 };
 inline const V3 kPlaneNormal{0.1, 0.25, 1.0};
@@ -58,6 +58,7 @@ inline const V3 kPlaneColor{0.9, 0.6, 0.3};
 /// along -z.
 struct TestLight {
     static constexpr double kLinearLoss = 0.25;
+    static constexpr double kQuadraticLoss = 0.125;
     static constexpr double kRange = 5.0;
     static constexpr double kCutoff = 40.0; ///< degrees
     static constexpr double kExponent = 3.0;
@@ -76,7 +77,7 @@ struct TestLight {
         const double distance = std::sqrt(dot(place - position, place - position));
         const double cosine = directionFrom(position).z;
         const double edge = std::cos(kCutoff * std::numbers::pi / 180.0);
-        double share = 1.0 / (1.0 + kLinearLoss * distance);
+        double share = 1.0 / (1.0 + distance * (kLinearLoss + distance * kQuadraticLoss));
         if (spec.fHasRange)
             share *= std::max(0.0, 1.0 - std::pow(distance / kRange, 4.0));
         if (spec.fHasInnerCone)
