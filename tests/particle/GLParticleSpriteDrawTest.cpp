@@ -65,9 +65,12 @@ protected:
 
 TEST_F(ParticleSprites, faceTheViewerScaledThenTwisted) {
     koLinear::Point eyes[] = {{5, 0, 0}, {10, 20, 10}, {3, 0, 0}};
+    koLinear::Vector ups[] = {{0, 0, 2}, {0, 2, 0}};
     fDrawer.setCamPositionOS(eyes[0]);
-    EXPECT_EQ(spriteAt(0, 0, 0), quad(corner(0, -0.5, 0.5) + corner(0, -0.5, -0.5) + corner(0, 0.5, -0.5) +
-                                      corner(0, 0.5, 0.5)));
+    fDrawer.setCamUpVectorOS(ups[0]);
+    EXPECT_EQ(spriteAt(0, 0, 0), quad(corner(0, -0.5, -0.5) + corner(0, 0.5, -0.5) + corner(0, 0.5, 0.5) +
+                                      corner(0, -0.5, 0.5)));
+    fDrawer.setCamUpVectorOS(ups[1]);
     fDrawer.setCamPositionOS(eyes[1]);
     fDrawer.fCurrentScaleX = 10;
     fDrawer.fCurrentScaleY = 5;
@@ -168,7 +171,7 @@ TEST_F(ParticleSprites, cycleToTheLastTextureWhichAllTheOthersHave) {
 TEST_F(ParticleSprites, setTheirTextureUpFromItsPlacement) {
     fPlacement.fRepeat[0] = 2;
     fPlacement.fOffset[1] = 0.25F;
-    fPlacement.fWrapModes[1] = IHWTexUsage::kClampToEdge;
+    fPlacement.fWrapModes[1] = IHWTexUsage::kClampToBorder;
     fPlacement.fMagFilter = IHWTexUsage::kNearest;
     fPlacement.fGenModes[0] = IHWTexUsage::kGenObjectLinear;
     fPlacement.fBorderColor = {1, 0, 0, 1};
@@ -186,7 +189,7 @@ TEST_F(ParticleSprites, setTheirTextureUpFromItsPlacement) {
         for (const GLenum other : {GL_TEXTURE_CUBE_MAP, GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D})
             gl().glDisable(other);
         gl().glEnable(target);
-        GLTexUsage::setWrapMode(target, IHWTexUsage::kRepeat, IHWTexUsage::kClampToEdge);
+        GLTexUsage::setWrapMode(target, IHWTexUsage::kRepeat, IHWTexUsage::kClampToBorder);
         GLTexUsage::setMinMagFilter(target, IHWTexUsage::kLinear, IHWTexUsage::kNearest);
         GLTexUsage::setTexGenMode(target, fPlacement.fGenModes);
         GLTexUsage::setBorderColor(target, {1, 0, 0, 1});
