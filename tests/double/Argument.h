@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -20,78 +21,68 @@ inline const void* offset(uintptr_t bytes) {
     return reinterpret_cast<const void*>(bytes);
 }
 
+/// Numbers in decimal, whatever their type; floats as %g; strings in quotes.
+template <typename T>
+std::string elementText(T element) {
+    std::ostringstream text;
+    if constexpr (std::is_arithmetic_v<T>)
+        text << +element;
+    else
+        text << (element ? '"' + std::string(element) + '"' : "null");
+    return text.str();
+}
+
+template <typename T>
+std::string elementsText(const void* elements, size_t count) {
+    std::string text;
+    for (size_t i = 0; i < count; ++i)
+        text += (i > 0 ? ", " : "") + elementText(static_cast<const T*>(elements)[i]);
+    return '{' + text + '}';
+}
+
 /// One argument of a recorded call: a number, a pointer, or text that is printed as it is.
 class Argument {
 public:
-    enum class Kind { Integer, Real, Pointer, Text };
-    /// What a pointer points to, as far as it can be printed.
-    enum class Element { Opaque, Byte, UByte, Short, UShort, Int, UInt, Float, Double, String, StringList };
-
     template <typename T>
     requires(std::is_integral_v<T> || std::is_enum_v<T>) Argument(T value)
-        : fKind(Kind::Integer), fInteger(static_cast<long long>(value)) {}
-    Argument(double value) : fKind(Kind::Real), fReal(value) {}
-    Argument(std::nullptr_t) : fKind(Kind::Pointer) {}
-    Argument(const Values& elements);
-    Argument(Out) : fKind(Kind::Text), fText("out") {}
+        : fInteger(static_cast<long long>(value)), fReal(static_cast<double>(value)),
+          fText(elementText(fInteger)) {}
+    Argument(double value) : fReal(value), fText(elementText(value)) {}
+    Argument(std::nullptr_t) : fText("null") {}
+    Argument(const Values& elements) : fText(elementsText<double>(elements.data(), elements.size())) {}
+    Argument(Out) : fText("out") {}
     /// Printed as it is, without quotes.
-    Argument(std::string text) : fKind(Kind::Text), fText(std::move(text)) {}
+    Argument(std::string text) : fText(std::move(text)) {}
 
     template <typename T>
     Argument(T* pointer)
-        : fKind(Kind::Pointer), fElement(elementOf<std::remove_const_t<T>>()),
+        : fIsString(std::is_same_v<std::remove_const_t<T>, char>),
+          fIsStringList(std::is_same_v<std::remove_const_t<T>, const char*>),
           fWritable(std::is_arithmetic_v<T> && !std::is_const_v<T>),
-          fPointer(reinterpret_cast<const void*>(pointer)) {}
+          fPointer(reinterpret_cast<const void*>(pointer)), fText(pointer ? "" : "null") {
+        if constexpr (std::is_arithmetic_v<T> || std::is_same_v<std::remove_const_t<T>, const char*>)
+            fElements = elementsText<T>;
+    }
 
-    Kind kind() const { return fKind; }
-    Element element() const { return fElement; }
+    bool isString() const { return fIsString; }
+    bool isStringList() const { return fIsStringList; }
     /// Whether it points to numbers that the callee may change.
     bool writable() const { return fWritable; }
     long long integer() const { return fInteger; }
-    double real() const { return fKind == Kind::Real ? fReal : static_cast<double>(fInteger); }
+    double real() const { return fReal; }
     void* pointer() const { return const_cast<void*>(fPointer); }
+    /// How it prints, of a pointer only where that is null.
     const std::string& text() const { return fText; }
+    /// The first elements behind a pointer to numbers or strings as text: {1, 2, 3}.
+    std::string elements(size_t count) const { return fElements(fPointer, count); }
 
 private:
-    template <typename T>
-    static constexpr Element elementOf() {
-        if constexpr (std::is_same_v<T, char>)
-            return Element::String;
-        else if constexpr (std::is_same_v<T, const char*>)
-            return Element::StringList;
-        else if constexpr (std::is_same_v<T, float>)
-            return Element::Float;
-        else if constexpr (std::is_same_v<T, double>)
-            return Element::Double;
-        else if constexpr (std::is_integral_v<T>)
-            return integerElement<T>();
-        else
-            return Element::Opaque;
-    }
-
-    template <typename T>
-    static constexpr Element integerElement() {
-        constexpr bool kSigned = std::is_signed_v<T>;
-        switch (sizeof(T)) {
-        case 1:
-            return kSigned ? Element::Byte : Element::UByte;
-        case 2:
-            return kSigned ? Element::Short : Element::UShort;
-        case 4:
-            return kSigned ? Element::Int : Element::UInt;
-        default:
-            return Element::Opaque;
-        }
-    }
-
-    Kind fKind;
-    Element fElement = Element::Opaque;
+    bool fIsString = false;
+    bool fIsStringList = false;
     bool fWritable = false;
     long long fInteger = 0;
     double fReal = 0;
     const void* fPointer = nullptr;
+    std::string (*fElements)(const void*, size_t) = nullptr;
     std::string fText;
 };
-
-/// The elements behind a pointer as text: {1, 2, 3}; null for a null pointer.
-std::string elementsText(const Argument& pointer, size_t count);

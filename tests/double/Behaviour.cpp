@@ -1,20 +1,73 @@
-// The functions of the double that do more than record: they answer queries, give out names and keep the
-// little state that the library reads back.
+// What some functions do besides being recorded: they answer queries, give out names and keep the little
+// state that the library reads back.
 
 #define GL_GLEXT_PROTOTYPES
 #define GLX_GLXEXT_PROTOTYPES
+#include "FakeX.h"
 #include "Recorder.h"
-
-#include <GL/glxext.h>
 
 #include <algorithm>
 #include <cstring>
 
 namespace {
 
-GLXContext contextOf(uint64_t name) {
-    return reinterpret_cast<GLXContext>(name);
+using Arguments = std::vector<Argument>;
+
+GLuint number(const Argument& argument) {
+    return static_cast<GLuint>(argument.integer());
 }
+
+template <typename T>
+uint64_t answer(T pointer) {
+    return reinterpret_cast<uint64_t>(pointer);
+}
+
+Answer does(void (*effect)(const Arguments&)) {
+    return [effect](const Arguments& arguments) {
+        effect(arguments);
+        return uint64_t{0};
+    };
+}
+
+Answer answers(uint64_t usual) {
+    return [usual](const Arguments&) { return usual; };
+}
+
+// Names.
+
+Answer makes(NameKind kind) {
+    return [kind](const Arguments&) { return makeName(kind); };
+}
+
+/// The name is in that place.
+Answer deletes(NameKind kind, size_t place) {
+    return [=](const Arguments& a) {
+        deleteName(kind, a[place].pointer() ? answer(a[place].pointer()) : number(a[place]));
+        return uint64_t{1};
+    };
+}
+
+Answer generatesList(NameKind kind) {
+    return [kind](const Arguments& a) {
+        auto* names = static_cast<GLuint*>(a[1].pointer());
+        std::generate_n(names, a[0].integer(), [kind] { return static_cast<GLuint>(makeName(kind)); });
+        return uint64_t{0};
+    };
+}
+
+Answer deletesList(NameKind kind) {
+    return [kind](const Arguments& a) {
+        const auto* names = static_cast<const GLuint*>(a[1].pointer());
+        for (const GLuint* name = names; name != names + a[0].integer(); ++name) {
+            deleteName(kind, *name);
+            if (kind == NameKind::Buffer)
+                state().buffers.erase(*name);
+        }
+        return uint64_t{0};
+    };
+}
+
+// Queries.
 
 /// What the script says, or tracked state, or nothing.
 std::vector<double> valueOf(GLenum name) {
@@ -29,72 +82,88 @@ std::vector<double> valueOf(GLenum name) {
 }
 
 template <typename T>
-void answerQuery(const char* function, GLenum name, T* values) {
-    if (!record(function, {name, values}))
-        return;
-    const std::vector<double> value = valueOf(name);
-    std::transform(value.begin(), value.end(), values, [](double v) { return static_cast<T>(v); });
+void query(const Arguments& a) {
+    const std::vector<double> value = valueOf(number(a[0]));
+    std::transform(value.begin(), value.end(), static_cast<T*>(a[1].pointer()),
+                   [](double v) { return static_cast<T>(v); });
 }
 
-void generate(const char* function, NameKind kind, GLsizei count, GLuint* names) {
-    const Outcome outcome = record(function, {count, names});
-    for (GLsizei i = 0; i < count; ++i)
-        names[i] = outcome ? static_cast<GLuint>(makeName(kind)) : outcome.otherwise<GLuint>(0);
+void queryBooleans(const Arguments& a) {
+    std::vector<double> value = valueOf(number(a[0]));
+    if (value.empty())
+        value = {state().enabled.contains(number(a[0])) ? 1.0 : 0.0};
+    std::transform(value.begin(), value.end(), static_cast<GLboolean*>(a[1].pointer()),
+                   [](double v) { return v != 0; });
 }
 
-void remove(const char* function, NameKind kind, GLsizei count, const GLuint* names) {
-    if (!record(function, {count, names}))
-        return;
-    for (GLsizei i = 0; i < count; ++i) {
-        deleteName(kind, names[i]);
-        if (kind == NameKind::Buffer)
-            state().buffers.erase(names[i]);
-    }
+uint64_t string(const Arguments& a) {
+    static const std::optional<std::string> kOther = "OrloGL";
+    const GLuint name = number(a[0]);
+    const auto& text = name == GL_VERSION      ? script().version
+                       : name == GL_EXTENSIONS ? script().extensions
+                                               : kOther;
+    return answer(text ? text->c_str() : nullptr);
 }
 
-/// A new name as the call answers it.
-template <typename T>
-T make(NameKind kind, const Outcome& outcome) {
-    return outcome ? (T)makeName(kind) : outcome.otherwise<T>({});
+uint64_t nextError(const Arguments&) {
+    if (script().errors.empty())
+        return GL_NO_ERROR;
+    const GLenum error = script().errors.front();
+    script().errors.pop_front();
+    return error;
 }
 
-Argument stringList(GLsizei count, const GLcharARB** strings) {
-    std::string text;
-    for (GLsizei i = 0; i < count; ++i)
-        text += (i > 0 ? ", \"" : "\"") + std::string(strings[i]) + '"';
-    return '{' + text + '}';
+// Buffer objects.
+
+std::vector<unsigned char>& boundBuffer(const Argument& target) {
+    return state().buffers[state().boundBuffers[number(target)]];
 }
 
-std::vector<unsigned char>& boundBuffer(GLenum target) {
-    return state().buffers[state().boundBuffers[target]];
+void bufferData(const Arguments& a) {
+    const auto* bytes = static_cast<const unsigned char*>(a[2].pointer());
+    std::vector<unsigned char>& buffer = boundBuffer(a[0]);
+    buffer.assign(static_cast<size_t>(a[1].integer()), 0);
+    if (bytes)
+        std::copy_n(bytes, buffer.size(), buffer.data());
 }
 
-Bool bindContext(const Outcome& outcome, GLXDrawable draw, GLXContext context) {
-    if (!outcome)
-        return outcome.otherwise<Bool>(False);
-    state().draw = draw;
-    state().context = context;
+void bufferSubData(const Arguments& a) {
+    std::vector<unsigned char>& buffer = boundBuffer(a[0]);
+    if (a[1].integer() + a[2].integer() <= static_cast<long long>(buffer.size()))
+        std::memcpy(buffer.data() + a[1].integer(), a[3].pointer(), static_cast<size_t>(a[2].integer()));
+}
+
+// GLX.
+
+/// The drawable is in the second place, the context in the last.
+uint64_t makeCurrent(const Arguments& a) {
+    state().draw = static_cast<GLXDrawable>(a[1].integer());
+    state().context = static_cast<GLXContext>(a.back().pointer());
     return True;
 }
 
 /// Owned by the double; the caller's XFree goes to the fake one, which frees nothing.
-GLXFBConfig* configs(const Outcome& outcome, int* count) {
-    static std::vector<GLXFBConfig> found;
-    found.clear();
+std::vector<GLXFBConfig> theConfigs;
+int theConfigCount = 0;
+
+uint64_t configs(const Arguments&) {
+    theConfigs.clear();
     for (int i = 0; i < script().configCount; ++i)
-        found.push_back(nthConfig(i));
-    *count = outcome ? script().configCount : 0;
-    return outcome.otherwise<GLXFBConfig*>(found.empty() ? nullptr : found.data());
+        theConfigs.push_back(nthConfig(i));
+    theConfigCount = script().configCount;
+    return answer(theConfigs.empty() ? nullptr : theConfigs.data());
 }
 
-int configAttribute(const Outcome& outcome, int attribute, int* value) {
-    const auto found = script().configAttributes.find(attribute);
-    if (!outcome)
-        return outcome.otherwise<int>(0);
+uint64_t configAttribute(const Arguments& a) {
+    const auto found = script().configAttributes.find(static_cast<int>(a[2].integer()));
     if (found == script().configAttributes.end())
         return GLX_BAD_ATTRIBUTE;
-    *value = found->second;
+    *static_cast<int*>(a[3].pointer()) = found->second;
     return 0;
+}
+
+uint64_t visual(const Arguments&) {
+    return answer(onlyVisual());
 }
 
 long inertFunction() {
@@ -104,7 +173,7 @@ long inertFunction() {
 } // namespace
 
 GLXContext nthContext(int n) {
-    return contextOf(nthName(NameKind::Context, n));
+    return reinterpret_cast<GLXContext>(nthName(NameKind::Context, n));
 }
 
 GLXFBConfig nthConfig(int n) {
@@ -118,143 +187,87 @@ XVisualInfo* onlyVisual() {
     return &visual;
 }
 
+const std::map<std::string_view, Answer> kBehaviours = {
+    {"glGetIntegerv", does(query<GLint>)},
+    {"glGetFloatv", does(query<GLfloat>)},
+    {"glGetBooleanv", does(queryBooleans)},
+    {"glGetString", string},
+    {"glGetError", nextError},
+    {"glCheckFramebufferStatusEXT", [](const Arguments&) { return script().framebufferStatus; }},
+
+    {"glEnable", does([](const Arguments& a) { state().enabled.insert(number(a[0])); })},
+    {"glDisable", does([](const Arguments& a) { state().enabled.erase(number(a[0])); })},
+    {"glActiveTexture", does([](const Arguments& a) { state().activeTexture = number(a[0]); })},
+    {"glActiveTextureARB", does([](const Arguments& a) { state().activeTexture = number(a[0]); })},
+    {"glViewport", does([](const Arguments& a) {
+         std::transform(a.begin(), a.end(), state().viewport,
+                        [](const Argument& one) { return one.integer(); });
+     })},
+
+    {"glGenTextures", generatesList(NameKind::Texture)},
+    {"glGenBuffersARB", generatesList(NameKind::Buffer)},
+    {"glGenFramebuffersEXT", generatesList(NameKind::Framebuffer)},
+    {"glGenRenderbuffersEXT", generatesList(NameKind::Renderbuffer)},
+    {"glGenQueriesARB", generatesList(NameKind::Query)},
+    {"glGenOcclusionQueriesNV", generatesList(NameKind::Query)},
+    {"glDeleteTextures", deletesList(NameKind::Texture)},
+    {"glDeleteBuffersARB", deletesList(NameKind::Buffer)},
+    {"glDeleteFramebuffersEXT", deletesList(NameKind::Framebuffer)},
+    {"glDeleteRenderbuffersEXT", deletesList(NameKind::Renderbuffer)},
+    {"glDeleteQueriesARB", deletesList(NameKind::Query)},
+    {"glDeleteOcclusionQueriesNV", deletesList(NameKind::Query)},
+    {"glCreateShaderObjectARB", makes(NameKind::ShaderObject)},
+    {"glCreateProgramObjectARB", makes(NameKind::ShaderObject)},
+    {"glDeleteObjectARB", deletes(NameKind::ShaderObject, 0)},
+
+    {"glBindBufferARB", does([](const Arguments& a) { state().boundBuffers[number(a[0])] = number(a[1]); })},
+    {"glBufferDataARB", does(bufferData)},
+    {"glBufferSubDataARB", does(bufferSubData)},
+    {"glMapBufferARB", [](const Arguments& a) { return answer(boundBuffer(a[0]).data()); }},
+    {"glUnmapBufferARB", answers(GL_TRUE)},
+
+    {"glXChooseVisual", visual},
+    {"glXGetVisualFromFBConfig", visual},
+    {"glXGetVisualFromFBConfigSGIX", visual},
+    {"glXCreateContext", makes(NameKind::Context)},
+    {"glXCreateNewContext", makes(NameKind::Context)},
+    {"glXCreateContextWithConfigSGIX", makes(NameKind::Context)},
+    {"glXDestroyContext", deletes(NameKind::Context, 1)},
+    {"glXMakeCurrent", makeCurrent},
+    {"glXMakeContextCurrent", makeCurrent},
+    {"glXGetCurrentContext", [](const Arguments&) { return answer(state().context); }},
+    {"glXGetCurrentDrawable", [](const Arguments&) { return state().draw; }},
+    {"glXChooseFBConfig", configs},
+    {"glXChooseFBConfigSGIX", configs},
+    {"glXGetFBConfigAttrib", configAttribute},
+    {"glXGetConfig", configAttribute},
+    {"glXCreateWindow", makes(NameKind::GlxWindow)},
+    {"glXCreatePbuffer", makes(NameKind::Pbuffer)},
+    {"glXCreateGLXPbufferSGIX", makes(NameKind::Pbuffer)},
+    {"glXDestroyWindow", deletes(NameKind::GlxWindow, 1)},
+    {"glXDestroyPbuffer", deletes(NameKind::Pbuffer, 1)},
+
+    {"XCreateColormap", answers(kFakeColormap)},
+    {"XFreeColormap", answers(1)},
+    {"XCreateWindow", makes(NameKind::XWindow)},
+    {"XDestroyWindow", deletes(NameKind::XWindow, 1)},
+    {"XResizeWindow", answers(1)},
+    {"XGetGeometry", answers(1)},
+    {"XFree", answers(1)},
+};
+
 extern "C" {
 
-// Queries.
-
-#define QUERY(name, T)                                                                                       \
-    void name(GLenum parameter, T* values) {                                                                 \
-        answerQuery(#name, parameter, values);                                                               \
+// Whatever else the script answers, with it comes a count of 0.
+#define CHOOSES(name, Attributes)                                                                            \
+    GLXFBConfig* name(Display* display, int screen, Attributes* attributes, int* count) {                    \
+        theConfigCount = 0;                                                                                  \
+        auto* found = (GLXFBConfig*)record(#name, {display, screen, attributes, count});                     \
+        *count = theConfigCount;                                                                             \
+        return found;                                                                                        \
     }
-QUERY(glGetIntegerv, GLint)
-QUERY(glGetFloatv, GLfloat)
-
-const GLubyte* glGetString(GLenum name) {
-    const Outcome outcome = record("glGetString", {name});
-    const auto text = [](const std::optional<std::string>& s) { return s ? s->c_str() : nullptr; };
-    const char* usual = name == GL_VERSION      ? text(script().version)
-                        : name == GL_EXTENSIONS ? text(script().extensions)
-                        : name == GL_VENDOR     ? script().vendor.c_str()
-                                                : script().renderer.c_str();
-    return outcome.otherwise(reinterpret_cast<const GLubyte*>(usual));
-}
-
-GLenum glGetError() {
-    const Outcome outcome = record("glGetError", {});
-    if (!outcome || script().errors.empty())
-        return outcome.otherwise<GLenum>(GL_NO_ERROR);
-    const GLenum error = script().errors.front();
-    script().errors.pop_front();
-    return error;
-}
-
-void glGetBooleanv(GLenum name, GLboolean* values) {
-    if (!record("glGetBooleanv", {name, values}))
-        return;
-    const std::vector<double> value = valueOf(name);
-    for (size_t i = 0; i < value.size(); ++i)
-        values[i] = value[i] != 0;
-    if (value.empty())
-        *values = state().enabled.contains(name);
-}
-
-// Tracked state.
-
-void glEnable(GLenum cap) {
-    if (record("glEnable", {cap}))
-        state().enabled.insert(cap);
-}
-
-void glDisable(GLenum cap) {
-    if (record("glDisable", {cap}))
-        state().enabled.erase(cap);
-}
-
-#define ACTIVATES(name)                                                                                      \
-    void name(GLenum texture) {                                                                              \
-        if (record(#name, {texture}))                                                                        \
-            state().activeTexture = texture;                                                                 \
-    }
-ACTIVATES(glActiveTexture)
-ACTIVATES(glActiveTextureARB)
-
-void glViewport(GLint x, GLint y, GLsizei width, GLsizei height) {
-    const GLint viewport[] = {x, y, width, height};
-    if (record("glViewport", {x, y, width, height}))
-        std::copy(std::begin(viewport), std::end(viewport), state().viewport);
-}
-
-// Names.
-
-#define NAMES(Kind, generator, deleter)                                                                      \
-    void generator(GLsizei n, GLuint* names) {                                                               \
-        generate(#generator, NameKind::Kind, n, names);                                                      \
-    }                                                                                                        \
-    void deleter(GLsizei n, const GLuint* names) {                                                           \
-        remove(#deleter, NameKind::Kind, n, names);                                                          \
-    }
-NAMES(Texture, glGenTextures, glDeleteTextures)
-NAMES(Buffer, glGenBuffersARB, glDeleteBuffersARB)
-NAMES(Framebuffer, glGenFramebuffersEXT, glDeleteFramebuffersEXT)
-NAMES(Renderbuffer, glGenRenderbuffersEXT, glDeleteRenderbuffersEXT)
-NAMES(Query, glGenQueriesARB, glDeleteQueriesARB)
-NAMES(Query, glGenOcclusionQueriesNV, glDeleteOcclusionQueriesNV)
-
-GLhandleARB glCreateShaderObjectARB(GLenum type) {
-    return make<GLhandleARB>(NameKind::ShaderObject, record("glCreateShaderObjectARB", {type}));
-}
-
-GLhandleARB glCreateProgramObjectARB() {
-    return make<GLhandleARB>(NameKind::ShaderObject, record("glCreateProgramObjectARB", {}));
-}
-
-void glDeleteObjectARB(GLhandleARB object) {
-    if (record("glDeleteObjectARB", {object}))
-        deleteName(NameKind::ShaderObject, object);
-}
-
-void glShaderSourceARB(GLhandleARB shader, GLsizei count, const GLcharARB** sources, const GLint* lengths) {
-    const Argument printed = script().rawPointers ? Argument(sources) : stringList(count, sources);
-    record("glShaderSourceARB", {shader, count, printed, lengths});
-}
-
-// Buffer objects and framebuffer objects.
-
-void glBindBufferARB(GLenum target, GLuint buffer) {
-    if (record("glBindBufferARB", {target, buffer}))
-        state().boundBuffers[target] = buffer;
-}
-
-void glBufferDataARB(GLenum target, GLsizeiptrARB size, const void* data, GLenum usage) {
-    if (!record("glBufferDataARB", {target, size, data, usage}))
-        return;
-    const auto* bytes = static_cast<const unsigned char*>(data);
-    if (bytes)
-        boundBuffer(target).assign(bytes, bytes + size);
-    else
-        boundBuffer(target).assign(static_cast<size_t>(size), 0);
-}
-
-void glBufferSubDataARB(GLenum target, GLintptrARB start, GLsizeiptrARB size, const void* data) {
-    std::vector<unsigned char>& buffer = boundBuffer(target);
-    if (record("glBufferSubDataARB", {target, start, size, data}) &&
-        static_cast<size_t>(start + size) <= buffer.size())
-        std::memcpy(buffer.data() + start, data, static_cast<size_t>(size));
-}
-
-void* glMapBufferARB(GLenum target, GLenum access) {
-    return record("glMapBufferARB", {target, access}).otherwise<void*>(boundBuffer(target).data());
-}
-
-GLboolean glUnmapBufferARB(GLenum target) {
-    return record("glUnmapBufferARB", {target}).otherwise<GLboolean>(GL_TRUE);
-}
-
-GLenum glCheckFramebufferStatusEXT(GLenum target) {
-    return record("glCheckFramebufferStatusEXT", {target}).otherwise(script().framebufferStatus);
-}
-
-// GLX.
+CHOOSES(glXChooseFBConfig, const int)
+CHOOSES(glXChooseFBConfigSGIX, int)
 
 __GLXextFuncPtr glXGetProcAddressARB(const GLubyte* procName) {
     const char* name = reinterpret_cast<const char*>(procName);
@@ -266,87 +279,5 @@ __GLXextFuncPtr glXGetProcAddressARB(const GLubyte* procName) {
     const auto found = kDeclaredFunctions.find(name);
     return found == kDeclaredFunctions.end() ? nullptr : found->second;
 }
-
-XVisualInfo* glXChooseVisual(Display* display, int screen, int* attributes) {
-    return record("glXChooseVisual", {display, screen, attributes}).otherwise(onlyVisual());
-}
-
-GLXContext glXCreateContext(Display* display, XVisualInfo* visual, GLXContext share, Bool direct) {
-    return make<GLXContext>(NameKind::Context, record("glXCreateContext", {display, visual, share, direct}));
-}
-
-#define CONTEXT_OF_CONFIG(name)                                                                              \
-    GLXContext name(Display* display, GLXFBConfig config, int type, GLXContext share, Bool direct) {         \
-        return make<GLXContext>(NameKind::Context, record(#name, {display, config, type, share, direct}));   \
-    }
-CONTEXT_OF_CONFIG(glXCreateNewContext)
-CONTEXT_OF_CONFIG(glXCreateContextWithConfigSGIX)
-
-void glXDestroyContext(Display* display, GLXContext context) {
-    if (record("glXDestroyContext", {display, context}))
-        deleteName(NameKind::Context, reinterpret_cast<uint64_t>(context));
-}
-
-Bool glXMakeCurrent(Display* display, GLXDrawable drawable, GLXContext context) {
-    return bindContext(record("glXMakeCurrent", {display, drawable, context}), drawable, context);
-}
-
-Bool glXMakeContextCurrent(Display* display, GLXDrawable draw, GLXDrawable read, GLXContext context) {
-    return bindContext(record("glXMakeContextCurrent", {display, draw, read, context}), draw, context);
-}
-
-GLXContext glXGetCurrentContext() {
-    return record("glXGetCurrentContext", {}).otherwise(state().context);
-}
-
-GLXDrawable glXGetCurrentDrawable() {
-    return record("glXGetCurrentDrawable", {}).otherwise(state().draw);
-}
-
-GLXFBConfig* glXChooseFBConfig(Display* display, int screen, const int* attributes, int* count) {
-    return configs(record("glXChooseFBConfig", {display, screen, attributes, count}), count);
-}
-
-GLXFBConfigSGIX* glXChooseFBConfigSGIX(Display* display, int screen, int* attributes, int* count) {
-    return configs(record("glXChooseFBConfigSGIX", {display, screen, attributes, count}), count);
-}
-
-int glXGetFBConfigAttrib(Display* display, GLXFBConfig config, int attribute, int* value) {
-    return configAttribute(record("glXGetFBConfigAttrib", {display, config, attribute, value}), attribute,
-                           value);
-}
-
-int glXGetConfig(Display* display, XVisualInfo* visual, int attribute, int* value) {
-    return configAttribute(record("glXGetConfig", {display, visual, attribute, value}), attribute, value);
-}
-
-#define VISUAL_OF_CONFIG(name)                                                                               \
-    XVisualInfo* name(Display* display, GLXFBConfig config) {                                                \
-        return record(#name, {display, config}).otherwise(onlyVisual());                                     \
-    }
-VISUAL_OF_CONFIG(glXGetVisualFromFBConfig)
-VISUAL_OF_CONFIG(glXGetVisualFromFBConfigSGIX)
-
-GLXWindow glXCreateWindow(Display* display, GLXFBConfig config, Window window, const int* attributes) {
-    return make<XID>(NameKind::GlxWindow, record("glXCreateWindow", {display, config, window, attributes}));
-}
-
-GLXPbuffer glXCreatePbuffer(Display* display, GLXFBConfig config, const int* attributes) {
-    return make<XID>(NameKind::Pbuffer, record("glXCreatePbuffer", {display, config, attributes}));
-}
-
-GLXPbufferSGIX glXCreateGLXPbufferSGIX(Display* display, GLXFBConfigSGIX config, unsigned width,
-                                       unsigned height, int* attributes) {
-    return make<XID>(NameKind::Pbuffer,
-                     record("glXCreateGLXPbufferSGIX", {display, config, width, height, attributes}));
-}
-
-#define DESTROYS(name, Kind)                                                                                 \
-    void name(Display* display, XID drawable) {                                                              \
-        if (record(#name, {display, drawable}))                                                              \
-            deleteName(NameKind::Kind, drawable);                                                            \
-    }
-DESTROYS(glXDestroyWindow, GlxWindow)
-DESTROYS(glXDestroyPbuffer, Pbuffer)
 
 } // extern "C"

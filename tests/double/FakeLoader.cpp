@@ -27,10 +27,6 @@ Function systemFunction(const char* name) {
     return reinterpret_cast<Function>(dlvsym(RTLD_NEXT, name, "GLIBC_2.34"));
 }
 
-void note(const std::string& text) {
-    loader().calls.push_back(text);
-}
-
 } // namespace
 
 const Calls& loaderCalls() {
@@ -64,7 +60,7 @@ void* dlopen(const char* file, int mode) {
         open = systemFunction<decltype(open)>("dlopen");
     if (!recording || !file)
         return open(file, mode);
-    note(call("dlopen", file, mode));
+    loader().calls.push_back(call("dlopen", file, mode));
     if (loader().missingLibraries.contains(file))
         return nullptr;
     // Under either name the double: the machine's own GL has no place in these tests.
@@ -77,7 +73,7 @@ void* dlsym(void* handle, const char* name) {
         find = systemFunction<decltype(find)>("dlsym");
     if (!recording)
         return find(handle, name);
-    note(call("dlsym", name));
+    loader().calls.push_back(call("dlsym", name));
     if (const auto replaced = loader().replacedSymbols.find(name); replaced != loader().replacedSymbols.end())
         return replaced->second;
     return loader().missingSymbols.contains(name) ? nullptr : find(handle, name);
@@ -88,7 +84,7 @@ char* dlerror() {
     if (!error)
         error = systemFunction<decltype(error)>("dlerror");
     if (recording)
-        note(call("dlerror"));
+        loader().calls.push_back(call("dlerror"));
     return error();
 }
 

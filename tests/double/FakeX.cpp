@@ -41,37 +41,32 @@ FakeGeometry& fakeGeometry() {
 extern "C" {
 
 Colormap XCreateColormap(Display* display, Window window, Visual* visual, int allocate) {
-    return record("XCreateColormap", {display, window, visual, allocate}).otherwise(kFakeColormap);
+    return record("XCreateColormap", {display, window, visual, allocate});
 }
 
 int XFreeColormap(Display* display, Colormap colormap) {
-    return record("XFreeColormap", {display, colormap}).otherwise(1);
+    return static_cast<int>(record("XFreeColormap", {display, colormap}));
 }
 
 Window XCreateWindow(Display* display, Window parent, int x, int y, unsigned width, unsigned height,
                      unsigned border, int depth, unsigned windowClass, Visual* visual, unsigned long mask,
                      XSetWindowAttributes* attributes) {
-    const Outcome outcome =
-        record("XCreateWindow", {display, parent, x, y, width, height, border, depth, windowClass, visual,
-                                 mask, windowAttributes(mask, *attributes)});
-    return outcome ? makeName(NameKind::XWindow) : outcome.otherwise<Window>(0);
+    return record("XCreateWindow", {display, parent, x, y, width, height, border, depth, windowClass, visual,
+                                    mask, windowAttributes(mask, *attributes)});
 }
 
 int XDestroyWindow(Display* display, Window window) {
-    if (record("XDestroyWindow", {display, window}))
-        deleteName(NameKind::XWindow, window);
-    return 1;
+    return static_cast<int>(record("XDestroyWindow", {display, window}));
 }
 
 int XResizeWindow(Display* display, Window window, unsigned width, unsigned height) {
-    return record("XResizeWindow", {display, window, width, height}).otherwise(1);
+    return static_cast<int>(record("XResizeWindow", {display, window, width, height}));
 }
 
 Status XGetGeometry(Display* display, Drawable drawable, Window* root, int* x, int* y, unsigned* width,
                     unsigned* height, unsigned* border, unsigned* depth) {
-    const Outcome outcome = record("XGetGeometry", {display, drawable});
-    if (!outcome)
-        return outcome.otherwise<Status>(0);
+    if (!record("XGetGeometry", {display, drawable}))
+        return 0;
     *root = kFakeRoot;
     *x = *y = 0;
     *width = fakeGeometry().width;
@@ -82,7 +77,7 @@ Status XGetGeometry(Display* display, Drawable drawable, Window* root, int* x, i
 }
 
 int XFree(void* data) {
-    return record("XFree", {data}).otherwise(1);
+    return static_cast<int>(record("XFree", {data}));
 }
 
 } // extern "C"

@@ -7,27 +7,18 @@
 #include <map>
 #include <string_view>
 
-/// What the script says about one call.
-class Outcome {
-public:
-    explicit Outcome(bool failed, std::optional<uint64_t> answer = {}) : fFailed(failed), fAnswer(answer) {}
+/// Writes a call down. What it answers: what the script says, 0 for a failed call, else what the function
+/// does by itself (kBehaviours), 0 for most.
+uint64_t record(const char* name, const std::vector<Argument>& arguments);
 
-    /// The scripted answer, 0 for a failed call, otherwise the usual one.
-    template <typename T>
-    T otherwise(T usual) const {
-        return fFailed ? T{} : fAnswer ? (T)*fAnswer : usual;
-    }
+/// What functions do besides being recorded, by their names.
+extern const std::map<std::string_view, Answer> kBehaviours;
 
-    /// Whether the usual behaviour, with its change of state, takes place.
-    explicit operator bool() const { return !fFailed && !fAnswer; }
+/// How many elements to print of the pointer in place `index`; nullopt to print its address.
+std::optional<size_t> elementCount(const char* name, const std::vector<Argument>& arguments, size_t index);
 
-private:
-    bool fFailed;
-    std::optional<uint64_t> fAnswer;
-};
-
-/// Writes a call down and asks the script about it.
-Outcome record(const char* name, const std::vector<Argument>& arguments);
+/// Whether the call writes its results through the pointer in place `index`.
+bool writesThrough(std::string_view name, const Argument& argument, size_t index);
 
 /// Every function that GL's headers declare.
 extern const std::map<std::string_view, void (*)()> kDeclaredFunctions;
@@ -39,7 +30,7 @@ void recordLookup(const char* name);
 uint64_t makeName(NameKind kind);
 void deleteName(NameKind kind, uint64_t name);
 
-/// What the functions of Behaviour.cpp keep from call to call.
+/// What these keep from call to call.
 struct State {
     GLenum activeTexture = GL_TEXTURE0;
     GLint viewport[4] = {};

@@ -64,8 +64,6 @@ struct Script {
     /// What glGetString answers; nullopt for null.
     std::optional<std::string> version = "2.1 recording";
     std::optional<std::string> extensions = "";
-    std::string vendor = "OrloGL";
-    std::string renderer = "Recording";
 
     /// What glGetIntegerv and its kin answer by name; they win over the tracked state. A name that is neither
     /// here nor tracked leaves the caller's variable alone, as a failed query does.
@@ -130,7 +128,6 @@ enum class NameKind {
 struct Ledger {
     std::set<uint64_t> live;
     int made = 0;
-    int deleted = 0;
     /// Deletions of names that weren't live; 0 as a name is none.
     int strayDeletions = 0;
 };

@@ -3,9 +3,9 @@
 
 Usage: generate_double.py COMPILER OUTPUT gl|cg|cggl [-IFOLDER ...]
 
-Every function records its name and arguments and answers as the script says, 0 by default. What of GL needs a
-behaviour is defined strongly in Behaviour.cpp, which then wins over the weak body. Nothing here knows the
-library's own table of entry points: a wrong name or type in that table can't agree with itself.
+Every function records its name and arguments, and answers as record() says. What is defined strongly besides
+wins over the weak body. Nothing here knows the library's own table of entry points: a wrong name or type in
+that table can't agree with itself.
 """
 
 import re
@@ -54,7 +54,7 @@ def named_parameters(parameters):
 
 def body(result, name, names):
     record = f'record("{name}", {{{", ".join(names)}}})'
-    return f"{record};" if result == "void" else f"return {record}.otherwise<{result}>({{}});"
+    return f"{record};" if result == "void" else f"return ({result}){record};"
 
 
 def main():

@@ -118,16 +118,16 @@ private:
     GLStartupContext* fStartup = nullptr;
 };
 
-/// A picture to draw into, made with the table alone: RGBA of 8 bits each, depth 24, stencil 8, the viewport
-/// over the whole of it. Bound until it goes.
+/// A picture to draw into, made with the table alone: RGBA of 8 bits each or of another format, depth 24,
+/// stencil 8, the viewport over the whole of it. Bound until it goes.
 class DrawTarget {
 public:
-    DrawTarget(GLFunctionTable& gl, int width, int height) : fGL(gl) {
+    DrawTarget(GLFunctionTable& gl, int width, int height, GLenum format = GL_RGBA8) : fGL(gl) {
         fGL.glGenRenderbuffersEXT(2, fBuffers);
         fGL.glGenFramebuffersEXT(1, &fFramebuffer);
         fGL.glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, fFramebuffer);
         fGL.glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, fBuffers[0]);
-        fGL.glRenderbufferStorageEXT(GL_RENDERBUFFER_EXT, GL_RGBA8, width, height);
+        fGL.glRenderbufferStorageEXT(GL_RENDERBUFFER_EXT, format, width, height);
         fGL.glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, fBuffers[1]);
         fGL.glRenderbufferStorageEXT(GL_RENDERBUFFER_EXT, GL_DEPTH24_STENCIL8_EXT, width, height);
         attach(GL_COLOR_ATTACHMENT0_EXT, fBuffers[0]);

@@ -70,9 +70,16 @@ TEST(ShadingNetwork, takesOnlyValuesThatFit) {
     EXPECT_FALSE(material.setValue("roughness", koColor::Color(1, 0, 0)) ||
                  material.setValue("normal", 0.5F) || material.setValue("baseColor", 1.0F, 2.0F) ||
                  material.setValue("nothing", 1.0F));
-    EXPECT_TRUE(material.setSetting("alphaMode", kMask));
-    EXPECT_FALSE(material.setSetting("alphaMode", 3) || material.setSetting("alphaMode", -1) ||
-                 material.setSetting("nothing", 0));
+    EXPECT_FALSE(material.setSetting("nothing", 0));
+    for (const auto& [kind, name, least, most] : {std::tuple(kMetallicRoughness, "alphaMode", 0, 2),
+                                                  {kTexCoord, "set", 0, 7},
+                                                  {kNoise, "octaves", 1, 8},
+                                                  {kRamp, "stops", 2, 8},
+                                                  {kRamp, "interpolation", 0, 2}}) {
+        ShadingNodeSpec spec(kind);
+        EXPECT_TRUE(spec.setSetting(name, least) && spec.setSetting(name, most)) << name;
+        EXPECT_FALSE(spec.setSetting(name, least - 1) || spec.setSetting(name, most + 1)) << name;
+    }
     EXPECT_EQ(ShadingNodeSpec(static_cast<NodeKind>(99)).kind(), kLambert);
 }
 
