@@ -1,4 +1,4 @@
-// Windows and pbuffers: the calls of each road to one, and what becomes of it when one of them fails.
+// Windows and pbuffers: the calls of each road to one, and what each answers when one of them fails.
 
 #include "FrameBufferTest.h"
 
@@ -33,7 +33,6 @@ struct Road {
     Window window;        // what the host maps; 0 for a pbuffer
     Calls release;        // after the context is gone
     Answers answers = {}; // where it answers to a failing call otherwise than most
-    bool leavesNothing = false;
 
     friend void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
 };
@@ -139,8 +138,8 @@ std::vector<Road> roads() {
         {"bySGIX", kInWindow, {}, bySGIX, kChild, kChild, {on("glXDestroyWindow", kChild)}},
         {"byVisual", kInWindow, windows, byVisual, kChild, kChild, {on("XDestroyWindow", 0)}},
         {"byGLX13", kInWindow, sgix, byGLX13, kGlxWindow, kGlxWindow, destroyed, refused},
-        {"portable", kPortably, {}, portable, kGlxWindow, kChild, destroyed + freedChild, another, true},
-        {"portableByVisual", kPortably, windows, portableByVisual, kChild, kChild, freedChild, {}, true},
+        {"portable", kPortably, {}, portable, kGlxWindow, kChild, destroyed + freedChild, another},
+        {"portableByVisual", kPortably, windows, portableByVisual, kChild, kChild, freedChild},
         {"pbuffer", kAsPbuffer, {}, pbuffer13, kPbuffer, 0, freed13},
         {"pbufferBySGIX", kAsPbufferPortably, pbuffers, pbufferSGIX, kPbuffer, 0, freedSGIX},
     };
@@ -173,18 +172,6 @@ protected:
         const auto found =
             std::ranges::find_if(recorded(), [&](const auto& text) { return text.starts_with(name); });
         return found == recorded().end() ? "" : *found;
-    }
-
-    static int times(const std::string& name, const Calls& calls = recorded()) {
-        return static_cast<int>(
-            std::ranges::count_if(calls, [&](const auto& text) { return text.starts_with(name + '('); }));
-    }
-
-    static void expectNothingLeft() {
-        EXPECT_EQ(ledger(NameKind::Context).live.size(), 1u) << "the start-up context's";
-        EXPECT_EQ(ledger(NameKind::XWindow).live.size(), 1u);
-        EXPECT_TRUE(ledger(NameKind::GlxWindow).live.empty());
-        EXPECT_EQ(times("XCreateColormap"), times("XFreeColormap"));
     }
 };
 
@@ -234,62 +221,42 @@ TEST_P(DrawableRoad, isMadeUsedAndReleased) {
     EXPECT_EQ(recorded(), expected + road.release);
 }
 
-TEST_P(DrawableRoad, endsWhereACallFailsThatItLooksAt) {
+TEST_P(DrawableRoad, saysWhichCallFailed) {
     const Road& road = GetParam();
-    Calls calls;
+    Answers answers = road.answers;
+    answers.insert(kAnswers.begin(), kAnswers.end());
+    std::map<std::string, int> counts;
     for (const std::string& failing : road.creation) {
         SCOPED_TRACE(failing);
-        calls.push_back(failing);
         const std::string name = failing.substr(0, failing.find('('));
-        Answers answers = road.answers;
-        answers.insert(kAnswers.begin(), kAnswers.end());
         const uint32_t answer = answers[name];
-        failNext(name.c_str(), times(name, calls));
+        failNext(name.c_str(), ++counts[name]);
         GLFrameBuffer buffer;
         EXPECT_EQ(create(buffer), answer);
-        if (answer != 0) {
-            Calls untilThen = recorded();
-            while (untilThen.back().starts_with("XFree") && !calls.back().starts_with("XFree"))
-                untilThen.pop_back(); // lists that are done with
-            if (name == "glXCreatePbuffer" || road.answers.contains(name))
-                untilThen.pop_back(); // a call that is made all the same
-            if (road.leavesNothing)
-                expectNothingLeft();
-            else
-                EXPECT_EQ(untilThen, calls);
-            const uint32_t inWindow = std::string_view(road.name) == "bySGIX" && calls.size() > 2 ? 1 : 0;
-            EXPECT_EQ(buffer.fKind, road.window != 0 ? inWindow : answer == 5 ? 0 : 2);
-            EXPECT_EQ(buffer.fRequestedFormat.fColorFormat, kRasterRGBA8);
-            EXPECT_EQ(buffer.fActualFormat.fColorFormat, kRasterNoColor);
-            EXPECT_EQ(buffer.fWindow.window() + buffer.fWidth + buffer.fOwnsDrawable, 0u);
-            EXPECT_EQ(startup().refCount(), 2);
-            clearRecorded();
-            buffer.deleteInternalState();
-            EXPECT_EQ(recorded(), Calls{}) << "what was made is left";
-            EXPECT_EQ(startup().refCount(), 1);
-            EXPECT_EQ(create(buffer), 0u) << "tries again";
-        }
+        if (answer == 0)
+            continue;
+        const bool isKnownAsWindow =
+            counts.contains("glXChooseFBConfigSGIX") && name != "glXChooseFBConfigSGIX";
+        EXPECT_EQ(buffer.fKind, road.window != 0 ? isKnownAsWindow : answer == 5 ? 0 : 2);
+        EXPECT_EQ(buffer.fActualFormat.fColorFormat, kRasterNoColor);
+        EXPECT_EQ(buffer.fWindow.window() + buffer.fWidth + buffer.fOwnsDrawable, 0u);
+        clearRecorded();
         buffer.deleteInternalState();
-        if (road.leavesNothing)
-            expectNothingLeft();
+        EXPECT_EQ(recorded(), Calls{}) << "what was made is left";
+        EXPECT_EQ(startup().refCount(), 1);
     }
 }
 
 TEST_P(DrawableRoad, needsADisplayAndATableAndMakesAStartupContext) {
     GLFrameBuffer buffer;
     EXPECT_EQ(GetParam().create(buffer, WindowWrapper(), {}), 4u);
-    if (GetParam().window != 0) {
-        GLFunctionTable::fpGlobalFunctionTable = nullptr;
-        EXPECT_EQ(create(buffer), 4u);
-        GLFunctionTable::fpGlobalFunctionTable = &gl();
-        EXPECT_EQ(recorded(), Calls{});
-        EXPECT_EQ(startup().refCount(), 3) << "taken before either is looked at";
+    GLFunctionTable::fpGlobalFunctionTable = GetParam().window != 0 ? nullptr : &gl();
+    EXPECT_EQ(create(buffer), GetParam().window != 0 ? 4u : 0u);
+    GLFunctionTable::fpGlobalFunctionTable = &gl();
+    EXPECT_EQ(startup().refCount(), 3) << "taken before either is looked at";
+    for (int left : {2, 1, 1}) {
         buffer.deleteInternalState();
-    }
-    EXPECT_EQ(startup().refCount(), 2);
-    for (int i = 0; i < 2; ++i) {
-        buffer.deleteInternalState();
-        EXPECT_EQ(startup().refCount(), 1);
+        EXPECT_EQ(startup().refCount(), left);
     }
 
     GLStartupContext::fpGlobalGLStartupContext = nullptr;
@@ -297,71 +264,79 @@ TEST_P(DrawableRoad, needsADisplayAndATableAndMakesAStartupContext) {
     const GLStartupContext* made = GLStartupContext::fpGlobalGLStartupContext;
     ASSERT_TRUE(made && made->valid);
     EXPECT_EQ(made->wrapper.window(), kParent);
-    EXPECT_EQ(made->refCount(), 1);
     buffer.deleteInternalState();
     EXPECT_EQ(GLStartupContext::fpGlobalGLStartupContext, nullptr) << "went with its only user";
 }
 
 TEST_F(DrawableTest, takesTheFirstRoadThatIsOffered) {
-    // The chooser that is asked first; none where it is unsupported.
-    const std::tuple<Create, Capabilities, std::string> kCases[] = {
-        {kInWindow, {}, "glXChooseFBConfigSGIX"},
-        {kInWindow, {kCapGLXFBConfig, kCapGLXNewContext}, "glXChooseFBConfigSGIX"},
-        {kInWindow, {kCapSGIXChooseFBConfig, kCapSGIXContextWithConfig}, "glXChooseFBConfig"},
-        {kInWindow, {kCapSGIXVisualFromFBConfig, kCapGLXWindow}, "glXChooseFBConfig"},
-        {kInWindow, {kCapSGIXVisualFromFBConfig, kCapGLXFBConfig}, "glXChooseVisual"},
-        {kInWindow, {kCapSGIXChooseFBConfig, kCapGLXNewContext}, "glXChooseVisual"},
-        {kPortably, {kCapGLXFBConfig}, "glXChooseVisual"},
-        {kPortably, {kCapGLXNewContext}, "glXChooseVisual"},
-        {kPortably, {kCapGLXWindow}, "glXChooseVisual"},
-        {kAsPbuffer, {kCapSGIXChooseFBConfig}, "glXChooseFBConfig"},
-        {kAsPbuffer, {kCapGLXFBConfig}, "glXChooseFBConfigSGIX"},
-        {kAsPbuffer, {kCapGLXPbuffer}, "glXChooseFBConfigSGIX"},
-        {kAsPbuffer, {kCapGLXNewContext}, "glXChooseFBConfigSGIX"},
-        {kAsPbuffer, {kCapGLXFBConfig, kCapSGIXChooseFBConfig}, ""},
-        {kAsPbuffer, {kCapGLXPbuffer, kCapSGIXPbuffer}, ""},
-        {kAsPbuffer, {kCapGLXNewContext, kCapSGIXContextWithConfig}, ""},
+    GLFunctionTable& table = gl();
+    // No chooser: unsupported, as is every road without one of the entry points that it needs.
+    const auto expectChooser = [&](const std::string& name, const Create& by, const Capabilities& vetoed,
+                                   auto*... needed) {
+        enable(vetoed, false);
+        const auto expectOne = [&](const std::string& chooser) {
+            GLFrameBuffer buffer;
+            EXPECT_EQ(create(by, buffer), chooser.empty() ? 1u : 0u);
+            EXPECT_EQ(theCall("glXChoose").substr(0, chooser.size() + 1),
+                      chooser.empty() ? "" : chooser + '(')
+                << testing::PrintToString(vetoed);
+        };
+        expectOne(name);
+        [[maybe_unused]] const auto expectNeeded = [&](auto* slot) {
+            const auto kept = std::exchange(*slot, nullptr);
+            expectOne("");
+            *slot = kept;
+        };
+        (expectNeeded(needed), ...);
+        enable(vetoed, true);
     };
-    for (const auto& [by, missing, choice] : kCases) {
-        enable(missing, false);
-        GLFrameBuffer buffer;
-        EXPECT_EQ(create(by, buffer), choice.empty() ? 1u : 0u);
-        EXPECT_EQ(theCall("glXChoose").substr(0, choice.size() + 1), choice.empty() ? "" : choice + '(');
-        enable(missing, true);
+    const auto query = &table.fglXQueryExtensionsString;
+    const auto context = &table.fglXCreateContext;
+    const auto visual = &table.fglXChooseVisual;
+    const std::string sgix = "glXChooseFBConfigSGIX", glx13 = "glXChooseFBConfig", old = "glXChooseVisual";
+    expectChooser(sgix, kInWindow, {}, query, context, visual);
+    expectChooser(sgix, kInWindow, {kCapGLXFBConfig, kCapGLXNewContext});
+    expectChooser(glx13, kInWindow, {kCapSGIXChooseFBConfig}, &table.fglXCreateWindow);
+    expectChooser(glx13, kInWindow, {kCapSGIXVisualFromFBConfig, kCapGLXWindow});
+    expectChooser(old, kInWindow, {kCapSGIXVisualFromFBConfig, kCapGLXFBConfig}, context, visual);
+    expectChooser(old, kInWindow, {kCapSGIXChooseFBConfig, kCapGLXNewContext});
+    expectChooser(old, kPortably, {kCapGLXFBConfig}, context, visual);
+    expectChooser(old, kPortably, {kCapGLXNewContext});
+    expectChooser(old, kPortably, {kCapGLXWindow});
+    expectChooser(glx13, kAsPbuffer, {kCapSGIXChooseFBConfig}, query, &table.fglXGetFBConfigAttrib,
+                  &table.fglXGetVisualFromFBConfig, &table.fglXGetConfig);
+    for (GLCapability capability : {kCapGLXFBConfig, kCapGLXPbuffer, kCapGLXNewContext}) {
+        expectChooser(sgix, kAsPbuffer, {capability});
+        for (GLCapability other : {kCapSGIXChooseFBConfig, kCapSGIXPbuffer, kCapSGIXContextWithConfig})
+            expectChooser("", kAsPbuffer, {capability, other});
     }
 }
 
-TEST_F(DrawableTest, isUnsupportedWithoutAnEntryPoint) {
-    GLFunctionTable& table = gl();
-    const auto needs = [&](const Create& by, auto&... slots) {
-        const auto needsOne = [&](auto& slot) {
-            const auto kept = std::exchange(slot, nullptr);
-            GLFrameBuffer buffer;
-            EXPECT_EQ(create(by, buffer), 1u);
-            EXPECT_EQ(theCall("glXChoose"), "");
-            slot = kept;
-        };
-        (needsOne(slots), ...);
-    };
-    needs(kAsPbuffer, table.fglXQueryExtensionsString, table.fglXGetFBConfigAttrib,
-          table.fglXGetVisualFromFBConfig, table.fglXGetConfig);
-    needs(kInWindow, table.fglXQueryExtensionsString, table.fglXCreateContext, table.fglXChooseVisual);
-    enable({kCapSGIXChooseFBConfig}, false);
-    needs(kInWindow, table.fglXCreateWindow);
-    enable({kCapGLXFBConfig}, false);
-    needs(kInWindow, table.fglXCreateContext, table.fglXChooseVisual);
-    needs(kPortably, table.fglXCreateContext, table.fglXChooseVisual);
-}
-
-TEST_F(DrawableTest, asksForTheSizesOfItsFormat) {
-    const std::array<uint32_t, 6> kCases[] = {{4, 7, 16, 32, 24, 0}, {3, 6, 10, 8, 16, 1},
-                                              {5, 8, 11, 8, 16, 4},  {14, 15, 12, 8, 16, 8},
-                                              {0, 9, 13, 8, 16, 16}, {1, 7, 8, 8, 24, 0}};
-    for (const auto& [color, depth, stencil, colorBits, depthBits, stencilBits] : kCases) {
+TEST_F(DrawableTest, translatesFormatsIntoSizesAndBack) {
+    const struct {
+        std::array<uint32_t, 3> asked; // colour, depth and stencil format
+        std::array<int, 3> bits;
+        std::array<int, 5> told; // bits of red, alpha, depth and stencil, sample buffers
+        std::array<uint32_t, 3> actual;
+    } kCases[] = {{{4, 7, 16}, {32, 24, 0}, {0, 0, 0, 0, 0}, {14, 15, 16}},
+                  {{3, 6, 10}, {8, 16, 1}, {0, 8, 16, 1, 0}, {0, 6, 10}},
+                  {{5, 8, 11}, {8, 16, 4}, {8, 0, 24, 4, 0}, {1, 7, 11}},
+                  {{14, 15, 12}, {8, 16, 8}, {8, 1, 32, 8, 0}, {2, 15, 12}},
+                  {{0, 9, 13}, {8, 16, 16}, {10, 2, 23, 16, 1}, {14, 15, 13}},
+                  {{1, 7, 8}, {8, 24, 0}, {5, 0, 24, 2, 0}, {14, 7, 16}}};
+    for (const auto& [asked, bits, told, actual] : kCases) {
+        script().configAttributes = {{GLX_RED_SIZE, told[0]},
+                                     {GLX_ALPHA_SIZE, told[1]},
+                                     {GLX_DEPTH_SIZE, told[2]},
+                                     {GLX_STENCIL_SIZE, told[3]},
+                                     {GLX_SAMPLE_BUFFERS, told[4]}};
         GLFrameBuffer buffer;
-        EXPECT_EQ(create(kInWindow, buffer, bufferFormat(color, depth, stencil)), 0u);
-        EXPECT_EQ(theCall("glXChooseVisual"),
-                  on("glXChooseVisual", 0, configuration(1, 1, colorBits, depthBits, stencilBits)));
+        ASSERT_EQ(create(kAsPbuffer, buffer, bufferFormat(asked[0], asked[1], asked[2])), 0u);
+        EXPECT_EQ(theCall("glXChoose"),
+                  on("glXChooseFBConfig", 0, configuration(5, 0, bits[0], bits[1], bits[2]), kOut));
+        const uint32_t sampling = told[4] == 0 ? kSamplingSingle : kSamplingMultiple;
+        EXPECT_EQ(numbers(buffer.fActualFormat),
+                  numbers(bufferFormat(actual[0], actual[1], actual[2], 3, sampling)));
     }
 }
 
@@ -370,13 +345,13 @@ TEST_F(DrawableTest, asksForTheSamplesOfTheCurrentContext) {
         const char* extensions;
         int sampling;
         double sampleBuffers;
-        int queries;
+        bool asked;
     } kCases[] = {
-        {nullptr, kSamplingMultiple, 1, 0},
-        {"GLX_ARB_multisampl", kSamplingMultiple, 1, 0},
-        {"GLX_A GLX_ARB_multisample", kSamplingSingle, 1, 0},
-        {"GLX_A GLX_ARB_multisample", kSamplingMultiple, 0, 1},
-        {"GLX_A GLX_ARB_multisample_more", 7, 2, 2},
+        {nullptr, kSamplingMultiple, 1, false},
+        {"GLX_ARB_multisampl", kSamplingMultiple, 1, false},
+        {"GLX_A GLX_ARB_multisample", kSamplingSingle, 1, false},
+        {"GLX_A GLX_ARB_multisample", kSamplingMultiple, 0, false},
+        {"GLX_A GLX_ARB_multisample_more", 7, 2, true},
     };
     for (const auto& c : kCases) {
         script().answers["glXQueryExtensionsString"] = [&](const auto&) {
@@ -385,15 +360,13 @@ TEST_F(DrawableTest, asksForTheSamplesOfTheCurrentContext) {
         script().values = {{GL_SAMPLES, {6}}, {GL_SAMPLE_BUFFERS, {c.sampleBuffers}}};
         GLFrameBuffer buffer;
         EXPECT_EQ(create(kInWindow, buffer, bufferFormat(2, 7, 12, 2, c.sampling)), 0u);
-        EXPECT_EQ(times("glGetIntegerv"), c.queries);
         const Values list = configuration(1, 1);
         EXPECT_EQ(theCall("glXChooseVisual"),
-                  on("glXChooseVisual", 0,
-                     c.queries == 2 ? sampled(list, GL_SAMPLE_BUFFERS, GL_SAMPLES, 6) : list));
+                  on("glXChooseVisual", 0, c.asked ? sampled(list, GL_SAMPLE_BUFFERS, GL_SAMPLES, 6) : list));
     }
 }
 
-TEST_F(DrawableTest, readsNoMissingConfiguration) {
+TEST_F(DrawableTest, needsAConfigurationAndSomethingToShareObjectsWith) {
     GLFrameBuffer buffer;
     int count = 0;
     const auto configs = reinterpret_cast<uintptr_t>(glXChooseFBConfig(fakeDisplay(), 0, nullptr, &count));
@@ -405,11 +378,8 @@ TEST_F(DrawableTest, readsNoMissingConfiguration) {
     EXPECT_EQ(create(kAsPbuffer, buffer), 2u);
     enable({kCapSGIXChooseFBConfig}, false);
     EXPECT_EQ(create(kInWindow, buffer), 0u) << "GLX 1.3 is not asked how many there are";
-}
 
-TEST_F(DrawableTest, portableWindowsAndPbuffersNeedSomethingToShareObjectsWith) {
     const GLXContext kept = std::exchange(startup().context, nullptr);
-    GLFrameBuffer buffer;
     EXPECT_EQ(create(kPortably, buffer), 4u);
     EXPECT_EQ(create(kAsPbuffer, buffer), 4u);
     startup().context = kept;
@@ -418,28 +388,24 @@ TEST_F(DrawableTest, portableWindowsAndPbuffersNeedSomethingToShareObjectsWith) 
 TEST_F(DrawableTest, portableWindowsPreferTheScreensOwnDepthAndDoWithoutSamples) {
     XVisualInfo shallow = *onlyVisual();
     shallow.depth = 24;
-    script().configCount = 3;
     script().answers["glXGetVisualFromFBConfig"] = [&](const std::vector<Argument>& arguments) {
         const void* config = arguments[1].pointer();
         return reinterpret_cast<uintptr_t>(config == nthConfig(0)   ? nullptr
                                            : config == nthConfig(1) ? onlyVisual()
                                                                     : &shallow);
     };
-    const auto context = [&](int config) {
-        return on("glXCreateNewContext", nthConfig(config), GLX_RGBA_TYPE, startup().context, 1);
-    };
-    const koBufferFormat format = bufferFormat(2, 7, 12, 2, kSamplingMultiple);
-    GLFrameBuffer buffer;
-    ASSERT_EQ(create(kPortably, buffer, format), 0u);
-    EXPECT_EQ(recorded()[0],
-              on("glXChooseFBConfig", 0, sampled(kPortable, GLX_SAMPLE_BUFFERS, GLX_SAMPLES, 4), kOut));
-    EXPECT_THAT(recorded(), testing::Contains(context(2)));
-
-    script().configCount = 2;
-    failNext("glXChooseFBConfig");
-    ASSERT_EQ(create(kPortably, buffer, format), 0u);
-    EXPECT_EQ(recorded()[1], on("glXChooseFBConfig", 0, kPortable, kOut));
-    EXPECT_THAT(recorded(), testing::Contains(context(1)));
+    for (int count : {3, 2}) { // with two none is of the screen's depth, and none has samples
+        script().configCount = count;
+        if (count == 2)
+            failNext("glXChooseFBConfig");
+        GLFrameBuffer buffer;
+        ASSERT_EQ(create(kPortably, buffer, bufferFormat(2, 7, 12, 2, kSamplingMultiple)), 0u);
+        EXPECT_EQ(recorded()[0],
+                  on("glXChooseFBConfig", 0, sampled(kPortable, GLX_SAMPLE_BUFFERS, GLX_SAMPLES, 4), kOut));
+        EXPECT_EQ(recorded()[1] == on("glXChooseFBConfig", 0, kPortable, kOut), count == 2);
+        EXPECT_EQ(theCall("glXCreateNewContext"),
+                  on("glXCreateNewContext", nthConfig(count - 1), GLX_RGBA_TYPE, startup().context, 1));
+    }
 }
 
 TEST_F(DrawableTest, pbuffersAreCutToTheDriversSize) {
@@ -469,38 +435,17 @@ TEST_F(DrawableTest, pbuffersAreCutToTheDriversSize) {
     }
 }
 
-TEST_F(DrawableTest, pbuffersTellWhatTheyAre) {
-    // Bits of red, alpha, depth and stencil, sample buffers; colour, depth and stencil that come of it.
-    const std::array<int, 8> kCases[] = {{0, 0, 0, 0, 0, 14, 15, 16},    {0, 8, 16, 1, 0, 0, 6, 10},
-                                         {8, 0, 24, 4, 0, 1, 7, 11},     {8, 1, 32, 8, 0, 2, 15, 12},
-                                         {10, 2, 23, 16, 1, 14, 15, 13}, {5, 0, 24, 2, 0, 14, 7, 16}};
-    for (const auto& [red, alpha, depth, stencil, samples, color, depthFormat, stencilFormat] : kCases) {
-        script().configAttributes = {{GLX_RED_SIZE, red},
-                                     {GLX_ALPHA_SIZE, alpha},
-                                     {GLX_DEPTH_SIZE, depth},
-                                     {GLX_STENCIL_SIZE, stencil},
-                                     {GLX_SAMPLE_BUFFERS, samples}};
-        GLFrameBuffer buffer;
-        ASSERT_EQ(create(kAsPbuffer, buffer), 0u);
-        const uint32_t sampling = samples == 0 ? kSamplingSingle : kSamplingMultiple;
-        EXPECT_EQ(numbers(buffer.fActualFormat),
-                  numbers(bufferFormat(color, depthFormat, stencilFormat, 3, sampling)));
-    }
-}
-
 TEST_F(DrawableTest, aWindowOfTheHostIsGivenBackAsItWas) {
     GLFrameBuffer buffer;
-    buffer.fPbuffer = 7;
     WindowWrapper window(this, kParent, fakeDisplay());
     window.setFBWindow(0x66);
     const koBufferFormat format = bufferFormat(kRasterRGB8, kRasterDepth16);
-    const Calls used = {on("glXMakeCurrent", kParent, nthContext(8)),
-                        on("glXSwapBuffers", kParent)}; // a framebuffer object stays bound
+    const auto assign = [&] { return buffer.assignInWindow(nthContext(8), window, format, 30, 20); };
     const int instances = GLFrameBuffer::fsNumInstances_GLFrameBuffer;
-    for (GLStartupContext* global : {&startup(), static_cast<GLStartupContext*>(nullptr)}) {
+    for (GLStartupContext* global : {static_cast<GLStartupContext*>(nullptr), &startup()}) {
         GLStartupContext::fpGlobalGLStartupContext = global;
-        clearRecorded();
-        EXPECT_EQ(buffer.assignInWindow(nthContext(8), window, format, 30, 20), 0u);
+        buffer.fPbuffer = 7;
+        EXPECT_EQ(assign(), 0u);
         EXPECT_EQ(startup().refCount(), global ? 2 : 1);
         EXPECT_EQ(buffer.fPbuffer + buffer.fOwnsDrawable, 0u);
         EXPECT_EQ(buffer.fWindow.fbWindow(), 0x66u);
@@ -509,26 +454,27 @@ TEST_F(DrawableTest, aWindowOfTheHostIsGivenBackAsItWas) {
         EXPECT_EQ(numbers(buffer.fActualFormat), numbers(format));
         EXPECT_EQ(buffer.makeCurrent(), 1u);
         buffer.swapBuffers();
-        for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(made(),
+                  (Calls{on("glXMakeCurrent", kParent, nthContext(8)), on("glXSwapBuffers", kParent)}))
+            << "a framebuffer object stays bound";
+        for (int i = 0; i < 2; ++i)
             buffer.unassignInWindow();
-            EXPECT_EQ(buffer.fKind, 0u);
-            EXPECT_EQ(startup().refCount(), 1);
-        }
-        EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, instances);
-        EXPECT_EQ(recorded(), used);
+        EXPECT_EQ(buffer.fKind, 0u);
+        EXPECT_EQ(startup().refCount(), 1);
     }
-    GLStartupContext::fpGlobalGLStartupContext = &startup();
-    buffer.assignInWindow(nthContext(8), window, format, 30, 20);
+    EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, instances);
+    assign();
     buffer.deleteInternalState(); // as good as giving it back, but for the count
     EXPECT_EQ(GLFrameBuffer::fsNumInstances_GLFrameBuffer, instances - 1);
-    EXPECT_EQ(recorded(), used);
+    EXPECT_EQ(startup().refCount(), 1);
 
     buffer.fKind = GLFrameBuffer::kOffscreen;
     GLFunctionTable::fpGlobalFunctionTable = nullptr;
-    EXPECT_EQ(buffer.assignInWindow(nthContext(8), window, format, 30, 20), 4u);
+    EXPECT_EQ(assign(), 4u);
     GLFunctionTable::fpGlobalFunctionTable = &gl();
     EXPECT_EQ(buffer.fKind, 0u);
     EXPECT_EQ(startup().refCount(), 1);
+    EXPECT_EQ(recorded(), Calls{});
 }
 
 /// A host may delete its start-up context under a window. The window's reference went with it, and is no
