@@ -54,14 +54,11 @@ enum Level { kOld, k1_2, k1_2_1, k1_3, k1_4, k1_5, k2_0, kListed };
 /// What start-up finds, in the order of the look-ups.
 const struct Offer {
     uint32_t index;
-    /// The level of version that has it whatever is listed.
-    Level level;
+    Level level; ///< of the version that has it whatever is listed
     /// Below that, one of these is listed. Of several words each is needed.
     std::vector<std::string> extensions;
-    /// What is looked up for it.
-    EntryGroup group = NeverFilled;
-    /// The entry point that it can't do without.
-    std::string needed = {};
+    EntryGroup group = NeverFilled; ///< what is looked up for it
+    std::string needed = {};        ///< the entry point that it can't do without
 } kOffers[] = {
     {1, k1_2, {"GL_EXT_draw_range_elements"}, DrawRangeElements},
     {5, k1_2, {"GL_EXT_texture3D"}, Texture3D},
@@ -303,26 +300,27 @@ TEST_F(Populate, looksUpByVersion) {
 }
 
 TEST_F(Populate, anExtensionIsAWordOfTheList) {
-    const std::tuple<const char*, const char*, bool> kCases[] = {
-        {"GL_EXT_texture3D GL_EXT_texture", "GL_EXT_texture", true},
-        {"GL_A GL_B GL_C", "GL_D", false},
-        {"GL_A  GL_B ", "GL_B", true},
-        {"XGL_A", "GL_A", false},
-        {"GL_A", "GL_AB", false},
-        {"", "GL_A", false},
-        {"GL_A", "", false},
-        {"GL_A GL_B", "GL_A GL_B", false},
-        {"GL_A GL_B", "GL_A ", false},
-        {nullptr, "GL_A", false},
-        {"GL_A", nullptr, false},
-        // What begins right behind a rejected occurrence needs no blank before it.
-        {"GL_AGL_A GL_B", "GL_A", true},
-        {"GL_AGL_A", "GL_A", true},
-        {"XGL_AGL_A", "GL_A", true},
-        {"XGL_AxGL_A", "GL_A", false}};
-    for (const auto& [list, name, found] : kCases)
+    const auto expect = [](bool found, const char* list, const char* name) {
         EXPECT_EQ(isExtensionSupported(reinterpret_cast<const unsigned char*>(list), name), found)
             << testing::PrintToString(std::pair(list, name));
+    };
+    for (const auto& [list, name] : {std::pair{"GL_EXT_texture3D GL_EXT_texture", "GL_EXT_texture"},
+                                     {"GL_A  GL_B ", "GL_B"},
+                                     {"GL_AGL_A GL_B", "GL_A"},
+                                     {"GL_AGL_A", "GL_A"},
+                                     {"XGL_AGL_A", "GL_A"}})
+        expect(true, list, name); // what begins right behind a rejected occurrence needs no blank before it
+    for (const auto& [list, name] : {std::pair{"GL_A GL_B GL_C", "GL_D"},
+                                     {"XGL_A", "GL_A"},
+                                     {"GL_A", "GL_AB"},
+                                     {"", "GL_A"},
+                                     {"GL_A", ""},
+                                     {"GL_A GL_B", "GL_A GL_B"},
+                                     {"GL_A GL_B", "GL_A "},
+                                     {nullptr, "GL_A"},
+                                     {"GL_A", nullptr},
+                                     {"XGL_AxGL_A", "GL_A"}})
+        expect(false, list, name);
 }
 
 TEST_F(Populate, looksUpByExtension) {
@@ -495,7 +493,6 @@ TEST_F(Multitexture, theLookForAnExtSetTakesWhatWasFound) {
 TEST_F(Multitexture, theRemedyPutsACompleteLiveSetInPlace) {
     std::set<std::string> extAndCore = fExtSet;
     extAndCore.insert("glActiveTexture");
-    const std::string kLast = "glMultiTexCoord4sv";
     const struct {
         const char* what;
         std::set<std::string> inert;
@@ -505,12 +502,12 @@ TEST_F(Multitexture, theRemedyPutsACompleteLiveSetInPlace) {
         {"the ARB set is all there is", {}, {"glMultiTexCoord1d"}, "ARB"},
         {"EXT inert", fExtSet, {}, ""},
         {"EXT and core inert", extAndCore, {}, "ARB"},
-        {"EXT inert, core incomplete", fExtSet, {kLast}, "ARB"},
+        {"EXT inert, core incomplete", fExtSet, {"glMultiTexCoord4sv"}, "ARB"},
         {"EXT missing", {}, {}, ""},
         {"EXT missing, core inert", {"glActiveTexture"}, {}, "ARB"},
         {"EXT missing, core incomplete", {}, {"glClientActiveTexture"}, "ARB"},
         {"EXT missing, others inert", {"glActiveTexture", "glActiveTextureARB"}, {}, nullptr},
-        {"EXT missing, others incomplete", {}, {kLast, "glActiveTextureARB"}, nullptr},
+        {"EXT missing, others incomplete", {}, {"glMultiTexCoord4sv", "glActiveTextureARB"}, nullptr},
     };
     for (const auto& c : kCases) {
         SCOPED_TRACE(c.what);
@@ -546,8 +543,7 @@ TEST_F(Multitexture, withoutUnitsToSwitchTheRemedyCallsNothing) {
     GLFunctionTable single;
     single.populate();
     clearRecorded();
-    EXPECT_FALSE(vetoed.ensureLiveMultitexture()) << "start-up lifts no veto";
-    EXPECT_FALSE(single.ensureLiveMultitexture());
+    EXPECT_FALSE(vetoed.ensureLiveMultitexture() || single.ensureLiveMultitexture());
     EXPECT_EQ(recorded(), Calls{});
 }
 
