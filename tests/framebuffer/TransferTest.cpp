@@ -184,22 +184,21 @@ TEST_F(Transfer, nothingHappensWithoutATextureOrABuffer) {
     IHWTexture* volatile nothing = nullptr;
     PixelArray2D pixels(koSysPixelFormat(2, 4), 8, 4);
     clearRecorded();
-    const std::pair<GLFrameBuffer*, IHWTexture*> kPairs[] = {
-        {&fBuffer, nothing}, {&fBuffer, &line}, {&never, fTexture.get()}};
-    for (const auto& [buffer, texture] : kPairs) {
+    for (const auto& [buffer, texture, array] :
+         {std::tuple<GLFrameBuffer*, IHWTexture*, PixelArray2D*>{&fBuffer, nothing, nullptr},
+          {&fBuffer, &line, nullptr},
+          {&never, fTexture.get(), &pixels}}) {
         const IHWTexture& reference = *texture; // a host's reference, maybe to no texture
         buffer->writeCurrentColorBuffer(reference);
         buffer->writeDepthBuffer(reference);
         buffer->readCurrentColorBuffer(texture, 0);
         buffer->readDepthBuffer(texture);
-        buffer->renderTexture(buffer == &never ? fTexture.get() : nullptr, 0, 0, 1, 1, 0, 0);
-        PixelArray2D* const array = buffer == &never ? &pixels : nullptr;
+        buffer->renderTexture(array ? fTexture.get() : nullptr, 0, 0, 1, 1, 0, 0);
         EXPECT_EQ(buffer->drawColorBuffer(0, 0, 0, 1, 1, array), 0u);
         buffer->drawDepthBuffer(0, 0, 0, 1, 1, array);
     }
-    EXPECT_EQ(never.copyDepthBuffer2Texture2D(0, 0, 1, 1), nullptr);
-    EXPECT_EQ(never.readDepthBuffer(), nullptr);
-    EXPECT_EQ(never.readColorBuffer(2, 0, 0, 0, 0, nullptr), nullptr);
+    EXPECT_FALSE(never.copyDepthBuffer2Texture2D(0, 0, 1, 1) || never.readDepthBuffer() ||
+                 never.readColorBuffer(2, 0, 0, 0, 0, nullptr));
     EXPECT_EQ(made(), Calls{});
 }
 
