@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <sstream>
 
 namespace {
 
@@ -38,19 +39,11 @@ struct Road {
 };
 
 /// What creating answers when one of these fails; nobody looks at the others.
-const Answers kAnswers = {{"glXChooseFBConfig", 2},
-                          {"glXChooseFBConfigSGIX", 2},
-                          {"glXChooseVisual", 2},
-                          {"glXGetVisualFromFBConfigSGIX", 2},
-                          {"XGetGeometry", 3},
-                          {"XCreateWindow", 3},
-                          {"glXCreateWindow", 3},
-                          {"glXCreateContext", 4},
-                          {"glXCreateNewContext", 4},
-                          {"glXCreateContextWithConfigSGIX", 4},
-                          {"glXCreatePbuffer", 5},
-                          {"glXCreateGLXPbufferSGIX", 5},
-                          {"glXGetVisualFromFBConfig", 5}};
+const std::map<uint32_t, std::string> kAnswers = {
+    {2, "glXChooseFBConfig glXChooseFBConfigSGIX glXChooseVisual glXGetVisualFromFBConfigSGIX"},
+    {3, "XGetGeometry XCreateWindow glXCreateWindow"},
+    {4, "glXCreateContext glXCreateNewContext glXCreateContextWithConfigSGIX"},
+    {5, "glXCreatePbuffer glXCreateGLXPbufferSGIX glXGetVisualFromFBConfig"}};
 
 /// The visual of the first configuration; onlyVisual() is what the chooser of visuals finds.
 XVisualInfo theFirstVisual = {};
@@ -227,12 +220,15 @@ TEST_P(DrawableRoad, isMadeUsedAndReleased) {
 
 TEST_P(DrawableRoad, saysWhichCallFailed) {
     const Road& road = GetParam();
+    std::string name;
     Answers answers = road.answers;
-    answers.insert(kAnswers.begin(), kAnswers.end());
+    for (const auto& [answer, names] : kAnswers)
+        for (std::istringstream words(names); words >> name;)
+            answers.insert({name, answer});
     std::map<std::string, int> counts;
     for (const std::string& failing : road.creation) {
         SCOPED_TRACE(failing);
-        const std::string name = failing.substr(0, failing.find('('));
+        name = failing.substr(0, failing.find('('));
         const uint32_t answer = answers[name];
         failNext(name.c_str(), ++counts[name]);
         GLFrameBuffer buffer;
@@ -298,23 +294,20 @@ TEST_F(DrawableTest, takesTheFirstRoadWhoseCapabilitiesAreAllThere) {
 }
 
 TEST_F(DrawableTest, translatesFormatsIntoSizesAndBack) {
-    const struct {
-        std::array<uint32_t, 3> asked; // colour, depth and stencil format
-        std::array<int, 3> bits;
-        std::array<int, 5> told; // bits of red, alpha, depth and stencil, sample buffers
-        std::array<uint32_t, 3> actual;
-    } kCases[] = {{{4, 7, 16}, {32, 24, 0}, {0, 0, 0, 0, 0}, {14, 15, 16}},
-                  {{3, 6, 10}, {8, 16, 1}, {0, 8, 16, 1, 0}, {0, 6, 10}},
-                  {{5, 8, 11}, {8, 16, 4}, {8, 0, 24, 4, 0}, {1, 7, 11}},
-                  {{14, 15, 12}, {8, 16, 8}, {8, 1, 32, 8, 0}, {2, 15, 12}},
-                  {{0, 9, 13}, {8, 16, 16}, {10, 2, 23, 16, 1}, {14, 15, 13}},
-                  {{1, 7, 8}, {8, 24, 0}, {5, 0, 24, 2, 0}, {14, 7, 16}}};
+    constexpr std::array kTold = {GLX_RED_SIZE, GLX_ALPHA_SIZE, GLX_DEPTH_SIZE, GLX_STENCIL_SIZE,
+                                  GLX_SAMPLE_BUFFERS};
+    // Of colour, depth and stencil the formats that are asked for, the bits that GLX is asked for, what it
+    // tells in that order, the formats that come of it, and their sampling.
+    const std::tuple<std::array<uint32_t, 3>, std::array<int, 3>, std::array<int, 5>, std::array<uint32_t, 3>>
+        kCases[] = {{{4, 7, 16}, {32, 24, 0}, {0, 0, 0, 0, 0}, {14, 15, 16}},
+                    {{3, 6, 10}, {8, 16, 1}, {0, 8, 16, 1, 0}, {0, 6, 10}},
+                    {{5, 8, 11}, {8, 16, 4}, {8, 0, 24, 4, 0}, {1, 7, 11}},
+                    {{14, 15, 12}, {8, 16, 8}, {8, 1, 32, 8, 0}, {2, 15, 12}},
+                    {{0, 9, 13}, {8, 16, 16}, {10, 2, 23, 16, 1}, {14, 15, 13}},
+                    {{1, 7, 8}, {8, 24, 0}, {5, 0, 24, 2, 0}, {14, 7, 16}}};
     for (const auto& [asked, bits, told, actual] : kCases) {
-        script().configAttributes = {{GLX_RED_SIZE, told[0]},
-                                     {GLX_ALPHA_SIZE, told[1]},
-                                     {GLX_DEPTH_SIZE, told[2]},
-                                     {GLX_STENCIL_SIZE, told[3]},
-                                     {GLX_SAMPLE_BUFFERS, told[4]}};
+        for (size_t i = 0; i < told.size(); ++i)
+            script().configAttributes[kTold[i]] = told[i];
         GLFrameBuffer buffer;
         ASSERT_EQ(create(kAsPbuffer, buffer, bufferFormat(asked[0], asked[1], asked[2])), 0u);
         EXPECT_EQ(theCall("glXChoose"),

@@ -1,5 +1,5 @@
-// What no whole program shows: pixels that are written back, textures that are rendered into and drawn with,
-// and each road to a window, where what stands in the X window is looked at.
+// What no whole program shows: pixels that are written back, textures that hold what was rendered, and each
+// road to a window, where what stands in the X window is looked at.
 
 #include "DriverTest.h"
 
