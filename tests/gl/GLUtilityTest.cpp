@@ -39,14 +39,12 @@ TEST_F(Utility, putsCodesIntoWordsAndRemembersTheLast) {
         EXPECT_EQ(GLUtility::fsLastGLError, code) << "one at a time";
         EXPECT_STREQ(GLUtility::errorString(), words) << "not \"no error\"";
     }
-    EXPECT_STREQ(glErrorStrings[5], "out of memory");
     clearRecorded();
     GLUtility::assertNoError();
     EXPECT_EQ(recorded(), Calls{});
 }
 
 TEST_F(Utility, printsEveryPendingErrorUpToAnUnknownCode) {
-    EXPECT_EQ(printed("bind", {}), "");
     EXPECT_EQ(printed("bind", {GL_INVALID_OPERATION}), "bind:1282 is invalid operation\n");
     EXPECT_EQ(printed(nullptr, {GL_STACK_OVERFLOW, GL_INVALID_ENUM}),
               "1283 is stack overflow\n1280 is invalid enumerant\n");

@@ -503,7 +503,6 @@ TEST_F(Multitexture, theRemedyPutsACompleteLiveSetInPlace) {
         {"EXT inert", fExtSet, {}, ""},
         {"EXT and core inert", extAndCore, {}, "ARB"},
         {"EXT inert, core incomplete", fExtSet, {"glMultiTexCoord4sv"}, "ARB"},
-        {"EXT missing", {}, {}, ""},
         {"EXT missing, core inert", {"glActiveTexture"}, {}, "ARB"},
         {"EXT missing, core incomplete", {}, {"glClientActiveTexture"}, "ARB"},
         {"EXT missing, others inert", {"glActiveTexture", "glActiveTextureARB"}, {}, nullptr},
