@@ -335,6 +335,13 @@ TEST_F(NoMemory, isAnsweredByTheFailureResult) {
     EXPECT_EQ(without(1, [&] { return buffer.readDepthBuffer(); }), nullptr);
     EXPECT_EQ(without(1, [&] { return buffer.copyDepthBuffer2Texture2D(0, 0, 8, 4); }), nullptr);
     EXPECT_EQ(recorded(), Calls{});
+
+    GLLight light;
+    without(3, [&] { light.addProjector(5); }); // the first is the list
+    EXPECT_EQ(light.fProjectors.size(), 1U) << "keeps what it got";
+    for (int nth : {1, 2})
+        without(nth, [&] { light.allocateShadowMap(kRasterDepth24); });
+    EXPECT_TRUE(light.fShadowMaps.empty());
     theFailing = 0;
 }
 
