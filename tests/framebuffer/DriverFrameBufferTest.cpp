@@ -8,6 +8,7 @@
 
 #include <X11/Xutil.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -102,27 +103,23 @@ TEST_F(DriverFrameBuffer, whatIsReadCanBeWrittenBack) {
 }
 
 TEST_F(DriverFrameBuffer, eachWindowIsSeenAndFollowsItsHost) {
-    const struct {
-        bool portably;
-        std::vector<GLCapability> vetoed;
-    } kRoads[] = {{true, {}},
-                  {true, {kCapGLXFBConfig}},
-                  {false, {}},
-                  {false, {kCapSGIXChooseFBConfig, kCapGLXFBConfig}},
-                  {false, {kCapGLXWindow}}};
-    for (const auto& road : kRoads) {
-        for (GLCapability capability : road.vetoed)
+    using Vetoes = std::vector<GLCapability>;
+    for (const auto& [portably, vetoed] : {std::pair{true, Vetoes{}},
+                                           {true, {kCapGLXFBConfig}},
+                                           {false, {}},
+                                           {false, {kCapSGIXChooseFBConfig, kCapGLXFBConfig}},
+                                           {false, {kCapGLXWindow}}}) {
+        for (GLCapability capability : vetoed)
             gl().fExtEnabled[capability] = false;
-        const Window root = DefaultRootWindow(display());
-        const Window host = XCreateSimpleWindow(display(), root, 0, 0, 40, 30, 0, 0, 0x123456);
+        const Window host =
+            XCreateSimpleWindow(display(), DefaultRootWindow(display()), 0, 0, 40, 30, 0, 0, 0x123456);
         XMapWindow(display(), host);
         const auto create =
-            road.portably ? &GLFrameBuffer::createInWindowPortably : &GLFrameBuffer::createInWindow;
+            portably ? &GLFrameBuffer::createInWindowPortably : &GLFrameBuffer::createInWindow;
         GLFrameBuffer buffer;
-        const WindowWrapper parent(nullptr, host, display());
-        const uint32_t result = (buffer.*create)(parent, kFormat);
+        const uint32_t result = (buffer.*create)(WindowWrapper(nullptr, host, display()), kFormat);
         // One driver by NVIDIA (580.159) refuses the lists of visuals that createInWindow has.
-        EXPECT_TRUE(result == 0 || (!road.portably && result == 2)) << result;
+        EXPECT_TRUE(result == 0 || (!portably && result == 2)) << result;
         if (result == 0) {
             XMapWindow(display(), buffer.fWindow.fbWindow());
             expectShown(buffer, buffer.fWindow.fbWindow(), 40, 30);
@@ -133,11 +130,10 @@ TEST_F(DriverFrameBuffer, eachWindowIsSeenAndFollowsItsHost) {
         expectXErrors({});
         buffer.deleteInternalState();
         XSync(display(), 0);
-        EXPECT_LE(xErrors().size(), road.portably ? 0u : 1u) << "Mesa has one for what createInWindow made";
+        EXPECT_LE(xErrors().size(), portably ? 0u : 1u) << "Mesa has one for what createInWindow made";
         xErrors().clear();
         XDestroyWindow(display(), host);
-        for (GLCapability capability : road.vetoed)
-            gl().fExtEnabled[capability] = true;
+        std::fill_n(gl().fExtEnabled, kCapabilityCount, true);
         startup().makeCurrent();
     }
 }

@@ -6,9 +6,7 @@ namespace {
 
 class FrameBuffer : public FrameBufferTest {
 protected:
-    static std::string current(::Drawable drawable = 0x321) {
-        return on("glXMakeCurrent", drawable, nthContext(7));
-    }
+    static std::string current() { return on("glXMakeCurrent", 0x321, nthContext(7)); }
 
     static void expectEmpty(const GLFrameBuffer& buffer) {
         for (const koBufferFormat& format : {buffer.fRequestedFormat, buffer.fActualFormat})

@@ -7,7 +7,6 @@ Runs one test of PROGRAM under valgrind and looks at the lost blocks that were a
 wrong accesses in them. X resources (colormaps, child windows) are the server's and don't show here.
 """
 
-import pathlib
 import re
 import subprocess
 import sys
@@ -26,25 +25,22 @@ LEFT_BEHIND = sorted([
 ])
 
 
-def errors_under_valgrind(program, test):
-    with tempfile.TemporaryDirectory() as folder:
-        report = pathlib.Path(folder) / "valgrind.xml"
-        result = subprocess.run(
-            ["valgrind", "--leak-check=full", "--num-callers=60", "--xml=yes", f"--xml-file={report}", program,
-             f"--gtest_filter={test}"], text=True, capture_output=True)
-        if result.returncode != 0 or "[  PASSED  ] 1 test." not in result.stdout:
-            sys.exit(f"{test}: failed under valgrind\n{result.stdout}{result.stderr}")
-        return xml.etree.ElementTree.parse(report).getroot().findall("error")
-
-
 def is_own(frame):
     return LIBRARY.search(frame.findtext("obj", ""))
 
 
 def main():
+    program, test = sys.argv[1:]
+    with tempfile.NamedTemporaryFile(suffix=".xml") as report:
+        result = subprocess.run(
+            ["valgrind", "--leak-check=full", "--num-callers=60", "--xml=yes", f"--xml-file={report.name}", program,
+             f"--gtest_filter={test}"], text=True, capture_output=True)
+        if result.returncode != 0 or "[  PASSED  ] 1 test." not in result.stdout:
+            sys.exit(f"{test}: failed under valgrind\n{result.stdout}{result.stderr}")
+        errors = xml.etree.ElementTree.parse(report.name).getroot().findall("error")
     lost = set()
     problems = []
-    for error in errors_under_valgrind(*sys.argv[1:]):
+    for error in errors:
         kind = error.findtext("kind")
         stack = error.find("stack")
         # Function and line of the frames in our libraries, innermost first.
