@@ -282,13 +282,13 @@ TEST_F(DrawableTest, takesTheFirstRoadWhoseCapabilitiesAreAllThere) {
             EXPECT_EQ(create(by, buffer), chooser.empty() ? 1u : 0u);
             EXPECT_EQ(theCall("glXChoose").substr(0, chooser.size()), chooser);
         };
-        const bool configurations = usable(kCapGLXFBConfig, kCapGLXNewContext);
+        const bool glx = usable(kCapGLXFBConfig, kCapGLXNewContext);
         expectChooser(kInWindow, usable(kCapSGIXChooseFBConfig, kCapSGIXVisualFromFBConfig) ? sgix
-                                 : configurations                                           ? glx13
+                                 : glx                                                      ? glx13
                                                                                             : old);
-        expectChooser(kPortably, configurations && usable(kCapGLXWindow) ? glx13 : old);
+        expectChooser(kPortably, glx && usable(kCapGLXWindow) ? glx13 : old);
         const bool bySGIX = usable(kCapSGIXChooseFBConfig, kCapSGIXContextWithConfig, kCapSGIXPbuffer);
-        expectChooser(kAsPbuffer, configurations && usable(kCapGLXPbuffer) ? glx13 : bySGIX ? sgix : "");
+        expectChooser(kAsPbuffer, glx && usable(kCapGLXPbuffer) ? glx13 : bySGIX ? sgix : "");
     }
 }
 
@@ -324,8 +324,8 @@ TEST_F(DrawableTest, asksForTheSamplesOfTheCurrentContext) {
                                                    {kOffer, 7, 0.0},
                                                    {"GLX_ARB_multisampl", 7, 1.0},
                                                    {nullptr, 7, 1.0}}) {
-        script().answers["glXQueryExtensionsString"] = [&](auto&) {
-            return reinterpret_cast<uintptr_t>(offer);
+        script().answers["glXQueryExtensionsString"] = [told = reinterpret_cast<uintptr_t>(offer)](auto&) {
+            return told;
         };
         script().values = {{GL_SAMPLES, {6}}, {GL_SAMPLE_BUFFERS, {buffers}}};
         GLFrameBuffer buffer;

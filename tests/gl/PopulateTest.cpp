@@ -209,7 +209,6 @@ TEST_F(Populate, aTableIsEmptyUntilItIsFilledAndAfterNullify) {
         EXPECT_EQ(GLFunctionTable::fsNumInstances_GLFunctionTable, 1);
         expectEmpty(table);
         EXPECT_THAT(limitsOf(table), testing::Each(0));
-        EXPECT_FALSE(table.fInBeginEnd);
         EXPECT_EQ(recorded() + loaderCalls(), Calls{});
         start(table, "1.1", "GL_EXT_framebuffer_object GL_EXT_texture_array");
         table.fExtEnabled[kCapTextureArray] = false;
@@ -387,7 +386,7 @@ TEST_F(Populate, aSecondRunTakesBackOnlyThreeFlags) {
     EXPECT_NE(table.fglIsRenderbufferEXT, nullptr);
     EXPECT_EQ(limitsOf(table), (std::vector{8, 8, 16, 4096, 16, 64}));
 
-    script().missing = {"glIsRenderbufferEXT", "glXCreatePbuffer"};
+    script().missing = {"glIsRenderbufferEXT"};
     script().values[GL_MAX_ARRAY_TEXTURE_LAYERS_EXT] = {1};
     HWEnvironment::disable_hwr_texture_shader_flag = true;
     start(table, "1.1", "GL_EXT_framebuffer_object GL_EXT_texture_array GL_NV_fragment_program");
@@ -395,7 +394,6 @@ TEST_F(Populate, aSecondRunTakesBackOnlyThreeFlags) {
         kept.erase(taken);
     EXPECT_EQ(supported(table), kept);
     EXPECT_EQ(table.fglIsRenderbufferEXT, nullptr) << "what is listed is renewed, null included";
-    EXPECT_EQ(table.fglXCreatePbuffer, nullptr);
 }
 
 TEST_F(Populate, readsTheLimits) {

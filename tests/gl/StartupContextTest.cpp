@@ -95,18 +95,20 @@ TEST_F(StartupContext, opensTheLibraryByEitherName) {
 }
 
 TEST_F(StartupContext, putsTheHostsBindingBack) {
-    for (const auto& [drawable, context] :
-         {std::pair{44, nthContext(9)}, {44, nullptr}, {0, nthContext(9)}, {0, nullptr}}) {
+    for (const auto& binding : {std::pair<uint64_t, GLXContext>{44, nthContext(9)},
+                                {44, nullptr},
+                                {0, nthContext(9)},
+                                {0, nullptr}}) {
         reset();
-        script().answers["glXGetCurrentDrawable"] = [=](auto&) { return drawable; };
+        script().answers["glXGetCurrentDrawable"] = [=](auto&) { return binding.first; };
         script().answers["glXGetCurrentContext"] = [=](auto&) {
-            return reinterpret_cast<uintptr_t>(context);
+            return reinterpret_cast<uintptr_t>(binding.second);
         };
         failNext("glXMakeCurrent"); // is taken at its word only later: the table is filled all the same
         const Shared<GLStartupContext> startup = make();
         EXPECT_TRUE(startup->valid);
-        EXPECT_EQ(recorded(),
-                  creation() + (drawable && context ? Calls{current(drawable, context)} : Calls{}));
+        const bool bound = binding.first && binding.second;
+        EXPECT_EQ(recorded(), creation() + (bound ? Calls{current(binding.first, binding.second)} : Calls{}));
     }
 }
 
