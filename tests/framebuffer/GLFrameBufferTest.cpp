@@ -16,7 +16,7 @@ protected:
         EXPECT_EQ(buffer.fWidth | buffer.fHeight | buffer.fDrawable, 0u);
         EXPECT_TRUE(buffer.fGLXDrawableFlag && !buffer.fFramebufferObjectFlag && !buffer.fOwnsDrawable);
         EXPECT_FALSE(buffer.fFunctionTable || buffer.fDepthTexture || buffer.fContext || buffer.fDisplay);
-        EXPECT_THAT(buffer.fColorTextures, testing::Each(nullptr));
+        EXPECT_EQ(buffer.fColorTextures, (std::array<IGLTexture*, 16>{}));
         for (uint32_t i = 0; i < 16; ++i)
             EXPECT_EQ(buffer.fAttachmentPoints[i], GL_COLOR_ATTACHMENT0_EXT + i);
     }
