@@ -312,4 +312,37 @@ TEST_P(Faults, survivesEachCapabilityThatIsVetoed) {
     EXPECT_EQ(go(), fBaseline);
 }
 
+class NoMemory : public DoubleTest {};
+
+TEST_F(NoMemory, isAnsweredByTheFailureResult) {
+    script().values[GL_MAX_RENDERBUFFER_SIZE_EXT] = {64};
+    const Shared<GLStartupContext> startup = makeShared<GLStartupContext>(window(), nullptr);
+    GLFrameBuffer buffer;
+    const auto without = [&](int nth, auto call) {
+        theFailing = nth;
+        return call();
+    };
+    const auto offscreen = [&] { return buffer.createOffscreen(kFormat, 8, 4); };
+    EXPECT_EQ(without(1, offscreen), 4U) << "no start-up context";
+    EXPECT_EQ(without(1, [&] { return buffer.createInWindow(window(), kFormat); }), 4U);
+    EXPECT_EQ(without(1, [&] { return buffer.createOffscreen(window(), kFormat, 8, 8, false); }), 4U);
+    GLStartupContext::fpGlobalGLStartupContext = startup.get();
+    EXPECT_EQ(without(1, offscreen), 5U) << "no colour texture";
+    EXPECT_EQ(without(2, offscreen), 5U) << "no depth texture";
+    ASSERT_EQ(without(0, offscreen), 0U);
+    made();
+    EXPECT_EQ(without(1, [&] { return buffer.readColorBuffer(2, 0, 0, 0, 0, nullptr); }), nullptr);
+    EXPECT_EQ(without(1, [&] { return buffer.readDepthBuffer(); }), nullptr);
+    EXPECT_EQ(without(1, [&] { return buffer.copyDepthBuffer2Texture2D(0, 0, 8, 4); }), nullptr);
+    EXPECT_EQ(recorded(), Calls{});
+
+    GLLight light;
+    without(3, [&] { light.addProjector(5); }); // the first is the list
+    EXPECT_EQ(light.fProjectors.size(), 1U) << "keeps what it got";
+    for (int nth : {1, 2})
+        without(nth, [&] { light.allocateShadowMap(kRasterDepth24); });
+    EXPECT_TRUE(light.fShadowMaps.empty());
+    theFailing = 0;
+}
+
 } // namespace

@@ -45,10 +45,6 @@ protected:
 
     GLStartupContext& startup() { return *fStartup; }
 
-    static std::string startupMadeCurrent() {
-        return on("glXMakeCurrent", nthName(NameKind::XWindow), nthContext());
-    }
-
     /// A window or pbuffer as a create operation leaves it, with one reference on the start-up context.
     void adopt(GLFrameBuffer& buffer, GLFrameBuffer::Kind kind) {
         buffer.fKind = kind;

@@ -16,6 +16,8 @@ const std::map<uint32_t, PixelTransfer> kTransfers = {
     {4, {16, GL_RGBA, GL_FLOAT}},          {5, {1, GL_DEPTH_COMPONENT, GL_UNSIGNED_BYTE}},
     {8, {4, GL_DEPTH_COMPONENT, GL_FLOAT}}};
 
+using Place = std::array<int, 4>; // x, y, width, height
+
 /// A framebuffer object of 8 x 4 with one colour texture, and a texture of 16 x 2.
 class Transfer : public FrameBufferTest {
 protected:
@@ -29,25 +31,28 @@ protected:
     std::string bind() { return call("glBindTexture", GL_TEXTURE_2D, fTexture->textureName()); }
 
     /// Also deletes the array.
-    void expectRead(PixelArray2D* array, uint32_t pixelType, int x, int y, int width, int height) {
+    void expectRead(PixelArray2D* array, uint32_t pixelType, const Place& at) {
         const std::unique_ptr<PixelArray2D> pixels(array);
         ASSERT_NE(pixels, nullptr);
         const PixelTransfer& by = kTransfers.at(pixelType);
-        EXPECT_EQ(made(),
-                  (Calls{call("glPixelStorei", GL_PACK_ALIGNMENT, 1),
-                         call("glReadPixels", x, y, width, height, by.format, by.type, pixels->data())}));
+        EXPECT_EQ(made(), (Calls{call("glPixelStorei", GL_PACK_ALIGNMENT, 1),
+                                 call("glReadPixels", at[0], at[1], at[2], at[3], by.format, by.type,
+                                      pixels->data())}));
         EXPECT_EQ(pixels->format().pixelType(), pixelType);
         EXPECT_EQ(pixels->format().bytesPerPixel(), by.bytes);
-        EXPECT_EQ((std::array{pixels->width(), pixels->height()}), (std::array{width, height}));
+        EXPECT_EQ((std::array{pixels->width(), pixels->height()}), (std::array{at[2], at[3]}));
     }
 
-    void expectCopied(GLenum source, int x, int y, int width, int height, bool anew = false) {
+    static std::string copied(const Place& at) {
+        return call("glCopyTexSubImage2D", GL_TEXTURE_2D, 0, 0, 0, at[0], at[1], at[2], at[3]);
+    }
+
+    void expectCopied(GLenum source, const Place& at, bool anew = false) {
         Calls calls = {call("glReadBuffer", source), bind()};
         if (anew)
-            calls.push_back(call("glTexImage2D", GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT24, width, height, 0,
+            calls.push_back(call("glTexImage2D", GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT24, at[2], at[3], 0,
                                  GL_DEPTH_COMPONENT, GL_UNSIGNED_INT, nullptr));
-        calls.push_back(call("glCopyTexSubImage2D", GL_TEXTURE_2D, 0, 0, 0, x, y, width, height));
-        EXPECT_EQ(made(), calls);
+        EXPECT_EQ(made(), calls + Calls{copied(at)});
     }
 
     GLFrameBuffer fBuffer;
@@ -60,26 +65,25 @@ TEST_F(Transfer, readsNewArraysByPixelType) {
     };
     PixelArray2D given(koSysPixelFormat(2, 4), 8, 4);
     for (uint32_t type : {0, 1, 2, 3, 4, 8})
-        expectRead(color(type), type, 3, 2, 8, 4);
-    expectRead(color(2, 9, 5), 2, 3, 2, 8, 4);
-    expectRead(color(2, 3, 0), 2, 3, 2, 3, 4);
-    expectRead(color(2, 0, 1), 2, 3, 2, 8, 1);
+        expectRead(color(type), type, {3, 2, 8, 4});
+    expectRead(color(2, 9, 1), 2, {3, 2, 8, 1});
+    expectRead(color(2, 3, 5), 2, {3, 2, 3, 4});
     EXPECT_EQ(color(2, -2, -1, &given), &given);
     EXPECT_EQ(made()[1],
               call("glReadPixels", 3, 2, -2, -1, GL_RGBA, GL_UNSIGNED_BYTE, std::as_const(given).data()));
     const auto current = [&] { return fBuffer.readCurrentColorBuffer(static_cast<PixelArray2D*>(nullptr)); };
-    expectRead(current(), 2, 0, 0, 8, 4);
-    expectRead(fBuffer.readDepthBuffer(), 8, 0, 0, 8, 4);
-    expectRead(fBuffer.readDepthBufferInBytes(), 5, 0, 0, 8, 4);
-    expectRead(fBuffer.readDepthBuffer(2, 1, 3, 2), 8, 2, 1, 3, 2);
-    expectRead(fBuffer.readDepthBuffer(-5, -6, 30, 40), 8, 0, 0, 8, 4);
+    expectRead(current(), 2, {0, 0, 8, 4});
+    expectRead(fBuffer.readDepthBuffer(), 8, {0, 0, 8, 4});
+    expectRead(fBuffer.readDepthBufferInBytes(), 5, {0, 0, 8, 4});
+    expectRead(fBuffer.readDepthBuffer(2, 1, 3, 2), 8, {2, 1, 3, 2});
+    expectRead(fBuffer.readDepthBuffer(-5, -6, 30, 40), 8, {0, 0, 8, 4});
 
     for (uint32_t type : {5, 6, 7, 9, -1})
         EXPECT_FALSE(color(type) || color(type, 0, 0, &given));
     EXPECT_EQ(color(2, -2, 1), nullptr) << "no array of a negative size";
+    EXPECT_EQ(fBuffer.readDepthBuffer(0, 0, -1, 2), nullptr);
     fBuffer.fActualFormat.fColorFormat = kRasterDepth16;
     EXPECT_EQ(current(), nullptr);
-    EXPECT_EQ(fBuffer.readDepthBuffer(0, 0, -1, 2), nullptr);
     EXPECT_EQ(made(), Calls{});
     fBuffer.readDepthBuffer(static_cast<PixelArray2D*>(nullptr));
     EXPECT_EQ(made().size(), 4U) << "twice";
@@ -109,55 +113,51 @@ TEST_F(Transfer, drawsArraysByTheirType) {
 }
 
 TEST_F(Transfer, drawsTexturesAsAQuad) {
-    const auto quad = [&](bool texels) {
-        Calls calls = {call("glBegin", GL_QUADS)};
-        const double corners[4][4] = {{-1, -1, 0, 0}, {-1, 1, 0, 1}, {1, 1, 1, 1}, {1, -1, 1, 0}};
-        for (const auto& c : corners) {
-            calls.push_back(texels ? call("glTexCoord2i", c[2] * 16, c[3] * 2)
-                                   : call("glTexCoord2f", c[2], c[3]));
-            calls.push_back(call("glVertex2f", c[0], c[1]));
-        }
-        calls.push_back(call("glEnd"));
-        return calls;
-    };
-    const IHWTexture& texture = *fTexture;
     for (int bits = 0; bits < 8; ++bits) {
         const bool color = bits & 1;
         const bool enabled = bits & 2;
         const bool rectangles = gl().fExtEnabled[kCapTextureRectangle] = bits & 4;
         for (const GLenum capability : {GL_DEPTH_TEST, GL_TEXTURE_2D})
             enabled ? gl().glEnable(capability) : gl().glDisable(capability);
+        Calls quad;
+        for (const auto& [x, y] : {std::pair{-1, -1}, {-1, 1}, {1, 1}, {1, -1}}) {
+            quad.push_back(color && rectangles ? call("glTexCoord2i", (x + 1) * 8, y + 1)
+                                               : call("glTexCoord2f", (x + 1) / 2, (y + 1) / 2));
+            quad.push_back(call("glVertex2f", x, y));
+        }
         clearRecorded();
-        color ? fBuffer.writeCurrentColorBuffer(texture) : fBuffer.writeDepthBuffer(texture);
-        EXPECT_EQ(
-            made(),
-            (Calls{call("glGetBooleanv", GL_DEPTH_TEST, kOut), call("glGetBooleanv", GL_TEXTURE_2D, kOut),
-                   call("glMatrixMode", GL_PROJECTION), call("glPushMatrix"), call("glLoadIdentity"),
-                   call("glOrtho", 0, 16, 0, 2, -1, 1), call("glMatrixMode", GL_MODELVIEW),
-                   call("glLoadIdentity"), call("glColorMask", color, color, color, color),
-                   call("glDepthMask", !color),
-                   enabled ? call("glDisable", GL_DEPTH_TEST) : call("glEnable", GL_TEXTURE_2D), bind()} +
-             quad(color && rectangles) +
-             Calls{enabled ? call("glEnable", GL_DEPTH_TEST) : call("glDisable", GL_TEXTURE_2D),
-                   call("glMatrixMode", GL_PROJECTION), call("glPopMatrix"),
-                   call("glMatrixMode", GL_MODELVIEW)}))
+        color ? fBuffer.writeCurrentColorBuffer(static_cast<const IHWTexture&>(*fTexture))
+              : fBuffer.writeDepthBuffer(static_cast<const IHWTexture&>(*fTexture));
+        EXPECT_EQ(made(),
+                  (Calls{call("glGetBooleanv", GL_DEPTH_TEST, kOut),
+                         call("glGetBooleanv", GL_TEXTURE_2D, kOut), call("glMatrixMode", GL_PROJECTION),
+                         call("glPushMatrix"), call("glLoadIdentity"), call("glOrtho", 0, 16, 0, 2, -1, 1),
+                         call("glMatrixMode", GL_MODELVIEW), call("glLoadIdentity"),
+                         call("glColorMask", color, color, color, color), call("glDepthMask", !color),
+                         enabled ? call("glDisable", GL_DEPTH_TEST) : call("glEnable", GL_TEXTURE_2D), bind(),
+                         call("glBegin", GL_QUADS)} +
+                   quad +
+                   Calls{call("glEnd"),
+                         enabled ? call("glEnable", GL_DEPTH_TEST) : call("glDisable", GL_TEXTURE_2D),
+                         call("glMatrixMode", GL_PROJECTION), call("glPopMatrix"),
+                         call("glMatrixMode", GL_MODELVIEW)}))
             << bits;
     }
 }
 
 TEST_F(Transfer, copiesIntoTextures) {
     fBuffer.readDepthBuffer(fTexture.get());
-    expectCopied(GL_DEPTH, 0, 0, 8, 4, true);
-    fBuffer.readCurrentColorBuffer(fTexture.get(), 0);
-    expectCopied(GL_COLOR_ATTACHMENT0_EXT, 0, 0, 8, 4);
-    fBuffer.readCurrentColorBuffer(fTexture.get(), 1); // beyond the attachments
-    expectCopied(GL_BACK, 0, 0, 8, 4);
+    expectCopied(GL_DEPTH, {0, 0, 8, 4}, true);
+    for (const unsigned index : {0U, 1U}) { // the second is beyond the attachments
+        fBuffer.readCurrentColorBuffer(fTexture.get(), index);
+        expectCopied(index == 0 ? GL_COLOR_ATTACHMENT0_EXT : GL_BACK, {0, 0, 8, 4});
+    }
     fBuffer.renderTexture(fTexture.get(), -3, 2, 5, 99, 7, 9);
-    expectCopied(GL_COLOR_ATTACHMENT0_EXT, 0, 2, 5, 4, true);
+    expectCopied(GL_COLOR_ATTACHMENT0_EXT, {0, 2, 5, 4}, true);
     fBuffer.fColorAttachmentCount = 0;
     for (const unsigned source : {0U, 1U}) {
         fBuffer.renderTexture(fTexture.get(), 1, -1, 5, 4, 0, source);
-        expectCopied(source == 0 ? GL_FRONT : GL_BACK, 1, 0, 5, 4);
+        expectCopied(source == 0 ? GL_FRONT : GL_BACK, {1, 0, 5, 4});
     }
     fBuffer.renderTexture(fTexture.get(), 1, -1, 5, 4, 0, 2);
     EXPECT_EQ(recorded(), Calls{});
@@ -166,11 +166,8 @@ TEST_F(Transfer, copiesIntoTextures) {
     ASSERT_NE(copy, nullptr);
     copy->ref();
     EXPECT_EQ(copy->fRasterFormat, kRasterRGBX8);
-    EXPECT_EQ(made(), (Calls{call("glGenTextures", 1, kOut), call("glReadBuffer", GL_DEPTH),
-                             call("glBindTexture", GL_TEXTURE_2D, copy->textureName()),
-                             call("glTexImage2D", GL_TEXTURE_2D, 0, GL_RGBA8, 8, 2, 0, GL_RGB,
-                                  GL_UNSIGNED_BYTE, nullptr),
-                             call("glCopyTexSubImage2D", GL_TEXTURE_2D, 0, 0, 0, 0, 1, 8, 2)}));
+    EXPECT_EQ(recorded()[1], call("glReadBuffer", GL_DEPTH));
+    EXPECT_EQ(made().back(), copied({0, 1, 8, 2}));
 
     GLFrameBuffer window;
     adopt(window, GLFrameBuffer::kWindowed);
@@ -178,8 +175,7 @@ TEST_F(Transfer, copiesIntoTextures) {
     script().values[GL_VIEWPORT] = {0, 0, 6, 3};
     window.readCurrentColorBuffer(fTexture.get(), 0);
     EXPECT_THAT(recorded(), testing::Contains(call("glReadBuffer", GL_BACK)));
-    EXPECT_EQ(recorded().back(), call("glCopyTexSubImage2D", GL_TEXTURE_2D, 0, 0, 0, 0, 0, 6, 3))
-        << "measured first";
+    EXPECT_EQ(recorded().back(), copied({0, 0, 6, 3})) << "measured first";
 }
 
 TEST_F(Transfer, nothingHappensWithoutATextureOrABuffer) {
@@ -188,26 +184,21 @@ TEST_F(Transfer, nothingHappensWithoutATextureOrABuffer) {
     IHWTexture* volatile nothing = nullptr;
     PixelArray2D pixels(koSysPixelFormat(2, 4), 8, 4);
     clearRecorded();
-    const std::pair<GLFrameBuffer*, IHWTexture*> kPairs[] = {
-        {&fBuffer, nothing}, {&fBuffer, &line}, {&never, fTexture.get()}};
-    for (const auto& [buffer, texture] : kPairs) {
+    for (const auto& [buffer, texture, array] :
+         {std::tuple<GLFrameBuffer*, IHWTexture*, PixelArray2D*>{&fBuffer, nothing, nullptr},
+          {&fBuffer, &line, nullptr},
+          {&never, fTexture.get(), &pixels}}) {
         const IHWTexture& reference = *texture; // a host's reference, maybe to no texture
         buffer->writeCurrentColorBuffer(reference);
         buffer->writeDepthBuffer(reference);
         buffer->readCurrentColorBuffer(texture, 0);
         buffer->readDepthBuffer(texture);
+        buffer->renderTexture(array ? fTexture.get() : nullptr, 0, 0, 1, 1, 0, 0);
+        EXPECT_EQ(buffer->drawColorBuffer(0, 0, 0, 1, 1, array), 0u);
+        buffer->drawDepthBuffer(0, 0, 0, 1, 1, array);
     }
-    fBuffer.renderTexture(nullptr, 0, 0, 1, 1, 0, 0);
-    EXPECT_EQ(fBuffer.drawColorBuffer(0, 0, 0, 1, 1, nullptr), 0u);
-    fBuffer.drawDepthBuffer(0, 0, 0, 1, 1, nullptr);
-    never.renderTexture(fTexture.get(), 0, 0, 1, 1, 0, 0);
-    never.writeCurrentColorBuffer(pixels);
-    never.writeDepthBuffer(pixels);
-    never.readDepthBuffer(&pixels);
-    EXPECT_EQ(never.copyDepthBuffer2Texture2D(0, 0, 1, 1), nullptr);
-    EXPECT_EQ(never.readDepthBuffer(), nullptr);
-    EXPECT_EQ(never.readColorBuffer(2, 0, 0, 0, 0, nullptr), nullptr);
-    EXPECT_EQ(never.drawColorBuffer(0, 0, 0, 1, 1, &pixels), 0u);
+    EXPECT_FALSE(never.copyDepthBuffer2Texture2D(0, 0, 1, 1) || never.readDepthBuffer() ||
+                 never.readColorBuffer(2, 0, 0, 0, 0, nullptr));
     EXPECT_EQ(made(), Calls{});
 }
 

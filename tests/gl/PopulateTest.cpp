@@ -5,6 +5,7 @@
 #include "FakeLoader.h"
 #include "Slots.h"
 
+#include "gl/EntryGroup.h"
 #include "orlohost/HWEnvironment.h"
 
 #include <sstream>
@@ -19,51 +20,54 @@ Names words(const std::string& text) {
     return {std::istream_iterator<std::string>(stream), {}};
 }
 
-constexpr int kCore11 = -1, kGlx = -2;
+using enum EntryGroup;
 
-/// What is looked up for each capability, in order.
-std::map<int, Names> lookupLists() {
-    std::map<int, Names> lists;
-    std::map<int, std::string> glx;
-    Names* list = nullptr;
-#define GROUP(capability) list = &lists[capability];
-#define MEMBER(member, function) list->push_back(#function);
-#define UNFILLED(function)
-#define GLX(place, function) glx[place] = #function;
-#define SLOT(function) list->push_back(#function);
-#define UNUSED(name)
-#include "Names.inc"
-    for (const auto& [place, function] : glx)
-        lists[kGlx].push_back(function);
+/// What is looked up for each group, in order.
+std::map<EntryGroup, Names> lookupLists() {
+    std::map<EntryGroup, Names> lists;
+#define ENTRY_ANY(ret, name, ...) lists[EntryGroup::GROUP].push_back(#name);
+#define ENTRY_GLX(...)
+#define ENTRY_UNUSED(name)
+#include "gl/GLEntryPoints.inc"
     // Two lists begin with a name that comes once more in its turn. The core set of multitexture is followed
     // by a look for an EXT set, in vain on the double.
-    for (int twice : {kCapNVRegisterCombiners, kCapMultitexture})
+    for (EntryGroup twice : {NVRegisterCombiners, Multitexture})
         lists[twice].insert(lists[twice].begin(), lists[twice].front());
-    lists[kCapMultitexture].push_back("glMultiTexCoord1dEXT");
+    lists[Multitexture].push_back("glMultiTexCoord1dEXT");
+    lists.erase(NeverFilled);
     return lists;
 }
-const std::map<int, Names> kLookups = lookupLists();
+const std::map<EntryGroup, Names> kLookups = lookupLists();
+
+/// Looked up last, at every start-up.
+const Names kGlx =
+    words("glXQueryExtensionsString glXQueryVersion glXChooseVisual glXCreateContext glXDestroyContext "
+          "glXMakeCurrent glXSwapBuffers glXGetConfig glXGetCurrentContext glXGetCurrentDrawable "
+          "glXGetCurrentDisplay glXWaitGL glXWaitX glXDestroyPbuffer glXChooseFBConfig glXGetFBConfigAttrib "
+          "glXGetFBConfigs glXGetVisualFromFBConfig glXCreateWindow glXDestroyWindow glXCreatePbuffer "
+          "glXQueryDrawable glXCreateNewContext glXMakeContextCurrent glXGetCurrentReadDrawable "
+          "glXQueryContext glXSelectEvent glXGetSelectedEvent glXCreateGLXPbufferSGIX "
+          "glXCreateContextWithConfigSGIX glXChooseFBConfigSGIX glXGetVisualFromFBConfigSGIX");
 
 enum Level { kOld, k1_2, k1_2_1, k1_3, k1_4, k1_5, k2_0, kListed };
 
 /// What start-up finds, in the order of the look-ups.
 const struct Offer {
     uint32_t index;
-    /// The level of version that has it whatever is listed.
-    Level level;
+    Level level; ///< of the version that has it whatever is listed
     /// Below that, one of these is listed. Of several words each is needed.
     std::vector<std::string> extensions;
-    /// The entry point that it can't do without.
-    std::string needed = {};
+    EntryGroup group = NeverFilled; ///< what is looked up for it
+    std::string needed = {};        ///< the entry point that it can't do without
 } kOffers[] = {
-    {1, k1_2, {"GL_EXT_draw_range_elements"}},
-    {5, k1_2, {"GL_EXT_texture3D"}},
+    {1, k1_2, {"GL_EXT_draw_range_elements"}, DrawRangeElements},
+    {5, k1_2, {"GL_EXT_texture3D"}, Texture3D},
     {3, k1_2, {"GL_EXT_rescale_normal"}},
-    {51, k1_4, {"GL_EXT_secondary_color"}},
+    {51, k1_4, {"GL_EXT_secondary_color"}, SecondaryColor},
     {4, k1_2, {"GL_EXT_separate_specular_color"}},
     {6, k1_2, {"GL_SGIS_texture_edge_clamp"}},
     {55, kListed, {"GL_EXT_texture_filter_anisotropic"}},
-    {30, k1_4, {"GL_ARB_point_parameters", "GL_EXT_point_parameters"}},
+    {30, k1_4, {"GL_ARB_point_parameters", "GL_EXT_point_parameters"}, PointParameters},
     {32, k1_4, {"GL_ARB_depth_texture"}},
     {33, k1_4, {"GL_ARB_shadow"}},
     {34, kListed, {"GL_ARB_shadow GL_ARB_shadow_ambient"}},
@@ -71,50 +75,57 @@ const struct Offer {
     {36, kListed, {"GL_SGIX_depth_texture GL_SGIX_shadow"}},
     {37, k1_3, {"GL_ARB_texgen_reflection", "GL_NV_texgen_reflection"}},
     {13, k1_3, {"GL_ARB_texture_env_combine", "GL_EXT_texture_env_combine"}},
-    {49, kListed, {"GL_EXT_compiled_vertex_array"}},
-    {58, kListed, {"GL_ATI_fragment_shader"}},
-    {54, kListed, {"GL_EXT_vertex_shader"}},
+    {49, kListed, {"GL_EXT_compiled_vertex_array"}, CompiledVertexArray},
+    {58, kListed, {"GL_ATI_fragment_shader"}, ATIFragmentShader},
+    {54, kListed, {"GL_EXT_vertex_shader"}, EXTVertexShader},
     {62, kListed, {"GL_NV_texture_shader"}},
-    {61, kListed, {"GL_NV_register_combiners"}},
-    {64, kListed, {"GL_NV_vertex_program"}},
+    {61, kListed, {"GL_NV_register_combiners"}, NVRegisterCombiners},
+    {64, kListed, {"GL_NV_vertex_program"}, NVVertexProgram},
     {65, kListed, {"GL_NV_fragment_program"}},
     {70, k1_4, {"GL_SGIS_generate_mipmap"}},
-    {23, kListed, {"GL_EXT_blend_subtract"}},
-    {71, kListed, {"GL_EXT_framebuffer_object"}, "glIsRenderbufferEXT"},
+    {23, kListed, {"GL_EXT_blend_subtract"}, BlendEquation},
+    {71, kListed, {"GL_EXT_framebuffer_object"}, FramebufferObject, "glIsRenderbufferEXT"},
     {72, kListed, {"GL_EXT_packed_depth_stencil"}},
-    {73, k1_3, {"GL_EXT_framebuffer_multisample", "GL_ARB_framebuffer_multisample"}},
-    {8, k1_2_1, {"GL_ARB_multitexture", "GL_EXT_multitexture"}},
-    {17, k1_4, {"GL_EXT_multi_draw_arrays"}, "glMultiDrawElementsEXT"},
-    {38, kListed, {"GL_ARB_vertex_program"}},
+    {73, k1_3, {"GL_EXT_framebuffer_multisample", "GL_ARB_framebuffer_multisample"}, FramebufferMultisample},
+    {8, k1_2_1, {"GL_ARB_multitexture", "GL_EXT_multitexture"}, Multitexture},
+    {17, k1_4, {"GL_EXT_multi_draw_arrays"}, MultiDraw, "glMultiDrawElementsEXT"},
+    {38, kListed, {"GL_ARB_vertex_program"}, Programs},
     {39, kListed, {"GL_ARB_fragment_program"}},
     {45, kListed, {"GL_ARB_fragment_program GL_ARB_fragment_program_shadow"}},
-    {40, k1_5, {"GL_ARB_occlusion_query"}, "glGenQueriesARB"},
-    {66, kListed, {"GL_HP_occlusion_test GL_NV_occlusion_query"}, "glGenOcclusionQueriesNV"},
-    {41, k1_5, {"GL_ARB_vertex_buffer_object"}, "glBindBufferARB"},
+    {40, k1_5, {"GL_ARB_occlusion_query"}, OcclusionQuery, "glGenQueriesARB"},
+    {66,
+     kListed,
+     {"GL_HP_occlusion_test GL_NV_occlusion_query"},
+     NVOcclusionQuery,
+     "glGenOcclusionQueriesNV"},
+    {41, k1_5, {"GL_ARB_vertex_buffer_object"}, VertexBufferObject, "glBindBufferARB"},
     {43, kListed, {"GL_ARB_texture_float"}},
     {42, kListed, {"GL_ARB_half_float_pixel", "GL_NV_half_float"}},
-    {44, kListed, {"GL_ARB_color_buffer_float"}, "glClampColorARB"},
+    {44, kListed, {"GL_ARB_color_buffer_float"}, ColorBufferFloat, "glClampColorARB"},
     {47, kListed, {"GL_NV_float_buffer"}},
     {18, k2_0, {"GL_ARB_texture_non_power_of_two"}},
     {19, k1_5, {"GL_ARB_texture_rectangle", "GL_EXT_texture_rectangle", "GL_NV_texture_rectangle"}},
-    {48, k2_0, {"GL_ARB_shader_objects GL_ARB_vertex_shader GL_ARB_fragment_shader"}, "glDeleteObjectARB"},
-    {67, kListed, {"GL_NV_primitive_restart"}, "glPrimitiveRestartIndexNV"},
-    {74, kListed, {"GL_EXT_texture_array"}},
+    {48,
+     k2_0,
+     {"GL_ARB_shader_objects GL_ARB_vertex_shader GL_ARB_fragment_shader"},
+     ShaderObjects,
+     "glDeleteObjectARB"},
+    {67, kListed, {"GL_NV_primitive_restart"}, NVPrimitiveRestart, "glPrimitiveRestartIndexNV"},
+    {74, kListed, {"GL_EXT_texture_array"}, TextureArray},
     {56, kListed, {"GL_EXT_texture_compression_s3tc"}},
-    {68, kListed, {"GL_NV_transform_feedback"}},
-    {57, kListed, {"GL_EXT_transform_feedback"}},
+    {68, kListed, {"GL_NV_transform_feedback"}, NVTransformFeedback},
+    {57, kListed, {"GL_EXT_transform_feedback"}, EXTTransformFeedback},
     {69, kListed, {"GL_NVX_gpu_memory_info"}},
     {59, kListed, {"GL_ATI_meminfo"}},
-    {82, kOld, {}, "glXCreatePbuffer"},
-    {83, kOld, {}, "glXChooseFBConfig"},
-    {84, kOld, {}, "glXCreateNewContext"},
-    {85, kOld, {}, "glXDestroyWindow"},
-    {86, kOld, {}, "glXDestroyPbuffer"},
-    {87, kOld, {}, "glXCreateGLXPbufferSGIX"},
-    {88, kOld, {}, "glXChooseFBConfigSGIX"},
-    {89, kOld, {}, "glXCreateContextWithConfigSGIX"},
-    {90, kOld, {}, "glXGetVisualFromFBConfigSGIX"},
-};
+    {82, kOld, {}, NeverFilled, "glXCreatePbuffer"},
+    {83, kOld, {}, NeverFilled, "glXChooseFBConfig"},
+    {84, kOld, {}, NeverFilled, "glXCreateNewContext"},
+    {85, kOld, {}, NeverFilled, "glXDestroyWindow"},
+    {86, kOld, {}, NeverFilled, "glXDestroyPbuffer"},
+    {87, kOld, {}, NeverFilled, "glXCreateGLXPbufferSGIX"},
+    {88, kOld, {}, NeverFilled, "glXChooseFBConfigSGIX"},
+    {89, kOld, {}, NeverFilled, "glXCreateContextWithConfigSGIX"},
+    {90, kOld, {}, NeverFilled, "glXGetVisualFromFBConfigSGIX"}};
 
 /// With version 2.1 all that start-up can find.
 std::string everyExtension() {
@@ -142,10 +153,10 @@ Found offered(Level level, const std::string& extensions) {
         if (level < offer.level && std::ranges::none_of(offer.extensions, listed))
             continue;
         found.capabilities.insert(offer.index);
-        if (const auto names = kLookups.find(static_cast<int>(offer.index)); names != kLookups.end())
+        if (const auto names = kLookups.find(offer.group); names != kLookups.end())
             found.lookups = found.lookups + names->second;
     }
-    found.lookups = found.lookups + kLookups.at(kGlx);
+    found.lookups = found.lookups + kGlx;
     return found;
 }
 
@@ -198,24 +209,21 @@ TEST_F(Populate, aTableIsEmptyUntilItIsFilledAndAfterNullify) {
         EXPECT_EQ(GLFunctionTable::fsNumInstances_GLFunctionTable, 1);
         expectEmpty(table);
         EXPECT_THAT(limitsOf(table), testing::Each(0));
-        EXPECT_FALSE(table.fInBeginEnd);
-        EXPECT_EQ(recorded(), Calls{});
-        EXPECT_EQ(loaderCalls(), Calls{});
-
+        EXPECT_EQ(recorded() + loaderCalls(), Calls{});
         start(table, "1.1", "GL_EXT_framebuffer_object GL_EXT_texture_array");
         table.fExtEnabled[kCapTextureArray] = false;
         table.fglXUnused = [] {};
-        EXPECT_FALSE(table.usable(kCapTextureArray)) << "vetoed";
         EXPECT_TRUE(table.usable(kCapFramebufferObject));
-        EXPECT_FALSE(table.usable(kCapNVFragmentProgram)) << "not offered";
+        EXPECT_FALSE(table.usable(kCapTextureArray) || table.usable(kCapNVFragmentProgram));
         table.nullify();
         expectEmpty(table);
     }
     EXPECT_EQ(GLFunctionTable::fsNumInstances_GLFunctionTable, 0);
 }
 
-/// Hosts built earlier reach into the table by place.
-TEST_F(Populate, everyMemberHasItsPlace) {
+/// Hosts built earlier reach into the table by place: nothing moves in the list of entry points, and nothing
+/// goes.
+TEST_F(Populate, everyMemberKeepsItsPlace) {
     const GLFunctionTable table;
 #define AT(member) reinterpret_cast<const char*>(&table.member)
     const std::vector<const char*> kFields = {
@@ -224,17 +232,22 @@ TEST_F(Populate, everyMemberHasItsPlace) {
         AT(fInBeginEnd),           AT(fglAccum),
     };
     EXPECT_TRUE(std::is_sorted(kFields.begin(), kFields.end()));
-    const std::pair<const char*, const char*> kSlots[] = {
-#define MEMBER(member, function) SLOT(function)
-#define SLOT(function) {#function, AT(f##function)},
-#include "Names.inc"
+    // Of all names up to the end of each group, GLX's last: the first that differs tells where.
+    std::array<uint16_t, static_cast<size_t>(NeverFilled) + 2> sums = {};
+    uint32_t sum = 0;
+    const auto add = [&](EntryGroup group, std::string_view name) {
+        for (const char c : name)
+            sum = (sum ^ static_cast<unsigned char>(c)) * 16777619U;
+        sums[static_cast<size_t>(group)] = static_cast<uint16_t>(sum >> 16);
     };
-    const char* place = AT(fglAccum);
-    for (const auto& [function, slot] : kSlots) {
-        ASSERT_EQ(slot, place) << function;
-        place += sizeof(void*);
-    }
-#undef AT
+    constexpr auto kGlxGroup = static_cast<EntryGroup>(sums.size() - 1);
+#define ENTRY_ANY(ret, name, ...) add(EntryGroup::GROUP, #name " ");
+#define ENTRY_GLX(when, ret, name, ...) add(kGlxGroup, #name " ");
+#define ENTRY_UNUSED(name) add(kGlxGroup, #name " ");
+#include "gl/GLEntryPoints.inc"
+    EXPECT_THAT(sums, testing::ElementsAre(13855, 30658, 39544, 55092, 8373, 37225, 22345, 60486, 41070,
+                                           15516, 49212, 21941, 5840, 39678, 63327, 45506, 59085, 60725, 8700,
+                                           4062, 25352, 56534, 28902, 10926, 61571, 37686, 13219));
     EXPECT_EQ(kCapTextureCubeMap, 7u) << "nothing sets it, hosts may";
     EXPECT_EQ(kCapabilityCount, 91u);
 }
@@ -245,7 +258,7 @@ TEST_F(Populate, opensTheLibraryAndLooksUpTheCoreInOrder) {
     const std::string opened = call("dlopen", "libGL.so", 1);
     const std::string resolver = call("dlsym", "glXGetProcAddressARB");
     Calls expected = {opened};
-    for (const std::string& name : kLookups.at(kCore11))
+    for (const std::string& name : kLookups.at(Core11))
         expected.push_back(call("dlsym", name.c_str()));
     EXPECT_EQ(loaderCalls(), (expected + Calls{resolver, opened, resolver}));
 }
@@ -262,8 +275,6 @@ TEST_F(Populate, doesWithoutALibraryAndWithoutAnswers) {
     start(table, "1.5", "");
     expectFound(table, {});
     EXPECT_EQ(recorded(), Calls{});
-    EXPECT_EQ(table.fglGetString, nullptr);
-    EXPECT_NE(table.fglAccum, nullptr);
     EXPECT_EQ(limitsOf(table), (std::vector{1, 1, 1, 0, 0, 0}));
 }
 
@@ -285,6 +296,30 @@ TEST_F(Populate, looksUpByVersion) {
             expectFound(table, offered(level, ""));
         }
     }
+}
+
+TEST_F(Populate, anExtensionIsAWordOfTheList) {
+    const auto expect = [](bool found, const char* list, const char* name) {
+        EXPECT_EQ(isExtensionSupported(reinterpret_cast<const unsigned char*>(list), name), found)
+            << testing::PrintToString(std::pair(list, name));
+    };
+    for (const auto& [list, name] : {std::pair{"GL_EXT_texture3D GL_EXT_texture", "GL_EXT_texture"},
+                                     {"GL_A  GL_B ", "GL_B"},
+                                     {"GL_AGL_A GL_B", "GL_A"},
+                                     {"GL_AGL_A", "GL_A"},
+                                     {"XGL_AGL_A", "GL_A"}})
+        expect(true, list, name); // what begins right behind a rejected occurrence needs no blank before it
+    for (const auto& [list, name] : {std::pair{"GL_A GL_B GL_C", "GL_D"},
+                                     {"XGL_A", "GL_A"},
+                                     {"GL_A", "GL_AB"},
+                                     {"", "GL_A"},
+                                     {"GL_A", ""},
+                                     {"GL_A GL_B", "GL_A GL_B"},
+                                     {"GL_A GL_B", "GL_A "},
+                                     {nullptr, "GL_A"},
+                                     {"GL_A", nullptr},
+                                     {"XGL_AxGL_A", "GL_A"}})
+        expect(false, list, name);
 }
 
 TEST_F(Populate, looksUpByExtension) {
@@ -311,17 +346,15 @@ TEST_F(Populate, looksUpByExtension) {
 /// Everything at once: where between the look-ups the strings and limits are asked.
 TEST_F(Populate, asksInOneFixedOrder) {
     script().traceLookups = true;
-    Calls expected = {call("glGetString", 0x1F02), call("glGetString", 0x1F03)};
+    Calls expected = {call("glGetString", GL_VERSION), call("glGetString", GL_EXTENSIONS)};
     const std::map<std::string, std::vector<GLenum>> kLimitsAfter = {
         {"glIsProgramARB", {0x8869}},
-        {"glFramebufferTextureLayerEXT", {0x88FF, 0x84E2, 0x8871, 0x8872, 0x0D33}},
-    };
+        {"glFramebufferTextureLayerEXT", {0x88FF, 0x84E2, 0x8871, 0x8872, 0x0D33}}};
     for (const std::string& name : offered(k2_0, everyExtension()).lookups) {
         expected.push_back(call("glXGetProcAddressARB", name.c_str()));
-        if (const auto limits = kLimitsAfter.find(name); limits != kLimitsAfter.end()) {
-            for (GLenum limit : limits->second)
+        if (kLimitsAfter.contains(name))
+            for (GLenum limit : kLimitsAfter.at(name))
                 expected.push_back(call("glGetIntegerv", limit, kOut));
-        }
     }
     GLFunctionTable table;
     start(table, "2.1", everyExtension());
@@ -347,55 +380,48 @@ TEST_F(Populate, aSecondRunTakesBackOnlyThreeFlags) {
     start(table, "2.1",
           "GL_EXT_framebuffer_object GL_EXT_texture_array GL_NV_fragment_program GL_ARB_vertex_program "
           "GL_NV_primitive_restart GL_ARB_shadow_ambient GL_EXT_packed_depth_stencil");
-    const Indices before = supported(table);
-    const auto isRenderbuffer = table.fglIsRenderbufferEXT;
+    Indices kept = supported(table);
     start(table, "1.1", "");
-    expectFound(table, {kLookups.at(kGlx), before}); // what is absent keeps its flag
-    EXPECT_EQ(table.fglIsRenderbufferEXT, isRenderbuffer);
+    expectFound(table, {kGlx, kept}); // what is absent keeps its flag
+    EXPECT_NE(table.fglIsRenderbufferEXT, nullptr);
     EXPECT_EQ(limitsOf(table), (std::vector{8, 8, 16, 4096, 16, 64}));
 
-    script().missing = {"glIsRenderbufferEXT", "glXCreatePbuffer"};
+    script().missing = {"glIsRenderbufferEXT"};
     script().values[GL_MAX_ARRAY_TEXTURE_LAYERS_EXT] = {1};
     HWEnvironment::disable_hwr_texture_shader_flag = true;
     start(table, "1.1", "GL_EXT_framebuffer_object GL_EXT_texture_array GL_NV_fragment_program");
-    Indices after = before;
-    for (uint32_t taken : {65, 71, 74})
-        after.erase(taken);
-    EXPECT_EQ(supported(table), after);
+    for (uint32_t taken : {kCapFramebufferObject, kCapTextureArray, kCapNVFragmentProgram})
+        kept.erase(taken);
+    EXPECT_EQ(supported(table), kept);
     EXPECT_EQ(table.fglIsRenderbufferEXT, nullptr) << "what is listed is renewed, null included";
-    EXPECT_EQ(table.fglXCreatePbuffer, nullptr);
 }
 
 TEST_F(Populate, readsTheLimits) {
+    const std::string nv = "GL_NV_fragment_program", array = "GL_EXT_texture_array";
     const struct {
         const char* version;
         std::string extensions;
         bool hostVeto;
-        double layers;
-        std::vector<int> limits;
-    } kCases[] = {
-        {"1.1", "", false, 64, {1, 1, 1, 4096, 0, 0}},
-        {"1.1", "GL_NV_fragment_program", false, 64, {1, 1, 1, 4096, 0, 0}},
-        {"2.1", "", false, 64, {6, 6, 6, 4096, 0, 0}},
-        {"2.1", "GL_NV_fragment_program", false, 64, {6, 10, 20, 4096, 0, 0}},
-        {"2.1", "GL_NV_fragment_program", true, 64, {6, 6, 6, 4096, 0, 0}},
-        {"2.1", "GL_ARB_vertex_program GL_EXT_texture_array", false, 64, {6, 6, 6, 4096, 16, 64}},
-        {"1.1", "GL_EXT_texture_array", false, 2, {1, 1, 1, 4096, 0, 2}},
-        {"1.1", "GL_EXT_texture_array", false, 1, {1, 1, 1, 4096, 0, 1}},
-        {"1.1", "GL_EXT_texture_array", false, -1, {1, 1, 1, 4096, 0, -1}},
-    };
+        std::vector<int> limits; // the last one as the driver tells it
+    } kCases[] = {{"1.1", nv, false, {1, 1, 1, 4096, 0, 0}},
+                  {"2.1", "", false, {6, 6, 6, 4096, 0, 0}},
+                  {"2.1", nv, false, {6, 10, 20, 4096, 0, 0}},
+                  {"2.1", nv, true, {6, 6, 6, 4096, 0, 0}},
+                  {"2.1", "GL_ARB_vertex_program " + array, false, {6, 6, 6, 4096, 16, 64}},
+                  {"1.1", array, false, {1, 1, 1, 4096, 0, 2}},
+                  {"1.1", array, false, {1, 1, 1, 4096, 0, 1}},
+                  {"1.1", array, false, {1, 1, 1, 4096, 0, -1}}};
     script().values[GL_MAX_TEXTURE_UNITS] = {6};
     script().values[GL_MAX_TEXTURE_COORDS_ARB] = {10};
     script().values[GL_MAX_TEXTURE_IMAGE_UNITS_ARB] = {20};
     for (const auto& c : kCases) {
         SCOPED_TRACE(&c - kCases);
         HWEnvironment::disable_hwr_texture_shader_flag = c.hostVeto;
-        script().values[GL_MAX_ARRAY_TEXTURE_LAYERS_EXT] = {c.layers};
+        script().values[GL_MAX_ARRAY_TEXTURE_LAYERS_EXT] = {double(c.limits.back())};
         GLFunctionTable table;
         start(table, c.version, c.extensions);
         EXPECT_EQ(limitsOf(table), c.limits);
-        EXPECT_EQ(table.fExtSupported[kCapNVFragmentProgram],
-                  c.extensions == "GL_NV_fragment_program" && !c.hostVeto);
+        EXPECT_EQ(table.fExtSupported[kCapNVFragmentProgram], c.extensions == nv && !c.hostVeto);
         EXPECT_EQ(table.fExtSupported[kCapTextureArray], c.limits.back() > 1) << "a single layer is no array";
     }
     HWEnvironment::disable_hwr_texture_shader_flag = false;
@@ -412,7 +438,7 @@ protected:
     Multitexture() { script().extensions = "GL_ARB_multitexture"; }
 
     static Names namesWith(const std::string& suffix) {
-        const Names& probed = kLookups.at(kCapMultitexture);
+        const Names& probed = kLookups.at(EntryGroup::Multitexture);
         Names names(probed.begin() + 1, probed.end() - 1);
         for (std::string& name : names)
             name += suffix;
@@ -427,24 +453,21 @@ TEST_F(Multitexture, looksForTheCoreSetAndOthers) {
     const Names first = {"glMultiTexCoord1d"};
     const Names second = first + Names{"glMultiTexCoord1dARB"};
     const struct {
-        const char* what;
         std::set<std::string> inert;
         std::set<std::string> missing;
         Names lookups;
         bool found;
-    } kCases[] = {
-        {"EXT over core", fExtSet, {}, first + namesWith("") + fExtNames, true},
-        {"ARB alone", {}, {"glMultiTexCoord1d"}, first + namesWith("ARB"), true},
-        {"EXT alone", fExtSet, {second.begin(), second.end()}, second, false},
-    };
+    } kCases[] = {{fExtSet, {}, first + namesWith("") + fExtNames, true}, // EXT over core
+                  {{}, {"glMultiTexCoord1d"}, first + namesWith("ARB"), true},
+                  {fExtSet, {second.begin(), second.end()}, second, false}};
     for (const auto& c : kCases) {
-        SCOPED_TRACE(c.what);
+        SCOPED_TRACE(&c - kCases);
         script().inert = c.inert;
         script().missing = c.missing;
         GLFunctionTable table;
         start(table, "1.1", "GL_ARB_multitexture");
-        expectFound(table, {c.lookups + kLookups.at(kGlx),
-                            offered(kOld, c.found ? "GL_ARB_multitexture" : "").capabilities});
+        expectFound(table,
+                    {c.lookups + kGlx, offered(kOld, c.found ? "GL_ARB_multitexture" : "").capabilities});
         EXPECT_EQ(table.fMaxTextureUnits, c.found ? 8 : 1);
         EXPECT_EQ(table.ensureLiveMultitexture(), c.found);
     }
@@ -453,18 +476,16 @@ TEST_F(Multitexture, looksForTheCoreSetAndOthers) {
 TEST_F(Multitexture, theLookForAnExtSetTakesWhatWasFound) {
     GLFunctionTable table;
     start(table, "1.1", "GL_ARB_multitexture");
-    EXPECT_TRUE(table.usable(kCapMultitexture));
     EXPECT_EQ(table.fglMultiTexCoord1d, nullptr);
-    EXPECT_NE(table.fglMultiTexCoord1f, nullptr);
+    EXPECT_NE(table.fglMultiTexCoord1dv, nullptr);
 
     // With the capability found, ARB names aren't looked for again.
     script().missing = {"glMultiTexCoord1d"};
-    const auto other = table.fglMultiTexCoord1dv;
     start(table, "1.1", "GL_ARB_multitexture");
-    expectFound(table, {Names{"glMultiTexCoord1d", "glMultiTexCoord1dEXT"} + kLookups.at(kGlx),
+    expectFound(table, {Names{"glMultiTexCoord1d", "glMultiTexCoord1dEXT"} + kGlx,
                         offered(kOld, "GL_ARB_multitexture").capabilities});
     EXPECT_EQ(table.fglMultiTexCoord1d, nullptr);
-    EXPECT_EQ(table.fglMultiTexCoord1dv, other);
+    EXPECT_NE(table.fglMultiTexCoord1dv, nullptr);
 }
 
 TEST_F(Multitexture, theRemedyPutsACompleteLiveSetInPlace) {
@@ -474,14 +495,12 @@ TEST_F(Multitexture, theRemedyPutsACompleteLiveSetInPlace) {
         const char* what;
         std::set<std::string> inert;
         std::set<std::string> missing;
-        /// Of the set that is in place afterwards; null where none can be.
-        const char* suffix;
+        const char* suffix; // of the set that is in place afterwards; null where none can be
     } kCases[] = {
         {"the ARB set is all there is", {}, {"glMultiTexCoord1d"}, "ARB"},
         {"EXT inert", fExtSet, {}, ""},
         {"EXT and core inert", extAndCore, {}, "ARB"},
         {"EXT inert, core incomplete", fExtSet, {"glMultiTexCoord4sv"}, "ARB"},
-        {"EXT missing", {}, {}, ""},
         {"EXT missing, core inert", {"glActiveTexture"}, {}, "ARB"},
         {"EXT missing, core incomplete", {}, {"glClientActiveTexture"}, "ARB"},
         {"EXT missing, others inert", {"glActiveTexture", "glActiveTextureARB"}, {}, nullptr},
@@ -505,11 +524,9 @@ TEST_F(Multitexture, theRemedyPutsACompleteLiveSetInPlace) {
         }
         clearRecorded();
         table.glMultiTexCoord1d(GL_TEXTURE1, 0.5);
-        table.glActiveTexture(GL_TEXTURE2);
         table.glClientActiveTexture(GL_TEXTURE3);
         const auto named = [&c](const char* name) { return name + std::string(c.suffix); };
         EXPECT_EQ(recorded(), (Calls{call(named("glMultiTexCoord1d").c_str(), GL_TEXTURE1, 0.5),
-                                     call(named("glActiveTexture").c_str(), GL_TEXTURE2),
                                      call(named("glClientActiveTexture").c_str(), GL_TEXTURE3)}));
     }
 }
@@ -523,8 +540,7 @@ TEST_F(Multitexture, withoutUnitsToSwitchTheRemedyCallsNothing) {
     GLFunctionTable single;
     single.populate();
     clearRecorded();
-    EXPECT_FALSE(vetoed.ensureLiveMultitexture()) << "start-up lifts no veto";
-    EXPECT_FALSE(single.ensureLiveMultitexture());
+    EXPECT_FALSE(vetoed.ensureLiveMultitexture() || single.ensureLiveMultitexture());
     EXPECT_EQ(recorded(), Calls{});
 }
 
