@@ -56,6 +56,9 @@ bool fails(const void* caller) {
 [[gnu::noinline]] void* operator new(size_t size, const std::nothrow_t&) noexcept {
     return fails(__builtin_return_address(0)) ? nullptr : std::malloc(size);
 }
+[[gnu::noinline]] void* operator new[](size_t size) {
+    return operator new(size);
+}
 [[gnu::noinline]] void* operator new[](size_t size, const std::nothrow_t&) noexcept {
     return fails(__builtin_return_address(0)) ? nullptr : std::malloc(size);
 }
