@@ -22,12 +22,13 @@ namespace orloview {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kAddressSanitizer = true;
+// Sanitizers reserve terabytes of address space for themselves: no limit of memory then.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
 #elif defined(__has_feature)
-constexpr bool kAddressSanitizer = __has_feature(address_sanitizer);
+constexpr bool kSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
 #else
-constexpr bool kAddressSanitizer = false;
+constexpr bool kSanitized = false;
 #endif
 
 constexpr int kMillisecondsBetweenLooks = 50;
@@ -197,7 +198,7 @@ void beLimited(const ChildLimits& limits) {
     limit(RLIMIT_FSIZE, 0, 0);
     ::signal(SIGXCPU, SIG_DFL);
     limit(RLIMIT_CPU, limits.seconds, size_t{limits.mostSeconds} + kSecondsBeforeTheKill);
-    if (!kAddressSanitizer) // which reserves terabytes of address space for itself
+    if (!kSanitized)
         limit(RLIMIT_AS, limits.memoryBytes, limits.mostMemoryBytes);
 }
 
@@ -213,7 +214,7 @@ void raiseLimits(size_t memoryBytes, unsigned seconds) {
 }
 
 void lowerMemoryLimit(size_t bytes) {
-    if (!kAddressSanitizer)
+    if (!kSanitized)
         limit(RLIMIT_AS, bytes, bytes);
 }
 
