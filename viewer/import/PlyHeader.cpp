@@ -117,7 +117,12 @@ PlyHeader takePlyHeader(std::string_view& file) {
             header.format = formatOf(takeWord(words), line);
             hasFormat = true;
         } else if (keyword == "element") {
-            header.elements.push_back(elementOf(words, line));
+            PlyElement element = elementOf(words, line);
+            for (const PlyElement& earlier : header.elements)
+                if (earlier.name == element.name)
+                    throw ImportError("the header has two elements '" + printable(element.name, 40) +
+                                      "'; export the model again");
+            header.elements.push_back(std::move(element));
         } else if (keyword == "property") {
             if (header.elements.empty())
                 wrongLine(line);

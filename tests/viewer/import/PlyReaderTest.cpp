@@ -94,6 +94,9 @@ TEST(PlyReader, believesNoCountAndNoIndex) {
     EXPECT_THAT(scene.warnings, ElementsAre(HasSubstr("vertices that the file doesn't have")));
     EXPECT_THAT(refusal([&] { read("ply\nformat ascii 1.0\nproperty float x\nend_header\n"); }),
                 HasSubstr("property"));
+    EXPECT_THAT(
+        refusal([&] { read("ply\nformat ascii 1.0\nelement vertex 1\nelement vertex 1\nend_header\n"); }),
+        HasSubstr("two elements 'vertex'"));
 }
 
 TEST(PlyReader, readsOtherSpellingsAndMakesUpForZeroNormals) {
