@@ -91,12 +91,13 @@ uint32_t GLFrameBuffer::createOffscreen(const WindowWrapper& window, const koBuf
 uint32_t GLFrameBuffer::createPbufferPortably(const WindowWrapper& window, const koBufferFormat& format,
                                               unsigned width, unsigned height) {
     PbufferParts parts{width, height, true, false};
+    const GLXPbuffer earlier = fPbuffer; // of a buffer that wasn't released
     const uint32_t result = createPbuffer(window, format, parts);
     if (result == kSuccess)
         return result;
-    if (fPbuffer != 0 && fFunctionTable->usable(kCapGLXPbuffer))
+    if (fPbuffer != 0 && fPbuffer != earlier && fFunctionTable->usable(kCapGLXPbuffer))
         fFunctionTable->glXDestroyPbuffer(fDisplay, fPbuffer);
-    fPbuffer = 0;
+    fPbuffer = earlier;
     for (void* list : {static_cast<void*>(parts.configurations), static_cast<void*>(parts.visual)})
         if (list)
             XFree(list);

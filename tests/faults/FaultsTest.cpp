@@ -243,10 +243,13 @@ protected:
     }
     ~Faults() override { GLStartupContext::fpGlobalGLStartupContext = fStartup.get(); }
 
-    /// Goes the road, and looks whether everything that it made is gone.
-    Calls go() {
+    /// Goes the road, on which the n-th call of a name may fail, and looks whether everything that it made is
+    /// gone.
+    Calls go(const char* failing = nullptr, int n = 0) {
         GLStartupContext::fpGlobalGLStartupContext = fStartup.get();
         fStartup->makeCurrent(); // a second start-up puts back what was current
+        if (failing)
+            failNext(failing, n);
         const size_t objects = countOf(kObjects);
         const size_t drawables = countOf(kDrawables);
         made();
@@ -296,8 +299,7 @@ TEST_P(Faults, survivesEachCallThatFails) {
         if (name.find("Delete") != name.npos || name.find("Destroy") != name.npos)
             continue; // what can't be deleted stays
         SCOPED_TRACE(name);
-        failNext(name.c_str(), ++counts[name]);
-        go();
+        go(name.c_str(), ++counts[name]);
         script().failing.clear();
     }
     EXPECT_EQ(go(), fBaseline);
