@@ -10,6 +10,7 @@
 #include <glib.h>
 
 #include "base/ImportError.h"
+#include "import/GltfExtensions.h"
 #include "import/GltfJson.h"
 
 namespace orloview {
@@ -17,15 +18,6 @@ namespace orloview {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
-
-/// What the readers understand; without an extension that a file requires, its picture would be wrong.
-constexpr std::array<std::string_view, 7> kKnownExtensions{"EXT_texture_webp",
-                                                           "KHR_lights_punctual",
-                                                           "KHR_materials_emissive_strength",
-                                                           "KHR_materials_pbrSpecularGlossiness",
-                                                           "KHR_materials_unlit",
-                                                           "KHR_mesh_quantization",
-                                                           "KHR_texture_transform"};
 
 constexpr std::uint32_t kJsonChunk = 0x4E4F534A;
 constexpr std::uint32_t kBinaryChunk = 0x004E4942;
@@ -96,13 +88,6 @@ void checkVersion(const GltfObject& asset) {
                           " and this one knows 2.0; export the model as glTF 2.0");
 }
 
-void checkExtensions(const GltfObject& root) {
-    for (const std::string& name : root.texts("extensionsRequired"))
-        if (std::find(kKnownExtensions.begin(), kKnownExtensions.end(), name) == kKnownExtensions.end())
-            throw ImportError("the file needs the extension " + name +
-                              ", which this program doesn't know; export the model without it");
-}
-
 } // namespace
 
 GltfContainer openGltf(const std::vector<std::uint8_t>& bytes) {
@@ -111,7 +96,7 @@ GltfContainer openGltf(const std::vector<std::uint8_t>& bytes) {
     GltfContainer container = isBinary ? openBinary(bytes) : GltfContainer{parseJson(bytes), {}, false};
     const GltfObject root(container.json, "");
     checkVersion(root.object("asset"));
-    checkExtensions(root);
+    checkRequiredExtensions(root);
     return container;
 }
 

@@ -16,7 +16,7 @@ struct GltfContainer { // NOLINT(bugprone-exception-escape): the JSON library's 
 };
 
 /// Takes a text or binary file apart and makes sure that this program can read it: the JSON is whole, the
-/// version is 2 and no required extension is unknown. Throws an ImportError otherwise.
+/// version is 2 and no extension that it needs is unknown. Throws an ImportError otherwise.
 GltfContainer openGltf(const std::vector<std::uint8_t>& bytes);
 
 /// The bytes of a "data:" URI. Throws an ImportError where it is no base64.

@@ -100,10 +100,13 @@ int imageOf(const GltfObject& texture, size_t imageCount) {
 
 /// Why a texture has no picture.
 std::string whyWithout(const GltfObject& texture) {
-    for (const char* name : {"KHR_texture_basisu", "MSFT_texture_dds"}) {
-        if (texture.object("extensions").has(name))
-            return std::string("left out: ") + name + " is not understood; export it as PNG, JPEG or WebP";
-    }
+    const GltfObject extensions = texture.object("extensions");
+    if (extensions.has("KHR_texture_basisu"))
+        return "left out: its picture is KTX2 (KHR_texture_basisu), which this program can't decode; convert "
+               "the "
+               "pictures to PNG (by 'gltf-transform ktxdecompress' or 'ktx extract') or export them so";
+    if (extensions.has("MSFT_texture_dds"))
+        return "left out: its picture is DDS (MSFT_texture_dds); export it as PNG, JPEG or WebP";
     return "left out: it has no picture of a known kind";
 }
 

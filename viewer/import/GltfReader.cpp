@@ -12,6 +12,7 @@
 #include "base/ImportError.h"
 #include "import/GltfContainer.h"
 #include "import/GltfData.h"
+#include "import/GltfExtensions.h"
 #include "import/GltfJson.h"
 #include "import/GltfMaterials.h"
 #include "import/GltfSkin.h"
@@ -124,6 +125,10 @@ public:
           fLights(fRoot.object("extensions").object("KHR_lights_punctual").objects("lights")),
           fParents(fNodes.size(), kUnvisited), fWorlds(fNodes.size()) {
         fScene.format = container.isBinary ? "glTF 2.0 binary" : "glTF 2.0 text";
+        warnOfExtensions(container.json, fWarnings);
+        for (const GltfObject& animation : fRoot.objects("animations"))
+            fWarnings.add("the animation " + named(animation),
+                          "not played; the model stands as its nodes say");
         readGltfMaterials(fRoot, fData, folder, fScene, fWarnings);
     }
 

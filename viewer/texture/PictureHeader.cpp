@@ -153,6 +153,9 @@ std::pair<const char*, Size> kindAndSize(const Bytes& file) {
         return {"ico", sizeOfIcon(file)};
     if (file[0] == 'P' && file[1] >= '1' && file[1] <= '6')
         return {"pnm", sizeOfPlain(file)};
+    if (file.begins("\xABKTX"sv))
+        throw PictureError(
+            "it is KTX, which this program can't decode; convert it to PNG (by 'ktx extract')");
     if (isTga(file))
         return {"tga", {file.little(12, 2), file.little(14, 2)}};
     throw PictureError("it is no PNG, JPEG, WebP, TIFF, TGA, BMP, GIF, ICO or PPM; save it as one of these");

@@ -247,7 +247,7 @@ TEST(GltfReader, takesThePictureThatItUnderstands) {
     GltfFile file = withPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
     const int picture = file.accessor({1, 2, 3, 4}, 5121, "SCALAR", 4);
     file.json["images"] = {{{"bufferView", picture}}, {{"bufferView", picture}}};
-    file.json["extensionsRequired"] = {"EXT_texture_webp"};
+    file.json["extensionsRequired"] = {"EXT_texture_webp", "KHR_texture_basisu"};
     file.json["textures"] = Json::parse(R"([{"source": 0, "extensions": {"EXT_texture_webp": {"source": 1}}},
         {"extensions": {"EXT_texture_webp": {"source": 1}}},
         {"source": 0, "extensions": {"KHR_texture_basisu": {"source": 1}}},
@@ -257,7 +257,8 @@ TEST(GltfReader, takesThePictureThatItUnderstands) {
     for (const Texture& texture : scene.textures)
         images.push_back(texture.image);
     EXPECT_THAT(images, ElementsAre(1, 1, 0, -1));
-    EXPECT_THAT(scene.warnings, ElementsAre(HasSubstr("KHR_texture_basisu is not understood")));
+    EXPECT_THAT(scene.warnings,
+                ElementsAre(HasSubstr("KHR_texture_basisu), which this program can't decode")));
 }
 
 TEST(GltfReader, takesAStrideOfZeroAsNone) {
@@ -370,6 +371,36 @@ TEST(GltfReader, refusesWhatItCannotShowRightly) {
         GltfFile file = withPositions(kSquare);
         refused.make(file.json);
         EXPECT_THAT(refusal([&] { read(file); }), HasSubstr(refused.word));
+    }
+}
+
+TEST(GltfReader, losesNothingInSilence) {
+    struct Loss {
+        const char* json; ///< laid over the file
+        const char* warning;
+    };
+    constexpr const char* kNone = "";
+    const Loss kLosses[] = {
+        {R"({"extensionsUsed": ["KHR_materials_sheen"]})", "without the sheen of cloth"},
+        {R"({"extensionsRequired": ["KHR_materials_volume"]})", "KHR_materials_volume"},
+        {R"({"extensionsRequired": ["XYZ_materials_new"]})", "what XYZ_materials_new adds"},
+        {R"({"materials": [{"extensions": {"KHR_materials_specular": {}}}]})", "KHR_materials_specular"},
+        {R"({"extensionsUsed": ["XYZ_strange"]})", "what XYZ_strange adds"},
+        {R"({"animations": [{"name": "walk", "channels": [], "samplers": []}]})",
+         "the animation 'walk': not played"},
+        {R"({"extensionsUsed": ["KHR_xmp_json_ld", "KHR_xmp", "EXT_structural_metadata", "EXT_mesh_features"]})",
+         kNone},
+        {R"({"extensionsRequired": ["KHR_materials_clearcoat", "KHR_mesh_quantization"]})", kNone},
+        {R"({"extras": {"extensions": {"XYZ_strange": {}}}})", kNone},
+    };
+    for (const Loss& loss : kLosses) {
+        GltfFile file = withPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+        file.json.update(Json::parse(loss.json));
+        const std::vector<std::string> warnings = read(file).warnings;
+        if (loss.warning == kNone)
+            EXPECT_THAT(warnings, IsEmpty()) << loss.json;
+        else
+            EXPECT_THAT(warnings, ElementsAre(HasSubstr(loss.warning))) << loss.json;
     }
 }
 
