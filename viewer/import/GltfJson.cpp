@@ -131,6 +131,12 @@ std::vector<std::string> GltfObject::texts(const char* key) const {
     return result;
 }
 
+std::vector<double> GltfObject::numberList(const char* key) const {
+    std::vector<double> result(list(key).size());
+    readNumbers(key, result.data(), result.size());
+    return result;
+}
+
 void GltfObject::readNumbers(const char* key, double* to, size_t count) const {
     const json& values = list(key);
     if (values.size() != count)

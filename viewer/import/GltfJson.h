@@ -34,6 +34,7 @@ public:
     int reference(const char* key, size_t length) const;
     std::vector<int> references(const char* key, size_t length) const;
     std::vector<std::string> texts(const char* key) const;
+    std::vector<double> numberList(const char* key) const;
 
     /// Exactly N numbers.
     template <size_t N>

@@ -15,6 +15,7 @@
 #include "import/GltfExtensions.h"
 #include "import/GltfJson.h"
 #include "import/GltfMaterials.h"
+#include "import/GltfMorph.h"
 #include "import/GltfSkin.h"
 #include "import/MeshCheck.h"
 #include "import/Warnings.h"
@@ -146,6 +147,11 @@ private:
     static constexpr int kUnvisited = -2;
     static constexpr int kRoot = -1;
 
+    /// How a mesh is bent where a node shows it.
+    struct Pose {
+        std::vector<double> weights; ///< of its morph targets
+        std::span<const AffineMatrix> joints;
+    };
     struct Visit {
         int node;
         AffineMatrix parentToWorld;
@@ -159,10 +165,9 @@ private:
     void placeSkinned(const GltfObject& node, const AffineMatrix& toWorld);
     void placeCamera(const GltfObject& node, const GltfObject& camera, const AffineMatrix& toWorld);
     void placeLight(const GltfObject& node, const GltfObject& light, const AffineMatrix& toWorld);
-    const std::vector<int>& meshesOf(size_t mesh);
-    std::vector<int> readMesh(size_t mesh, std::span<const AffineMatrix> joints);
-    std::optional<Mesh> readPrimitive(const GltfObject& primitive, const std::string& name,
-                                      std::span<const AffineMatrix> joints);
+    const std::vector<int>& meshesOf(const GltfObject& node, size_t mesh);
+    std::vector<int> readMesh(size_t mesh, const Pose& pose);
+    std::optional<Mesh> readPrimitive(const GltfObject& primitive, const std::string& name, const Pose& pose);
     void readAttributes(const GltfObject& primitive, const std::string& name, Mesh& mesh);
     std::vector<float> attribute(const GltfObject& attributes, const char* key, size_t components);
     std::vector<float> colors(const GltfObject& attributes);
@@ -176,10 +181,11 @@ private:
     std::vector<GltfObject> fSkins;
     std::vector<GltfObject> fCameras;
     std::vector<GltfObject> fLights;
-    std::vector<int> fParents;                ///< by node, once it has been reached
-    std::vector<AffineMatrix> fWorlds;        ///< by node, likewise
-    std::vector<size_t> fSkinned;             ///< nodes whose meshes wait until every joint has its place
-    std::map<size_t, std::vector<int>> fRead; ///< a file's mesh to those of the scene, one a primitive
+    std::vector<int> fParents;         ///< by node, once it has been reached
+    std::vector<AffineMatrix> fWorlds; ///< by node, likewise
+    std::vector<size_t> fSkinned;      ///< nodes whose meshes wait until every joint has its place
+    /// A file's mesh, morphed by these weights, to those of the scene, one a primitive.
+    std::map<std::pair<size_t, std::vector<double>>, std::vector<int>> fRead;
     Scene fScene;
     Warnings fWarnings;
 };
@@ -258,7 +264,7 @@ void GltfParser::place(size_t index, const AffineMatrix& toWorld) {
 }
 
 void GltfParser::placeMesh(const GltfObject& node, size_t mesh, const AffineMatrix& toWorld) {
-    for (const int read : meshesOf(mesh))
+    for (const int read : meshesOf(node, mesh))
         fScene.instances.push_back({node.text("name"), read, toWorld});
 }
 
@@ -268,7 +274,7 @@ void GltfParser::placeSkinned(const GltfObject& node, const AffineMatrix& toWorl
     const auto skin = static_cast<size_t>(node.reference("skin", fSkins.size()));
     try {
         const std::vector<AffineMatrix> joints = readGltfSkin(fSkins[skin], fData, fWorlds);
-        for (const int read : readMesh(mesh, joints))
+        for (const int read : readMesh(mesh, {morphWeights(node, fMeshes[mesh]), joints}))
             fScene.instances.push_back({node.text("name"), read, {}});
     } catch (const ImportError& error) {
         fWarnings.add("the skin of " + named(node), std::string("left out: ") + error.what());
@@ -319,21 +325,21 @@ void GltfParser::placeLight(const GltfObject& node, const GltfObject& light, con
     fScene.lights.push_back(std::move(result));
 }
 
-/// The scene's meshes for a mesh of the file; read when the first node asks for it.
-const std::vector<int>& GltfParser::meshesOf(size_t mesh) {
-    const auto [known, isNew] = fRead.try_emplace(mesh);
+/// The scene's meshes for a mesh of the file as the node shows it; read when the first such node asks.
+const std::vector<int>& GltfParser::meshesOf(const GltfObject& node, size_t mesh) {
+    std::vector<double> weights = morphWeights(node, fMeshes[mesh]);
+    const auto [known, isNew] = fRead.try_emplace({mesh, weights});
     if (isNew)
-        known->second = readMesh(mesh, {});
+        known->second = readMesh(mesh, {std::move(weights), {}});
     return known->second;
 }
 
-/// Posed by these joints where there are any.
-std::vector<int> GltfParser::readMesh(size_t mesh, std::span<const AffineMatrix> joints) {
+std::vector<int> GltfParser::readMesh(size_t mesh, const Pose& pose) {
     std::vector<int> result;
     for (const GltfObject& primitive : fMeshes[mesh].objects("primitives")) {
         const std::string name =
             "mesh " + named(fMeshes[mesh]) + primitive.place().substr(fMeshes[mesh].place().size());
-        std::optional<Mesh> read = readPrimitive(primitive, name, joints);
+        std::optional<Mesh> read = readPrimitive(primitive, name, pose);
         if (!read)
             continue;
         read->name = fMeshes[mesh].text("name");
@@ -344,12 +350,13 @@ std::vector<int> GltfParser::readMesh(size_t mesh, std::span<const AffineMatrix>
 }
 
 std::optional<Mesh> GltfParser::readPrimitive(const GltfObject& primitive, const std::string& name,
-                                              std::span<const AffineMatrix> joints) {
+                                              const Pose& pose) {
     Mesh mesh;
     try {
         readAttributes(primitive, name, mesh);
-        if (!joints.empty())
-            poseMesh(mesh, primitive.object("attributes"), fData, joints);
+        morphMesh(mesh, primitive, fData, pose.weights, name, fWarnings);
+        if (!pose.joints.empty())
+            poseMesh(mesh, primitive.object("attributes"), fData, pose.joints);
         std::vector<std::uint32_t> indices(mesh.vertexCount());
         std::iota(indices.begin(), indices.end(), 0U);
         if (const int given = primitive.reference("indices", fData.accessorCount()); given >= 0)

@@ -156,6 +156,27 @@ TEST(GltfReader, placesInstancesCamerasAndLights) {
     EXPECT_EQ(scene.lights[0].outerConeAngle, 0.3);
 }
 
+TEST(GltfReader, morphsAllThatATargetMoves) {
+    GltfFile file = withPositions({0, 0, 0});
+    file.primitive()["mode"] = 0;
+    Json& attributes = file.primitive()["attributes"];
+    attributes["NORMAL"] = file.floats({0, 0, 1}, "VEC3");
+    attributes["COLOR_0"] = file.floats({0.25F, 0.5F, 0.75F, 0.5F}, "VEC4");
+    attributes["TEXCOORD_0"] = file.floats({0.5F, 0}, "VEC2");
+    file.primitive()["targets"] = {{{"NORMAL", file.floats({0, 8, -2}, "VEC3")},
+                                    {"COLOR_0", file.floats({0.5F, 0.5F, 1}, "VEC3")},
+                                    {"TEXCOORD_0", file.floats({1, 2}, "VEC2")}},
+                                   {{"POSITION", file.floats({1, 1, 1, 2, 2, 2}, "VEC3")}}};
+    file.json["meshes"][0]["weights"] = {0.5, 1};
+    const Scene scene = read(file);
+    const Mesh& mesh = scene.meshes.at(0);
+    EXPECT_THAT(mesh.normals, ElementsAre(0, 1, 0));
+    EXPECT_THAT(mesh.colors, ElementsAre(0.5F, 0.75F, 1, 0.5F)) << "no more than white";
+    EXPECT_THAT(mesh.uvSets.at(0), ElementsAre(1, 1));
+    EXPECT_THAT(mesh.positions, ElementsAre(0, 0, 0));
+    EXPECT_THAT(scene.warnings, ElementsAre(HasSubstr("morph target 1 of mesh")));
+}
+
 TEST(GltfReader, posesSkinnedMeshes) {
     GltfFile file = withPositions({1, 0, 0, 1, 0, 0, 1, 0, 0});
     file.primitive()["mode"] = 0;

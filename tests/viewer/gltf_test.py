@@ -1,0 +1,88 @@
+#!/usr/bin/env python3
+"""Where glTF's morph targets, skins and copies put vertices, against arithmetic of this file's own; what is told of
+what isn't drawn. Usage: gltf_test.py ORLOVIEW [unittest arguments]"""
+
+import base64
+import json
+import random
+import struct
+import unittest
+
+from viewer_program import ViewerProgram
+
+
+class File:
+    """A glTF file that grows."""
+
+    def __init__(self):
+        self.buffer = b""
+        self.json = {"asset": {"version": "2.0"}, "nodes": [{"mesh": 0}], "scenes": [{"nodes": [0]}], "accessors": [], "bufferViews": []}
+
+    def view(self, data):
+        self.json["bufferViews"].append({"buffer": 0, "byteOffset": len(self.buffer), "byteLength": len(data)})
+        self.buffer += data + bytes(-len(data) % 4)
+        return len(self.json["bufferViews"]) - 1
+
+    def accessor(self, rows, form="f", code=5126):
+        data = b"".join(struct.pack(f"<{len(row)}{form}", *row) for row in rows)
+        kind = {1: "SCALAR", 2: "VEC2", 3: "VEC3", 4: "VEC4", 16: "MAT4"}[len(rows[0])]
+        self.json["accessors"].append({"bufferView": self.view(data), "componentType": code, "count": len(rows), "type": kind})
+        return len(self.json["accessors"]) - 1
+
+    def sparse(self, count, rows):
+        """Zeros but for these, by their index."""
+        indices = self.view(struct.pack(f"<{len(rows)}H", *rows))
+        values = self.view(b"".join(struct.pack("<3f", *row) for row in rows.values()))
+        sparse = {"count": len(rows), "indices": {"bufferView": indices, "componentType": 5123}, "values": {"bufferView": values}}
+        self.json["accessors"].append({"componentType": 5126, "count": count, "type": "VEC3", "sparse": sparse})
+        return len(self.json["accessors"]) - 1
+
+    def text(self, **changes):
+        uri = "data:application/octet-stream;base64," + base64.b64encode(self.buffer).decode()
+        return json.dumps({**self.json, "buffers": [{"byteLength": len(self.buffer), "uri": uri}], **changes})
+
+
+def rows_of(count, width, random_number):
+    return [[struct.unpack("<f", struct.pack("<f", random_number()))[0] for _ in range(width)] for _ in range(count)]
+
+
+class Gltf(ViewerProgram):
+    def told(self, text, *switches, expect=0):
+        result = self.run_viewer(self.write("m.gltf", text), "--info", "--json", *switches)
+        self.assertEqual(result.returncode, expect, result.stderr.decode())
+        return json.loads(result.stdout)
+
+    def test_morph_targets_go_as_far_as_their_weights(self):
+        number = random.Random(5)
+        count = 6
+        base, first, second = (rows_of(count, 3, lambda: number.uniform(-9, 9)) for _ in range(3))
+        few = {1: [5.0, -6.0, 7.0], 4: [0.5, 0.25, -8.0]}
+        file = File()
+        attributes = {"POSITION": file.accessor(base)}
+        targets = [{"POSITION": file.accessor(first)}, {"POSITION": file.accessor(second)}, {"POSITION": file.sparse(count, few)}]
+        points = [{"attributes": attributes, "targets": targets, "mode": 0, "indices": file.accessor([[i]], "H", 5123)} for i in range(count)]
+        attributes["JOINTS_0"] = file.accessor([[i % 2, 0, 0, 0] for i in range(count)], "B", 5121)
+        attributes["WEIGHTS_0"] = file.accessor([[1, 0, 0, 0]] * count)
+        for own, meshes in ((None, [0.25, 0, -1.5]), ([1, -0.5, 0.75], [0.25, 0, -1.5]), ([0, 0, 1], None), (None, None)):
+            weights = own or meshes or [0, 0, 0]
+            for skinned in (False, True):
+                for i in range(count):
+                    deltas = (first[i], second[i], few.get(i, [0, 0, 0]))
+                    wanted = [base[i][k] + sum(w * d[k] for w, d in zip(weights, deltas)) for k in range(3)]
+                    if skinned:  # the joints: three times as large, and moved up by 100
+                        wanted = [3 * x for x in wanted] if i % 2 == 0 else [wanted[0], wanted[1] + 100, wanted[2]]
+                    node = {"mesh": 0, **({"weights": own} if own else {}), **({"skin": 0} if skinned else {})}
+                    told = self.told(
+                        file.text(
+                            meshes=[{"primitives": [points[i]], **({"weights": meshes} if meshes else {})}],
+                            nodes=[node, {"scale": [3, 3, 3]}, {"translation": [0, 100, 0]}],
+                            scenes=[{"nodes": [0, 1, 2]}],
+                            skins=[{"joints": [1, 2]}],
+                        )
+                    )["bounds"]["min"]
+                    for k in range(3):
+                        self.assertAlmostEqual(told[k], wanted[k], delta=2e-5, msg=f"{own} {meshes} {skinned} vertex {i}")
+
+
+if __name__ == "__main__":
+    unittest.main()
