@@ -83,6 +83,42 @@ class Gltf(ViewerProgram):
                     for k in range(3):
                         self.assertAlmostEqual(told[k], wanted[k], delta=2e-5, msg=f"{own} {meshes} {skinned} vertex {i}")
 
+    def test_copies_stand_where_the_file_says(self):
+        number = random.Random(7)
+        count = 4
+        places, scales = (rows_of(count, 3, lambda: number.uniform(1, 9)) for _ in range(2))
+        turns = [[0, 0, 0, 1], [0, 0, 0.70710678, 0.70710678], [0.70710678, 0, 0, 0.70710678], [0, 1, 0, 0]]
+        turned = [lambda x, y, z: (x, y, z), lambda x, y, z: (-y, x, z), lambda x, y, z: (x, -z, y), lambda x, y, z: (-x, y, -z)]
+        file = File()
+        file.json["meshes"] = [{"primitives": [{"attributes": {"POSITION": file.accessor([[1, 2, 3]])}, "mode": 0}]}]
+        copies = {"TRANSLATION": file.accessor(places), "ROTATION": file.accessor(turns), "SCALE": file.accessor(scales)}
+
+        def node(attributes):
+            return [{"mesh": 0, "translation": [0, 0, 5], "scale": [2, 2, 2], "extensions": {"EXT_mesh_gpu_instancing": {"attributes": attributes}}}]
+
+        wanted = []
+        for place, scale, turn in zip(places, scales, turned):
+            moved = turn(*(s * x for s, x in zip(scale, (1, 2, 3))))
+            wanted.append([2 * (m + p) + o for m, p, o in zip(moved, place, (0, 0, 5))])
+        told = self.told(file.text(nodes=node(copies), extensionsRequired=["EXT_mesh_gpu_instancing"]))
+        self.assertEqual((told["groups"], told["points"]), (count, count))
+        for k in range(3):
+            self.assertAlmostEqual(told["bounds"]["min"][k], min(w[k] for w in wanted), delta=1e-5)
+            self.assertAlmostEqual(told["bounds"]["max"][k], max(w[k] for w in wanted), delta=1e-5)
+        hidden = {"children": [1], "extensions": {"KHR_node_visibility": {"visible": False}}}
+        told = self.told(file.text(nodes=[hidden, {"mesh": 0}, {"mesh": 0}], scenes=[{"nodes": [0, 2]}]))
+        self.assertEqual(told["groups"], 1, "what is below a hidden node is hidden")
+        hostile = {"componentType": 5126, "type": "VEC3", "count": 1 << 24}
+        file.json["accessors"] += [hostile]
+        for attributes, words in (
+            ({**copies, "SCALE": 0}, "differ in length"),
+            ({"TRANSLATION": copies["ROTATION"]}, "should be VEC3"),
+            ({"TRANSLATION": len(file.json["accessors"]) - 1}, "more copies than can be drawn"),
+        ):
+            told = self.told(file.text(nodes=node(attributes)), expect=3)
+            self.assertEqual(told["groups"], 1)
+            self.assertIn(words, told["warnings"][0])
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -30,6 +30,7 @@ struct Extension {
 
 /// All that is known of extensions; the first line that fits a name counts.
 constexpr std::array kExtensions{
+    Extension{"EXT_mesh_gpu_instancing", Standing::Understood, ""},
     Extension{"EXT_texture_webp", Standing::Understood, ""},
     Extension{"KHR_lights_punctual", Standing::Understood, ""},
     Extension{"KHR_materials_clearcoat", Standing::Understood, ""},
@@ -37,6 +38,7 @@ constexpr std::array kExtensions{
     Extension{"KHR_materials_pbrSpecularGlossiness", Standing::Understood, ""},
     Extension{"KHR_materials_unlit", Standing::Understood, ""},
     Extension{"KHR_mesh_quantization", Standing::Understood, ""},
+    Extension{"KHR_node_visibility", Standing::Understood, ""},
     Extension{"KHR_texture_transform", Standing::Understood, ""},
     // Textures that have nothing but such a picture are named one by one.
     Extension{"KHR_texture_basisu", Standing::Understood, ""},
@@ -58,12 +60,10 @@ constexpr std::array kExtensions{
     Extension{"*_texture_*", Standing::LooksOnly, ""},
     Extension{"KHR_animation_pointer", Standing::LooksOnly, "some of its animations"},
 
-    Extension{"EXT_mesh_gpu_instancing", Standing::Needed, "the copies of its meshes"},
     Extension{"EXT_meshopt_compression", Standing::Needed, "its compressed data"},
     Extension{"KHR_draco_mesh_compression", Standing::Needed, "its compressed data"},
     Extension{"KHR_materials_variants", Standing::LooksOnly, "its variants"},
     Extension{"KHR_meshopt_compression", Standing::Needed, "its compressed data"},
-    Extension{"KHR_node_visibility", Standing::Needed, "the hiding of parts that it hides"},
 
     Extension{"*_xmp*", Standing::Invisible, ""}, Extension{"*metadata*", Standing::Invisible, ""},
     Extension{"*_features", Standing::Invisible, ""}, // numbers of things, for look-ups

@@ -1,7 +1,6 @@
 #include "import/GltfReader.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 #include <numeric>
 #include <optional>
@@ -17,6 +16,7 @@
 #include "import/GltfMaterials.h"
 #include "import/GltfMorph.h"
 #include "import/GltfSkin.h"
+#include "import/GltfTransforms.h"
 #include "import/MeshCheck.h"
 #include "import/Warnings.h"
 #include "scene/Normals.h"
@@ -69,52 +69,14 @@ void spellOut(size_t mode, std::vector<std::uint32_t> indices, Mesh& mesh) {
     }
 }
 
-AffineMatrix fromColumns(const std::array<double, 16>& m) {
-    AffineMatrix result;
-    for (int row = 0; row < 4; ++row)
-        for (int axis = 0; axis < 3; ++axis)
-            result[row][axis] = m.data()[row * 4 + axis];
-    return result;
-}
-
-AffineMatrix fromQuaternion(std::array<double, 4> q) {
-    const double length = std::hypot(std::hypot(q[0], q[1]), std::hypot(q[2], q[3]));
-    if (!(length > 0.0))
-        return {};
-    for (double& part : q)
-        part /= length;
-    const auto [x, y, z, w] = q;
-    AffineMatrix m;
-    m[0][0] = 1 - 2 * (y * y + z * z);
-    m[0][1] = 2 * (x * y + z * w);
-    m[0][2] = 2 * (x * z - y * w);
-    m[1][0] = 2 * (x * y - z * w);
-    m[1][1] = 1 - 2 * (x * x + z * z);
-    m[1][2] = 2 * (y * z + x * w);
-    m[2][0] = 2 * (x * z + y * w);
-    m[2][1] = 2 * (y * z - x * w);
-    m[2][2] = 1 - 2 * (x * x + y * y);
-    return m;
-}
-
-AffineMatrix localTransform(const GltfObject& node) {
-    if (node.has("matrix"))
-        return fromColumns(node.numbers<16>("matrix", {}));
-    const auto t = node.numbers<3>("translation", {0, 0, 0});
-    const auto r = node.numbers<4>("rotation", {0, 0, 0, 1});
-    const auto s = node.numbers<3>("scale", {1, 1, 1});
-    return AffineMatrix::scaling(s[0], s[1], s[2])
-        .then(fromQuaternion(r))
-        .then(AffineMatrix::translation(t[0], t[1], t[2]));
-}
-
-bool isFinite(const AffineMatrix& m) {
-    return std::all_of(m[0], m[0] + 12, [](double element) { return std::isfinite(element); });
-}
-
 std::string named(const GltfObject& object) {
     const std::string name = object.text("name");
     return name.empty() ? object.place() : "'" + name + "'";
+}
+
+bool isHidden(const GltfObject& node) {
+    const GltfObject visibility = node.object("extensions").object("KHR_node_visibility");
+    return visibility.has("visible") && !visibility.flag("visible");
 }
 
 class GltfParser {
@@ -155,6 +117,7 @@ private:
     struct Visit {
         int node;
         AffineMatrix parentToWorld;
+        bool hidden = false; ///< with all below it
     };
 
     std::vector<int> roots() const;
@@ -162,6 +125,7 @@ private:
     void enter(int child, int parent);
     void place(size_t index, const AffineMatrix& toWorld);
     void placeMesh(const GltfObject& node, size_t mesh, const AffineMatrix& toWorld);
+    std::vector<AffineMatrix> copiesOf(const GltfObject& node, const AffineMatrix& toWorld);
     void placeSkinned(const GltfObject& node, const AffineMatrix& toWorld);
     void placeCamera(const GltfObject& node, const GltfObject& camera, const AffineMatrix& toWorld);
     void placeLight(const GltfObject& node, const GltfObject& light, const AffineMatrix& toWorld);
@@ -173,7 +137,8 @@ private:
     std::vector<float> colors(const GltfObject& attributes);
 
     const ProgressReport& fReport;
-    size_t fPlaced = 0; ///< nodes
+    size_t fPlaced = 0;                    ///< nodes
+    size_t fCopiesLeft = size_t{1} << 20U; ///< that a few bytes of a file may ask for
     GltfObject fRoot;
     GltfData fData;
     std::vector<GltfObject> fNodes;
@@ -218,17 +183,19 @@ void GltfParser::walk(int root) {
     fParents[static_cast<size_t>(root)] = kRoot;
     std::vector<Visit> open{{root, AffineMatrix()}};
     while (!open.empty()) {
-        const auto [index, parentToWorld] = open.back();
+        const auto [index, parentToWorld, hiddenAbove] = open.back();
         open.pop_back();
         const GltfObject& node = fNodes[static_cast<size_t>(index)];
-        const AffineMatrix toWorld = localTransform(node).then(parentToWorld);
+        const AffineMatrix toWorld = readGltfTransform(node).then(parentToWorld);
         fWorlds[static_cast<size_t>(index)] = toWorld;
-        place(static_cast<size_t>(index), toWorld);
+        const bool hidden = hiddenAbove || isHidden(node);
+        if (!hidden)
+            place(static_cast<size_t>(index), toWorld);
         tell(fReport, static_cast<double>(++fPlaced), static_cast<double>(fNodes.size()));
         const std::vector<int> children = node.references("children", fNodes.size());
         for (auto child = children.rbegin(); child != children.rend(); ++child) {
             if (fParents[static_cast<size_t>(*child)] == kUnvisited)
-                open.push_back({*child, toWorld});
+                open.push_back({*child, toWorld, hidden});
             enter(*child, index);
         }
     }
@@ -264,8 +231,23 @@ void GltfParser::place(size_t index, const AffineMatrix& toWorld) {
 }
 
 void GltfParser::placeMesh(const GltfObject& node, size_t mesh, const AffineMatrix& toWorld) {
+    const std::vector<AffineMatrix> copies = copiesOf(node, toWorld);
     for (const int read : meshesOf(node, mesh))
-        fScene.instances.push_back({node.text("name"), read, toWorld});
+        for (const AffineMatrix& copy : copies)
+            fScene.instances.push_back({node.text("name"), read, copy});
+}
+
+/// From the space of its mesh to each place where the node shows it.
+std::vector<AffineMatrix> GltfParser::copiesOf(const GltfObject& node, const AffineMatrix& toWorld) {
+    const GltfObject extensions = node.object("extensions");
+    if (!extensions.has(kGltfInstancing))
+        return {toWorld};
+    try {
+        return readGltfInstances(extensions.object(kGltfInstancing), fData, toWorld, fCopiesLeft);
+    } catch (const ImportError& error) {
+        fWarnings.add("the copies at " + named(node), std::string("left out: ") + error.what());
+        return {toWorld};
+    }
 }
 
 /// A skinned mesh stands where its joints are, not where its node is.
@@ -276,6 +258,9 @@ void GltfParser::placeSkinned(const GltfObject& node, const AffineMatrix& toWorl
         const std::vector<AffineMatrix> joints = readGltfSkin(fSkins[skin], fData, fWorlds);
         for (const int read : readMesh(mesh, {morphWeights(node, fMeshes[mesh]), joints}))
             fScene.instances.push_back({node.text("name"), read, {}});
+        if (node.object("extensions").has(kGltfInstancing))
+            fWarnings.add("the copies at " + named(node),
+                          "left out: its mesh stands where a skin's joints are");
     } catch (const ImportError& error) {
         fWarnings.add("the skin of " + named(node), std::string("left out: ") + error.what());
         placeMesh(node, mesh, toWorld);
