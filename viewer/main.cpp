@@ -4,6 +4,7 @@
 #include "base/Confinement.h"
 #include "base/ExitCode.h"
 #include "base/Say.h"
+#include "base/Text.h"
 #include "draw/Fountain.h"
 #include "import/Importer.h"
 #include "info/Describe.h"
@@ -97,6 +98,17 @@ Loaded loadModels(const Options& options, Progress& progress) {
     return loaded;
 }
 
+void showVariant(const std::string& name, Scene& scene) {
+    if (scene.show(name))
+        return;
+    if (scene.variants.empty())
+        throw Failure(kExitUsage, "--variant " + name + ": the model has no variants; leave --variant out");
+    std::string known;
+    for (const Variant& variant : scene.variants)
+        known += (known.empty() ? "" : ", ") + printable(variant.name);
+    throw Failure(kExitUsage, "--variant " + name + ": the model has no such variant; it has " + known);
+}
+
 /// Whatever the outputs are called.
 void spareInputs(const Options& options, const Scene& scene) {
     for (const std::vector<std::string>& files : {options.models, options.spriteImages, scene.files})
@@ -126,7 +138,9 @@ int run(int argc, const char* const* argv) {
     if (!options.info)
         PictureSource::startDecoders(options.limits);
     Progress progress(options.progress, stderr);
-    const Loaded loaded = options.demo ? Loaded{Fountain().scene()} : loadModels(options, progress);
+    Loaded loaded = options.demo ? Loaded{Fountain().scene()} : loadModels(options, progress);
+    if (options.variant)
+        showVariant(*options.variant, loaded.scene);
     if (options.info) {
         progress.finish();
         print(options.json ? describeJson(loaded.scene) : describe(loaded.scene));

@@ -4,6 +4,7 @@ what isn't drawn. Usage: gltf_test.py ORLOVIEW [unittest arguments]"""
 
 import base64
 import json
+import os
 import random
 import struct
 import unittest
@@ -118,6 +119,27 @@ class Gltf(ViewerProgram):
             told = self.told(file.text(nodes=node(attributes)), expect=3)
             self.assertEqual(told["groups"], 1)
             self.assertIn(words, told["warnings"][0])
+
+    def test_variants_are_chosen_by_name(self):
+        file = File()
+        corners = {"POSITION": file.accessor([[0, 0, 0], [1, 0, 0], [0, 1, 0]])}
+        mappings = [{"material": 1, "variants": [1, 2]}, {"material": 2, "variants": [0]}]
+        painted = {"attributes": corners, "material": 0, "extensions": {"KHR_materials_variants": {"mappings": mappings}}}
+        colours = {"materials": [{"pbrMetallicRoughness": {"baseColorFactor": [red, 0, 0, 1]}} for red in (0, 0.5, 1)]}
+        names = {"extensions": {"KHR_materials_variants": {"variants": [{"name": name} for name in ("red", "green", "dark blue")]}}}
+        text = file.text(meshes=[{"name": "sign", "primitives": [painted, {"attributes": corners}]}], **colours, **names)
+        told = self.told(text)
+        self.assertEqual((told["variants"], told["unpainted"]), (["red", "green", "dark blue"], ["sign"]))
+        model = self.path("m.gltf")
+        self.write("m.gltf", file.text(meshes=[{"primitives": [painted]}], **colours, **names))
+        pictures = [self.picture(model, "--size", "16x16", *switches) for switches in ((), ("--variant", "dark blue"), ("--variant", "red"))]
+        reds = [sum(row[i] for row in rows for i in range(0, len(row), channels)) for _, _, channels, rows in pictures]
+        self.assertTrue(reds[0] < reds[1] < reds[2], reds)
+        os.remove(self.path("out.png"))
+        self.fails(1, [model, "--info", "--variant", "blue"], "--variant blue", "it has red, green, dark blue")
+        broken = {"extensions": {"KHR_materials_variants": {"mappings": [{"material": 9, "variants": [0]}]}}}
+        told = self.told(file.text(meshes=[{"primitives": [{**painted, **broken}]}], **colours, **names), expect=3)
+        self.assertIn("variants of mesh", told["warnings"][0])
 
 
 if __name__ == "__main__":

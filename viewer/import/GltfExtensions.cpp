@@ -37,6 +37,7 @@ constexpr std::array kExtensions{
     Extension{"KHR_materials_emissive_strength", Standing::Understood, ""},
     Extension{"KHR_materials_pbrSpecularGlossiness", Standing::Understood, ""},
     Extension{"KHR_materials_unlit", Standing::Understood, ""},
+    Extension{"KHR_materials_variants", Standing::Understood, ""},
     Extension{"KHR_mesh_quantization", Standing::Understood, ""},
     Extension{"KHR_node_visibility", Standing::Understood, ""},
     Extension{"KHR_texture_transform", Standing::Understood, ""},
@@ -62,7 +63,6 @@ constexpr std::array kExtensions{
 
     Extension{"EXT_meshopt_compression", Standing::Needed, "its compressed data"},
     Extension{"KHR_draco_mesh_compression", Standing::Needed, "its compressed data"},
-    Extension{"KHR_materials_variants", Standing::LooksOnly, "its variants"},
     Extension{"KHR_meshopt_compression", Standing::Needed, "its compressed data"},
 
     Extension{"*_xmp*", Standing::Invisible, ""}, Extension{"*metadata*", Standing::Invisible, ""},

@@ -28,6 +28,8 @@ namespace {
 
 using koLinear::AffineMatrix;
 
+constexpr const char* kVariants = "KHR_materials_variants";
+
 enum PrimitiveMode : size_t { kPoints, kLines, kLineLoop, kLineStrip, kTriangles, kStrip, kFan };
 
 std::vector<std::uint32_t> pairsOf(const std::vector<std::uint32_t>& strip, bool closed) {
@@ -92,6 +94,8 @@ public:
         for (const GltfObject& animation : fRoot.objects("animations"))
             fWarnings.add("the animation " + named(animation),
                           "not played; the model stands as its nodes say");
+        for (const GltfObject& variant : fRoot.object("extensions").object(kVariants).objects("variants"))
+            fScene.variants.push_back({variant.text("name"), {}});
         readGltfMaterials(fRoot, fData, folder, fScene, fWarnings);
     }
 
@@ -132,6 +136,7 @@ private:
     const std::vector<int>& meshesOf(const GltfObject& node, size_t mesh);
     std::vector<int> readMesh(size_t mesh, const Pose& pose);
     std::optional<Mesh> readPrimitive(const GltfObject& primitive, const std::string& name, const Pose& pose);
+    void noteVariants(const GltfObject& primitive, const std::string& name);
     void readAttributes(const GltfObject& primitive, const std::string& name, Mesh& mesh);
     std::vector<float> attribute(const GltfObject& attributes, const char* key, size_t components);
     std::vector<float> colors(const GltfObject& attributes);
@@ -328,10 +333,28 @@ std::vector<int> GltfParser::readMesh(size_t mesh, const Pose& pose) {
         if (!read)
             continue;
         read->name = fMeshes[mesh].text("name");
+        noteVariants(primitive, name);
         result.push_back(static_cast<int>(fScene.meshes.size()));
         fScene.meshes.push_back(std::move(*read));
     }
     return result;
+}
+
+/// Of the primitive that becomes the next mesh.
+void GltfParser::noteVariants(const GltfObject& primitive, const std::string& name) {
+    const auto mesh = static_cast<int>(fScene.meshes.size());
+    try {
+        for (const GltfObject& mapping :
+             primitive.object("extensions").object(kVariants).objects("mappings")) {
+            const int material = mapping.reference("material", fScene.materials.size());
+            if (material < 0)
+                throw ImportError("one has no material");
+            for (const int variant : mapping.references("variants", fScene.variants.size()))
+                fScene.variants[static_cast<size_t>(variant)].paints.push_back({mesh, material});
+        }
+    } catch (const ImportError& error) {
+        fWarnings.add("variants of " + name, std::string("left out: ") + error.what());
+    }
 }
 
 std::optional<Mesh> GltfParser::readPrimitive(const GltfObject& primitive, const std::string& name,

@@ -79,6 +79,12 @@ bool isConsistent(const Material& material, size_t textureCount) {
            });
 }
 
+bool isConsistent(const Variant& variant, const Scene& scene) {
+    return std::all_of(variant.paints.begin(), variant.paints.end(), [&](const Variant::Paint& paint) {
+        return refers(paint.mesh, scene.meshes.size()) && refers(paint.material, scene.materials.size());
+    });
+}
+
 } // namespace
 
 Scene readModel(const std::filesystem::path& path, const ModelFolder& folder, const ProgressReport& report) {
@@ -101,6 +107,8 @@ bool isConsistent(const Scene& scene) {
            std::all_of(
                scene.materials.begin(), scene.materials.end(),
                [&](const Material& material) { return isConsistent(material, scene.textures.size()); }) &&
+           std::all_of(scene.variants.begin(), scene.variants.end(),
+                       [&](const Variant& variant) { return isConsistent(variant, scene); }) &&
            std::all_of(scene.textures.begin(), scene.textures.end(), [&](const Texture& texture) {
                return refersOrNone(texture.image, scene.images.size());
            });

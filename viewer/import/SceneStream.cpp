@@ -20,7 +20,7 @@ constexpr bool kIsPlain =
     std::is_arithmetic_v<T> || std::is_enum_v<T> || std::is_same_v<T, std::array<float, 2>> ||
     std::is_same_v<T, koLinear::AffineMatrix> || std::is_same_v<T, koColor::Color>;
 
-/// Everything else begins with or is a length.
+/// Everything else begins with or is a length, or is no smaller.
 constexpr size_t kSmallestRecord = sizeof(size_t);
 
 class Writer {
@@ -166,6 +166,16 @@ void fieldsOf(Stream& stream, Material& m) {
 }
 
 template <typename Stream>
+void fieldsOf(Stream& stream, Variant::Paint& p) {
+    transfer(stream, p.mesh, p.material);
+}
+
+template <typename Stream>
+void fieldsOf(Stream& stream, Variant& v) {
+    transfer(stream, v.name, v.paints);
+}
+
+template <typename Stream>
 void fieldsOf(Stream& stream, Camera& c) {
     transfer(stream, c.name, c.kind, c.yfov, c.aspect, c.xmag, c.ymag, c.zNear, c.zFar, c.toWorld);
 }
@@ -178,8 +188,8 @@ void fieldsOf(Stream& stream, Light& l) {
 
 template <typename Stream>
 void fieldsOf(Stream& stream, Scene& s) {
-    transfer(stream, s.format, s.meshes, s.instances, s.materials, s.images, s.textures, s.cameras, s.lights,
-             s.files, s.warnings);
+    transfer(stream, s.format, s.meshes, s.instances, s.materials, s.variants, s.images, s.textures,
+             s.cameras, s.lights, s.files, s.warnings);
 }
 
 template <typename Stream, typename... Fields>

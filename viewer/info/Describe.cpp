@@ -123,6 +123,22 @@ Json json(const Texture& texture, const std::vector<Image>& images) {
     return result;
 }
 
+/// Meshes that the file has no material for: they are drawn in a plain one, white without gloss.
+std::vector<std::string> unpainted(const Scene& scene) {
+    std::vector<std::string> names;
+    for (size_t i = 0; i < scene.meshes.size(); ++i)
+        if (scene.meshes[i].material < 0)
+            names.push_back(nameOr(scene.meshes[i].name, i));
+    return names;
+}
+
+std::vector<std::string> variantNames(const Scene& scene) {
+    std::vector<std::string> names;
+    for (const Variant& variant : scene.variants)
+        names.push_back(variant.name);
+    return names;
+}
+
 template <typename List>
 Json jsonList(const List& list) {
     Json result = Json::array();
@@ -145,6 +161,8 @@ std::string describe(const Scene& scene) {
         << '\n';
     const auto named = [](const auto& entry, size_t i) { return nameOr(entry.name, i); };
     writeList(out, "materials  ", scene.materials, named);
+    writeList(out, "unpainted  ", unpainted(scene), [](const std::string& name, size_t) { return name; });
+    writeList(out, "variants   ", scene.variants, named);
     writeList(out, "textures   ", scene.textures, named);
     writeList(out, "cameras    ", scene.cameras, [](const Camera& camera, size_t i) {
         return nameOr(camera.name, i) + ", " + kindOf(camera) + ", " + lensOf(camera);
@@ -166,6 +184,8 @@ std::string describeJson(const Scene& scene) {
                       {"points", scene.count(Topology::Points)},
                       {"bounds", json(scene.bounds())},
                       {"materials", jsonList(scene.materials)},
+                      {"unpainted", unpainted(scene)},
+                      {"variants", variantNames(scene)},
                       {"textures", textures},
                       {"cameras", jsonList(scene.cameras)},
                       {"lights", jsonList(scene.lights)},

@@ -128,8 +128,8 @@ public:
         if (!extras.empty())
             unknownSwitch(fApp, extras.front());
         for (const char* name :
-             {"--shading", "--sky", "--tone-map", "--shader", "--cg", "--cg-option", "--cg-set", "--shadows",
-              "--cull", "--particles", "--sprite-images", "--point-size", "--lit"})
+             {"--variant", "--shading", "--sky", "--tone-map", "--shader", "--cg", "--cg-option", "--cg-set",
+              "--shadows", "--cull", "--particles", "--sprite-images", "--point-size", "--lit"})
             fOptions.shadingSwitches += asGiven(name, *fApp.get_option(name));
         return {};
     }
@@ -249,6 +249,8 @@ void Switches::addView() {
          [this](const std::string& text) { fOptions.fieldOfView = parseFieldOfView(text); });
     word("--camera", "NAME|INDEX", "Look through a camera of the file",
          [this](const std::string& text) { fOptions.camera = text; });
+    word("--variant", "NAME", "Draw the materials of a variant of the file; --info lists them",
+         [this](const std::string& text) { fOptions.variant = text; });
     fApp.add_flag("--orthographic", fOptions.orthographic,
                   "Draw without perspective, as large as at the target with it");
     word("--background", "COLOUR", "A name, #RRGGBB, #RRGGBBAA, or transparent",

@@ -42,6 +42,9 @@ struct Options {
     /// Name or index of a camera of the file.
     std::optional<std::string> camera;
 
+    /// Name of a variant of the file.
+    std::optional<std::string> variant;
+
     /// Red, green, blue, alpha as the picture stores them (sRGB), 0 to 1.
     std::array<float, 4> background{0.16F, 0.17F, 0.19F, 1.0F};
 

@@ -69,11 +69,28 @@ size_t Scene::count(Topology topology) const {
     return sum;
 }
 
+bool Scene::show(const std::string& variant) {
+    bool known = false;
+    for (const Variant& each : variants) {
+        if (each.name != variant)
+            continue;
+        known = true;
+        for (const Variant::Paint& paint : each.paints)
+            meshes[static_cast<size_t>(paint.mesh)].material = paint.material;
+    }
+    return known;
+}
+
 void Scene::append(Scene other) {
     for (Mesh& mesh : other.meshes)
         renumber(mesh.material, materials.size());
     for (Instance& instance : other.instances)
         renumber(instance.mesh, meshes.size());
+    for (Variant& variant : other.variants)
+        for (Variant::Paint& paint : variant.paints) {
+            renumber(paint.mesh, meshes.size());
+            renumber(paint.material, materials.size());
+        }
     for (Texture& texture : other.textures)
         renumber(texture.image, images.size());
     for (Material& material : other.materials)
@@ -87,6 +104,7 @@ void Scene::append(Scene other) {
     moveBehind(meshes, other.meshes);
     moveBehind(instances, other.instances);
     moveBehind(materials, other.materials);
+    moveBehind(variants, other.variants);
     moveBehind(images, other.images);
     moveBehind(textures, other.textures);
     moveBehind(cameras, other.cameras);

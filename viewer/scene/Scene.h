@@ -145,6 +145,17 @@ inline constexpr std::array kTextureUses = {
     &Material::occlusionTexture, &Material::emissiveTexture,           &Material::specularTexture,
     &Material::clearcoatTexture, &Material::clearcoatRoughnessTexture, &Material::clearcoatNormalTexture};
 
+/// Another set of materials for some of the meshes.
+struct Variant {
+    struct Paint {
+        int mesh = -1;
+        int material = -1;
+    };
+
+    std::string name;
+    std::vector<Paint> paints;
+};
+
 /// Looks along -z of its own space, y up. toWorld carries no scale that matters to the view.
 struct Camera {
     enum class Kind : std::uint8_t { Perspective, Orthographic };
@@ -191,6 +202,7 @@ struct Scene {
     std::vector<Mesh> meshes;
     std::vector<Instance> instances;
     std::vector<Material> materials;
+    std::vector<Variant> variants; ///< none is shown until it is asked for
     std::vector<Image> images;
     std::vector<Texture> textures;
     std::vector<Camera> cameras;
@@ -205,6 +217,8 @@ struct Scene {
     Bounds bounds() const;
     /// Elements of this kind over all instances.
     size_t count(Topology topology) const;
+    /// Gives meshes the materials of all variants of this name. False where there is none.
+    bool show(const std::string& variant);
     /// Takes another scene in beside what is here, and renumbers its references.
     void append(Scene other);
 };

@@ -18,6 +18,7 @@ Scene chain(const std::string& format) {
     mesh.indices = {0, 1, 2};
     mesh.material = 0;
     scene.instances.push_back({format, 0, {}});
+    scene.variants.push_back({"night", {{0, 0}}});
     scene.images.resize(3);
     scene.textures.resize(2);
     scene.textures[1].image = 2;
@@ -43,6 +44,8 @@ TEST(Scene, renumbersWhatItTakesIn) {
     EXPECT_EQ(both.materials.at(2).baseColorTexture.texture, 2);
     EXPECT_EQ(both.materials.at(2).emissiveTexture.texture, 3);
     EXPECT_EQ(both.materials.at(2).normalTexture.texture, -1);
+    EXPECT_TRUE(both.show("night") && !both.show("day"));
+    EXPECT_EQ(both.meshes.at(2).material, 3) << "a variant's, of its own file";
     EXPECT_EQ(both.count(Topology::Triangles), 3U);
 }
 
