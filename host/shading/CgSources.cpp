@@ -15,7 +15,7 @@ struct Word {
 };
 
 /// What is called something else in Cg. Whatever else parts and snippets say means the same in both.
-constexpr std::array<Word, 22> kWords = {{{"vec2", "float2"},
+constexpr std::array<Word, 23> kWords = {{{"vec2", "float2"},
                                           {"vec3", "float3"},
                                           {"vec4", "float4"},
                                           {"mat4", "float4x4"},
@@ -36,7 +36,8 @@ constexpr std::array<Word, 22> kWords = {{{"vec2", "float2"},
                                           {"spotExponent", "attenuation.w"},
                                           {"spotDirection", "spot.direction.xyz"},
                                           {"spotCosCutoff", "spot.direction.w"},
-                                          {"gl_ProjectionMatrix", "glstate.matrix.transpose.projection"}}};
+                                          {"gl_ProjectionMatrix", "glstate.matrix.transpose.projection"},
+                                          {"gl_ModelViewMatrix", "glstate.matrix.modelview[0]"}}};
 
 bool isOfWord(char c) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';

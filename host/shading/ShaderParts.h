@@ -51,4 +51,12 @@ std::string filled(std::string_view pattern, const Parts&... parts) {
     return text += pattern;
 }
 
+/// The sum, a line each; black where there is none.
+inline std::string joined(const std::vector<std::string>& terms) {
+    std::string sum;
+    for (const std::string& term : terms)
+        sum += (sum.empty() ? "" : " +\n        ") + term;
+    return sum.empty() ? "vec3(0.0)" : sum;
+}
+
 } // namespace koShadingDag

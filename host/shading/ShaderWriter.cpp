@@ -37,12 +37,27 @@ bool isShort(const std::string& text) {
                        [](unsigned char c) { return std::isalnum(c) || c == '_' || c == '.'; });
 }
 
-/// The sum, a line each; black where there is none.
-std::string joined(const std::vector<std::string>& terms) {
-    std::string sum;
-    for (const std::string& term : terms)
-        sum += (sum.empty() ? "" : " +\n        ") + term;
-    return sum.empty() ? "vec3(0.0)" : sum;
+/// Inputs that say something of what others bring in.
+struct Dependent {
+    std::string_view input;
+    std::array<std::string_view, 2> of;
+};
+constexpr Dependent kDependents[] = {{"clearcoatRoughness", {"clearcoat"}},
+                                     {"clearcoatNormal", {"clearcoat"}},
+                                     {"sheenRoughness", {"sheenColor"}},
+                                     {"anisotropyRotation", {"anisotropy"}},
+                                     {"anisotropyTangent", {"anisotropy"}},
+                                     {"iridescenceIor", {"iridescence"}},
+                                     {"iridescenceThickness", {"iridescence"}},
+                                     {"diffuseTransmissionColor", {"diffuseTransmission"}},
+                                     {"thickness", {"transmission", "diffuseTransmission"}},
+                                     {"attenuationColor", {"transmission", "diffuseTransmission"}},
+                                     {"attenuationDistance", {"transmission", "diffuseTransmission"}},
+                                     {"dispersion", {"transmission"}}};
+
+bool isFed(const ShadingNodeSpec& node, std::string_view name) {
+    const auto& input = node.inputs()[static_cast<size_t>(indexOf(nodeInfo(node.kind()).inputs, name))];
+    return input.fSource || input.fIsSet;
 }
 
 bool endsWithNumberFrom(std::string_view name, int32_t limit) {
@@ -74,9 +89,9 @@ bool ShaderWriter::needsInput(const ShadingNodeSpec& node, std::string_view name
         return needsOpacity(node);
     if (name == "alphaCutoff")
         return &node == fRoot && node.settings()[0] == kMask;
-    if (name == "clearcoatRoughness" || name == "clearcoatNormal") {
-        const auto& coat = node.inputs()[static_cast<size_t>(indexOf(info.inputs, "clearcoat"))];
-        return coat.fSource || coat.fIsSet;
+    for (const auto& [dependent, whats] : kDependents) {
+        if (name == dependent)
+            return isFed(node, whats[0]) || (!whats[1].empty() && isFed(node, whats[1]));
     }
     if (name == "occlusion") // it keeps off what comes from all round
         return hasLight(LightSpec::kSky) || hasLight(LightSpec::kAmbient);
@@ -131,7 +146,7 @@ void ShaderWriter::writeColor(const std::string& result) {
     else if (output.type == kVector2)
         statement(filled("gl_FragColor = vec4($, 0.0, 1.0)", color));
     else
-        statement(filled("gl_FragColor = vec4($, 1.0)", color));
+        statement(filled("gl_FragColor = vec4($, $)", color, fAlpha));
 }
 
 // ---- What nodes are made of
@@ -141,7 +156,7 @@ const ShadingNodeSpec::Input& ShaderWriter::input(std::string_view name) const {
 }
 
 bool ShaderWriter::isNeutral(std::string_view name) const {
-    return !input(name).fSource && !input(name).fIsSet;
+    return !isFed(*fNow.node, name);
 }
 
 std::string ShaderWriter::in(std::string_view name) {
@@ -300,13 +315,14 @@ void ShaderWriter::writePlacedLight(const LightSpec& spec, const std::string& li
 }
 
 std::vector<std::string> ShaderWriter::overLights(std::string_view lobe) const {
-    const size_t place = lobe.find('#');
     std::vector<std::string> terms;
     for (size_t i = 0; i < fLights.size(); ++i) {
+        if (fLights[i].fType >= LightSpec::kAmbient)
+            continue;
         const std::string light = filled("light$", std::to_string(i));
-        if (fLights[i].fType < LightSpec::kAmbient)
-            terms.push_back(
-                filled("$Color * $$Direction$", light, lobe.substr(0, place), light, lobe.substr(place + 1)));
+        std::string& term = terms.emplace_back(light + "Color * ");
+        for (const char c : lobe)
+            c == '#' ? (term += light) += "Direction" : term += c;
     }
     return terms;
 }
@@ -448,6 +464,8 @@ std::string ShaderWriter::blinnPhong() {
 std::string ShaderWriter::metallicRoughness() {
     const std::string base = declare("vec3", fNow.name + "Base", in("baseColor"));
     const std::string metallic = declare("float", fNow.name + "Metallic", in("metallic"));
+    if (isLayered())
+        return layered(base, metallic);
     const std::string diffuse =
         declare("vec3", fNow.name + "Diffuse", filled("$ * (1.0 - $)", base, metallic));
     const std::string f0 = declare("vec3", fNow.name + "F0", filled("mix(vec3(0.04), $, $)", base, metallic));
@@ -479,17 +497,22 @@ std::string ShaderWriter::microfacets(const std::string& diffuse, const std::str
     }
     addAmbientLights(around, filled(" * mix($, vec3(1.0), $)", diffuse, f0));
     std::string occlusion;
-    if (!around.empty()) {
-        if (!isNeutral("occlusion"))
-            occlusion = " * " + declare("float", fNow.name + "Occlusion", in("occlusion"));
-        const bool needsBrackets = around.size() > 1 && !occlusion.empty();
-        color += " + " + declare("vec3", fNow.name + "Ambient",
-                                 filled(needsBrackets ? "($)$" : "$$", joined(around), occlusion));
-    }
+    color += occludedSum(around, occlusion);
     color += emission();
     if (fNow.node->kind() == kMetallicRoughness && !isNeutral("clearcoat"))
         color = withCoat(declare("vec3", fNow.name + "Body", color), occlusion);
     return filled("vec4($, $)", color, surfaceAlpha());
+}
+
+/// What comes from all round, to be added, with what keeps it off; that as a factor for others too.
+std::string ShaderWriter::occludedSum(const std::vector<std::string>& around, std::string& occlusion) {
+    if (around.empty())
+        return "";
+    if (!isNeutral("occlusion"))
+        occlusion = " * " + declare("float", fNow.name + "Occlusion", in("occlusion"));
+    const bool needsBrackets = around.size() > 1 && !occlusion.empty();
+    return " + " + declare("vec3", fNow.name + "Ambient",
+                           filled(needsBrackets ? "($)$" : "$$", joined(around), occlusion));
 }
 
 /// A colourless layer of refractive index 1.5 over all that is below.

@@ -75,8 +75,24 @@ private:
     std::string metallicRoughness();
     std::string specularGlossiness();
     std::string microfacets(const std::string& diffuse, const std::string& f0, const std::string& roughness);
+    std::string occludedSum(const std::vector<std::string>& around, std::string& occlusion);
     std::string withCoat(const std::string& color, const std::string& occlusion);
     std::string emission();
+
+    // Metallic-roughness with what few materials have.
+    struct Layers;
+    bool isLayered() const;
+    std::string layered(const std::string& base, const std::string& metallic);
+    void addReflection(Layers& layers, const std::string& base, const std::string& metallic);
+    void addFilm(Layers& layers);
+    void addLobe(Layers& layers);
+    void addThickness(Layers& layers);
+    void addBody(Layers& layers, const std::string& base, const std::string& metallic);
+    std::string entering(const Layers& layers);
+    std::string layeredLight(const Layers& layers, std::string& occlusion);
+    std::string withBehind(const Layers& layers, const std::string& color, const std::string& base);
+    std::string behindThrough(const Layers& layers, const std::string& ior);
+    std::string withSheen(const Layers& layers, const std::string& color, const std::string& occlusion);
 
     const Network& fNetwork;
     const std::vector<LightSpec>& fLights;
@@ -91,6 +107,7 @@ private:
     std::string fGeometry; ///< the surface's own normal and the way to the eye
     std::string fLightCode;
     std::string fBody;
+    std::string fAlpha = "1.0"; ///< of a material that hides what is behind it
     bool fHasLights = false;
 };
 

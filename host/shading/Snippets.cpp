@@ -228,6 +228,201 @@ vec3 microfacetLight(vec3 normal, vec3 view, vec3 toLight, vec3 diffuse, vec3 f0
     return mix(diffuse * max(dot(normal, toLight), 0.0), vec3(lobe), fresnel);
 }
 )"},
+
+    // ---- surfaces of more layers
+
+    {"largest", "",
+     R"(float largest(vec3 color) {
+    return max(color.r, max(color.g, color.b));
+}
+)"},
+    {"f0OfIor", "",
+     R"(// What a surface of that refractive index reflects, looked at along its normal.
+float f0OfIor(float ior) {
+    float ratio = (ior - 1.0) / (ior + 1.0);
+    return ratio * ratio;
+}
+)"},
+    {"layeredLight", "largest",
+     R"(// What microfacets over a body that scatters light back and on send to the eye of a light of color 1.
+vec3 layeredLight(vec3 normal, vec3 view, vec3 toLight, vec3 diffuse, vec3 through, vec3 f0, vec3 f90,
+                  float lobe) {
+    float nl = dot(normal, toLight);
+    float facing = nl > 0.0 ? dot(view, normalize(view + toLight)) : abs(dot(normal, view));
+    vec3 fresnel = f0 + (f90 - f0) * pow(1.0 - clamp(facing, 0.0, 1.0), 5.0);
+    vec3 body = diffuse * max(nl, 0.0) + through * max(-nl, 0.0);
+    return (1.0 - largest(fresnel)) * body + fresnel * lobe;
+}
+)"},
+    {"entering", "largest",
+     R"(// The share of light that isn't reflected towards the eye.
+float entering(vec3 normal, vec3 view, vec3 f0, vec3 f90) {
+    float facing = clamp(abs(dot(normal, view)), 0.0, 1.0);
+    return 1.0 - largest(f0 + (f90 - f0) * pow(1.0 - facing, 5.0));
+}
+)"},
+    {"enteringFromSky", "skyResponseTo largest",
+     R"(// The share of a uniform sky that isn't reflected towards the eye.
+float enteringFromSky(vec3 normal, vec3 view, vec3 f0, vec3 f90, float roughness) {
+    vec2 response = skyResponseTo(normal, view, roughness);
+    return 1.0 - largest(max(f0, f0 * response.x + f90 * response.y));
+}
+)"},
+    {"layeredSkyLight", "skyDiffuseLight skyReflectedLight skyResponseTo",
+     R"(// The sky on all of that.
+vec3 layeredSkyLight(vec3 normal, vec3 mirror, vec3 view, vec3 diffuse, vec3 through, vec3 f0, vec3 f90,
+                     float roughness, float entering) {
+    vec2 response = skyResponseTo(normal, view, roughness);
+    vec3 body = diffuse * skyDiffuseLight(normal) + through * skyDiffuseLight(-normal);
+    return entering * body +
+           (f0 * response.x + f90 * response.y) * skyReflectedLight(mirror, view, roughness);
+}
+)"},
+    {"surfaceTangent", "",
+     R"(// A direction laid down on the surface and turned round its normal; any where it stands upright.
+vec3 surfaceTangent(vec3 normal, vec3 direction, float rotation) {
+    vec3 along = direction - normal * dot(normal, direction);
+    if (dot(along, along) < 1e-8)
+        along = cross(normal, abs(normal.x) < 0.7 ? vec3(1.0, 0.0, 0.0) : vec3(0.0, 1.0, 0.0));
+    along = normalize(along);
+    return cos(rotation) * along + sin(rotation) * cross(normal, along);
+}
+)"},
+    {"anisotropicLobe", "",
+     R"(// As microfacetLobe, of a surface that is rougher along a direction than across.
+float anisotropicLobe(vec3 normal, vec3 view, vec3 toLight, vec3 along, float roughness, float anisotropy) {
+    vec3 across = cross(normal, along);
+    vec3 halfway = normalize(view + toLight);
+    float alphaAcross = max(roughness * roughness, 0.002);
+    float alphaAlong = mix(alphaAcross, 1.0, anisotropy * anisotropy);
+    float area = alphaAlong * alphaAcross;
+    vec3 facet = vec3(alphaAcross * dot(along, halfway), alphaAlong * dot(across, halfway),
+                      area * dot(normal, halfway));
+    float spread = area / dot(facet, facet);
+    float nl = max(dot(normal, toLight), 0.0);
+    float nv = abs(dot(normal, view));
+    float masking =
+        nl * length(vec3(alphaAlong * dot(along, view), alphaAcross * dot(across, view), nv)) +
+        nv * length(vec3(alphaAlong * dot(along, toLight), alphaAcross * dot(across, toLight), nl));
+    return nl > 0.0 ? 0.5 * nl * area * spread * spread / masking : 0.0;
+}
+)"},
+    {"bentNormal", "",
+     R"(// The normal that the sky is mirrored by where facets stretch the mirror image across a direction.
+vec3 bentNormal(vec3 normal, vec3 view, vec3 along, float roughness, float anisotropy) {
+    vec3 across = cross(normal, along);
+    vec3 leaning = cross(cross(across, view), across);
+    float upright = 1.0 - anisotropy * (1.0 - roughness);
+    upright *= upright;
+    return normalize(mix(leaning, normal, upright * upright));
+}
+)"},
+    {"thinFilm", "f0OfIor",
+     R"(// How the eye's three kinds of cones see waves that are late by a path (nm) and a phase, as linear RGB:
+// Gaussian fits of the observer of 1931, in the domain of frequencies.
+vec3 filmColor(float path, vec3 late) {
+    float phase = 6.2831853 * path * 1e-9;
+    vec3 width = vec3(4.3278e9, 9.3046e9, 6.6121e9);
+    vec3 strength = vec3(5.4856e-13, 4.4201e-13, 5.2481e-13) * sqrt(6.2831853 * width);
+    vec3 xyz = strength * cos(vec3(1.6810e6, 1.7953e6, 2.2084e6) * phase + late) *
+               exp(-phase * phase * width);
+    xyz.x += 9.7470e-14 * sqrt(6.2831853 * 4.5282e9) * cos(2.2399e6 * phase + late.x) *
+             exp(-4.5282e9 * phase * phase);
+    xyz /= 1.0685e-7;
+    return vec3(dot(xyz, vec3(3.2404542, -1.5371385, -0.4985314)),
+                dot(xyz, vec3(-0.9692660, 1.8760108, 0.0415560)),
+                dot(xyz, vec3(0.0556434, -0.2040259, 1.0572252)));
+}
+
+// What a film (its thickness in nm) over a surface of that f0 reflects: Airy's sum of what goes to and fro
+// in it, of which two terms change the color (Belcour and Barla, 2017).
+vec3 thinFilm(float cosine, float filmIor, float thickness, vec3 f0) {
+    float ior = mix(1.0, filmIor, smoothstep(0.0, 0.03, thickness));
+    float square = 1.0 - (1.0 - cosine * cosine) / (ior * ior);
+    if (square < 0.0)
+        return vec3(1.0);
+    float inside = sqrt(square);
+    float outer = f0OfIor(ior);
+    float r12 = outer + (1.0 - outer) * pow(1.0 - cosine, 5.0);
+    float t121 = 1.0 - r12;
+    vec3 root = sqrt(clamp(f0, 0.0, 0.9999));
+    vec3 below = (1.0 + root) / (1.0 - root); // the index of what is below
+    vec3 ratio = (below - ior) / (below + ior);
+    vec3 r23 = ratio * ratio + (1.0 - ratio * ratio) * pow(1.0 - inside, 5.0);
+    vec3 late = vec3(ior < 1.0 ? 0.0 : 3.1415927) + 3.1415927 * (1.0 - step(vec3(ior), below));
+    vec3 both = clamp(r12 * r23, 1e-5, 0.9999);
+    vec3 once = t121 * t121 * r23 / (1.0 - both);
+    float path = 2.0 * ior * thickness * inside;
+    vec3 sum = r12 + once + 2.0 * (once - t121) * sqrt(both) * filmColor(path, late);
+    sum += 2.0 * (once - t121) * both * filmColor(2.0 * path, 2.0 * late);
+    return max(sum, vec3(0.0));
+}
+)"},
+    {"sheenLight", "",
+     R"(// How far fibres of the distribution below stand in each other's light (Estevez and Kulla, 2017).
+float fibreCurve(float cosine, float weight) {
+    return mix(21.5473, 25.3245, weight) /
+               (1.0 + mix(3.82987, 3.32435, weight) * pow(cosine, mix(0.19823, 0.16801, weight))) +
+           mix(-1.97760, -1.27393, weight) * cosine + mix(-4.32054, -4.85967, weight);
+}
+
+float fibreMasking(float cosine, float alpha) {
+    float weight = (1.0 - alpha) * (1.0 - alpha);
+    if (cosine < 0.5)
+        return exp(fibreCurve(cosine, weight));
+    return exp(2.0 * fibreCurve(0.5, weight) - fibreCurve(1.0 - cosine, weight));
+}
+
+// What fibres that stand upright send to the eye: the distribution called Charlie, times pi and the cosine.
+float sheenLight(vec3 normal, vec3 view, vec3 toLight, float roughness) {
+    float alpha = max(roughness * roughness, 0.005);
+    float nl = dot(normal, toLight);
+    float nv = clamp(abs(dot(normal, view)), 1e-3, 1.0);
+    if (nl <= 0.0)
+        return 0.0;
+    vec3 across = cross(normal, normalize(view + toLight)); // as long as the sine
+    float spread = (2.0 + 1.0 / alpha) * pow(dot(across, across), 0.5 / alpha) * 0.5;
+    return spread / ((1.0 + fibreMasking(nv, alpha) + fibreMasking(min(nl, 1.0), alpha)) * 4.0 * nv);
+}
+)"},
+    {"sheenResponse", "",
+     R"(// The share of a uniform sky that white fibres send to the eye.
+float sheenResponse(vec3 normal, vec3 view, float roughness) {
+    return texture2D(skyResponse, vec2(clamp(abs(dot(normal, view)), 0.0, 1.0), roughness)).b;
+}
+)"},
+    {"spreadIor", "",
+     R"(// The refractive indices of red, green and blue. The dispersion is 20 by Abbe's number.
+vec3 spreadIor(float ior, float dispersion) {
+    float side = (ior - 1.0) * 0.025 * dispersion;
+    return vec3(ior - side, ior, ior + side);
+}
+)"},
+    {"behindLight", "",
+     R"(// A level of what stands behind: each is half as large as the one before and to the right of the first.
+// Four samples make it smooth where it is coarse.
+vec4 behindLevel(vec2 uv, float level) {
+    float size = exp2(-level);
+    float texel = (1.0 / 1024.0) / size;
+    vec2 first = clamp(uv, texel, 1.0 - texel);
+    vec2 origin = vec2(level < 0.5 ? 0.0 : 0.5, max(1.0 - 2.0 * size, 0.0));
+    vec2 extent = vec2(0.5 * size, size);
+    float near = -0.5 * texel;
+    float far = 0.5 * texel;
+    return 0.25 * (texture2D(behind, origin + extent * (first + vec2(near, near))) +
+                   texture2D(behind, origin + extent * (first + vec2(far, near))) +
+                   texture2D(behind, origin + extent * (first + vec2(near, far))) +
+                   texture2D(behind, origin + extent * (first + vec2(far, far))));
+}
+
+// What stands behind at a place of its map, as blurred as the surface is rough.
+vec4 behindLight(vec4 place, float roughness, float ior) {
+    vec2 uv = place.xy / place.w;
+    float level = min(10.0 * roughness * clamp(2.0 * ior - 2.0, 0.0, 1.0), 6.0);
+    float finer = floor(level);
+    return mix(behindLevel(uv, finer), behindLevel(uv, min(finer + 1.0, 6.0)), level - finer);
+}
+)"},
 };
 
 } // namespace

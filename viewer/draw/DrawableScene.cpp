@@ -130,8 +130,11 @@ void DrawableScene::addUvStreams(const Mesh& mesh, Drawable& drawable) const {
         sets[1] = layers.emission.uvSet.value_or(-1);
         sets[2] = layers.normal.uvSet.value_or(-1);
     } else if (mesh.material >= 0) {
+        const Material& material = fScene.materials[static_cast<size_t>(mesh.material)];
+        if (material.anisotropy > 0.0F)
+            sets[0] = 0; // the direction that it is stretched along
         for (const auto use : kTextureUses) {
-            const TextureUse& used = fScene.materials[static_cast<size_t>(mesh.material)].*use;
+            const TextureUse& used = material.*use;
             if (used.texture >= 0 && static_cast<size_t>(used.uvSet) < kMostUvSets)
                 sets[static_cast<size_t>(used.uvSet)] = used.uvSet;
         }
@@ -181,6 +184,12 @@ bool DrawableScene::isLit(size_t instance) const {
 
 bool DrawableScene::isDoubleSided(size_t instance) const {
     return meshOf(instance).bothSides || materialOf(instance).doubleSided;
+}
+
+bool DrawableScene::hasClear() const {
+    return std::any_of(fScene.instances.begin(), fScene.instances.end(), [this](const Instance& instance) {
+        return fScene.materialOf(fScene.meshes[static_cast<size_t>(instance.mesh)]).isClear();
+    });
 }
 
 void DrawableScene::route(const Drawable& drawable) {

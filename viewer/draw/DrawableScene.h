@@ -59,6 +59,9 @@ public:
     /// Whether its triangles are seen from behind too: the material or the file says so.
     bool isDoubleSided(size_t instance) const;
 
+    /// Whether any instance's material lets see what stands behind it.
+    bool hasClear() const;
+
     /// Draws an instance's mesh in its own space, with whatever matrices and material are set.
     void drawMesh(size_t instance);
 

@@ -56,8 +56,10 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
         return;
     if (options.shadows && fLights.hasMainLight())
         fShadows.emplace(scene, fLights);
+    if (fDrawable.hasClear())
+        fBehind.emplace();
     fShaders.emplace(scene, fLights, options.sky ? &*options.sky : nullptr, upOf(options),
-                     fShadows ? &*fShadows : nullptr,
+                     fShadows ? &*fShadows : nullptr, fBehind ? &*fBehind : nullptr,
                      fShading == Shading::Cg ? std::unique_ptr<MaterialLanguage>(new CgLanguage(fCg))
                                              : std::make_unique<GlslLanguage>());
 }

@@ -46,6 +46,7 @@ public:
                 fAxes,
                 fShaders ? &*fShaders : nullptr,
                 fShadows ? &*fShadows : nullptr,
+                fBehind ? &*fBehind : nullptr,
                 fUserShader.get(),
                 fCulling ? &*fCulling : nullptr,
                 fParticles ? &*fParticles : nullptr};
@@ -58,6 +59,7 @@ private:
     Shading fShading;
     SceneLights fLights;
     std::optional<ShadowMap> fShadows;
+    std::optional<Behind> fBehind;
     std::optional<SceneShaders> fShaders;
     std::unique_ptr<UserShader> fUserShader;
     DrawableScene fDrawable;

@@ -196,8 +196,11 @@ void drawSceneFixed(const FrameContent& content, const View& view, const FrameLo
         shader->unbind();
 }
 
+/// What is clear can't be drawn while what stands behind it is.
+enum class Clear : std::uint8_t { Drawn, LeftOut };
+
 void drawSceneShaded(const FrameContent& content, const View& view, const FrameLook& look,
-                     TextureUnits& units) {
+                     TextureUnits& units, Clear clear) {
     DrawableScene& drawable = content.drawable;
     content.shaders->beginFrame(view.worldToEye);
     const auto prepare = [&](size_t index) {
@@ -206,8 +209,12 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
         else
             setFixedMaterial(drawable, index, look, units);
     };
+    const auto isLeftOut = [&](size_t index) {
+        const bool isClear = clear == Clear::LeftOut && drawable.materialOf(index).isClear();
+        return isClear || !isSeen(content, index);
+    };
     for (const size_t index : drawable.opaqueInstances()) {
-        if (!isSeen(content, index))
+        if (isLeftOut(index))
             continue;
         prepare(index);
         drawPlaced(drawable, index, [&] { drawable.drawMesh(index); });
@@ -221,7 +228,7 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
         content.shaders->beginFrame(view.worldToEye);
     }
     for (const BlendedElements::Run& run : blended) {
-        if (!isSeen(content, run.instance))
+        if (isLeftOut(run.instance))
             continue;
         prepare(run.instance);
         drawPlaced(drawable, run.instance, [&] { drawable.drawRun(run); });
@@ -229,11 +236,8 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
     content.shaders->endFrame();
 }
 
-} // namespace
-
-void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& content, const FrameLook& look) {
-    if (content.shadows && look.lights)
-        content.shadows->update(content.drawable, view.worldToEye);
+void draw(GLFrameBuffer& target, const View& view, const FrameContent& content, const FrameLook& look,
+          Clear clearThings) {
     target.makeCurrent();
     clear(look);
     cull(content, view, look);
@@ -251,11 +255,31 @@ void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& cont
     if (look.axes)
         drawFixed(content.axes, 0, look, units);
     if (content.shaders)
-        drawSceneShaded(content, view, look, units);
+        drawSceneShaded(content, view, look, units, clearThings);
     else
         drawSceneFixed(content, view, look, units);
     if (content.culling && content.answers == Answers::AsTheyCome)
         content.culling->ask();
+}
+
+/// The frame of a view as a square, with nothing left out but what is clear.
+void drawBehind(GLFrameBuffer& target, const View& view, FrameContent content, FrameLook look) {
+    content.culling = nullptr;
+    look.width = look.height = Behind::kSide;
+    draw(target, view, content, look, Clear::LeftOut);
+}
+
+} // namespace
+
+void prepareFrame(const View& view, const FrameContent& content, const FrameLook& look) {
+    if (content.shadows && look.lights)
+        content.shadows->update(content.drawable, view.worldToEye);
+    if (content.behind && look.lights)
+        content.behind->update(view, [&](GLFrameBuffer& target) { drawBehind(target, view, content, look); });
+}
+
+void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& content, const FrameLook& look) {
+    draw(target, view, content, look, Clear::Drawn);
 }
 
 } // namespace orloview

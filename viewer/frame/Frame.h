@@ -29,14 +29,20 @@ struct FrameContent {
     DrawableScene& axes;
     SceneShaders* shaders;     ///< of `drawable`; null: GL's own functions draw it
     ShadowMap* shadows;        ///< of the shaders' first light; null: none
+    Behind* behind;            ///< of the shaders; null: nothing is clear
     UserShader* userShader;    ///< in the place of all materials; null: none
     Culling* culling;          ///< of `drawable`; null: everything is drawn
     SceneParticles* particles; ///< draws the points of `drawable`'s scene; null: they are points
     Answers answers = Answers::Awaited;
 };
 
-/// Draws one frame: the road from the library's frame buffer to the last group. Needs the context that the
-/// buffer lives in current. What stands in the buffer afterwards is linear, colour multiplied by alpha.
+/// Draws what a frame needs beside: shadow maps, and what stands behind clear things. For a frame that is
+/// drawn in parts once, before the first. Needs the start-up context current.
+void prepareFrame(const View& view, const FrameContent& content, const FrameLook& look);
+
+/// Draws one frame that is prepared: the road from the library's frame buffer to the last group. Needs the
+/// context that the buffer lives in current. What stands in the buffer afterwards is linear, colour
+/// multiplied by alpha.
 void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& content, const FrameLook& look);
 
 } // namespace orloview

@@ -157,6 +157,7 @@ void renderPicture(const View& view, const FrameContent& content, const FrameLoo
     Canvas canvas(kindFor(sampling), std::min(side, look.width) * factor,
                   std::min(side, look.height) * factor);
 
+    prepareFrame(view, content, large);
     const auto draw = [&](int x, int y) {
         const FramePart part = partAt(view, large, x * factor, y * factor, side * factor);
         canvas.makeCurrent();
@@ -188,6 +189,7 @@ std::vector<float> renderDepth(const View& view, const FrameContent& content, co
     const Sampling single{1, sampling.tile, sampling.pbuffer};
     const int side = tileSide(look, single);
     Canvas canvas(kindFor(single), std::min(side, look.width), std::min(side, look.height));
+    prepareFrame(view, content, look);
     std::vector<float> depth(static_cast<size_t>(look.width) * static_cast<size_t>(look.height));
     for (int y = 0; y < look.height; y += side) {
         for (int x = 0; x < look.width; x += side) {
@@ -219,9 +221,11 @@ void writeCubeMap(const koLinear::Point& eye, const Bounds& bounds, const FrameC
     Canvas canvas(Canvas::Kind::CubeMap, side, side);
     content.lights.keepTo(koLinear::AffineMatrix::translation(-eye[0], -eye[1], -eye[2]));
     for (size_t i = 0; i < kCubeSides.size(); ++i) {
+        const View view = viewFrom(towards(kCubeSides[i], eye), bounds, 1.0);
+        prepareFrame(view, content, square);
         canvas.makeCurrent();
         canvas.target().fCubeFaceMask = 1U << i;
-        drawFrame(canvas.target(), viewFrom(towards(kCubeSides[i], eye), bounds, 1.0), content, square);
+        drawFrame(canvas.target(), view, content, square);
         const std::unique_ptr<PixelArray2D> pixels(
             canvas.target().readColorBuffer(kRGBAFloats, 0, 0, 0, 0, nullptr));
         require(pixels);

@@ -190,6 +190,66 @@ void readClearcoat(const GltfObject& coat, size_t textureCount, Material& materi
     material.clearcoatNormalTexture = readUse(coat, "clearcoatNormalTexture", textureCount);
 }
 
+koColor::Color color(const GltfObject& source, const char* key, double fallback) {
+    const auto c = source.numbers<3>(key, {fallback, fallback, fallback});
+    return color({std::max(c[0], 0.0), std::max(c[1], 0.0), std::max(c[2], 0.0), 1.0});
+}
+
+float positive(const GltfObject& source, const char* key, double fallback) {
+    return toFloat(std::max(source.number(key, fallback), 0.0));
+}
+
+/// What lies on the surface or changes how it reflects.
+void readReflection(const GltfObject& extensions, size_t textureCount, Material& material) {
+    material.ior = positive(extensions.object("KHR_materials_ior"), "ior", 1.5);
+
+    const GltfObject specular = extensions.object("KHR_materials_specular");
+    material.specularWeight = share(specular.number("specularFactor", 1.0));
+    material.specularTint = color(specular, "specularColorFactor", 1.0);
+    material.specularWeightTexture = readUse(specular, "specularTexture", textureCount);
+    material.specularTintTexture = readUse(specular, "specularColorTexture", textureCount);
+
+    const GltfObject sheen = extensions.object("KHR_materials_sheen");
+    material.sheen = color(sheen, "sheenColorFactor", 0.0);
+    material.sheenRoughness = share(sheen.number("sheenRoughnessFactor", 0.0));
+    material.sheenTexture = readUse(sheen, "sheenColorTexture", textureCount);
+    material.sheenRoughnessTexture = readUse(sheen, "sheenRoughnessTexture", textureCount);
+
+    const GltfObject anisotropy = extensions.object("KHR_materials_anisotropy");
+    material.anisotropy = share(anisotropy.number("anisotropyStrength", 0.0));
+    material.anisotropyRotation = toFloat(anisotropy.number("anisotropyRotation", 0.0));
+    material.anisotropyTexture = readUse(anisotropy, "anisotropyTexture", textureCount);
+
+    const GltfObject iridescence = extensions.object("KHR_materials_iridescence");
+    material.iridescence = share(iridescence.number("iridescenceFactor", 0.0));
+    material.iridescenceIor = std::max(positive(iridescence, "iridescenceIor", 1.3), 1.0F);
+    material.thinnestFilm = positive(iridescence, "iridescenceThicknessMinimum", 100.0);
+    material.thickestFilm = positive(iridescence, "iridescenceThicknessMaximum", 400.0);
+    material.iridescenceTexture = readUse(iridescence, "iridescenceTexture", textureCount);
+    material.filmTexture = readUse(iridescence, "iridescenceThicknessTexture", textureCount);
+}
+
+/// What lets light through.
+void readTransmission(const GltfObject& extensions, size_t textureCount, Material& material) {
+    const GltfObject transmission = extensions.object("KHR_materials_transmission");
+    material.transmission = share(transmission.number("transmissionFactor", 0.0));
+    material.transmissionTexture = readUse(transmission, "transmissionTexture", textureCount);
+
+    const GltfObject diffuse = extensions.object("KHR_materials_diffuse_transmission");
+    material.diffuseTransmission = share(diffuse.number("diffuseTransmissionFactor", 0.0));
+    material.diffuseTransmissionColor = color(diffuse, "diffuseTransmissionColorFactor", 1.0);
+    material.diffuseTransmissionTexture = readUse(diffuse, "diffuseTransmissionTexture", textureCount);
+    material.diffuseTransmissionColorTexture =
+        readUse(diffuse, "diffuseTransmissionColorTexture", textureCount);
+
+    const GltfObject volume = extensions.object("KHR_materials_volume");
+    material.thickness = positive(volume, "thicknessFactor", 0.0);
+    material.attenuationColor = color(volume, "attenuationColor", 1.0);
+    material.attenuationDistance = positive(volume, "attenuationDistance", 0.0);
+    material.thicknessTexture = readUse(volume, "thicknessTexture", textureCount);
+    material.dispersion = positive(extensions.object("KHR_materials_dispersion"), "dispersion", 0.0);
+}
+
 Material readMaterial(const GltfObject& source, size_t textureCount) {
     Material material;
     material.name = source.text("name");
@@ -199,6 +259,8 @@ Material readMaterial(const GltfObject& source, size_t textureCount) {
         readSpecularGlossiness(extensions.object("KHR_materials_pbrSpecularGlossiness"), textureCount,
                                material);
     readClearcoat(extensions.object("KHR_materials_clearcoat"), textureCount, material);
+    readReflection(extensions, textureCount, material);
+    readTransmission(extensions, textureCount, material);
     const auto emissive = source.numbers<3>("emissiveFactor", {0.0, 0.0, 0.0});
     const double strength =
         extensions.object("KHR_materials_emissive_strength").number("emissiveStrength", 1.0);

@@ -161,6 +161,10 @@ void fieldsOf(Stream& stream, Material& m) {
     transfer(stream, m.name, m.reflection, m.baseColor, m.emissive, m.metallic, m.roughness, m.specular,
              m.phongExponent, m.clearcoat, m.clearcoatRoughness, m.doubleSided, m.unlit, m.alphaMode,
              m.alphaCutoff);
+    transfer(stream, m.ior, m.specularWeight, m.specularTint, m.sheen, m.sheenRoughness, m.anisotropy,
+             m.anisotropyRotation, m.iridescence, m.iridescenceIor, m.thinnestFilm, m.thickestFilm,
+             m.transmission, m.diffuseTransmission, m.diffuseTransmissionColor, m.thickness,
+             m.attenuationColor, m.attenuationDistance, m.dispersion);
     for (const auto use : kTextureUses)
         transfer(stream, m.*use);
 }

@@ -124,6 +124,27 @@ struct Material {
     float phongExponent = 1.0F;
     float clearcoat = 0.0F;
     float clearcoatRoughness = 0.0F;
+
+    // What metallic-roughness may have beside.
+    float ior = 1.5F;
+    float specularWeight = 1.0F;
+    koColor::Color specularTint{1.0F, 1.0F, 1.0F};
+    koColor::Color sheen;
+    float sheenRoughness = 0.0F;
+    float anisotropy = 0.0F;
+    float anisotropyRotation = 0.0F; ///< radians
+    float iridescence = 0.0F;
+    float iridescenceIor = 1.3F;
+    float thinnestFilm = 100.0F; ///< nm
+    float thickestFilm = 400.0F;
+    float transmission = 0.0F;
+    float diffuseTransmission = 0.0F;
+    koColor::Color diffuseTransmissionColor{1.0F, 1.0F, 1.0F};
+    float thickness = 0.0F; ///< in the units of its mesh; 0: only a skin
+    koColor::Color attenuationColor{1.0F, 1.0F, 1.0F};
+    float attenuationDistance = 0.0F; ///< in the units of its mesh; 0: nothing is lost
+    float dispersion = 0.0F;
+
     bool doubleSided = false;
     bool unlit = false;
     AlphaMode alphaMode = AlphaMode::Opaque;
@@ -137,13 +158,45 @@ struct Material {
     TextureUse clearcoatTexture;
     TextureUse clearcoatRoughnessTexture;
     TextureUse clearcoatNormalTexture;
+    TextureUse specularWeightTexture;
+    TextureUse specularTintTexture;
+    TextureUse sheenTexture;
+    TextureUse sheenRoughnessTexture;
+    TextureUse anisotropyTexture;
+    TextureUse iridescenceTexture;
+    TextureUse filmTexture;
+    TextureUse transmissionTexture;
+    TextureUse diffuseTransmissionTexture;
+    TextureUse diffuseTransmissionColorTexture;
+    TextureUse thicknessTexture;
+
+    /// Whether what stands behind is seen through it, by other means than its opacity.
+    bool isClear() const {
+        return transmission > 0.0F && !unlit && reflection == Reflection::MetallicRoughness;
+    }
 };
 
 /// All the uses that a material makes of textures.
-inline constexpr std::array kTextureUses = {
-    &Material::baseColorTexture, &Material::metallicRoughnessTexture,  &Material::normalTexture,
-    &Material::occlusionTexture, &Material::emissiveTexture,           &Material::specularTexture,
-    &Material::clearcoatTexture, &Material::clearcoatRoughnessTexture, &Material::clearcoatNormalTexture};
+inline constexpr std::array kTextureUses = {&Material::baseColorTexture,
+                                            &Material::metallicRoughnessTexture,
+                                            &Material::normalTexture,
+                                            &Material::occlusionTexture,
+                                            &Material::emissiveTexture,
+                                            &Material::specularTexture,
+                                            &Material::clearcoatTexture,
+                                            &Material::clearcoatRoughnessTexture,
+                                            &Material::clearcoatNormalTexture,
+                                            &Material::specularWeightTexture,
+                                            &Material::specularTintTexture,
+                                            &Material::sheenTexture,
+                                            &Material::sheenRoughnessTexture,
+                                            &Material::anisotropyTexture,
+                                            &Material::iridescenceTexture,
+                                            &Material::filmTexture,
+                                            &Material::transmissionTexture,
+                                            &Material::diffuseTransmissionTexture,
+                                            &Material::diffuseTransmissionColorTexture,
+                                            &Material::thicknessTexture};
 
 /// Another set of materials for some of the meshes.
 struct Variant {

@@ -94,6 +94,8 @@ private:
             node.setValue(input, factor);
     }
 
+    bool isUsed(TextureUse Material::*which) { return texture(which, "color").node != nullptr; }
+
     /// Null where the material doesn't use it, the picture can't be read, or the mesh lacks coordinates.
     Source texture(TextureUse Material::*which, const char* output) {
         const auto place = std::find(kTextureUses.begin(), kTextureUses.end(), which) - kTextureUses.begin();
@@ -197,7 +199,72 @@ private:
             if (const Source normal = normalMap(&Material::clearcoatNormalTexture))
                 connect(*node, "clearcoatNormal", normal);
         }
+        addReflection(*node);
+        addTransmission(*node);
         return node;
+    }
+
+    /// What changes how it reflects, or lies on it.
+    void addReflection(ShadingNodeSpec& node) {
+        if (fMaterial.ior != 1.5F)
+            node.setValue("ior", fMaterial.ior);
+        if (fMaterial.specularWeight != 1.0F || isUsed(&Material::specularWeightTexture))
+            feed(node, "specular", &Material::specularWeightTexture, "alpha", fMaterial.specularWeight);
+        if (!isWhite(fMaterial.specularTint) || isUsed(&Material::specularTintTexture))
+            feed(node, "specularColor", &Material::specularTintTexture, fMaterial.specularTint);
+        if (!isBlack(fMaterial.sheen)) {
+            feed(node, "sheenColor", &Material::sheenTexture, fMaterial.sheen);
+            feed(node, "sheenRoughness", &Material::sheenRoughnessTexture, "alpha", fMaterial.sheenRoughness);
+        }
+        const Source tangent = normalMap(&Material::anisotropyTexture);
+        if (fMaterial.anisotropy > 0.0F &&
+            (tangent || (fTraits.uvSets & 1U) != 0)) { // else it has no direction
+            feed(node, "anisotropy", &Material::anisotropyTexture, "blue", fMaterial.anisotropy);
+            if (fMaterial.anisotropyRotation != 0.0F)
+                node.setValue("anisotropyRotation", fMaterial.anisotropyRotation);
+            if (tangent)
+                connect(node, "anisotropyTangent", tangent);
+        }
+        if (fMaterial.iridescence > 0.0F) {
+            feed(node, "iridescence", &Material::iridescenceTexture, "red", fMaterial.iridescence);
+            node.setValue("iridescenceIor", fMaterial.iridescenceIor);
+            addFilm(node);
+        }
+    }
+
+    void addFilm(ShadingNodeSpec& node) {
+        const Source sampled = texture(&Material::filmTexture, "green");
+        if (!sampled) {
+            node.setValue("iridescenceThickness", fMaterial.thickestFilm);
+            return;
+        }
+        const Node mix = std::make_shared<ShadingNodeSpec>(kMix);
+        mix->setValue("a", fMaterial.thinnestFilm);
+        mix->setValue("b", fMaterial.thickestFilm);
+        connect(*mix, "weight", sampled);
+        connect(node, "iridescenceThickness", {mix, "red"});
+    }
+
+    void addTransmission(ShadingNodeSpec& node) {
+        if (fMaterial.transmission == 0.0F && fMaterial.diffuseTransmission == 0.0F)
+            return;
+        if (fMaterial.transmission > 0.0F)
+            feed(node, "transmission", &Material::transmissionTexture, "red", fMaterial.transmission);
+        if (fMaterial.diffuseTransmission > 0.0F) {
+            feed(node, "diffuseTransmission", &Material::diffuseTransmissionTexture, "alpha",
+                 fMaterial.diffuseTransmission);
+            feed(node, "diffuseTransmissionColor", &Material::diffuseTransmissionColorTexture,
+                 fMaterial.diffuseTransmissionColor);
+        }
+        if (fMaterial.thickness == 0.0F)
+            return;
+        feed(node, "thickness", &Material::thicknessTexture, "green", fMaterial.thickness);
+        if (fMaterial.attenuationDistance > 0.0F) {
+            node.setValue("attenuationColor", fMaterial.attenuationColor);
+            node.setValue("attenuationDistance", fMaterial.attenuationDistance);
+        }
+        if (fMaterial.dispersion > 0.0F)
+            node.setValue("dispersion", fMaterial.dispersion);
     }
 
     Node specularGlossiness() {

@@ -28,23 +28,30 @@ std::string fileNameOf(const std::string& name) {
 
 Encoding encodingOf(TextureUse Material::*use) {
     const bool isColor = use == &Material::baseColorTexture || use == &Material::emissiveTexture ||
-                         use == &Material::specularTexture;
+                         use == &Material::specularTexture || use == &Material::specularTintTexture ||
+                         use == &Material::sheenTexture || use == &Material::diffuseTransmissionColorTexture;
     return isColor ? Encoding::Srgb : Encoding::Linear;
 }
 
-/// The alpha of colour pictures is opacity or glossiness.
+bool hasSheen(const Material& material) {
+    return material.sheen[0] > 0.0F || material.sheen[1] > 0.0F || material.sheen[2] > 0.0F;
+}
+
+/// The alpha of pictures is opacity or glossiness, or a number that goes with a colour.
 bool readsAlpha(const Material& material, TextureUse Material::*use) {
-    return use == &Material::specularTexture ||
+    return use == &Material::specularTexture || use == &Material::specularWeightTexture ||
+           use == &Material::sheenRoughnessTexture || use == &Material::diffuseTransmissionTexture ||
            (use == &Material::baseColorTexture && material.alphaMode != AlphaMode::Opaque);
 }
 
 } // namespace
 
 SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky,
-                           const koLinear::Vector& up, const ShadowMap* shadows,
+                           const koLinear::Vector& up, const ShadowMap* shadows, const Behind* behind,
                            std::unique_ptr<MaterialLanguage> language)
     : fLanguage(std::move(language)), fScene(scene), fLights(lights), fSpecs(lights.specs()), fStore(scene),
-      fTextures(scene.materials.size()), fUp(scaled(up, 1.0 / length(up))), fShadows(shadows) {
+      fTextures(scene.materials.size()), fUp(scaled(up, 1.0 / length(up))), fShadows(shadows),
+      fBehind(behind), fHasSky(sky != nullptr) {
     for (size_t i = 0; i < scene.materials.size(); ++i)
         askTextures(i);
     fStore.begin();
@@ -52,18 +59,21 @@ SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const 
         looks.resize(scene.instances.size());
     if (shadows)
         fSpecs[0].fCastsShadow = true;
-    if (sky) {
+    if (sky)
         fSpecs.emplace_back().fType = LightSpec::kSky;
-        fSkyMaps = std::make_unique<SkyMaps>(*sky);
-    }
+    const bool withSheen = std::any_of(scene.materials.begin(), scene.materials.end(), hasSheen);
+    if (sky || withSheen)
+        fSkyMaps = std::make_unique<SkyMaps>(sky, withSheen);
     addFrameValues();
 }
 
 void SceneShaders::addFrameValues() {
-    if (fSkyMaps)
+    if (fHasSky)
         fFrameValues.push_back({"skyUp", std::vector<float>(3)});
     if (fShadows)
         fFrameValues.push_back({"light0ShadowMatrix", std::vector<float>(16)});
+    if (fBehind)
+        fFrameValues.push_back({"behindMatrix", std::vector<float>(16)});
     for (size_t i = 0; i < fSpecs.size(); ++i) {
         const std::string light = "light" + std::to_string(i);
         if (fSpecs[i].fHasRange)
@@ -160,6 +170,8 @@ void SceneShaders::compile(Program& program, int material) {
     }
     if (fShadows)
         addMap(program, "light0ShadowMap", fShadows->texture());
+    if (fBehind)
+        addMap(program, "behind", fBehind->texture());
     for (const FrameValue& value : fFrameValues)
         program.framePlaces.push_back(program.shader->placeOf(value.name.c_str()));
 }
@@ -199,13 +211,17 @@ void SceneShaders::beginFrame(const koLinear::AffineMatrix& worldToEye) {
 void SceneShaders::updateFrameValues(const koLinear::AffineMatrix& worldToEye) {
     auto value = fFrameValues.begin();
     const auto toFloat = [](double number) { return static_cast<float>(number); };
-    if (fSkyMaps) {
+    if (fHasSky) {
         const koLinear::Vector up = worldToEye.transform(fUp);
         std::transform(up.data(), up.data() + 3, (value++)->floats.begin(), toFloat);
     }
     if (fShadows) {
         const auto eyeToMap = koLinear::ProjMatrix(worldToEye.inverse()).then(fShadows->worldToMap());
-        std::transform(eyeToMap.data(), eyeToMap.data() + 16, value->floats.begin(), toFloat);
+        std::transform(eyeToMap.data(), eyeToMap.data() + 16, (value++)->floats.begin(), toFloat);
+    }
+    if (fBehind) {
+        const double* matrix = fBehind->eyeToMap().data();
+        std::transform(matrix, matrix + 16, value->floats.begin(), toFloat);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "draw/SceneLights.h"
+#include "shading/Behind.h"
 #include "shading/MaterialNetwork.h"
 #include "shading/MaterialShader.h"
 #include "shading/ShadowMap.h"
@@ -22,9 +23,10 @@ namespace orloview {
 class SceneShaders {
 public:
     /// `sky`: what shines from all round; null for none. `up`: which way is up, in the world. `shadows`: of
-    /// the first light; null for none, else updated before a frame begins.
+    /// the first light; null for none. `behind`: of clear materials; null where there are none. Both are
+    /// updated before a frame begins.
     SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky, const koLinear::Vector& up,
-                 const ShadowMap* shadows, std::unique_ptr<MaterialLanguage> language);
+                 const ShadowMap* shadows, const Behind* behind, std::unique_ptr<MaterialLanguage> language);
 
     SceneShaders(const SceneShaders&) = delete;
     SceneShaders& operator=(const SceneShaders&) = delete;
@@ -117,6 +119,8 @@ private:
     std::unique_ptr<SkyMaps> fSkyMaps;
     koLinear::Vector fUp;
     const ShadowMap* fShadows;
+    const Behind* fBehind;
+    bool fHasSky;
 
     const Look* fCurrent = nullptr;
     Program* fCurrentProgram = nullptr;

@@ -136,25 +136,71 @@ Color responseAt(double nv, double roughness) {
     return response;
 }
 
+/// How far fibres stand in each other's light (the snippet "sheenLight" of the shaders says the same).
+double fibreMasking(double cosine, double alpha) {
+    const double weight = (1.0 - alpha) * (1.0 - alpha);
+    const auto curve = [weight](double x) {
+        const double power = std::pow(x, std::lerp(0.19823, 0.16801, weight));
+        return std::lerp(21.5473, 25.3245, weight) / (1.0 + std::lerp(3.82987, 3.32435, weight) * power) +
+               std::lerp(-1.97760, -1.27393, weight) * x + std::lerp(-4.32054, -4.85967, weight);
+    };
+    return std::exp(cosine < 0.5 ? curve(cosine) : 2.0 * curve(0.5) - curve(1.0 - cosine));
+}
+
+/// What white fibres send to the eye under a sky of 1, seen at that cosine.
+double sheenAt(double nv, double roughness) {
+    constexpr int kSteps = 64;
+    const double alpha = std::max(roughness * roughness, 0.005);
+    const double sine = std::sqrt(1.0 - nv * nv);
+    const double fromEye = 1.0 + fibreMasking(nv, alpha);
+    double sum = 0.0;
+    for (int i = 0; i < kSteps; ++i) {
+        const double nl = middle(i, kSteps);
+        const double side = std::sqrt(1.0 - nl * nl);
+        const double masking = 4.0 * nv * (fromEye + fibreMasking(nl, alpha));
+        for (const double turn : turns()) {
+            const double vl = nv * nl + sine * side * turn;
+            const double nh = (nv + nl) / std::sqrt(2.0 + 2.0 * vl);
+            const double facing = std::max(1.0 - nh * nh, 0.0);
+            sum += (2.0 + 1.0 / alpha) * std::pow(facing, 0.5 / alpha) / masking / (kSteps * kTurns);
+        }
+    }
+    return std::min(sum, 1.0);
+}
+
 } // namespace
 
-SkyMaps::SkyMaps(const Sky& sky) {
+SkyMaps::SkyMaps(const Sky* sky, bool withSheen) {
+    if (sky)
+        addSky(*sky);
+    addResponse(withSheen);
+}
+
+void SkyMaps::addSky(const Sky& sky) {
     std::vector<Surroundings> around;
     around.reserve(kHeights);
     std::vector<Color> diffuse;
     diffuse.reserve(kHeights);
     std::vector<Color> reflection;
-    std::vector<Color> response;
     for (int i = 0; i < kHeights; ++i)
         diffuse.push_back(diffuseFrom(around.emplace_back(sky, heightOf(i))));
     for (int j = 0; j < kRoughnesses; ++j) {
         for (const Surroundings& seen : around)
             reflection.push_back(reflectionFrom(seen, middle(j, kRoughnesses)));
-        for (int i = 0; i < kCosines; ++i)
-            response.push_back(responseAt(middle(i, kCosines), middle(j, kRoughnesses)));
     }
     add("skyDiffuse", kHeights, 1, diffuse);
     add("skyReflection", kHeights, kRoughnesses, reflection);
+}
+
+void SkyMaps::addResponse(bool withSheen) {
+    std::vector<Color> response;
+    for (int j = 0; j < kRoughnesses; ++j) {
+        for (int i = 0; i < kCosines; ++i) {
+            Color& texel = response.emplace_back(responseAt(middle(i, kCosines), middle(j, kRoughnesses)));
+            if (withSheen)
+                texel[2] = sheenAt(middle(i, kCosines), middle(j, kRoughnesses));
+        }
+    }
     add("skyResponse", kCosines, kRoughnesses, response);
 }
 

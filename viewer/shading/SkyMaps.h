@@ -9,10 +9,11 @@
 namespace orloview {
 
 /// A sky as shaders read it (docs/shading-networks.md): integrals of the microfacet model over it, exact
-/// where a surface faces the eye. Needs a current context.
+/// where a surface faces the eye; without a sky, what surfaces make of any. Needs a current context.
 class SkyMaps {
 public:
-    explicit SkyMaps(const Sky& sky);
+    /// `withSheen`: some surface has fibres.
+    SkyMaps(const Sky* sky, bool withSheen);
     ~SkyMaps();
 
     SkyMaps(const SkyMaps&) = delete;
@@ -25,6 +26,8 @@ public:
     const std::vector<Map>& maps() const { return fMaps; }
 
 private:
+    void addSky(const Sky& sky);
+    void addResponse(bool withSheen);
     void add(const char* name, int width, int height, const std::vector<Sky::Color>& texels);
 
     std::vector<Map> fMaps;

@@ -48,6 +48,7 @@ void WindowPainter::paint(const View& view, const FrameContent& content, const F
                           const WriteText& writeText) {
     GLStartupContext::fpGlobalGLStartupContext->makeCurrent();
     const FrameLook large = enlarged(look, factor);
+    prepareFrame(view, content, large);
     Canvas* canvas = canvasFor(large, static_cast<size_t>(factor));
     if (canvas)
         drawFrame(canvas->target(), view, content, large);
