@@ -79,6 +79,13 @@ TEST(Picture, drawsTheBrightEndTogether) {
     Picture picture(1, 1);
     developBlock(picture, {0, 0, 1, 1}, bright, 1, {false, ToneMap::Soft});
     EXPECT_EQ(picture.rgba, (std::vector<std::uint8_t>{243, 243, 243, 128}));
+
+    // Past the curve: what alpha has above 1, and the background under what alpha leaves uncovered.
+    const float pixels[] = {1, 0, 0.5F, 2, 0, 0, 0, 0, 0.5F, 0.5F, 0.5F, 0.5F};
+    Picture three(3, 1);
+    developBlock(three, {0, 0, 3, 1}, pixels, 1, {true, ToneMap::Soft, {1, 1, 0, 1}});
+    EXPECT_EQ(three.rgba,
+              (std::vector<std::uint8_t>{255, 0, 188, 255, 255, 255, 0, 255, 249, 249, 179, 255}));
 }
 
 } // namespace

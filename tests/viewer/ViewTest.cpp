@@ -23,42 +23,72 @@ koLinear::Point project(const View& view, const koLinear::Point& p) {
     return {clip[0] / clip[3], clip[1] / clip[3], clip[2] / clip[3]};
 }
 
-TEST(View, fitsEveryCornerWhateverTheShape) {
+TEST(View, fitsEveryPointWhateverTheShape) {
     const Bounds shapes[] = {box(-1, -1, -1, 1, 1, 1), box(0, 0, 0, 100, 1, 1), box(5, 5, 5, 5.001, 9, 5.001),
                              box(-1e6, 0, 2e6, 1e6, 10, 3e6), box(3, 3, 3, 3, 3, 3)};
     for (const Bounds& bounds : shapes) {
-        for (double aspect : {0.3, 1.0, 2.5}) {
-            const View view = placeView({}, bounds, aspect);
-            double widest = 0.0;
-            for (int corner = 0; corner < 8; ++corner) {
-                const koLinear::Point p = project(view, {corner & 1 ? bounds.max[0] : bounds.min[0],
-                                                         corner & 2 ? bounds.max[1] : bounds.min[1],
-                                                         corner & 4 ? bounds.max[2] : bounds.min[2]});
-                widest = std::max({widest, std::abs(p[0]), std::abs(p[1])});
-                EXPECT_GT(p[2], -1.0);
-                EXPECT_LT(p[2], 1.0);
-            }
-            EXPECT_LT(widest, 1.0);
-            if (bounds.max[1] > bounds.min[1]) {
-                EXPECT_GT(widest, 0.8) << "fills the picture";
+        for (const double aspect : {0.3, 1.0, 2.5}) {
+            for (const bool orthographic : {false, true}) {
+                Placement placement;
+                placement.orthographic = orthographic;
+                const View view = placeView(placement, bounds, aspect);
+                double most[2] = {-1.0, -1.0};
+                double least[2] = {1.0, 1.0};
+                outlineOf(bounds)([&](const koLinear::Point& corner) {
+                    const koLinear::Point p = project(view, corner);
+                    for (int axis = 0; axis < 2; ++axis) {
+                        // Of the shorter side.
+                        const double at =
+                            p[axis] * (axis == 0 ? std::max(aspect, 1.0) : std::max(1.0 / aspect, 1.0));
+                        most[axis] = std::max(most[axis], at);
+                        least[axis] = std::min(least[axis], at);
+                    }
+                    EXPECT_GT(p[2], -1.0);
+                    EXPECT_LT(p[2], 1.0);
+                });
+                for (int axis = 0; axis < 2; ++axis)
+                    EXPECT_NEAR(most[axis], -least[axis], 0.04) << "in the middle";
+                if (bounds.max[1] > bounds.min[1]) {
+                    EXPECT_NEAR(std::max(most[0], most[1]), 0.85, 0.02);
+                }
             }
         }
     }
 }
 
-TEST(View, looksFromTheFrontAndALittleAbove) {
-    const View view = placeView({}, box(-1, -1, -1, 1, 1, 1), 1.0);
-    const koLinear::Point eye = view.worldToEye.inverse().transform(koLinear::Point());
-    EXPECT_NEAR(eye[0], 0.0, 1e-9);
-    EXPECT_GT(eye[1], 0.0);
-    EXPECT_GT(eye[2], 3.0 * eye[1]);
+TEST(View, looksFromThreeQuartersUnlessTold) {
+    const auto eyeOf = [](const Placement& placement) {
+        const Viewpoint viewpoint = placeEye(placement, outlineOf(box(-1, -1, -1, 1, 1, 1)), 1.0);
+        EXPECT_NEAR(viewpoint.right[1] * (placement.up ? 0.0 : 1.0), 0.0, 1e-9) << "level";
+        return viewpoint.back;
+    };
+    const auto expectNear = [](const koLinear::Vector& a, const koLinear::Vector& b) {
+        for (int axis = 0; axis < 3; ++axis)
+            EXPECT_NEAR(a[axis], b[axis], 1e-6) << axis;
+    };
+    expectNear(eyeOf({}),
+               {0.5 * std::cos(20.0 / 180 * std::numbers::pi), std::sin(20.0 / 180 * std::numbers::pi),
+                std::sqrt(0.75) * std::cos(20.0 / 180 * std::numbers::pi)});
+    expectNear(eyeOf({{-90.0, 0.0}}), {-1, 0, 0});
+    expectNear(eyeOf({{0.0, -90.0}}), {0, -1, 0});
     // Where z is up the front is -y, so that the model stands on its feet.
-    Placement upright;
-    upright.up = koLinear::Vector(0, 0, 1);
-    const View zUp = placeView(upright, box(-1, -1, -1, 1, 1, 1), 1.0);
-    const koLinear::Point zUpEye = zUp.worldToEye.inverse().transform(koLinear::Point());
-    EXPECT_LT(zUpEye[1], 0.0);
-    EXPECT_GT(zUpEye[2], 0.0);
+    Placement upright{{90.0, 0.0}};
+    upright.up = koLinear::Vector(0, 0, 2);
+    expectNear(eyeOf(upright), {1, 0, 0});
+}
+
+TEST(View, keepsATargetInTheMiddleAndRoomToTurn) {
+    const Bounds bounds = box(0, 0, 0, 4, 1, 1);
+    Placement placement;
+    placement.target = koLinear::Point(0, 0, 0);
+    const View view = placeView(placement, bounds, 1.0);
+    EXPECT_NEAR(project(view, {0, 0, 0})[0], 0.0, 1e-9);
+    outlineOf(bounds)([&](const koLinear::Point& p) { EXPECT_LT(std::abs(project(view, p)[0]), 0.86); });
+    const koLinear::Vector up(0, 1, 0);
+    Viewpoint viewpoint = placeEye({{0.0, 0.0}}, turnedAbout(outlineOf(bounds), centerOf(bounds), up), 1.0);
+    turnedAbout(outlineOf(bounds), centerOf(bounds), up)([&](const koLinear::Point& p) {
+        EXPECT_LT(std::abs(project(viewFrom(viewpoint, bounds, 1.0), p)[0]), 0.86);
+    });
 }
 
 TEST(View, obeysEyeTargetUpAndAngle) {

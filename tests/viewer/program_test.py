@@ -40,6 +40,47 @@ class Program(ViewerProgram):
         self.assertEqual(list(rows[26][32 * 3 : 33 * 3]), [188, 0, 255])
         self.assertEqual(list(rows[0][:3]), [0x20, 0x40, 0x60])
 
+    def test_backgrounds_and_unlit_colours_stay_as_they_are_beside_lit_ones(self):
+        quads = [{"material": 0, "at": (-1, 1, 0, -1)}, {"material": 1, "at": (0, 0.9, 0.9, -1)}]
+        model = self.write("m.gltf", textured(quads, [unlit(1, 0, 1), {"pbrMetallicRoughness": {"metallicFactor": 0}}], []))
+        switches = ("--size", "64x64", "--camera", "0", "--background", "white")
+        for shading in ("glsl", "cg"):
+            rows = self.picture(model, *switches, "--shading", shading)[3]
+            self.assertEqual([list(rows[y][3 * x : 3 * x + 3]) for x, y in ((62, 2), (16, 32))], [[255, 255, 255], [255, 0, 255]])
+            self.assertTrue(200 < rows[32][48 * 3] < 255, rows[32][48 * 3])  # lit: its tones are mapped
+
+    def test_plain_models_are_grey_and_fill_the_picture(self):
+        fan = "".join(f"v {math.cos(a)} {math.sin(a)} 0\n" for a in (i * math.pi / 18 for i in range(36))) + "v 0 0 1\nv 0 0 -1\n"
+        fan += "".join(f"f {i + 1} {(i + 1) % 36 + 1} 37\nf {(i + 1) % 36 + 1} {i + 1} 38\n" for i in range(36))
+        rows = self.picture(self.write("m.obj", fan), "--size", "160x100", "--background", "blue", "--samples", "1")[3]
+        seen = [(x, y) for y in range(100) for x in range(160) if list(rows[y][3 * x : 3 * x + 3]) != [0, 0, 255]]
+        self.assertAlmostEqual(max(max(p[axis] for p in seen) - min(p[axis] for p in seen) for axis in (0, 1)) + 1, 85, delta=1.5)
+        self.assertLess(sum(min(rows[y][3 * x : 3 * x + 3]) >= 245 for x, y in seen), 0.02 * len(seen))
+
+    def test_views_by_name_and_angle(self):
+        sides = {"front": (0, 0), "back": (180, 0), "right": (90, 0), "left": (-90, 0), "top": (0, 90), "bottom": (0, -90)}
+        normals = ((0, 0, 1), (0, 0, -1), (1, 0, 0), (-1, 0, 0), (0, 1, 0), (0, -1, 0))
+        vertices, faces, colors = [], [], {}
+        for number, (name, (x, y, z)) in enumerate(zip(sides, normals)):
+            u, v = (y, z, x), (z, x, y)  # turned on by one axis, and by two: from u to v is round the normal
+            colors[name] = [40 * number + 20, 255 - 40 * number, 100]
+            for a, b in ((-1, -1), (1, -1), (1, 1), (-1, 1)):
+                vertices.append([c + a * d + b * e for c, d, e in zip((x, y, z), u, v)] + colors[name])
+            faces.append([4, *(4 * number + i for i in range(4))])
+        head = "ply\nformat ascii 1.0\nelement vertex 24\n" + "".join(f"property float {c}\n" for c in "xyz")
+        head += "".join(f"property uchar {c}\n" for c in ("red", "green", "blue")) + "element face 6\nproperty list uchar int vertex_indices\nend_header\n"
+        cube = self.write("cube.ply", head + "".join(" ".join(map(str, row)) + "\n" for row in vertices + faces))
+        looks = ("--size", "40x40", "--no-lights", "--samples", "1")
+        shown = {name: self.picture(cube, "--view", name, *looks)[3] for name in (*sides, "iso")}
+        for name, (azimuth, elevation) in sides.items():
+            self.assertEqual(shown[name], self.picture(cube, f"--azimuth={azimuth}", f"--elevation={elevation}", *looks)[3], name)
+        middle = {name: list(rows[20][60:63]) for name, rows in shown.items()}
+        self.assertEqual(len({tuple(color) for name, color in middle.items() if name in sides}), 6)
+        seen = [tuple(row[x : x + 3]) for row in shown["iso"] for x in range(0, 120, 3)]
+        counts = [seen.count(tuple(middle[name])) for name in ("front", "right", "top")]
+        self.assertTrue(min(counts) > 0.9 * max(counts) > 200, counts)
+        self.assertNotIn(tuple(middle["back"]), seen)
+
     def test_lit_faces_keep_their_hue_and_turn_darker_away_from_the_key_light(self):
         material = {"pbrMetallicRoughness": {"baseColorFactor": [0.8, 0.4, 0.1, 1], "roughnessFactor": 1}}
         model = self.write("m.gltf", gltf(material))
@@ -353,6 +394,9 @@ class Program(ViewerProgram):
         model = self.write("m.gltf", gltf())
         out = ["-o", self.path("out.png")]
         self.fails(1, [model, *out, "--eye", "0,0,0"], "--eye is where the view looks")
+        self.fails(1, [model, *out, "--eye", "0,0,9", "--view", "top"], "--eye says where the eye is; leave --view, --azimuth and --elevation out")
+        self.fails(1, [model, *out, "--view", "above"], "--view above: give front, back, left, right, top, bottom or iso")
+        self.fails(1, [model, *out, "--elevation", "91"], "--elevation 91: give degrees from -90 to 90")
         self.assertEqual(self.picture(model, "--size", "20000x10")[:2], (20000, 10), "wider than any buffer")
         os.remove(self.path("out.png"))
 

@@ -72,6 +72,7 @@ DrawableScene::DrawableScene(const Scene& scene, Shading shading, const Progress
     std::vector<size_t> blended;
     std::vector<Bounds> boxes;
     for (size_t i = 0; i < scene.instances.size(); ++i) {
+        fHasUnlit = fHasUnlit || !isLit(i);
         if (materialOf(i).alphaMode == AlphaMode::Blend) {
             blended.push_back(i);
             boxes.push_back(boundsOf(meshOf(i), scene.instances[i].toWorld));

@@ -59,6 +59,9 @@ public:
     /// Whether its triangles are seen from behind too: the material or the file says so.
     bool isDoubleSided(size_t instance) const;
 
+    /// Whether any instance is drawn whose colours are meant as they are.
+    bool hasUnlit() const { return fHasUnlit; }
+
     /// Whether any instance's material lets see what stands behind it.
     bool hasClear() const;
 
@@ -97,6 +100,7 @@ private:
     GLRouting fRouting;
     std::vector<std::unique_ptr<Drawable>> fDrawables; ///< as Scene::meshes
     std::vector<size_t> fOpaque;
+    bool fHasUnlit = false;
     std::unique_ptr<BlendedElements> fBlended;
 };
 

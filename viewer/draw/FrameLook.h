@@ -3,6 +3,8 @@
 #include "output/Picture.h"
 #include "output/ToneMap.h"
 
+#include <algorithm>
+
 #include <orlohost/koColor.h>
 
 namespace orloview {
@@ -24,9 +26,19 @@ struct FrameLook {
     float lineWidth = 1.0F;
 };
 
+/// Whether a frame's tones are mapped; its background isn't in it then, but is laid under afterwards.
+inline bool isToneMapped(const FrameLook& look) {
+    return look.lights && look.toneMap != ToneMap::Cut;
+}
+
 /// How a frame of that look becomes a picture.
 inline Development developmentOf(const FrameLook& look) {
-    return {look.background[3] == 1.0F, look.lights ? look.toneMap : ToneMap::Cut};
+    Development development{look.background[3] == 1.0F};
+    if (isToneMapped(look)) {
+        development.toneMap = look.toneMap;
+        std::copy_n(look.background.data(), 4, development.background.begin());
+    }
+    return development;
 }
 
 } // namespace orloview

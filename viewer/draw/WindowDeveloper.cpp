@@ -12,13 +12,14 @@ void main() {
 }
 )";
 
-// Cuts each sample to 0..1 or maps its tones (output/ToneMap.h), averages, divides by alpha, encodes as sRGB
-// (IEC 61966-2-1).
+// Cuts each sample to 0..1 or maps its tones (output/ToneMap.h), lays the background under it, averages,
+// divides by alpha, encodes as sRGB (IEC 61966-2-1).
 constexpr const char* kFragmentSource = R"(
 uniform sampler2D frame;
 uniform float factor;
 uniform vec2 texel;
 uniform bool soft;
+uniform vec4 background;
 
 vec3 toneMapped(vec3 color) {
     color = max(color, 0.0);
@@ -30,10 +31,12 @@ vec3 toneMapped(vec3 color) {
 }
 
 vec4 cut(vec4 light) {
+    float plain = clamp(light.a - 1.0, 0.0, 1.0);
     light.a = clamp(light.a, 0.0, 1.0);
+    vec4 shown = clamp(light, 0.0, 1.0);
     if (soft && light.a > 0.0)
-        light.rgb = toneMapped(light.rgb / light.a) * light.a;
-    return clamp(light, 0.0, 1.0);
+        shown.rgb = mix(toneMapped(light.rgb / light.a) * light.a, shown.rgb, plain);
+    return shown + (1.0 - light.a) * background;
 }
 
 void main() {
@@ -85,6 +88,7 @@ WindowDeveloper::WindowDeveloper() {
     }
     // The one sampler reads unit 0, where a program's samplers point until told otherwise.
     fFactorLocation = gl->glGetUniformLocationARB(fProgram, "factor");
+    fBackgroundLocation = gl->glGetUniformLocationARB(fProgram, "background");
     fSoftLocation = gl->glGetUniformLocationARB(fProgram, "soft");
     fTexelLocation = gl->glGetUniformLocationARB(fProgram, "texel");
 }
@@ -94,12 +98,13 @@ WindowDeveloper::~WindowDeveloper() {
         GLFunctionTable::fpGlobalFunctionTable->glDeleteObjectARB(fProgram);
 }
 
-void WindowDeveloper::develop(IGLTexture& frame, int factor, ToneMap toneMap) {
+void WindowDeveloper::develop(IGLTexture& frame, int factor, const Development& development) {
     GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     frame.bind();
     gl->glUseProgramObjectARB(fProgram);
     gl->glUniform1fARB(fFactorLocation, static_cast<float>(factor));
-    gl->glUniform1iARB(fSoftLocation, toneMap == ToneMap::Soft ? 1 : 0);
+    gl->glUniform1iARB(fSoftLocation, development.toneMap == ToneMap::Soft ? 1 : 0);
+    gl->glUniform4fvARB(fBackgroundLocation, 1, development.background.data());
     gl->glUniform2fARB(fTexelLocation, 1.0F / static_cast<float>(frame.width()),
                        1.0F / static_cast<float>(frame.height()));
     fRouting.drawGroup(&fGroup, nullptr, nullptr, nullptr, 0, false);

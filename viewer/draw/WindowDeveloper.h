@@ -1,6 +1,6 @@
 #pragma once
 
-#include "output/ToneMap.h"
+#include "output/Picture.h"
 
 #include <array>
 
@@ -27,13 +27,14 @@ public:
     bool usable() const { return fProgram != 0; }
 
     /// Fills the current target with the frame, `factor` of whose pixels each way make one of the target's.
-    void develop(IGLTexture& frame, int factor, ToneMap toneMap);
+    void develop(IGLTexture& frame, int factor, const Development& development);
 
 private:
     GLhandleARB fProgram = 0;
     GLint fFactorLocation = -1;
     GLint fTexelLocation = -1;
     GLint fSoftLocation = -1;
+    GLint fBackgroundLocation = -1;
     GeometryLogicalGroup fGroup;
     GLRouting fRouting;
 };

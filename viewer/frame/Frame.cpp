@@ -21,7 +21,9 @@ void enable(GLenum capability, bool on) {
 void clear(const FrameLook& look) {
     const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     gl->glViewport(-look.left, -look.bottom, look.width, look.height);
-    gl->glClearColor(look.background[0], look.background[1], look.background[2], look.background[3]);
+    const koColor::Color color =
+        isToneMapped(look) ? koColor::Color(0.0F, 0.0F, 0.0F, 0.0F) : look.background;
+    gl->glClearColor(color[0], color[1], color[2], color[3]);
     gl->glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     gl->glDepthMask(GL_TRUE);
     gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -140,7 +142,7 @@ void drawFixed(DrawableScene& drawable, size_t index, const FrameLook& look, Tex
     setFixedMaterial(drawable, index, look, units, shader);
     drawPlaced(drawable, index, [&] {
         drawable.drawMesh(index);
-        const bool mayBeSeenThrough = look.background[3] < 1.0F;
+        const bool mayBeSeenThrough = look.background[3] < 1.0F || isToneMapped(look);
         if (drawable.materialOf(index).alphaMode == AlphaMode::Mask && mayBeSeenThrough)
             fillAlpha(drawable, index, units);
     });
@@ -196,6 +198,34 @@ void drawSceneFixed(const FrameContent& content, const View& view, const FrameLo
         shader->unbind();
 }
 
+/// Marks what is seen of an instance as a colour that is meant as it is: twice as much alpha as there can be.
+void markPlain(DrawableScene& drawable, size_t index) {
+    drawPlaced(drawable, index, [&] { drawable.drawShape(index); });
+}
+
+/// The same for all that has no light, once all that may cover it is drawn.
+void markPlain(const FrameContent& content, const FrameLook& look) {
+    const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
+    GLPassState state;
+    state.setColorMask(false, false, false, true);
+    state.setDepthMask(false);
+    state.setDepthFunc(GLPassState::kTestEqual);
+    state.setBlendFuncFactors(GLPassState::kBlendOne, GLPassState::kBlendOne);
+    state.applyGL(false);
+    enable(GL_BLEND, true);
+    for (const GLenum capability : {GL_LIGHTING, GL_CULL_FACE, GL_ALPHA_TEST})
+        enable(capability, false);
+    gl->glColor4f(0.0F, 0.0F, 0.0F, 1.0F);
+    if (look.grid)
+        markPlain(content.grid, 0);
+    if (look.axes)
+        markPlain(content.axes, 0);
+    for (const size_t index : content.drawable.opaqueInstances()) {
+        if (!content.drawable.isLit(index) && isSeen(content, index))
+            markPlain(content.drawable, index);
+    }
+}
+
 /// What is clear can't be drawn while what stands behind it is.
 enum class Clear : std::uint8_t { Drawn, LeftOut };
 
@@ -220,8 +250,11 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
         drawPlaced(drawable, index, [&] { drawable.drawMesh(index); });
     }
     const std::vector<BlendedElements::Run>& blended = drawable.farthestFirst(view.worldToEye);
-    if (content.particles) {
+    const bool hasPlain = isToneMapped(look) && (look.grid || look.axes || drawable.hasUnlit());
+    if (content.particles || hasPlain) {
         content.shaders->endFrame();
+        if (hasPlain)
+            markPlain(content, look);
         drawParticles(content, view, look, units);
         if (blended.empty())
             return;
@@ -265,6 +298,7 @@ void draw(GLFrameBuffer& target, const View& view, const FrameContent& content, 
 /// The frame of a view as a square, with nothing left out but what is clear.
 void drawBehind(GLFrameBuffer& target, const View& view, FrameContent content, FrameLook look) {
     content.culling = nullptr;
+    look.toneMap = ToneMap::Cut;
     look.width = look.height = Behind::kSide;
     draw(target, view, content, look, Clear::LeftOut);
 }

@@ -2,6 +2,7 @@
 
 #include "base/ExitCode.h"
 #include "output/Picture.h"
+#include "scene/Vectors.h"
 
 #include <algorithm>
 #include <charconv>
@@ -84,11 +85,15 @@ FrameLook enlarged(FrameLook look, int factor) {
 
 Viewpoint chooseEye(const Options& options, const Scene& scene) {
     const double aspect = static_cast<double>(options.width) / options.height;
-    const Bounds bounds = scene.bounds();
     if (options.camera)
-        return eyeOf(findCamera(*options.camera, scene), bounds);
-    return placeEye({options.eye, options.target, options.up, options.fieldOfView, options.orthographic},
-                    bounds, aspect);
+        return eyeOf(findCamera(*options.camera, scene), scene.bounds());
+    Outline outline = outlineOf(scene);
+    if (options.turntable > 0)
+        outline = turnedAbout(outline, centerOf(scene.bounds()),
+                              scaled(upOf(options), 1.0 / length(upOf(options))));
+    return placeEye({options.direction, options.eye, options.target, options.up, options.fieldOfView,
+                     options.orthographic},
+                    outline, aspect);
 }
 
 View chooseView(const Options& options, const Scene& scene, const Bounds& bounds) {

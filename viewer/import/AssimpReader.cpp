@@ -161,7 +161,7 @@ public:
     Scene convert(const std::string& format) {
         fScene.format = format;
         for (unsigned i = 0; i < fSource.mNumMaterials; ++i)
-            fScene.materials.push_back(material(*fSource.mMaterials[i]));
+            addMaterial(*fSource.mMaterials[i]);
         for (unsigned i = 0; i < fSource.mNumMeshes; ++i)
             addMesh(i);
         placeNodes();
@@ -172,6 +172,7 @@ public:
     }
 
 private:
+    void addMaterial(const aiMaterial& source);
     Material material(const aiMaterial& source);
     TextureUse use(const aiMaterial& source, std::initializer_list<aiTextureType> types);
     int texture(const std::string& name, const aiTextureMapMode* modes);
@@ -186,9 +187,21 @@ private:
     PictureSearch fPictures;
     Scene fScene;
     Warnings fWarnings;
+    std::vector<int> fMaterials; ///< the library's to those of the scene
     std::map<std::string, int> fTextures;
     std::map<unsigned, std::vector<int>> fMeshes; ///< the library's mesh to those of the scene
 };
+
+/// What the library makes up where a file has none is no material.
+void Converter::addMaterial(const aiMaterial& source) {
+    aiString name;
+    const bool isMadeUp = source.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS &&
+                          name == aiString(AI_DEFAULT_MATERIAL_NAME) &&
+                          source.GetTextureCount(aiTextureType_DIFFUSE) == 0;
+    fMaterials.push_back(isMadeUp ? -1 : static_cast<int>(fScene.materials.size()));
+    if (!isMadeUp)
+        fScene.materials.push_back(material(source));
+}
 
 Material Converter::material(const aiMaterial& source) {
     Material result;
@@ -291,8 +304,8 @@ void Converter::addElements(unsigned index, unsigned width, Topology topology) {
             mesh.indices.insert(mesh.indices.end(), face.mIndices, face.mIndices + width);
     if (mesh.indices.empty() || source.mVertices == nullptr)
         return;
-    if (source.mMaterialIndex < fScene.materials.size())
-        mesh.material = static_cast<int>(source.mMaterialIndex);
+    if (source.mMaterialIndex < fMaterials.size())
+        mesh.material = fMaterials[source.mMaterialIndex];
     for (unsigned i = 0; i < source.mNumVertices; ++i) {
         const aiVector3D& p = source.mVertices[i];
         mesh.positions.insert(mesh.positions.end(), {p.x, p.y, p.z});

@@ -123,7 +123,7 @@ Json json(const Texture& texture, const std::vector<Image>& images) {
     return result;
 }
 
-/// Meshes that the file has no material for: they are drawn in a plain one, white without gloss.
+/// Meshes that the file has no material for: they are drawn in a plain one, matt and grey.
 std::vector<std::string> unpainted(const Scene& scene) {
     std::vector<std::string> names;
     for (size_t i = 0; i < scene.meshes.size(); ++i)

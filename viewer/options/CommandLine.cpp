@@ -42,6 +42,14 @@ constexpr std::array<Choice<GLRoad>, 3> kRoads = {
 constexpr std::array<Choice<Shading>, 3> kShadings = {
     {{"fixed", Shading::Fixed}, {"glsl", Shading::Glsl}, {"cg", Shading::Cg}}};
 constexpr std::array<Choice<ToneMap>, 2> kToneMaps = {{{"none", ToneMap::Cut}, {"soft", ToneMap::Soft}}};
+constexpr double kIsometric = 35.26438968; // the arc tangent of the root of one half
+constexpr std::array<Choice<Direction>, 7> kDirections = {{{"front", {0.0, 0.0}},
+                                                           {"back", {180.0, 0.0}},
+                                                           {"left", {-90.0, 0.0}},
+                                                           {"right", {90.0, 0.0}},
+                                                           {"top", {0.0, 90.0}},
+                                                           {"bottom", {0.0, -90.0}},
+                                                           {"iso", {45.0, kIsometric}}}};
 constexpr std::array<Choice<ParticleKind>, 4> kParticles = {{{"points", ParticleKind::Points},
                                                              {"multi", ParticleKind::Multi},
                                                              {"sprites", ParticleKind::Sprites},
@@ -173,6 +181,11 @@ private:
              [=, &place](const std::string& text) { place = parseCount(name, text, least, most); });
     }
 
+    void look(const Direction& direction) {
+        fOptions.direction = direction;
+        fOptions.hasDirection = true;
+    }
+
     template <typename Triple>
     void triple(const std::string& name, const std::string& help, std::optional<Triple>& place) {
         word(name, "X,Y,Z", help,
@@ -242,6 +255,17 @@ void Switches::addFiles() {
 }
 
 void Switches::addView() {
+    word("--view", wordsOf(kDirections),
+         "From where the eye looks at the whole model: a side, or iso, which shows three alike; from 30 "
+         "degrees right of the front and 20 above unless given",
+         [this](const std::string& text) { look(oneOf("--view", text, kDirections)); });
+    word("--azimuth", "DEGREES", "How far right of the front the eye is", [this](const std::string& text) {
+        look({parseAngle("--azimuth", text, 360.0), fOptions.direction.elevation});
+    });
+    word("--elevation", "DEGREES", "How far above the front the eye is, -90 to 90",
+         [this](const std::string& text) {
+             look({fOptions.direction.azimuth, parseAngle("--elevation", text, 90.0)});
+         });
     triple("--eye", "Where the eye is", fOptions.eye);
     triple("--target", "What the eye looks at", fOptions.target);
     triple("--up", "Which way is up, 0,1,0 unless given", fOptions.up);

@@ -6,6 +6,7 @@
 #include "output/Progress.h"
 #include "output/Sampling.h"
 #include "output/ToneMap.h"
+#include "scene/View.h"
 #include "session/GLRoad.h"
 #include "shading/Sky.h"
 
@@ -31,6 +32,9 @@ struct Options {
     /// Of the picture or the window, pixels.
     int width = 1280;
     int height = 720;
+
+    Direction direction;
+    bool hasDirection = false; ///< one of the switches was given
 
     std::optional<koLinear::Point> eye;
     std::optional<koLinear::Point> target;

@@ -66,6 +66,9 @@ void checkTogether(const Options& options) {
     if (!options.depth.empty() && !isDepthFile(options.depth))
         throw Failure(kExitUsage,
                       "--depth " + options.depth + ": give a name ending in .pfm (distances) or .png");
+    if (options.hasDirection && (options.eye || options.camera))
+        throw Failure(kExitUsage, std::string(options.eye ? "--eye" : "--camera") +
+                                      " says where the eye is; leave --view, --azimuth and --elevation out");
     checkOwnShader(options);
     if (options.shadows && options.shading == Shading::Fixed)
         throw Failure(kExitUsage, "--shadows: the materials' shaders draw them; leave --shading fixed out");

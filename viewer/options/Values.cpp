@@ -57,6 +57,15 @@ size_t parseMemory(const std::string& text) {
     return size_t{*count} << (unit == 'M' ? 20U : 30U);
 }
 
+double parseAngle(const std::string& name, const std::string& text, double most) {
+    const std::optional<double> degrees = parseNumber<double>(text);
+    if (!degrees || !(std::abs(*degrees) <= most)) {
+        const std::string limit = std::to_string(static_cast<int>(most));
+        wrong(name, text, "give degrees from -" + limit + " to " + limit);
+    }
+    return *degrees;
+}
+
 float parsePointSize(const std::string& text) {
     const std::optional<float> size = parseNumber<float>(text);
     if (!size || !(*size >= 0.1F && *size <= 64.0F))

@@ -82,6 +82,9 @@ Triple parseTriple(const std::string& name, const std::string& text) {
 /// "500M" or "8G", in bytes.
 size_t parseMemory(const std::string& text);
 
+/// Degrees, -most to most.
+double parseAngle(const std::string& name, const std::string& text, double most);
+
 float parsePointSize(const std::string& text);
 double parseFieldOfView(const std::string& text);
 std::optional<Sky> parseSky(const std::string& text);

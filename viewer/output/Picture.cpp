@@ -60,22 +60,29 @@ std::array<float, 3> toneMapped(const float* rgb, float alpha) {
     return color;
 }
 
+/// A pixel's colour as a picture shows it, multiplied by alpha.
+std::array<float, 3> shown(const float* pixel, float alpha, ToneMap toneMap) {
+    const float plain = toneMap == ToneMap::Soft ? clampToUnit(pixel[3] - 1.0F) : 1.0F;
+    std::array<float, 3> color{};
+    if (plain < 1.0F)
+        color = toneMapped(pixel, alpha);
+    for (size_t channel = 0; plain > 0.0F && channel < 3; ++channel)
+        color[channel] += plain * (clampToUnit(pixel[channel]) - color[channel]);
+    return color;
+}
+
 /// The sum of a block's pixels: colour and alpha.
 std::array<float, 4> sumOf(const float* corner, size_t stride, int factor, const Development& development) {
     std::array<float, 4> sum{};
     for (int dy = 0; dy < factor; ++dy, corner += stride) {
         const float* in = corner;
         for (int dx = 0; dx < factor; ++dx, in += 4) {
-            const float alpha = development.opaque ? 1.0F : clampToUnit(in[3]);
-            if (development.toneMap == ToneMap::Soft) {
-                const std::array<float, 3> color = toneMapped(in, alpha);
-                for (size_t channel = 0; channel < 3; ++channel)
-                    sum[channel] += color[channel];
-            } else {
-                for (size_t channel = 0; channel < 3; ++channel)
-                    sum[channel] += clampToUnit(in[channel]);
-            }
-            sum[3] += alpha;
+            const float cover = clampToUnit(in[3]);
+            const std::array<float, 3> color = shown(in, cover, development.toneMap);
+            const float below = 1.0F - cover;
+            for (size_t channel = 0; channel < 3; ++channel)
+                sum[channel] += color[channel] + below * development.background[channel];
+            sum[3] += development.opaque ? 1.0F : cover + below * development.background[3];
         }
     }
     return sum;
@@ -114,7 +121,8 @@ void developBlock(Picture& picture, const Block& block, const float* linear, int
     }
 }
 
-void averageBlock(std::vector<float>& rgb, int width, const Block& block, const float* linear, int factor) {
+void averageBlock(std::vector<float>& rgb, int width, const Block& block, const float* linear, int factor,
+                  const std::array<float, 4>& background) {
     const size_t stride = static_cast<size_t>(block.width) * factor * 4;
     const float weight = 1.0F / static_cast<float>(factor * factor);
     for (int y = block.y; y < block.y + block.height; ++y, linear += stride * factor) {
@@ -123,8 +131,9 @@ void averageBlock(std::vector<float>& rgb, int width, const Block& block, const 
             for (int sample = 0; sample < factor * factor; ++sample) {
                 const float* in = linear + stride * (sample / factor) +
                                   static_cast<ptrdiff_t>(4) * (x * factor + sample % factor);
+                const float below = 1.0F - clampToUnit(in[3]);
                 for (size_t channel = 0; channel < 3; ++channel)
-                    out[channel] += in[channel] * weight;
+                    out[channel] += (in[channel] + below * background[channel]) * weight;
             }
         }
     }

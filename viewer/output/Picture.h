@@ -2,6 +2,7 @@
 
 #include "output/ToneMap.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -34,19 +35,23 @@ struct Block {
 
 /// How linear pixels become a picture's.
 struct Development {
-    bool opaque = true; ///< alpha counts as 1
+    bool opaque = true; ///< alpha counts as 1 in the end
     ToneMap toneMap = ToneMap::Cut;
+
+    /// Laid under what is there, past the tone map: linear, multiplied by its alpha.
+    std::array<float, 4> background{};
 };
 
 /// Turns a block of a frame into a block of a picture: averages squares of factor x factor linear pixels,
 /// encodes them as sRGB and turns the rows the right way up. `linear` holds red, green, blue (multiplied by
 /// alpha) and alpha per pixel of the frame's block, which is factor times as large both ways, rows from the
-/// bottom up.
+/// bottom up. What alpha has above 1 is the share of a colour that the tone map leaves alone.
 void developBlock(Picture& picture, const Block& block, const float* linear, int factor,
                   const Development& development);
 
-/// The same without the curve and without limits, into rows of three floats, `width` pixels each, from the
+/// The same without the curves and without limits, into rows of three floats, `width` pixels each, from the
 /// bottom up.
-void averageBlock(std::vector<float>& rgb, int width, const Block& block, const float* linear, int factor);
+void averageBlock(std::vector<float>& rgb, int width, const Block& block, const float* linear, int factor,
+                  const std::array<float, 4>& background);
 
 } // namespace orloview

@@ -41,8 +41,8 @@ private:
 /// each is put where it belongs.
 class PfmPicture : public PictureFile {
 public:
-    PfmPicture(const std::string& path, int width, int height)
-        : fFile(path), fWidth(width), fRowsLeft(height) {
+    PfmPicture(const std::string& path, int width, int height, const std::array<float, 4>& background)
+        : fFile(path), fWidth(width), fRowsLeft(height), fBackground(background) {
         static_assert(std::endian::native == std::endian::little, "the header says so");
         const std::string header = "PF\n" + std::to_string(width) + " " + std::to_string(height) + "\n-1.0\n";
         fFile.write(header.data(), header.size());
@@ -55,7 +55,7 @@ public:
     }
 
     void add(const Block& block, const float* linear, int factor) override {
-        averageBlock(fBand, fWidth, block, linear, factor);
+        averageBlock(fBand, fWidth, block, linear, factor, fBackground);
     }
 
     void endBand() override {
@@ -71,6 +71,7 @@ private:
     OutputFile fFile;
     int fWidth;
     long fRowsLeft; ///< below the current band
+    std::array<float, 4> fBackground;
     long fStart = 0;
     std::vector<float> fBand; ///< rows from the bottom up
 };
@@ -107,12 +108,13 @@ std::unique_ptr<PictureFile> createPicture(const std::string& path, PictureForma
                                            int height, const Development& development) {
     const bool opaque = development.opaque;
     const auto bytes = [&](std::unique_ptr<RowWriter> writer) {
-        return std::make_unique<BytePicture>(std::move(writer), width,
-                                             Development{opaque || !hasAlpha(format), development.toneMap});
+        return std::make_unique<BytePicture>(
+            std::move(writer), width,
+            Development{opaque || !hasAlpha(format), development.toneMap, development.background});
     };
     switch (format) {
     case PictureFormat::Pfm:
-        return std::make_unique<PfmPicture>(path, width, height);
+        return std::make_unique<PfmPicture>(path, width, height, development.background);
     case PictureFormat::Jpeg:
         return bytes(makePixbufWriter(path, width, height, "jpeg"));
     case PictureFormat::Bmp:

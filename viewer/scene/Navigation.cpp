@@ -19,8 +19,9 @@ constexpr double kHighest = 89.9 / 180.0 * std::numbers::pi;
 
 } // namespace
 
-Navigation::Navigation(const Viewpoint& start, const Vector& up, const Bounds& bounds)
-    : fViewpoint(start), fStart(start), fUp(scaled(up, 1.0 / length(up))), fBounds(bounds) {}
+Navigation::Navigation(const Viewpoint& start, const Vector& up, Outline outline, double radius)
+    : fViewpoint(start), fStart(start), fUp(scaled(up, 1.0 / length(up))), fOutline(std::move(outline)),
+      fRadius(radius) {}
 
 void Navigation::orbit(double toRight, double higher) {
     Viewpoint& v = fViewpoint;
@@ -43,24 +44,19 @@ void Navigation::pan(double right, double up) {
 }
 
 void Navigation::zoom(double factor, double x, double y, double aspect) {
-    const double radius = radiusOf(fBounds);
     const double before = fViewpoint.halfHeight();
-    fViewpoint.distance = std::clamp(fViewpoint.distance / factor, radius * kNearest, radius * kFarthest);
+    fViewpoint.distance = std::clamp(fViewpoint.distance / factor, fRadius * kNearest, fRadius * kFarthest);
     const double closer = before - fViewpoint.halfHeight();
     fViewpoint.target = offset(fViewpoint.target, sum(scaled(fViewpoint.right, x * aspect * closer),
                                                       scaled(fViewpoint.up, y * closer)));
 }
 
 void Navigation::fit(double aspect) {
-    fViewpoint.target = centerOf(fBounds);
-    fViewpoint.distance = fittingDistance(fViewpoint, fBounds, aspect);
+    orloview::fit(fViewpoint, fOutline, aspect);
 }
 
 void Navigation::face(Side side) {
-    // Up need not be a coordinate axis: the front is what lies across it.
-    Vector front = frontOf(fUp);
-    front = sum(front, scaled(fUp, -dot(front, fUp)));
-    front = scaled(front, 1.0 / length(front));
+    const Vector front = levelFrontOf(fUp);
     const Vector right = cross(fUp, front);
     const Vector backs[] = {front, scaled(front, -1.0), right, scaled(right, -1.0), fUp, scaled(fUp, -1.0)};
     Viewpoint& v = fViewpoint;

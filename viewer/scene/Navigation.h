@@ -13,8 +13,8 @@ class Navigation {
 public:
     enum class Side { Front, Back, Right, Left, Top, Bottom };
 
-    /// `up` is the axis that points up, of any length.
-    Navigation(const Viewpoint& start, const koLinear::Vector& up, const Bounds& bounds);
+    /// `up` is the axis that points up, of any length; `radius` that of the scene.
+    Navigation(const Viewpoint& start, const koLinear::Vector& up, Outline outline, double radius);
 
     const Viewpoint& viewpoint() const { return fViewpoint; }
 
@@ -45,7 +45,8 @@ private:
     Viewpoint fViewpoint;
     Viewpoint fStart;
     koLinear::Vector fUp;
-    Bounds fBounds;
+    Outline fOutline;
+    double fRadius;
 };
 
 } // namespace orloview

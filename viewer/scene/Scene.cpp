@@ -43,8 +43,15 @@ void Bounds::extend(const koLinear::Point& p) {
 }
 
 const Material& Scene::materialOf(const Mesh& mesh) const {
-    static const Material kPlain;
-    return mesh.material < 0 ? kPlain : materials[static_cast<size_t>(mesh.material)];
+    static const Material kWhite;
+    static const Material kGrey = [] {
+        Material material;
+        material.baseColor = kPlainColor;
+        return material;
+    }();
+    if (mesh.material >= 0)
+        return materials[static_cast<size_t>(mesh.material)];
+    return mesh.colors.empty() && !mesh.normals.empty() ? kGrey : kWhite;
 }
 
 Bounds Scene::bounds() const {

@@ -46,7 +46,7 @@ struct Mesh {
     /// Never empty, also where the file has none.
     std::vector<std::uint32_t> indices;
 
-    /// Into Scene::materials; -1: a plain Material{}.
+    /// Into Scene::materials; -1: plain, grey without colours.
     int material = -1;
 
     /// The format doesn't say which side is outside: show both, whatever the material.
@@ -105,6 +105,9 @@ struct TextureUse {
 };
 
 enum class AlphaMode : std::uint8_t { Opaque, Mask, Blend };
+
+/// Of surfaces that have neither a material nor colours: white would leave no room for light and shade.
+inline const koColor::Color kPlainColor{0.5F, 0.5F, 0.5F, 1.0F};
 
 /// How a surface reflects light.
 enum class Reflection : std::uint8_t {

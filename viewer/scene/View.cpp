@@ -17,11 +17,8 @@ using koLinear::ProjMatrix;
 
 constexpr double kDefaultFieldOfView = 35.0;
 
-/// The fitted view looks down by this angle.
-constexpr double kElevation = 15.0;
-
-/// Room round the fitted scene, as a part of the distance.
-constexpr double kMargin = 1.08;
+/// What a fitted scene takes up of the picture's shorter side.
+constexpr double kFill = 0.85;
 
 double radians(double degrees) {
     return degrees * std::numbers::pi / 180.0;
@@ -87,6 +84,37 @@ AffineMatrix worldToEyeOf(const Viewpoint& viewpoint) {
     return matrix;
 }
 
+/// How far points reach to each side, each moved outwards by `more`, and along the view.
+struct Extremes {
+    static constexpr double kNone = std::numeric_limits<double>::lowest();
+    double right = kNone;
+    double left = kNone;
+    double above = kNone;
+    double below = kNone;
+    double nearest = kNone;
+    double farthest = kNone;
+
+    void add(double x, double y, double more) {
+        right = std::max(right, more + x);
+        left = std::max(left, more - x);
+        above = std::max(above, more + y);
+        below = std::max(below, more - y);
+    }
+};
+
+/// What an outline takes up with its mirror images about the target: fitted, it leaves the target where it
+/// is.
+Outline mirrored(const Outline& outline, const Viewpoint& viewpoint) {
+    return [=](const auto& visit) {
+        outline([&](const Point& point) {
+            const Vector p = between(viewpoint.target, point);
+            const Vector depth = scaled(viewpoint.back, dot(p, viewpoint.back));
+            visit(offset(viewpoint.target, p));
+            visit(offset(viewpoint.target, sum(scaled(depth, 2.0), scaled(p, -1.0))));
+        });
+    };
+}
+
 /// A camera's place may carry a scale, which the view must not.
 AffineMatrix withoutScale(AffineMatrix place) {
     for (int axis = 0; axis < 3; ++axis) {
@@ -142,34 +170,103 @@ Vector frontOf(const Vector& up) {
     return zIsUp ? Vector(0.0, -1.0, 0.0) : Vector(0.0, 0.0, 1.0);
 }
 
-double fittingDistance(const Viewpoint& viewpoint, const Bounds& bounds, double aspect) {
-    const Point middle = centerOf(bounds);
-    const double tangentY = std::tan(viewpoint.fieldOfView / 2.0);
-    const double tangentX = tangentY * aspect;
-    double distance = 0.0;
-    for (const Point& corner : corners(bounds)) {
-        const Vector p = between(middle, corner);
-        const double nearer = viewpoint.orthographic ? 0.0 : dot(p, viewpoint.back);
-        distance = std::max({distance, nearer + std::abs(dot(p, viewpoint.right)) / tangentX,
-                             nearer + std::abs(dot(p, viewpoint.up)) / tangentY});
-    }
-    return distance > 0.0 ? distance * kMargin : 1.0;
+Vector levelFrontOf(const Vector& up) {
+    Vector front = frontOf(up);
+    front = sum(front, scaled(up, -dot(front, up)));
+    return scaled(front, 1.0 / length(front));
 }
 
-Viewpoint placeEye(const Placement& placement, const Bounds& bounds, double aspect) {
+Outline outlineOf(const Bounds& bounds) {
+    return [bounds](const auto& visit) {
+        for (const Point& corner : corners(bounds))
+            visit(corner);
+    };
+}
+
+Outline outlineOf(const Scene& scene) {
+    return [&scene](const auto& visit) {
+        for (const Instance& instance : scene.instances) {
+            const Mesh& mesh = scene.meshes[static_cast<size_t>(instance.mesh)];
+            for (const std::uint32_t index : mesh.indices) {
+                const float* p = &mesh.positions[size_t{index} * 3];
+                const Point place = instance.toWorld.transform(Point(p[0], p[1], p[2]));
+                if (std::isfinite(place[0]) && std::isfinite(place[1]) && std::isfinite(place[2]))
+                    visit(place);
+            }
+        }
+    };
+}
+
+Outline turnedAbout(const Outline& outline, const Point& middle, const Vector& up) {
+    return [=](const auto& visit) {
+        outline([&](const Point& point) {
+            constexpr int kTurns = 12;
+            for (int i = 0; i < kTurns; ++i)
+                visit(
+                    offset(middle, turned(between(middle, point), up, 2.0 * std::numbers::pi * i / kTurns)));
+        });
+    };
+}
+
+void fit(Viewpoint& viewpoint, const Outline& outline, double aspect) {
+    const double tangent = kFill * std::tan(viewpoint.fieldOfView / 2.0) * std::min(aspect, 1.0);
+    const double perspective = viewpoint.orthographic ? 0.0 : tangent;
+    // In perspective the eye sees a point when it is no farther aside than the tangent times its depth.
+    Extremes seen;
+    outline([&](const Point& point) {
+        const Vector p = between({}, point);
+        const double z = dot(p, viewpoint.back);
+        seen.add(dot(p, viewpoint.right), dot(p, viewpoint.up), perspective * z);
+        seen.nearest = std::max(seen.nearest, z);
+        seen.farthest = std::max(seen.farthest, -z);
+    });
+    const double middle = (seen.nearest - seen.farthest) / 2.0;
+    double eye = std::max(seen.right + seen.left, seen.above + seen.below) / (2.0 * tangent); // along back
+    if (viewpoint.orthographic)
+        eye += middle;
+    eye = std::max(eye, seen.nearest + 0.01 * (seen.nearest + seen.farthest));
+    viewpoint.distance = eye > middle ? eye - middle : 1.0; // a single point
+    double x = (seen.right - seen.left) / 2.0;
+    double y = (seen.above - seen.below) / 2.0;
+    // What doesn't reach from side to side isn't in the middle yet: near things look larger.
+    for (int round = 0; round < 2 && !viewpoint.orthographic; ++round) {
+        Extremes drawn;
+        outline([&](const Point& point) {
+            const Vector p = between({}, point);
+            const double depth = std::max(eye - dot(p, viewpoint.back), 1e-9 * viewpoint.distance);
+            drawn.add((dot(p, viewpoint.right) - x) / depth, (dot(p, viewpoint.up) - y) / depth, 0.0);
+        });
+        x += (drawn.right - drawn.left) / 2.0 * viewpoint.distance;
+        y += (drawn.above - drawn.below) / 2.0 * viewpoint.distance;
+    }
+    viewpoint.target = offset(
+        {}, sum(sum(scaled(viewpoint.right, x), scaled(viewpoint.up, y)), scaled(viewpoint.back, middle)));
+}
+
+Viewpoint placeEye(const Placement& placement, const Outline& outline, double aspect) {
     Viewpoint viewpoint;
     viewpoint.fieldOfView = radians(placement.fieldOfView.value_or(kDefaultFieldOfView));
     viewpoint.orthographic = placement.orthographic;
-    const Vector up = placement.up.value_or(Vector(0.0, 1.0, 0.0));
-    const Point target = placement.target.value_or(centerOf(bounds));
+    const Vector given = placement.up.value_or(Vector(0.0, 1.0, 0.0));
+    const Vector up = scaled(given, 1.0 / length(given));
+    Point target = placement.target.value_or(Point());
+    if (placement.eye && !placement.target) {
+        Bounds bounds;
+        outline([&](const Point& point) { bounds.extend(point); });
+        target = centerOf(bounds);
+    }
     if (placement.eye) {
         lookAt(viewpoint, *placement.eye, target, up);
         return viewpoint;
     }
-    const Vector back = sum(scaled(frontOf(up), std::cos(radians(kElevation))),
-                            scaled(up, std::sin(radians(kElevation)) / length(up)));
-    lookAt(viewpoint, offset(target, back), target, up);
-    viewpoint.distance = fittingDistance(viewpoint, bounds, aspect);
+    const double elevation = radians(placement.direction.elevation);
+    const Vector side = turned(levelFrontOf(up), up, radians(placement.direction.azimuth));
+    lookAt(viewpoint, offset(target, sum(scaled(side, std::cos(elevation)), scaled(up, std::sin(elevation)))),
+           target, up);
+    if (placement.target)
+        fit(viewpoint, mirrored(outline, viewpoint), aspect);
+    else
+        fit(viewpoint, outline, aspect);
     return viewpoint;
 }
 
@@ -204,7 +301,7 @@ View viewFrom(const Viewpoint& viewpoint, const Bounds& bounds, double aspect) {
 }
 
 View placeView(const Placement& placement, const Bounds& bounds, double aspect) {
-    return viewFrom(placeEye(placement, bounds, aspect), bounds, aspect);
+    return viewFrom(placeEye(placement, outlineOf(bounds), aspect), bounds, aspect);
 }
 
 View viewThrough(const Camera& camera, const Bounds& bounds, double aspect) {

@@ -2,6 +2,7 @@
 
 #include "scene/Scene.h"
 
+#include <functional>
 #include <optional>
 
 namespace orloview {
@@ -33,19 +34,36 @@ struct Viewpoint {
     double halfHeight() const;
 };
 
-/// How a view without a camera of the file is placed. What isn't given is chosen so that the scene fits, seen
-/// from the front and a little above.
+/// What a view is fitted to: hands each point to whoever asks.
+using Outline = std::function<void(const std::function<void(const koLinear::Point&)>&)>;
+
+Outline outlineOf(const Bounds& bounds);
+
+/// All vertices, in the world. The scene has to stay.
+Outline outlineOf(const Scene& scene);
+
+/// What an outline takes up that turns round an axis through a point.
+Outline turnedAbout(const Outline& outline, const koLinear::Point& middle, const koLinear::Vector& up);
+
+/// From where an eye looks, in degrees: to the right of the front, and above it.
+struct Direction {
+    double azimuth = 30.0;
+    double elevation = 20.0;
+};
+
+/// How a view without a camera of the file is placed. What isn't given is chosen so that the scene fits.
 struct Placement {
-    std::optional<koLinear::Point> eye;
-    std::optional<koLinear::Point> target;
-    std::optional<koLinear::Vector> up;
-    std::optional<double> fieldOfView; ///< the whole vertical angle, degrees
+    Direction direction; ///< of no account where there is an eye
+    std::optional<koLinear::Point> eye{};
+    std::optional<koLinear::Point> target{};
+    std::optional<koLinear::Vector> up{};
+    std::optional<double> fieldOfView{}; ///< the whole vertical angle, degrees
     bool orthographic = false;
 };
 
 /// The eye of a placement. `aspect` is width by height. Seen from straight above, the front is at the bottom
 /// of the picture. Throws Failure (kExitUsage) when eye and target fall together.
-Viewpoint placeEye(const Placement& placement, const Bounds& bounds, double aspect);
+Viewpoint placeEye(const Placement& placement, const Outline& outline, double aspect);
 
 /// An eye where a camera of the file stands, its target beside the middle of the scene. The near and far
 /// planes of the camera are left behind.
@@ -55,9 +73,12 @@ Viewpoint eyeOf(const Camera& camera, const Bounds& bounds);
 /// that the model stands on its feet.
 koLinear::Vector frontOf(const koLinear::Vector& up);
 
-/// How far from the centre of the scene the eye must be to have all of it in view, the axes and the angle
-/// given.
-double fittingDistance(const Viewpoint& viewpoint, const Bounds& bounds, double aspect);
+/// The front across the axis that points up, which need not be one of the coordinates'. All of unit length.
+koLinear::Vector levelFrontOf(const koLinear::Vector& up);
+
+/// Moves target and eye so that the outline takes up 85 parts in 100 of the picture's shorter side, the axes
+/// and the angle given.
+void fit(Viewpoint& viewpoint, const Outline& outline, double aspect);
 
 koLinear::Point centerOf(const Bounds& bounds);
 
@@ -67,7 +88,7 @@ double radiusOf(const Bounds& bounds);
 /// What the eye sees, near and far plane just round the scene.
 View viewFrom(const Viewpoint& viewpoint, const Bounds& bounds, double aspect);
 
-/// viewFrom what placeEye finds.
+/// viewFrom what placeEye finds for a box.
 View placeView(const Placement& placement, const Bounds& bounds, double aspect);
 
 /// The view of a camera of the file. Its vertical angle or height is kept whatever the picture's shape.

@@ -121,7 +121,8 @@ ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Vie
                            Progress& progress)
     : fOptions(options), fScene(scene), fBounds(drawnBounds(options, scene)),
       fGuides(makeGuides(scene.bounds(), upOf(options))),
-      fView(Navigation(start, upOf(options), scene.bounds()), lookOf(options, scene)),
+      fView(Navigation(start, upOf(options), outlineOf(scene), radiusOf(scene.bounds())),
+            lookOf(options, scene)),
       fGL(GLSession::forWindow(options.verbose)), fDisplay(fGL->display()),
       fDrawn(scene, fGuides, options, progress.report()), fLineHeight(lineHeightOn(fDisplay)) {
     fWindow.emplace(fDisplay, titleOf(options), options.width, options.height);

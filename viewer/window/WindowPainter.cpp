@@ -57,7 +57,7 @@ void WindowPainter::paint(const View& view, const FrameContent& content, const F
         drawFrame(fWindow, view, content, look);
     setFlatState(look);
     if (canvas)
-        fDeveloper.develop(canvas->texture(), factor, developmentOf(look).toneMap);
+        fDeveloper.develop(canvas->texture(), factor, developmentOf(look));
     writeText(fText);
     fText.paint(look.width, look.height);
     fWindow.swapBuffers();
