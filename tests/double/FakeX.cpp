@@ -33,11 +33,6 @@ Display* fakeDisplay() {
     return reinterpret_cast<Display*>(&display);
 }
 
-FakeGeometry& fakeGeometry() {
-    static FakeGeometry geometry;
-    return geometry;
-}
-
 extern "C" {
 
 Colormap XCreateColormap(Display* display, Window window, Visual* visual, int allocate) {
@@ -69,8 +64,8 @@ Status XGetGeometry(Display* display, Drawable drawable, Window* root, int* x, i
         return 0;
     *root = kFakeRoot;
     *x = *y = 0;
-    *width = fakeGeometry().width;
-    *height = fakeGeometry().height;
+    *width = 640;
+    *height = 480;
     *border = 0;
     *depth = 24;
     return 1;

@@ -11,10 +11,3 @@ Display* fakeDisplay();
 
 inline constexpr Window kFakeRoot = 0x77;
 inline constexpr Colormap kFakeColormap = 0x99;
-
-/// What XGetGeometry answers.
-struct FakeGeometry {
-    unsigned width = 640;
-    unsigned height = 480;
-};
-FakeGeometry& fakeGeometry();

@@ -95,7 +95,8 @@ struct Script {
     std::deque<GLenum> errors;
     GLenum framebufferStatus = GL_FRAMEBUFFER_COMPLETE_EXT;
 
-    /// How many configurations glXChooseFBConfig and its kin find, and what they say of one, by attribute.
+    /// How many configurations glXChooseFBConfig and its kin find, 3 at most, and what they say of one, by
+    /// attribute.
     int configCount = 1;
     std::map<int, int> configAttributes;
     int visualDepth = 24;
