@@ -64,7 +64,7 @@ TEST_F(DriverFrameBuffer, eachWindowIsSeenAndFollowsItsHost) {
             buffer.resizeWindow(75, 50);
             expectShown(buffer, host, 75, 50);
         }
-        expectXErrors({});
+        expectNoXErrors();
         buffer.deleteInternalState();
         XSync(display(), 0);
         EXPECT_LE(xErrors().size(), portably ? 0u : 1u) << "Mesa has one for what createInWindow made";
