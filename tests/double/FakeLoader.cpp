@@ -6,18 +6,6 @@
 
 namespace {
 
-struct Loader {
-    Calls calls;
-    std::set<std::string> missingLibraries;
-    std::set<std::string> missingSymbols;
-    std::map<std::string, void*> replacedSymbols;
-};
-
-Loader& loader() {
-    static Loader theLoader;
-    return theLoader;
-}
-
 /// Off until a test asks for it: sanitizers look up their functions before anything of ours is constructed.
 bool recording = false;
 
@@ -29,24 +17,13 @@ Function systemFunction(const char* name) {
 
 } // namespace
 
-const Calls& loaderCalls() {
-    return loader().calls;
-}
-
-std::set<std::string>& missingLibraries() {
-    return loader().missingLibraries;
-}
-
-std::set<std::string>& missingSymbols() {
-    return loader().missingSymbols;
-}
-
-std::map<std::string, void*>& replacedSymbols() {
-    return loader().replacedSymbols;
+FakeLoader& loader() {
+    static FakeLoader theLoader;
+    return theLoader;
 }
 
 void resetLoader() {
-    loader() = Loader();
+    loader() = FakeLoader();
     recording = true;
 }
 
@@ -61,7 +38,7 @@ void* dlopen(const char* file, int mode) {
     if (!recording || !file)
         return open(file, mode);
     loader().calls.push_back(call("dlopen", file, mode));
-    if (loader().missingLibraries.contains(file))
+    if (loader().missing.contains(file))
         return nullptr;
     // Under either name the double: the machine's own GL has no place in these tests.
     return open(std::string_view(file) == "libGL.so.1" ? "libGL.so" : file, mode);
@@ -74,9 +51,9 @@ void* dlsym(void* handle, const char* name) {
     if (!recording)
         return find(handle, name);
     loader().calls.push_back(call("dlsym", name));
-    if (const auto replaced = loader().replacedSymbols.find(name); replaced != loader().replacedSymbols.end())
-        return replaced->second;
-    return loader().missingSymbols.contains(name) ? nullptr : find(handle, name);
+    if (const auto other = loader().replaced.find(name); other != loader().replaced.end())
+        return other->second;
+    return loader().missing.contains(name) ? nullptr : find(handle, name);
 }
 
 char* dlerror() {

@@ -5,13 +5,14 @@
 
 #include "RecordingGL.h"
 
-/// dlopen("libGL.so", 1) and dlsym("glBegin") calls in order, as text.
-const Calls& loaderCalls();
-/// dlopen answers null for these.
-std::set<std::string>& missingLibraries();
-/// dlsym answers null for these.
-std::set<std::string>& missingSymbols();
-/// dlsym answers with these instead of what it finds.
-std::map<std::string, void*>& replacedSymbols();
+struct FakeLoader {
+    /// dlopen("libGL.so", 1) and dlsym("glBegin") calls in order, as text.
+    Calls calls;
+    /// dlopen and dlsym answer null for these.
+    std::set<std::string> missing;
+    /// dlsym answers with these instead of what it finds.
+    std::map<std::string, void*> replaced;
+};
+FakeLoader& loader();
 /// Forgets all of this, and starts writing down.
 void resetLoader();

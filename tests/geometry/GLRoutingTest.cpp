@@ -1,6 +1,43 @@
-#include "RoutingFixture.h"
+#include "DoubleTest.h"
+
+#include "geometry/GLRouting.h"
+
+#include <orlohost/HWEnvironment.h>
 
 namespace {
+
+constexpr auto kTriangles = GeometryDataIndex::kTriangles;
+constexpr auto kStrip = GeometryDataIndex::kTriangleStrip;
+constexpr auto kQuads = GeometryDataIndex::kQuads;
+
+/// A routing on the recording GL, with the calls that its transcripts are made of. Buffers go by their
+/// number.
+class RoutingTest : public DoubleTest {
+protected:
+    RoutingTest() { IHWMemoryObject::fsMemoryUsage = 0; }
+    ~RoutingTest() override { HWEnvironment::orlo_block_allocate_strips = false; }
+
+    static std::string bind(int n) { return call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, 101 + n); }
+    static std::string unbind() { return call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0); }
+    static std::string bindIndices(int n) { return call("glBindBufferARB", 0x8893, 101 + n); }
+    static std::string unbindIndices() { return call("glBindBufferARB", 0x8893, 0); }
+    static std::string generate() { return call("glGenBuffersARB", 1, kOut); }
+    static std::string remove(int n) { return call("glDeleteBuffersARB", 1, Values{101.0 + n}); }
+    static std::string enable(GLenum array) { return call("glEnableClientState", array); }
+    static std::string disable(GLenum array) { return call("glDisableClientState", array); }
+    static std::string unit(uint32_t n) { return call("glClientActiveTexture", GL_TEXTURE0 + n); }
+    static std::string vertices(const void* data) { return call("glVertexPointer", 3, GL_FLOAT, 0, data); }
+    static std::string normals(const void* data) { return call("glNormalPointer", GL_FLOAT, 0, data); }
+
+    /// Routes a slot to the first stream of a type.
+    void route(uint32_t slot, GeometryData::DataType type) {
+        fRouting.fSlots[slot].fMode = GLRouting::kFromGeometry;
+        fRouting.fSlots[slot].fDataType = type;
+    }
+
+    GLRouting fRouting;
+    GeometryLogicalGroup fGroup;
+};
 
 class Routing : public RoutingTest {
 protected:
@@ -201,6 +238,255 @@ TEST_F(Routing, disablesAllArrays) {
     gl().fExtEnabled[kCapVertexBufferObject] = gl().fExtEnabled[kCapMultitexture] = false;
     gl().fMaxVertexAttribs = 1;
     EXPECT_EQ(disabled(), (fixed + Calls{disable(0x8078), disable(0x8078)}));
+}
+
+/// Draws groups without arrays: what drawGroup calls is the records, and at the end, with objects for
+/// indices, unbindIndices().
+class Drawing : public RoutingTest {
+protected:
+    Drawing() {
+        gl().fExtEnabled[kCapMultitexture] = false; // no unit to go back to
+        fPositions = fGroup.addStream(GeometryData::kPosition, 3, std::vector<float>(30)).fData;
+    }
+
+    Calls drawn(koUtil::BitField* visible = nullptr, unsigned* list = nullptr, unsigned* prepared = nullptr,
+                unsigned preparedCount = 0) {
+        fRouting.drawGroup(&fGroup, visible, list, prepared, preparedCount, false);
+        return made();
+    }
+
+    static std::string elements(GLenum mode, uint32_t count, const void* indices) {
+        return call("glDrawElements", mode, count, GL_UNSIGNED_INT, indices);
+    }
+
+    /// Record number `i`, a strip or triangles, drawn from client memory.
+    std::string fromMemory(size_t i) const {
+        const GeometryDataIndex& record = *fGroup.indexRecord(i);
+        return elements(record.fPrimitiveType - 1, record.fIndexCount, record.fIndices);
+    }
+
+    /// An upload of record number `i`, or of its block.
+    Calls upload(int buffer, size_t i, int bytes) const {
+        return {generate(), bindIndices(buffer),
+                call("glBufferDataARB", GL_ELEMENT_ARRAY_BUFFER_ARB, bytes,
+                     static_cast<const void*>(fGroup.indexRecord(i)->fIndices), GL_STATIC_DRAW_ARB)};
+    }
+
+    /// An upload that the budget refuses.
+    static Calls refused(int buffer) {
+        return {generate(), bindIndices(buffer), bindIndices(buffer), unbindIndices(), remove(buffer)};
+    }
+
+    /// The indices sent one by one, "glBegin ... glEnd" around them.
+    static Calls oneByOne(GLenum mode, const std::vector<int>& indices) {
+        Calls calls = {call("glBegin", mode)};
+        for (int index : indices)
+            calls.push_back(call("glArrayElement", index));
+        return calls + Calls{call("glEnd")};
+    }
+
+    const void* fPositions;
+};
+
+TEST_F(Drawing, drawsWholeRecordsByTheirType) {
+    EXPECT_EQ(drawn(), Calls{}) << "no records";
+    Calls records;
+    Calls ranges;
+    const std::pair<uint32_t, int> kTypes[] = {{5, 4}, {0, -1}, {6, 5}, {7, -1}, {8, 7}, {4, -1}, {9, -1}};
+    for (const auto& [type, mode] : kTypes) {
+        const void* indices = fGroup.addIndexRecord(type, std::vector<uint32_t>(300)).fIndices;
+        if (mode < 0)
+            continue;
+        records.push_back(elements(static_cast<GLenum>(mode), 300, indices));
+        ranges.push_back(call("glDrawRangeElements", mode, 0, 300, 300, GL_UNSIGNED_INT, indices));
+    }
+    fGroup.addIndexRecord(kTriangles, {});
+    EXPECT_EQ(drawn(), records);
+    GLRouting::fsUseDrawRangeElements = true;
+    EXPECT_EQ(drawn(), ranges) << "whose end is the count";
+    gl().fExtEnabled[kCapDrawRangeElements] = false;
+    EXPECT_EQ(drawn(), records);
+
+    // Between the arrays and their end, primitive restart the innermost.
+    const void* flat = fGroup.addStream(GeometryData::kSubstituteNormal, 3, {0, 1, 0}).fData;
+    route(GLRouting::kNormal, GeometryData::kNormal);
+    GLRouting::fsUsePrimitiveRestart = true;
+    fRouting.drawGroup(&fGroup, nullptr, nullptr, nullptr, 0, true);
+    const Calls head = {enable(GL_NORMAL_ARRAY), normals(flat)};
+    const Calls tail = {disable(GL_NORMAL_ARRAY)};
+    EXPECT_EQ(made(),
+              (head + Calls{call("glEnable", 0x8558), call("glPrimitiveRestartIndexNV", 0xFFFFFFFFU)} +
+               records + Calls{call("glDisable", 0x8558)} + tail));
+    gl().fExtEnabled[kCapNVPrimitiveRestart] = false;
+    fRouting.drawGroup(&fGroup, nullptr, nullptr, nullptr, 0, true);
+    EXPECT_EQ(made(), head + records + tail);
+
+    GeometryLogicalGroup streamless;
+    streamless.addIndexRecord(kTriangles, {0, 1, 2});
+    fRouting.drawGroup(nullptr, nullptr, nullptr, nullptr, 0, false);
+    fRouting.drawGroup(&streamless, nullptr, nullptr, nullptr, 0, false);
+    EXPECT_EQ(fRouting.fGroup, &streamless) << "stored all the same";
+    GLRouting().drawSingleIndexed(nullptr, nullptr, nullptr, 0);
+    EXPECT_EQ(made(), Calls{});
+}
+
+TEST_F(Drawing, drawsSubsetsAndExchangesTheSwitches) {
+    koUtil::BitField some;
+    koUtil::BitField none;
+    for (const size_t bit : {0, 2, 40})
+        some.set(bit);
+    unsigned list[] = {2, 0, 9};
+    unsigned prepared[] = {20, 21, 22, 23, 24, 25, 26, 27, 28, 29};
+    const GLenum t = GL_TRIANGLES;
+    // Ten indices make three triangles, or two quads. Strips and what is nothing have no subsets.
+    for (const uint32_t type : {6U, 5U, 7U, 4U})
+        fGroup.addIndexRecord(type, {10, 11, 12, 13, 14, 15, 16, 17, 18, 19});
+    // What is visible, the list, the prepared indices and their count.
+    const std::tuple<koUtil::BitField*, unsigned*, unsigned*, unsigned, Calls> kCases[] = {
+        {&some, nullptr, nullptr, 0, oneByOne(t, {10, 11, 12, 16, 17, 18})},
+        {nullptr, list, nullptr, 0, oneByOne(t, {16, 17, 18, 10, 11, 12})},
+        {&some, list, nullptr, 0, oneByOne(t, {10, 11, 12, 13, 14, 15})},
+        {&some, list, prepared, 6, oneByOne(t, {20, 21, 22, 23, 24, 25})},
+        {nullptr, nullptr, prepared, 6, {elements(t, 6, prepared)}},
+        {nullptr, nullptr, prepared, 0, {}},
+        {&none, nullptr, prepared, 6, {elements(t, 6, prepared)}},
+        {&some, nullptr, prepared, 0, oneByOne(t, {10, 11, 12, 16, 17, 18})},
+        {nullptr, list, prepared, 6, {elements(t, 10, prepared)}},
+    };
+    route(GLRouting::kPosition, GeometryData::kPosition);
+    const Calls head = {enable(GL_VERTEX_ARRAY), vertices(fPositions)};
+    const Calls tail = {disable(GL_VERTEX_ARRAY)};
+    int row = 0;
+    for (const auto& [visible, listed, indices, count, expected] : kCases) {
+        SCOPED_TRACE(row++);
+        const bool isSubset = visible || listed;
+        GLRouting::fsUseObjectsForData = isSubset; // but off meanwhile
+        EXPECT_EQ(drawn(visible, listed, indices, count), head + expected + tail);
+        EXPECT_EQ(std::exchange(GLRouting::fsUseObjectsForIndexing, false), isSubset);
+        EXPECT_FALSE(GLRouting::fsUseObjectsForData);
+    }
+    GLRouting::fsUseObjectsForIndexing = HWEnvironment::orlo_block_allocate_strips = true;
+    fGroup.indexRecord(1)->fPrimitiveType = kQuads;
+    EXPECT_EQ(drawn(&some), head + oneByOne(GL_QUADS, {10, 11, 12, 13}) + tail);
+    EXPECT_TRUE(GLRouting::fsUseObjectsForData && !GLRouting::fsUseObjectsForIndexing);
+    GLRouting::fsUseObjectsForData = false;
+    unsigned both[] = {1, 0, 9};
+    EXPECT_EQ(drawn(nullptr, both), head + oneByOne(GL_QUADS, {14, 15, 16, 17, 10, 11, 12, 13}) + tail);
+    EXPECT_EQ(drawn(nullptr, nullptr, prepared, 3), head + Calls{elements(GL_QUADS, 3, prepared)} + tail);
+}
+
+TEST_F(Drawing, drawsStreamsWithIndexListsOfTheirOwn) {
+    // Element e of a stream of type t is 10 t + e throughout.
+    const auto add = [&](GeometryData::DataType type, uint32_t primitives, std::vector<uint32_t> indices) {
+        const uint32_t components = type == GeometryData::kTexCoord ? 2 : 3;
+        std::vector<float> values;
+        for (uint32_t e = 0; e < 5; ++e)
+            values.insert(values.end(), components, static_cast<float>(10 * type + e));
+        GeometryDataIndex& record = fGroup.addIndexRecord(primitives, std::move(indices));
+        record.fStream = type == GeometryData::kNone ? nullptr : &fGroup.addStream(type, components, values);
+    };
+    const auto vertex = [](double texCoord, double normal, double position) {
+        return Calls{call("glTexCoord2fv", Values(2, texCoord)), call("glNormal3fv", Values(3, normal)),
+                     call("glVertex3fv", Values(3, position))};
+    };
+    const auto drawnWhole = [&] {
+        fRouting.drawFullMultipleIndexed();
+        return made();
+    };
+    const Calls end = {call("glEnd")};
+    const Calls triangle = {call("glBegin", GL_TRIANGLES)};
+    EXPECT_EQ(drawnWhole(), Calls{}) << "no group";
+    fRouting.fGroup = &fGroup;
+    add(GeometryData::kPosition, kQuads, {0, 1, 2, 3});
+    add(GeometryData::kTexCoord, kQuads, {4, 3, 2, 1, 0});
+    EXPECT_EQ(drawnWhole(), (Calls{call("glBegin", GL_QUADS)} + vertex(34, 0, 10) + vertex(33, 0, 11) +
+                             vertex(32, 0, 12) + vertex(31, 0, 13) + end));
+    add(GeometryData::kColor, kQuads, {0});
+    add(GeometryData::kNone, kQuads, {0});
+    add(GeometryData::kNormal, kTriangles, {2, 2, 0, 9});
+    EXPECT_EQ(drawnWhole(), (triangle + vertex(34, 22, 10) + vertex(33, 22, 11) + vertex(32, 20, 12) + end +
+                             triangle + vertex(31, 0, 13) + vertex(30, 0, 0) + vertex(0, 0, 0) + end))
+        << "past its end a list reads as nothing";
+    add(GeometryData::kNone, kStrip, {0});
+    EXPECT_EQ(drawnWhole(), Calls{}) << "the last record's type decides";
+}
+
+/// A group whose first two records share an index store.
+class Blocks : public Drawing {
+protected:
+    Blocks() {
+        HWEnvironment::orlo_block_allocate_strips = true;
+        GLRouting::fsUseObjectsForIndexing = true;
+        fGroup.addIndexBlock(kStrip, {{0, 1, 2}, {3, 4, 5, 6}});
+    }
+
+    uint32_t& type(size_t i) { return fGroup.indexRecord(i)->fPrimitiveType; }
+    IHWMemoryObject*& hanger(size_t i) { return fGroup.indexRecord(i)->fHanger; }
+
+    const std::string fFirst = elements(GL_TRIANGLE_STRIP, 3, nullptr);
+    const std::string fSecond = elements(GL_TRIANGLE_STRIP, 4, offset(12));
+    const Calls fEnd = {unbindIndices(), unbindIndices()};
+};
+
+TEST_F(Blocks, shareOneIndexBuffer) {
+    struct Foreign : IHWMemoryObject {
+    } foreign;
+    // Behind a record with a buffer of its own nothing is bound any more: an offset would kill the process.
+    fGroup.addIndexRecord(kTriangles, {0, 1, 2}).setHanger(&foreign);
+    fGroup.addIndexRecord(kStrip, {3, 4, 5}).fAllocatedCount = 7;
+    const Calls block = {bindIndices(0), fFirst, fSecond};
+    const Calls own = {elements(GL_TRIANGLES, 3, nullptr), unbindIndices(), fromMemory(3)};
+    EXPECT_EQ(drawn(), upload(0, 0, 32) + block + upload(1, 2, 12) + own + fEnd)
+        << "a foreign one counts as none";
+    EXPECT_EQ(hanger(1), hanger(0));
+    EXPECT_EQ(drawn(), block + Calls{bindIndices(1)} + own + fEnd);
+    EXPECT_EQ(IHWMemoryObject::fsMemoryUsage, 44U);
+
+    const Calls all = {fromMemory(0), fromMemory(1), fromMemory(2), fromMemory(3)};
+    GLObject::fsSupported = false;
+    EXPECT_EQ(drawn(), all + Calls{unbindIndices()}) << "hangers that can't be bound";
+    GLObject::fsSupported = true;
+    gl().fExtEnabled[kCapVertexBufferObject] = false;
+    EXPECT_EQ(drawn(), all) << "hangers that rest";
+    gl().fExtEnabled[kCapVertexBufferObject] = true;
+
+    // One that the budget refuses.
+    delete std::exchange(hanger(2), nullptr);
+    GLObject::fsMaximumMemoryUsage = IHWMemoryObject::fsMemoryUsage;
+    made();
+    EXPECT_EQ(drawn(), (block + refused(2) + Calls{fromMemory(2), fromMemory(3)} + fEnd));
+    EXPECT_EQ(hanger(2), nullptr);
+    fRouting.drawSingleIndexed(nullptr, nullptr, nullptr, 0);
+    EXPECT_EQ(made(), Calls{fromMemory(3)}) << "alone: nobody has bound the buffer";
+}
+
+TEST_F(Blocks, areSingleRecordsWithoutTheSetting) {
+    HWEnvironment::orlo_block_allocate_strips = false;
+    const std::string second = elements(GL_TRIANGLE_STRIP, 4, nullptr);
+    EXPECT_EQ(drawn(),
+              (upload(0, 0, 12) + Calls{fFirst, unbindIndices()} + upload(1, 1, 16) + Calls{second} + fEnd));
+    const IHWMemoryObject* own = hanger(1);
+    HWEnvironment::orlo_block_allocate_strips = true;
+    drawn();
+    EXPECT_EQ(hanger(1), own) << "which the block's doesn't replace";
+}
+
+TEST_F(Blocks, needTheirFirstRecord) {
+    GLObject::fsMaximumMemoryUsage = 31;
+    EXPECT_EQ(drawn(), (refused(0) + Calls{fromMemory(0), fromMemory(1), unbindIndices()}));
+    GLObject::fsMaximumMemoryUsage = 32;
+    type(0) = GeometryDataIndex::kNothing;
+    EXPECT_EQ(drawn(), (Calls{fromMemory(1), unbindIndices()})) << "the one that would bind is skipped";
+    EXPECT_TRUE(!hanger(0) && !hanger(1));
+    std::swap(type(0), type(1));
+    EXPECT_EQ(drawn(), (upload(1, 0, 32) + Calls{bindIndices(1), fFirst} + fEnd)) << "a skipped last one";
+
+    type(1) = kStrip;
+    fGroup.indexRecord(0)->fAllocatedCount = 3;
+    delete std::exchange(hanger(0), nullptr);
+    made();
+    EXPECT_EQ(drawn(), (upload(2, 0, 12) + Calls{fFirst, unbindIndices(), fromMemory(1), unbindIndices()}))
+        << "the first stands for itself";
 }
 
 } // namespace

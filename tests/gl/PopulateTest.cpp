@@ -3,11 +3,11 @@
 #define GL_GLEXT_PROTOTYPES
 #include "DoubleTest.h"
 #include "FakeLoader.h"
-#include "Slots.h"
 
 #include "gl/EntryGroup.h"
 #include "orlohost/HWEnvironment.h"
 
+#include <cstring>
 #include <sstream>
 
 namespace {
@@ -168,6 +168,14 @@ Indices supported(const GLFunctionTable& table) {
     return capabilities;
 }
 
+/// The contents of every slot, first to last.
+std::vector<const void*> slotsOf(const GLFunctionTable& table) {
+    const auto* first = reinterpret_cast<const char*>(&table.fglAccum);
+    std::vector<const void*> slots((reinterpret_cast<const char*>(&table + 1) - first) / sizeof(void*));
+    std::memcpy(slots.data(), first, slots.size() * sizeof(void*));
+    return slots;
+}
+
 std::vector<int> limitsOf(const GLFunctionTable& table) {
     return {table.fMaxTextureUnits, table.fMaxTextureCoords, table.fMaxTextureImageUnits,
             table.fMaxTextureSize,  table.fMaxVertexAttribs, table.fMaxArrayTextureLayers};
@@ -209,7 +217,7 @@ TEST_F(Populate, aTableIsEmptyUntilItIsFilledAndAfterNullify) {
         EXPECT_EQ(GLFunctionTable::fsNumInstances_GLFunctionTable, 1);
         expectEmpty(table);
         EXPECT_THAT(limitsOf(table), testing::Each(0));
-        EXPECT_EQ(recorded() + loaderCalls(), Calls{});
+        EXPECT_EQ(recorded() + loader().calls, Calls{});
         start(table, "1.1", "GL_EXT_framebuffer_object GL_EXT_texture_array");
         table.fExtEnabled[kCapTextureArray] = false;
         table.fglXUnused = [] {};
@@ -260,22 +268,27 @@ TEST_F(Populate, opensTheLibraryAndLooksUpTheCoreInOrder) {
     Calls expected = {opened};
     for (const std::string& name : kLookups.at(Core11))
         expected.push_back(call("dlsym", name.c_str()));
-    EXPECT_EQ(loaderCalls(), (expected + Calls{resolver, opened, resolver}));
+    EXPECT_EQ(loader().calls, (expected + Calls{resolver, opened, resolver}));
 }
 
 TEST_F(Populate, doesWithoutALibraryAndWithoutAnswers) {
-    missingLibraries() = {"libGL.so", "libGL.so.1"};
+    loader().missing = {"libGL.so", "libGL.so.1"};
     GLFunctionTable table;
     start(table, "1.5", "");
     EXPECT_NE(table.fglAccum, nullptr) << "the process's own";
     EXPECT_TRUE(table.usable(kCapVertexBufferObject));
 
-    missingSymbols() = {"glGetString", "glGetIntegerv", "glXGetProcAddressARB"};
+    loader().missing.insert({"glGetString", "glGetIntegerv", "glXGetProcAddressARB"});
     table.nullify();
-    start(table, "1.5", "");
-    expectFound(table, {});
-    EXPECT_EQ(recorded(), Calls{});
-    EXPECT_EQ(limitsOf(table), (std::vector{1, 1, 1, 0, 0, 0}));
+    for (bool coreMissing : {false, true}) {
+        start(table, "1.5", "");
+        expectFound(table, {});
+        EXPECT_EQ(recorded(), Calls{});
+        EXPECT_EQ(limitsOf(table), (std::vector{1, 1, 1, 0, 0, 0}));
+        EXPECT_FALSE(table.ensureLiveMultitexture());
+        EXPECT_EQ(std::ranges::count(slotsOf(table), nullptr) == std::ssize(slotsOf(table)), coreMissing);
+        loader().missing.insert(kLookups.at(Core11).begin(), kLookups.at(Core11).end());
+    }
 }
 
 TEST_F(Populate, looksUpByVersion) {
@@ -299,27 +312,25 @@ TEST_F(Populate, looksUpByVersion) {
 }
 
 TEST_F(Populate, anExtensionIsAWordOfTheList) {
-    const auto expect = [](bool found, const char* list, const char* name) {
+    for (const auto& [found, list, name] :
+         {std::tuple{true, "GL_EXT_texture3D GL_EXT_texture", "GL_EXT_texture"},
+          {true, "GL_A  GL_B ", "GL_B"},
+          // What begins right behind a rejected one needs no blank before it.
+          {true, "GL_AGL_A GL_B", "GL_A"},
+          {true, "GL_AGL_A", "GL_A"},
+          {true, "XGL_AGL_A", "GL_A"},
+          {false, "XGL_AxGL_A", "GL_A"},
+          {false, "GL_A GL_B GL_C", "GL_D"},
+          {false, "XGL_A", "GL_A"},
+          {false, "GL_A", "GL_AB"},
+          {false, "", "GL_A"},
+          {false, "GL_A", ""},
+          {false, "GL_A GL_B", "GL_A GL_B"},
+          {false, "GL_A GL_B", "GL_A "},
+          {false, nullptr, "GL_A"},
+          {false, "GL_A", nullptr}})
         EXPECT_EQ(isExtensionSupported(reinterpret_cast<const unsigned char*>(list), name), found)
             << testing::PrintToString(std::pair(list, name));
-    };
-    for (const auto& [list, name] : {std::pair{"GL_EXT_texture3D GL_EXT_texture", "GL_EXT_texture"},
-                                     {"GL_A  GL_B ", "GL_B"},
-                                     {"GL_AGL_A GL_B", "GL_A"},
-                                     {"GL_AGL_A", "GL_A"},
-                                     {"XGL_AGL_A", "GL_A"}})
-        expect(true, list, name); // what begins right behind a rejected occurrence needs no blank before it
-    for (const auto& [list, name] : {std::pair{"GL_A GL_B GL_C", "GL_D"},
-                                     {"XGL_A", "GL_A"},
-                                     {"GL_A", "GL_AB"},
-                                     {"", "GL_A"},
-                                     {"GL_A", ""},
-                                     {"GL_A GL_B", "GL_A GL_B"},
-                                     {"GL_A GL_B", "GL_A "},
-                                     {nullptr, "GL_A"},
-                                     {"GL_A", nullptr},
-                                     {"XGL_AxGL_A", "GL_A"}})
-        expect(false, list, name);
 }
 
 TEST_F(Populate, looksUpByExtension) {

@@ -79,7 +79,7 @@ TEST_F(StartupContext, opensTheLibraryByEitherName) {
         reset();
         Calls expected = {call("dlopen", "libGL.so", 1)};
         if (!plain) {
-            missingLibraries() = {"libGL.so"};
+            loader().missing = {"libGL.so"};
             expected.push_back(call("dlopen", "libGL.so.1", 1));
         }
         const Calls opened = expected;
@@ -88,7 +88,7 @@ TEST_F(StartupContext, opensTheLibraryByEitherName) {
             expected = expected + Calls{call("dlsym", name), call("dlerror")};
         expected = expected + opened + Calls{call("dlsym", "glAccum")};
         EXPECT_TRUE(make()->valid);
-        Calls first = loaderCalls();
+        Calls first = loader().calls;
         first.resize(expected.size());
         EXPECT_EQ(first, expected);
     }
@@ -147,12 +147,12 @@ TEST_F(StartupContext, aFailureLeavesItInvalid) {
     }
     for (const char* missing : {"glXChooseVisual", "glXCreateContext", "glXMakeCurrent",
                                 "glXGetCurrentDrawable", "glXGetCurrentContext"}) {
-        missingSymbols() = {missing};
+        loader().missing = {missing};
         expectFailure(missing, 0);
     }
     expectFailure("no display", 0, nullptr);
     expectUseless(makeShared<GLStartupContext>(nthContext())); // an empty one
-    EXPECT_EQ(loaderCalls(), Calls{});
+    EXPECT_EQ(loader().calls, Calls{});
     EXPECT_EQ(GLFunctionTable::fpGlobalFunctionTable, nullptr);
 }
 

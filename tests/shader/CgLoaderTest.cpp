@@ -33,19 +33,19 @@ protected:
 TEST_F(CgLoader, opensBothByTheirBareNamesAndPointsEachAtItsOwn) {
     static_assert(std::size(kCoreNames) == 48 && std::size(kBindingNames) == 72);
     setenv("ORLO_LOCATION", "/nowhere", 1);
-    missingLibraries() = {"libCg.so", "libCgGL.so"};
+    loader().missing = {"libCg.so", "libCgGL.so"};
     EXPECT_FALSE(init_explicit_Cg());
     EXPECT_EQ(*CGcontextSingleton::theCgContext(), nullptr);
-    EXPECT_EQ(loaderCalls(), (Calls{kOpenCore, kOpenCore})) << "tried again";
+    EXPECT_EQ(loader().calls, (Calls{kOpenCore, kOpenCore})) << "tried again";
     EXPECT_EQ(countOfFilled(), 0);
-    missingLibraries() = {"libCgGL.so"};
+    loader().missing = {"libCgGL.so"};
     EXPECT_FALSE(init_explicit_Cg());
     EXPECT_EQ(countOfFilled(), 48);
 
     resetLoader();
     std::map<std::string, int> places;
     for (const Pointer& pointer : kPointers)
-        replacedSymbols()[pointer.name] = &places[pointer.name];
+        loader().replaced[pointer.name] = &places[pointer.name];
     Calls all{kOpenCore};
     for (const char* name : kCoreNames)
         all.push_back(call("dlsym", name));
@@ -53,14 +53,14 @@ TEST_F(CgLoader, opensBothByTheirBareNamesAndPointsEachAtItsOwn) {
     for (const char* name : kBindingNames)
         all.push_back(call("dlsym", name));
     EXPECT_TRUE(init_explicit_Cg() && init_explicit_Cg());
-    EXPECT_EQ(loaderCalls(), all) << "once is enough";
+    EXPECT_EQ(loader().calls, all) << "once is enough";
     for (const Pointer& pointer : kPointers)
         EXPECT_EQ(pointer.value(), &places[pointer.name]) << pointer.name;
     EXPECT_EQ(recorded(), Calls{}) << "nobody made a context";
 }
 
 TEST_F(CgLoader, givesAContextToWhoAsksNextWhereANameIsMissing) {
-    missingSymbols() = {"cgGLGetTextureEnum"};
+    loader().missing = {"cgGLGetTextureEnum"};
     EXPECT_EQ(*CGcontextSingleton::theCgContext(), nullptr) << "the first to ask gets none";
     EXPECT_EQ(countOfFilled(), 119);
     delete CGcontextSingleton::sCgContext;
@@ -79,7 +79,7 @@ TEST_F(CgLoader, aSourceMayBeTheFirstUseOfAProcess) {
 }
 
 TEST_F(CgLoader, managersDoNothingThroughMissingEntryPoints) {
-    missingLibraries() = {"libCg.so"};
+    loader().missing = {"libCg.so"};
     CGManager manager(CG_PROFILE_ARBVP1, CG_PROFILE_ARBFP1);
     EXPECT_STREQ(manager.vertexProfileString(), "Unknown");
     CGManager::CGShader shader{program(1), nullptr, CG_PROFILE_ARBVP1, CG_PROFILE_ARBFP1};

@@ -168,7 +168,7 @@ TEST_F(Texture, hasItsMipmapsMadeByGLUWhereGLMakesNone) {
     };
     gl().fExtEnabled[kCapGenerateMipmap] = false;
     resetLoader();
-    replacedSymbols() = {{"gluBuild2DMipmaps", reinterpret_cast<void*>(+build)}};
+    loader().replaced = {{"gluBuild2DMipmaps", reinterpret_cast<void*>(+build)}};
     GLTexture2D texture(kRasterIntensity8, false);
     GLTextureCubeMap cube(kRasterRGBA8);
     EXPECT_TRUE(texture.bind() && cube.bind());
@@ -188,11 +188,11 @@ TEST_F(Texture, hasItsMipmapsMadeByGLUWhereGLMakesNone) {
 TEST_F(Texture, hasNoMipmapsWithoutGLU) {
     gl().fExtEnabled[kCapGenerateMipmap] = false;
     resetLoader();
-    missingLibraries() = {"libGLU.so.1", "libGLU.so"};
+    loader().missing = {"libGLU.so.1", "libGLU.so"};
     GLTexture2D texture;
     GLTextureCubeMap cube;
     EXPECT_FALSE(texture.GLloadImageMipmap(fPixels, 8, 2) || loadMipmaps(cube));
-    EXPECT_EQ(loaderCalls(), (Calls{call("dlopen", "libGLU.so.1", 1), call("dlopen", "libGLU.so", 1)}));
+    EXPECT_EQ(loader().calls, (Calls{call("dlopen", "libGLU.so.1", 1), call("dlopen", "libGLU.so", 1)}));
 }
 
 TEST_F(Texture, isANameAndNoMoreAsALineOrABlock) {
