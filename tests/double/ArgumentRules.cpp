@@ -11,15 +11,10 @@ namespace {
 
 /// How many numbers a parameter has that is set by name.
 size_t parameterCount(long long parameter) {
-    static const std::set<long long> kFour = {GL_AMBIENT,           GL_DIFFUSE,
-                                              GL_SPECULAR,          GL_POSITION,
-                                              GL_EMISSION,          GL_AMBIENT_AND_DIFFUSE,
-                                              GL_OBJECT_PLANE,      GL_EYE_PLANE,
-                                              GL_TEXTURE_ENV_COLOR, GL_TEXTURE_BORDER_COLOR,
-                                              GL_FOG_COLOR,         GL_LIGHT_MODEL_AMBIENT};
-    if (parameter == GL_SPOT_DIRECTION || parameter == GL_POINT_DISTANCE_ATTENUATION)
-        return 3;
-    return kFour.contains(parameter) ? 4 : 1;
+    static const std::set<long long> kFour = {
+        GL_AMBIENT,  GL_DIFFUSE,   GL_SPECULAR,          GL_EMISSION,
+        GL_POSITION, GL_EYE_PLANE, GL_TEXTURE_ENV_COLOR, GL_TEXTURE_BORDER_COLOR};
+    return kFour.contains(parameter) ? 4 : parameter == GL_SPOT_DIRECTION ? 3 : 1;
 }
 
 constexpr size_t kLast = 9;
@@ -42,7 +37,7 @@ const std::vector<CountRule>& countRules() {
          kLast, kAsNamed, -1},
         {std::regex("gl(?:Load|Mult)(?:Transpose)?Matrix[fd](?:ARB)?"), 0, 16, -1},
         {std::regex("glDelete\\w+s(?:ARB|EXT|NV)?"), 1, 1, 0},
-        {std::regex("glMultiDrawElements(?:EXT)?"), 1, 1, 4},
+        {std::regex("glPointParameterfvARB"), 1, 3, -1}, // the one there is: how they fade with distance
         {std::regex("glShaderSourceARB"), 2, 1, 1},
         {std::regex("glShaderSourceARB"), 3, 1, 1},
         {std::regex("glUniform([1-4])[fi]v(?:ARB)?"), 2, kAsNamed, 1},
@@ -69,7 +64,6 @@ std::optional<size_t> elementCount(const char* name, const std::vector<Argument>
     static const std::regex kAttributes(
         "glXChoose(?:Visual|FBConfig|FBConfigSGIX)|glXCreate(?:Pbuffer|Window|GLXPbufferSGIX)");
     static const std::regex kByParameter("gl(Light|Material|TexParameter|TexEnv|TexGen)[fid]v");
-    static const std::regex kByFirstParameter("gl(Fog|LightModel|PointParameter)[fi]v(ARB|EXT)?");
     const std::string text = name;
     const Argument& argument = arguments[index];
     if (argument.isStringList() && text.starts_with("cg")) { // which a null ends
@@ -82,8 +76,6 @@ std::optional<size_t> elementCount(const char* name, const std::vector<Argument>
         return attributeCount(static_cast<const int*>(argument.pointer()), text == "glXChooseVisual");
     if (index == 2 && std::regex_match(text, kByParameter))
         return parameterCount(arguments[1].integer());
-    if (index == 1 && std::regex_match(text, kByFirstParameter))
-        return parameterCount(arguments[0].integer());
     for (const CountRule& rule : countRules()) {
         std::smatch match;
         if (index != std::min(rule.index, arguments.size() - 1) || !std::regex_match(text, match, rule.name))
