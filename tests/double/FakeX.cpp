@@ -9,14 +9,12 @@ namespace {
 /// The attributes that the mask names, in the mask's order. Of those that the library sets.
 Argument windowAttributes(unsigned long mask, const XSetWindowAttributes& a) {
     Values values;
-    if (mask & CWBackPixmap)
-        values.push_back(static_cast<double>(a.background_pixmap));
-    if (mask & CWBorderPixel)
-        values.push_back(static_cast<double>(a.border_pixel));
-    if (mask & CWEventMask)
-        values.push_back(static_cast<double>(a.event_mask));
-    if (mask & CWColormap)
-        values.push_back(static_cast<double>(a.colormap));
+    for (const auto& [bit, value] : {std::pair{CWBackPixmap, a.background_pixmap},
+                                     {CWBorderPixel, a.border_pixel},
+                                     {CWEventMask, static_cast<unsigned long>(a.event_mask)},
+                                     {CWColormap, a.colormap}})
+        if (mask & bit)
+            values.push_back(static_cast<double>(value));
     return values;
 }
 

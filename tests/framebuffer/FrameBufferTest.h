@@ -5,12 +5,6 @@
 #include "framebuffer/GLFrameBuffer.h"
 #include "gl/GLStartupContext.h"
 
-/// A call that begins with the display, as all of X's and most of GLX's do.
-template <typename... Arguments>
-std::string on(const char* name, const Arguments&... arguments) {
-    return call(name, fakeDisplay(), arguments...);
-}
-
 inline std::string bound(GLuint framebuffer) {
     return call("glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, framebuffer);
 }
@@ -45,14 +39,10 @@ protected:
 
     GLStartupContext& startup() { return *fStartup; }
 
-    /// A window or pbuffer as a create operation leaves it, with one reference on the start-up context.
-    void adopt(GLFrameBuffer& buffer, GLFrameBuffer::Kind kind) {
-        buffer.fKind = kind;
-        buffer.fFunctionTable = &gl();
-        buffer.fDisplay = fakeDisplay();
-        buffer.fContext = nthContext(7);
-        (kind == GLFrameBuffer::kOffscreen ? buffer.fPbuffer : buffer.fDrawable) = 0x321;
-        buffer.fOwnsDrawable = true;
+    /// A window of the host's, 999 x 999.
+    static void assign(GLFrameBuffer& buffer) {
+        const WindowWrapper window(nullptr, 0x321, fakeDisplay());
+        EXPECT_EQ(buffer.assignInWindow(nthContext(7), window, bufferFormat(), 999, 999), 0u);
     }
 
 private:

@@ -170,7 +170,7 @@ TEST_F(Transfer, copiesIntoTextures) {
     EXPECT_EQ(made().back(), copied({0, 1, 8, 2}));
 
     GLFrameBuffer window;
-    adopt(window, GLFrameBuffer::kWindowed);
+    assign(window);
     window.fColorAttachmentCount = 2; // whatever it has attached
     script().values[GL_VIEWPORT] = {0, 0, 6, 3};
     window.readCurrentColorBuffer(fTexture.get(), 0);

@@ -5,6 +5,10 @@
 
 namespace {
 
+/// What is looked up by itself, before there is a table.
+constexpr const char* kByName[] = {"glXChooseVisual", "glXCreateContext", "glXMakeCurrent",
+                                   "glXGetCurrentDrawable", "glXGetCurrentContext"};
+
 /// The start-up context without a table: its own construction makes it.
 class StartupContext : public testing::Test {
 protected:
@@ -22,17 +26,16 @@ protected:
     }
 
     static std::string current(GLXDrawable drawable, GLXContext context) {
-        return call("glXMakeCurrent", fakeDisplay(), drawable, context);
+        return on("glXMakeCurrent", drawable, context);
     }
 
     /// The n-th one's window, context and table, of a version without multitexture.
     static Calls creation(GLXContext share = nullptr, int n = 0) {
-        return {call("glXChooseVisual", fakeDisplay(), 0,
-                     Values{4, 5, 8, 8, 9, 8, 10, 8, 11, 8, 12, 24, 13, 8, 0}),
-                call("glXCreateContext", fakeDisplay(), onlyVisual(), share, 1),
-                call("XCreateColormap", fakeDisplay(), kFakeRoot, onlyVisual()->visual, AllocNone),
-                call("XCreateWindow", fakeDisplay(), kFakeRoot, 0, 0, 10, 10, 0, 24, InputOutput,
-                     onlyVisual()->visual, 0x2009, Values{0, 0, double(kFakeColormap)}),
+        return {on("glXChooseVisual", 0, Values{4, 5, 8, 8, 9, 8, 10, 8, 11, 8, 12, 24, 13, 8, 0}),
+                on("glXCreateContext", onlyVisual(), share, 1),
+                on("XCreateColormap", kFakeRoot, onlyVisual()->visual, AllocNone),
+                on("XCreateWindow", kFakeRoot, 0, 0, 10, 10, 0, 24, InputOutput, onlyVisual()->visual, 0x2009,
+                   Values{0, 0, double(kFakeColormap)}),
                 call("glXGetCurrentDrawable"),
                 call("glXGetCurrentContext"),
                 current(nthName(NameKind::XWindow, n), nthContext(n)),
@@ -67,10 +70,10 @@ TEST_F(StartupContext, isMadeUsedAndDestroyed) {
     EXPECT_FALSE(startup->makeCurrent()) << "what GLX answers";
     startup.reset();
     const Window window = nthName(NameKind::XWindow);
-    EXPECT_EQ(recorded(), (creation(nthContext(9)) +
-                           Calls{current(window, nthContext()), current(window, nthContext()),
-                                 current(0, nullptr), call("glXDestroyContext", fakeDisplay(), nthContext()),
-                                 call("XDestroyWindow", fakeDisplay(), window)}));
+    EXPECT_EQ(recorded(),
+              (creation(nthContext(9)) + Calls{current(window, nthContext()), current(window, nthContext()),
+                                               current(0, nullptr), on("glXDestroyContext", nthContext()),
+                                               on("XDestroyWindow", window)}));
 }
 
 /// The plain name belongs to a development package.
@@ -83,8 +86,7 @@ TEST_F(StartupContext, opensTheLibraryByEitherName) {
             expected.push_back(call("dlopen", "libGL.so.1", 1));
         }
         const Calls opened = expected;
-        for (const char* name : {"glXChooseVisual", "glXCreateContext", "glXMakeCurrent",
-                                 "glXGetCurrentDrawable", "glXGetCurrentContext"})
+        for (const char* name : kByName)
             expected = expected + Calls{call("dlsym", name), call("dlerror")};
         expected = expected + opened + Calls{call("dlsym", "glAccum")};
         EXPECT_TRUE(make()->valid);
@@ -145,8 +147,7 @@ TEST_F(StartupContext, aFailureLeavesItInvalid) {
         failNext(failing);
         expectFailure(failing, calls);
     }
-    for (const char* missing : {"glXChooseVisual", "glXCreateContext", "glXMakeCurrent",
-                                "glXGetCurrentDrawable", "glXGetCurrentContext"}) {
+    for (const char* missing : kByName) {
         loader().missing = {missing};
         expectFailure(missing, 0);
     }

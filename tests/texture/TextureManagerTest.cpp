@@ -30,7 +30,6 @@ protected:
                 return 0;
             };
     }
-    ~Manager() override { theArraysFail = false; }
 
     static Calls bound(GLuint n, GLenum target) { return {call("glBindTexture", target, kFirst + n)}; }
     static Calls named(GLuint n, GLenum target) { return kGenerated + bound(n, target); }
