@@ -45,9 +45,8 @@ class Argument {
 public:
     template <typename T>
     requires(std::is_integral_v<T> || std::is_enum_v<T>) Argument(T value)
-        : fInteger(static_cast<long long>(value)), fReal(static_cast<double>(value)),
-          fText(elementText(fInteger)) {}
-    Argument(double value) : fReal(value), fText(elementText(value)) {}
+        : fInteger(static_cast<long long>(value)), fText(elementText(fInteger)) {}
+    Argument(double value) : fText(elementText(value)) {}
     Argument(std::nullptr_t) : fText("null") {}
     Argument(const Values& elements) : fText(elementsText<double>(elements.data(), elements.size())) {}
     Argument(Out) : fText("out") {}
@@ -69,7 +68,6 @@ public:
     /// Whether it points to numbers that the callee may change.
     bool writable() const { return fWritable; }
     long long integer() const { return fInteger; }
-    double real() const { return fReal; }
     void* pointer() const { return const_cast<void*>(fPointer); }
     /// How it prints, of a pointer only where that is null.
     const std::string& text() const { return fText; }
@@ -81,7 +79,6 @@ private:
     bool fIsStringList = false;
     bool fWritable = false;
     long long fInteger = 0;
-    double fReal = 0;
     const void* fPointer = nullptr;
     std::string (*fElements)(const void*, size_t) = nullptr;
     std::string fText;

@@ -29,13 +29,6 @@ Shared<T> makeShared(Arguments&&... arguments) {
 
 /// A test on the recording GL with a filled global table: version 2.1, every extension that the library
 /// knows, all 8 texture units. The record is empty when the test begins.
-///
-///     class PassState : public DoubleTest {};
-///     TEST_F(PassState, appliesBlending) {
-///         gl().fExtSupported[kCapBlendSubtract] = false;
-///         ...
-///         EXPECT_EQ(recorded(), (Calls{...}));
-///     }
 class DoubleTest : public testing::Test {
 protected:
     DoubleTest() {
@@ -49,7 +42,6 @@ protected:
 
     GLFunctionTable& gl() { return fTable; }
 
-    /// What was recorded since the last call.
     static Calls made() {
         Calls calls = recorded();
         clearRecorded();

@@ -36,7 +36,6 @@ struct Calls : std::vector<std::string> {
     using std::vector<std::string>::vector;
 };
 void PrintTo(const Calls& calls, std::ostream* out);
-/// Transcripts joined.
 Calls operator+(Calls a, const Calls& b);
 
 /// The calls since the last reset or clearRecorded, oldest first.
@@ -50,7 +49,6 @@ void resetRecording();
 
 std::string formatCall(const char* name, const std::vector<Argument>& arguments);
 
-/// A call as the recorder writes it.
 template <typename... Arguments>
 std::string call(const char* name, const Arguments&... arguments) {
     return formatCall(name, std::vector<Argument>{Argument(arguments)...});
@@ -125,7 +123,6 @@ enum class NameKind {
     XWindow = 0xE001,
 };
 
-/// The names of one kind.
 struct Ledger {
     std::set<uint64_t> live;
     int made = 0;

@@ -265,19 +265,16 @@ protected:
         return elements(record.fPrimitiveType - 1, record.fIndexCount, record.fIndices);
     }
 
-    /// An upload of record number `i`, or of its block.
     Calls upload(int buffer, size_t i, int bytes) const {
         return {generate(), bindIndices(buffer),
                 call("glBufferDataARB", GL_ELEMENT_ARRAY_BUFFER_ARB, bytes,
                      static_cast<const void*>(fGroup.indexRecord(i)->fIndices), GL_STATIC_DRAW_ARB)};
     }
 
-    /// An upload that the budget refuses.
     static Calls refused(int buffer) {
         return {generate(), bindIndices(buffer), bindIndices(buffer), unbindIndices(), remove(buffer)};
     }
 
-    /// The indices sent one by one, "glBegin ... glEnd" around them.
     static Calls oneByOne(GLenum mode, const std::vector<int>& indices) {
         Calls calls = {call("glBegin", mode)};
         for (int index : indices)

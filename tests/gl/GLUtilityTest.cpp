@@ -8,7 +8,6 @@ namespace {
 
 class Utility : public DoubleTest {
 protected:
-    /// What printErrors writes to standard error.
     static std::string printed(const char* label, std::deque<GLenum> pending) {
         script().errors = std::move(pending);
         testing::internal::CaptureStderr();

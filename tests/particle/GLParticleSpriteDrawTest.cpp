@@ -24,7 +24,6 @@ protected:
     }
 
     static Calls corner(double x, double y, double z = 0) { return {call("glVertex3dv", Values{x, y, z})}; }
-    /// One sprite at the origin.
     static Calls square(double halfX, double halfY) {
         return corner(-halfX, -halfY) + corner(halfX, -halfY) + corner(halfX, halfY) + corner(-halfX, halfY);
     }
@@ -40,7 +39,6 @@ protected:
         return only({"glBindTexture", "glMultiTexCoord2f"}, drawn(fDrawer, placement, textures));
     }
 
-    /// The calls of some names, in order.
     static Calls only(const std::vector<std::string>& names, const Calls& calls) {
         Calls some;
         for (const std::string& one : calls) {

@@ -25,7 +25,6 @@ protected:
         return makeParticles(std::move(positions), samples);
     }
 
-    /// What a draw calls.
     template <typename Drawer>
     static Calls drawn(Drawer& drawer, IHWTexPlacement* placement = nullptr,
                        std::vector<IHWTexture*>* textures = nullptr) {

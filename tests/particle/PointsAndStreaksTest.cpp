@@ -9,7 +9,6 @@ namespace {
 
 class ParticlePoints : public ParticleTest {
 protected:
-    /// A whole draw.
     static Calls points(const Calls& objectColor, const Calls& particles, double size = 1) {
         return Calls{call("glGetFloatv", GL_CURRENT_COLOR, kOut), call("glPointSize", size),
                      call("glBegin", GL_POINTS)} +
@@ -155,13 +154,11 @@ class ParticleStreaks : public ParticleTest {
 protected:
     static constexpr float kTime = 0.0333F * 7.0F;
 
-    /// A whole draw.
     static Calls streaks(const Calls& particles, double width = 5) {
         return Calls{call("glGetFloatv", GL_CURRENT_COLOR, kOut), call("glLineWidth", width),
                      call("glShadeModel", GL_SMOOTH), call("glBegin", GL_LINES)} +
                particles + Calls{call("glEnd")};
     }
-    /// One streak of a colour each for head and tail.
     static Calls streak(const Calls& head, double from, const Calls& tail, float x, float y = 0) {
         return head + vertex(from) + tail + Calls{call("glVertex3f", x, y, 0.0)};
     }

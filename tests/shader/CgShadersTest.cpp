@@ -46,7 +46,6 @@ protected:
         return {call("cgCreateProgram", context(), CG_SOURCE, source, profile, nullptr, options)};
     }
 
-    /// A file compiled.
     Calls compiled(const std::string& file, std::vector<const char*> options, uint64_t number = 1) const {
         const CGprofile profile = file == fVertexFile ? CG_PROFILE_ARBVP1 : CG_PROFILE_ARBFP1;
         options.insert(options.end(), {fInclude.c_str(), nullptr});
