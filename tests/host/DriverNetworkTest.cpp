@@ -47,16 +47,15 @@ protected:
     }
 
     void makeTexture() {
-        std::vector<GLubyte> bytes(64);
-        for (size_t i = 0; i < 64; ++i)
+        GLubyte bytes[64];
+        for (int i = 0; i < 64; ++i)
             bytes[i] = static_cast<GLubyte>(i * i * 37);
-        for (size_t i = 0; i < 64; i += 4)
-            fParts.texels.push_back(V3{1.0 * bytes[i], 1.0 * bytes[i + 1], 1.0 * bytes[i + 2]} *
-                                    (1.0 / 255.0));
+        for (const GLubyte* rgba = bytes; rgba != std::end(bytes); rgba += 4)
+            fParts.texels.push_back(V3(rgba[0], rgba[1], rgba[2]) * (1.0 / 255.0));
         fTexture = new GLTexture2D(kRasterRGBA8, false);
         fTexture->ref();
         fParts.texture = fTexture;
-        fTexture->GLloadImage(bytes.data(), 4, 4);
+        fTexture->GLloadImage(bytes, 4, 4);
         gl().glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
         gl().glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
     }
@@ -139,7 +138,7 @@ protected:
     }
 
     /// Compares at 16 points that lie on no edge of a pattern.
-    void expectEqual(const Made& made) {
+    void expectEqual(const Made& made, double alpha = 1.0) {
         const std::vector<float> pixels = draw(*made.node);
         int compared = 0;
         for (int tries = 0; compared < 16 && tries < 400; ++tries) {
@@ -162,6 +161,7 @@ protected:
             EXPECT_NEAR(pixel[0], wanted.x, tolerance) << x << ' ' << y;
             EXPECT_NEAR(pixel[1], wanted.y, tolerance) << x << ' ' << y;
             EXPECT_NEAR(pixel[2], wanted.z, tolerance) << x << ' ' << y;
+            EXPECT_NEAR(pixel[3], alpha, tolerance) << x << ' ' << y;
         }
         EXPECT_EQ(compared, 16);
     }
@@ -193,21 +193,17 @@ TEST_P(DriverNetwork, drawsWhatNetworksComeTo) {
 }
 
 TEST_P(DriverNetwork, hidesOrFadesByOpacity) {
-    gl().glClearColor(0, 0, 1, 1);
-    const auto drawn = [&](AlphaMode mode, float opacity) {
-        ShadingNodeSpec material(kUnlit);
-        material.setValue("color", 0.5F);
-        material.setValue("opacity", opacity);
-        material.setSetting("alphaMode", mode);
+    for (const auto& [mode, opacity, color, alpha] : {std::tuple{kOpaque, 0.25F, 0.5, 1.0},
+                                                      {kBlend, 0.25F, 0.125, 0.25},
+                                                      {kMask, 0.25F, 0.0, 0.0}, // below the cutoff
+                                                      {kMask, 0.5F, 0.5, 1.0}}) {
+        auto material = std::make_shared<ShadingNodeSpec>(kUnlit);
+        material->setValue("color", 0.5F);
+        material->setValue("opacity", opacity);
+        material->setSetting("alphaMode", mode);
         gl().glClear(GL_COLOR_BUFFER_BIT);
-        const std::vector<float> pixels = draw(material);
-        return std::vector<float>(pixels.begin(), pixels.begin() + 4);
-    };
-    EXPECT_EQ(drawn(kOpaque, 0.25F), (std::vector{0.5F, 0.5F, 0.5F, 1.0F}));
-    EXPECT_EQ(drawn(kBlend, 0.25F), (std::vector{0.125F, 0.125F, 0.125F, 0.25F}));
-    EXPECT_EQ(drawn(kMask, 0.25F), (std::vector{0.0F, 0.0F, 1.0F, 1.0F})) << "below the cutoff";
-    EXPECT_EQ(drawn(kMask, 0.5F), (std::vector{0.5F, 0.5F, 0.5F, 1.0F}));
-    gl().glClearColor(0, 0, 0, 0);
+        expectEqual({material, always(V3(color))}, alpha);
+    }
 }
 
 TEST_P(DriverNetwork, takesLongChainsOfAllSetsOfCoordinatesBesidePlaceAndNormal) {

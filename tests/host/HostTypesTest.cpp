@@ -7,6 +7,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 namespace {
 
@@ -17,26 +18,16 @@ using koLinear::ProjMatrix;
 using koLinear::Vector;
 using testing::ElementsAre;
 
-std::vector<double> elements(const AffineMatrix& m) {
-    return {m[0], m[0] + 12};
-}
-
-std::vector<double> elements(const ProjMatrix& m) {
-    return {m.data(), m.data() + 16};
-}
-
-template <typename Triple>
-std::vector<double> elements(const Triple& t) {
-    return {t.data(), t.data() + 3};
+/// All of them are contiguous numbers.
+template <typename T>
+std::vector<double> elements(const T& t) {
+    const auto* first = reinterpret_cast<const double*>(&t);
+    return {first, first + sizeof(T) / sizeof(double)};
 }
 
 /// No element is 0, 1 or equal to another; the determinant is -600.
 AffineMatrix uneven() {
-    AffineMatrix m;
-    const double values[] = {2, 3, -4, 5, -6, 7, 8, 9, 10, 11, -12, 13};
-    for (int i = 0; i < 12; ++i)
-        m[i / 3][i % 3] = values[i];
-    return m;
+    return {2, 3, -4, 5, -6, 7, 8, 9, 10, 11, -12, 13};
 }
 
 TEST(Linear, vectorsStandLeftOfTheMatrix) {
@@ -44,8 +35,7 @@ TEST(Linear, vectorsStandLeftOfTheMatrix) {
     EXPECT_THAT(elements(m.transform(Point(1, 2, -3))),
                 ElementsAre(2 + 10 - 24 + 11, 3 - 12 - 27 - 12, -4 + 14 - 30 + 13));
     EXPECT_THAT(elements(m.transform(Vector(1, 2, -3))), ElementsAre(-12, -36, -20)) << "no translation";
-    const HPoint h = ProjMatrix(m).transform(HPoint(1, 2, -3, 0.5));
-    EXPECT_THAT((std::vector<double>{h.data(), h.data() + 4}), ElementsAre(-6.5, -42, -13.5, 0.5));
+    EXPECT_THAT(elements(ProjMatrix(m).transform(HPoint(1, 2, -3, 0.5))), ElementsAre(-6.5, -42, -13.5, 0.5));
     EXPECT_THAT(elements(ProjMatrix(m)), ElementsAre(2, 3, -4, 0, 5, -6, 7, 0, 8, 9, 10, 0, 11, -12, 13, 1));
 }
 
@@ -92,10 +82,11 @@ TEST(Strings, compareByBytesAndJoin) {
     const char* ascending[] = {"", "Z", "a", "ab", "\xC3\xA4"}; // the last has its high bits set
     for (size_t left = 0; left < 5; ++left) {
         for (size_t right = 0; right < 5; ++right) {
-            EXPECT_EQ(less(CString(ascending[left]), CString(ascending[right])), left < right);
-            EXPECT_EQ(less(IString(ascending[left]), IString(ascending[right])), left < right);
-            EXPECT_EQ(equal(CString(ascending[left]), CString(ascending[right])), left == right);
-            EXPECT_EQ(equal(IString(ascending[left]), IString(ascending[right])), left == right);
+            const CString a(ascending[left]), b(ascending[right]);
+            EXPECT_EQ(less(a, b), left < right);
+            EXPECT_EQ(less(IString(a), IString(b)), left < right);
+            EXPECT_EQ(equal(a, b), left == right);
+            EXPECT_EQ(equal(IString(a), IString(b)), left == right);
         }
     }
 }
@@ -145,16 +136,13 @@ TEST(SharedObjects, goWithTheirLastReference) {
     auto* object = new Counted(deaths);
     EXPECT_EQ(object->refCount(), 0);
     object->ref();
-    object->ref();
-    object->unref();
-    EXPECT_EQ(object->refCount(), 1);
-    EXPECT_EQ(deaths, 0);
-
     // A plain resource can't be locked, copied or bound.
     EXPECT_TRUE(object->lock(IBaseResource::kLockWrite, false));
-    EXPECT_FALSE(object->isLocked(IBaseResource::kLockWrite));
-    EXPECT_EQ(object->duplicate(true, true), nullptr);
-    EXPECT_FALSE(object->bind());
+    EXPECT_FALSE(object->isLocked(IBaseResource::kLockWrite) || object->duplicate(true, true) ||
+                 object->bind());
+    object->ref();
+    object->unref();
+    EXPECT_EQ(object->refCount() + deaths, 1);
     object->unref();
     EXPECT_EQ(deaths, 1);
 }
@@ -166,6 +154,150 @@ TEST(Environment, isReadFromTheProcess) {
     unsetenv("ORLO_HOST_TYPES_TEST");
     EXPECT_EQ(OrloGetEnv("ORLO_HOST_TYPES_TEST"), nullptr);
     EXPECT_EQ(OrloGetEnv(nullptr), nullptr);
+}
+
+struct Hanger : IHWMemoryObject {
+    explicit Hanger(int& deaths) : fDeaths(deaths) {}
+    ~Hanger() override { ++fDeaths; }
+    int& fDeaths;
+};
+
+TEST(Geometry, findsStreamsByTypeAndNumber) {
+    GeometryLogicalGroup group;
+    GeometryData& position = group.addStream(GeometryData::kPosition, 3, {0, 0, 0, 1, 0, 0, 0, 1});
+    GeometryData& first = group.addStream(GeometryData::kTexCoord, 2, {0, 0, 1, 0});
+    GeometryData& second = group.addStream(GeometryData::kTexCoord, 2, {5, 6});
+    EXPECT_EQ(position.fElementCount, 2U) << "a torn element doesn't count";
+    EXPECT_EQ(second.fElementCount, 1U);
+    EXPECT_EQ(static_cast<const float*>(second.fData)[1], 6);
+
+    EXPECT_EQ(group.geometryDataPtr(GeometryData::kPosition, 0, false), &position);
+    EXPECT_EQ(group.geometryDataPtr(GeometryData::kTexCoord, 0, false), &first);
+    EXPECT_EQ(group.geometryDataPtr(GeometryData::kTexCoord, 1, false), &second);
+    EXPECT_EQ(group.geometryDataPtr(GeometryData::kTexCoord, 2, false), nullptr);
+    EXPECT_EQ(group.geometryDataPtr(GeometryData::kTexCoord, 2, true), &first);
+    EXPECT_EQ(group.geometryDataPtr(GeometryData::kNormal, 0, true), nullptr);
+
+    std::vector<uint32_t> sizes;
+    for (uint32_t type = 0; type < 5; ++type)
+        sizes.push_back(GeometryData::elementTypeSize(type));
+    EXPECT_THAT(sizes, ElementsAre(4, 8, 4, 1, 0));
+}
+
+TEST(Geometry, laysBlocksOutBehindEachOther) {
+    GeometryLogicalGroup group;
+    group.addIndexBlock(GeometryDataIndex::kTriangleStrip, {{4, 5, 6}, {}, {7, 8, 9, 10}});
+    ASSERT_EQ(group.indexRecordCount(), 3U);
+    const uint32_t* block = group.indexRecord(0)->fIndices;
+    const std::pair<uint32_t, uint32_t> kPlaces[] = {{0, 3}, {3, 0}, {3, 4}};
+    for (size_t i = 0; i < 3; ++i) {
+        const GeometryDataIndex& record = *group.indexRecord(i);
+        EXPECT_EQ(record.fPrimitiveType, 6U);
+        EXPECT_EQ(record.fAllocatedCount, 7U);
+        EXPECT_EQ(std::pair(record.fStart, record.fIndexCount), kPlaces[i]);
+        EXPECT_EQ(record.fIndices, block + record.fStart);
+    }
+    EXPECT_THAT(std::vector<uint32_t>(block, block + 8), ElementsAre(4, 5, 6, 7, 8, 9, 10, 0))
+        << "a word to spare";
+    const GeometryDataIndex& single = group.addIndexRecord(GeometryDataIndex::kQuads, {0, 1, 2, 3});
+    EXPECT_EQ(single.fAllocatedCount, 4U);
+    EXPECT_EQ(single.fStart, 0U);
+}
+
+TEST(Geometry, deletesEachHangerOnce) {
+    int deaths = 0;
+    {
+        GeometryLogicalGroup group;
+        GeometryData& stream = group.addStream(GeometryData::kPosition, 3, {0, 0, 0});
+        group.addIndexBlock(GeometryDataIndex::kTriangleStrip, {{0}, {0}, {0}});
+        auto* shared = new Hanger(deaths);
+        for (size_t i = 0; i < 3; ++i)
+            group.indexRecord(i)->setHanger(shared);
+        stream.setHanger(new Hanger(deaths));
+        group.deleteHangers();
+        EXPECT_EQ(deaths, 2);
+        EXPECT_EQ(group.indexRecord(2)->fHanger, nullptr);
+        EXPECT_EQ(stream.fHanger, nullptr);
+
+        stream.setHanger(new Hanger(deaths));
+        stream.deleteHanger();
+        EXPECT_EQ(deaths, 3);
+        stream.setHanger(new Hanger(deaths));
+        group.indexRecord(0)->setHanger(new Hanger(deaths));
+    }
+    EXPECT_EQ(deaths, 5);
+}
+
+TEST(Geometry, iteratesInTheOrderOfARecord) {
+    GeometryLogicalGroup group;
+    GeometryData& stream = group.addStream(GeometryData::kTexCoord, 2, {10, 11, 20, 21});
+    GeometryDataIndex& record = group.addIndexRecord(GeometryDataIndex::kTriangles, {1, 0, 7});
+
+    GeometryDataIterator it;
+    EXPECT_TRUE(it.done());
+    EXPECT_EQ(it.current()[3], 1);
+    it.reset(&record, &stream);
+    std::vector<float> seen;
+    for (; !it.done(); it.advance())
+        seen.insert(seen.end(), it.current(), it.current() + 2);
+    EXPECT_THAT(seen, ElementsAre(20, 21, 10, 11, 0, 0)) << "an index beyond the stream";
+    it.advance();
+    EXPECT_EQ(it.current()[3], 1) << "reading on past the end";
+
+    it.reset(&record, nullptr);
+    EXPECT_EQ(it.current()[0], 0) << "no stream at all";
+    record.fStream = &stream;
+    it.reset(&record, nullptr);
+    EXPECT_EQ(it.current()[1], 21) << "the record's own stream";
+    it.reset(nullptr, nullptr);
+    EXPECT_TRUE(it.done());
+}
+
+TEST(Particles, takesOnlyWholeParticles) {
+    const auto data = std::make_unique<ParticleData>();
+    EXPECT_FALSE(data->setPositions({1, 2}) || data->setPositions({1, 2, 3}, 2) ||
+                 data->setPositions({1, 2, 3}, 0));
+    EXPECT_EQ(data->positions(), nullptr);
+    EXPECT_TRUE(data->setPositions({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}, 2));
+    EXPECT_EQ(data->count(), 2U);
+    EXPECT_EQ(data->sampleCount(), 4U);
+
+    EXPECT_TRUE(data->setColors({0, 0, 0, 1, 1, 1, 1, 1}));
+    EXPECT_FALSE(data->setColors({0, 0, 0, 1}) || data->setVelocities({0, 0, 0, 1}));
+    EXPECT_EQ(data->colors()[7], 1) << "what was refused changed nothing";
+    EXPECT_FALSE(data->addData("twist", {1}));
+    EXPECT_TRUE(data->addData("twist", {1, 2}) && data->addData("scaleX", {3, 4}) &&
+                data->addData("twist", {5, 6}));
+    EXPECT_EQ(data->getDataIndex("twist"), 0);
+    EXPECT_EQ(data->getDataIndex("Twist"), -1);
+    EXPECT_THAT(data->getData(0)->fValues, ElementsAre(5, 6));
+    EXPECT_THAT(data->getData(1)->fValues, ElementsAre(3, 4));
+    EXPECT_FALSE(data->getData(-1) || data->getData(2));
+
+    EXPECT_TRUE(data->setPositions({0, 0, 0}));
+    EXPECT_FALSE(data->colors() || data->getData(0)) << "of other particles";
+}
+
+TEST(Particles, isWalkedByParticleOrBySample) {
+    const auto data = std::make_unique<ParticleData>();
+    data->setPositions({1, 0, 0, 2, 0, 0, 3, 0, 0, 4, 0, 0}, 2);
+    data->setVelocities({5, 0, 0, 6, 0, 0});
+    ParticleDataIterator it(*data, nullptr, 0);
+    // At each step the place, the velocity and the colour; -1 where there is none.
+    const auto walked = [&it] {
+        std::vector<float> all;
+        for (it.reset(); !it.done(); it.advance())
+            for (const float* found : {it.position(), it.velocity(), it.color()})
+                all.push_back(found ? *found : -1);
+        return all;
+    };
+    EXPECT_THAT(walked(), ElementsAre(1, 5, -1, 3, 6, -1));
+    const uint32_t filter[] = {3, 9}; // the second lies beyond the data
+    it.setFilter(filter, 2);
+    EXPECT_THAT(walked(), ElementsAre(4, 6, -1, -1, -1, -1));
+    EXPECT_EQ(it.counter(), 2U);
+    it.setFilter(filter, 0);
+    EXPECT_EQ(it.count(), 2U);
 }
 
 } // namespace
