@@ -158,10 +158,8 @@ protected:
             const float* pixel = &pixels[(y * Sample::kSide + x) * 4];
             // Hardware filters textures in steps of 1/256 along each axis.
             const double tolerance = 0.006 * (1.0 + std::max({wanted.x, wanted.y, wanted.z}));
-            EXPECT_NEAR(pixel[0], wanted.x, tolerance) << x << ' ' << y;
-            EXPECT_NEAR(pixel[1], wanted.y, tolerance) << x << ' ' << y;
-            EXPECT_NEAR(pixel[2], wanted.z, tolerance) << x << ' ' << y;
-            EXPECT_NEAR(pixel[3], alpha, tolerance) << x << ' ' << y;
+            for (const double channel : {wanted.x, wanted.y, wanted.z, alpha})
+                EXPECT_NEAR(*pixel++, channel, tolerance) << x << ' ' << y;
         }
         EXPECT_EQ(compared, 16);
     }

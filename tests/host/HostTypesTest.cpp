@@ -18,6 +18,13 @@ using koLinear::ProjMatrix;
 using koLinear::Vector;
 using testing::ElementsAre;
 
+template <typename Base>
+struct Counted : Base {
+    explicit Counted(int& deaths) : fDeaths(deaths) {}
+    ~Counted() override { ++fDeaths; }
+    int& fDeaths;
+};
+
 /// All of them are contiguous numbers.
 template <typename T>
 std::vector<double> elements(const T& t) {
@@ -121,19 +128,13 @@ TEST(Pixels, areThereOrNot) {
         const PixelArray2D none(koSysPixelFormat(2, bytesPerPixel), width, height);
         EXPECT_EQ(none.data(), nullptr) << width << " x " << height << " x " << bytesPerPixel;
         EXPECT_EQ(none.byteCount(), 0u);
-        EXPECT_EQ(none.width(), width);
-        EXPECT_EQ(none.height(), height);
+        EXPECT_EQ(std::pair(none.width(), none.height()), std::pair(width, height));
     }
 }
 
 TEST(SharedObjects, goWithTheirLastReference) {
-    struct Counted : IHWTexture {
-        explicit Counted(int& deaths) : fDeaths(deaths) {}
-        ~Counted() override { ++fDeaths; }
-        int& fDeaths;
-    };
     int deaths = 0;
-    auto* object = new Counted(deaths);
+    auto* object = new Counted<IHWTexture>(deaths);
     EXPECT_EQ(object->refCount(), 0);
     object->ref();
     // A plain resource can't be locked, copied or bound.
@@ -155,12 +156,6 @@ TEST(Environment, isReadFromTheProcess) {
     EXPECT_EQ(OrloGetEnv("ORLO_HOST_TYPES_TEST"), nullptr);
     EXPECT_EQ(OrloGetEnv(nullptr), nullptr);
 }
-
-struct Hanger : IHWMemoryObject {
-    explicit Hanger(int& deaths) : fDeaths(deaths) {}
-    ~Hanger() override { ++fDeaths; }
-    int& fDeaths;
-};
 
 TEST(Geometry, findsStreamsByTypeAndNumber) {
     GeometryLogicalGroup group;
@@ -207,23 +202,23 @@ TEST(Geometry, laysBlocksOutBehindEachOther) {
 TEST(Geometry, deletesEachHangerOnce) {
     int deaths = 0;
     {
+        const auto hanger = [&deaths] { return new Counted<IHWMemoryObject>(deaths); };
         GeometryLogicalGroup group;
         GeometryData& stream = group.addStream(GeometryData::kPosition, 3, {0, 0, 0});
         group.addIndexBlock(GeometryDataIndex::kTriangleStrip, {{0}, {0}, {0}});
-        auto* shared = new Hanger(deaths);
+        auto* shared = hanger();
         for (size_t i = 0; i < 3; ++i)
             group.indexRecord(i)->setHanger(shared);
-        stream.setHanger(new Hanger(deaths));
+        stream.setHanger(hanger());
         group.deleteHangers();
         EXPECT_EQ(deaths, 2);
-        EXPECT_EQ(group.indexRecord(2)->fHanger, nullptr);
-        EXPECT_EQ(stream.fHanger, nullptr);
+        EXPECT_FALSE(group.indexRecord(2)->fHanger || stream.fHanger);
 
-        stream.setHanger(new Hanger(deaths));
+        stream.setHanger(hanger());
         stream.deleteHanger();
         EXPECT_EQ(deaths, 3);
-        stream.setHanger(new Hanger(deaths));
-        group.indexRecord(0)->setHanger(new Hanger(deaths));
+        stream.setHanger(hanger());
+        group.indexRecord(0)->setHanger(hanger());
     }
     EXPECT_EQ(deaths, 5);
 }
