@@ -32,9 +32,7 @@ void resetLoader() {
 extern "C" {
 
 void* dlopen(const char* file, int mode) {
-    static void* (*open)(const char*, int);
-    if (!open)
-        open = systemFunction<decltype(open)>("dlopen");
+    static const auto open = systemFunction<decltype(&dlopen)>("dlopen");
     if (!recording || !file)
         return open(file, mode);
     loader().calls.push_back(call("dlopen", file, mode));
@@ -45,9 +43,7 @@ void* dlopen(const char* file, int mode) {
 }
 
 void* dlsym(void* handle, const char* name) {
-    static void* (*find)(void*, const char*);
-    if (!find)
-        find = systemFunction<decltype(find)>("dlsym");
+    static const auto find = systemFunction<decltype(&dlsym)>("dlsym");
     if (!recording)
         return find(handle, name);
     loader().calls.push_back(call("dlsym", name));
@@ -57,9 +53,7 @@ void* dlsym(void* handle, const char* name) {
 }
 
 char* dlerror() {
-    static char* (*error)();
-    if (!error)
-        error = systemFunction<decltype(error)>("dlerror");
+    static const auto error = systemFunction<decltype(&dlerror)>("dlerror");
     if (recording)
         loader().calls.push_back(call("dlerror"));
     return error();
