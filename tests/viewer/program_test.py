@@ -57,6 +57,21 @@ class Program(ViewerProgram):
         self.assertAlmostEqual(max(max(p[axis] for p in seen) - min(p[axis] for p in seen) for axis in (0, 1)) + 1, 85, delta=1.5)
         self.assertLess(sum(min(rows[y][3 * x : 3 * x + 3]) >= 245 for x, y in seen), 0.02 * len(seen))
 
+    def test_the_ground_shows_what_keeps_light_off(self):
+        disc = "".join(f"v {math.cos(a)} 0.5 {math.sin(a)}\n" for a in (i * math.pi / 18 for i in range(36))) + "v 0 0.5 0\n"
+        disc += "".join(f"f {i + 1} {(i + 1) % 36 + 1} 37\n" for i in range(36)) + "v 0.9 0 0\nv 0.91 0 0\nv 0.9 0 0.01\nf 38 39 40\n"
+        model = self.write("disc.obj", disc)
+        looks = ("--background", "transparent", "--size", "64x64", "--target", "0,0,0", "--azimuth", "0")
+        for shading in ("fixed", "glsl"):
+            switches = (*looks, "--shading", shading, "--elevation", "10")
+            rows = self.picture(model, *switches, "--ground")[3]
+            # A disc of radius 1 at a height of 0.5 keeps off 1 / (1 + 0.25) of an even sky.
+            self.assertEqual(list(rows[32][128:131]), [0, 0, 0])
+            self.assertAlmostEqual(rows[32][131], 255 * 0.8 * 0.8, delta=10)
+            self.assertEqual(self.picture(model, *switches)[3][32][131], 0)
+        below = (*looks, "--elevation=-10")
+        self.assertEqual(self.picture(model, *below, "--ground"), self.picture(model, *below), "seen from below it isn't there")
+
     def test_views_by_name_and_angle(self):
         sides = {"front": (0, 0), "back": (180, 0), "right": (90, 0), "left": (-90, 0), "top": (0, 90), "bottom": (0, -90)}
         normals = ((0, 0, 1), (0, 0, -1), (1, 0, 0), (-1, 0, 0), (0, 1, 0), (0, -1, 0))

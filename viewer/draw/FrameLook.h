@@ -22,6 +22,7 @@ struct FrameLook {
     bool culling = true; ///< hides triangles that are seen from behind, where the material says so
     bool grid = false;
     bool axes = false;
+    bool ground = false;
     float pointSize = 3.0F; ///< pixels
     float lineWidth = 1.0F;
 };

@@ -41,7 +41,8 @@ Shading DrawnScene::chooseShading(const Options& options) {
 DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& options,
                        const ProgressReport& report)
     : fShading(chooseShading(options)), fLights(scene),
-      fDrawable(scene, fShading, report, hasUserShader(options)), fGrid(guides.grid), fAxes(guides.axes) {
+      fDrawable(scene, fShading, report, hasUserShader(options)), fGround(guides.ground), fGrid(guides.grid),
+      fAxes(guides.axes) {
     if (options.cull)
         fCulling.emplace(fDrawable);
     if (options.particles)

@@ -48,6 +48,7 @@ public:
                 fShadows ? &*fShadows : nullptr,
                 fBehind ? &*fBehind : nullptr,
                 fUserShader.get(),
+                fGround,
                 fCulling ? &*fCulling : nullptr,
                 fParticles ? &*fParticles : nullptr};
     }
@@ -65,6 +66,7 @@ private:
     DrawableScene fDrawable;
     std::optional<Culling> fCulling;
     std::optional<SceneParticles> fParticles;
+    Ground fGround;
     std::optional<Fountain> fFountain;
     DrawableScene fGrid;
     DrawableScene fAxes;

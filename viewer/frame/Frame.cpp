@@ -164,13 +164,14 @@ void cull(const FrameContent& content, const View& view, const FrameLook& look) 
         content.culling->guess(view, !look.wireframe, content.answers == Answers::Ignored);
 }
 
-/// Over what hides what is behind it, and under what shines through.
-void drawParticles(const FrameContent& content, const View& view, const FrameLook& look,
-                   TextureUnits& units) {
-    if (!content.particles)
-        return;
-    units.set(nullptr, nullptr);
-    content.particles->draw(view.worldToEye, look);
+/// What comes over all that hides what is behind it, and under what shines through.
+void drawBetween(const FrameContent& content, const View& view, const FrameLook& look, TextureUnits& units) {
+    if (look.ground || content.particles)
+        units.set(nullptr, nullptr);
+    if (look.ground)
+        content.ground.draw();
+    if (content.particles)
+        content.particles->draw(view.worldToEye, look);
 }
 
 void drawSceneFixed(const FrameContent& content, const View& view, const FrameLook& look,
@@ -185,7 +186,7 @@ void drawSceneFixed(const FrameContent& content, const View& view, const FrameLo
     }
     if (shader)
         shader->unbind();
-    drawParticles(content, view, look, units);
+    drawBetween(content, view, look, units);
     if (shader)
         shader->bind();
     for (const BlendedElements::Run& run : drawable.farthestFirst(view.worldToEye)) {
@@ -251,11 +252,11 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
     }
     const std::vector<BlendedElements::Run>& blended = drawable.farthestFirst(view.worldToEye);
     const bool hasPlain = isToneMapped(look) && (look.grid || look.axes || drawable.hasUnlit());
-    if (content.particles || hasPlain) {
+    if (content.particles || look.ground || hasPlain) {
         content.shaders->endFrame();
         if (hasPlain)
             markPlain(content, look);
-        drawParticles(content, view, look, units);
+        drawBetween(content, view, look, units);
         if (blended.empty())
             return;
         content.shaders->beginFrame(view.worldToEye);
@@ -308,6 +309,8 @@ void drawBehind(GLFrameBuffer& target, const View& view, FrameContent content, F
 void prepareFrame(const View& view, const FrameContent& content, const FrameLook& look) {
     if (content.shadows && look.lights)
         content.shadows->update(content.drawable, view.worldToEye);
+    if (look.ground)
+        content.ground.update(content.drawable);
     if (content.behind && look.lights)
         content.behind->update(view, [&](GLFrameBuffer& target) { drawBehind(target, view, content, look); });
 }

@@ -3,6 +3,7 @@
 #include "draw/Culling.h"
 #include "draw/DrawableScene.h"
 #include "draw/FrameLook.h"
+#include "draw/Ground.h"
 #include "draw/SceneLights.h"
 #include "draw/SceneParticles.h"
 #include "scene/View.h"
@@ -31,6 +32,7 @@ struct FrameContent {
     ShadowMap* shadows;        ///< of the shaders' first light; null: none
     Behind* behind;            ///< of the shaders; null: nothing is clear
     UserShader* userShader;    ///< in the place of all materials; null: none
+    Ground& ground;            ///< of `drawable`
     Culling* culling;          ///< of `drawable`; null: everything is drawn
     SceneParticles* particles; ///< draws the points of `drawable`'s scene; null: they are points
     Answers answers = Answers::Awaited;

@@ -71,6 +71,7 @@ FrameLook lookOf(const Options& options, const Scene& scene) {
     look.culling = options.culling;
     look.grid = options.grid;
     look.axes = options.axes;
+    look.ground = options.ground;
     look.pointSize = options.pointSize;
     return look;
 }

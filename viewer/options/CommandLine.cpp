@@ -354,6 +354,8 @@ void Switches::addDrawing() {
     fApp.add_flag("--cull", fOptions.cull,
                   "Don't draw groups that are outside the view or hidden behind others");
     fApp.add_flag("--grid", fOptions.grid, "Draw a grid under the model");
+    fApp.add_flag("--ground", fOptions.ground,
+                  "Show the soft shade where the model stands, on a ground that shows nothing else");
     fApp.add_flag("--axes", fOptions.axes, "Draw the axes of the world: x red, y green, z blue");
 }
 

@@ -116,6 +116,7 @@ struct Options {
     bool cull = false; ///< leaves out groups that nobody sees
     bool grid = false;
     bool axes = false;
+    bool ground = false;
     Progress::Mode progress = Progress::Mode::Silent;
     bool stats = false;
     bool info = false;

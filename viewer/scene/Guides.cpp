@@ -86,6 +86,35 @@ Scene makeAxes(const Bounds& bounds) {
     return sceneOf(std::move(mesh));
 }
 
+GroundSquare groundUnder(const Bounds& scene, const Vector& up) {
+    GroundSquare square;
+    square.up = up;
+    square.ahead = scaled(levelFrontOf(square.up), -1.0);
+    square.right = cross(square.ahead, square.up);
+    const Point center = centerOf(scene);
+    double half[3] = {};
+    outlineOf(scene)([&](const Point& corner) {
+        const Vector p = between(center, corner);
+        half[0] = std::max(half[0], std::abs(dot(p, square.right)));
+        half[1] = std::max(half[1], std::abs(dot(p, square.ahead)));
+        half[2] = std::max(half[2], std::abs(dot(p, square.up)));
+    });
+    const double radius = radiusOf(scene);
+    square.height = std::max(2.0 * half[2], 1e-3 * radius);
+    square.side = std::max({half[0], half[1], 0.05 * radius}) + 0.6 * std::min(square.height, radius);
+    // A hair below the lowest point, or a floor there would flicker through it.
+    square.middle = offset(center, scaled(square.up, -(half[2] + 1e-3 * radius)));
+    return square;
+}
+
+Bounds boundsOf(const GroundSquare& square) {
+    Bounds bounds;
+    for (const auto& [x, y] : {std::pair{-1, -1}, {1, -1}, {1, 1}, {-1, 1}})
+        bounds.extend(offset(square.middle, sum(scaled(square.right, x * square.side),
+                                                scaled(square.ahead, y * square.side))));
+    return bounds;
+}
+
 Bounds unite(Bounds a, const Bounds& b) {
     a.extend(b.min);
     a.extend(b.max);
@@ -95,17 +124,20 @@ Bounds unite(Bounds a, const Bounds& b) {
 } // namespace
 
 Guides makeGuides(const Bounds& scene, const Vector& up) {
-    Guides guides{makeGrid(scene, scaled(up, 1.0 / length(up))), makeAxes(scene), {}, {}};
+    const Vector unit = scaled(up, 1.0 / length(up));
+    Guides guides{makeGrid(scene, unit), makeAxes(scene), groundUnder(scene, unit), {}, {}};
     guides.gridBounds = guides.grid.bounds();
     guides.axesBounds = guides.axes.bounds();
     return guides;
 }
 
-Bounds boundsWith(Bounds scene, const Guides& guides, bool grid, bool axes) {
+Bounds boundsWith(Bounds scene, const Guides& guides, bool grid, bool axes, bool ground) {
     if (grid)
         scene = unite(scene, guides.gridBounds);
     if (axes)
         scene = unite(scene, guides.axesBounds);
+    if (ground)
+        scene = unite(scene, boundsOf(guides.ground));
     return scene;
 }
 

@@ -23,6 +23,7 @@ enum class Command {
     Culling,
     Grid,
     Axes,
+    Ground,
     Statistics,
     TurnLeft,
     TurnRight,

@@ -62,6 +62,8 @@ Flag* switchOf(Command command, Look& look, Flag& statistics, Flag& help) {
         return &look.grid;
     case Command::Axes:
         return &look.axes;
+    case Command::Ground:
+        return &look.ground;
     case Command::Statistics:
         return &statistics;
     case Command::Help:
@@ -160,7 +162,8 @@ std::string InteractiveView::switches() const {
                                       {" --no-lights", !fLook.lights},
                                       {" --no-culling", !fLook.culling},
                                       {" --grid", fLook.grid},
-                                      {" --axes", fLook.axes}}) {
+                                      {" --axes", fLook.axes},
+                                      {" --ground", fLook.ground}}) {
         if (given)
             text += name;
     }

@@ -307,7 +307,8 @@ void ViewerWindow::note(const std::string& message) {
 
 View ViewerWindow::currentView() const {
     const FrameLook& look = fView.look();
-    return viewFrom(fView.navigation().viewpoint(), boundsWith(fBounds, fGuides, look.grid, look.axes),
+    return viewFrom(fView.navigation().viewpoint(),
+                    boundsWith(fBounds, fGuides, look.grid, look.axes, look.ground),
                     static_cast<double>(look.width) / look.height);
 }
 
