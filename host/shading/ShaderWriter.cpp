@@ -504,12 +504,31 @@ std::string ShaderWriter::microfacets(const std::string& diffuse, const std::str
     return filled("vec4($, $)", color, surfaceAlpha());
 }
 
+/// What near things leave of what comes from all round, as a factor.
+std::string ShaderWriter::nearOcclusion() {
+    const bool isOccluded =
+        std::any_of(fLights.begin(), fLights.end(), [](const LightSpec& light) { return light.fIsOccluded; });
+    if (!isOccluded)
+        return "";
+    if (fDeclared.insert("nearOcclusion").second) {
+        uniform("sampler2D", "occlusionMap");
+        const std::string place =
+            transformed(uniform("mat4", "occlusionMatrix"), filled("vec4($, 1.0)", position()));
+        fGeometry += filled(
+            "    vec4 occlusionPlace = $;\n"
+            "    float nearOcclusion = texture2D(occlusionMap, occlusionPlace.xy / occlusionPlace.w).r;\n",
+            place);
+    }
+    return " * nearOcclusion";
+}
+
 /// What comes from all round, to be added, with what keeps it off; that as a factor for others too.
 std::string ShaderWriter::occludedSum(const std::vector<std::string>& around, std::string& occlusion) {
     if (around.empty())
         return "";
     if (!isNeutral("occlusion"))
         occlusion = " * " + declare("float", fNow.name + "Occlusion", in("occlusion"));
+    occlusion += nearOcclusion();
     const bool needsBrackets = around.size() > 1 && !occlusion.empty();
     return " + " + declare("vec3", fNow.name + "Ambient",
                            filled(needsBrackets ? "($)$" : "$$", joined(around), occlusion));

@@ -75,6 +75,7 @@ private:
     std::string metallicRoughness();
     std::string specularGlossiness();
     std::string microfacets(const std::string& diffuse, const std::string& f0, const std::string& roughness);
+    std::string nearOcclusion();
     std::string occludedSum(const std::vector<std::string>& around, std::string& occlusion);
     std::string withCoat(const std::string& color, const std::string& occlusion);
     std::string emission();

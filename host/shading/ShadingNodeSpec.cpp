@@ -172,6 +172,7 @@ koString::CString ShadingNodeSpec::networkKey(const std::vector<LightSpec>* ligh
             key += light.fHasRange ? "r" : "";
             key += light.fHasInnerCone ? "c" : "";
             key += light.fCastsShadow ? "s" : "";
+            key += light.fIsOccluded ? "o" : "";
         }
     }
     return key.c_str();

@@ -66,7 +66,7 @@ TEST_F(SceneShadersTest, compilesOneShaderForMaterialsOfOneStructure) {
 
     for (int frame = 0; frame < 2; ++frame) {
         clearRecorded();
-        shaders.beginFrame({});
+        shaders.beginFrame({}, false);
         for (size_t i = 0; i < scene.instances.size(); ++i)
             EXPECT_TRUE(shaders.bind(i, true) && shaders.bind(i, true));
         shaders.endFrame();
@@ -75,7 +75,7 @@ TEST_F(SceneShadersTest, compilesOneShaderForMaterialsOfOneStructure) {
         EXPECT_EQ(count("glBindTexture"), 8U) << "three of the sky and a picture, and none at the end";
         EXPECT_EQ(count("glCompileShaderARB"), 0U);
     }
-    shaders.beginFrame({});
+    shaders.beginFrame({}, false);
     clearRecorded();
     EXPECT_TRUE(shaders.bind(3, false));
     EXPECT_EQ(count("glCompileShaderARB"), 2U) << "unlit ones when they are wanted";

@@ -319,7 +319,7 @@ class Program(ViewerProgram):
     def test_without_queries_everything_is_drawn(self):
         model = self.write("m.gltf", gltf())
         for switch in ("--cull", "--shadows"):
-            self.fails(1, [model, switch, "--offscreen", "pbuffer", "-o", self.path("out.png")], "what --cull and --shadows need lives in another context")
+            self.fails(1, [model, switch, "--offscreen", "pbuffer", "-o", self.path("out.png")], "what --cull, --shadows and --ao need lives in another context")
         environment = self.without("GL_ARB_occlusion_query", "kCapOcclusionQuery")
         result = self.run_viewer(model, "--cull", "-o", self.path("out.png"), environment=environment)
         self.assertEqual(result.returncode, 0)

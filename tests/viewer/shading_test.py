@@ -196,6 +196,25 @@ class Shading(ShadedPictures):
                     elif outside or on_square:
                         self.assertAlmostEqual(after, before, 3, (light["type"], at, y / 100))
 
+    def test_near_surfaces_keep_the_sky_off_each_other(self):
+        quads = [{"material": 0, "at": (-4, 4, 4, 0)}, {"material": 0, "at": (-4, 0, 4, -4)}]  # a wall, and what becomes the floor before it
+        document = json.loads(textured(quads, [{"pbrMetallicRoughness": {"metallicFactor": 0}}], []))
+        document["nodes"][1]["rotation"] = [-math.sqrt(0.5), 0, 0, math.sqrt(0.5)]
+        model = self.write("m.gltf", with_lights(document, DARK))
+        for elevation in (20, 45, 70):
+            for more in ([], ["--orthographic"]):
+                angle = math.radians(elevation)
+                switches = [model, "--sky", "white", "--size", "201x201", "--eye", f"0,{9 * math.sin(angle)},{9 * math.cos(angle)}", "--target", "0,0,0", "--samples", "1", *more]
+                open_sky, shaded = (self.floats(*switches, *ao)[2] for ao in ([], ["--ao"]))
+                left = [b[100][0] / a[100][0] for a, b in zip(open_sky[40:161], shaded[40:161])]
+                self.assertAlmostEqual(left[60], 0.53, delta=0.1, msg="half of the sky at the foot of the wall")
+                self.assertEqual([round(left[i], 2) for i in (0, -1)], [1, 1])
+                if elevation == 45:
+                    self.assertEqual(sorted(left[:61], reverse=True), left[:61], "the nearer, the less")
+        self.assertEqual(self.floats(*switches, "--ao", "--tile", "48")[2][100], shaded[100])
+        lit = (model, "--sky", "none", "--size", "33x33")
+        self.assertEqual(self.floats(*lit), self.floats(*lit, "--ao"), "direct light comes through")
+
     def test_two_shadings_compared(self):
         quads = [{"material": 0, "at": (-1, 1, 0, -1)}, {"material": 1, "at": (0, 1, 1, -1)}]
         unlit = {"pbrMetallicRoughness": {"baseColorFactor": [0.5, 0.2, 0.1, 1]}, "extensions": {"KHR_materials_unlit": {}}}
@@ -242,6 +261,7 @@ class Shading(ShadedPictures):
         self.fails(1, [model, *out, "--shading", "x"], "--shading x: give fixed, glsl or cg")
         self.fails(1, [model, *out, "--sky", "blue"], "--sky blue: give one of none, studio, clear, overcast, sunset, white")
         self.fails(1, [model, *out, "--tone-map", "x"], "--tone-map x: give none or soft")
+        self.fails(1, [model, *out, "--shading", "fixed", "--ao"], "--ao: the materials' shaders draw it; leave --shading fixed out")
         self.fails(1, [model, *out, "--shading", "fixed", "--shadows"], "--shadows: the materials' shaders draw them")
         self.fails(1, [model, *out, "--shading", "fixed", "--dump-shaders", "d"], "--dump-shaders: there are none with --shading fixed")
 
@@ -271,7 +291,7 @@ class CgShading(ShadedPictures):
                   {"type": "point", "translation": [-1, -1, 2], "intensity": 9, "range": 4}, {"type": "directional"}]
         document = json.loads(textured(quads, materials, ["0.png", "1.png"]))
         model = self.write("m.gltf", with_lights(document, lights))
-        for switches in (("--shadows", "--camera", "0"), ("--sky", "clear", "--eye", "1,2,3"), ("--no-lights", "--eye", "0,0,-3")):
+        for switches in (("--shadows", "--camera", "0"), ("--sky", "clear", "--eye", "1,2,3"), ("--no-lights", "--eye", "0,0,-3"), ("--ao", "--camera", "0")):
             told = self.run_viewer(model, "--compare", "glsl", "cg", "--size", "64x64", *switches).stdout.decode()
             self.assertRegex(told, r"^glsl and cg: largest difference [012] of 255", switches)
         self.assertNotEqual(self.floats(model, "--shading", "cg", "--size", "32x32")[2], self.floats(model, "--shading", "fixed", "--size", "32x32")[2])

@@ -23,6 +23,7 @@ struct FrameLook {
     bool grid = false;
     bool axes = false;
     bool ground = false;
+    bool ambientOcclusion = false;
     float pointSize = 3.0F; ///< pixels
     float lineWidth = 1.0F;
 };
@@ -30,6 +31,10 @@ struct FrameLook {
 /// Whether a frame's tones are mapped; its background isn't in it then, but is laid under afterwards.
 inline bool isToneMapped(const FrameLook& look) {
     return look.lights && look.toneMap != ToneMap::Cut;
+}
+
+inline bool isOccluded(const FrameLook& look) {
+    return look.lights && look.ambientOcclusion;
 }
 
 /// How a frame of that look becomes a picture.

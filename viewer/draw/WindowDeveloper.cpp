@@ -1,16 +1,10 @@
 #include "draw/WindowDeveloper.h"
 
-#include <gl/GLFunctionTable.h>
+#include "draw/GL.h"
 
 namespace orloview {
 
 namespace {
-
-constexpr const char* kVertexSource = R"(
-void main() {
-    gl_Position = gl_Vertex;
-}
-)";
 
 // Cuts each sample to 0..1 or maps its tones (output/ToneMap.h), lays the background under it, averages,
 // divides by alpha, encodes as sRGB (IEC 61966-2-1).
@@ -56,59 +50,26 @@ void main() {
 }
 )";
 
-void attachShader(GLhandleARB program, GLenum kind, const char* source) {
-    GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
-    const GLhandleARB shader = gl->glCreateShaderObjectARB(kind);
-    gl->glShaderSourceARB(shader, 1, &source, nullptr);
-    gl->glCompileShaderARB(shader);
-    gl->glAttachObjectARB(program, shader);
-    gl->glDeleteObjectARB(shader); // the program keeps it
-}
-
 } // namespace
 
-WindowDeveloper::WindowDeveloper() {
-    fGroup.addStream(GeometryData::kPosition, 2, {-1, -1, 1, -1, 1, 1, -1, 1});
-    fGroup.addIndexRecord(GeometryDataIndex::kQuads, {0, 1, 2, 3});
-    fRouting.fSlots[GLRouting::kPosition] = {GLRouting::kFromGeometry, {}, GeometryData::kPosition, 0};
-
-    GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
-    if (!gl->usable(kCapShaderObjects))
+WindowDeveloper::WindowDeveloper() : fPass(kFragmentSource) {
+    if (!usable())
         return;
-    fProgram = gl->glCreateProgramObjectARB();
-    attachShader(fProgram, GL_VERTEX_SHADER_ARB, kVertexSource);
-    attachShader(fProgram, GL_FRAGMENT_SHADER_ARB, kFragmentSource);
-    gl->glLinkProgramARB(fProgram);
-    GLint linked = 0;
-    gl->glGetObjectParameterivARB(fProgram, GL_OBJECT_LINK_STATUS_ARB, &linked);
-    if (!linked) {
-        gl->glDeleteObjectARB(fProgram);
-        fProgram = 0;
-        return;
-    }
-    // The one sampler reads unit 0, where a program's samplers point until told otherwise.
-    fFactorLocation = gl->glGetUniformLocationARB(fProgram, "factor");
-    fBackgroundLocation = gl->glGetUniformLocationARB(fProgram, "background");
-    fSoftLocation = gl->glGetUniformLocationARB(fProgram, "soft");
-    fTexelLocation = gl->glGetUniformLocationARB(fProgram, "texel");
-}
-
-WindowDeveloper::~WindowDeveloper() {
-    if (fProgram != 0)
-        GLFunctionTable::fpGlobalFunctionTable->glDeleteObjectARB(fProgram);
+    fFactorPlace = fPass.place("factor");
+    fSoftPlace = fPass.place("soft");
+    fBackgroundPlace = fPass.place("background");
+    fTexelPlace = fPass.place("texel");
 }
 
 void WindowDeveloper::develop(IGLTexture& frame, int factor, const Development& development) {
-    GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
     frame.bind();
-    gl->glUseProgramObjectARB(fProgram);
-    gl->glUniform1fARB(fFactorLocation, static_cast<float>(factor));
-    gl->glUniform1iARB(fSoftLocation, development.toneMap == ToneMap::Soft ? 1 : 0);
-    gl->glUniform4fvARB(fBackgroundLocation, 1, development.background.data());
-    gl->glUniform2fARB(fTexelLocation, 1.0F / static_cast<float>(frame.width()),
-                       1.0F / static_cast<float>(frame.height()));
-    fRouting.drawGroup(&fGroup, nullptr, nullptr, nullptr, 0, false);
-    gl->glUseProgramObjectARB(0);
+    fPass.begin();
+    gl().glUniform1fARB(fFactorPlace, static_cast<float>(factor));
+    gl().glUniform1iARB(fSoftPlace, development.toneMap == ToneMap::Soft ? 1 : 0);
+    gl().glUniform4fvARB(fBackgroundPlace, 1, development.background.data());
+    gl().glUniform2fARB(fTexelPlace, 1.0F / static_cast<float>(frame.width()),
+                        1.0F / static_cast<float>(frame.height()));
+    fPass.run();
 }
 
 } // namespace orloview

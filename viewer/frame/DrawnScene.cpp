@@ -63,6 +63,8 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
                      fShadows ? &*fShadows : nullptr, fBehind ? &*fBehind : nullptr,
                      fShading == Shading::Cg ? std::unique_ptr<MaterialLanguage>(new CgLanguage(fCg))
                                              : std::make_unique<GlslLanguage>());
+    fOcclusion.emplace(radiusOf(scene.bounds()));
+    fShaders->useOcclusion(*fOcclusion);
 }
 
 void DrawnScene::upload(const ProgressReport& report) {

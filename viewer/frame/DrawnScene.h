@@ -47,6 +47,7 @@ public:
                 fShaders ? &*fShaders : nullptr,
                 fShadows ? &*fShadows : nullptr,
                 fBehind ? &*fBehind : nullptr,
+                fOcclusion ? &*fOcclusion : nullptr,
                 fUserShader.get(),
                 fGround,
                 fCulling ? &*fCulling : nullptr,
@@ -61,6 +62,7 @@ private:
     SceneLights fLights;
     std::optional<ShadowMap> fShadows;
     std::optional<Behind> fBehind;
+    std::optional<Occlusion> fOcclusion;
     std::optional<SceneShaders> fShaders;
     std::unique_ptr<UserShader> fUserShader;
     DrawableScene fDrawable;

@@ -233,7 +233,7 @@ enum class Clear : std::uint8_t { Drawn, LeftOut };
 void drawSceneShaded(const FrameContent& content, const View& view, const FrameLook& look,
                      TextureUnits& units, Clear clear) {
     DrawableScene& drawable = content.drawable;
-    content.shaders->beginFrame(view.worldToEye);
+    content.shaders->beginFrame(view.worldToEye, isOccluded(look));
     const auto prepare = [&](size_t index) {
         if (content.shaders->bind(index, look.lights))
             setShadedMaterial(drawable, index, look);
@@ -259,7 +259,7 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
         drawBetween(content, view, look, units);
         if (blended.empty())
             return;
-        content.shaders->beginFrame(view.worldToEye);
+        content.shaders->beginFrame(view.worldToEye, isOccluded(look));
     }
     for (const BlendedElements::Run& run : blended) {
         if (isLeftOut(run.instance))
@@ -309,6 +309,8 @@ void drawBehind(GLFrameBuffer& target, const View& view, FrameContent content, F
 void prepareFrame(const View& view, const FrameContent& content, const FrameLook& look) {
     if (content.shadows && look.lights)
         content.shadows->update(content.drawable, view.worldToEye);
+    if (content.occlusion && isOccluded(look))
+        content.occlusion->update(content.drawable, view);
     if (look.ground)
         content.ground.update(content.drawable);
     if (content.behind && look.lights)

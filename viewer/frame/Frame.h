@@ -31,6 +31,7 @@ struct FrameContent {
     SceneShaders* shaders;     ///< of `drawable`; null: GL's own functions draw it
     ShadowMap* shadows;        ///< of the shaders' first light; null: none
     Behind* behind;            ///< of the shaders; null: nothing is clear
+    Occlusion* occlusion;      ///< of the shaders; null: there are none
     UserShader* userShader;    ///< in the place of all materials; null: none
     Ground& ground;            ///< of `drawable`
     Culling* culling;          ///< of `drawable`; null: everything is drawn

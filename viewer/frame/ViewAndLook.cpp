@@ -72,6 +72,7 @@ FrameLook lookOf(const Options& options, const Scene& scene) {
     look.grid = options.grid;
     look.axes = options.axes;
     look.ground = options.ground;
+    look.ambientOcclusion = options.ambientOcclusion;
     look.pointSize = options.pointSize;
     return look;
 }

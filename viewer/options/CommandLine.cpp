@@ -137,7 +137,7 @@ public:
             unknownSwitch(fApp, extras.front());
         for (const char* name :
              {"--variant", "--shading", "--sky", "--tone-map", "--shader", "--cg", "--cg-option", "--cg-set",
-              "--shadows", "--cull", "--particles", "--sprite-images", "--point-size", "--lit"})
+              "--shadows", "--ao", "--cull", "--particles", "--sprite-images", "--point-size", "--lit"})
             fOptions.shadingSwitches += asGiven(name, *fApp.get_option(name));
         return {};
     }
@@ -356,6 +356,8 @@ void Switches::addDrawing() {
     fApp.add_flag("--grid", fOptions.grid, "Draw a grid under the model");
     fApp.add_flag("--ground", fOptions.ground,
                   "Show the soft shade where the model stands, on a ground that shows nothing else");
+    fApp.add_flag("--ao", fOptions.ambientOcclusion,
+                  "Let near surfaces keep off what comes from all round (ambient occlusion), with shaders");
     fApp.add_flag("--axes", fOptions.axes, "Draw the axes of the world: x red, y green, z blue");
 }
 

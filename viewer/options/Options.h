@@ -117,6 +117,7 @@ struct Options {
     bool grid = false;
     bool axes = false;
     bool ground = false;
+    bool ambientOcclusion = false;
     Progress::Mode progress = Progress::Mode::Silent;
     bool stats = false;
     bool info = false;

@@ -72,14 +72,19 @@ void checkTogether(const Options& options) {
     checkOwnShader(options);
     if (options.shadows && options.shading == Shading::Fixed)
         throw Failure(kExitUsage, "--shadows: the materials' shaders draw them; leave --shading fixed out");
+    if (options.ambientOcclusion && (options.ownShaderSwitch() || options.shading == Shading::Fixed))
+        throw Failure(kExitUsage, "--ao: the materials' shaders draw it; leave " +
+                                      std::string(options.ownShaderSwitch() ? options.ownShaderSwitch()
+                                                                            : "--shading fixed") +
+                                      " out");
     if (options.glRoad == GLRoad::Egl && options.sampling.pbuffer)
         throw Failure(kExitUsage,
                       "--display egl: pbuffers are on an X display; leave --offscreen pbuffer out");
     if (options.glRoad == GLRoad::Egl && !options.writes() && !options.compare && !options.glInfo)
         throw Failure(kExitUsage, "--display egl: a window needs an X display; give -o picture.png");
-    if ((options.cull || options.shadows) && options.sampling.pbuffer)
+    if ((options.cull || options.shadows || options.ambientOcclusion) && options.sampling.pbuffer)
         throw Failure(kExitUsage,
-                      "--offscreen pbuffer: what --cull and --shadows need lives in another context; "
+                      "--offscreen pbuffer: what --cull, --shadows and --ao need lives in another context; "
                       "leave them or it out");
     if (options.compare && options.shading)
         throw Failure(kExitUsage, "--compare draws with both; leave --shading out");

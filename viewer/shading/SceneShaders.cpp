@@ -49,8 +49,8 @@ bool readsAlpha(const Material& material, TextureUse Material::*use) {
 SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky,
                            const koLinear::Vector& up, const ShadowMap* shadows, const Behind* behind,
                            std::unique_ptr<MaterialLanguage> language)
-    : fLanguage(std::move(language)), fScene(scene), fLights(lights), fSpecs(lights.specs()), fStore(scene),
-      fTextures(scene.materials.size()), fUp(scaled(up, 1.0 / length(up))), fShadows(shadows),
+    : fLanguage(std::move(language)), fScene(scene), fLights(lights), fSpecs{lights.specs(), {}},
+      fStore(scene), fTextures(scene.materials.size()), fUp(scaled(up, 1.0 / length(up))), fShadows(shadows),
       fBehind(behind), fHasSky(sky != nullptr) {
     for (size_t i = 0; i < scene.materials.size(); ++i)
         askTextures(i);
@@ -58,9 +58,12 @@ SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const 
     for (auto& looks : fInstanceLooks)
         looks.resize(scene.instances.size());
     if (shadows)
-        fSpecs[0].fCastsShadow = true;
+        fSpecs[0][0].fCastsShadow = true;
     if (sky)
-        fSpecs.emplace_back().fType = LightSpec::kSky;
+        fSpecs[0].emplace_back().fType = LightSpec::kSky;
+    fSpecs[1] = fSpecs[0];
+    for (LightSpec& spec : fSpecs[1])
+        spec.fIsOccluded = spec.fType >= LightSpec::kAmbient;
     const bool withSheen = std::any_of(scene.materials.begin(), scene.materials.end(), hasSheen);
     if (sky || withSheen)
         fSkyMaps = std::make_unique<SkyMaps>(sky, withSheen);
@@ -74,12 +77,13 @@ void SceneShaders::addFrameValues() {
         fFrameValues.push_back({"light0ShadowMatrix", std::vector<float>(16)});
     if (fBehind)
         fFrameValues.push_back({"behindMatrix", std::vector<float>(16)});
-    for (size_t i = 0; i < fSpecs.size(); ++i) {
+    const Specs& specs = fSpecs[0];
+    for (size_t i = 0; i < specs.size(); ++i) {
         const std::string light = "light" + std::to_string(i);
-        if (fSpecs[i].fHasRange)
+        if (specs[i].fHasRange)
             fFrameValues.push_back(
                 {light + "InverseRange", {static_cast<float>(1.0 / fLights.fileLight(i)->range)}});
-        if (fSpecs[i].fHasInnerCone)
+        if (specs[i].fHasInnerCone)
             fFrameValues.push_back({light + "InnerCosine",
                                     {static_cast<float>(std::cos(fLights.fileLight(i)->innerConeAngle))}});
     }
@@ -120,11 +124,11 @@ SceneShaders::LookKey SceneShaders::keyOf(size_t instance, bool lit) const {
         traits.uvSets |= mesh.uvSets[set].empty() ? 0U : 1U << set;
     traits.hasColors = !mesh.colors.empty();
     traits.isLit = lit && !mesh.normals.empty();
-    return {mesh.material, traits};
+    return {mesh.material, traits, lit && fIsOccluded};
 }
 
 SceneShaders::Look& SceneShaders::lookOf(size_t instance, bool lit) {
-    Look*& known = fInstanceLooks[lit ? 1 : 0][instance];
+    Look*& known = fInstanceLooks[!lit ? 0 : fIsOccluded ? 2 : 1][instance];
     if (known)
         return *known;
     const LookKey key = keyOf(instance, lit);
@@ -134,21 +138,22 @@ SceneShaders::Look& SceneShaders::lookOf(size_t instance, bool lit) {
         return look;
     static const MaterialTextures kNoTextures{};
     const Mesh& mesh = fScene.meshes[static_cast<size_t>(fScene.instances[instance].mesh)];
-    look.network =
-        makeNetwork(fScene.materialOf(mesh),
-                    key.first < 0 ? kNoTextures : fTextures[static_cast<size_t>(key.first)], key.second);
-    look.program = &programOf(look, key.first);
+    const auto& [material, traits, isOccluded] = key;
+    look.network = makeNetwork(fScene.materialOf(mesh),
+                               material < 0 ? kNoTextures : fTextures[static_cast<size_t>(material)], traits);
+    look.program = &programOf(look, material, fSpecs[isOccluded ? 1 : 0]);
     if (look.program->shader)
         prepare(look);
     return look;
 }
 
-SceneShaders::Program& SceneShaders::programOf(Look& look, int material) {
-    const koString::CString key = look.network->networkKey(&fSpecs);
+SceneShaders::Program& SceneShaders::programOf(Look& look, int material, const Specs& specs) {
+    const koString::CString key = look.network->networkKey(&specs);
     Program& program = fPrograms[key.asChar()];
     if (!program.owner) {
         program.owner = look.network.get();
         program.key = key;
+        program.specs = &specs;
         compile(program, material);
     }
     return program;
@@ -157,7 +162,7 @@ SceneShaders::Program& SceneShaders::programOf(Look& look, int material) {
 void SceneShaders::compile(Program& program, int material) {
     const std::string name = material < 0 ? "" : fScene.materials[static_cast<size_t>(material)].name;
     program.name = name.empty() ? "material" + std::to_string(material + 1) : name;
-    program.shader = fLanguage->compile(*program.owner, program.key, fSpecs);
+    program.shader = fLanguage->compile(*program.owner, program.key, *program.specs);
     fCurrentProgram = nullptr;
     if (!program.shader) {
         fWarnings.push_back("warning: the material '" + program.name +
@@ -172,6 +177,8 @@ void SceneShaders::compile(Program& program, int material) {
         addMap(program, "light0ShadowMap", fShadows->texture());
     if (fBehind)
         addMap(program, "behind", fBehind->texture());
+    if (fIsOccluded)
+        addMap(program, "occlusionMap", fOcclusion->texture());
     for (const FrameValue& value : fFrameValues)
         program.framePlaces.push_back(program.shader->placeOf(value.name.c_str()));
 }
@@ -199,7 +206,13 @@ void SceneShaders::prepare(Look& look) {
     }
 }
 
-void SceneShaders::beginFrame(const koLinear::AffineMatrix& worldToEye) {
+void SceneShaders::useOcclusion(const Occlusion& occlusion) {
+    fOcclusion = &occlusion;
+    fFrameValues.push_back({"occlusionMatrix", std::vector<float>(16)});
+}
+
+void SceneShaders::beginFrame(const koLinear::AffineMatrix& worldToEye, bool occluded) {
+    fIsOccluded = occluded;
     ++fFrame;
     updateFrameValues(worldToEye);
     fCurrent = nullptr;
@@ -222,6 +235,10 @@ void SceneShaders::updateFrameValues(const koLinear::AffineMatrix& worldToEye) {
     if (fBehind) {
         const double* matrix = fBehind->eyeToMap().data();
         std::transform(matrix, matrix + 16, value->floats.begin(), toFloat);
+    }
+    if (fIsOccluded) {
+        const double* matrix = fOcclusion->eyeToMap().data();
+        std::transform(matrix, matrix + 16, fFrameValues.back().floats.begin(), toFloat);
     }
 }
 
@@ -250,7 +267,8 @@ bool SceneShaders::bind(size_t instance, bool lit) {
 void SceneShaders::feedFrame(const Program& program) const {
     for (size_t i = 0; i < fFrameValues.size(); ++i) {
         const std::vector<float>& floats = fFrameValues[i].floats;
-        program.shader->set(program.framePlaces[i], floats.size(), floats.data());
+        if (program.framePlaces[i] != MaterialShader::kNowhere)
+            program.shader->set(program.framePlaces[i], floats.size(), floats.data());
     }
 }
 
@@ -296,7 +314,7 @@ void SceneShaders::dump(const std::string& folder) const {
         std::string name = plain;
         for (int n = 2; !taken.insert(name).second; ++n)
             (name = plain).append("-").append(std::to_string(n));
-        for (const MaterialLanguage::Source& source : fLanguage->sources(*program.owner, fSpecs)) {
+        for (const MaterialLanguage::Source& source : fLanguage->sources(*program.owner, *program.specs)) {
             std::string path = folder;
             path.append("/").append(name).append(source.suffix);
             OutputFile file(path);

@@ -4,14 +4,17 @@
 #include "shading/Behind.h"
 #include "shading/MaterialNetwork.h"
 #include "shading/MaterialShader.h"
+#include "shading/Occlusion.h"
 #include "shading/ShadowMap.h"
 #include "shading/SkyMaps.h"
 #include "texture/TextureStore.h"
 
+#include <array>
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace orloview {
@@ -40,7 +43,11 @@ public:
     /// Pictures that were left out or reduced, and materials whose shader GL refuses, a line each.
     std::vector<std::string> warnings() const;
 
-    void beginFrame(const koLinear::AffineMatrix& worldToEye);
+    /// What `beginFrame` may ask for; it has to stay.
+    void useOcclusion(const Occlusion& occlusion);
+
+    /// `occluded`: near things keep off what comes from all round; needs the occlusion up to date.
+    void beginFrame(const koLinear::AffineMatrix& worldToEye, bool occluded);
 
     /// Makes the shader of an instance current, with all that it reads. False where GL refuses it: none is
     /// current then, and GL's own functions have to do.
@@ -70,6 +77,7 @@ private:
     struct Program {
         koShadingDag::ShadingNodeSpec* owner = nullptr; ///< the network that it was compiled of
         koString::CString key;
+        const std::vector<LightSpec>* specs = nullptr;
         std::string name;
         std::unique_ptr<MaterialShader> shader;         ///< null: OpenGL refuses it
         std::vector<MaterialShader::Place> framePlaces; ///< as fFrameValues
@@ -91,12 +99,12 @@ private:
         std::vector<Value> values;
         std::vector<Bound> textures;
     };
-    using LookKey = std::pair<int, MeshTraits>;
+    using LookKey = std::tuple<int, MeshTraits, bool>; ///< the material's number; whether occluded
 
     void askTextures(size_t material);
     LookKey keyOf(size_t instance, bool lit) const;
     Look& lookOf(size_t instance, bool lit);
-    Program& programOf(Look& look, int material);
+    Program& programOf(Look& look, int material, const std::vector<LightSpec>& specs);
     void compile(Program& program, int material);
     static void addMap(Program& program, const char* sampler, GLuint texture);
     void prepare(Look& look);
@@ -109,17 +117,21 @@ private:
     std::unique_ptr<MaterialLanguage> fLanguage; ///< ends behind all that it compiled
     const Scene& fScene;
     const SceneLights& fLights;
-    std::vector<LightSpec> fSpecs;
+    using Specs = std::vector<LightSpec>;
+    std::array<Specs, 2> fSpecs; ///< occluded too
     TextureStore fStore;
     std::vector<MaterialTextures> fTextures; ///< as Scene::materials
     std::map<LookKey, Look> fLooks;
-    std::vector<Look*> fInstanceLooks[2]; ///< as Scene::instances, unlit and lit; null until drawn
+    /// As Scene::instances: unlit, lit, and occluded too; null until drawn.
+    std::array<std::vector<Look*>, 3> fInstanceLooks;
     std::map<std::string, Program> fPrograms;
     std::vector<FrameValue> fFrameValues;
     std::unique_ptr<SkyMaps> fSkyMaps;
     koLinear::Vector fUp;
     const ShadowMap* fShadows;
     const Behind* fBehind;
+    const Occlusion* fOcclusion = nullptr;
+    bool fIsOccluded = false; ///< of this frame
     bool fHasSky;
 
     const Look* fCurrent = nullptr;

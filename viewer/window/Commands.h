@@ -24,6 +24,7 @@ enum class Command {
     Grid,
     Axes,
     Ground,
+    AmbientOcclusion,
     Statistics,
     TurnLeft,
     TurnRight,

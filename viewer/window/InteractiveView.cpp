@@ -64,6 +64,8 @@ Flag* switchOf(Command command, Look& look, Flag& statistics, Flag& help) {
         return &look.axes;
     case Command::Ground:
         return &look.ground;
+    case Command::AmbientOcclusion:
+        return &look.ambientOcclusion;
     case Command::Statistics:
         return &statistics;
     case Command::Help:

@@ -50,6 +50,10 @@ struct LightSpec {
     /// It has a shadow map: uniform sampler2DShadow lightNShadowMap and mat4 lightNShadowMatrix, from eye
     /// space to the map, 0 to 1.
     bool fCastsShadow = false;
+
+    /// Ambient lights and skies: what is near keeps them off: uniform sampler2D occlusionMap, what is left of
+    /// them, and mat4 occlusionMatrix, from eye space to the map, 0 to 1.
+    bool fIsOccluded = false;
 };
 
 namespace koShadingDag {
