@@ -6,6 +6,7 @@
 #include <dlfcn.h>
 #include <string_view>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <X11/Xlib.h>
 
@@ -39,6 +40,15 @@ __attribute__((visibility("default"))) Colormap XCreateColormap(Display* display
     if (isAsked("crash"))
         std::raise(SIGSEGV);
     return next<decltype(&XCreateColormap)>("XCreateColormap")(display, window, visual, allocate);
+}
+
+/// Is asked to end right behind the making of a name.
+__attribute__((visibility("default"))) int linkat(int fromFolder, const char* from, int toFolder,
+                                                  const char* to, int flags) noexcept {
+    const int result = next<decltype(&linkat)>("linkat")(fromFolder, from, toFolder, to, flags);
+    if (isAsked("signal"))
+        std::raise(SIGTERM);
+    return result;
 }
 
 /// Loses the server at the very end.

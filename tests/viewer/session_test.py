@@ -6,6 +6,7 @@ Usage: session_test.py ORLOVIEW SABOTAGE HEADLESS [unittest arguments]
 
 import os
 import re
+import signal
 import subprocess
 import sys
 import unittest
@@ -77,6 +78,10 @@ class Sessions(ViewerProgram):
         for switches, code in (([], 0), (["--offscreen", "pbuffer"], 0)):
             result = self.run_viewer(self.model, "-o", self.path("done.png"), *switches, environment=sabotaged("lost server"))
             self.assertEqual((result.returncode, result.stderr), (code, b""))
+
+    def test_a_name_just_made_is_taken_away(self):
+        result = self.run_viewer(self.model, "-o", self.path("out.png"), environment=sabotaged("signal"))
+        self.assertEqual((result.returncode, os.listdir(self.folder)), (-signal.SIGTERM, ["m.gltf"]))
 
     def test_wrong_switches(self):
         self.fails(1, [self.model, "--display", "wayland"], "--display wayland", "auto, x11 or egl")

@@ -69,20 +69,6 @@ int openNameless(const fs::path& folder) {
     return access(kOurFiles, X_OK) == 0 ? open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666) : -1;
 }
 
-/// Tries names in the folder until one is free. The name, or nothing where it fails for another reason.
-template <typename Attempt>
-std::string underFreeName(const fs::path& folder, Attempt&& attempt) {
-    constexpr int kMostNames = 1000;
-    for (int number = 0; number < kMostNames; ++number) {
-        std::string name = folder / (".orloview-" + std::to_string(getpid()) + "-" + std::to_string(number));
-        if (attempt(name.c_str()))
-            return name;
-        if (errno != EEXIST)
-            return {};
-    }
-    return {};
-}
-
 } // namespace
 
 void OutputFile::spare(const std::string& path) {
@@ -128,25 +114,40 @@ OutputFile::~OutputFile() {
 
 int OutputFile::openReplacement() {
     fPlace = behindLinks(fPath);
-    const fs::path folder = folderOf(fPlace);
-    int file = openNameless(folder);
+    int file = openNameless(folderOf(fPlace));
     if (file >= 0)
         return file;
-    setBeside(underFreeName(folder, [&file](const char* name) {
+    makeBeside([&file](const char* name) {
         file = ::open(name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
         return file >= 0;
-    }));
+    });
     return file;
 }
 
 /// Gives what has no name yet one beside its place.
 void OutputFile::nameBeside() {
     const std::string nameless = "/proc/self/fd/" + std::to_string(fileno(fStream));
-    setBeside(underFreeName(folderOf(fPlace), [&nameless](const char* name) {
+    makeBeside([&nameless](const char* name) {
         return linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0;
-    }));
+    });
     if (fBeside.empty())
         fail();
+}
+
+/// Tries names beside the place until one is free; none where it fails for another reason. Each is known as
+/// unfinished before it is there: a signal may come right behind its making.
+template <typename Attempt>
+void OutputFile::makeBeside(Attempt attempt) {
+    constexpr int kMostNames = 1000;
+    const std::string start = folderOf(fPlace) / (".orloview-" + std::to_string(getpid()) + "-");
+    for (int number = 0; number < kMostNames; ++number) {
+        setBeside(start + std::to_string(number));
+        if (attempt(fBeside.c_str()))
+            return;
+        setBeside({});
+        if (errno != EEXIST)
+            return;
+    }
 }
 
 void OutputFile::setBeside(std::string name) {

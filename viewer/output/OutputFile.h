@@ -41,6 +41,8 @@ public:
 private:
     int openReplacement();
     void nameBeside();
+    template <typename Attempt>
+    void makeBeside(Attempt attempt);
     void setBeside(std::string name);
 
     std::string fPath;   ///< as given
