@@ -12,6 +12,7 @@
 
 #include <gl/GLFunctionTable.h>
 #include <orlohost/ShadingNodeSpec.h>
+#include <shader/GL2Shader.h>
 
 #include <algorithm>
 #include <array>
@@ -67,11 +68,15 @@ struct Folder {
     ~Folder() { std::filesystem::remove_all(path); }
 };
 
+void write(const std::filesystem::path& path, Bytes bytes) {
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
 /// A material library, by a model beside it.
 void readMtl(Bytes bytes) {
     static const Folder folder;
-    std::ofstream(folder.path / "m.mtl", std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    write(folder.path / "m.mtl", bytes);
     const std::string_view model = "mtllib m.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl a\nf 1 2 3\n";
     readScene([&] {
         return orloview::readObj(Buffer(model.begin(), model.end()),
@@ -159,6 +164,21 @@ void compileNetwork(Bytes bytes) {
     }
 }
 
+/// A file of a GL2 shader: the source is what stands in it. Without OpenGL it compiles to nothing.
+void readShader(Bytes bytes) {
+    static const Folder folder;
+    std::string path = folder.path / "s.frag";
+    write(path, bytes);
+    GL2Shader shader(GL2Shader::kFragmentShader);
+    const auto length = static_cast<size_t>(shader.readShaderSource(path.data()));
+    demand(length == bytes.size() &&
+               std::equal(bytes.begin(), bytes.end(), shader.fSource.get(),
+                          [](auto in, char out) { return in == static_cast<std::uint8_t>(out); }),
+           "the source isn't the file");
+    demand(length == 0 || shader.fSource[length] == 0, "the source doesn't end");
+    demand(!shader.compileShaderSource(false), "compiled by nothing");
+}
+
 void searchExtensions(Bytes bytes) {
     const Bytes::iterator comma = std::find(bytes.begin(), bytes.end(), ',');
     const std::string name(bytes.begin(), comma);
@@ -176,6 +196,7 @@ constexpr FuzzTarget kTargets[] = {
     {"picture", decodePicture},
     {"cg", compileCg},
     {"network", compileNetwork},
+    {"shader", readShader},
     {"extensions", searchExtensions},
 };
 

@@ -294,6 +294,7 @@ private:
     uint32_t createOwnChildWindow(const WindowWrapper& parent, const XVisualInfo& visual);
     void destroyContext();
     void destroyChildWindow();
+    void destroyPbuffer();
     DrawableAttributes visualAttributes() const;
     uint32_t createBySGIXConfiguration(const WindowWrapper& parent, DrawableAttributes attributes);
     uint32_t createByVisual(const WindowWrapper& parent, DrawableAttributes attributes);

@@ -96,12 +96,18 @@ uint32_t GLFrameBuffer::createPbufferPortably(const WindowWrapper& window, const
     if (result == kSuccess)
         return result;
     if (fPbuffer != 0 && fPbuffer != earlier && fFunctionTable->usable(kCapGLXPbuffer))
-        fFunctionTable->glXDestroyPbuffer(fDisplay, fPbuffer);
+        destroyPbuffer();
     fPbuffer = earlier;
     for (void* list : {static_cast<void*>(parts.configurations), static_cast<void*>(parts.visual)})
         if (list)
             XFree(list);
     return result;
+}
+
+/// Of a GLX that makes pbuffers and has nothing to destroy them, it stays until the display closes.
+void GLFrameBuffer::destroyPbuffer() {
+    if (fFunctionTable->fglXDestroyPbuffer)
+        fFunctionTable->glXDestroyPbuffer(fDisplay, fPbuffer);
 }
 
 uint32_t GLFrameBuffer::createPbuffer(const WindowWrapper& window, const koBufferFormat& format,

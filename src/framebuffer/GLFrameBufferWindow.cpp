@@ -88,7 +88,7 @@ void GLFrameBuffer::deleteInternalStateWindowed() {
         if (isOffscreen() && fPbuffer != 0) {
             if (hasGLXWindows) {
                 fFunctionTable->glXMakeContextCurrent(fDisplay, None, None, nullptr);
-                fFunctionTable->glXDestroyPbuffer(fDisplay, fPbuffer);
+                destroyPbuffer();
             } else {
                 XDestroyWindow(fDisplay, fPbuffer);
             }
