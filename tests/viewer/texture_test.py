@@ -2,6 +2,8 @@
 """Textures of models, by the pixels of their pictures. Usage: texture_test.py ORLOVIEW [unittest arguments]"""
 
 import math
+import os
+import struct
 import unittest
 
 from viewer_files import UNIT_SQUARE, png, read_png, textured
@@ -164,11 +166,17 @@ class Textures(ViewerProgram):
 
     def test_materials_that_use_a_picture_alike_share_a_texture(self):
         quads = [{"material": i, "at": WHOLE, "z": i} for i in range(3)]
+        os.mkdir(self.path("a"))
         names = self.names_made(quads, [unlit(), unlit(factor=(1, 0, 0, 1)), unlit(uv_set=0)])
         self.assertEqual(names + 1, self.names_made(quads, [unlit(), unlit(alphaMode="BLEND"), unlit()]))
 
-    def names_made(self, quads, materials):
-        self.draw(quads, materials, [[[RED]]])
+        self.assertEqual(names, self.names_made(quads, [unlit(i) for i in range(3)], ["0.png", "a/../0.png"]), "however it is named")
+
+    def names_made(self, quads, materials, other_names=()):
+        if other_names:
+            self.write("m.gltf", textured(quads, materials, ["0.png", *other_names]))
+        else:
+            self.draw(quads, materials, [[[RED]]])
         told = self.run_viewer(self.path("m.gltf"), "--stats", "--shading", "fixed", "-o", self.path("out.png")).stderr.decode()
         return int(told.split(" GL names made")[0].split()[-1])
 
@@ -184,6 +192,18 @@ class Textures(ViewerProgram):
                 self.assertIn(part, message)
             with open(self.path("out.png"), "rb") as file:
                 self.assertEqual(list(read_png(file.read())[3][8][24:27]), [255, 0, 0])
+
+    def test_what_would_fill_the_memory_is_told_by_its_first_bytes(self):
+        svg = b"<svg xmlns='http://www.w3.org/2000/svg' width='40000' height='40000'><rect width='9' height='9'/></svg>"
+        files = {"a.svg": svg, "b.png": b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR" + struct.pack(">II", 30000, 30000) + b"\x08\x06\0\0\0", "c.png": b""}
+        for name, content in files.items():
+            self.write(name, content)
+        os.truncate(self.path("c.png"), 1 << 32)
+        model = self.write("m.gltf", textured([{"material": i, "at": WHOLE, "z": i} for i in range(3)], [unlit(i) for i in range(3)], files))
+        result = self.run_viewer(model, "-o", self.path("out.png"), "--size", "9x9")
+        told = result.stderr.decode()
+        self.assertEqual((result.returncode, told.count("left out")), (3, 3), told)
+        self.assertEqual((told.count("save it as one of these"), told.count("more than 16384 x 16384 pixels")), (2, 1), told)
 
     def test_a_picture_beyond_the_limit_is_reduced(self):
         limit = int(self.run_viewer("--gl-info").stdout.decode().split("texture size: ")[1].split()[0])

@@ -1,7 +1,9 @@
 #include "texture/TextureStore.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <gl/GLFunctionTable.h>
@@ -69,7 +71,9 @@ int TextureStore::imageOf(const TextureUse& use) const {
 int TextureStore::firstAlike(int image) {
     const Image& one = fScene.images[static_cast<size_t>(image)];
     const std::string_view bytes(reinterpret_cast<const char*>(one.bytes.data()), one.bytes.size());
-    return fFirstAlike.try_emplace({one.path, bytes}, image).first->second;
+    std::error_code none; // then it is told when the picture is opened
+    const std::string path = std::filesystem::canonical(one.path, none).string();
+    return fFirstAlike.try_emplace({none ? one.path : path, bytes}, image).first->second;
 }
 
 bool TextureStore::hasPicture(const TextureUse& use) const {

@@ -76,7 +76,7 @@ private:
     void warn(const Key& key, const std::string& what);
 
     const Scene& fScene;
-    std::map<std::pair<std::string_view, std::string_view>, int> fFirstAlike; ///< images by path and bytes
+    std::map<std::pair<std::string, std::string_view>, int> fFirstAlike; ///< images by path and bytes
     int fLargestSide = 0;
     std::map<Key, std::vector<Taker>> fTakers; ///< who waits for which texture
     std::unique_ptr<TextureLoader> fLoader;    ///< of the keys in their order
