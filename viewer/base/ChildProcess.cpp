@@ -43,7 +43,19 @@ void limit(__rlimit_resource resource, size_t value, size_t most) {
     ::setrlimit(resource, &both);
 }
 
-/// What is allowed by now. The child has to be there still, if only to be waited for.
+std::string inWords(size_t bytes) {
+    const bool isSmall = bytes < size_t{1} << 30;
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3g %s", static_cast<double>(bytes) / (isSmall ? 1 << 20 : 1 << 30),
+                  isSmall ? "MB" : "GB");
+    return text;
+}
+
+std::string beyond(const std::string& limit, const std::string& remedy, const std::string& larger) {
+    return "it takes more than " + limit + "; " + remedy + ", or, if it is not damaged, " + larger;
+}
+
+/// What is allowed by now; 0: to this process. A child has to be there still, if only to be waited for.
 ChildLimits limitsOf(pid_t child) {
     rlimit memory{};
     rlimit time{};
@@ -187,6 +199,20 @@ ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
     if (inTime && result.outcome == ChildOutcome::OutOfTime)
         --result.limits.seconds; // the kernel has moved it on, to tell again
     return result;
+}
+
+std::string beyondMemory(size_t bytes, const std::string& remedy) {
+    return beyond(inWords(bytes) + " of memory", remedy,
+                  "--limit-memory " + std::to_string((bytes >> 29) + 1) + "G");
+}
+
+std::string beyondTime(unsigned seconds, const std::string& remedy) {
+    return beyond(std::to_string(seconds) + " s of computing", remedy,
+                  "--limit-time " + std::to_string(std::max(seconds, 1U) * 4UL));
+}
+
+ChildLimits ownLimits() {
+    return limitsOf(0);
 }
 
 void beLimited(const ChildLimits& limits) {

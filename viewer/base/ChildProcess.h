@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace orloview {
@@ -42,6 +43,13 @@ ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
 /// Makes this process, a child, one of these: limited, silenced, without leave to write files, ended with its
 /// parent.
 void beLimited(const ChildLimits& limits);
+
+// What a limit says of what struck it, and which switch raises it. The remedy is for a file that is damaged.
+std::string beyondMemory(size_t bytes, const std::string& remedy);
+std::string beyondTime(unsigned seconds, const std::string& remedy);
+
+/// Those of this process, as they are now.
+ChildLimits ownLimits();
 
 /// For the work of a child that finds out that there is more to do: allows it that much more, within the
 /// most.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cerrno>
 #include <cmath>
 #include <map>
 #include <new>
@@ -412,6 +413,16 @@ public:
         return &told == &fRead ? DefaultIOSystem::Open(file, mode) : nullptr;
     }
 
+    /// The library opens no file that it doesn't find. What is there and kept from this process it would not
+    /// find.
+    bool Exists(const char* file) const override {
+        errno = 0;
+        const bool isThere = DefaultIOSystem::Exists(file);
+        if (!isThere && errno == EACCES && !fFolder.allows(file))
+            fRefused.emplace_back(file);
+        return isThere;
+    }
+
     const std::vector<std::string>& read() const { return fRead; }
     const std::vector<std::string>& refused() const { return fRefused; }
 
@@ -419,7 +430,7 @@ private:
     std::filesystem::path fModel;
     const ModelFolder& fFolder;
     std::vector<std::string> fRead;
-    std::vector<std::string> fRefused;
+    mutable std::vector<std::string> fRefused;
 };
 
 constexpr unsigned kPostprocess = aiProcess_Triangulate;
@@ -438,10 +449,20 @@ std::string reasonOf(const Assimp::Importer& importer) {
     return "the import library says '" + std::string(message.substr(0, 160)) + "'; export the model again";
 }
 
+/// The library draws the bones of a file without meshes. Where it took something else for a file of its
+/// kinds, these are a root and a name.
+bool isBareRoot(const aiScene& scene) {
+    const aiNode& root = *scene.mRootNode;
+    aiString name;
+    return (root.mNumChildren == 0 || (root.mNumChildren == 1 && root.mChildren[0]->mNumChildren == 0)) &&
+           scene.mNumMaterials == 1 && scene.mMaterials[0]->Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS &&
+           name == aiString("SkeletonMaterial");
+}
+
 Scene convert(const Assimp::Importer& importer, const aiScene* source, const ModelFolder& folder,
               const std::string& format) {
     if (source != nullptr && source->mRootNode != nullptr)
-        return Converter(*source, folder).convert(format);
+        return isBareRoot(*source) ? Scene() : Converter(*source, folder).convert(format);
     if (std::string_view(importer.GetErrorString()).find("bad_alloc") != std::string_view::npos)
         throw std::bad_alloc(); // which it has caught
     throw ImportError(reasonOf(importer));
@@ -469,7 +490,7 @@ Scene readByLibrary(const std::filesystem::path& path, const ModelFolder& folder
     auto* const files = new LibraryFiles(path, folder);
     importer.SetIOHandler(files); // which ends it
     const aiScene* source = importer.ReadFile(path.string(), kPostprocess);
-    if (source == nullptr && !files->refused().empty())
+    if ((source == nullptr || isBareRoot(*source)) && !files->refused().empty())
         throw ImportError("the file '" + files->refused().front() +
                           "', which it names: " + ModelFolder::kOutside);
     std::string format = path.extension().string();

@@ -1,7 +1,6 @@
 #include "import/Importer.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <exception>
 #include <limits>
 #include <new>
@@ -51,35 +50,19 @@ ChildLimits childLimits(const std::string& path, const ImportLimits& asked) {
     return limits;
 }
 
-std::string inWords(size_t bytes) {
-    const bool isSmall = bytes < size_t{1} << 30;
-    char text[32];
-    std::snprintf(text, sizeof text, "%.3g %s", static_cast<double>(bytes) / (isSmall ? 1 << 20 : 1 << 30),
-                  isSmall ? "MB" : "GB");
-    return text;
-}
-
-/// What a limit says of the file and how to raise it.
-std::string beyond(const std::string& limit, const std::string& larger) {
-    return "the file could not be read: it takes more than " + limit +
-           "; try re-exporting it, or, if it is not damaged, " + larger;
-}
-
 std::string whatHappened(const ChildResult& result) {
+    const std::string kUnread = "the file could not be read: ";
     switch (result.outcome) {
     case ChildOutcome::Failed:
         return printable(std::string(result.output.begin(), result.output.end()), kLongestError);
     case ChildOutcome::OutOfMemory:
-        return beyond(inWords(result.limits.memoryBytes) + " of memory",
-                      "--limit-memory " + std::to_string((result.limits.memoryBytes >> 29) + 1) + "G");
+        return kUnread + beyondMemory(result.limits.memoryBytes, "try re-exporting it");
     case ChildOutcome::OutOfTime:
-        return beyond(std::to_string(result.limits.seconds) + " s of computing",
-                      "--limit-time " + std::to_string(result.limits.seconds * 4UL));
+        return kUnread + beyondTime(result.limits.seconds, "try re-exporting it");
     case ChildOutcome::NotStarted:
-        return "the file could not be read: no process could be started for it; try again later";
+        return kUnread + "no process could be started for it; try again later";
     default:
-        return "the file could not be read: the importer crashed (the file is probably damaged); try "
-               "re-exporting it";
+        return kUnread + "the importer crashed (the file is probably damaged); try re-exporting it";
     }
 }
 

@@ -1,6 +1,7 @@
 #include "texture/PictureDecoder.h"
 
 #include <algorithm>
+#include <new>
 #include <string_view>
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
@@ -43,8 +44,11 @@ bool endsEarly(std::string_view file) {
 }
 
 [[noreturn]] void fail(GError* error) {
+    const bool isMemory = g_error_matches(error, GDK_PIXBUF_ERROR, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY) != 0;
     const std::string reason = error->message;
     g_error_free(error);
+    if (isMemory)
+        throw std::bad_alloc();
     throw PictureError(reason);
 }
 

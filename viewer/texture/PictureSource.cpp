@@ -117,6 +117,38 @@ std::vector<Descriptor> takeOver(int socket) {
 
 // The decoder's side.
 
+const std::string kSaveAgain = "save it again";
+
+/// Whom a decoder tells that a limit has ended it. -1: nobody; texels are on their way, and it would be taken
+/// for some.
+volatile sig_atomic_t fsTold = -1;
+
+// Made ready, since where it is told nothing can be made any more: an answer with its reason.
+std::string fsOutOfTime;
+std::string fsOutOfMemory;
+
+std::string answerOf(const std::string& reason) {
+    const Answer no{reason.size(), 0, 0};
+    return std::string(reinterpret_cast<const char*>(&no), sizeof no) + reason;
+}
+
+/// By the kernel when its time is over, by GLib when it finds no memory.
+void tellWhichLimit(int signal) {
+    const std::string& words = signal == SIGXCPU ? fsOutOfTime : fsOutOfMemory;
+    if (fsTold >= 0)
+        sendAll(fsTold, words.data(), words.size());
+    _exit(0);
+}
+
+void tellOfLimits(int socket) {
+    fsTold = -1;
+    fsOutOfTime = answerOf(beyondTime(ownLimits().seconds, kSaveAgain));
+    fsOutOfMemory = answerOf(beyondMemory(ownLimits().memoryBytes, kSaveAgain));
+    fsTold = socket;
+    for (const int signal : {SIGXCPU, SIGTRAP})
+        std::signal(signal, tellWhichLimit);
+}
+
 /// Answers, and says whether there was something to tell.
 template <typename Work>
 void answer(int socket, Work&& work) {
@@ -127,11 +159,32 @@ void answer(int socket, Work&& work) {
     } catch (const PictureError& error) {
         reason = error.what();
     } catch (const std::bad_alloc&) {
-        reason = "it takes too much memory; --limit-memory allows more";
+        reason = beyondMemory(ownLimits().memoryBytes, kSaveAgain);
     }
-    const Answer no{reason.size(), 0, 0};
-    if (!sendAll(socket, &no, sizeof no) || !sendAll(socket, reason.data(), reason.size()))
+    const std::string no = answerOf(reason);
+    if (!sendAll(socket, no.data(), no.size()))
         _exit(0);
+}
+
+/// A picture that a model holds. Where there is no room for it, it is taken off the socket all the same: its
+/// sender hears of nothing before that.
+std::vector<std::uint8_t> receiveEmbedded(int socket) {
+    size_t size = 0;
+    std::vector<std::uint8_t> bytes;
+    if (!receiveAll(socket, &size, sizeof size))
+        _exit(0);
+    try {
+        bytes.resize(size);
+    } catch (const std::bad_alloc&) {
+        std::array<char, 4096> piece{};
+        while (size > 0 && receiveAll(socket, piece.data(), std::min(size, piece.size())))
+            size -= std::min(size, piece.size());
+        answer(socket, [] { throw std::bad_alloc(); });
+        _exit(0);
+    }
+    if (!receiveAll(socket, bytes.data(), size))
+        _exit(0);
+    return bytes;
 }
 
 /// A band at a time, so that there is never more than the picture itself.
@@ -140,12 +193,14 @@ void sendTexels(int socket, const DecodedPicture& picture, const Request& reques
     const auto& [encoding, alpha, factor] = request.conversion;
     const int step = reductionOf(picture.width(), picture.height(), request.largestSide);
     const Answer yes{0, (picture.width() + step - 1) / step, (picture.height() + step - 1) / step};
+    fsTold = -1;
     bool isHeard = sendAll(socket, &yes, sizeof yes);
     for (int y = 0; isHeard && y < picture.height(); y += kRows * step) {
         const DecodedPicture band = picture.rows(y, std::min(kRows * step, picture.height() - y));
         const Texels texels = makeReduced(band, encoding, alpha, factor, step);
         isHeard = sendAll(socket, texels.halves.data(), texels.halves.size() * sizeof texels.halves[0]);
     }
+    fsTold = socket;
 }
 
 /// What decoding a picture takes, with all that the process has already.
@@ -165,13 +220,9 @@ constexpr double kPixelsPerSecond = 4e6; // the slowest decoder makes several ti
         asked.memoryBytes.value_or(memoryFor({"", 16384, 16384}, size_t{1} << 34));
     beLimited(limits);
     confine({});
-    size_t size = 0;
-    std::vector<std::uint8_t> embedded;
-    if (file < 0 && receiveAll(socket, &size, sizeof size)) {
-        embedded.resize(size);
-        if (!receiveAll(socket, embedded.data(), size))
-            _exit(0);
-    }
+    tellOfLimits(socket);
+    const std::vector<std::uint8_t> embedded =
+        file < 0 ? receiveEmbedded(socket) : std::vector<std::uint8_t>();
     const MappedFile mapped(file);
     const std::span<const std::uint8_t> bytes = file < 0 ? embedded : mapped.bytes();
     answer(socket, [&] {
@@ -179,6 +230,7 @@ constexpr double kPixelsPerSecond = 4e6; // the slowest decoder makes several ti
         if (!asked.memoryBytes)
             lowerMemoryLimit(memoryFor(header, bytes.size()));
         raiseLimits(0, static_cast<unsigned>(header.pixels() / kPixelsPerSecond));
+        tellOfLimits(socket);
         const Answer yes{0, header.width, header.height};
         sendAll(socket, &yes, sizeof yes);
     });
@@ -278,8 +330,7 @@ private:
 
     /// The decoder has ended without a word.
     [[noreturn]] static void failSilently() {
-        throw PictureError("decoding it crashed, or took more memory or time than is allowed; save it again, "
-                           "or, if it is not damaged, give --limit-memory or --limit-time");
+        throw PictureError("decoding it crashed, or the system ended it for want of memory; save it again");
     }
 
     Descriptor fSocket;

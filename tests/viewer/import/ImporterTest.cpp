@@ -118,6 +118,9 @@ TEST(Importer, saysInOneLineWhyThereIsNothing) {
     EXPECT_THAT(errorOf(folder.write("empty.obj", {})), HasSubstr("empty"));
     EXPECT_THAT(errorOf(folder.write("notes.txt", bytesOf("Dear diary"))),
                 HasSubstr(".gltf, .glb, .obj, .ply or .stl"));
+    for (const char* guessed : {"notes.ase", "notes.ask", "notes.csm"})
+        EXPECT_THAT(errorOf(folder.write(guessed, bytesOf("Dear diary"))),
+                    HasSubstr("nothing in it to draw"));
     EXPECT_THAT(errorOf(folder.write("a\nb.glb", bytesOf("glTF\n"))), testing::Not(HasSubstr("\n")));
 }
 
@@ -174,6 +177,10 @@ TEST(Importer, staysInTheFolders) {
                    bytesOf("<X3D><Scene><Inline url='../../outside/b.x3d'/></Scene></X3D>"))
             .string();
     EXPECT_THAT(importModel(x3d).error, HasSubstr("outside the model's folder"));
+    const std::string object = folder.write("outside/b.lwo", bytesOf("FORM")).string();
+    const Bytes lws = bytesOf("LWSC\n3\n\nLoadObjectLayer 1 " + object + "\n");
+    EXPECT_THAT(importModel(folder.write("above/model/a.lws", lws).string()).error,
+                HasSubstr("outside the model's folder"));
 }
 
 /// What a reader could do that a damaged file has taken over.

@@ -49,6 +49,8 @@ TEST(PictureSearch, findsWhatWasNamedOnAnotherMachine) {
     }
     for (const char* name : {"gone.png", "folder.png", "", ".", "..", "/", "Maps", "exact.png/"})
         EXPECT_EQ(errorOf(search, name), "there is no such file") << name;
+    const Folder outside;
+    EXPECT_THAT(errorOf(search, outside.write("far.jpg", bytesOf("x")).string()), HasSubstr("outside"));
     EXPECT_THAT(errorOf(search, "pipe.png"), HasSubstr("a pipe"));
     EXPECT_THAT(errorOf(search, "https://example.org/wood.jpg"), HasSubstr("save it beside the model"));
 }
