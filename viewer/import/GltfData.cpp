@@ -12,6 +12,7 @@
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
 #include "import/Allowance.h"
+#include "import/MeshoptView.h"
 
 namespace orloview {
 
@@ -164,17 +165,28 @@ std::span<const std::uint8_t> GltfData::buffer(size_t index) {
     return std::span<const std::uint8_t>(loaded).first(length);
 }
 
-std::span<const std::uint8_t> GltfData::view(size_t index) {
-    const GltfObject& view = fViews[index];
-    const int bufferIndex = view.reference("buffer", fBuffers.size());
+/// Of the buffer that the source names, what it says.
+std::span<const std::uint8_t> GltfData::slice(const GltfObject& source) {
+    const int bufferIndex = source.reference("buffer", fBuffers.size());
     if (bufferIndex < 0)
-        throw ImportError(view.place() + " names no buffer");
+        throw ImportError(source.place() + " names no buffer");
     const std::span<const std::uint8_t> bytes = buffer(static_cast<size_t>(bufferIndex));
-    const size_t offset = view.whole("byteOffset", 0);
-    const size_t length = view.whole("byteLength", 0);
+    const size_t offset = source.whole("byteOffset", 0);
+    const size_t length = source.whole("byteLength", 0);
     if (offset > bytes.size() || length > bytes.size() - offset)
-        throw ImportError(view.place() + " reaches beyond its buffer");
+        throw ImportError(source.place() + " reaches beyond its buffer");
     return bytes.subspan(offset, length);
+}
+
+std::span<const std::uint8_t> GltfData::view(size_t index) {
+    const GltfObject extensions = fViews[index].object("extensions");
+    if (!extensions.has(kMeshopt))
+        return slice(fViews[index]);
+    const auto known = fUnpacked.find(index);
+    if (known != fUnpacked.end())
+        return known->second;
+    const GltfObject compression = extensions.object(kMeshopt);
+    return fUnpacked[index] = unpackMeshopt(compression, slice(compression));
 }
 
 GltfData::Elements GltfData::elements(const GltfObject& source, const Layout& layout, size_t defaultStride) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <span>
 #include <string>
 #include <vector>
@@ -35,7 +36,7 @@ public:
     /// All elements of a scalar accessor of unsigned integers.
     std::vector<std::uint32_t> indices(int accessor);
 
-    /// The bytes of a buffer view.
+    /// The bytes of a buffer view, unpacked where they are compressed.
     std::span<const std::uint8_t> view(size_t index);
 
     /// Those that buffers were loaded from.
@@ -59,6 +60,7 @@ private:
     Layout layout(const GltfObject& accessor) const;
     Elements elements(const GltfObject& source, const Layout& layout, size_t defaultStride);
     std::span<const std::uint8_t> buffer(size_t index);
+    std::span<const std::uint8_t> slice(const GltfObject& source);
     std::vector<std::uint8_t> loadBuffer(size_t index);
     template <typename Value>
     std::vector<Value> read(int accessor);
@@ -70,7 +72,8 @@ private:
     std::vector<GltfObject> fAccessors;
     std::vector<GltfObject> fViews;
     std::vector<GltfObject> fBuffers;
-    std::vector<std::vector<std::uint8_t>> fLoaded; ///< by buffer; empty until used
+    std::vector<std::vector<std::uint8_t>> fLoaded;        ///< by buffer; empty until used
+    std::map<size_t, std::vector<std::uint8_t>> fUnpacked; ///< by view, those that are compressed
     std::vector<std::string> fFiles;
 };
 

@@ -31,6 +31,7 @@ struct Extension {
 /// All that is known of extensions; the first line that fits a name counts.
 constexpr std::array kExtensions{
     Extension{"EXT_mesh_gpu_instancing", Standing::Understood, ""},
+    Extension{"EXT_meshopt_compression", Standing::Understood, ""},
     Extension{"EXT_texture_webp", Standing::Understood, ""},
     Extension{"KHR_lights_punctual", Standing::Understood, ""},
     Extension{"KHR_materials_anisotropy", Standing::Understood, ""},
@@ -60,7 +61,6 @@ constexpr std::array kExtensions{
     Extension{"*_texture_*", Standing::LooksOnly, ""},
     Extension{"KHR_animation_pointer", Standing::LooksOnly, "some of its animations"},
 
-    Extension{"EXT_meshopt_compression", Standing::Needed, "its compressed data"},
     Extension{"KHR_draco_mesh_compression", Standing::Needed, "its compressed data"},
     Extension{"KHR_meshopt_compression", Standing::Needed, "its compressed data"},
 
