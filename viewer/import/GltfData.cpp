@@ -12,6 +12,7 @@
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
 #include "import/Allowance.h"
+#include "import/DracoMesh.h"
 #include "import/MeshoptView.h"
 
 namespace orloview {
@@ -101,6 +102,25 @@ Value valueAt(const std::uint8_t* from, int type, bool normalized) {
     else
         return indexAt(from, type);
 }
+
+/// What 1 is stored as, in a normalised accessor.
+float largest(int type) {
+    switch (type) {
+    case kByte:
+        return 127.0F;
+    case kUnsignedByte:
+        return 255.0F;
+    case kShort:
+        return 32767.0F;
+    case kUnsignedShort:
+        return 65535.0F;
+    default:
+        return 1.0F;
+    }
+}
+
+constexpr const char* kDraco = "KHR_draco_mesh_compression";
+constexpr std::uint32_t kNoAttribute = std::numeric_limits<std::uint32_t>::max(); ///< of Draco's
 
 bool isIndexType(int type) {
     return type == kUnsignedByte || type == kUnsignedShort || type == kUnsignedInt;
@@ -256,7 +276,41 @@ void GltfData::readSparse(const GltfObject& sparse, const Layout& layout, std::v
 }
 
 std::vector<float> GltfData::floats(int accessor) {
-    return read<float>(accessor);
+    const auto unpacked = fFromPrimitive.find(accessor);
+    return unpacked == fFromPrimitive.end() ? read<float>(accessor) : unpacked->second;
+}
+
+std::optional<std::vector<std::uint32_t>> GltfData::openPrimitive(const GltfObject& primitive) {
+    fFromPrimitive.clear();
+    const GltfObject extensions = primitive.object("extensions");
+    if (!extensions.has(kDraco))
+        return std::nullopt;
+    const GltfObject compression = extensions.object(kDraco);
+    const GltfObject numbers = compression.object("attributes");
+    const GltfObject attributes = primitive.object("attributes");
+    const int packed = compression.reference("bufferView", fViews.size());
+    if (packed < 0)
+        throw ImportError(compression.place() + " names no buffer view");
+    std::vector<int> accessors;
+    std::vector<std::pair<std::uint32_t, size_t>> wanted;
+    for (const std::string& key : numbers.keys()) {
+        const int accessor = attributes.reference(key.c_str(), fAccessors.size());
+        if (accessor < 0)
+            continue; // a custom one that nothing reads
+        accessors.push_back(accessor);
+        const size_t number = numbers.whole(key.c_str(), 0);
+        wanted.emplace_back(static_cast<std::uint32_t>(std::min<size_t>(number, kNoAttribute)),
+                            layout(fAccessors[static_cast<size_t>(accessor)]).components);
+    }
+    DracoMesh mesh = unpackDraco(view(static_cast<size_t>(packed)), wanted);
+    for (size_t i = 0; i < accessors.size(); ++i) {
+        const Layout format = layout(fAccessors[static_cast<size_t>(accessors[i])]);
+        if (format.normalized)
+            for (float& value : mesh.attributes[i])
+                value = std::max(value / largest(format.componentType), -1.0F);
+        fFromPrimitive[accessors[i]] = std::move(mesh.attributes[i]);
+    }
+    return std::move(mesh.indices);
 }
 
 std::vector<std::uint32_t> GltfData::indices(int accessor) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -35,6 +36,10 @@ public:
 
     /// All elements of a scalar accessor of unsigned integers.
     std::vector<std::uint32_t> indices(int accessor);
+
+    /// To be called before a primitive is read. Where Draco packed it the accessors of its attributes give
+    /// what was packed, until the next one, and these are its triangles.
+    std::optional<std::vector<std::uint32_t>> openPrimitive(const GltfObject& primitive);
 
     /// The bytes of a buffer view, unpacked where they are compressed.
     std::span<const std::uint8_t> view(size_t index);
@@ -74,6 +79,7 @@ private:
     std::vector<GltfObject> fBuffers;
     std::vector<std::vector<std::uint8_t>> fLoaded;        ///< by buffer; empty until used
     std::map<size_t, std::vector<std::uint8_t>> fUnpacked; ///< by view, those that are compressed
+    std::map<int, std::vector<float>> fFromPrimitive;      ///< by accessor
     std::vector<std::string> fFiles;
 };
 

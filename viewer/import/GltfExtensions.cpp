@@ -33,6 +33,7 @@ constexpr std::array kExtensions{
     Extension{"EXT_mesh_gpu_instancing", Standing::Understood, ""},
     Extension{"EXT_meshopt_compression", Standing::Understood, ""},
     Extension{"EXT_texture_webp", Standing::Understood, ""},
+    Extension{"KHR_draco_mesh_compression", Standing::Understood, ""},
     Extension{"KHR_lights_punctual", Standing::Understood, ""},
     Extension{"KHR_materials_anisotropy", Standing::Understood, ""},
     Extension{"KHR_materials_clearcoat", Standing::Understood, ""},
@@ -61,7 +62,6 @@ constexpr std::array kExtensions{
     Extension{"*_texture_*", Standing::LooksOnly, ""},
     Extension{"KHR_animation_pointer", Standing::LooksOnly, "some of its animations"},
 
-    Extension{"KHR_draco_mesh_compression", Standing::Needed, "its compressed data"},
     Extension{"KHR_meshopt_compression", Standing::Needed, "its compressed data"},
 
     Extension{"*_xmp*", Standing::Invisible, ""}, Extension{"*metadata*", Standing::Invisible, ""},

@@ -139,6 +139,7 @@ private:
     void noteVariants(const GltfObject& primitive, const std::string& name);
     void readAttributes(const GltfObject& primitive, const std::string& name, Mesh& mesh);
     std::vector<float> attribute(const GltfObject& attributes, const char* key, size_t components);
+    std::vector<std::uint32_t> indices(const GltfObject& primitive, size_t vertexCount);
     std::vector<float> colors(const GltfObject& attributes);
 
     const ProgressReport& fReport;
@@ -361,15 +362,15 @@ std::optional<Mesh> GltfParser::readPrimitive(const GltfObject& primitive, const
                                               const Pose& pose) {
     Mesh mesh;
     try {
+        std::optional<std::vector<std::uint32_t>> triangles = fData.openPrimitive(primitive);
         readAttributes(primitive, name, mesh);
         morphMesh(mesh, primitive, fData, pose.weights, name, fWarnings);
         if (!pose.joints.empty())
             poseMesh(mesh, primitive.object("attributes"), fData, pose.joints);
-        std::vector<std::uint32_t> indices(mesh.vertexCount());
-        std::iota(indices.begin(), indices.end(), 0U);
-        if (const int given = primitive.reference("indices", fData.accessorCount()); given >= 0)
-            indices = fData.indices(given);
-        spellOut(primitive.whole("mode", kTriangles), std::move(indices), mesh);
+        if (triangles)
+            mesh.indices = std::move(*triangles);
+        else
+            spellOut(primitive.whole("mode", kTriangles), indices(primitive, mesh.vertexCount()), mesh);
         mesh.material = primitive.reference("material", fScene.materials.size());
     } catch (const ImportError& error) {
         fWarnings.add(name, std::string("left out: ") + error.what());
@@ -409,6 +410,15 @@ std::vector<float> GltfParser::attribute(const GltfObject& attributes, const cha
     if (fData.components(accessor) != components)
         throw ImportError(std::string(key) + " should be VEC" + std::to_string(components));
     return fData.floats(accessor);
+}
+
+std::vector<std::uint32_t> GltfParser::indices(const GltfObject& primitive, size_t vertexCount) {
+    const int accessor = primitive.reference("indices", fData.accessorCount());
+    if (accessor >= 0)
+        return fData.indices(accessor);
+    std::vector<std::uint32_t> all(vertexCount);
+    std::iota(all.begin(), all.end(), 0U);
+    return all;
 }
 
 /// Always with alpha: the file may leave it out.

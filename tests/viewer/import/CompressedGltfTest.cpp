@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include <draco/compression/encode.h>
 #include <meshoptimizer.h>
 
 namespace orloview {
@@ -152,6 +153,117 @@ TEST(CompressedGltf, refusesDamagedMeshopt) {
         file.json["bufferViews"][0]["extensions"]["EXT_meshopt_compression"].update(change);
         EXPECT_THAT(read(file).warnings, ElementsAre(HasSubstr(words))) << change;
     }
+}
+
+/// The grid with colours, packed by Draco: positions to 12 bits, normals to 8.
+Bytes packGrid(const Grid& grid, const std::vector<std::uint8_t>& colors, int method) {
+    using namespace draco;
+    draco::Mesh mesh;
+    mesh.set_num_points(25);
+    const auto add = [&mesh](GeometryAttribute::Type type, std::int8_t width, const auto& values) {
+        constexpr bool kIsByte = sizeof(values[0]) == 1;
+        const auto stride = static_cast<std::int64_t>(width * sizeof(values[0]));
+        GeometryAttribute attribute;
+        attribute.Init(type, nullptr, width, kIsByte ? DT_UINT8 : DT_FLOAT32, kIsByte, stride, 0);
+        const int number = mesh.AddAttribute(attribute, true, 25);
+        for (std::uint32_t i = 0; i < 25; ++i)
+            mesh.attribute(number)->SetAttributeValue(AttributeValueIndex(i), &values[i * width]);
+    };
+    add(GeometryAttribute::POSITION, 3, grid.positions);
+    add(GeometryAttribute::NORMAL, 3, grid.normals);
+    add(GeometryAttribute::COLOR, 4, colors);
+    for (size_t i = 0; i < grid.indices.size(); i += 3)
+        mesh.AddFace(
+            {PointIndex(grid.indices[i]), PointIndex(grid.indices[i + 1]), PointIndex(grid.indices[i + 2])});
+    Encoder encoder;
+    encoder.SetEncodingMethod(method);
+    encoder.SetAttributeQuantization(GeometryAttribute::POSITION, 12);
+    encoder.SetAttributeQuantization(GeometryAttribute::NORMAL, 8);
+    EncoderBuffer buffer;
+    EXPECT_TRUE(encoder.EncodeMeshToBuffer(mesh, &buffer).ok());
+    return {buffer.data(), buffer.data() + buffer.size()};
+}
+
+/// A file that holds nothing of the grid but these bytes.
+GltfFile withDraco(const Bytes& packed) {
+    GltfFile file;
+    Json& primitive = file.primitive();
+    file.accessor(packed, 5121, "SCALAR", packed.size());
+    primitive["indices"] = 1;
+    primitive["attributes"] = {{"POSITION", 2}, {"NORMAL", 3}, {"COLOR_0", 4}};
+    primitive["extensions"]["KHR_draco_mesh_compression"] = {
+        {"bufferView", 0}, {"attributes", {{"POSITION", 0}, {"NORMAL", 1}, {"COLOR_0", 2}}}};
+    const auto add = [&](int type, const char* shape, int count) {
+        file.json["accessors"].push_back({{"componentType", type}, {"type", shape}, {"count", count}});
+    };
+    add(5125, "SCALAR", 96);
+    add(5126, "VEC3", 25);
+    add(5126, "VEC3", 25);
+    add(5121, "VEC4", 25);
+    file.json["accessors"][4]["normalized"] = true;
+    file.json["extensionsRequired"] = {"KHR_draco_mesh_compression"};
+    return file;
+}
+
+TEST(CompressedGltf, unpacksDraco) {
+    const Grid grid;
+    std::vector<std::uint8_t> colors(100);
+    for (size_t i = 0; i < colors.size(); ++i)
+        colors[i] = static_cast<std::uint8_t>(i * 37);
+    for (const int method : {draco::MESH_SEQUENTIAL_ENCODING, draco::MESH_EDGEBREAKER_ENCODING}) {
+        const Scene scene = read(withDraco(packGrid(grid, colors, method)));
+        ASSERT_EQ(scene.meshes.size(), 1U) << scene.warnings.at(0);
+        const Mesh& mesh = scene.meshes[0];
+        std::vector<std::uint32_t> indices; // by the grid's own numbers: packing changes the order
+        for (const std::uint32_t index : mesh.indices) {
+            const float* const at = &mesh.positions[index * 3];
+            const auto own = static_cast<std::uint32_t>(std::lround(at[0]) + 5 * std::lround(at[1]));
+            indices.push_back(own);
+            ASSERT_LT(own, 25U);
+            for (size_t k = 0; k < 3; ++k) {
+                EXPECT_NEAR(at[k], grid.positions[own * 3 + k], 0.51F * 4 / 4095)
+                    << "half a quantum of 4 units";
+                EXPECT_NEAR(mesh.normals[index * 3 + k], grid.normals[own * 3 + k], 0.02F);
+            }
+            for (size_t k = 0; k < 4; ++k)
+                EXPECT_EQ(mesh.colors[index * 4 + k], static_cast<float>(colors[own * 4 + k]) / 255);
+        }
+        const auto sorted = [](std::vector<std::uint32_t> corners) {
+            std::vector<std::array<std::uint32_t, 3>> triangles;
+            corners = turned(corners);
+            for (size_t i = 0; i < corners.size(); i += 3)
+                triangles.push_back({corners[i], corners[i + 1], corners[i + 2]});
+            std::sort(triangles.begin(), triangles.end());
+            return triangles;
+        };
+        EXPECT_EQ(sorted(indices), sorted(grid.indices));
+    }
+}
+
+TEST(CompressedGltf, refusesDamagedDraco) {
+    const Grid grid;
+    const Bytes good = packGrid(grid, std::vector<std::uint8_t>(100), draco::MESH_SEQUENTIAL_ENCODING);
+    struct Damage {
+        size_t at;
+        Bytes bytes;
+        const char* words;
+    };
+    const Damage kDamages[] = {
+        {0, {'d'}, "is damaged"},
+        {6, {1}, "of version 2.1"},
+        {7, {0}, "is damaged"},                             // a cloud of points
+        {11, {0xFF, 0xFF, 0xFF, 0xFF, 0x0F}, "is damaged"}, // 4 billion faces
+        {12, {0xFF, 0xFF, 0xFF, 0xFF, 0x0F}, "is damaged"}, // and vertices
+        {20, Bytes(good.size() - 20, 0xFF), "is damaged"},
+    };
+    for (const Damage& damage : kDamages) {
+        Bytes bad = good;
+        std::copy(damage.bytes.begin(), damage.bytes.end(), bad.begin() + static_cast<long>(damage.at));
+        EXPECT_THAT(read(withDraco(bad)).warnings, ElementsAre(HasSubstr(damage.words))) << damage.at;
+    }
+    GltfFile other = withDraco(good);
+    other.primitive()["extensions"]["KHR_draco_mesh_compression"]["attributes"]["POSITION"] = 9;
+    EXPECT_THAT(read(other).warnings, ElementsAre(HasSubstr("no attribute 9")));
 }
 
 } // namespace
