@@ -122,10 +122,10 @@ void compileCg(Bytes bytes) {
 /// The bytes build a network: of three each, the first says what is done and to which node.
 void compileNetwork(Bytes bytes) {
     using namespace koShadingDag;
-    constexpr std::array<const char*, 20> kNames = {
+    constexpr std::array<const char*, 21> kNames = {
         "uv",       "color",     "normal",   "baseColor", "metallic", "roughness", "opacity",
         "emission", "occlusion", "a",        "b",         "weight",   "height",    "position",
-        "scale",    "offset",    "rotation", "red",       "alpha",    "set"};
+        "scale",    "offset",    "rotation", "red",       "alpha",    "set",       "tangentSet"};
     std::vector<std::shared_ptr<ShadingNodeSpec>> nodes = {std::make_shared<ShadingNodeSpec>(kLambert)};
     for (; bytes.size() >= 3 && nodes.size() < 64; bytes = bytes.subspan(3)) {
         const auto& node = nodes[bytes[1] % nodes.size()];

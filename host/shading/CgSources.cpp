@@ -75,6 +75,10 @@ public:
             add("float3", "eyePosition");
         if (parts.takesNormal)
             add("float3", "eyeNormal");
+        for (const int set : parts.tangentSets) {
+            add("float3", "eyeTangent" + std::to_string(set));
+            add("float3", "eyeBitangent" + std::to_string(set));
+        }
     }
 
     const std::string& text() const { return fText; }
@@ -93,10 +97,20 @@ std::string vertexSource(const ShaderParts& parts) {
         parameters.add("float3 normal : NORMAL");
         body += "    eyeNormal = mul((float3x3)glstate.matrix.invtrans.modelview[0], normal);\n";
     }
-    for (const int set : parts.uvSets) {
+    std::set<int> sets = parts.uvSets;
+    sets.insert(parts.tangentSets.begin(), parts.tangentSets.end());
+    for (const int set : sets) {
         const std::string number = std::to_string(set);
-        parameters.add(filled("float2 texCoord$ : TEXCOORD$", number, number));
-        body += filled("    uv$ = texCoord$;\n", number, number);
+        parameters.add(filled("float4 texCoord$ : TEXCOORD$", number, number));
+    }
+    for (const int set : parts.uvSets)
+        body += filled("    uv$ = texCoord$.xy;\n", std::to_string(set), std::to_string(set));
+    for (const int set : parts.tangentSets) {
+        const std::string number = std::to_string(set);
+        body += filled("    eyeTangent$ = mul((float3x3)glstate.matrix.modelview[0], texCoord$.xyz);\n"
+                       "    eyeBitangent$ = mul((float3x3)glstate.matrix.modelview[0], texCoord$.w *\n"
+                       "        cross(normal, texCoord$.xyz));\n",
+                       number, number, number, number, number);
     }
     if (parts.takesColor) {
         parameters.add("float4 color : COLOR");

@@ -13,6 +13,9 @@ std::string varyings(const ShaderParts& parts) {
         text += "varying vec3 eyeNormal;\n";
     for (const int set : parts.uvSets)
         text += filled("varying vec2 uv$;\n", std::to_string(set));
+    for (const int set : parts.tangentSets)
+        text += filled("varying vec3 eyeTangent$;\nvarying vec3 eyeBitangent$;\n", std::to_string(set),
+                       std::to_string(set));
     return text;
 }
 
@@ -24,6 +27,14 @@ std::string vertexSource(const ShaderParts& parts) {
         source += "    eyeNormal = gl_NormalMatrix * gl_Normal;\n";
     for (const int set : parts.uvSets)
         source += filled("    uv$ = gl_MultiTexCoord$.st;\n", std::to_string(set), std::to_string(set));
+    // Across the normal before anything mirrors it.
+    for (const int set : parts.tangentSets) {
+        const std::string number = std::to_string(set);
+        source += filled("    eyeTangent$ = vec3(gl_ModelViewMatrix * vec4(gl_MultiTexCoord$.xyz, 0.0));\n"
+                         "    eyeBitangent$ = vec3(gl_ModelViewMatrix * vec4(gl_MultiTexCoord$.w *\n"
+                         "        cross(gl_Normal, gl_MultiTexCoord$.xyz), 0.0));\n",
+                         number, number, number, number, number);
+    }
     if (parts.takesColor)
         source += "    gl_FrontColor = gl_Color;\n    gl_BackColor = gl_Color;\n";
     return source + "    gl_Position = ftransform();\n}\n";

@@ -59,6 +59,7 @@ constexpr InputInfo kBumpInputs[] = {{"height", kFloat}, {"strength", kFloat, {1
 constexpr OutputInfo kNormalOutput[] = {{"normal", kNormal, ""}};
 constexpr InputInfo kNormalMapInputs[] = {
     {"color", kColor, {0.5F, 0.5F, 1.0F}}, {"uv", kVector2}, {"strength", kFloat, {1.0F}}};
+constexpr SettingInfo kNormalMapSettings[] = {{"tangentSet", -1, -1, kMostUvSets - 1}};
 
 constexpr InputInfo kMultiplyInputs[] = {{"a", kColor, kWhite}, {"b", kColor, kWhite}};
 constexpr InputInfo kMixInputs[] = {{"a", kColor}, {"b", kColor, kWhite}, {"weight", kFloat, {0.5F}}};
@@ -135,7 +136,7 @@ constexpr std::array<NodeInfo, kNodeKindCount> kNodes = {{
     {"noise", kFloat, kNoiseInputs, kValueOutput, kNoiseSettings},
     {"checker", kColor, kCheckerInputs, kColorOutput, {}},
     {"bumpMap", kNormal, kBumpInputs, kNormalOutput, {}},
-    {"normalMap", kNormal, kNormalMapInputs, kNormalOutput, {}},
+    {"normalMap", kNormal, kNormalMapInputs, kNormalOutput, kNormalMapSettings},
     {"multiply", kColor, kMultiplyInputs, kMathOutputs, {}},
     {"mix", kColor, kMixInputs, kMathOutputs, {}},
     {"lambert", kColor, kLambertInputs, kSurfaceOutputs, kSurfaceSettings, true},

@@ -17,6 +17,7 @@ struct ShaderParts {
     bool takesNormal = false;   ///< vec3 eyeNormal
     bool takesColor = false;    ///< gl_Color
     std::set<int> uvSets;       ///< vec2 uv0 and so on
+    std::set<int> tangentSets;  ///< vec3 eyeTangent0, eyeBitangent0 and so on
 
     bool takesSide = false; ///< gl_FrontFacing
 

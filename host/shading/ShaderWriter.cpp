@@ -95,6 +95,8 @@ bool ShaderWriter::needsInput(const ShadingNodeSpec& node, std::string_view name
     }
     if (name == "occlusion") // it keeps off what comes from all round
         return hasLight(LightSpec::kSky) || hasLight(LightSpec::kAmbient);
+    if (node.kind() == kNormalMap && name == "uv")
+        return node.settings()[0] < 0;
     if (node.kind() == kFileTexture)
         return node.texture() != nullptr;
     return true;
@@ -206,6 +208,11 @@ std::string ShaderWriter::uniform(std::string_view type, const std::string& name
 std::string ShaderWriter::uvSet(int set) {
     fParts.uvSets.insert(set);
     return "uv" + std::to_string(set);
+}
+
+std::string ShaderWriter::tangents(int set) {
+    fParts.tangentSets.insert(set);
+    return filled("eyeTangent$, eyeBitangent$", std::to_string(set), std::to_string(set));
 }
 
 std::string ShaderWriter::position() {
@@ -363,9 +370,7 @@ std::string ShaderWriter::writeNode() {
         return filled("bumped($, $, $ * $, $)", normal(), position(), in("height"), in("strength"),
                       outward());
     case kNormalMap:
-        use("mappedNormal");
-        return filled("mappedNormal($, $, $, $, $, $)", normal(), position(), in("uv"), in("color"),
-                      in("strength"), outward());
+        return normalMap();
     case kMultiply:
         if (isNeutral("a") || isNeutral("b"))
             return in(isNeutral("a") ? "b" : "a");
@@ -402,6 +407,15 @@ std::string ShaderWriter::fileTexture() {
     if (!fNow.node->texture())
         return "vec4(1.0)";
     return filled("texture2D($, $)", uniform("sampler2D", fNow.name + "_image"), in("uv"));
+}
+
+std::string ShaderWriter::normalMap() {
+    const bool hasTangents = setting("tangentSet") >= 0;
+    use(hasTangents ? "turnedNormal" : "mappedNormal");
+    const std::string frame =
+        hasTangents ? tangents(setting("tangentSet")) : filled("$, $", position(), in("uv"));
+    return filled("$($, $, $, $, $)", hasTangents ? "turnedNormal" : "mappedNormal", normal(), frame,
+                  in("color"), in("strength"), outward());
 }
 
 std::string ShaderWriter::ramp() {

@@ -45,6 +45,7 @@ private:
     void use(std::string_view snippetName);
     std::string uniform(std::string_view type, const std::string& name);
     std::string uvSet(int set);
+    std::string tangents(int set);
     std::string normal();
     std::string outward();
     std::string view();
@@ -68,6 +69,7 @@ private:
     void writeColor(const std::string& result);
     std::string texCoord();
     std::string fileTexture();
+    std::string normalMap();
     std::string ramp();
     std::string surfaceAlpha();
     std::string lambert();

@@ -92,6 +92,16 @@ vec3 bumped(vec3 normal, vec3 position, float height, float outward) {
     return area == 0.0 ? normal : normalize(abs(area) * normal - outward * slope);
 }
 )"},
+    {"turnedNormal", "",
+     R"(// The same in a frame that the vertices bring along.
+vec3 turnedNormal(vec3 normal, vec3 tangent, vec3 bitangent, vec3 color, float strength, float outward) {
+    if (dot(tangent, tangent) * dot(bitangent, bitangent) == 0.0)
+        return normal;
+    vec3 map = 2.0 * color - 1.0;
+    vec3 along = normalize(tangent) * map.x + normalize(bitangent) * map.y;
+    return normalize(outward * strength * along + normal * map.z);
+}
+)"},
     {"mappedNormal", "",
      R"(// The normal that a normal map's color means: red along u, green against v, blue out of the surface.
 vec3 mappedNormal(vec3 normal, vec3 position, vec2 uv, vec3 color, float strength, float outward) {

@@ -101,14 +101,15 @@ class ShadedPictures(ViewerProgram):
         values = struct.unpack("<%df" % (width * height * 3), body)
         return width, height, [[values[3 * (y * width + x) : 3 * (y * width + x) + 3] for x in range(width)] for y in range(height)]
 
-    def quad(self, material, pictures=(), lights=({"type": "directional"},), switches=("--sky", "none"), uvs=None):
+    def quad(self, material, pictures=(), lights=({"type": "directional"},), switches=("--sky", "none"), scale=(1, 1, 1), **more):
         """The linear colour in the middle of a square that faces the eye, straight lit unless told otherwise."""
         names = []
         for number, rows in enumerate(pictures):
             names.append(f"{number}.png")
             self.write(names[-1], png(rows))
-        quad = {"material": 0, "at": WHOLE, **({"uvs": uvs} if uvs else {})}
+        quad = {"material": 0, "at": WHOLE, **more}
         document = json.loads(textured([quad], [material], names, samplers=[NEAREST]))
+        document["nodes"][0]["scale"] = list(scale)
         model = self.write("m.gltf", with_lights(document, list(lights)))
         return self.floats(model, "--size", "33x33", "--camera", "0", "--samples", "1", *switches)[2][16][16]
 

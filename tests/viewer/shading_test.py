@@ -141,11 +141,17 @@ class Shading(ShadedPictures):
         self.near(self.quad({"pbrMetallicRoughness": pbr, "extensions": {"KHR_materials_clearcoat": coat}}), wanted)
 
     def test_normal_maps_lean_as_their_colours_say(self):
-        lean = (0.6, 0, 0.8)  # red: along u
-        for uvs, tilted in (
-            (None, (0.6, 0.0, 0.8)),
-            ([[(0, 1), (0, 0), (1, 0), (1, 1)]], (0, -0.6, 0.8)),  # u runs down the square
-            ([[(1, 0), (0, 0), (0, 1), (1, 1)]], (-0.6, 0, 0.8)),  # mirrored
+        red, green = (0.6, 0, 0.8), (0, 0.6, 0.8)
+        down, mirrored = [[(0, 1), (0, 0), (1, 0), (1, 1)]], [[(1, 0), (0, 0), (0, 1), (1, 1)]]  # how u and v run
+        for lean, switches, quad, tilted in (
+            (red, (), {}, (0.6, 0.0, 0.8)),
+            (red, (), {"uvs": down}, (0, -0.6, 0.8)),
+            (red, (), {"uvs": mirrored}, (-0.6, 0, 0.8)),
+            (red, (), {"tangent": (0, 1, 0, 1)}, (0, 0.6, 0.8)),  # whatever the texture coordinates say
+            (green, ("--shading", "cg"), {"tangent": (0, 1, 0, 1)}, (-0.6, 0, 0.8)),
+            (green, (), {"tangent": (1, 0, 0, -1)}, (0, -0.6, 0.8)),
+            (green, (), {"tangent": (1, 0, 0, 1), "scale": (-1, 1, 1)}, (0, 0.6, 0.8)),
+            (red, ("--shading", "cg"), {"tangent": (1, 0, 0, 1), "scale": (-1, 1, 1)}, (-0.6, 0, 0.8)),
         ):
             color = tuple(round(255 * (c + 1) / 2) for c in lean)
             material = {"pbrMetallicRoughness": {"metallicFactor": 0}, "normalTexture": {"index": 0}}
@@ -154,7 +160,7 @@ class Shading(ShadedPictures):
             angle, axis = math.acos(towards[2]), normalized((-towards[1], towards[0], 0))
             light = {"type": "directional", "rotation": [*(math.sin(angle / 2) * c for c in axis), math.cos(angle / 2)]}
             wanted = FILE_LIGHT * microfacets(normalized(tilted), (0, 0, 1), towards, 1, 0.04, 1)
-            self.near(self.quad(material, [[[(*color, 255)]]], [light], uvs=uvs), wanted, 0.01)
+            self.near(self.quad(material, [[[(*color, 255)]]], [light], ("--sky", "none", *switches), **quad), wanted, 0.01)
 
     def test_point_lights_fade_with_distance_and_range_and_spots_in_their_cones(self):
         matt = {"pbrMetallicRoughness": {"metallicFactor": 0, "baseColorFactor": [0.5, 0.5, 0.5, 1]}}

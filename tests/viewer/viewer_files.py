@@ -93,7 +93,7 @@ UNIT_SQUARE = ((0, 0), (1, 0), (1, 1), (0, 1))  # texture coordinates, from the 
 def textured(quads, materials, pictures, samplers=({},), textures=None):
     """A glTF file of squares in the plane z = 0, seen by an orthographic camera that shows -1 to 1.
 
-    A quad is a material, the corners left, top, right, bottom, optionally z, and sets of texture coordinates. All
+    A quad is a material, the corners left, top, right, bottom, optionally z, sets of texture coordinates and a tangent. All
     quads of one entry are one mesh, if the entry is a list.
     """
     document = {
@@ -132,12 +132,13 @@ def textured(quads, materials, pictures, samplers=({},), textures=None):
 
     for entry in quads:
         entry = entry if isinstance(entry, list) else [entry]
-        positions, indices, sets = [], [], []
+        positions, indices, sets, tangents = [], [], [], []
         for quad in entry:
             left, top, right, bottom = quad["at"]
             first, z = len(positions), quad.get("z", 0)
             positions += [(left, top, z), (right, top, z), (right, bottom, z), (left, bottom, z)]
             indices += [(first + i,) for i in (0, 3, 2, 0, 2, 1)]
+            tangents += [quad["tangent"]] * 4 if "tangent" in quad else []
             for number, uvs in enumerate(quad.get("uvs", [UNIT_SQUARE])):
                 if number == len(sets):
                     sets.append([])
@@ -145,6 +146,9 @@ def textured(quads, materials, pictures, samplers=({},), textures=None):
         attributes = {"POSITION": accessor(positions, "VEC3", 5126)}
         for number, uvs in enumerate(sets):
             attributes["TEXCOORD_%d" % number] = accessor(uvs, "VEC2", 5126)
+        if tangents:
+            attributes["NORMAL"] = accessor([(0, 0, 1)] * len(positions), "VEC3", 5126)
+            attributes["TANGENT"] = accessor(tangents, "VEC4", 5126)
         primitive = {"attributes": attributes, "indices": accessor(indices, "SCALAR", 5125), "material": entry[0]["material"]}
         document["meshes"].append({"primitives": [primitive]})
         document["nodes"].append({"mesh": len(document["meshes"]) - 1})

@@ -101,6 +101,9 @@ std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh&
         addColors(mesh, *drawable);
     addStream(GeometryData::kColor, 4, fTextures ? drawable->colors : mesh.colors);
     addUvStreams(mesh, *drawable);
+    drawable->hasTangents = !fTextures && fScene.showsTangents(mesh);
+    if (drawable->hasTangents)
+        addStream(GeometryData::kTangent, 4, mesh.tangents);
 
     if (mesh.topology == Topology::Triangles)
         drawable->group.addIndexRecord(std::make_unique<GeometryDataIndex>(
@@ -200,6 +203,12 @@ void DrawableScene::route(const Drawable& drawable) {
         slot.fMode = drawable.uvStreams[i] < 0 ? GLRouting::kUnused : GLRouting::kFromGeometry;
         slot.fDataType = GeometryData::kTexCoord;
         slot.fIndex = drawable.uvStreams[i];
+    }
+    if (drawable.hasTangents) {
+        GLRouting::Slot& slot = fRouting.fSlots[texCoord(kTangentUnit)];
+        slot.fMode = GLRouting::kFromGeometry;
+        slot.fDataType = GeometryData::kTangent;
+        slot.fIndex = 0;
     }
 }
 

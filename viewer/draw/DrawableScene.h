@@ -74,14 +74,18 @@ public:
     /// Part of a mesh.
     void drawRun(const BlendedElements::Run& run);
 
+    /// The texture coordinates that shaders of materials find tangents in.
+    static constexpr int kTangentUnit = 7;
+
 private:
     static constexpr size_t kMostUvSets = 8;
 
     struct Drawable {
         GeometryLogicalGroup group;
         std::array<int, kMostUvSets> uvStreams; ///< by texture unit; -1: none
-        std::vector<float> colors;              ///< vertex colours times base colour, for GL's own functions
-        std::unique_ptr<GLObject> indices;      ///< of points and lines, made when first needed
+        bool hasTangents = false;
+        std::vector<float> colors;         ///< vertex colours times base colour, for GL's own functions
+        std::unique_ptr<GLObject> indices; ///< of points and lines, made when first needed
         bool indicesTried = false;
     };
 

@@ -15,26 +15,29 @@ struct Moved {
     std::string key;
     std::vector<float>* values;
     size_t width;
+    size_t givenWidth; ///< at least; the rest stays
 };
 
 std::vector<Moved> movedBy(const GltfObject& target, Mesh& mesh) {
-    std::vector<Moved> result{
-        {"POSITION", &mesh.positions, 3}, {"NORMAL", &mesh.normals, 3}, {"COLOR_0", &mesh.colors, 4}};
+    std::vector<Moved> result{{"POSITION", &mesh.positions, 3, 3},
+                              {"NORMAL", &mesh.normals, 3, 3},
+                              {"TANGENT", &mesh.tangents, 4, 3},
+                              {"COLOR_0", &mesh.colors, 4, 3}};
     for (size_t set = 0; set < mesh.uvSets.size(); ++set)
-        result.push_back({"TEXCOORD_" + std::to_string(set), &mesh.uvSets[set], 2});
+        result.push_back({"TEXCOORD_" + std::to_string(set), &mesh.uvSets[set], 2, 2});
     // What the mesh lacks, or had to leave out, can't be moved.
     std::erase_if(
         result, [&](const Moved& moved) { return moved.values->empty() || !target.has(moved.key.c_str()); });
     return result;
 }
 
-/// One for each value of the attribute. Those of colours may lack alpha, as colours may.
+/// One for each value of the attribute.
 std::vector<float> differences(const GltfObject& target, const Moved& moved, GltfData& data) {
     const int accessor = target.reference(moved.key.c_str(), data.accessorCount());
     const size_t given = data.components(accessor);
     std::vector<float> values = data.floats(accessor);
-    if (given != moved.width && !(given == 3 && moved.width == 4))
-        throw ImportError(moved.key + " should be VEC" + std::to_string(moved.width));
+    if (given != moved.width && given != moved.givenWidth)
+        throw ImportError(moved.key + " should be VEC" + std::to_string(moved.givenWidth));
     if (values.size() / given != moved.values->size() / moved.width)
         throw ImportError(moved.key + " has not one entry for each vertex");
     if (given == moved.width)

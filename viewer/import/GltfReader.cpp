@@ -362,6 +362,7 @@ std::optional<Mesh> GltfParser::readPrimitive(const GltfObject& primitive, const
                                               const Pose& pose) {
     Mesh mesh;
     try {
+        mesh.material = primitive.reference("material", fScene.materials.size());
         std::optional<std::vector<std::uint32_t>> triangles = fData.openPrimitive(primitive);
         readAttributes(primitive, name, mesh);
         morphMesh(mesh, primitive, fData, pose.weights, name, fWarnings);
@@ -371,7 +372,6 @@ std::optional<Mesh> GltfParser::readPrimitive(const GltfObject& primitive, const
             mesh.indices = std::move(*triangles);
         else
             spellOut(primitive.whole("mode", kTriangles), indices(primitive, mesh.vertexCount()), mesh);
-        mesh.material = primitive.reference("material", fScene.materials.size());
     } catch (const ImportError& error) {
         fWarnings.add(name, std::string("left out: ") + error.what());
         return std::nullopt;
@@ -398,9 +398,14 @@ void GltfParser::readAttributes(const GltfObject& primitive, const std::string& 
         }
     };
     mesh.normals = read("NORMAL", [&] { return attribute(attributes, "NORMAL", 3); });
+    if (fScene.materialOf(mesh).usesTangents() || primitive.object("extensions").has(kVariants))
+        mesh.tangents = read("TANGENT", [&] { return attribute(attributes, "TANGENT", 4); });
     mesh.colors = read("COLOR_0", [&] { return colors(attributes); });
     for (std::string key = "TEXCOORD_0"; attributes.has(key.c_str()) && key.back() <= '9'; ++key.back())
         mesh.uvSets.push_back(read(key.c_str(), [&] { return attribute(attributes, key.c_str(), 2); }));
+    constexpr size_t kTextureUnits = 8;
+    if (mesh.uvSets.size() >= kTextureUnits)
+        mesh.tangents.clear();
 }
 
 std::vector<float> GltfParser::attribute(const GltfObject& attributes, const char* key, size_t components) {

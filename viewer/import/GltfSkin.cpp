@@ -100,11 +100,14 @@ void poseMesh(Mesh& mesh, const GltfObject& attributes, GltfData& data,
               std::span<const AffineMatrix> joints) {
     const Influences influences(attributes, data, mesh.vertexCount(), joints.size());
     const bool hasNormals = mesh.normals.size() == mesh.positions.size();
+    const bool hasTangents = mesh.tangents.size() == mesh.vertexCount() * 4;
     for (size_t vertex = 0; vertex < mesh.vertexCount(); ++vertex) {
         const AffineMatrix pose = influences.blend(vertex, joints);
         move<koLinear::Point>(pose, &mesh.positions[vertex * 3]);
         if (hasNormals)
             move<koLinear::Vector>(pose, &mesh.normals[vertex * 3]);
+        if (hasTangents)
+            move<koLinear::Vector>(pose, &mesh.tangents[vertex * 4]);
     }
 }
 

@@ -80,6 +80,10 @@ void dropMisfits(Mesh& mesh, const std::string& name, Warnings& warnings) {
         mesh.normals.clear();
         warnings.add("the normals of " + name, reason);
     }
+    if (!fits(mesh.tangents, 4)) {
+        mesh.tangents.clear();
+        warnings.add("the tangents of " + name, reason);
+    }
     if (!fits(mesh.colors, 4)) {
         mesh.colors.clear();
         warnings.add("the colours of " + name, reason);
@@ -120,6 +124,7 @@ bool makeDrawable(Mesh& mesh, const std::string& name, Warnings& warnings) {
                      [](float n) { return std::isfinite(n) && n != 0.0F; }))
         mesh.normals.clear(); // exporters write zeros for normals that they don't have
     normalize(mesh.normals);
+    makeFinite(mesh.tangents, 0.0F);
     makeFinite(mesh.colors, 1.0F);
     makeFinite(mesh.particles.velocities, 0.0F);
     for (std::vector<float>& values : mesh.particles.values)

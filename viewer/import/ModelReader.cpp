@@ -61,7 +61,8 @@ bool fits(const std::vector<float>& values, size_t count) {
 bool isConsistent(const Mesh& mesh, size_t materialCount) {
     const size_t vertices = mesh.vertexCount();
     return mesh.topology <= Topology::Triangles && mesh.positions.size() == vertices * 3 &&
-           fits(mesh.normals, vertices * 3) && fits(mesh.colors, vertices * 4) && !mesh.indices.empty() &&
+           fits(mesh.normals, vertices * 3) && fits(mesh.tangents, vertices * 4) &&
+           fits(mesh.colors, vertices * 4) && !mesh.indices.empty() &&
            fits(mesh.particles.velocities, vertices * 3) &&
            std::all_of(mesh.particles.values.begin(), mesh.particles.values.end(),
                        [&](const std::vector<float>& values) { return fits(values, vertices); }) &&

@@ -130,7 +130,8 @@ void transferOne(Stream& stream, std::vector<T>& list) {
 
 template <typename Stream>
 void fieldsOf(Stream& stream, Mesh& m) {
-    transfer(stream, m.name, m.topology, m.positions, m.normals, m.colors, m.uvSets, m.particles.velocities);
+    transfer(stream, m.name, m.topology, m.positions, m.normals, m.tangents, m.colors, m.uvSets,
+             m.particles.velocities);
     for (std::vector<float>& values : m.particles.values)
         transfer(stream, values);
     transfer(stream, m.indices, m.material, m.bothSides);

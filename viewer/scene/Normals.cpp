@@ -55,6 +55,7 @@ void addFlatNormals(Mesh& mesh) {
     }
     mesh.positions = perCorner(mesh.positions, 3, mesh.indices);
     mesh.colors = perCorner(mesh.colors, 4, mesh.indices);
+    mesh.tangents.clear(); // of other normals
     for (std::vector<float>& uvSet : mesh.uvSets)
         uvSet = perCorner(uvSet, 2, mesh.indices);
     mesh.normals = std::move(normals);

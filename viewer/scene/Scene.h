@@ -38,6 +38,11 @@ struct Mesh {
     std::vector<float> normals;   ///< x, y, z of unit length; empty for points, lines without them
     std::vector<float> colors;    ///< r, g, b, a; empty where the file has none
 
+    /// x, y, z along u of the normal map, then 1 or -1, by which the normal across that is multiplied; empty
+    /// where the file has none, or nothing that uses them, or so many uvSets that the last texture unit is
+    /// taken.
+    std::vector<float> tangents;
+
     /// u and v each, v running down the picture (its top row is v = 0); a set may be empty.
     std::vector<std::vector<float>> uvSets;
 
@@ -177,6 +182,10 @@ struct Material {
     bool isClear() const {
         return transmission > 0.0F && !unlit && reflection == Reflection::MetallicRoughness;
     }
+
+    bool usesTangents() const {
+        return normalTexture.texture >= 0 || clearcoatNormalTexture.texture >= 0 || anisotropy > 0.0F;
+    }
 };
 
 /// All the uses that a material makes of textures.
@@ -268,6 +277,11 @@ struct Scene {
 
     /// A plain one where the mesh has none.
     const Material& materialOf(const Mesh& mesh) const;
+
+    /// Whether the mesh has tangents and its material asks for them.
+    bool showsTangents(const Mesh& mesh) const {
+        return !mesh.tangents.empty() && materialOf(mesh).usesTangents();
+    }
 
     /// Around every vertex that an instance draws, in world space.
     Bounds bounds() const;

@@ -1,5 +1,6 @@
 #include "shading/MaterialNetwork.h"
 
+#include "draw/DrawableScene.h"
 #include "texture/TextureStore.h"
 
 #include <algorithm>
@@ -140,7 +141,9 @@ private:
         const TextureUse& use = fMaterial.*which;
         Node node = std::make_shared<ShadingNodeSpec>(kNormalMap);
         connect(*node, "color", color);
-        if (const Source uv = coordinates(use))
+        if (fTraits.hasTangents)
+            node->setSetting("tangentSet", DrawableScene::kTangentUnit);
+        else if (const Source uv = coordinates(use))
             connect(*node, "uv", uv);
         if (use.strength != 1.0F)
             node->setValue("strength", use.strength);

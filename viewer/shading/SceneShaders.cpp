@@ -123,6 +123,7 @@ SceneShaders::LookKey SceneShaders::keyOf(size_t instance, bool lit) const {
     for (size_t set = 0; set < mesh.uvSets.size() && set < 8; ++set)
         traits.uvSets |= mesh.uvSets[set].empty() ? 0U : 1U << set;
     traits.hasColors = !mesh.colors.empty();
+    traits.hasTangents = fScene.showsTangents(mesh);
     traits.isLit = lit && !mesh.normals.empty();
     return {mesh.material, traits, lit && fIsOccluded};
 }
