@@ -199,14 +199,16 @@ std::span<const std::uint8_t> GltfData::slice(const GltfObject& source) {
 }
 
 std::span<const std::uint8_t> GltfData::view(size_t index) {
-    const GltfObject extensions = fViews[index].object("extensions");
-    if (!extensions.has(kMeshopt))
-        return slice(fViews[index]);
-    const auto known = fUnpacked.find(index);
-    if (known != fUnpacked.end())
-        return known->second;
-    const GltfObject compression = extensions.object(kMeshopt);
-    return fUnpacked[index] = unpackMeshopt(compression, slice(compression));
+    for (const char* name : kMeshoptExtensions) {
+        if (!fViews[index].hasExtension(name))
+            continue;
+        const auto known = fUnpacked.find(index);
+        if (known != fUnpacked.end())
+            return known->second;
+        const GltfObject compression = fViews[index].extension(name);
+        return fUnpacked[index] = unpackMeshopt(compression, slice(compression));
+    }
+    return slice(fViews[index]);
 }
 
 GltfData::Elements GltfData::elements(const GltfObject& source, const Layout& layout, size_t defaultStride) {
@@ -282,10 +284,9 @@ std::vector<float> GltfData::floats(int accessor) {
 
 std::optional<std::vector<std::uint32_t>> GltfData::openPrimitive(const GltfObject& primitive) {
     fFromPrimitive.clear();
-    const GltfObject extensions = primitive.object("extensions");
-    if (!extensions.has(kDraco))
+    if (!primitive.hasExtension(kDraco))
         return std::nullopt;
-    const GltfObject compression = extensions.object(kDraco);
+    const GltfObject compression = primitive.extension(kDraco);
     const GltfObject numbers = compression.object("attributes");
     const GltfObject attributes = primitive.object("attributes");
     const int packed = compression.reference("bufferView", fViews.size());

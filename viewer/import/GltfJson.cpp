@@ -46,6 +46,11 @@ GltfObject GltfObject::object(const char* key) const {
     return {found == fValue->end() ? kEmpty : *found, fPlace.empty() ? key : fPlace + "." + key};
 }
 
+bool GltfObject::hasExtension(const char* name) const {
+    const auto extensions = fValue->find("extensions");
+    return extensions != fValue->end() && extensions->contains(name);
+}
+
 const json& GltfObject::list(const char* key) const {
     static const json kEmpty = json::array();
     const auto found = fValue->find(key);

@@ -24,6 +24,8 @@ public:
     std::vector<std::string> keys() const;
 
     GltfObject object(const char* key) const;
+    bool hasExtension(const char* name) const;
+    GltfObject extension(const char* name) const { return object("extensions").object(name); }
     std::vector<GltfObject> objects(const char* key) const;
 
     std::string text(const char* key, const std::string& fallback = "") const;

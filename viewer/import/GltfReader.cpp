@@ -28,6 +28,8 @@ namespace {
 
 using koLinear::AffineMatrix;
 
+constexpr const char* kLights = "KHR_lights_punctual";
+constexpr const char* kVisibility = "KHR_node_visibility";
 constexpr const char* kVariants = "KHR_materials_variants";
 
 enum PrimitiveMode : size_t { kPoints, kLines, kLineLoop, kLineStrip, kTriangles, kStrip, kFan };
@@ -77,7 +79,9 @@ std::string named(const GltfObject& object) {
 }
 
 bool isHidden(const GltfObject& node) {
-    const GltfObject visibility = node.object("extensions").object("KHR_node_visibility");
+    if (!node.hasExtension(kVisibility))
+        return false;
+    const GltfObject visibility = node.extension(kVisibility);
     return visibility.has("visible") && !visibility.flag("visible");
 }
 
@@ -86,15 +90,14 @@ public:
     GltfParser(const GltfContainer& container, const ModelFolder& folder, const ProgressReport& report)
         : fReport(report), fRoot(container.json, ""), fData(container, folder),
           fNodes(fRoot.objects("nodes")), fMeshes(fRoot.objects("meshes")), fSkins(fRoot.objects("skins")),
-          fCameras(fRoot.objects("cameras")),
-          fLights(fRoot.object("extensions").object("KHR_lights_punctual").objects("lights")),
+          fCameras(fRoot.objects("cameras")), fLights(fRoot.extension(kLights).objects("lights")),
           fParents(fNodes.size(), kUnvisited), fWorlds(fNodes.size()) {
         fScene.format = container.isBinary ? "glTF 2.0 binary" : "glTF 2.0 text";
         warnOfExtensions(container.json, fWarnings);
         for (const GltfObject& animation : fRoot.objects("animations"))
             fWarnings.add("the animation " + named(animation),
                           "not played; the model stands as its nodes say");
-        for (const GltfObject& variant : fRoot.object("extensions").object(kVariants).objects("variants"))
+        for (const GltfObject& variant : fRoot.extension(kVariants).objects("variants"))
             fScene.variants.push_back({variant.text("name"), {}});
         readGltfMaterials(fRoot, fData, folder, fScene, fWarnings);
     }
@@ -231,8 +234,9 @@ void GltfParser::place(size_t index, const AffineMatrix& toWorld) {
         placeMesh(node, static_cast<size_t>(mesh), toWorld);
     if (const int camera = node.reference("camera", fCameras.size()); camera >= 0)
         placeCamera(node, fCameras[static_cast<size_t>(camera)], toWorld);
-    const GltfObject lit = node.object("extensions").object("KHR_lights_punctual");
-    if (const int light = lit.reference("light", fLights.size()); light >= 0)
+    if (!node.hasExtension(kLights))
+        return;
+    if (const int light = node.extension(kLights).reference("light", fLights.size()); light >= 0)
         placeLight(node, fLights[static_cast<size_t>(light)], toWorld);
 }
 
@@ -245,11 +249,10 @@ void GltfParser::placeMesh(const GltfObject& node, size_t mesh, const AffineMatr
 
 /// From the space of its mesh to each place where the node shows it.
 std::vector<AffineMatrix> GltfParser::copiesOf(const GltfObject& node, const AffineMatrix& toWorld) {
-    const GltfObject extensions = node.object("extensions");
-    if (!extensions.has(kGltfInstancing))
+    if (!node.hasExtension(kGltfInstancing))
         return {toWorld};
     try {
-        return readGltfInstances(extensions.object(kGltfInstancing), fData, toWorld, fCopiesLeft);
+        return readGltfInstances(node.extension(kGltfInstancing), fData, toWorld, fCopiesLeft);
     } catch (const ImportError& error) {
         fWarnings.add("the copies at " + named(node), std::string("left out: ") + error.what());
         return {toWorld};
@@ -264,7 +267,7 @@ void GltfParser::placeSkinned(const GltfObject& node, const AffineMatrix& toWorl
         const std::vector<AffineMatrix> joints = readGltfSkin(fSkins[skin], fData, fWorlds);
         for (const int read : readMesh(mesh, {morphWeights(node, fMeshes[mesh]), joints}))
             fScene.instances.push_back({node.text("name"), read, {}});
-        if (node.object("extensions").has(kGltfInstancing))
+        if (node.hasExtension(kGltfInstancing))
             fWarnings.add("the copies at " + named(node),
                           "left out: its mesh stands where a skin's joints are");
     } catch (const ImportError& error) {
@@ -343,10 +346,11 @@ std::vector<int> GltfParser::readMesh(size_t mesh, const Pose& pose) {
 
 /// Of the primitive that becomes the next mesh.
 void GltfParser::noteVariants(const GltfObject& primitive, const std::string& name) {
+    if (!primitive.hasExtension(kVariants))
+        return;
     const auto mesh = static_cast<int>(fScene.meshes.size());
     try {
-        for (const GltfObject& mapping :
-             primitive.object("extensions").object(kVariants).objects("mappings")) {
+        for (const GltfObject& mapping : primitive.extension(kVariants).objects("mappings")) {
             const int material = mapping.reference("material", fScene.materials.size());
             if (material < 0)
                 throw ImportError("one has no material");
@@ -398,7 +402,7 @@ void GltfParser::readAttributes(const GltfObject& primitive, const std::string& 
         }
     };
     mesh.normals = read("NORMAL", [&] { return attribute(attributes, "NORMAL", 3); });
-    if (fScene.materialOf(mesh).usesTangents() || primitive.object("extensions").has(kVariants))
+    if (fScene.materialOf(mesh).usesTangents() || primitive.hasExtension(kVariants))
         mesh.tangents = read("TANGENT", [&] { return attribute(attributes, "TANGENT", 4); });
     mesh.colors = read("COLOR_0", [&] { return colors(attributes); });
     for (std::string key = "TEXCOORD_0"; attributes.has(key.c_str()) && key.back() <= '9'; ++key.back())

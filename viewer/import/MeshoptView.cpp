@@ -1,8 +1,6 @@
 #include "import/MeshoptView.h"
 
-#include <array>
 #include <cstddef>
-#include <limits>
 #include <string>
 #include <utility>
 
@@ -60,6 +58,12 @@ void applyFilter(const Form& form, std::uint8_t* to) {
 std::vector<std::uint8_t> unpackMeshopt(const GltfObject& compression, std::span<const std::uint8_t> packed) {
     const Form form{compression.text("mode"), compression.text("filter", "NONE"),
                     compression.whole("count", 0), compression.whole("byteStride", 0)};
+    constexpr unsigned kVersionBits = 0xF;
+    if (form.filter == "COLOR" ||
+        (form.mode == "ATTRIBUTES" && !packed.empty() && (packed[0] & kVersionBits) != 0))
+        throw ImportError(compression.place() +
+                          " is packed in a way that this program doesn't know; pack the model for "
+                          "EXT_meshopt_compression");
     if (!isPossible(form))
         throw ImportError(compression.place() + " is of a kind that there isn't");
     // No mode packs more than 64 bytes into one.

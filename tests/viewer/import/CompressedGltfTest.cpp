@@ -146,6 +146,7 @@ TEST(CompressedGltf, refusesDamagedMeshopt) {
         {{{"mode", "TRIANGLES"}}, "of a kind that there isn't"},
         {{{"filter", "QUATERNION"}}, "of a kind that there isn't"},
         {{{"mode", "new"}}, "of a kind that there isn't"},
+        {{{"filter", "COLOR"}}, "doesn't know; pack the model for EXT_meshopt_compression"},
         {{{"buffer", 7}}, "buffer should be less than 1"},
     };
     for (const auto& [change, words] : kChanges) {
@@ -153,6 +154,11 @@ TEST(CompressedGltf, refusesDamagedMeshopt) {
         file.json["bufferViews"][0]["extensions"]["EXT_meshopt_compression"].update(change);
         EXPECT_THAT(read(file).warnings, ElementsAre(HasSubstr(words))) << change;
     }
+    Json& extensions = good.json["bufferViews"][0]["extensions"];
+    extensions = {{"KHR_meshopt_compression", extensions["EXT_meshopt_compression"]}};
+    EXPECT_EQ(read(good).meshes.at(0).positions, grid.positions);
+    good.binary[extensions["KHR_meshopt_compression"]["byteOffset"].get<size_t>()] |= 1; // a later version
+    EXPECT_THAT(read(good).warnings, ElementsAre(HasSubstr("doesn't know; pack the model")));
 }
 
 /// The grid with colours, packed by Draco: positions to 12 bits, normals to 8.
