@@ -99,7 +99,8 @@ Extension lookUp(std::string_view name) {
 }
 
 /// The extensions that some object carries, also those that the file forgot to declare. What applications
-/// keep for themselves ("extras") isn't looked at.
+/// keep for themselves isn't looked at, nor the two long lists of numbers' places: whoever reads these finds
+/// what they carry.
 void collectCarried(const json& document, std::set<std::string>& names) {
     std::vector<const json*> open{&document};
     const auto enter = [&open](const json& value) {
@@ -117,7 +118,7 @@ void collectCarried(const json& document, std::set<std::string>& names) {
                 if (key == "extensions" && item.is_object())
                     for (const auto& [name, carried] : item.get_ref<const json::object_t&>())
                         names.insert(name);
-                if (key != "extras")
+                if (key != "extras" && key != "accessors" && key != "bufferViews")
                     enter(item);
             }
     }
