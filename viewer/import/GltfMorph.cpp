@@ -51,6 +51,7 @@ std::vector<float> differences(const GltfObject& target, const Moved& moved, Glt
 void addTarget(Mesh& mesh, const GltfObject& target, GltfData& data, double weight) {
     const std::vector<Moved> attributes = movedBy(target, mesh);
     std::vector<std::vector<float>> all;
+    all.reserve(attributes.size());
     for (const Moved& moved : attributes)
         all.push_back(differences(target, moved, data));
     for (size_t i = 0; i < attributes.size(); ++i)
