@@ -103,6 +103,7 @@ void decodePicture(Bytes bytes) {
         for (int y = 0; y < picture.height(); ++y)
             sum += picture.row(y)[picture.width() * picture.channels() - 1];
         demand(sum <= 255U * static_cast<unsigned>(picture.height()), "pixels of more than 255");
+    } catch (const std::bad_alloc&) { // what it asks for is beyond the limits, and told by them
     } catch (const orloview::PictureError&) {
     }
 }

@@ -52,7 +52,8 @@ public:
     PictureSession(const Options& options, const Scene& scene, Progress& progress)
         : fOptions(options), fScene(scene), fProgress(progress),
           fGuides(makeGuides(scene.bounds(), upOf(options))),
-          fBounds(boundsWith(drawnBounds(options, scene), fGuides, options.grid, options.axes, options.ground)),
+          fBounds(
+              boundsWith(drawnBounds(options, scene), fGuides, options.grid, options.axes, options.ground)),
           fView(chooseView(options, scene, fBounds)),
           fGL(GLSession::forPictures(options.glRoad, options.verbose)),
           fDrawn(scene, fGuides, options, progress.report()) {

@@ -219,20 +219,31 @@ private:
             feed(node, "sheenColor", &Material::sheenTexture, fMaterial.sheen);
             feed(node, "sheenRoughness", &Material::sheenRoughnessTexture, "alpha", fMaterial.sheenRoughness);
         }
-        const Source tangent = normalMap(&Material::anisotropyTexture);
-        if (fMaterial.anisotropy > 0.0F &&
-            (tangent || (fTraits.uvSets & 1U) != 0)) { // else it has no direction
-            feed(node, "anisotropy", &Material::anisotropyTexture, "blue", fMaterial.anisotropy);
-            if (fMaterial.anisotropyRotation != 0.0F)
-                node.setValue("anisotropyRotation", fMaterial.anisotropyRotation);
-            if (tangent)
-                connect(node, "anisotropyTangent", tangent);
-        }
+        addAnisotropy(node);
         if (fMaterial.iridescence > 0.0F) {
             feed(node, "iridescence", &Material::iridescenceTexture, "red", fMaterial.iridescence);
             node.setValue("iridescenceIor", fMaterial.iridescenceIor);
             addFilm(node);
         }
+    }
+
+    /// Along the directions of a picture, of the file's tangents or of set 0; without any it has none.
+    void addAnisotropy(ShadingNodeSpec& node) {
+        if (fMaterial.anisotropy == 0.0F)
+            return;
+        Source tangent = normalMap(&Material::anisotropyTexture);
+        if (!tangent && fTraits.hasTangents) {
+            tangent = {std::make_shared<ShadingNodeSpec>(kNormalMap), "normal"};
+            tangent.node->setSetting("tangentSet", DrawableScene::kTangentUnit);
+            tangent.node->setValue("color", koColor::Color(1.0F, 0.5F, 0.5F));
+        }
+        if (!tangent && (fTraits.uvSets & 1U) == 0)
+            return;
+        feed(node, "anisotropy", &Material::anisotropyTexture, "blue", fMaterial.anisotropy);
+        if (fMaterial.anisotropyRotation != 0.0F)
+            node.setValue("anisotropyRotation", fMaterial.anisotropyRotation);
+        if (tangent)
+            connect(node, "anisotropyTangent", tangent);
     }
 
     void addFilm(ShadingNodeSpec& node) {
