@@ -14,7 +14,6 @@ namespace {
 
 using namespace koShadingDag;
 using Node = std::shared_ptr<ShadingNodeSpec>;
-using koColor::Color;
 
 /// What feeds an input; of no node: nothing.
 struct Source {
@@ -24,11 +23,11 @@ struct Source {
     explicit operator bool() const { return node != nullptr; }
 };
 
-bool isWhite(const Color& color) {
+bool isWhite(const koColor::Color& color) {
     return color[0] == 1.0F && color[1] == 1.0F && color[2] == 1.0F;
 }
 
-bool isBlack(const Color& color) {
+bool isBlack(const koColor::Color& color) {
     return color[0] == 0.0F && color[1] == 0.0F && color[2] == 0.0F;
 }
 
@@ -70,7 +69,7 @@ private:
     }
 
     /// A source times a factor.
-    static Source times(const Source& a, const Color& factor, bool isFloat) {
+    static Source times(const Source& a, const koColor::Color& factor, bool isFloat) {
         if (isWhite(factor))
             return a;
         Node node = std::make_shared<ShadingNodeSpec>(kMultiply);
@@ -83,12 +82,13 @@ private:
     void feed(ShadingNodeSpec& node, const char* input, TextureUse Material::*use, const char* output,
               float factor) {
         if (const Source sampled = texture(use, output))
-            connect(node, input, times(sampled, Color(factor, factor, factor), true));
+            connect(node, input, times(sampled, koColor::Color(factor, factor, factor), true));
         else
             node.setValue(input, factor);
     }
 
-    void feed(ShadingNodeSpec& node, const char* input, TextureUse Material::*use, const Color& factor) {
+    void feed(ShadingNodeSpec& node, const char* input, TextureUse Material::*use,
+              const koColor::Color& factor) {
         if (const Source sampled = texture(use, "color"))
             connect(node, input, times(sampled, factor, false));
         else
@@ -181,7 +181,7 @@ private:
         const float alpha = fMaterial.baseColor[3];
         const Source opacity = times(texture(&Material::baseColorTexture, "alpha"), vertexColor("alpha"));
         if (opacity)
-            connect(node, "opacity", times(opacity, Color(alpha, alpha, alpha), true));
+            connect(node, "opacity", times(opacity, koColor::Color(alpha, alpha, alpha), true));
         else
             node.setValue("opacity", alpha);
         const bool isMask = fMaterial.alphaMode == AlphaMode::Mask;

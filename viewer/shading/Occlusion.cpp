@@ -14,7 +14,7 @@ namespace orloview {
 
 namespace {
 
-constexpr int kSide = 1024; ///< pixels each way; the shaders below know it too
+constexpr int kPixelsEachWay = 1024; ///< pixels each way; the shaders below know it too
 
 /// Eye space from the map of depths.
 constexpr const char* kPlaceSource = R"(
@@ -93,7 +93,7 @@ std::string source(const char* own) {
 GLTexture2D* copyOfFrame(RasterFormat format, IHWTexUsage::Filter filter) {
     auto* texture = new GLTexture2D(format, false);
     texture->ref();
-    texture->GLloadRenderedImage(0, 0, kSide, kSide);
+    texture->GLloadRenderedImage(0, 0, kPixelsEachWay, kPixelsEachWay);
     GLTexUsage::setWrapMode(GL_TEXTURE_2D, IHWTexUsage::kClampToEdge, IHWTexUsage::kClampToEdge);
     GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, filter, filter);
     texture->unbind();
@@ -103,7 +103,8 @@ GLTexture2D* copyOfFrame(RasterFormat format, IHWTexUsage::Filter filter) {
 } // namespace
 
 Occlusion::Parts::Parts()
-    : canvas(Canvas::Kind::Picture, kSide, kSide), find(source(kFindSource)), smooth(source(kSmoothSource)) {
+    : canvas(Canvas::Kind::Picture, kPixelsEachWay, kPixelsEachWay), find(source(kFindSource)),
+      smooth(source(kSmoothSource)) {
     if (!find.usable() || !smooth.usable())
         throw Failure(kExitNoGL, "--ao: this OpenGL has no shaders that could find it out; leave it out");
     canvas.target().makeCurrent();
@@ -127,7 +128,7 @@ void Occlusion::update(DrawableScene& drawable, const View& view) {
     fEyeToMap = view.projection.then(halved);
     fParts->canvas.makeCurrent();
     fParts->canvas.target().makeCurrent();
-    gl().glViewport(0, 0, kSide, kSide);
+    gl().glViewport(0, 0, kPixelsEachWay, kPixelsEachWay);
     gl().glActiveTexture(GL_TEXTURE0);
     drawDepth(drawable, view);
     gl().glDisable(GL_DEPTH_TEST);
@@ -150,7 +151,7 @@ void Occlusion::drawDepth(DrawableScene& drawable, const View& view) {
     camera.bind();
     for (const size_t index : drawable.opaqueInstances())
         drawPlaced(drawable, index, [&] { drawable.drawShape(index); });
-    fParts->depth->GLloadRenderedImage(0, 0, kSide, kSide);
+    fParts->depth->GLloadRenderedImage(0, 0, kPixelsEachWay, kPixelsEachWay);
 }
 
 /// Leaves the depth bound.
@@ -177,11 +178,11 @@ void Occlusion::smooth() {
     gl().glActiveTexture(GL_TEXTURE0 + 1);
     fParts->depth->bind();
     gl().glActiveTexture(GL_TEXTURE0);
-    fParts->map->GLloadRenderedImage(0, 0, kSide, kSide);
+    fParts->map->GLloadRenderedImage(0, 0, kPixelsEachWay, kPixelsEachWay);
     fParts->smooth.begin();
     gl().glUniform1iARB(fParts->smooth.place("depth"), 1);
     fParts->smooth.run();
-    fParts->map->GLloadRenderedImage(0, 0, kSide, kSide);
+    fParts->map->GLloadRenderedImage(0, 0, kPixelsEachWay, kPixelsEachWay);
     fParts->map->unbind();
     gl().glActiveTexture(GL_TEXTURE0 + 1);
     fParts->depth->unbind();
