@@ -4,6 +4,7 @@
 #include "texture/TextureStore.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <stdexcept>
 #include <tuple>
@@ -219,7 +220,8 @@ private:
             feed(node, "sheenColor", &Material::sheenTexture, fMaterial.sheen);
             feed(node, "sheenRoughness", &Material::sheenRoughnessTexture, "alpha", fMaterial.sheenRoughness);
         }
-        addAnisotropy(node);
+        if (fMaterial.anisotropy > 0.0F)
+            addAnisotropy(node);
         if (fMaterial.iridescence > 0.0F) {
             feed(node, "iridescence", &Material::iridescenceTexture, "red", fMaterial.iridescence);
             node.setValue("iridescenceIor", fMaterial.iridescenceIor);
@@ -229,21 +231,22 @@ private:
 
     /// Along the directions of a picture, of the file's tangents or of set 0; without any it has none.
     void addAnisotropy(ShadingNodeSpec& node) {
-        if (fMaterial.anisotropy == 0.0F)
-            return;
-        Source tangent = normalMap(&Material::anisotropyTexture);
-        if (!tangent && fTraits.hasTangents) {
-            tangent = {std::make_shared<ShadingNodeSpec>(kNormalMap), "normal"};
-            tangent.node->setSetting("tangentSet", DrawableScene::kTangentUnit);
-            tangent.node->setValue("color", koColor::Color(1.0F, 0.5F, 0.5F));
-        }
-        if (!tangent && (fTraits.uvSets & 1U) == 0)
+        const Source mapped = normalMap(&Material::anisotropyTexture);
+        if (!mapped && !fTraits.hasTangents && (fTraits.uvSets & 1U) == 0)
             return;
         feed(node, "anisotropy", &Material::anisotropyTexture, "blue", fMaterial.anisotropy);
-        if (fMaterial.anisotropyRotation != 0.0F)
-            node.setValue("anisotropyRotation", fMaterial.anisotropyRotation);
-        if (tangent)
-            connect(node, "anisotropyTangent", tangent);
+        const float rotation = fMaterial.anisotropyRotation;
+        if (!mapped && fTraits.hasTangents) { // a map of one direction: mirrored tangents turn the other way
+            const Node map = std::make_shared<ShadingNodeSpec>(kNormalMap);
+            map->setSetting("tangentSet", DrawableScene::kTangentUnit);
+            map->setValue("color", koColor::Color(0.5F + 0.5F * std::cos(rotation),
+                                                  0.5F + 0.5F * std::sin(rotation), 0.5F));
+            return connect(node, "anisotropyTangent", {map, "normal"});
+        }
+        if (rotation != 0.0F)
+            node.setValue("anisotropyRotation", rotation);
+        if (mapped)
+            connect(node, "anisotropyTangent", mapped);
     }
 
     void addFilm(ShadingNodeSpec& node) {
