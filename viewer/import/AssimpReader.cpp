@@ -5,6 +5,7 @@
 #include <cctype>
 #include <cerrno>
 #include <cmath>
+#include <exception>
 #include <map>
 #include <new>
 #include <string_view>
@@ -449,6 +450,17 @@ std::string reasonOf(const Assimp::Importer& importer) {
     return "the import library says '" + std::string(message.substr(0, 160)) + "'; export the model again";
 }
 
+/// The library catches what ends it. Its words are no help: they may be the file's.
+void throwIfOutOfMemory(const Assimp::Importer& importer) {
+    try {
+        if (importer.GetException())
+            std::rethrow_exception(importer.GetException());
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (...) { // told as a damaged file
+    }
+}
+
 /// The library draws the bones of a file without meshes. Where it took something else for a file of its
 /// kinds, these are a root and a name.
 bool isBareRoot(const aiScene& scene) {
@@ -463,8 +475,7 @@ Scene convert(const Assimp::Importer& importer, const aiScene* source, const Mod
               const std::string& format) {
     if (source != nullptr && source->mRootNode != nullptr)
         return isBareRoot(*source) ? Scene() : Converter(*source, folder).convert(format);
-    if (std::string_view(importer.GetErrorString()).find("bad_alloc") != std::string_view::npos)
-        throw std::bad_alloc(); // which it has caught
+    throwIfOutOfMemory(importer);
     throw ImportError(reasonOf(importer));
 }
 
