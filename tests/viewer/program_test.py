@@ -417,13 +417,13 @@ class Program(ViewerProgram):
 
     def test_closed_streams_get_no_picture(self):
         model = self.write("m.gltf", gltf())
-        os.mkfifo(self.path("pipe.png"))
+        os.mkfifo(self.path("pipe.ppm"))
         for closed, arguments, code in (
             ("0<&- 1>&- 2>&-", (model, "-o", self.path("out.png"), "--size", "9x9"), 0),
             ("1>&-", (model, "-o", "-", "--size", "9x9"), 5),
             ("1>&-", (model, "--compare", "fixed", "glsl", "--size", "9x9"), 5),
             ("| true", (model, "-o", "-", "--size", "999x999"), 5),
-            (f"& head -c1 {self.path('pipe.png')} >&2; wait $!", (model, "-o", self.path("pipe.png"), "--size", "999x999"), 5),
+            (f"& head -c1 {self.path('pipe.ppm')} >&2; wait $!", (model, "-o", self.path("pipe.ppm"), "--size", "999x999"), 5),
             ("2>&-", (model, self.path("gone.obj"), "-o", self.path("out.png"), "--size", "9x9"), 3),
         ):
             command = ["bash", "-c", f'set -o pipefail; "$@" {closed}', "sh", ORLOVIEW, *arguments]
