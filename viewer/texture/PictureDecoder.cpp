@@ -1,6 +1,7 @@
 #include "texture/PictureDecoder.h"
 
 #include <algorithm>
+#include <memory>
 #include <new>
 #include <string_view>
 
@@ -43,17 +44,26 @@ bool endsEarly(std::string_view file) {
     return false;
 }
 
-[[noreturn]] void fail(GError* error) {
+/// Whether there is no room for one more picture of that size.
+bool isMemoryShort(const PictureHeader& header) {
+    const std::unique_ptr<void, void (*)(void*)> room(g_try_malloc(static_cast<size_t>(header.pixels()) * 4),
+                                                      g_free); // new may be left out, as never used
+    return room == nullptr;
+}
+
+/// A loader says that memory is short of sizes that can't be, too.
+[[noreturn]] void fail(GError* error, const PictureHeader& header) {
     const bool isMemory = g_error_matches(error, GDK_PIXBUF_ERROR, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY) != 0;
     const std::string reason = error->message;
     g_error_free(error);
-    if (isMemory)
+    if (isMemory && isMemoryShort(header))
         throw std::bad_alloc();
     throw PictureError(reason);
 }
 
 /// Feeds the loader piece by piece, so that it can be stopped when the picture's size is known.
-void feed(GdkPixbufLoader* loader, std::span<const std::uint8_t> file, const Watch& watch) {
+void feed(GdkPixbufLoader* loader, std::span<const std::uint8_t> file, const PictureHeader& header,
+          const Watch& watch) {
     constexpr size_t kPiece = 65536;
     GError* error = nullptr;
     for (size_t at = 0; at < file.size() && !error && !watch.tooLarge; at += kPiece)
@@ -65,7 +75,7 @@ void feed(GdkPixbufLoader* loader, std::span<const std::uint8_t> file, const Wat
         throw PictureError("it has more than 16384 x 16384 pixels");
     }
     if (error)
-        fail(error);
+        fail(error, header);
 }
 
 std::shared_ptr<GdkPixbuf> decode(std::span<const std::uint8_t> file) {
@@ -76,11 +86,11 @@ std::shared_ptr<GdkPixbuf> decode(std::span<const std::uint8_t> file) {
     const std::unique_ptr<GdkPixbufLoader, void (*)(void*)> loader(
         gdk_pixbuf_loader_new_with_type(header.kind, &error), g_object_unref);
     if (error)
-        fail(error);
+        fail(error, header);
     Watch watch;
     g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(onSize), &watch);
     g_signal_connect(loader.get(), "area-updated", G_CALLBACK(onRows), &watch);
-    feed(loader.get(), file, watch);
+    feed(loader.get(), file, header, watch);
     GdkPixbuf* pixbuf = gdk_pixbuf_loader_get_pixbuf(loader.get());
     if (!pixbuf || watch.rows < gdk_pixbuf_get_height(pixbuf))
         throw PictureError("it is cut off");
