@@ -15,12 +15,13 @@ struct Word {
 };
 
 /// What is called something else in Cg. Whatever else parts and snippets say means the same in both.
-constexpr std::array<Word, 23> kWords = {{{"vec2", "float2"},
+constexpr std::array<Word, 24> kWords = {{{"vec2", "float2"},
                                           {"vec3", "float3"},
                                           {"vec4", "float4"},
                                           {"mat4", "float4x4"},
                                           {"mix", "lerp"},
                                           {"fract", "frac"},
+                                          {"atan", "atan2"},
                                           {"dFdx", "ddx"},
                                           {"dFdy", "ddy"},
                                           {"texture2D", "tex2D"},

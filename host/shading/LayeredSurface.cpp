@@ -110,7 +110,7 @@ void ShaderWriter::addLobe(Layers& layers) {
     const std::string strength = declare("float", fNow.name + "Anisotropy", in("anisotropy"));
     layers.lobe =
         filled("anisotropicLobe($, view, #, $, $, $)", layers.normal, along, layers.roughness, strength);
-    if (!hasLight(LightSpec::kSky))
+    if (!hasSky())
         return;
     use("bentNormal");
     layers.mirror =
@@ -155,7 +155,7 @@ void ShaderWriter::addBody(Layers& layers, const std::string& base, const std::s
 
 /// The share of light from all round that gets in.
 std::string ShaderWriter::entering(const Layers& layers) {
-    if (hasLight(LightSpec::kSky)) {
+    if (hasSky()) {
         use("enteringFromSky");
         return filled("enteringFromSky($, view, $, $, $)", layers.normal, layers.f0, layers.f90,
                       layers.roughness);
@@ -171,7 +171,7 @@ std::string ShaderWriter::layeredLight(const Layers& layers, std::string& occlus
         joined(overLights(filled("layeredLight($, view, #, $, $, $, $, $)", layers.normal, layers.diffuse,
                                  layers.through, layers.f0, layers.f90, layers.lobe))));
     std::vector<std::string> around;
-    if (hasLight(LightSpec::kSky)) {
+    if (hasSky()) {
         use("layeredSkyLight");
         around.push_back(filled("layeredSkyLight($, $, view, $, $, $, $, $, $)", layers.normal, layers.mirror,
                                 layers.diffuse, layers.through, layers.f0, layers.f90, layers.roughness,
@@ -225,7 +225,7 @@ std::string ShaderWriter::withSheen(const Layers& layers, const std::string& col
     const std::string response = declare("float", fNow.name + "SheenResponse",
                                          filled("sheenResponse($, view, $)", layers.normal, rough));
     std::vector<std::string> light = overLights(filled("sheenLight($, view, #, $)", layers.normal, rough));
-    if (hasLight(LightSpec::kSky)) {
+    if (hasSky()) {
         use("skyDiffuseLight");
         light.push_back(filled("$ * skyDiffuseLight($)$", response, layers.normal, occlusion));
     }

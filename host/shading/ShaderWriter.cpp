@@ -94,7 +94,7 @@ bool ShaderWriter::needsInput(const ShadingNodeSpec& node, std::string_view name
             return isFed(node, whats[0]) || (!whats[1].empty() && isFed(node, whats[1]));
     }
     if (name == "occlusion") // it keeps off what comes from all round
-        return hasLight(LightSpec::kSky) || hasLight(LightSpec::kAmbient);
+        return hasSky() || hasLight(LightSpec::kAmbient);
     if (node.kind() == kNormalMap && name == "uv")
         return node.settings()[0] < 0;
     if (node.kind() == kFileTexture)
@@ -187,6 +187,10 @@ int32_t ShaderWriter::setting(std::string_view name) const {
 // ---- What a shader is made of
 
 void ShaderWriter::use(std::string_view snippetName) {
+    if (hasLight(LightSpec::kSkyMap) && snippetName == "skyDiffuseLight")
+        snippetName = "skyMapDiffuseLight";
+    else if (hasLight(LightSpec::kSkyMap) && snippetName == "skyReflectedLight")
+        snippetName = "skyMapReflectedLight";
     auto& snippets = fParts.snippets;
     if (std::find(snippets.begin(), snippets.end(), snippetName) != snippets.end())
         return;
@@ -271,10 +275,14 @@ void ShaderWriter::useLights() {
 }
 
 void ShaderWriter::writeLight(const LightSpec& spec, const std::string& light, const std::string& gl) {
-    if (spec.fType == LightSpec::kSky) {
+    if (spec.fType == LightSpec::kSky || spec.fType == LightSpec::kSkyMap) {
         for (const char* table : {"skyDiffuse", "skyReflection", "skyResponse"})
             uniform("sampler2D", table);
         uniform("vec3", "skyUp");
+        if (spec.fType == LightSpec::kSkyMap) {
+            uniform("vec3", "skyRight");
+            uniform("vec3", "skyBack");
+        }
         return;
     }
     if (spec.fType == LightSpec::kAmbient) {
@@ -453,7 +461,7 @@ std::string ShaderWriter::lambert() {
     const std::string n = inNormal("normal");
     std::vector<std::string> light = overLights(filled("max(dot($, #), 0.0)", n));
     addAmbientLights(light, "");
-    if (hasLight(LightSpec::kSky)) {
+    if (hasSky()) {
         use("skyDiffuseLight");
         light.push_back(filled("skyDiffuseLight($)", n));
     }
@@ -467,7 +475,7 @@ std::string ShaderWriter::blinnPhong() {
     const std::string diffuse = lambert();
     const std::string shininess = declare("float", fNow.name + "Shininess", in("shininess"));
     std::vector<std::string> gloss = overLights(filled("blinnPhongLobe($, $, #, $)", n, view(), shininess));
-    if (hasLight(LightSpec::kSky)) {
+    if (hasSky()) {
         use("skyReflectedLight");
         gloss.push_back(filled("skyReflectedLight($, view, pow(2.0 / ($ + 2.0), 0.25))", n, shininess));
     }
@@ -505,7 +513,7 @@ std::string ShaderWriter::microfacets(const std::string& diffuse, const std::str
         joined(overLights(filled("microfacetLight($, $, #, $, $, $)", n, view(), diffuse, f0, rough))));
 
     std::vector<std::string> around;
-    if (hasLight(LightSpec::kSky)) {
+    if (hasSky()) {
         use("skyLight");
         around.push_back(filled("skyLight($, view, $, $, $)", n, diffuse, f0, rough));
     }
@@ -555,7 +563,7 @@ std::string ShaderWriter::withCoat(const std::string& color, const std::string& 
     const std::string n = inNormal("clearcoatNormal");
     const std::string rough = declare("float", fNow.name + "CoatRoughness", in("clearcoatRoughness"));
     std::vector<std::string> light = overLights(filled("coatLight($, view, #, $)", n, rough));
-    if (hasLight(LightSpec::kSky)) {
+    if (hasSky()) {
         use("coatSkyLight");
         light.push_back(filled("coatSkyLight($, view, $)$", n, rough, occlusion));
     }

@@ -63,6 +63,7 @@ private:
     std::vector<std::string> overLights(std::string_view lobe) const;
     void addAmbientLights(std::vector<std::string>& terms, std::string_view response) const;
     bool hasLight(LightSpec::Type type) const;
+    bool hasSky() const { return hasLight(LightSpec::kSky) || hasLight(LightSpec::kSkyMap); }
 
     // Nodes: what they come to, as an expression.
     std::string writeNode();

@@ -172,6 +172,44 @@ vec3 skyReflectedLight(vec3 normal, vec3 view, float roughness) {
     return texture2D(skyReflection, vec2(0.5 * dot(mirrored, skyUp) + 0.5, roughness)).rgb;
 }
 )"},
+    {"skyPlace", "",
+     R"(// Where a direction lies in a picture of a whole sky: from left to right all round, and down.
+vec2 skyPlace(vec3 direction) {
+    vec3 d = vec3(dot(direction, skyRight), dot(direction, skyUp), dot(direction, skyBack));
+    float ahead = abs(d.z) < 1e-6 ? 1e-6 : -d.z; // straight up there is no way round
+    return vec2(0.5 + 0.15915494 * atan(d.x, ahead), 0.31830989 * atan(length(d.xz), d.y));
+}
+
+// A level of such a picture; its texture has a texel more on all sides.
+vec2 skyLevelPlace(vec2 place, vec2 corner, vec2 size, vec2 all) {
+    return (corner + 1.0 + place * (size - 2.0)) / all;
+}
+)"},
+    {"skyMapDiffuseLight", "skyPlace",
+     R"(// What a white surface sends out under the sky.
+vec3 skyDiffuseLight(vec3 normal) {
+    vec2 size = vec2(64.0, 32.0);
+    return texture2D(skyDiffuse, skyLevelPlace(skyPlace(normal), vec2(0.0), size, size)).rgb;
+}
+)"},
+    {"skyMapReflectedLight", "skyPlace",
+     R"(// Each level is half as large as the one before and lies above it; from the fourth on all are as large.
+vec3 skyReflectedLevel(vec2 place, float level) {
+    float scale = exp2(-min(level, 4.0));
+    vec2 corner = vec2(0.0, 1024.0 * (1.0 - scale) + 32.0 * max(level - 4.0, 0.0));
+    vec2 size = scale * vec2(1024.0, 512.0);
+    return texture2D(skyReflection, skyLevelPlace(place, corner, size, vec2(1024.0, 1088.0))).rgb;
+}
+
+// The mean of the sky that a rough mirror shows.
+vec3 skyReflectedLight(vec3 normal, vec3 view, float roughness) {
+    vec2 place = skyPlace(reflect(-view, normal));
+    float level = clamp(7.0 + 2.0 * log2(max(roughness, 1e-3)), 0.0, 7.0);
+    float finer = floor(level);
+    return mix(skyReflectedLevel(place, finer), skyReflectedLevel(place, min(finer + 1.0, 7.0)),
+               level - finer);
+}
+)"},
     {"skyResponseTo", "",
      R"(// How much of a uniform sky a rough mirror sends to the eye: its f0 times x, and y.
 vec2 skyResponseTo(vec3 normal, vec3 view, float roughness) {

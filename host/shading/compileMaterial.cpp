@@ -15,7 +15,7 @@ std::string faultOf(const Network& network, const std::vector<LightSpec>& lights
         return "the network has " + std::to_string(network.members().size()) + " nodes, more than " +
                std::to_string(kMostNodes);
     for (size_t i = kMostLights; i < lights.size(); ++i) {
-        if (lights[i].fType != LightSpec::kSky)
+        if (lights[i].fType < LightSpec::kSky)
             return "light " + std::to_string(i) + " has no GL light: there are " +
                    std::to_string(kMostLights);
     }

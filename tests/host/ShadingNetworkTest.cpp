@@ -95,7 +95,7 @@ TEST(ShadingNetwork, equalKeysMeanEqualSources) {
     expectNew(lambert, one);
     for (const LightSpec& light :
          {LightSpec{LightSpec::kSpot}, LightSpec{LightSpec::kDirectional}, LightSpec{LightSpec::kAmbient},
-          LightSpec{LightSpec::kSky}, LightSpec{LightSpec::kPoint, true},
+          LightSpec{LightSpec::kSky}, LightSpec{LightSpec::kSkyMap}, LightSpec{LightSpec::kPoint, true},
           LightSpec{LightSpec::kSpot, false, true}, LightSpec{LightSpec::kPoint, false, false, true}})
         expectNew(lambert, {light});
     lambert.setSetting("alphaMode", kBlend);

@@ -31,12 +31,13 @@ public:
 };
 
 /// What a shader has to know of a light in advance; colours and places come from GL's light state. The i-th
-/// of a list stands for GL light i. A sky takes no GL light: put it behind the others.
+/// of a list stands for GL light i. A sky takes no GL light: put it behind the others, and not more than one.
+/// kSky has a color for each height, kSkyMap one for each direction.
 ///
 /// A GL light's diffuse colour is what a white surface sends out that faces it, an ambient light's ambient
 /// colour what it sends out from anywhere.
 struct LightSpec {
-    enum Type : uint32_t { kPoint = 0, kSpot = 1, kDirectional = 2, kAmbient = 3, kSky = 4 };
+    enum Type : uint32_t { kPoint = 0, kSpot = 1, kDirectional = 2, kAmbient = 3, kSky = 4, kSkyMap = 5 };
 
     Type fType = kPoint;
 
