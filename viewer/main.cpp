@@ -13,6 +13,7 @@
 #include "output/OutputFile.h"
 #include "session/GLSession.h"
 #include "texture/PictureSource.h"
+#include "texture/SkyPicture.h"
 #include "window/ViewerWindow.h"
 
 #include <algorithm>
@@ -22,6 +23,7 @@
 #include <exception>
 #include <fcntl.h>
 #include <filesystem>
+#include <memory>
 
 #include <orlohost/HWEnvironment.h>
 
@@ -98,6 +100,24 @@ Loaded loadModels(const Options& options, Progress& progress) {
     return loaded;
 }
 
+void loadSky(Options& options) {
+    if (options.skyFile.empty())
+        return;
+    const auto picture = std::make_shared<SkyPicture>(readSkyPicture(options.skyFile, options.limits));
+    options.skyPicture = picture;
+    if (!picture->isWhole() && !options.quiet)
+        say("--sky " + options.skyFile + ": warning: it is " + std::to_string(picture->fileWidth) + " x " +
+            std::to_string(picture->fileHeight) + " pixels, not twice as wide as high; it is stretched");
+}
+
+/// What materials send out of themselves; the lights and the sky are exposed where they are made.
+void expose(Scene& scene, float factor) {
+    for (Material& material : scene.materials) {
+        for (int channel = 0; channel < 3; ++channel)
+            material.emissive[channel] *= factor;
+    }
+}
+
 void showVariant(const std::string& name, Scene& scene) {
     if (scene.show(name))
         return;
@@ -115,6 +135,7 @@ void spareInputs(const Options& options, const Scene& scene) {
         std::for_each(files.begin(), files.end(), OutputFile::spare);
     for (const Image& image : scene.images)
         OutputFile::spare(image.path);
+    OutputFile::spare(options.skyFile);
     for (const char* suffix : {".vert", ".frag"})
         OutputFile::spare(options.shader + suffix);
 }
@@ -126,17 +147,19 @@ int showGLInfo(const Options& options) {
 }
 
 int run(int argc, const char* const* argv) {
-    const CommandLine line = parseCommandLine(argc, argv);
+    CommandLine line = parseCommandLine(argc, argv);
     if (!line.printAndStop.empty()) {
         print(line.printAndStop);
         return kExitDone;
     }
-    const Options& options = line.options;
+    Options& options = line.options;
     setPlace();
     if (options.glInfo)
         return showGLInfo(options);
-    if (!options.info)
+    if (!options.info) {
         PictureSource::startDecoders(options.limits);
+        loadSky(options);
+    }
     Progress progress(options.progress, stderr);
     Loaded loaded = options.demo ? Loaded{Fountain().scene()} : loadModels(options, progress);
     if (options.variant)
@@ -148,6 +171,7 @@ int run(int argc, const char* const* argv) {
     }
     if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
         throw Failure(kExitNoInput, options.subject() + ": nothing in it can be drawn");
+    expose(loaded.scene, options.exposure);
     spareInputs(options, loaded.scene);
     if (options.compare)
         print(compareShadings(options, loaded.scene, progress));

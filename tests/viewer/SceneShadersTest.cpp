@@ -57,9 +57,8 @@ Scene twentyOneMaterials() {
 TEST_F(SceneShadersTest, compilesOneShaderForMaterialsOfOneStructure) {
     const Scene scene = twentyOneMaterials();
     const SceneLights lights(scene);
-    const std::optional<Sky> sky = Sky::named("clear");
-    SceneShaders shaders(scene, lights, &*sky, {0.0, 1.0, 0.0}, nullptr, nullptr,
-                         std::make_unique<GlslLanguage>());
+    const SkyLight sky{Sky::named("clear"), nullptr};
+    SceneShaders shaders(scene, lights, &sky, nullptr, nullptr, std::make_unique<GlslLanguage>());
     shaders.upload([] {});
     EXPECT_EQ(count("glCompileShaderARB"), 4U) << "with and without texture, two stages each";
     EXPECT_EQ(count("glLinkProgramARB"), 2U);
@@ -86,8 +85,7 @@ TEST_F(SceneShadersTest, tellsOfWhatDoesNotLinkAndLeavesItToGL) {
     Scene scene = twentyOneMaterials();
     scene.instances.resize(1);
     const SceneLights lights(scene);
-    SceneShaders shaders(scene, lights, nullptr, {0.0, 1.0, 0.0}, nullptr, nullptr,
-                         std::make_unique<GlslLanguage>());
+    SceneShaders shaders(scene, lights, nullptr, nullptr, nullptr, std::make_unique<GlslLanguage>());
     testing::internal::CaptureStdout();
     shaders.upload([] {});
     testing::internal::GetCapturedStdout();
@@ -103,9 +101,8 @@ TEST_F(SceneShadersTest, leavesNoNameBehind) {
     const Scene scene = twentyOneMaterials();
     {
         const SceneLights lights(scene);
-        const std::optional<Sky> sky = Sky::named("studio");
-        SceneShaders shaders(scene, lights, &*sky, {0.0, 1.0, 0.0}, nullptr, nullptr,
-                             std::make_unique<GlslLanguage>());
+        const SkyLight sky{Sky::named("studio"), nullptr};
+        SceneShaders shaders(scene, lights, &sky, nullptr, nullptr, std::make_unique<GlslLanguage>());
         shaders.upload([] {});
     }
     EXPECT_TRUE(ledger(NameKind::ShaderObject).live.empty());

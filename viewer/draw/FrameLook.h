@@ -24,6 +24,8 @@ struct FrameLook {
     bool axes = false;
     bool ground = false;
     bool ambientOcclusion = false;
+    bool sky = false;       ///< shown behind everything
+    float exposure = 1.0F;  ///< multiplies light that is neither a light's, the sky's nor a material's
     float pointSize = 3.0F; ///< pixels
     float lineWidth = 1.0F;
 };

@@ -65,9 +65,9 @@ float exponentOf(const Light& light) {
 
 } // namespace
 
-SceneLights::SceneLights(const Scene& scene) {
+SceneLights::SceneLights(const Scene& scene, bool besideEye, float factor) : fFactor(factor) {
     addFileLights(scene);
-    if (scene.lights.empty())
+    if (besideEye && scene.lights.empty())
         addStudio();
 }
 
@@ -83,8 +83,10 @@ GLLight& SceneLights::add(const LightSpec& spec, IHWLight::LightType type, const
 void SceneLights::addStudio() {
     LightSpec spec;
     spec.fType = LightSpec::kDirectional;
-    for (const Setting& setting : kStudio)
-        add(spec, IHWLight::kLightDirectional, {setting.intensity, setting.intensity, setting.intensity});
+    for (const Setting& setting : kStudio) {
+        const float intensity = setting.intensity * fFactor;
+        add(spec, IHWLight::kLightDirectional, {intensity, intensity, intensity});
+    }
 }
 
 void SceneLights::addFileLights(const Scene& scene) {
@@ -109,7 +111,7 @@ void SceneLights::addFileLights(const Scene& scene) {
     for (const Light* light : lights)
         sum += strength(light);
     for (const Light* light : lights) {
-        const auto scale = static_cast<float>(light->intensity * kStudioSum / sum);
+        const auto scale = static_cast<float>(light->intensity * kStudioSum / sum) * fFactor;
         const koColor::Color color(light->color[0] * scale, light->color[1] * scale, light->color[2] * scale);
         GLLight& made = add(specOf(*light), kTypes[static_cast<size_t>(light->kind)], color);
         made.fLightTransform = light->toWorld;

@@ -23,7 +23,8 @@ namespace orloview {
 /// Needs a current context to be made.
 class SceneLights {
 public:
-    explicit SceneLights(const Scene& scene);
+    /// `besideEye`: whether there are the three where the file has none. `factor` multiplies all.
+    explicit SceneLights(const Scene& scene, bool besideEye = true, float factor = 1.0F);
 
     /// From here on those beside the eye keep their place beside this one, wherever the frame's own is.
     void keepTo(const koLinear::AffineMatrix& worldToEye) { fKeptTo = worldToEye; }
@@ -52,6 +53,7 @@ private:
     void addFileLights(const Scene& scene);
     GLLight& add(const LightSpec& spec, IHWLight::LightType type, const koColor::Color& color);
 
+    float fFactor;
     GLLighting fLighting;
     std::vector<std::unique_ptr<GLLight>> fLights;
     std::vector<LightSpec> fSpecs;

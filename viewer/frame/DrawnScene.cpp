@@ -38,9 +38,15 @@ Shading DrawnScene::chooseShading(const Options& options) {
     return fCg.fault.empty() ? Shading::Cg : usual;
 }
 
+/// A picture of a sky has its own sun. What isn't drawn by compiled materials doesn't see it.
+bool DrawnScene::isLitBySkyAlone(const Options& options) const {
+    return options.skyPicture && fShading != Shading::Fixed && !options.lit;
+}
+
 DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& options,
                        const ProgressReport& report)
-    : fShading(chooseShading(options)), fLights(scene),
+    : fShading(chooseShading(options)), fSky(skyOf(options)),
+      fLights(scene, !isLitBySkyAlone(options), options.exposure),
       fDrawable(scene, fShading, report, hasUserShader(options)), fGround(guides.ground), fGrid(guides.grid),
       fAxes(guides.axes) {
     if (options.cull)
@@ -53,14 +59,20 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
         fUserShader = std::make_unique<CgUserShader>(*options.cg, fLights);
     else if (!options.shader.empty())
         fUserShader = std::make_unique<GlslUserShader>(options.shader, fLights);
+    if (fSky)
+        fBackdrop.emplace(*fSky);
+    if (options.showSky && !GLFunctionTable::fpGlobalFunctionTable->usable(kCapShaderObjects))
+        fNotes.emplace_back("this OpenGL has no shaders (GL_ARB_shader_objects): --show-sky shows nothing");
     if (fShading == Shading::Fixed)
         return;
     if (options.shadows && fLights.hasMainLight())
         fShadows.emplace(scene, fLights);
+    else if (options.shadows && isLitBySkyAlone(options))
+        fNotes.emplace_back("--shadows: the picture of the sky is the only light, and casts none");
     if (fDrawable.hasClear())
         fBehind.emplace();
-    fShaders.emplace(scene, fLights, options.sky ? &*options.sky : nullptr, upOf(options),
-                     fShadows ? &*fShadows : nullptr, fBehind ? &*fBehind : nullptr,
+    fShaders.emplace(scene, fLights, fSky ? &*fSky : nullptr, fShadows ? &*fShadows : nullptr,
+                     fBehind ? &*fBehind : nullptr,
                      fShading == Shading::Cg ? std::unique_ptr<MaterialLanguage>(new CgLanguage(fCg))
                                              : std::make_unique<GlslLanguage>());
     fOcclusion.emplace(radiusOf(scene.bounds()));
@@ -89,7 +101,7 @@ std::vector<std::string> DrawnScene::warnings() const {
 }
 
 std::vector<std::string> DrawnScene::notes() const {
-    std::vector<std::string> notes;
+    std::vector<std::string> notes = fNotes;
     if (!fCg.fault.empty())
         notes.push_back("--shading cg: " + fCg.fault + "; drawn by " +
                         (fShading == Shading::Glsl ? "GLSL shaders" : "OpenGL's own functions"));

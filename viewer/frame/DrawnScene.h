@@ -51,18 +51,22 @@ public:
                 fUserShader.get(),
                 fGround,
                 fCulling ? &*fCulling : nullptr,
+                fBackdrop ? &*fBackdrop : nullptr,
                 fParticles ? &*fParticles : nullptr};
     }
 
 private:
     Shading chooseShading(const Options& options);
+    bool isLitBySkyAlone(const Options& options) const;
 
     CgSupport fCg; ///< where Cg is asked for
     Shading fShading;
+    std::optional<SkyLight> fSky;
     SceneLights fLights;
     std::optional<ShadowMap> fShadows;
     std::optional<Behind> fBehind;
     std::optional<Occlusion> fOcclusion;
+    std::optional<Backdrop> fBackdrop;
     std::optional<SceneShaders> fShaders;
     std::unique_ptr<UserShader> fUserShader;
     DrawableScene fDrawable;
@@ -72,6 +76,7 @@ private:
     std::optional<Fountain> fFountain;
     DrawableScene fGrid;
     DrawableScene fAxes;
+    std::vector<std::string> fNotes;
 };
 
 /// Tells on standard error what can't be done here and what was left out.

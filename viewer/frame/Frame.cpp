@@ -41,7 +41,7 @@ void setFrameState(const FrameLook& look) {
     gl->glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, GL_TRUE);
     if (gl->usable(kCapSeparateSpecularColor)) // highlights lie over the textures
         gl->glLightModeli(GL_LIGHT_MODEL_COLOR_CONTROL, GL_SEPARATE_SPECULAR_COLOR);
-    const koColor::Color ambient(0.09F, 0.09F, 0.1F);
+    const koColor::Color ambient(0.09F * look.exposure, 0.09F * look.exposure, 0.1F * look.exposure);
     gl->glLightModelfv(GL_LIGHT_MODEL_AMBIENT, ambient.data());
     gl->glColorMaterial(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE);
     gl->glEnable(GL_COLOR_MATERIAL);
@@ -275,6 +275,8 @@ void draw(GLFrameBuffer& target, const View& view, const FrameContent& content, 
     target.makeCurrent();
     clear(look);
     cull(content, view, look);
+    if (look.sky && content.backdrop)
+        content.backdrop->draw(view);
     setFrameState(look);
 
     GLCamera camera;

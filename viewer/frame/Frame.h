@@ -7,6 +7,7 @@
 #include "draw/SceneLights.h"
 #include "draw/SceneParticles.h"
 #include "scene/View.h"
+#include "shading/Backdrop.h"
 #include "shading/SceneShaders.h"
 #include "shading/UserShader.h"
 
@@ -35,6 +36,7 @@ struct FrameContent {
     UserShader* userShader;    ///< in the place of all materials; null: none
     Ground& ground;            ///< of `drawable`
     Culling* culling;          ///< of `drawable`; null: everything is drawn
+    Backdrop* backdrop;        ///< the sky, where it is shown; null: there is none
     SceneParticles* particles; ///< draws the points of `drawable`'s scene; null: they are points
     Answers answers = Answers::Awaited;
 };

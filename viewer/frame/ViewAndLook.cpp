@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <numbers>
 
 namespace orloview {
 
@@ -53,6 +54,19 @@ koLinear::Vector upOf(const Options& options) {
     return options.up.value_or(koLinear::Vector(0.0, 1.0, 0.0));
 }
 
+std::optional<SkyLight> skyOf(const Options& options) {
+    if (!options.hasSky())
+        return std::nullopt;
+    SkyLight sky;
+    sky.heights = options.sky;
+    sky.picture = options.skyPicture;
+    sky.factor = options.exposure;
+    sky.up = scaled(upOf(options), 1.0 / length(upOf(options)));
+    sky.back = turned(levelFrontOf(sky.up), sky.up, -options.skyRotation * std::numbers::pi / 180.0);
+    sky.right = cross(sky.up, sky.back);
+    return sky;
+}
+
 Bounds drawnBounds(const Options& options, const Scene& scene) {
     Bounds bounds = scene.bounds();
     if (options.particles)
@@ -73,6 +87,8 @@ FrameLook lookOf(const Options& options, const Scene& scene) {
     look.axes = options.axes;
     look.ground = options.ground;
     look.ambientOcclusion = options.ambientOcclusion;
+    look.sky = options.showSky;
+    look.exposure = options.exposure;
     look.pointSize = options.pointSize;
     return look;
 }

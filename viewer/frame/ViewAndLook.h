@@ -4,11 +4,17 @@
 #include "options/Options.h"
 #include "scene/Scene.h"
 #include "scene/View.h"
+#include "shading/SkyLight.h"
+
+#include <optional>
 
 namespace orloview {
 
 /// Which way is up.
 koLinear::Vector upOf(const Options& options);
+
+/// What shines from all round; none where the options ask for none.
+std::optional<SkyLight> skyOf(const Options& options);
 
 /// The eye that the options ask for. This and chooseView throw Failure (kExitUsage) for a camera that the
 /// scene doesn't have, and for an eye that looks nowhere.

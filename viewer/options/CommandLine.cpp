@@ -135,9 +135,9 @@ public:
         const std::vector<std::string> extras = fApp.remaining();
         if (!extras.empty())
             unknownSwitch(fApp, extras.front());
-        for (const char* name :
-             {"--variant", "--shading", "--sky", "--tone-map", "--shader", "--cg", "--cg-option", "--cg-set",
-              "--shadows", "--ao", "--cull", "--particles", "--sprite-images", "--point-size", "--lit"})
+        for (const char* name : {"--variant", "--shading", "--sky", "--sky-rotation", "--exposure",
+                                 "--tone-map", "--shader", "--cg", "--cg-option", "--cg-set", "--shadows",
+                                 "--cull", "--particles", "--sprite-images", "--point-size", "--lit"})
             fOptions.shadingSwitches += asGiven(name, *fApp.get_option(name));
         return {};
     }
@@ -289,8 +289,20 @@ void Switches::addView() {
 void Switches::addShading() {
     choice("--shading", kShadings,
            "Draw materials by OpenGL's own functions or by shaders; shaders unless given", fOptions.shading);
-    word("--sky", "none|" + Sky::names("|"), "What shines from all round, with shaders: studio unless given",
-         [this](const std::string& text) { fOptions.sky = parseSky(text); });
+    word("--sky", "none|" + Sky::names("|") + "|FILE",
+         "What shines from all round, with shaders: studio unless given, or a picture of all that is seen "
+         "from a place, twice as wide as high, .hdr or .exr",
+         [this](const std::string& text) {
+             fOptions.skyFile = isSkyFile(text) ? text : "";
+             fOptions.sky = isSkyFile(text) ? std::nullopt : parseSky(text);
+         });
+    word("--sky-rotation", "DEGREES", "Turn the picture of the sky to the right",
+         [this](const std::string& text) {
+             fOptions.skyRotation = parseAngle("--sky-rotation", text, 360.0);
+         });
+    fApp.add_flag("--show-sky", fOptions.showSky, "Show the sky behind the model, with shaders");
+    word("--exposure", "EV", "Double all light that many times; halve it where below 0",
+         [this](const std::string& text) { fOptions.exposure = parseExposure(text); });
     choice("--tone-map", kToneMaps,
            "Cut off what is too bright, or draw the bright end together; soft for what shaders light, unless "
            "given",

@@ -9,8 +9,10 @@
 #include "scene/View.h"
 #include "session/GLRoad.h"
 #include "shading/Sky.h"
+#include "texture/SkyPicture.h"
 
 #include <array>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -87,8 +89,17 @@ struct Options {
     /// What becomes of what is too bright; none: as the shading asks for.
     std::optional<ToneMap> toneMap;
 
-    /// What shines from all round; none without shaders.
+    /// What shines from all round, in the place of which a picture may be; none without shaders.
     std::optional<Sky> sky;
+    std::string skyFile;
+    std::shared_ptr<const SkyPicture> skyPicture; ///< what is in it, once it is read
+    double skyRotation = 0.0;                     ///< degrees, to the right
+    bool showSky = false;
+
+    bool hasSky() const { return sky || !skyFile.empty(); }
+
+    /// Multiplies all light.
+    float exposure = 1.0F;
 
     /// Two shadings whose pictures are compared.
     std::optional<std::array<Shading, 2>> compare;

@@ -70,6 +70,11 @@ void checkTogether(const Options& options) {
         throw Failure(kExitUsage, std::string(options.eye ? "--eye" : "--camera") +
                                       " says where the eye is; leave --view, --azimuth and --elevation out");
     checkOwnShader(options);
+    if (options.showSky && !options.hasSky())
+        throw Failure(kExitUsage, "--show-sky: there is none; leave --sky none or it out");
+    if (options.skyRotation != 0.0 && options.skyFile.empty())
+        throw Failure(kExitUsage,
+                      "--sky-rotation: only a picture differs by where one looks; give --sky FILE");
     if (options.shadows && options.shading == Shading::Fixed)
         throw Failure(kExitUsage, "--shadows: the materials' shaders draw them; leave --shading fixed out");
     if (options.ambientOcclusion && (options.ownShaderSwitch() || options.shading == Shading::Fixed))

@@ -1,6 +1,9 @@
 #include "options/Values.h"
 
+#include "base/Text.h"
+
 #include <algorithm>
+#include <cmath>
 
 namespace orloview {
 
@@ -80,12 +83,25 @@ double parseFieldOfView(const std::string& text) {
     return *degrees;
 }
 
+bool isSkyFile(const std::string& text) {
+    const std::string name = lowered(text);
+    return name.ends_with(".hdr") || name.ends_with(".pic") || name.ends_with(".exr");
+}
+
+float parseExposure(const std::string& text) {
+    const std::optional<double> doublings = parseNumber<double>(text);
+    if (!doublings || !(std::abs(*doublings) <= 20.0))
+        wrong("--exposure", text, "give how many times light is doubled, -20 to 20, such as 1.5");
+    return static_cast<float>(std::exp2(*doublings));
+}
+
 std::optional<Sky> parseSky(const std::string& text) {
     if (text == "none")
         return std::nullopt;
     std::optional<Sky> sky = Sky::named(text);
     if (!sky)
-        wrong("--sky", text, "give one of none, " + Sky::names(", "));
+        wrong("--sky", text,
+              "give one of none, " + Sky::names(", ") + ", or a picture of a sky, .hdr or .exr");
     return sky;
 }
 

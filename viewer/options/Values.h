@@ -87,7 +87,16 @@ double parseAngle(const std::string& name, const std::string& text, double most)
 
 float parsePointSize(const std::string& text);
 double parseFieldOfView(const std::string& text);
+
+/// Whether --sky names a picture, by its suffix.
+bool isSkyFile(const std::string& text);
+
+/// A built-in sky, or none.
 std::optional<Sky> parseSky(const std::string& text);
+
+/// "1.5": how many times light is doubled, as its factor.
+float parseExposure(const std::string& text);
+
 CgRequest::Value parseCgValue(const std::string& text);
 
 /// A colour of --background: a name, #RGB, #RRGGBB, #RRGGBBAA, or "transparent". Null when it is none.

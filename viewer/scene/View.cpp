@@ -293,6 +293,7 @@ View viewFrom(const Viewpoint& viewpoint, const Bounds& bounds, double aspect) {
         const double room = radiusOf(bounds) * 0.01;
         const double halfHeight = viewpoint.halfHeight();
         view.projection = orthographic(halfHeight * aspect, halfHeight, range.near - room, range.far + room);
+        view.skyDistance = viewpoint.distance;
     } else {
         const DepthRange depth = inFront(range, bounds);
         view.projection = perspective(viewpoint.fieldOfView, aspect, depth.near, depth.far);
@@ -312,6 +313,7 @@ View viewThrough(const Camera& camera, const Bounds& bounds, double aspect) {
         const double halfWidth = camera.ymag * aspect;
         view.projection = orthographic(halfWidth, camera.ymag, camera.zNear,
                                        std::isinf(camera.zFar) ? fitted.far : camera.zFar);
+        view.skyDistance = camera.ymag / std::tan(radians(kDefaultFieldOfView) / 2.0);
     } else {
         view.projection = perspective(camera.yfov, aspect, near, camera.zFar);
     }

@@ -11,6 +11,10 @@ namespace orloview {
 struct View {
     koLinear::AffineMatrix worldToEye;
     koLinear::ProjMatrix projection;
+
+    /// Without perspective, all directions are one; the sky is shown as from so far in front of the eye's
+    /// plane.
+    double skyDistance = 1.0;
 };
 
 /// What an angle of view (the whole vertical one, radians) shows; `far` may be infinite.

@@ -7,6 +7,7 @@
 #include "scene/Vectors.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cmath>
 #include <filesystem>
@@ -46,12 +47,11 @@ bool readsAlpha(const Material& material, TextureUse Material::*use) {
 
 } // namespace
 
-SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky,
-                           const koLinear::Vector& up, const ShadowMap* shadows, const Behind* behind,
+SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const SkyLight* sky,
+                           const ShadowMap* shadows, const Behind* behind,
                            std::unique_ptr<MaterialLanguage> language)
     : fLanguage(std::move(language)), fScene(scene), fLights(lights), fSpecs{lights.specs(), {}},
-      fStore(scene), fTextures(scene.materials.size()), fUp(scaled(up, 1.0 / length(up))), fShadows(shadows),
-      fBehind(behind), fHasSky(sky != nullptr) {
+      fStore(scene), fTextures(scene.materials.size()), fShadows(shadows), fBehind(behind) {
     for (size_t i = 0; i < scene.materials.size(); ++i)
         askTextures(i);
     fStore.begin();
@@ -59,8 +59,12 @@ SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const 
         looks.resize(scene.instances.size());
     if (shadows)
         fSpecs[0][0].fCastsShadow = true;
-    if (sky)
-        fSpecs[0].emplace_back().fType = LightSpec::kSky;
+    if (sky) {
+        fSpecs[0].emplace_back().fType = sky->picture ? LightSpec::kSkyMap : LightSpec::kSky;
+        fSkyAxes = {sky->up};
+        if (sky->picture)
+            fSkyAxes.insert(fSkyAxes.end(), {sky->right, sky->back});
+    }
     fSpecs[1] = fSpecs[0];
     for (LightSpec& spec : fSpecs[1])
         spec.fIsOccluded = spec.fType >= LightSpec::kAmbient;
@@ -71,8 +75,9 @@ SceneShaders::SceneShaders(const Scene& scene, const SceneLights& lights, const 
 }
 
 void SceneShaders::addFrameValues() {
-    if (fHasSky)
-        fFrameValues.push_back({"skyUp", std::vector<float>(3)});
+    constexpr std::array kSkyAxes = {"skyUp", "skyRight", "skyBack"};
+    for (size_t i = 0; i < fSkyAxes.size(); ++i)
+        fFrameValues.push_back({kSkyAxes[i], std::vector<float>(3)});
     if (fShadows)
         fFrameValues.push_back({"light0ShadowMatrix", std::vector<float>(16)});
     if (fBehind)
@@ -225,9 +230,9 @@ void SceneShaders::beginFrame(const koLinear::AffineMatrix& worldToEye, bool occ
 void SceneShaders::updateFrameValues(const koLinear::AffineMatrix& worldToEye) {
     auto value = fFrameValues.begin();
     const auto toFloat = [](double number) { return static_cast<float>(number); };
-    if (fHasSky) {
-        const koLinear::Vector up = worldToEye.transform(fUp);
-        std::transform(up.data(), up.data() + 3, (value++)->floats.begin(), toFloat);
+    for (const koLinear::Vector& axis : fSkyAxes) {
+        const koLinear::Vector seen = worldToEye.transform(axis);
+        std::transform(seen.data(), seen.data() + 3, (value++)->floats.begin(), toFloat);
     }
     if (fShadows) {
         const auto eyeToMap = koLinear::ProjMatrix(worldToEye.inverse()).then(fShadows->worldToMap());

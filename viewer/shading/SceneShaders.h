@@ -25,11 +25,10 @@ namespace orloview {
 /// Needs a current context for everything, and the scene and the lights to stay.
 class SceneShaders {
 public:
-    /// `sky`: what shines from all round; null for none. `up`: which way is up, in the world. `shadows`: of
-    /// the first light; null for none. `behind`: of clear materials; null where there are none. Both are
-    /// updated before a frame begins.
-    SceneShaders(const Scene& scene, const SceneLights& lights, const Sky* sky, const koLinear::Vector& up,
-                 const ShadowMap* shadows, const Behind* behind, std::unique_ptr<MaterialLanguage> language);
+    /// `sky`: what shines from all round; null for none. `shadows`: of the first light; null for none.
+    /// `behind`: of clear materials; null where there are none. Both are updated before a frame begins.
+    SceneShaders(const Scene& scene, const SceneLights& lights, const SkyLight* sky, const ShadowMap* shadows,
+                 const Behind* behind, std::unique_ptr<MaterialLanguage> language);
 
     SceneShaders(const SceneShaders&) = delete;
     SceneShaders& operator=(const SceneShaders&) = delete;
@@ -127,12 +126,11 @@ private:
     std::map<std::string, Program> fPrograms;
     std::vector<FrameValue> fFrameValues;
     std::unique_ptr<SkyMaps> fSkyMaps;
-    koLinear::Vector fUp;
+    std::vector<koLinear::Vector> fSkyAxes; ///< those that the sky's uniforms hold, in their order
     const ShadowMap* fShadows;
     const Behind* fBehind;
     const Occlusion* fOcclusion = nullptr;
     bool fIsOccluded = false; ///< of this frame
-    bool fHasSky;
 
     const Look* fCurrent = nullptr;
     Program* fCurrentProgram = nullptr;

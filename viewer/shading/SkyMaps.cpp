@@ -1,14 +1,13 @@
 #include "shading/SkyMaps.h"
 
-#include "texture/Texels.h"
+#include "shading/LightTexture.h"
+#include "shading/Microfacets.h"
+#include "shading/SkyFilter.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
-
-#include <gl/GLFunctionTable.h>
-#include <texture/GLTexUsage.h>
 
 namespace orloview {
 
@@ -69,19 +68,6 @@ public:
 private:
     std::array<Color, kAngles + 1> fMeans{};
 };
-
-double alphaOf(double roughness) {
-    return std::max(roughness * roughness, 0.002);
-}
-
-/// The cosine between normal and half vector below which a share of GGX's facets, seen from the normal, lies.
-double facetCosine(double share, double alpha) {
-    return std::sqrt((1.0 - share) / (1.0 + (alpha * alpha - 1.0) * share));
-}
-
-double smith(double cosine, double alpha) {
-    return cosine + std::sqrt(alpha * alpha + (1.0 - alpha * alpha) * cosine * cosine);
-}
 
 /// What a white surface sends out.
 Color diffuseFrom(const Surroundings& around) {
@@ -170,13 +156,23 @@ double sheenAt(double nv, double roughness) {
 
 } // namespace
 
-SkyMaps::SkyMaps(const Sky* sky, bool withSheen) {
-    if (sky)
-        addSky(*sky);
+SkyMaps::SkyMaps(const SkyLight* sky, bool withSheen) {
+    if (sky && sky->picture)
+        addPicture(*sky->picture, sky->factor);
+    else if (sky)
+        addHeights(*sky->heights, sky->factor);
     addResponse(withSheen);
 }
 
-void SkyMaps::addSky(const Sky& sky) {
+void SkyMaps::addPicture(const SkyPicture& picture, float factor) {
+    const SkyFilter filter(picture);
+    const SkyFilter::Image diffuse = filter.diffuse();
+    const SkyFilter::Image reflection = filter.reflection();
+    add("skyDiffuse", diffuse.width, diffuse.height, diffuse.channels(), factor);
+    add("skyReflection", reflection.width, reflection.height, reflection.channels(), factor);
+}
+
+void SkyMaps::addHeights(const Sky& sky, float factor) {
     std::vector<Surroundings> around;
     around.reserve(kHeights);
     std::vector<Color> diffuse;
@@ -188,8 +184,8 @@ void SkyMaps::addSky(const Sky& sky) {
         for (const Surroundings& seen : around)
             reflection.push_back(reflectionFrom(seen, middle(j, kRoughnesses)));
     }
-    add("skyDiffuse", kHeights, 1, diffuse);
-    add("skyReflection", kHeights, kRoughnesses, reflection);
+    add("skyDiffuse", kHeights, 1, diffuse, factor);
+    add("skyReflection", kHeights, kRoughnesses, reflection, factor);
 }
 
 void SkyMaps::addResponse(bool withSheen) {
@@ -201,7 +197,7 @@ void SkyMaps::addResponse(bool withSheen) {
                 texel[2] = sheenAt(middle(i, kCosines), middle(j, kRoughnesses));
         }
     }
-    add("skyResponse", kCosines, kRoughnesses, response);
+    add("skyResponse", kCosines, kRoughnesses, response, 1.0F);
 }
 
 SkyMaps::~SkyMaps() {
@@ -209,20 +205,20 @@ SkyMaps::~SkyMaps() {
         map.texture->unref();
 }
 
-void SkyMaps::add(const char* name, int width, int height, const std::vector<Sky::Color>& texels) {
-    std::vector<std::uint16_t> halves;
+void SkyMaps::add(const char* name, int width, int height, const std::vector<Sky::Color>& texels,
+                  float factor) {
+    std::vector<float> rgb;
     for (const Sky::Color& texel : texels) {
         for (const double channel : texel)
-            halves.push_back(toHalf(static_cast<float>(channel)));
-        halves.push_back(toHalf(1.0F));
+            rgb.push_back(static_cast<float>(channel));
     }
-    auto* texture = new GLTexture2D(kRasterRGBA16F, false);
-    texture->ref();
-    fMaps.push_back({name, texture});
-    texture->GLloadImage(halves.data(), static_cast<unsigned>(width), static_cast<unsigned>(height));
-    GLTexUsage::setWrapMode(GL_TEXTURE_2D, IHWTexUsage::kClampToEdge, IHWTexUsage::kClampToEdge);
-    GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, IHWTexUsage::kLinear, IHWTexUsage::kLinear);
+    add(name, width, height, rgb, factor);
+}
+
+void SkyMaps::add(const char* name, int width, int height, std::span<const float> rgb, float factor) {
+    GLTexture2D* texture = uploadLight(rgb, width, height, factor, IHWTexUsage::kClampToEdge);
     texture->unbind();
+    fMaps.push_back({name, texture});
 }
 
 } // namespace orloview

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "shading/Sky.h"
+#include "shading/SkyLight.h"
 
+#include <span>
 #include <vector>
 
 #include <texture/GLTexture2D.h>
@@ -13,7 +14,7 @@ namespace orloview {
 class SkyMaps {
 public:
     /// `withSheen`: some surface has fibres.
-    SkyMaps(const Sky* sky, bool withSheen);
+    SkyMaps(const SkyLight* sky, bool withSheen);
     ~SkyMaps();
 
     SkyMaps(const SkyMaps&) = delete;
@@ -26,9 +27,11 @@ public:
     const std::vector<Map>& maps() const { return fMaps; }
 
 private:
-    void addSky(const Sky& sky);
+    void addHeights(const Sky& sky, float factor);
+    void addPicture(const SkyPicture& picture, float factor);
     void addResponse(bool withSheen);
-    void add(const char* name, int width, int height, const std::vector<Sky::Color>& texels);
+    void add(const char* name, int width, int height, const std::vector<Sky::Color>& texels, float factor);
+    void add(const char* name, int width, int height, std::span<const float> rgb, float factor);
 
     std::vector<Map> fMaps;
 };

@@ -25,6 +25,7 @@ enum class Command {
     Axes,
     Ground,
     AmbientOcclusion,
+    Sky,
     Statistics,
     TurnLeft,
     TurnRight,

@@ -66,6 +66,8 @@ Flag* switchOf(Command command, Look& look, Flag& statistics, Flag& help) {
         return &look.ground;
     case Command::AmbientOcclusion:
         return &look.ambientOcclusion;
+    case Command::Sky:
+        return &look.sky;
     case Command::Statistics:
         return &statistics;
     case Command::Help:
@@ -165,7 +167,9 @@ std::string InteractiveView::switches() const {
                                       {" --no-culling", !fLook.culling},
                                       {" --grid", fLook.grid},
                                       {" --axes", fLook.axes},
-                                      {" --ground", fLook.ground}}) {
+                                      {" --ground", fLook.ground},
+                                      {" --ao", fLook.ambientOcclusion},
+                                      {" --show-sky", fLook.sky}}) {
         if (given)
             text += name;
     }

@@ -278,6 +278,8 @@ void ViewerWindow::execute(Command command) {
         note("the switches stand on standard output");
         break;
     default:
+        if (command == Command::Sky && !fOptions.hasSky())
+            return note("there is no sky: --sky none");
         fView.apply(command);
         fChanged = true;
     }
