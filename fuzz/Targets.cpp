@@ -9,6 +9,7 @@
 #include "import/PlyReader.h"
 #include "import/TableReader.h"
 #include "texture/PictureDecoder.h"
+#include "texture/SkyRows.h"
 
 #include <gl/GLFunctionTable.h>
 #include <orlohost/ShadingNodeSpec.h>
@@ -108,6 +109,17 @@ void decodePicture(Bytes bytes) {
     }
 }
 
+void readRadiance(Bytes bytes) {
+    try {
+        const orloview::SkyPicture sky = orloview::readRadiance(bytes);
+        demand(sky.rgb.size() ==
+                       size_t{3} * static_cast<size_t>(sky.width) * static_cast<size_t>(sky.height) &&
+                   std::all_of(sky.rgb.begin(), sky.rgb.end(), [](float light) { return light >= 0.0F; }),
+               "a sky of more or less than its pixels, or of what is no light");
+    } catch (const orloview::PictureError&) {
+    }
+}
+
 void compileCg(Bytes bytes) {
     for (const orlocg::Stage stage : {orlocg::Stage::Vertex, orlocg::Stage::Fragment}) {
         orlocg::CompileOptions options;
@@ -195,6 +207,7 @@ constexpr FuzzTarget kTargets[] = {
     {"stl", readStl},
     {"table", readTable},
     {"picture", decodePicture},
+    {"radiance", readRadiance},
     {"cg", compileCg},
     {"network", compileNetwork},
     {"shader", readShader},

@@ -295,6 +295,7 @@ class WindowTest(unittest.TestCase):
             lambda: window.drag(1, -37, 55),
             lambda: (window.after("x"), window.wheel(4, 2, 200, 100)),
             lambda: (window.after("5"), window.after("l"), window.drag(2, 11, 17)),
+            lambda: (window.after("l"), window.after("b")),
             lambda: window.after("7"),
         ):
             act()
@@ -307,6 +308,7 @@ class WindowTest(unittest.TestCase):
             self.assertSame(shown, self.drawn(*line.removesuffix(" --cull").split()), line)
         self.assertIn("--orthographic", lines[2])
         self.assertIn("--no-lights", lines[2])
+        self.assertIn("--show-sky", lines[3])
         self.assertTrue(all(line.endswith(" --sky sunset --shadows --cull") for line in lines), lines)
 
     def test_screenshots_are_numbered_and_show_no_overlay(self):

@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <limits>
 #include <string_view>
 #include <tuple>
 #include <unistd.h>
@@ -77,11 +76,11 @@ bool take(const std::vector<std::uint8_t>& output, SkyPicture& picture) {
     return true;
 }
 
-ChildLimits limitsFor(const ImportLimits& asked) {
+/// A file is part of the memory; no picture takes as long as a model may.
+ChildLimits limitsFor(const ImportLimits& asked, size_t fileBytes) {
     ChildLimits limits;
-    limits.memoryBytes = limits.mostMemoryBytes = asked.memoryBytes.value_or(limits.memoryBytes);
-    limits.seconds = asked.seconds.value_or(limits.seconds);
-    limits.mostSeconds = asked.seconds.value_or(std::numeric_limits<unsigned>::max());
+    limits.memoryBytes = limits.mostMemoryBytes = asked.memoryBytes.value_or(limits.memoryBytes + fileBytes);
+    limits.seconds = limits.mostSeconds = asked.seconds.value_or(limits.seconds);
     return limits;
 }
 
@@ -112,7 +111,7 @@ SkyPicture readSkyPicture(const std::string& path, const ImportLimits& limits) {
                 confine({});
                 return decodeInto(output, file.bytes());
             },
-            limitsFor(limits));
+            limitsFor(limits, file.bytes().size()));
         SkyPicture picture;
         if (child.outcome == ChildOutcome::Done && take(child.output, picture))
             return picture;

@@ -1,6 +1,5 @@
 #include "texture/SkyRows.h"
 
-#include "base/ChildProcess.h"
 #include "texture/PictureHeader.h"
 
 #include <algorithm>
@@ -37,9 +36,6 @@ SkyRows::SkyRows(long long width, long long height) {
     fStep = (longest + SkyPicture::kMostWidth - 1) / SkyPicture::kMostWidth;
     fPicture.width = (fPicture.fileWidth + fStep - 1) / fStep;
     fPicture.height = (fPicture.fileHeight + fStep - 1) / fStep;
-    constexpr double kPixelsPerSecond = 4e6;
-    raiseLimits(0, static_cast<unsigned>(static_cast<double>(width) * static_cast<double>(height) /
-                                         kPixelsPerSecond));
     fPicture.rgb.reserve(static_cast<size_t>(fPicture.width) * static_cast<size_t>(fPicture.height) * 3);
     fSums.resize(static_cast<size_t>(fPicture.width) * 3);
 }

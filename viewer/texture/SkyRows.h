@@ -33,8 +33,7 @@ private:
     std::vector<double> fSums; ///< of a row of blocks
 };
 
-/// Each reads a whole file, and raises the limits of its process by what the picture takes. Both throw
-/// PictureError.
+/// Each reads a whole file, and throws PictureError.
 SkyPicture readRadiance(std::span<const std::uint8_t> file);
 SkyPicture readOpenExr(std::span<const std::uint8_t> file);
 
