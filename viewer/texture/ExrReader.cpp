@@ -18,9 +18,9 @@ namespace orloview {
 
 namespace {
 
-class Bytes : public Imf::IStream {
+class MemoryStream : public Imf::IStream {
 public:
-    explicit Bytes(std::span<const std::uint8_t> file) : IStream("it"), fFile(file) {}
+    explicit MemoryStream(std::span<const std::uint8_t> file) : IStream("it"), fFile(file) {}
 
     bool read(char target[], int count) override {
         const auto size = static_cast<size_t>(std::max(count, 0));
@@ -47,8 +47,8 @@ std::array<const char*, 3> channelsOf(const Imf::ChannelList& channels) {
     return {"Y", "Y", "Y"};
 }
 
-SkyPicture read(std::span<const std::uint8_t> bytes) {
-    Bytes stream(bytes);
+SkyPicture readLines(std::span<const std::uint8_t> bytes) {
+    MemoryStream stream(bytes);
     Imf::InputFile file(stream, 0);
     const Imath::Box2i window = file.header().dataWindow();
     const auto names = channelsOf(file.header().channels());
@@ -82,7 +82,7 @@ SkyPicture read(std::span<const std::uint8_t> bytes) {
 
 SkyPicture readOpenExr(std::span<const std::uint8_t> file) {
     try {
-        return read(file);
+        return readLines(file);
     } catch (const Iex::BaseExc& error) {
         throw PictureError(std::string("it is damaged: ") + error.what());
     }

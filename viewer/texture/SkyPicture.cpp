@@ -35,7 +35,7 @@ bool writeAll(int output, const void* bytes, size_t size) {
     return true;
 }
 
-SkyPicture decode(std::span<const std::uint8_t> file) {
+SkyPicture decodeSky(std::span<const std::uint8_t> file) {
     const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
     if (text.starts_with("\x76\x2F\x31\x01"))
         return readOpenExr(file);
@@ -47,7 +47,7 @@ SkyPicture decode(std::span<const std::uint8_t> file) {
 /// The child's work: the picture, or one line that says what is wrong.
 bool decodeInto(int output, std::span<const std::uint8_t> file) {
     try {
-        const SkyPicture picture = decode(file);
+        const SkyPicture picture = decodeSky(file);
         const Sizes sizes{picture.width, picture.height, picture.fileWidth, picture.fileHeight};
         return writeAll(output, &sizes, sizeof sizes) &&
                writeAll(output, picture.rgb.data(), picture.rgb.size() * sizeof(float));

@@ -10,7 +10,7 @@ namespace orloview {
 namespace {
 
 /// No sun is brighter; infinity, by which 16-bit floats mean more than they hold, is as much as they hold.
-float light(float value) {
+float asLight(float value) {
     constexpr float kBrightest = 1e9F;
     constexpr float kBrightestHalf = 65504.0F;
     if (!(value > 0.0F))
@@ -45,7 +45,7 @@ void SkyRows::add(const float* rgb) {
     for (int x = 0; x < fPicture.fileWidth; x += fStep, sum += 3) {
         for (int i = std::min(fStep, fPicture.fileWidth - x); i > 0; --i, rgb += 3) {
             for (int channel = 0; channel < 3; ++channel)
-                sum[channel] += light(rgb[channel]);
+                sum[channel] += asLight(rgb[channel]);
         }
     }
     if (++fRowsInBlocks == fStep)
