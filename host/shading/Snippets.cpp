@@ -201,10 +201,14 @@ vec3 skyReflectedLevel(vec2 place, float level) {
     return texture2D(skyReflection, skyLevelPlace(place, corner, size, vec2(1024.0, 1088.0))).rgb;
 }
 
-// The mean of the sky that a rough mirror shows.
+// The mean of the sky that a rough mirror shows, and a smooth one over a pixel, less than which it would
+// sparkle by: the lobe of the first level is 1 / 32 radian wide.
 vec3 skyReflectedLight(vec3 normal, vec3 view, float roughness) {
-    vec2 place = skyPlace(reflect(-view, normal));
-    float level = clamp(7.0 + 2.0 * log2(max(roughness, 1e-3)), 0.0, 7.0);
+    vec3 mirrored = reflect(-view, normal);
+    vec2 place = skyPlace(mirrored);
+    float spread = max(length(dFdx(mirrored)), length(dFdy(mirrored)));
+    float level = max(7.0 + 2.0 * log2(max(roughness, 1e-3)), log2(max(32.0 * spread, 1.0)));
+    level = clamp(level, 0.0, 7.0);
     float finer = floor(level);
     return mix(skyReflectedLevel(place, finer), skyReflectedLevel(place, min(finer + 1.0, 7.0)),
                level - finer);
