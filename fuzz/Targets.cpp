@@ -200,18 +200,12 @@ void searchExtensions(Bytes bytes) {
 }
 
 constexpr FuzzTarget kTargets[] = {
-    {"gltf", readGltf},
-    {"obj", readObj},
-    {"mtl", readMtl},
-    {"ply", readPly},
-    {"stl", readStl},
-    {"table", readTable},
-    {"picture", decodePicture},
-    {"radiance", readRadiance},
-    {"cg", compileCg},
-    {"network", compileNetwork},
-    {"shader", readShader},
-    {"extensions", searchExtensions},
+    {"gltf", readGltf},         {"obj", readObj},
+    {"mtl", readMtl},           {"ply", readPly},
+    {"stl", readStl},           {"table", readTable},
+    {"picture", decodePicture}, {"radiance", readRadiance},
+    {"cg", compileCg},          {"network", compileNetwork},
+    {"shader", readShader},     {"extensions", searchExtensions},
 };
 
 } // namespace
