@@ -62,12 +62,19 @@ std::array<float, 3> toneMapped(const float* rgb, float alpha) {
 
 /// A pixel's colour as a picture shows it, multiplied by alpha.
 std::array<float, 3> shown(const float* pixel, float alpha, ToneMap toneMap) {
-    const float plain = toneMap == ToneMap::Soft ? clampToUnit(pixel[3] - 1.0F) : 1.0F;
-    std::array<float, 3> color{};
-    if (plain < 1.0F)
-        color = toneMapped(pixel, alpha);
-    for (size_t channel = 0; plain > 0.0F && channel < 3; ++channel)
-        color[channel] += plain * (clampToUnit(pixel[channel]) - color[channel]);
+    std::array<float, 3> color{pixel[0], pixel[1], pixel[2]};
+    if (toneMap == ToneMap::Soft && pixel[3] == 1.0F) { // as nearly all are
+        toneMapSoftly(color);
+        return color;
+    }
+    for (float& channel : color)
+        channel = clampToUnit(channel);
+    if (toneMap == ToneMap::Cut)
+        return color;
+    const std::array<float, 3> mapped = toneMapped(pixel, alpha);
+    const float plain = clampToUnit(pixel[3] - 1.0F);
+    for (size_t channel = 0; channel < 3; ++channel)
+        color[channel] = mapped[channel] + plain * (color[channel] - mapped[channel]);
     return color;
 }
 
@@ -78,11 +85,17 @@ std::array<float, 4> sumOf(const float* corner, size_t stride, int factor, const
         const float* in = corner;
         for (int dx = 0; dx < factor; ++dx, in += 4) {
             const float cover = clampToUnit(in[3]);
-            const std::array<float, 3> color = shown(in, cover, development.toneMap);
             const float below = 1.0F - cover;
-            for (size_t channel = 0; channel < 3; ++channel)
-                sum[channel] += color[channel] + below * development.background[channel];
+            if (below > 0.0F) {
+                for (size_t channel = 0; channel < 3; ++channel)
+                    sum[channel] += below * development.background[channel];
+            }
             sum[3] += development.opaque ? 1.0F : cover + below * development.background[3];
+            if (in[0] == 0.0F && in[1] == 0.0F && in[2] == 0.0F)
+                continue;
+            const std::array<float, 3> color = shown(in, cover, development.toneMap);
+            for (size_t channel = 0; channel < 3; ++channel)
+                sum[channel] += color[channel];
         }
     }
     return sum;
