@@ -140,13 +140,23 @@ void tellWhichLimit(int signal) {
     _exit(0);
 }
 
-void tellOfLimits(int socket) {
+/// Nobody could be told yet, or no more: the signal waits.
+void holdTimeSignal(bool held) {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGXCPU);
+    sigprocmask(held ? SIG_BLOCK : SIG_UNBLOCK, &signals, nullptr);
+}
+
+void tellOfLimits(int socket, const ChildLimits& limits) {
+    holdTimeSignal(true);
     fsTold = -1;
-    fsOutOfTime = answerOf(beyondTime(ownLimits().seconds, kSaveAgain));
-    fsOutOfMemory = answerOf(beyondMemory(ownLimits().memoryBytes, kSaveAgain));
+    fsOutOfTime = answerOf(beyondTime(limits.seconds, kSaveAgain));
+    fsOutOfMemory = answerOf(beyondMemory(limits.memoryBytes, kSaveAgain));
     fsTold = socket;
     for (const int signal : {SIGXCPU, SIGTRAP})
         std::signal(signal, tellWhichLimit);
+    holdTimeSignal(false);
 }
 
 /// Answers, and says whether there was something to tell.
@@ -218,9 +228,10 @@ constexpr double kPixelsPerSecond = 4e6; // the slowest decoder makes several ti
     limits.mostSeconds = asked.seconds.value_or(std::numeric_limits<unsigned>::max());
     limits.mostMemoryBytes = limits.memoryBytes =
         asked.memoryBytes.value_or(memoryFor({"", 16384, 16384}, size_t{1} << 34));
+    holdTimeSignal(true);
     beLimited(limits);
     confine({});
-    tellOfLimits(socket);
+    tellOfLimits(socket, limits); // the kernel raises the one of time when it is reached
     const std::vector<std::uint8_t> embedded =
         file < 0 ? receiveEmbedded(socket) : std::vector<std::uint8_t>();
     const MappedFile mapped(file);
@@ -230,7 +241,7 @@ constexpr double kPixelsPerSecond = 4e6; // the slowest decoder makes several ti
         if (!asked.memoryBytes)
             lowerMemoryLimit(memoryFor(header, bytes.size()));
         raiseLimits(0, static_cast<unsigned>(header.pixels() / kPixelsPerSecond));
-        tellOfLimits(socket);
+        tellOfLimits(socket, ownLimits());
         const Answer yes{0, header.width, header.height};
         sendAll(socket, &yes, sizeof yes);
     });
