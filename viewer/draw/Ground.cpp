@@ -2,6 +2,7 @@
 
 #include "base/ExitCode.h"
 #include "draw/Canvas.h"
+#include "draw/DepthFrame.h"
 #include "draw/GL.h"
 #include "draw/Placed.h"
 #include "scene/View.h"
@@ -110,15 +111,7 @@ std::vector<float> Ground::heights(DrawableScene& drawable) const {
     Canvas canvas(Canvas::Kind::Picture, kPixels, kPixels);
     canvas.makeCurrent();
     canvas.target().makeCurrent();
-    gl().glViewport(0, 0, kPixels, kPixels);
-    GLPassState state;
-    state.setDepthMask(true);
-    state.applyGL(false);
-    gl().glClear(GL_DEPTH_BUFFER_BIT);
-    for (const GLenum capability : {GL_LIGHTING, GL_CULL_FACE, GL_ALPHA_TEST, GL_BLEND})
-        gl().glDisable(capability);
-    gl().glEnable(GL_DEPTH_TEST);
-    gl().glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    beginDepthFrame(kPixels);
     // Looking up, what is to the right of one who looks ahead is to the left: mirrored, it is no more.
     GLCamera camera;
     camera.fViewTransform = fToWorld.inverse().then(koLinear::AffineMatrix::scaling(1.0, 1.0, -1.0));

@@ -76,7 +76,9 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
                      fShading == Shading::Cg ? std::unique_ptr<MaterialLanguage>(new CgLanguage(fCg))
                                              : std::make_unique<GlslLanguage>());
     fOcclusion.emplace(radiusOf(scene.bounds()));
-    fShaders->useOcclusion(*fOcclusion);
+    if (options.ambientOcclusion)
+        fOcclusion->prepare();
+    fShaders->useOcclusion(*fOcclusion, options.ambientOcclusion);
 }
 
 void DrawnScene::upload(const ProgressReport& report) {

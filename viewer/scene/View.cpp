@@ -148,6 +148,13 @@ ProjMatrix orthographic(double halfWidth, double halfHeight, double near, double
     return m;
 }
 
+koLinear::ProjMatrix halved() {
+    koLinear::ProjMatrix matrix;
+    for (int axis = 0; axis < 3; ++axis)
+        matrix[axis][axis] = matrix[3][axis] = 0.5;
+    return matrix;
+}
+
 Point Viewpoint::eye() const {
     return offset(target, scaled(back, distance));
 }

@@ -22,6 +22,9 @@ koLinear::ProjMatrix perspective(double fieldOfView, double aspect, double near,
 
 koLinear::ProjMatrix orthographic(double halfWidth, double halfHeight, double near, double far);
 
+/// Clip space, from -1 to 1, to a map of it, from 0 to 1.
+koLinear::ProjMatrix halved();
+
 /// An eye and what it looks at: a view before the picture's shape and the scene's depth are known.
 struct Viewpoint {
     koLinear::Vector right{1.0, 0.0, 0.0}; ///< the eye's axes, each of unit length and across the others

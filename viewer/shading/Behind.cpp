@@ -60,10 +60,7 @@ Behind::~Behind() {
 }
 
 void Behind::update(const View& view, const std::function<void(GLFrameBuffer&)>& draw) {
-    koLinear::ProjMatrix halved; // from -1..1 to 0..1
-    for (int axis = 0; axis < 3; ++axis)
-        halved[axis][axis] = halved[3][axis] = 0.5;
-    fEyeToMap = view.projection.then(halved);
+    fEyeToMap = view.projection.then(halved());
     fCanvas.makeCurrent();
     draw(fCanvas.target());
     makeSmaller();

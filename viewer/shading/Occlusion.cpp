@@ -1,10 +1,12 @@
 #include "shading/Occlusion.h"
 
 #include "base/ExitCode.h"
+#include "draw/DepthFrame.h"
 #include "draw/GL.h"
 #include "draw/Placed.h"
 
 #include <string>
+#include <utility>
 
 #include <state/GLCamera.h>
 #include <state/GLPassState.h>
@@ -102,9 +104,13 @@ GLTexture2D* copyOfFrame(RasterFormat format, IHWTexUsage::Filter filter) {
 
 } // namespace
 
+Occlusion::Places::Places(const ScreenPass& pass)
+    : across(pass.place("across")), up(pass.place("up")), deep(pass.place("deep")),
+      reach(pass.place("reach")), lens(pass.place("lens")), depth(pass.place("depth")) {}
+
 Occlusion::Parts::Parts()
     : canvas(Canvas::Kind::Picture, kPixelsEachWay, kPixelsEachWay), find(source(kFindSource)),
-      smooth(source(kSmoothSource)) {
+      smooth(source(kSmoothSource)), findPlaces(find), smoothPlaces(smooth) {
     if (!find.usable() || !smooth.usable())
         throw Failure(kExitNoGL, "--ao: this OpenGL has no shaders that could find it out; leave it out");
     canvas.target().makeCurrent();
@@ -119,16 +125,16 @@ Occlusion::Parts::~Parts() {
 
 Occlusion::~Occlusion() = default;
 
-void Occlusion::update(DrawableScene& drawable, const View& view) {
+void Occlusion::prepare() {
     if (!fParts)
         fParts = std::make_unique<Parts>();
-    koLinear::ProjMatrix halved; // from -1..1 to 0..1
-    for (int axis = 0; axis < 3; ++axis)
-        halved[axis][axis] = halved[3][axis] = 0.5;
-    fEyeToMap = view.projection.then(halved);
+}
+
+void Occlusion::update(DrawableScene& drawable, const View& view) {
+    prepare();
+    fEyeToMap = view.projection.then(halved());
     fParts->canvas.makeCurrent();
     fParts->canvas.target().makeCurrent();
-    gl().glViewport(0, 0, kPixelsEachWay, kPixelsEachWay);
     gl().glActiveTexture(GL_TEXTURE0);
     drawDepth(drawable, view);
     gl().glDisable(GL_DEPTH_TEST);
@@ -137,14 +143,7 @@ void Occlusion::update(DrawableScene& drawable, const View& view) {
 }
 
 void Occlusion::drawDepth(DrawableScene& drawable, const View& view) {
-    GLPassState state;
-    state.setDepthMask(true);
-    state.applyGL(false);
-    gl().glClear(GL_DEPTH_BUFFER_BIT);
-    for (const GLenum capability : {GL_LIGHTING, GL_CULL_FACE, GL_ALPHA_TEST, GL_BLEND})
-        gl().glDisable(capability);
-    gl().glEnable(GL_DEPTH_TEST);
-    gl().glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    beginDepthFrame(kPixelsEachWay);
     GLCamera camera;
     camera.fViewTransform = view.worldToEye;
     camera.fProjection = view.projection;
@@ -159,17 +158,17 @@ void Occlusion::find(const View& view) {
     const koLinear::ProjMatrix& p = view.projection;
     const bool isOrthographic = p[2][3] == 0.0;
     const auto entry = [&](int row, int column) { return static_cast<float>(p[row][column]); };
-    for (const ScreenPass* pass : {&fParts->find, &fParts->smooth}) {
+    for (const auto& [pass, places] :
+         {std::pair{&fParts->smooth, &fParts->smoothPlaces}, {&fParts->find, &fParts->findPlaces}}) {
         pass->begin();
-        gl().glUniform4fARB(pass->place("across"), entry(0, 0), entry(2, 0), entry(3, 0), entry(2, 3));
-        gl().glUniform4fARB(pass->place("up"), entry(1, 1), entry(2, 1), entry(3, 1), entry(3, 3));
-        gl().glUniform2fARB(pass->place("deep"), entry(2, 2), entry(3, 2));
-        gl().glUniform1fARB(pass->place("reach"), static_cast<float>(fReach));
+        gl().glUniform4fARB(places->across, entry(0, 0), entry(2, 0), entry(3, 0), entry(2, 3));
+        gl().glUniform4fARB(places->up, entry(1, 1), entry(2, 1), entry(3, 1), entry(3, 3));
+        gl().glUniform2fARB(places->deep, entry(2, 2), entry(3, 2));
+        gl().glUniform1fARB(places->reach, static_cast<float>(fReach));
     }
     GLPassState().applyGL(false);
     gl().glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-    fParts->find.begin();
-    gl().glUniform3fARB(fParts->find.place("lens"), static_cast<float>(0.5 * p[0][0]),
+    gl().glUniform3fARB(fParts->findPlaces.lens, static_cast<float>(0.5 * p[0][0]),
                         static_cast<float>(0.5 * p[1][1]), isOrthographic ? 1.0F : 0.0F);
     fParts->find.run();
 }
@@ -180,7 +179,7 @@ void Occlusion::smooth() {
     gl().glActiveTexture(GL_TEXTURE0);
     fParts->map->GLloadRenderedImage(0, 0, kPixelsEachWay, kPixelsEachWay);
     fParts->smooth.begin();
-    gl().glUniform1iARB(fParts->smooth.place("depth"), 1);
+    gl().glUniform1iARB(fParts->smoothPlaces.depth, 1);
     fParts->smooth.run();
     fParts->map->GLloadRenderedImage(0, 0, kPixelsEachWay, kPixelsEachWay);
     fParts->map->unbind();

@@ -22,17 +22,26 @@ public:
     Occlusion(const Occlusion&) = delete;
     Occlusion& operator=(const Occlusion&) = delete;
 
+    /// Makes the map, without anything in it. Leaves another target current. Throws Failure (kExitNoGL).
+    void prepare();
+
     /// Finds it out for a view. Leaves another target current. Throws Failure (kExitNoGL).
     void update(DrawableScene& drawable, const View& view);
 
-    /// 0 before the first update.
+    /// 0 before `prepare` or the first update.
     GLuint texture() const { return fParts ? fParts->map->textureName() : 0; }
 
     /// Eye space to the map, 0 to 1.
     const koLinear::ProjMatrix& eyeToMap() const { return fEyeToMap; }
 
 private:
-    /// Made by the first update.
+    /// Of the passes' uniforms.
+    struct Places {
+        explicit Places(const ScreenPass& pass);
+
+        GLint across, up, deep, reach, lens, depth;
+    };
+
     struct Parts {
         Parts();
         ~Parts();
@@ -42,6 +51,8 @@ private:
         GLTexture2D* map;
         ScreenPass find;
         ScreenPass smooth;
+        Places findPlaces;
+        Places smoothPlaces;
     };
 
     void drawDepth(DrawableScene& drawable, const View& view);

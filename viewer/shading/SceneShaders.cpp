@@ -212,8 +212,9 @@ void SceneShaders::prepare(Look& look) {
     }
 }
 
-void SceneShaders::useOcclusion(const Occlusion& occlusion) {
+void SceneShaders::useOcclusion(const Occlusion& occlusion, bool fromTheStart) {
     fOcclusion = &occlusion;
+    fIsOccluded = fromTheStart;
     fFrameValues.push_back({"occlusionMatrix", std::vector<float>(16)});
 }
 

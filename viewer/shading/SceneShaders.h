@@ -42,8 +42,9 @@ public:
     /// Pictures that were left out or reduced, and materials whose shader GL refuses, a line each.
     std::vector<std::string> warnings() const;
 
-    /// What `beginFrame` may ask for; it has to stay.
-    void useOcclusion(const Occlusion& occlusion);
+    /// What `beginFrame` may ask for; it has to stay. `fromTheStart`: it will, and `upload` makes shaders of
+    /// that kind; it has to be prepared then.
+    void useOcclusion(const Occlusion& occlusion, bool fromTheStart);
 
     /// `occluded`: near things keep off what comes from all round; needs the occlusion up to date.
     void beginFrame(const koLinear::AffineMatrix& worldToEye, bool occluded);
@@ -130,7 +131,7 @@ private:
     const ShadowMap* fShadows;
     const Behind* fBehind;
     const Occlusion* fOcclusion = nullptr;
-    bool fIsOccluded = false; ///< of this frame
+    bool fIsOccluded = false; ///< of this frame; of the first, before
 
     const Look* fCurrent = nullptr;
     Program* fCurrentProgram = nullptr;

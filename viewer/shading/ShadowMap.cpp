@@ -1,5 +1,7 @@
 #include "shading/ShadowMap.h"
 
+#include "draw/DepthFrame.h"
+#include "draw/Placed.h"
 #include "scene/Vectors.h"
 #include "scene/View.h"
 
@@ -38,14 +40,6 @@ Bounds boundsIn(const koLinear::AffineMatrix& space, const Bounds& bounds) {
         result.extend(space.transform(Point(side(0), side(1), side(2))));
     }
     return result;
-}
-
-/// From -1..1 to 0..1.
-koLinear::ProjMatrix halved() {
-    koLinear::ProjMatrix matrix;
-    for (int axis = 0; axis < 3; ++axis)
-        matrix[axis][axis] = matrix[3][axis] = 0.5;
-    return matrix;
 }
 
 bool isSame(const koLinear::AffineMatrix& a, const koLinear::AffineMatrix& b) {
@@ -108,24 +102,12 @@ void ShadowMap::draw(DrawableScene& drawable) {
     GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
     const int side = sideHere();
     fCanvas.target().makeCurrent();
-    gl.glViewport(0, 0, side, side);
-    gl.glDepthMask(GL_TRUE);
-    gl.glClear(GL_DEPTH_BUFFER_BIT);
-    gl.glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
-    for (const GLenum capability : {GL_LIGHTING, GL_CULL_FACE, GL_ALPHA_TEST, GL_BLEND})
-        gl.glDisable(capability);
-    gl.glEnable(GL_DEPTH_TEST);
-    gl.glDepthFunc(GL_LEQUAL);
-    gl.glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    beginDepthFrame(side);
     gl.glEnable(GL_POLYGON_OFFSET_FILL); // a surface lies a little behind its own image in the map
     gl.glPolygonOffset(2.0F, 8.0F);
     fProjector->bind();
-    for (const size_t index : drawable.opaqueInstances()) {
-        gl.glPushMatrix();
-        gl.glMultMatrixd(koLinear::ProjMatrix(drawable.scene().instances[index].toWorld).data());
-        drawable.drawShape(index);
-        gl.glPopMatrix();
-    }
+    for (const size_t index : drawable.opaqueInstances())
+        drawPlaced(drawable, index, [&] { drawable.drawShape(index); });
     gl.glDisable(GL_POLYGON_OFFSET_FILL);
     gl.glActiveTexture(GL_TEXTURE0);
     fMap->GLloadRenderedImage(0, 0, side, side);
