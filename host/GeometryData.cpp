@@ -3,6 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+GeometryData::GeometryData(DataType type, uint32_t componentsPerElement, std::vector<float> values)
+    : fDataType(type), fComponentsPerElement(componentsPerElement), fKept(std::move(values)) {
+    fData = fKept.data();
+    if (componentsPerElement != 0)
+        fElementCount = static_cast<uint32_t>(fKept.size() / componentsPerElement);
+}
+
 GeometryData::~GeometryData() {
     deleteHanger();
 }
@@ -23,6 +30,12 @@ uint32_t GeometryData::elementTypeSize(uint32_t elementType) {
 
 void GeometryData::deleteHanger() {
     delete std::exchange(fHanger, nullptr);
+}
+
+GeometryDataIndex::GeometryDataIndex(uint32_t primitiveType, std::vector<uint32_t> indices)
+    : fPrimitiveType(primitiveType), fIndexCount(static_cast<uint32_t>(indices.size())),
+      fAllocatedCount(fIndexCount), fKept(std::move(indices)) {
+    fIndices = fKept.data();
 }
 
 void GeometryDataIterator::reset(const GeometryDataIndex* record, const GeometryData* stream) {
@@ -47,24 +60,21 @@ GeometryLogicalGroup::~GeometryLogicalGroup() {
 
 GeometryData& GeometryLogicalGroup::addStream(GeometryData::DataType type, uint32_t componentsPerElement,
                                               std::vector<float> values) {
-    const auto& store = fElementStores.emplace_back(std::move(values));
-    const size_t count = componentsPerElement ? store.size() / componentsPerElement : 0;
-    return addStream(std::make_unique<GeometryData>(type, componentsPerElement, store.data(),
-                                                    static_cast<uint32_t>(count)));
+    return addStream(std::make_unique<GeometryData>(type, componentsPerElement, std::move(values)));
 }
 
 GeometryData& GeometryLogicalGroup::addStream(std::unique_ptr<GeometryData> stream) {
+    fDrawPlan.reset();
     return *fStreams.emplace_back(std::move(stream));
 }
 
 GeometryDataIndex& GeometryLogicalGroup::addIndexRecord(uint32_t primitiveType,
                                                         std::vector<uint32_t> indices) {
-    const auto& store = fIndexStores.emplace_back(std::move(indices));
-    return addIndexRecord(std::make_unique<GeometryDataIndex>(primitiveType, store.data(),
-                                                              static_cast<uint32_t>(store.size())));
+    return addIndexRecord(std::make_unique<GeometryDataIndex>(primitiveType, std::move(indices)));
 }
 
 GeometryDataIndex& GeometryLogicalGroup::addIndexRecord(std::unique_ptr<GeometryDataIndex> record) {
+    fDrawPlan.reset();
     return *fIndexRecords.emplace_back(std::move(record));
 }
 
@@ -75,12 +85,15 @@ void GeometryLogicalGroup::addIndexBlock(uint32_t primitiveType,
         block.insert(block.end(), list.begin(), list.end());
     const auto allocated = static_cast<uint32_t>(block.size());
     block.push_back(0); // The upload of a block takes one word more than is allocated.
-    const auto& store = fIndexStores.emplace_back(std::move(block));
 
+    // The first record keeps the store that all of them point into.
+    auto first = std::make_unique<GeometryDataIndex>(primitiveType, std::move(block));
+    const uint32_t* store = first->fIndices;
     uint32_t start = 0;
     for (const auto& list : lists) {
-        GeometryDataIndex& record = addIndexRecord(std::make_unique<GeometryDataIndex>(
-            primitiveType, store.data() + start, static_cast<uint32_t>(list.size())));
+        GeometryDataIndex& record = addIndexRecord(
+            first ? std::move(first) : std::make_unique<GeometryDataIndex>(primitiveType, store + start, 0));
+        record.fIndexCount = static_cast<uint32_t>(list.size());
         record.fAllocatedCount = allocated;
         record.fStart = start;
         start += record.fIndexCount;
@@ -88,6 +101,7 @@ void GeometryLogicalGroup::addIndexBlock(uint32_t primitiveType,
 }
 
 void GeometryLogicalGroup::deleteHangers() {
+    fDrawPlan.reset();
     std::vector<IHWMemoryObject*> hangers;
     for (const auto& record : fIndexRecords)
         hangers.push_back(std::exchange(record->fHanger, nullptr));

@@ -1,7 +1,10 @@
 #include "geometry/GLObject.h"
 
+#include <orlohost/GeometryData.h>
+
 bool GLObject::fsSupported = false;
 uint32_t GLObject::fsMaximumMemoryUsage = 64U << 20;
+uint32_t GLObject::fsBoundCount = 0;
 
 namespace {
 
@@ -18,6 +21,13 @@ GLObject::GLObject() {
 GLObject::~GLObject() {
     if (fsSupported && table())
         deleteObject();
+    endPlans();
+    setBound(false);
+}
+
+void GLObject::endPlans() {
+    if (fPlannedIn)
+        fPlannedIn->fDrawPlan.reset();
 }
 
 bool GLObject::makeName(GLFunctionTable* gl) {
@@ -90,6 +100,7 @@ bool GLObject::getBufferPointer(void** pointer) {
 bool GLObject::deleteObject() {
     if (!fsSupported || fBufferName == 0)
         return false;
+    endPlans();
     bind();
     if (fSize != 0) {
         if (fMapped)

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <typeinfo>
 
+class GeometryLogicalGroup;
+
 /// One GL buffer object, of vertex data or of indices, within a budget of memory.
 ///
 ///     auto* object = new GLObject; // hung on a record of the host, which deletes it
@@ -121,7 +123,17 @@ public:
     uint32_t fSize = 0;
 
 private:
+    friend class DrawPlan;
     friend class GLRouting;
+
+    /// How many objects are bound by their own record. None is while a group is drawn by plan, which skips
+    /// those records.
+    static uint32_t fsBoundCount;
+
+    /// The group whose plans name this buffer: they end before it does.
+    GeometryLogicalGroup* fPlannedIn = nullptr;
+
+    void endPlans();
 
     // bind and unbind for drawing, which fetches the table once per group.
 
@@ -129,7 +141,7 @@ private:
         if (!fsSupported || (fBufferName == 0 && !makeName(gl)))
             return false;
         gl->glBindBufferARB(target(), fBufferName);
-        fBound = true;
+        setBound(true);
         return true;
     }
 
@@ -137,8 +149,13 @@ private:
         if (!fsSupported)
             return false;
         gl->glBindBufferARB(target(), 0);
-        fBound = false;
+        setBound(false);
         return true;
+    }
+
+    void setBound(bool bound) {
+        fsBoundCount += uint32_t{bound} - uint32_t{fBound};
+        fBound = bound;
     }
 
     bool makeName(GLFunctionTable* gl);

@@ -13,6 +13,7 @@ bool GLRouting::fsUseObjectsForIndexing = false;
 bool GLRouting::fsUsePrimitiveRestart = false;
 bool GLRouting::fsUseDrawRangeElements = false;
 bool GLRouting::requiresAttribInterpolants = false;
+bool GLRouting::fsHostHasRouted = false;
 
 GLObject* boundGLObjects[GLRouting::kInterpolantCount] = {};
 
@@ -121,6 +122,7 @@ void GLRouting::setupInterpolant(GLInterpolant i, const DirectDataAssignment& a,
     if (i >= kInterpolantCount)
         return;
     GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
+    fsHostHasRouted = true;
     if (pointersOnly)
         setArray<true>(gl, i, a);
     else
@@ -188,6 +190,7 @@ inline uint32_t GLRouting::usedSlots() const {
 
 void GLRouting::setVertexArrays(bool pointersOnly, bool substitute) {
     GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
+    fsHostHasRouted = true;
     if (pointersOnly)
         setArrays<true>(gl, usedSlots(), substitute);
     else
@@ -206,7 +209,9 @@ void GLRouting::setArrays(GLFunctionTable& gl, uint32_t usedSlots, bool substitu
             setArray<kPointersOnly>(gl, i, slot.fDirect);
             continue;
         }
-        const auto type = slot.fDataType == GeometryData::kNormal ? normalType : slot.fDataType;
+        GeometryData::DataType type = slot.fDataType;
+        if (type == GeometryData::kNormal)
+            type = normalType;
         GeometryData* stream = fGroup ? fGroup->geometryDataPtr(type, slot.fIndex, false) : nullptr;
         if (!stream)
             continue;
@@ -239,6 +244,7 @@ void GLRouting::unsetArrays(GLFunctionTable& gl, uint32_t usedSlots) {
         object->unbindWith(&gl);
     }
     std::ranges::fill(boundGLObjects, nullptr);
+    fsHostHasRouted = false;
     unbindBuffers(gl);
     clientActiveTexture(gl, GL_TEXTURE0_ARB);
 }
@@ -260,10 +266,10 @@ void GLRouting::disableAllArrays() {
     unbindBuffers(gl);
 }
 
-void GLRouting::drawGroup(GeometryLogicalGroup* group, koUtil::BitField* visible, unsigned* primitiveList,
-                          unsigned* preparedIndices, unsigned preparedCount, bool substitute) {
-    fGroup = group;
-    if (!group || group->indexRecordCount() == 0 || group->streamCount() == 0)
+// Takes what drawGroup took, in the same order: that is a jump then.
+void GLRouting::drawUnplanned(GeometryLogicalGroup* group, koUtil::BitField* visible, unsigned* primitiveList,
+                              unsigned* preparedIndices, unsigned preparedCount, bool substitute) {
+    if (group->indexRecordCount() == 0 || group->streamCount() == 0)
         return;
     GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
 

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 /// Routes the data streams of a geometry group to GL vertex arrays and draws the group.
 ///
@@ -64,15 +65,35 @@ public:
     /// Where a slot takes its data from.
     enum SourceMode : uint32_t { kFromGeometry = 0, kDirect = 1, kUnused = 2 };
 
+    /// A value that is read and written as any other. Other values count as a change, by which routings tell
+    /// that they have to look at their slots again.
+    template <typename T>
+    class Watched {
+    public:
+        Watched(T value = {}) : fValue(value) {}
+        Watched(const Watched&) = default;
+        ~Watched() = default;
+        Watched& operator=(const Watched& other) { return *this = other.fValue; }
+        Watched& operator=(T value) {
+            fsSlotChanges += fValue != value;
+            fValue = value;
+            return *this;
+        }
+        operator T() const { return fValue; }
+
+    private:
+        T fValue;
+    };
+
     struct Slot {
-        uint32_t fMode = kUnused;
+        Watched<uint32_t> fMode = kUnused;
 
         /// For kDirect.
         DirectDataAssignment fDirect;
 
         /// For kFromGeometry: the stream number fIndex of that type.
-        GeometryData::DataType fDataType = GeometryData::kNone;
-        int32_t fIndex = 0;
+        Watched<GeometryData::DataType> fDataType = GeometryData::kNone;
+        Watched<int32_t> fIndex = 0;
     };
 
     /// Draws a group: its arrays set, each index record drawn, the arrays undone. Does nothing for a null
@@ -157,6 +178,15 @@ public:
     uint32_t fIndexCount = 0;
 
 private:
+    friend class DrawPlan;
+
+    void drawUnplanned(GeometryLogicalGroup* group, koUtil::BitField* visible, unsigned* primitiveList,
+                       unsigned* preparedIndices, unsigned preparedCount, bool substitute);
+    void drawByLayout();
+    void drawByOtherPlan();
+    void drawAndPlan();
+    void readSlots();
+    static bool allIsOrdinary(const GLFunctionTable& gl);
     template <bool kPointersOnly>
     static void setArray(GLFunctionTable& gl, GLInterpolant i, const DirectDataAssignment& a);
     static void disableArray(GLFunctionTable& gl, GLInterpolant i);
@@ -164,6 +194,7 @@ private:
     template <bool kPointersOnly>
     void setArrays(GLFunctionTable& gl, uint32_t usedSlots, bool substitute);
     void unsetArrays(GLFunctionTable& gl, uint32_t usedSlots);
+    static std::optional<GLenum> primitiveMode(uint32_t primitiveType);
     bool makeCurrent(GeometryDataIndex* record);
     void drawRecords(koUtil::BitField* visible, unsigned* primitiveList, unsigned* preparedIndices,
                      unsigned preparedCount);
@@ -176,6 +207,17 @@ private:
 
     /// Whether drawRecordsFromSharedObject has an object bound for the records of a block.
     bool fSharedObjectIsBound = false;
+
+    /// Whether the host may have left something in boundGLObjects.
+    static bool fsHostHasRouted;
+
+    /// Changes of any routing's slots, and how many there were when fLayout was made of these.
+    static uint64_t fsSlotChanges;
+    uint64_t fSlotsRead = 0;
+
+    /// A byte for each slot up to kTexCoord7, 0 where it is unused: its stream's type and number. All 0 when
+    /// the slots can't be told so.
+    std::array<uint8_t, 16> fLayout = {};
 };
 
 /// The buffer object that each interpolant was last routed to, between setting the arrays and undoing them.

@@ -6,24 +6,10 @@
 
 #include <memory>
 #include <new>
-#include <optional>
 
 // Drawing the index records of a group: from buffer objects or client memory, whole or in part.
 
 namespace {
-
-std::optional<GLenum> primitiveMode(uint32_t primitiveType) {
-    switch (primitiveType) {
-    case GeometryDataIndex::kTriangles:
-        return GL_TRIANGLES;
-    case GeometryDataIndex::kTriangleStrip:
-        return GL_TRIANGLE_STRIP;
-    case GeometryDataIndex::kQuads:
-        return GL_QUADS;
-    default:
-        return std::nullopt;
-    }
-}
 
 bool useObjectsForIndexing(const GLFunctionTable& gl) {
     return GLRouting::fsUseObjectsForIndexing && gl.usable(kCapVertexBufferObject);
@@ -83,6 +69,19 @@ GLObject* bindSharedObject(GeometryDataIndex& first) {
 }
 
 } // namespace
+
+std::optional<GLenum> GLRouting::primitiveMode(uint32_t primitiveType) {
+    switch (primitiveType) {
+    case GeometryDataIndex::kTriangles:
+        return GL_TRIANGLES;
+    case GeometryDataIndex::kTriangleStrip:
+        return GL_TRIANGLE_STRIP;
+    case GeometryDataIndex::kQuads:
+        return GL_QUADS;
+    default:
+        return std::nullopt;
+    }
+}
 
 bool GLRouting::makeCurrent(GeometryDataIndex* record) {
     fIndexRecord = record;

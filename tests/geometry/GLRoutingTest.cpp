@@ -4,6 +4,9 @@
 
 #include <orlohost/HWEnvironment.h>
 
+#include <optional>
+#include <random>
+
 namespace {
 
 constexpr auto kTriangles = GeometryDataIndex::kTriangles;
@@ -484,6 +487,188 @@ TEST_F(Blocks, needTheirFirstRecord) {
     made();
     EXPECT_EQ(drawn(), (upload(2, 0, 12) + Calls{fFirst, unbindIndices(), fromMemory(1), unbindIndices()}))
         << "the first stands for itself";
+}
+
+/// Groups that are drawn again and again while all that a drawing depends on changes. What drawGroup calls is
+/// what its steps call one by one, which remember nothing.
+class Redrawing : public RoutingTest {
+protected:
+    static constexpr GeometryData::DataType kTypes[] = {GeometryData::kPosition, GeometryData::kNormal,
+                                                        GeometryData::kColor, GeometryData::kTexCoord};
+
+    struct Scene {
+        Scene() {
+            for (GeometryLogicalGroup& group : groups) {
+                for (const auto type : kTypes)
+                    group.addStream(type, 3, std::vector<float>(30));
+                group.addIndexRecord(kTriangles, {0, 1, 2, 3, 4, 5});
+            }
+            for (GLRouting& routing : routings)
+                routing.fSlots[0] = {GLRouting::kFromGeometry, {}, GeometryData::kPosition, 0};
+        }
+
+        GeometryLogicalGroup groups[2];
+        GLRouting routings[2];
+    };
+
+    void startAnew() {
+        GLRouting::fsUseObjectsForData = GLRouting::fsUseObjectsForIndexing = true;
+        GLRouting::fsUseDrawRangeElements = HWEnvironment::orlo_block_allocate_strips = false;
+        gl().fExtEnabled[kCapMultitexture] = gl().fExtEnabled[kCapVertexBufferObject] = true;
+        gl().fMaxTextureUnits = 8;
+        GLObject::fsMaximumMemoryUsage = 1U << 30;
+        fScene.emplace();
+        made();
+    }
+
+    Calls stepByStep(const GLRouting& like, GeometryLogicalGroup& group) {
+        GLRouting routing;
+        routing.fSlots = like.fSlots;
+        routing.fGroup = &group;
+        routing.setVertexArrays(false, false);
+        for (size_t i = 0; i < group.indexRecordCount(); ++i) {
+            routing.fIndexRecord = group.indexRecord(i);
+            routing.fPrimitiveType = routing.fIndexRecord->fPrimitiveType;
+            routing.fIndexCount = routing.fIndexRecord->fIndexCount;
+            if (routing.fPrimitiveType != GeometryDataIndex::kNothing && routing.fIndexCount != 0)
+                routing.drawSingleIndexed(nullptr, nullptr, nullptr, 0);
+        }
+        routing.unsetVertexArrays();
+        return madeButForNames();
+    }
+
+    Calls inOne(GLRouting& routing, GeometryLogicalGroup& group) {
+        routing.drawGroup(&group, nullptr, nullptr, nullptr, 0, false);
+        EXPECT_EQ(routing.fIndexRecord, group.indexRecord(group.indexRecordCount() - 1));
+        EXPECT_EQ(routing.fPrimitiveType, routing.fIndexRecord->fPrimitiveType);
+        EXPECT_EQ(routing.fIndexCount, routing.fIndexRecord->fIndexCount);
+        EXPECT_THAT(boundGLObjects, testing::Each(nullptr));
+        return madeButForNames();
+    }
+
+    /// An upload that the budget refuses goes by a new name each time.
+    static Calls madeButForNames() {
+        Calls calls = made();
+        for (size_t i = 0; i + 4 < calls.size(); ++i) {
+            if (calls[i] == generate() && calls[i + 4].starts_with("glDeleteBuffersARB"))
+                calls.erase(calls.begin() + static_cast<ptrdiff_t>(i) + 1,
+                            calls.begin() + static_cast<ptrdiff_t>(i) + 5);
+        }
+        return calls;
+    }
+
+    unsigned random(unsigned end) { return static_cast<unsigned>(fRandom() % end); }
+
+    GeometryData& anyStream() { return *fScene->groups[random(2)].stream(random(4)); }
+    GeometryDataIndex& anyRecord() { return *fScene->groups[random(2)].indexRecord(0); }
+    GLRouting::Slot& anySlot() { return fScene->routings[random(2)].fSlots[random(8)]; }
+
+    static GLObject* named(GLObject::DataType type) {
+        auto* object = new GLObject;
+        object->fDataType = type;
+        if (object->bind()) {
+            object->bufferData(4, "abc");
+            object->unbind();
+        }
+        return object;
+    }
+
+    /// Changes one thing, by the operations for it or by writing the field.
+    void changeSomething() {
+        GeometryData& stream = anyStream();
+        GeometryDataIndex& record = anyRecord();
+        GLRouting::Slot& slot = anySlot();
+        switch (random(16)) {
+        case 0:
+            return stream.deleteHanger();
+        case 1:
+            stream.deleteHanger();
+            return stream.setHanger(named(GLObject::kVertexData)); // often where the one before it was
+        case 2:
+            delete std::exchange(record.fHanger, random(2) != 0 ? named(GLObject::kIndexData) : nullptr);
+            return;
+        case 3:
+            if (GLObject* object = GLObject::from(stream.fHanger))
+                object->deleteObject();
+            return;
+        case 4: // and left so
+            if (GLObject* object = GLObject::from(stream.fHanger); object && random(2) != 0)
+                object->bind();
+            fScene->routings[0].setupInterpolant(GLRouting::kTexCoord7, {3, GL_FLOAT, 0, fData, nullptr},
+                                                 true);
+            boundGLObjects[GLRouting::kTexCoord7] = GLObject::from(stream.fHanger);
+            return;
+        case 5:
+            stream.fComponentsPerElement = 2 + random(3);
+            return;
+        case 6:
+            record.fIndexCount = record.fAllocatedCount = random(7);
+            return;
+        case 7:
+            record.fPrimitiveType = 5 + random(4);
+            return;
+        case 8:
+            // A record in a block would be no step of its own.
+            HWEnvironment::orlo_block_allocate_strips = random(2) != 0;
+            for (GeometryLogicalGroup& group : fScene->groups) {
+                const GeometryDataIndex& all = *group.indexRecord(0);
+                group.indexRecord(0)->fAllocatedCount =
+                    all.fIndexCount + (HWEnvironment::orlo_block_allocate_strips ? 0 : random(2));
+            }
+            return;
+        case 9:
+        case 10:
+            slot.fMode = random(4) != 0 ? GLRouting::kFromGeometry : GLRouting::kUnused;
+            slot.fDataType = kTypes[random(4)];
+            slot.fIndex = static_cast<int32_t>(random(8)) / 7;
+            return;
+        case 11:
+            slot = {GLRouting::kDirect, {3, GL_FLOAT, 0, fData, nullptr}};
+            return;
+        case 12:
+            gl().fMaxTextureUnits = static_cast<int32_t>(random(9));
+            return;
+        case 13:
+            gl().fExtEnabled[random(2) != 0 ? kCapMultitexture : kCapVertexBufferObject] = random(4) != 0;
+            return;
+        case 14:
+            for (bool* flag : {&GLRouting::fsUseObjectsForData, &GLRouting::fsUseObjectsForIndexing})
+                *flag = random(4) != 0;
+            GLRouting::fsUseDrawRangeElements = random(4) == 0;
+            return;
+        default:
+            GLObject::fsMaximumMemoryUsage = IHWMemoryObject::fsMemoryUsage + 130;
+        }
+    }
+
+    std::minstd_rand fRandom; // NOLINT(cert-msc51-cpp): the same each time
+    std::optional<Scene> fScene;
+    const float fData[30] = {};
+};
+
+TEST_F(Redrawing, callsWhatItsStepsCall) {
+    int planned = 0;
+    for (int i = 0; i < 1'000; ++i) {
+        SCOPED_TRACE(i);
+        if (i % 8 == 0)
+            startAnew();
+        changeSomething();
+        made();
+        for (int draw = 0; draw < 3; ++draw) {
+            GLRouting& routing = fScene->routings[random(2)];
+            GeometryLogicalGroup& group = fScene->groups[random(2)];
+            // Who draws first uploads what is missing, with a full budget only what fits.
+            if (random(2) != 0)
+                inOne(routing, group);
+            Calls expected;
+            while (std::exchange(expected, stepByStep(routing, group)) != expected) {
+            }
+            ASSERT_EQ(inOne(routing, group), expected);
+            ASSERT_EQ(inOne(routing, group), expected) << "again";
+            planned += group.fDrawPlan != nullptr;
+        }
+    }
+    EXPECT_GT(planned, 1'000) << "of 3,000";
 }
 
 } // namespace

@@ -17,8 +17,8 @@
 
 /// A stream of data: one element per vertex.
 ///
-/// Does not own its elements: they stay where they are as long as the stream is drawn. Owns its hanger (the
-/// buffer object that a renderer made of it) and deletes it.
+/// Keeps the elements that it is made with as a vector; others stay where they are as long as the stream is
+/// drawn. Owns its hanger (the buffer object that a renderer made of it) and deletes it.
 class ORLOHOST_API GeometryData {
 public:
     /// What the elements mean. A renderer that is asked to substitute reads kSubstituteNormal wherever a
@@ -42,6 +42,7 @@ public:
     GeometryData(DataType type, uint32_t componentsPerElement, const float* data, uint32_t elementCount)
         : fDataType(type), fComponentsPerElement(componentsPerElement), fElementCount(elementCount),
           fData(data) {}
+    GeometryData(DataType type, uint32_t componentsPerElement, std::vector<float> values);
     ~GeometryData();
 
     GeometryData(const GeometryData&) = delete;
@@ -56,12 +57,17 @@ public:
     /// Deletes the hanger. Call it too when the elements have changed: the next drawing uploads them anew.
     void deleteHanger();
 
+    // The first three decide what is drawn once the elements are uploaded, and are looked at on each drawing:
+    // side by side, so that it is one look.
     DataType fDataType = kNone;
-    ElementType fElementType = kFloat;
     uint32_t fComponentsPerElement = 0;
+    IHWMemoryObject* fHanger = nullptr;
+    ElementType fElementType = kFloat;
     uint32_t fElementCount = 0;
     const void* fData = nullptr;
-    IHWMemoryObject* fHanger = nullptr;
+
+    /// The elements that the stream keeps itself.
+    std::vector<float> fKept;
 };
 
 /// An index record: a run of indices and the kind of primitive that they make.
@@ -70,8 +76,8 @@ public:
 /// and knows its start in it, and the first one, at start 0, points at the whole store, which has a word to
 /// spare behind its end. A record for itself has as many indices allocated as it uses.
 ///
-/// Owns neither the indices nor the hanger: several records may share one hanger, so the group that owns the
-/// records deletes them (GeometryLogicalGroup::deleteHangers).
+/// Keeps indices that it is made with as a vector. Does not own the hanger: several records may share one, so
+/// the group that owns the records deletes them (GeometryLogicalGroup::deleteHangers).
 class GeometryDataIndex {
 public:
     /// The kinds of primitive. A record of type 0 draws nothing.
@@ -81,6 +87,7 @@ public:
     GeometryDataIndex(uint32_t primitiveType, const uint32_t* indices, uint32_t indexCount)
         : fPrimitiveType(primitiveType), fIndexCount(indexCount), fIndices(indices),
           fAllocatedCount(indexCount) {}
+    GeometryDataIndex(uint32_t primitiveType, std::vector<uint32_t> indices);
 
     GeometryDataIndex(const GeometryDataIndex&) = delete;
     GeometryDataIndex& operator=(const GeometryDataIndex&) = delete;
@@ -89,8 +96,8 @@ public:
 
     uint32_t fPrimitiveType = kNothing;
     uint32_t fIndexCount = 0;
-    const uint32_t* fIndices = nullptr;
     IHWMemoryObject* fHanger = nullptr;
+    const uint32_t* fIndices = nullptr;
 
     /// Indices allocated for the block that the record belongs to; fIndexCount for a record by itself.
     uint32_t fAllocatedCount = 0;
@@ -101,6 +108,9 @@ public:
     /// The one stream that the record indexes, where each stream of a group has index records of its own;
     /// null (the usual case) where the same indices serve all streams.
     const GeometryData* fStream = nullptr;
+
+    /// The indices that the record keeps itself, for all of its block where it is the first of one.
+    std::vector<uint32_t> fKept;
 };
 
 /// Walks the elements of a stream in the order of an index record.
@@ -126,9 +136,9 @@ private:
 
 /// What is drawn with one call: data streams and the index records into them.
 ///
-/// Owns its streams, its records and every hanger on them; the elements and indices too where they were
-/// handed over as vectors. Hangers may be GL objects: end the group, or call deleteHangers, while a context
-/// that shares them is current. Records of a block: one block per group, added before other records.
+/// Owns its streams, its records and every hanger on them. Hangers may be GL objects: end the group, or call
+/// deleteHangers, while a context that shares them is current. Records of a block: one block per group, added
+/// before other records.
 class ORLOHOST_API GeometryLogicalGroup {
 public:
     GeometryLogicalGroup() = default;
@@ -179,9 +189,11 @@ public:
     /// ones.
     void deleteHangers();
 
+    /// What a renderer remembers of how it drew the group. It is the renderer's alone: the group only keeps
+    /// it, and ends it before its hangers and when a stream or a record joins.
+    std::unique_ptr<IHWMemoryObject> fDrawPlan;
+
 private:
     std::vector<std::unique_ptr<GeometryData>> fStreams;
     std::vector<std::unique_ptr<GeometryDataIndex>> fIndexRecords;
-    std::vector<std::vector<float>> fElementStores;
-    std::vector<std::vector<uint32_t>> fIndexStores;
 };

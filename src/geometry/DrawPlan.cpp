@@ -1,0 +1,180 @@
+#include "geometry/DrawPlan.h"
+
+#include <emmintrin.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace {
+
+constexpr size_t kMostTexCoords = 4;
+
+#ifdef ORLOGL_TRAP_HOOKS
+constexpr bool kSkipsWrappers = false;
+#else
+constexpr bool kSkipsWrappers = true;
+#endif
+
+// Sixteen bytes are compared at once.
+static_assert(offsetof(GeometryData, fDataType) == 0 && offsetof(GeometryData, fHanger) == 8);
+static_assert(offsetof(GeometryDataIndex, fPrimitiveType) == 0 && offsetof(GeometryDataIndex, fHanger) == 8);
+
+__m128i sixteenBytesAt(const void* memory) {
+    return _mm_loadu_si128(static_cast<const __m128i*>(memory));
+}
+
+} // namespace
+
+// As GLRouting draws such a group, step by step: setArrays, drawWholeRecord, unsetArrays.
+template <bool kNormals, bool kColors, size_t kTexCoords>
+void DrawPlan::drawShape(const DrawPlan& plan, const GLFunctionTable& gl, GLRouting& routing) {
+    constexpr size_t kFirstTexCoord = 1 + kNormals + kColors;
+    constexpr size_t kCount = kFirstTexCoord + kTexCoords;
+    const Array* arrays = plan.arrays();
+
+    GeometryDataIndex* record = plan.fRecord;
+    const __m128i head = sixteenBytesAt(record);
+    __m128i same = _mm_cmpeq_epi32(head, sixteenBytesAt(&plan.fRecordHead));
+    same = _mm_and_si128(
+        same, _mm_cmpeq_epi32(sixteenBytesAt(routing.fLayout.data()), sixteenBytesAt(plan.fLayout.data())));
+    for (size_t i = 0; i < kCount; ++i)
+        same = _mm_and_si128(
+            same, _mm_cmpeq_epi32(sixteenBytesAt(arrays[i].fStream), sixteenBytesAt(&arrays[i].fHead)));
+    if (_mm_movemask_epi8(same) != 0xFFFF || record->fAllocatedCount != plan.fRecordHead.fWhat[1] ||
+        gl.fMaxTextureUnits < plan.fUnits)
+        return routing.drawByOtherPlan();
+    routing.fIndexRecord = record;
+    routing.fPrimitiveType = record->fPrimitiveType;
+    routing.fIndexCount = record->fIndexCount;
+
+    const auto components = [&](size_t i) { return static_cast<GLint>(arrays[i].fHead.fWhat[1]); };
+    gl.fglBindBufferARB(GL_ARRAY_BUFFER_ARB, arrays[0].fBufferName);
+    gl.fglEnableClientState(GL_VERTEX_ARRAY);
+    gl.fglVertexPointer(components(0), GL_FLOAT, 0, nullptr);
+    if constexpr (kNormals) {
+        gl.fglBindBufferARB(GL_ARRAY_BUFFER_ARB, arrays[1].fBufferName);
+        gl.fglEnableClientState(GL_NORMAL_ARRAY);
+        gl.fglNormalPointer(GL_FLOAT, 0, nullptr);
+    }
+    if constexpr (kColors) {
+        gl.fglBindBufferARB(GL_ARRAY_BUFFER_ARB, arrays[1 + kNormals].fBufferName);
+        gl.fglEnableClientState(GL_COLOR_ARRAY);
+        gl.fglColorPointer(components(1 + kNormals), GL_FLOAT, 0, nullptr);
+    }
+    for (size_t i = kFirstTexCoord; i < kCount; ++i) {
+        gl.fglClientActiveTexture(arrays[i].fUnit);
+        gl.fglBindBufferARB(GL_ARRAY_BUFFER_ARB, arrays[i].fBufferName);
+        gl.fglEnableClientState(GL_TEXTURE_COORD_ARRAY);
+        gl.fglTexCoordPointer(components(i), GL_FLOAT, 0, nullptr);
+    }
+
+    gl.fglBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, plan.fIndexBufferName);
+    gl.fglDrawElements(plan.fMode, static_cast<GLsizei>(plan.fRecordHead.fWhat[1]), GL_UNSIGNED_INT, nullptr);
+    gl.fglBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
+
+    const auto disable = [&](size_t i, GLenum array) {
+        gl.fglBindBufferARB(GL_ARRAY_BUFFER_ARB, arrays[i].fBufferName);
+        if (array == GL_TEXTURE_COORD_ARRAY)
+            gl.fglClientActiveTexture(arrays[i].fUnit);
+        gl.fglDisableClientState(array);
+        gl.fglBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
+    };
+    disable(0, GL_VERTEX_ARRAY);
+    if constexpr (kNormals)
+        disable(1, GL_NORMAL_ARRAY);
+    if constexpr (kColors)
+        disable(1 + kNormals, GL_COLOR_ARRAY);
+    for (size_t i = kFirstTexCoord; i < kCount; ++i)
+        disable(i, GL_TEXTURE_COORD_ARRAY);
+    gl.fglBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
+    gl.fglBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
+    gl.fglClientActiveTexture(GL_TEXTURE0_ARB);
+}
+
+template <size_t... kShapes>
+DrawPlan::Draw DrawPlan::drawOfShape(size_t shape, std::index_sequence<kShapes...> /*shapes*/) {
+    static constexpr Draw kDraws[] = {drawShape<(kShapes & 1) != 0, (kShapes & 2) != 0, kShapes / 4>...};
+    return kDraws[shape];
+}
+
+/// Null for a layout without positions or with more texture coordinates than planned for.
+DrawPlan::Draw DrawPlan::drawOf(const GLRouting& routing) {
+    const auto& layout = routing.fLayout;
+    const auto isUsed = [](uint8_t slot) { return slot != 0; };
+    const auto texCoords = std::count_if(layout.begin() + GLRouting::kTexCoord0, layout.end(), isUsed);
+    if (layout[GLRouting::kPosition] == 0 || texCoords > static_cast<ptrdiff_t>(kMostTexCoords))
+        return nullptr;
+    const size_t shape = size_t{isUsed(layout[GLRouting::kNormal])} +
+                         size_t{isUsed(layout[GLRouting::kColor])} * 2 + static_cast<size_t>(texCoords) * 4;
+    return drawOfShape(shape, std::make_index_sequence<4 * (kMostTexCoords + 1)>());
+}
+
+std::unique_ptr<DrawPlan> DrawPlan::make(const GLFunctionTable& gl, const GLRouting& routing) {
+    const Draw draw = drawOf(routing);
+    if (!kSkipsWrappers || !draw)
+        return nullptr;
+    const auto used = std::ranges::count_if(routing.fLayout, [](uint8_t slot) { return slot != 0; });
+    std::unique_ptr<DrawPlan> plan(new (static_cast<size_t>(used), std::nothrow) DrawPlan(routing, draw));
+    if (!plan || !plan->planArrays(routing) || plan->fUnits > gl.fMaxTextureUnits || !plan->planRecord())
+        return nullptr;
+    plan->linkObjects(routing.fGroup);
+    return plan;
+}
+
+DrawPlan::DrawPlan(const GLRouting& routing, Draw draw)
+    : fDraw(draw), fGroup(*routing.fGroup), fLayout(routing.fLayout) {}
+
+DrawPlan::~DrawPlan() {
+    if (fRecord)
+        linkObjects(nullptr);
+}
+
+bool DrawPlan::planArrays(const GLRouting& routing) {
+    for (uint32_t i = GLRouting::kPosition; i <= GLRouting::kTexCoord7; ++i) {
+        if (fLayout[i] == 0)
+            continue;
+        const GLRouting::Slot& slot = routing.fSlots[i];
+        const GeometryData* stream = fGroup.geometryDataPtr(slot.fDataType, slot.fIndex, false);
+        const GLuint name = stream ? bufferNameOf(stream->fHanger, GLObject::kVertexData) : 0;
+        if (name == 0)
+            return false;
+        auto* array = new (arrays() + fArrayCount) Array{stream, {}, name, GLRouting::fsInterpolantEnums[i]};
+        std::memcpy(&array->fHead, stream, sizeof(Head));
+        ++fArrayCount;
+        // A slot that isn't the last one allowed is set; coordinates of a unit that GL has are disabled.
+        fUnits = std::max(fUnits, static_cast<int32_t>(fArrayCount) - 3);
+        if (i >= GLRouting::kTexCoord0)
+            fUnits = std::max(fUnits, static_cast<int32_t>(i - GLRouting::kTexCoord0) + 1);
+    }
+    return true;
+}
+
+bool DrawPlan::planRecord() {
+    GeometryDataIndex& record = *fGroup.indexRecord(0);
+    const auto mode = GLRouting::primitiveMode(record.fPrimitiveType);
+    fIndexBufferName = bufferNameOf(record.fHanger, GLObject::kIndexData);
+    if (!mode || fIndexBufferName == 0 || record.fIndexCount == 0 ||
+        record.fAllocatedCount != record.fIndexCount)
+        return false;
+    fMode = *mode;
+    std::memcpy(&fRecordHead, &record, sizeof(Head));
+    fRecord = &record;
+    return true;
+}
+
+/// 0 for what is no buffer object of that kind, and for one that other groups draw too: whoever ends it could
+/// not tell all of them.
+GLuint DrawPlan::bufferNameOf(IHWMemoryObject* hanger, GLObject::DataType type) const {
+    const GLObject* object = GLObject::from(hanger);
+    const bool isOurs =
+        object && object->fDataType == type && (!object->fPlannedIn || object->fPlannedIn == &fGroup);
+    return isOurs ? object->fBufferName : 0;
+}
+
+void DrawPlan::linkObjects(GeometryLogicalGroup* group) {
+    for (uint32_t i = 0; i < fArrayCount; ++i)
+        static_cast<GLObject*>(arrays()[i].fHead.fHanger)->fPlannedIn = group;
+    static_cast<GLObject*>(fRecordHead.fHanger)->fPlannedIn = group;
+}

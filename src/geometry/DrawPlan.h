@@ -1,0 +1,94 @@
+#pragma once
+
+#include "geometry/GLObject.h"
+#include "geometry/GLRouting.h"
+#include "gl/GLFunctionTable.h"
+
+#include <orlohost/GeometryData.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <utility>
+
+/// The calls that draw a group once all of it is uploaded, worked out by one drawing for those that follow.
+///
+/// A plan makes the very calls that drawing without it would. It is in force while the routing has the same
+/// layout and the streams and the record say what they said; each drawing compares that, in a few
+/// instructions. What else can change a call ends it: a buffer object that dies or loses its name, a stream
+/// or record that joins the group. Switches, limits and capabilities are the caller's to look at
+/// (GLRouting::allIsOrdinary).
+///
+/// The group keeps its plans in a list, one for each layout that it is drawn with: a pass for shadows routes
+/// less than one for colours.
+class DrawPlan final : public IHWMemoryObject {
+public:
+    ~DrawPlan() override;
+
+    /// A plan for the group of one record that `routing` has just drawn. Null where there can be none: for
+    /// data that are not in buffer objects, and for layouts that have no draw function.
+    static std::unique_ptr<DrawPlan> make(const GLFunctionTable& gl, const GLRouting& routing);
+
+    /// Draws the group, and leaves in `routing` what drawing leaves there. Lets the routing find another way
+    /// when the plan is not in force.
+    void draw(const GLFunctionTable& gl, GLRouting& routing) const { fDraw(*this, gl, routing); }
+
+    bool hasLayoutOf(const GLRouting& routing) const { return fLayout == routing.fLayout; }
+
+    std::unique_ptr<DrawPlan> fNext;
+
+    // An array lies behind the plan for each used slot, in memory of the same allocation.
+    static void operator delete(void* memory) { ::operator delete(memory); }
+
+private:
+    /// What a stream or a record begins with: what it is, and what hangs on it.
+    struct Head {
+        uint32_t fWhat[2];
+        IHWMemoryObject* fHanger;
+    };
+
+    struct Array {
+        const GeometryData* fStream;
+        Head fHead;
+        GLuint fBufferName;
+        GLenum fUnit; // of texture coordinates
+    };
+
+    using Draw = void (*)(const DrawPlan&, const GLFunctionTable&, GLRouting&);
+
+    template <bool kNormals, bool kColors, size_t kTexCoords>
+    static void drawShape(const DrawPlan& plan, const GLFunctionTable& gl, GLRouting& routing);
+    template <size_t... kShapes>
+    static Draw drawOfShape(size_t shape, std::index_sequence<kShapes...> shapes);
+    static Draw drawOf(const GLRouting& routing);
+
+    static void* operator new(size_t size, size_t arrayCount, const std::nothrow_t& tag) noexcept {
+        return ::operator new(size + arrayCount * sizeof(Array), tag);
+    }
+    static void operator delete(void* memory, size_t, const std::nothrow_t&) { ::operator delete(memory); }
+
+    DrawPlan(const GLRouting& routing, Draw draw);
+    bool planArrays(const GLRouting& routing);
+    bool planRecord();
+    GLuint bufferNameOf(IHWMemoryObject* hanger, GLObject::DataType type) const;
+    void linkObjects(GeometryLogicalGroup* group);
+
+    Array* arrays() { return reinterpret_cast<Array*>(this + 1); }
+    const Array* arrays() const { return reinterpret_cast<const Array*>(this + 1); }
+
+    Draw fDraw;
+    GeometryLogicalGroup& fGroup;
+    std::array<uint8_t, 16> fLayout;
+    uint32_t fArrayCount = 0;
+
+    /// Texture units without which not all slots are reached.
+    int32_t fUnits = 0;
+
+    /// Null until all else is planned.
+    GeometryDataIndex* fRecord = nullptr;
+    Head fRecordHead = {};
+    GLuint fIndexBufferName = 0;
+    GLenum fMode = 0;
+};
