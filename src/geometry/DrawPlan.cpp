@@ -143,8 +143,7 @@ bool DrawPlan::planArrays(const GLRouting& routing) {
         auto* array = new (arrays() + fArrayCount) Array{stream, {}, name, GLRouting::fsInterpolantEnums[i]};
         std::memcpy(&array->fHead, stream, sizeof(Head));
         ++fArrayCount;
-        // A slot that isn't the last one allowed is set; coordinates of a unit that GL has are disabled.
-        fUnits = std::max(fUnits, static_cast<int32_t>(fArrayCount) - 3);
+        // With fewer, slots would be left out or not be undone.
         if (i >= GLRouting::kTexCoord0)
             fUnits = std::max(fUnits, static_cast<int32_t>(i - GLRouting::kTexCoord0) + 1);
     }
