@@ -9,6 +9,7 @@
 #include <valgrind/callgrind.h>
 
 #include <memory>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -78,16 +79,24 @@ inline void drawByHand(const GLFunctionTable& gl, const HandGroup& group) {
     gl.fglClientActiveTexture(GL_TEXTURE0_ARB);
 }
 
+/// Twelve triangles of their own corners each, as the sides of a box.
 inline std::unique_ptr<GeometryLogicalGroup> makeGroup() {
+    constexpr size_t kCorners = 36;
+    std::vector<uint32_t> indices(kCorners);
+    std::iota(indices.begin(), indices.end(), 0U);
     auto group = std::make_unique<GeometryLogicalGroup>();
-    group->addStream(GeometryData::kPosition, 3, std::vector<float>(9));
-    group->addStream(GeometryData::kNormal, 3, std::vector<float>(9));
-    group->addStream(GeometryData::kTexCoord, 2, std::vector<float>(6));
-    group->addIndexRecord(GeometryDataIndex::kTriangles, {0, 1, 2});
+    group->addStream(GeometryData::kPosition, 3, std::vector<float>(3 * kCorners));
+    group->addStream(GeometryData::kNormal, 3, std::vector<float>(3 * kCorners));
+    group->addStream(GeometryData::kTexCoord, 2, std::vector<float>(2 * kCorners));
+    group->addIndexRecord(GeometryDataIndex::kTriangles, std::move(indices));
     return group;
 }
 
+/// With all in buffer objects, however many groups.
 inline GLRouting makeRouting() {
+    GLRouting::fsUseObjectsForData = true;
+    GLRouting::fsUseObjectsForIndexing = true;
+    GLObject::fsMaximumMemoryUsage = 1U << 30;
     GLRouting routing;
     routing.fSlots[GLRouting::kPosition] = {GLRouting::kFromGeometry, {}, GeometryData::kPosition, 0};
     routing.fSlots[GLRouting::kNormal] = {GLRouting::kFromGeometry, {}, GeometryData::kNormal, 0};
@@ -97,8 +106,6 @@ inline GLRouting makeRouting() {
 
 /// Groups whose streams and indices have long been uploaded.
 inline void benchDrawGroup(size_t count, const std::string& name) {
-    GLRouting::fsUseObjectsForData = true;
-    GLRouting::fsUseObjectsForIndexing = true;
     GLRouting routing = makeRouting();
     std::vector<std::unique_ptr<GeometryLogicalGroup>> groups(count);
     for (auto& group : groups)

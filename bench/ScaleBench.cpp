@@ -3,7 +3,6 @@
 #include <malloc.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdio>
 
@@ -85,22 +84,30 @@ double heapBytes() {
     return static_cast<double>(heap.uordblks + heap.hblkhd);
 }
 
-/// A buffer as a renderer of its own would remember it.
-struct HandBuffer {
-    GLuint name;
-    const void* data;
+/// A group of a renderer of its own: elements and indices as in makeGroup, and what drawByHand wants.
+struct HandMesh {
+    std::vector<float> positions, normals, texCoords;
+    std::vector<uint32_t> indices;
+    HandGroup group = {};
 };
 
+/// All that groups take: elements, records, buffer objects and plans.
 void benchMemory(GLRouting& routing) {
     constexpr size_t kCount = 10'000;
-    const Groups groups = makeGroups(kCount);
     const double before = heapBytes();
+    const Groups groups = makeGroups(kCount);
+    draw(routing, groups);
     draw(routing, groups);
     const double drawn = heapBytes();
-    const std::vector<std::array<HandBuffer, 4>> byHand(kCount);
-    const double kept = heapBytes();
+    std::vector<HandMesh> byHand(kCount);
+    for (HandMesh& mesh : byHand) {
+        mesh.positions.resize(groups[0]->stream(0)->fKept.size());
+        mesh.normals.resize(groups[0]->stream(1)->fKept.size());
+        mesh.texCoords.resize(groups[0]->stream(2)->fKept.size());
+        mesh.indices.resize(groups[0]->indexRecord(0)->fKept.size());
+    }
     std::printf("bytes per group of %zu|%.1f|%.1f\n", kCount, (drawn - before) / kCount,
-                (kept - drawn) / kCount);
+                (heapBytes() - drawn) / kCount);
 }
 
 } // namespace
@@ -109,8 +116,6 @@ int main() {
     GLFunctionTable functions;
     functions.populate();
     GLFunctionTable::fpGlobalFunctionTable = &functions;
-    GLRouting::fsUseObjectsForData = true;
-    GLRouting::fsUseObjectsForIndexing = true;
     GLRouting routing = makeRouting();
     benchMemory(routing);
     benchGrowth(routing);

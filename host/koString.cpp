@@ -16,6 +16,12 @@ CString& CString::plusEqual(const CString& tail) {
     return *this;
 }
 
+CString& CString::plusEqual(const char* tail) {
+    if (tail)
+        fText += tail;
+    return *this;
+}
+
 IString::IString(const char* text) : fText(text ? text : "") {}
 
 IString::IString(const CString& text) : fText(text.asChar()) {}
@@ -31,6 +37,12 @@ IString IString::plus(const IString& tail) const {
 
 IString& IString::plusEqual(const IString& tail) {
     fText += tail.fText;
+    return *this;
+}
+
+IString& IString::plusEqual(const char* tail) {
+    if (tail)
+        fText += tail;
     return *this;
 }
 

@@ -37,6 +37,9 @@ void guarded(Work&& work) {
 /// GL with separate programs, and a current context; else null and an error.
 const GL* usableGL();
 
+/// The same, and which context that is.
+const GL* usableGL(void*& context);
+
 /// What was made of a program; null: it is not loaded.
 LoadedProgram* loaded(const ProgramObject& program);
 

@@ -29,11 +29,24 @@ struct Binding {
     const LoadedProgram* bound[2] = {}; ///< null: none, or it is gone
     bool isEnabled[2] = {};
     std::map<void*, Pipeline> pipelines; ///< by context
+
+    // The one asked for last: most programs draw in one context.
+    void* lastContext = nullptr;
+    Pipeline* last = nullptr;
 };
 
 Binding& binding() {
     static Binding theBinding;
     return theBinding;
+}
+
+Pipeline& pipelineOf(void* context) {
+    Binding& all = binding();
+    if (!all.last || all.lastContext != context) {
+        all.last = &all.pipelines[context];
+        all.lastContext = context;
+    }
+    return *all.last;
 }
 
 /// Hands values of a type to a loaded program, `count` elements one behind the other.
@@ -65,8 +78,14 @@ LoadedProgram::~LoadedProgram() {
 }
 
 const GL* usableGL() {
+    void* context = nullptr;
+    return usableGL(context);
+}
+
+const GL* usableGL(void*& context) {
     const GL* gl = openGL();
-    if (gl && gl->currentContext()) {
+    context = gl ? gl->currentContext() : nullptr;
+    if (context) {
         static const bool hasSeparatePrograms = [&] {
             const auto* extensions = reinterpret_cast<const char*>(gl->getString(GL_EXTENSIONS));
             return extensions && std::strstr(extensions, "GL_ARB_separate_shader_objects") != nullptr;
@@ -195,8 +214,8 @@ void load(ProgramObject& program) {
 }
 
 /// The current context's pipeline, made anew where it is none: a new context may be where an old one was.
-Pipeline& makePipeline(const GL& gl) {
-    Pipeline& pipeline = binding().pipelines[gl.currentContext()];
+Pipeline& makePipeline(const GL& gl, void* context) {
+    Pipeline& pipeline = pipelineOf(context);
     if (gl.isProgramPipeline(pipeline.name))
         return pipeline;
     pipeline = {};
@@ -220,8 +239,8 @@ bool fillStages(const GL& gl, Pipeline& pipeline) {
 }
 
 /// After a profile was enabled or disabled.
-void apply(const GL& gl) {
-    Pipeline& pipeline = makePipeline(gl);
+void apply(const GL& gl, void* context) {
+    Pipeline& pipeline = makePipeline(gl, context);
     const bool isUsed = fillStages(gl, pipeline);
     if (isUsed) // a program of GL's own would go before the pipeline
         gl.useProgram(0);
@@ -232,8 +251,9 @@ void apply(const GL& gl) {
 
 void setEnabled(int stage, bool on) {
     binding().isEnabled[stage] = on;
-    if (const GL* gl = usableGL())
-        guarded([&] { apply(*gl); });
+    void* context = nullptr;
+    if (const GL* gl = usableGL(context))
+        guarded([&] { apply(*gl, context); });
 }
 
 int stageOf(CGprofile profile) {
@@ -289,13 +309,15 @@ void cgGLBindProgram(CGprogram handle) {
         return orlocg_raise(CG_PROGRAM_NOT_LOADED_ERROR);
     const int stage = stageOf(program->profile);
     binding().bound[stage] = loaded(*program);
-    const GL* gl = binding().isEnabled[stage] ? usableGL() : nullptr;
+    void* context = nullptr;
+    const GL* gl = binding().isEnabled[stage] ? usableGL(context) : nullptr;
     if (!gl)
         return;
-    // Under way in this context: only the stage changes, as from material to material.
-    const auto pipeline = binding().pipelines.find(gl->currentContext());
-    if (pipeline != binding().pipelines.end() && pipeline->second.isBound)
-        fillStages(*gl, pipeline->second);
-    else
-        guarded([&] { apply(*gl); });
+    guarded([&] {
+        // Under way in this context: only the stage changes, as from material to material.
+        if (Pipeline& pipeline = pipelineOf(context); pipeline.isBound)
+            fillStages(*gl, pipeline);
+        else
+            apply(*gl, context);
+    });
 }

@@ -5,6 +5,8 @@
 
 #include <array>
 #include <cstdio>
+#include <cstring>
+#include <utility>
 
 #include <orlohost/HWEnvironment.h>
 
@@ -25,14 +27,19 @@ const char* profileString(CGprofile profile) {
 
 /// A shader's files.
 struct ShaderFiles {
-    IString folder;
     IString vertex;
     IString fragment;
 
-    explicit ShaderFiles(const CString& name) : folder(HWEnvironment::orlo_path) {
-        vertex = fragment = folder.plusEqual("/bin/Cg/").plus(IString(name));
-        vertex.plusEqual("_vertex.cg");
-        fragment.plusEqual("_fragment.cg");
+    explicit ShaderFiles(const CString& name) {
+        constexpr size_t kRest = sizeof "/bin/Cg/_fragment.cg";
+        const size_t length =
+            std::strlen(HWEnvironment::orlo_path.asMultibyte()) + std::strlen(name.asChar());
+        for (auto& [path, tail] : {std::pair<IString&, const char*>(vertex, "_vertex.cg"),
+                                   std::pair<IString&, const char*>(fragment, "_fragment.cg")}) {
+            path.reserve(length + kRest);
+            path.plusEqual(HWEnvironment::orlo_path).plusEqual("/bin/Cg/").plusEqual(name.asChar());
+            path.plusEqual(tail);
+        }
     }
 };
 
@@ -44,8 +51,10 @@ void append(IString& key, const std::vector<CString>& options) {
 /// What a compiler is given: a host's own switches, then ours.
 class Switches {
 public:
-    Switches(const std::vector<CString>& options, const IString& folder, bool placesLikeGL)
-        : fInclude(CString("-I ").plus(folder.convertToCString())) {
+    Switches(const std::vector<CString>& options, bool placesLikeGL) {
+        fInclude.plusEqual("-I ")
+            .plusEqual(HWEnvironment::orlo_path.convertToCString())
+            .plusEqual("/bin/Cg/");
         for (const CString& option : options)
             fList.push_back(option.asChar());
         if (placesLikeGL)
@@ -72,18 +81,18 @@ private:
     std::vector<const char*> fList;
 };
 
-Switches vertexSwitches(const std::vector<CString>& options, const ShaderFiles& files) {
-    return {options, files.folder, true};
+Switches vertexSwitches(const std::vector<CString>& options) {
+    return {options, true};
 }
 
 bool compile(CGManager::CGShader& shader, const ShaderFiles& files, const std::vector<CString>& vertexOptions,
              const std::vector<CString>& fragmentOptions) {
-    Switches forVertices = vertexSwitches(vertexOptions, files);
+    Switches forVertices = vertexSwitches(vertexOptions);
     if (!shader.loadVertexProgram(files.vertex, forVertices.list())) {
         forVertices.print("Failing vertex params[%d] = %s\n", forVertices.size() - 1);
         return false;
     }
-    Switches forFragments(fragmentOptions, files.folder, false);
+    Switches forFragments(fragmentOptions, false);
     if (!shader.loadFragmentProgram(files.fragment, forFragments.list())) {
         // One line more than above, the null at the end: who counts the lines counts it.
         forFragments.print("Failing fragment params[%d] = %s\n", forFragments.size());
@@ -140,7 +149,9 @@ CGManager::CGShader CGManager::findOrCompile(const CString& name, const Options&
         return shader;
 
     // The last of the vertex options runs straight into the fragment file's path.
-    IString key = files.vertex.plus(" : ");
+    IString key;
+    key.reserve(512); // more than most, so that it grows once
+    key.plusEqual(files.vertex).plusEqual(" : ");
     append(key, vertexOptions);
     key.plusEqual(files.fragment).plusEqual(" : ");
     append(key, fragmentOptions);
@@ -177,7 +188,7 @@ CGManager::CGShader CGManager::findOrCompileVertex(const CString& name, const Op
     if (known != fShaderMap.end())
         return known->second;
     CGShader shader = emptyShader();
-    shader.loadVertexProgram(files.vertex, vertexSwitches(vertexOptions, files).list());
+    shader.loadVertexProgram(files.vertex, vertexSwitches(vertexOptions).list());
     return fShaderMap.emplace(key, shader).first->second;
 }
 
@@ -186,23 +197,32 @@ const CGManager::CGShader* CGManager::bindKOSLShader(koShadingDag::ShadingNodeSp
     auto* manager = managerOf<CGManager>(node, fVertexProfile, fFragmentProfile);
     if (!manager)
         return nullptr;
+    const CGShader* shader = onlyShader(manager->fShaderMap, key.asChar());
     try {
-        const IString name(key);
-        auto place = manager->fShaderMap.lower_bound(name);
-        if (place == manager->fShaderMap.end() || koString::less(name, place->first)) {
-            CString vertexSource;
-            CString fragmentSource;
-            compileMaterialToCg(node, lights, vertexSource, fragmentSource);
-            CGShader shader = emptyShader();
-            shader.loadVertexProgramFromString(IString(vertexSource));
-            shader.loadFragmentProgramFromString(IString(fragmentSource));
-            place = manager->fShaderMap.emplace_hint(place, name, shader);
-        }
-        place->second.enable();
-        return &place->second;
+        if (!shader)
+            shader = manager->findOrCompileMaterial(node, IString(key), lights, emptyShader());
+        shader->enable();
+        return shader;
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
+}
+
+/// A new one is made of `empty`, which has the profiles of the manager that was asked.
+const CGManager::CGShader* CGManager::findOrCompileMaterial(const koShadingDag::ShadingNodeSpec& node,
+                                                            const IString& key,
+                                                            const std::vector<LightSpec>* lights,
+                                                            CGShader empty) {
+    auto place = fShaderMap.lower_bound(key);
+    if (place == fShaderMap.end() || koString::less(key, place->first)) {
+        CString vertexSource;
+        CString fragmentSource;
+        compileMaterialToCg(node, lights, vertexSource, fragmentSource);
+        empty.loadVertexProgramFromString(IString(vertexSource));
+        empty.loadFragmentProgramFromString(IString(fragmentSource));
+        place = fShaderMap.emplace_hint(place, key, empty);
+    }
+    return &place->second;
 }
 
 void CGManager::releaseShaderMap() {

@@ -197,6 +197,9 @@ private:
     CGShader findOrCompile(const koString::CString& name, const Options& vertexOptions,
                            const Options& fragmentOptions);
     CGShader findOrCompileVertex(const koString::CString& name, const Options& vertexOptions);
+    const CGShader* findOrCompileMaterial(const koShadingDag::ShadingNodeSpec& node,
+                                          const koString::IString& key, const std::vector<LightSpec>* lights,
+                                          CGShader empty);
 };
 
 /// Whether the C library can open it for reading.

@@ -25,20 +25,30 @@ GlslShader* GlslManager::bindKOSLShader(koShadingDag::ShadingNodeSpec& node, con
     auto* manager = managerOf<GlslManager>(node);
     if (!manager)
         return nullptr;
-    auto place = manager->fShaders.lower_bound(key);
-    if (place == manager->fShaders.end() || koString::less(key, place->first)) {
+    GlslShader* shader = onlyShader(manager->fShaders, key.asChar());
+    if (!shader)
+        shader = manager->findOrCompile(node, key, lights);
+    if (shader)
+        shader->enable();
+    return shader;
+}
+
+/// Null where memory is short.
+GlslShader* GlslManager::findOrCompile(const koShadingDag::ShadingNodeSpec& node,
+                                       const koString::CString& key, const std::vector<LightSpec>* lights) {
+    auto place = fShaders.lower_bound(key);
+    if (place == fShaders.end() || koString::less(key, place->first)) {
         try {
             koString::CString vertexSource;
             koString::CString fragmentSource;
             compileMaterialToGlsl(node, lights, vertexSource, fragmentSource);
-            place = manager->fShaders.emplace_hint(place, key, GlslShader());
+            place = fShaders.emplace_hint(place, key, GlslShader());
             place->second.loadVertexProgramFromString(vertexSource);
             place->second.loadFragmentProgramFromString(fragmentSource);
         } catch (const std::bad_alloc&) {
             return nullptr;
         }
     }
-    place->second.enable();
     return &place->second;
 }
 

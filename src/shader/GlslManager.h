@@ -54,4 +54,8 @@ public:
     koString::CString getTransparencyTypeStringFromType(GlslTransparencyType type);
 
     std::map<koString::CString, GlslShader, GlslShader::ByName> fShaders;
+
+private:
+    GlslShader* findOrCompile(const koShadingDag::ShadingNodeSpec& node, const koString::CString& key,
+                              const std::vector<LightSpec>* lights);
 };

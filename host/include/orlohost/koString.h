@@ -17,6 +17,7 @@ public:
 
     CString plus(const CString& tail) const;
     CString& plusEqual(const CString& tail);
+    CString& plusEqual(const char* tail);
 
 private:
     std::string fText;
@@ -36,6 +37,10 @@ public:
 
     IString plus(const IString& tail) const;
     IString& plusEqual(const IString& tail);
+    IString& plusEqual(const char* tail);
+
+    /// Room for a string of that many bytes, so that it grows without being moved.
+    void reserve(size_t bytes) { fText.reserve(bytes); }
 
 private:
     std::string fText;
