@@ -54,16 +54,12 @@ const Material& Scene::materialOf(const Mesh& mesh) const {
     return mesh.colors.empty() && !mesh.normals.empty() ? kGrey : kWhite;
 }
 
-Bounds Scene::bounds() const {
-    Bounds box;
-    for (const Instance& instance : instances) {
-        const Mesh& mesh = meshes[static_cast<size_t>(instance.mesh)];
-        for (const std::uint32_t index : mesh.indices) {
-            const float* p = &mesh.positions[size_t{index} * 3];
-            box.extend(instance.toWorld.transform(koLinear::Point(p[0], p[1], p[2])));
-        }
+const Bounds& Scene::bounds() const {
+    if (!fBounds) {
+        fBounds.emplace();
+        DrawnVertices(*this).visit([this](const koLinear::Point& p) { fBounds->extend(p); });
     }
-    return box;
+    return *fBounds;
 }
 
 size_t Scene::count(Topology topology) const {
@@ -118,6 +114,15 @@ void Scene::append(Scene other) {
     moveBehind(lights, other.lights);
     moveBehind(files, other.files);
     moveBehind(warnings, other.warnings);
+    fBounds.reset();
+}
+
+DrawnVertices::DrawnVertices(const Scene& scene) : fScene(scene) {
+    for (const Mesh& mesh : scene.meshes) {
+        std::vector<char>& drawn = fDrawn.emplace_back(mesh.vertexCount());
+        for (const std::uint32_t index : mesh.indices)
+            drawn[index] = 1;
+    }
 }
 
 } // namespace orloview

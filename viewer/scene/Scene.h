@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -283,14 +284,43 @@ struct Scene {
         return !mesh.tangents.empty() && materialOf(mesh).usesTangents();
     }
 
-    /// Around every vertex that an instance draws, in world space.
-    Bounds bounds() const;
+    /// Around every vertex that an instance draws, in world space. Kept from the first call until another
+    /// scene is appended: vertices and places are to stay as they are from then on.
+    const Bounds& bounds() const;
     /// Elements of this kind over all instances.
     size_t count(Topology topology) const;
     /// Gives meshes the materials of all variants of this name. False where there is none.
     bool show(const std::string& variant);
     /// Takes another scene in beside what is here, and renumbers its references.
     void append(Scene other);
+
+private:
+    mutable std::optional<Bounds> fBounds;
+};
+
+/// The vertices that the instances of a scene draw, for whoever walks over all of them. The scene has to
+/// stay.
+class DrawnVertices {
+public:
+    explicit DrawnVertices(const Scene& scene);
+
+    /// Hands over each vertex of each instance once, however many elements share it, in world space.
+    template <typename Visit>
+    void visit(const Visit& visit) const {
+        for (const Instance& instance : fScene.instances) {
+            const auto mesh = static_cast<size_t>(instance.mesh);
+            const float* p = fScene.meshes[mesh].positions.data();
+            for (const char isDrawn : fDrawn[mesh]) {
+                if (isDrawn)
+                    visit(instance.toWorld.transform(koLinear::Point(p[0], p[1], p[2])));
+                p += 3;
+            }
+        }
+    }
+
+private:
+    const Scene& fScene;
+    std::vector<std::vector<char>> fDrawn; ///< of each mesh, whether any element uses the vertex
 };
 
 } // namespace orloview

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <memory>
 #include <numbers>
 
 namespace orloview {
@@ -191,16 +192,11 @@ Outline outlineOf(const Bounds& bounds) {
 }
 
 Outline outlineOf(const Scene& scene) {
-    return [&scene](const auto& visit) {
-        for (const Instance& instance : scene.instances) {
-            const Mesh& mesh = scene.meshes[static_cast<size_t>(instance.mesh)];
-            for (const std::uint32_t index : mesh.indices) {
-                const float* p = &mesh.positions[size_t{index} * 3];
-                const Point place = instance.toWorld.transform(Point(p[0], p[1], p[2]));
-                if (std::isfinite(place[0]) && std::isfinite(place[1]) && std::isfinite(place[2]))
-                    visit(place);
-            }
-        }
+    return [vertices = std::make_shared<const DrawnVertices>(scene)](const auto& visit) {
+        vertices->visit([&visit](const Point& place) {
+            if (std::isfinite(place[0]) && std::isfinite(place[1]) && std::isfinite(place[2]))
+                visit(place);
+        });
     };
 }
 
