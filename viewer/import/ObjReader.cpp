@@ -10,11 +10,11 @@
 #include <string>
 #include <string_view>
 #include <tuple>
-#include <unordered_map>
 #include <utility>
 
 #include "base/ImportError.h"
 #include "base/Text.h"
+#include "import/CornerTable.h"
 #include "import/MeshCheck.h"
 #include "import/ObjMaterials.h"
 #include "import/Warnings.h"
@@ -25,52 +25,25 @@ namespace orloview {
 
 namespace {
 
-constexpr std::uint32_t kNone = 0xFFFFFFFF;
+constexpr std::uint32_t kNone = Corner::kNone;
 constexpr std::uint32_t kEverySmooth = 1; ///< the smoothing group of a file without any
-
-/// One corner of a face: indices from 0 into the file's lists, kNone where the corner has no such thing. What
-/// lies beyond a list stays as it is and is sorted out with the mesh.
-struct Corner {
-    std::uint32_t position = kNone;
-    std::uint32_t uv = kNone;
-    std::uint32_t normal = kNone;
-    std::uint32_t smoothing = kEverySmooth;
-
-    bool operator==(const Corner&) const = default;
-};
-
-struct CornerHash {
-    size_t operator()(const Corner& corner) const {
-        size_t hash = corner.position;
-        for (const std::uint32_t part : {corner.uv, corner.normal, corner.smoothing})
-            hash = hash * 0x9E3779B97F4A7C15U + part;
-        return hash ^ hash >> 29U;
-    }
-};
 
 bool isIn(const std::vector<float>& list, std::uint32_t index, size_t width) {
     return index < list.size() / width;
 }
 
-/// Appends an entry of the list, or `instead` where there is no such entry.
-void copyOr(float instead, const std::vector<float>& list, std::uint32_t index, size_t width,
-            std::vector<float>& to) {
-    for (size_t i = 0; i < width; ++i)
-        to.push_back(isIn(list, index, width) ? list[size_t{index} * width + i] : instead);
+/// Copies an entry of the list, or `instead` where there is no such entry.
+void copyOr(float instead, const std::vector<float>& list, std::uint32_t index, size_t width, float* to) {
+    if (isIn(list, index, width))
+        std::copy_n(&list[size_t{index} * width], width, to);
+    else
+        std::fill_n(to, width, instead);
 }
 
 /// A mesh that grows while the file is read; corners that are alike share a vertex.
 struct Part {
     Mesh mesh;
-    std::unordered_map<Corner, std::uint32_t, CornerHash> known;
-    std::vector<Corner> corners; ///< by vertex
-
-    std::uint32_t vertexOf(const Corner& corner) {
-        const auto [found, isNew] = known.emplace(corner, static_cast<std::uint32_t>(corners.size()));
-        if (isNew)
-            corners.push_back(corner);
-        return found->second;
-    }
+    CornerTable vertices;
 };
 
 class ObjParser {
@@ -86,13 +59,12 @@ private:
     void readVector(std::string_view words, size_t width, std::vector<float>& to);
     void readNormal(std::string_view words);
     void readFace(std::string_view words);
-    std::vector<std::uint32_t> cut(const std::vector<Corner>& face) const;
+    void cutFace();
     void readPolyline(std::string_view words);
     void readPoints(std::string_view words);
     void readSmoothing(std::string_view words);
-    std::optional<std::vector<Corner>> readCorners(std::string_view words, size_t least);
+    bool readCorners(std::string_view words, size_t least);
     std::optional<Corner> readCorner(std::string_view word) const;
-    std::uint32_t listIndex(std::string_view word, size_t count, bool& valid) const;
     Part& part(Topology topology);
     void finish(Part& part);
     void addNormals(Part& part);
@@ -118,6 +90,10 @@ private:
     std::map<PartKey, size_t> fPartPlaces;
     std::vector<Part> fParts;
     std::optional<size_t> fCurrent[3]; ///< the part in use by topology, until group or material change
+
+    // Of the line that is read: kept, since most files are nothing but faces.
+    std::vector<Corner> fCorners;
+    std::vector<std::uint32_t> fCuts; ///< into fCorners, those of the triangles that the face is cut into
 };
 
 Scene ObjParser::read() {
@@ -214,49 +190,49 @@ void ObjParser::readNormal(std::string_view words) {
     normalize(std::span(fNormals).last(3));
 }
 
-/// Counted from 1, or backwards from the end where negative.
-std::uint32_t ObjParser::listIndex(std::string_view word, size_t count, bool& valid) const {
+/// A number of a list of that many, counted from 1, or backwards from the end where negative. None where the
+/// word is no such number.
+std::optional<std::uint32_t> listIndex(std::string_view word, size_t count) {
     const auto number = toWhole(word);
-    if (!number || *number == 0) {
-        valid = false;
-        return kNone;
-    }
+    if (!number || *number == 0)
+        return std::nullopt;
     const long long index = *number > 0 ? *number - 1 : static_cast<long long>(count) + *number;
     return index >= 0 && index < static_cast<long long>(kNone) ? static_cast<std::uint32_t>(index) : kNone;
 }
 
 /// "v", "v/vt", "v//vn" or "v/vt/vn".
 std::optional<Corner> ObjParser::readCorner(std::string_view word) const {
-    Corner corner;
-    bool valid = true;
-    const auto takeIndex = [&](size_t count, bool needed) {
-        const size_t end = std::min(word.find('/'), word.size());
-        const std::string_view digits = word.substr(0, end);
-        word.remove_prefix(std::min(end + 1, word.size()));
-        return digits.empty() && !needed ? kNone : listIndex(digits, count, valid);
+    Corner corner{.smoothing = kEverySmooth};
+    const auto takeIndex = [&word](std::uint32_t& index, size_t count, bool needed) {
+        const auto* const end = std::find(word.begin(), word.end(), '/');
+        const std::string_view digits(word.begin(), end);
+        word.remove_prefix(std::min(digits.size() + 1, word.size()));
+        if (digits.empty())
+            return !needed;
+        const std::optional<std::uint32_t> listed = listIndex(digits, count);
+        index = listed.value_or(kNone);
+        return listed.has_value();
     };
-    corner.position = takeIndex(fPositions.size() / 3, true);
-    corner.uv = takeIndex(fUvs.size() / 2, false);
-    corner.normal = takeIndex(fNormals.size() / 3, false);
-    return valid ? std::optional(corner) : std::nullopt;
+    if (takeIndex(corner.position, fPositions.size() / 3, true) &&
+        takeIndex(corner.uv, fUvs.size() / 2, false) && takeIndex(corner.normal, fNormals.size() / 3, false))
+        return corner;
+    return std::nullopt;
 }
 
-std::optional<std::vector<Corner>> ObjParser::readCorners(std::string_view words, size_t least) {
-    std::vector<Corner> corners;
-    for (std::string_view word = takeWord(words); !word.empty() && !word.starts_with('#');
-         word = takeWord(words)) {
+/// Into fCorners. False where the line says no such thing, which is told.
+bool ObjParser::readCorners(std::string_view words, size_t least) {
+    fCorners.clear();
+    for (std::string_view word = takeWord(words); !word.empty() && word[0] != '#'; word = takeWord(words)) {
         const std::optional<Corner> corner = readCorner(word);
         if (!corner) {
             badLine("left out: it has a word that is no vertex index");
-            return std::nullopt;
+            return false;
         }
-        corners.push_back(*corner);
+        fCorners.push_back(*corner);
     }
-    if (corners.size() < least) {
+    if (fCorners.size() < least)
         badLine("left out: it has too few vertices");
-        return std::nullopt;
-    }
-    return corners;
+    return fCorners.size() >= least;
 }
 
 Part& ObjParser::part(Topology topology) {
@@ -276,49 +252,50 @@ Part& ObjParser::part(Topology topology) {
 }
 
 void ObjParser::readFace(std::string_view words) {
-    std::optional<std::vector<Corner>> corners = readCorners(words, 3);
-    if (!corners)
+    if (!readCorners(words, 3))
         return;
     Part& to = part(Topology::Triangles);
     ++fFace;
-    for (Corner& corner : *corners) {
+    for (Corner& corner : fCorners) {
         // A face that is not smoothed shares its vertices with no other face, as if it were a group of its
         // own.
         corner.smoothing = corner.normal != kNone ? 0 : fSmoothing > 0 ? fSmoothing : kNone - fFace;
     }
-    for (const std::uint32_t corner : cut(*corners))
-        to.mesh.indices.push_back(to.vertexOf((*corners)[corner]));
+    cutFace();
+    for (const std::uint32_t corner : fCuts)
+        to.mesh.indices.push_back(to.vertices.numberOf(fCorners[corner]));
 }
 
-/// The corners of the triangles that the face is cut into.
-std::vector<std::uint32_t> ObjParser::cut(const std::vector<Corner>& face) const {
-    std::vector<std::uint32_t> polygon(face.size());
+/// Into fCuts.
+void ObjParser::cutFace() {
+    fCuts.clear();
+    if (fCorners.size() == 3) {
+        fCuts.insert(fCuts.end(), {0, 1, 2});
+        return;
+    }
+    std::vector<std::uint32_t> polygon(fCorners.size());
     std::iota(polygon.begin(), polygon.end(), 0U);
-    std::vector<float> outline;
-    for (size_t i = 0; face.size() > 3 && i < face.size(); ++i)
-        copyOr(0.0F, fPositions, face[i].position, 3, outline);
-    std::vector<std::uint32_t> triangles;
-    triangulate(polygon, outline, triangles);
-    return triangles;
+    std::vector<float> outline(fCorners.size() * 3);
+    for (size_t i = 0; i < fCorners.size(); ++i)
+        copyOr(0.0F, fPositions, fCorners[i].position, 3, &outline[i * 3]);
+    triangulate(polygon, outline, fCuts);
 }
 
 void ObjParser::readPolyline(std::string_view words) {
-    const std::optional<std::vector<Corner>> corners = readCorners(words, 2);
-    if (!corners)
+    if (!readCorners(words, 2))
         return;
     Part& to = part(Topology::Lines);
-    for (size_t i = 0; i + 1 < corners->size(); ++i)
-        for (const Corner& corner : {(*corners)[i], (*corners)[i + 1]})
-            to.mesh.indices.push_back(to.vertexOf(corner));
+    for (size_t i = 0; i + 1 < fCorners.size(); ++i)
+        for (const Corner& corner : {fCorners[i], fCorners[i + 1]})
+            to.mesh.indices.push_back(to.vertices.numberOf(corner));
 }
 
 void ObjParser::readPoints(std::string_view words) {
-    const std::optional<std::vector<Corner>> corners = readCorners(words, 1);
-    if (!corners)
+    if (!readCorners(words, 1))
         return;
     Part& to = part(Topology::Points);
-    for (const Corner& corner : *corners)
-        to.mesh.indices.push_back(to.vertexOf(corner));
+    for (const Corner& corner : fCorners)
+        to.mesh.indices.push_back(to.vertices.numberOf(corner));
 }
 
 void ObjParser::readSmoothing(std::string_view words) {
@@ -330,27 +307,31 @@ void ObjParser::readSmoothing(std::string_view words) {
 /// Gives the part's vertices their values from the file's lists and hands the mesh over.
 void ObjParser::finish(Part& part) {
     Mesh& mesh = part.mesh;
+    const std::vector<Corner>& corners = part.vertices.corners();
     const std::string name = mesh.name.empty() ? "the mesh" : "'" + mesh.name + "'";
-    const bool allNormals = std::all_of(part.corners.begin(), part.corners.end(), [&](const Corner& corner) {
+    const bool allNormals = std::all_of(corners.begin(), corners.end(), [&](const Corner& corner) {
         return isIn(fNormals, corner.normal, 3);
     });
-    if (!fUvs.empty())
-        mesh.uvSets.resize(1);
-    for (const Corner& corner : part.corners) {
-        copyOr(0.0F, fPositions, corner.position, 3, mesh.positions);
-        if (!fUvs.empty()) {
-            copyOr(0.0F, fUvs, corner.uv, 2, mesh.uvSets[0]);
-            mesh.uvSets[0].back() = 1.0F - mesh.uvSets[0].back(); // v runs up in these files
+    mesh.positions.resize(corners.size() * 3);
+    for (size_t i = 0; i < corners.size(); ++i)
+        copyOr(0.0F, fPositions, corners[i].position, 3, &mesh.positions[i * 3]);
+    if (allNormals && mesh.topology == Topology::Triangles)
+        mesh.normals.resize(corners.size() * 3);
+    for (size_t i = 0; i * 3 < mesh.normals.size(); ++i)
+        copyOr(0.0F, fNormals, corners[i].normal, 3, &mesh.normals[i * 3]);
+    if (!fUvs.empty()) {
+        std::vector<float>& uvs = mesh.uvSets.emplace_back(corners.size() * 2);
+        for (size_t i = 0; i < corners.size(); ++i) {
+            copyOr(0.0F, fUvs, corners[i].uv, 2, &uvs[i * 2]);
+            uvs[i * 2 + 1] = 1.0F - uvs[i * 2 + 1]; // v runs up in these files
         }
-        if (!fColors.empty()) {
-            copyOr(1.0F, fColors, corner.position, 3, mesh.colors);
-            mesh.colors.push_back(1.0F);
-        }
-        if (allNormals && mesh.topology == Topology::Triangles)
-            copyOr(0.0F, fNormals, corner.normal, 3, mesh.normals);
     }
+    if (!fColors.empty())
+        mesh.colors.resize(corners.size() * 4, 1.0F);
+    for (size_t i = 0; i * 4 < mesh.colors.size(); ++i)
+        copyOr(1.0F, fColors, corners[i].position, 3, &mesh.colors[i * 4]);
     for (std::uint32_t& index : mesh.indices)
-        if (!isIn(fPositions, part.corners[index].position, 3))
+        if (!isIn(fPositions, corners[index].position, 3))
             index = kNone;
     if (!makeDrawable(mesh, name, fWarnings))
         return;
@@ -362,16 +343,20 @@ void ObjParser::finish(Part& part) {
 
 /// Normals by smoothing group; corners that have one in the file keep it.
 void ObjParser::addNormals(Part& part) {
-    std::unordered_map<Corner, std::uint32_t, CornerHash> places;
+    const std::vector<Corner>& corners = part.vertices.corners();
     std::vector<std::uint32_t> groups;
-    for (const Corner& corner : part.corners) {
-        const Corner key{.position = corner.position, .smoothing = corner.smoothing};
-        groups.push_back(places.emplace(key, static_cast<std::uint32_t>(places.size())).first->second);
+    const bool isApart = std::any_of(corners.begin(), corners.end(), [](const Corner& corner) {
+        return corner.uv != kNone || corner.normal != kNone;
+    });
+    if (isApart) { // else no two vertices are of one place and group
+        CornerTable places;
+        for (const Corner& corner : corners)
+            groups.push_back(places.numberOf({.position = corner.position, .smoothing = corner.smoothing}));
     }
     addSmoothNormals(part.mesh, groups);
-    for (size_t i = 0; i < part.corners.size(); ++i)
-        if (isIn(fNormals, part.corners[i].normal, 3))
-            std::copy_n(&fNormals[size_t{part.corners[i].normal} * 3], 3, &part.mesh.normals[i * 3]);
+    for (size_t i = 0; i < corners.size(); ++i)
+        if (isIn(fNormals, corners[i].normal, 3))
+            std::copy_n(&fNormals[size_t{corners[i].normal} * 3], 3, &part.mesh.normals[i * 3]);
 }
 
 } // namespace
