@@ -1,7 +1,6 @@
 #include "base/ChildProcess.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -32,6 +31,8 @@ constexpr bool kSanitized = false;
 #endif
 
 constexpr int kMillisecondsBetweenLooks = 50;
+constexpr size_t kBuffer = size_t{1} << 16;
+constexpr int kRoomInPipe = 1 << 20;
 
 /// The kernel tells of computing time that is used up once, by a signal of its own, and then kills.
 constexpr size_t kSecondsBeforeTheKill = 1;
@@ -89,42 +90,6 @@ timespec timeUsed(pid_t child) {
     return used;
 }
 
-enum class Received { Piece, Nothing, End };
-
-/// Appends what has arrived within a twentieth of a second.
-Received receive(int pipe, std::vector<std::uint8_t>& output) {
-    pollfd arrived{pipe, POLLIN, 0};
-    if (::poll(&arrived, 1, kMillisecondsBetweenLooks) <= 0)
-        return Received::Nothing;
-    std::array<std::uint8_t, 65536> piece; // NOLINT(cppcoreguidelines-pro-type-member-init): it is read into
-    const ssize_t count = ::read(pipe, piece.data(), piece.size());
-    if (count > 0)
-        output.insert(output.end(), piece.begin(), piece.begin() + count);
-    else if (count == 0 || errno != EINTR)
-        return Received::End;
-    return Received::Piece;
-}
-
-/// Takes the output until the child has closed its end of the pipe, which it does at its end. False when it
-/// has waited too long for something.
-bool takeOutput(int pipe, pid_t child, unsigned seconds, const std::function<void()>& whileWaiting,
-                std::vector<std::uint8_t>& output) {
-    timespec used{};
-    double idle = 0.0; // counted in looks: the whole program may have been stopped for hours
-    while (idle < seconds) {
-        const Received received = receive(pipe, output);
-        if (whileWaiting)
-            whileWaiting();
-        if (received == Received::End)
-            return true;
-        const timespec before = std::exchange(used, timeUsed(child));
-        const bool isIdle =
-            received == Received::Nothing && used.tv_sec == before.tv_sec && used.tv_nsec == before.tv_nsec;
-        idle = isIdle ? idle + kMillisecondsBetweenLooks / 1000.0 : 0.0;
-    }
-    return false;
-}
-
 ChildOutcome outcomeOf(int status) {
     if (WIFSIGNALED(status)) {
         switch (WTERMSIG(status)) {
@@ -175,7 +140,69 @@ private:
 
 } // namespace
 
-ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
+/// What has arrived, at most so much; 0 at the end.
+size_t ChildOutput::receive(void* to, size_t most) {
+    while (!fHasWaitedTooLong) {
+        pollfd arrived{fPipe, POLLIN, 0};
+        const bool isThere = ::poll(&arrived, 1, kMillisecondsBetweenLooks) > 0;
+        if (fWhileWaiting)
+            fWhileWaiting();
+        if (isThere) {
+            fIdle = 0.0;
+            const ssize_t count = ::read(fPipe, to, most);
+            if (count >= 0 || errno != EINTR)
+                return static_cast<size_t>(std::max<ssize_t>(count, 0));
+            continue;
+        }
+        const timespec before = std::exchange(fUsed, timeUsed(fChild));
+        const bool isIdle = fUsed.tv_sec == before.tv_sec && fUsed.tv_nsec == before.tv_nsec;
+        fIdle = isIdle ? fIdle + kMillisecondsBetweenLooks / 1000.0 : 0.0;
+        fHasWaitedTooLong = fIdle >= fSeconds;
+    }
+    return 0;
+}
+
+/// Whether there is something to be taken from the buffer.
+bool ChildOutput::fill() {
+    fBuffer.resize(kBuffer);
+    if (fReceived.empty())
+        fReceived = {fBuffer.data(), receive(fBuffer.data(), fBuffer.size())};
+    return !fReceived.empty();
+}
+
+bool ChildOutput::take(void* to, size_t size) {
+    auto* at = static_cast<std::uint8_t*>(to);
+    while (size > 0) {
+        size_t count = 0;
+        if (fReceived.empty() && size >= kBuffer) {
+            count = receive(at, size);
+        } else if (fill()) {
+            count = std::min(size, fReceived.size());
+            std::copy_n(fReceived.begin(), count, at);
+            fReceived = fReceived.subspan(count);
+        }
+        if (count == 0)
+            return false;
+        at += count;
+        size -= count;
+    }
+    return true;
+}
+
+std::vector<std::uint8_t> ChildOutput::takeRest() {
+    std::vector<std::uint8_t> rest;
+    while (fill()) {
+        rest.insert(rest.end(), fReceived.begin(), fReceived.end());
+        fReceived = {};
+    }
+    return rest;
+}
+
+bool ChildOutput::isAtEnd() {
+    return !fill() && !fHasWaitedTooLong;
+}
+
+ChildResult runInChild(const ChildWork& work, const ChildLimits& limits, const ChildTaker& take,
                        const std::function<void()>& whileWaiting) {
     ChildResult result;
     int ends[2] = {-1, -1};
@@ -183,6 +210,7 @@ ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
         return result;
     const Descriptor readEnd(ends[0]);
     Descriptor writeEnd(ends[1]);
+    ::fcntl(writeEnd.number(), F_SETPIPE_SZ, kRoomInPipe); // fewer turns; as it was where that's too much
 
     std::fflush(nullptr);
     const pid_t process = ::fork();
@@ -193,11 +221,24 @@ ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
     Child child(process);
 
     writeEnd.close();
-    const bool inTime = takeOutput(readEnd.number(), process, limits.seconds, whileWaiting, result.output);
+    ChildOutput output(readEnd.number(), process, limits.seconds, whileWaiting);
+    take(output);
+    const bool hasEnded = output.isAtEnd();
     result.limits = limitsOf(process);
-    result.outcome = inTime ? outcomeOf(child.wait()) : ChildOutcome::OutOfTime;
-    if (inTime && result.outcome == ChildOutcome::OutOfTime)
+    if (!hasEnded) {
+        result.outcome = output.hasWaitedTooLong() ? ChildOutcome::OutOfTime : ChildOutcome::Crashed;
+        return result;
+    }
+    result.outcome = outcomeOf(child.wait());
+    if (result.outcome == ChildOutcome::OutOfTime)
         --result.limits.seconds; // the kernel has moved it on, to tell again
+    return result;
+}
+
+ChildResult runInChild(const ChildWork& work, const ChildLimits& limits) {
+    std::vector<std::uint8_t> output;
+    ChildResult result = runInChild(work, limits, [&](ChildOutput& from) { output = from.takeRest(); });
+    result.output = std::move(output);
     return result;
 }
 

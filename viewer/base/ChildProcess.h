@@ -2,9 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
+
+#include <sys/types.h>
 
 namespace orloview {
 
@@ -25,7 +29,7 @@ struct ChildLimits {
 
 struct ChildResult {
     ChildOutcome outcome = ChildOutcome::NotStarted;
-    std::vector<std::uint8_t> output; ///< what the work wrote: its result, or why it failed
+    std::vector<std::uint8_t> output; ///< what the work wrote, where nobody else took it
     ChildLimits limits;               ///< as they were in the end
 };
 
@@ -33,12 +37,51 @@ struct ChildResult {
 /// It may throw std::bad_alloc; anything else that leaves it counts as a crash.
 using ChildWork = std::function<bool(int fileDescriptor)>;
 
+/// What a child writes, to be taken while it works.
+class ChildOutput {
+public:
+    /// From a pipe; `seconds` are those that the child may wait for something.
+    ChildOutput(int pipe, pid_t child, unsigned seconds, const std::function<void()>& whileWaiting)
+        : fPipe(pipe), fChild(child), fSeconds(seconds), fWhileWaiting(whileWaiting) {}
+
+    /// Takes so many bytes. False where the child ends before, or waits too long.
+    bool take(void* to, size_t size);
+
+    /// Takes all that comes until the child ends or waits too long.
+    std::vector<std::uint8_t> takeRest();
+
+    /// Whether the child has ended and all was taken. Waits for more.
+    bool isAtEnd();
+
+    bool hasWaitedTooLong() const { return fHasWaitedTooLong; }
+
+private:
+    size_t receive(void* to, size_t most);
+    bool fill();
+
+    int fPipe;
+    pid_t fChild;
+    unsigned fSeconds;
+    const std::function<void()>& fWhileWaiting;
+    timespec fUsed{};
+    double fIdle = 0.0; ///< counted in looks: the whole program may have been stopped for hours
+    bool fHasWaitedTooLong = false;
+    std::vector<std::uint8_t> fBuffer;
+    std::span<const std::uint8_t> fReceived; ///< of the buffer, what nobody has taken yet
+};
+
+/// Takes what a child writes. What is left makes the child one that has crashed.
+using ChildTaker = std::function<void(ChildOutput&)>;
+
 /// Runs the work in a forked process with these limits, its standard streams led nowhere and
-/// no other descriptor open, and takes what it writes, calling `whileWaiting` about 20 times a second. It can
-/// write no files. The child ends with its parent. Not for a process that has started threads, or whose
-/// standard streams are closed: what is opened here would get their numbers.
-ChildResult runInChild(const ChildWork& work, const ChildLimits& limits,
+/// no other descriptor open, and hands over what it writes, calling `whileWaiting` about 20 times a second
+/// meanwhile. It can write no files. The child ends with its parent. Not for a process that has started
+/// threads, or whose standard streams are closed: what is opened here would get their numbers.
+ChildResult runInChild(const ChildWork& work, const ChildLimits& limits, const ChildTaker& take,
                        const std::function<void()>& whileWaiting = {});
+
+/// Keeps what it writes.
+ChildResult runInChild(const ChildWork& work, const ChildLimits& limits);
 
 /// Makes this process, a child, one of these: limited, silenced, without leave to write files, ended with its
 /// parent.

@@ -487,7 +487,7 @@ void withoutDot(std::string& suffix) {
 
 } // namespace
 
-Scene readStl(const std::vector<std::uint8_t>& bytes) {
+Scene readStl(std::span<const std::uint8_t> bytes) {
     Assimp::Importer importer;
     const aiScene* source = importer.ReadFileFromMemory(bytes.data(), bytes.size(), kPostprocess, "stl");
     Scene scene = convert(importer, source, ModelFolder({}), "STL");

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,7 @@
 namespace orloview {
 
 /// Reads STL from memory by the import library. Facets are flat, their normals as their vertices turn.
-Scene readStl(const std::vector<std::uint8_t>& bytes);
+Scene readStl(std::span<const std::uint8_t> bytes);
 
 /// Reads whatever else the import library knows by the file's suffix or content. Its indices, coordinates and
 /// references are checked here: the library hands on what stands in the file. Throws an ImportError.

@@ -70,7 +70,7 @@ GltfContainer openBinary(Bytes bytes) {
     if (!rest.empty()) {
         const Bytes data = takeChunk(rest, type);
         if (type == kBinaryChunk)
-            container.binary.assign(data.begin(), data.end());
+            container.binary = data;
     }
     return container;
 }
@@ -90,7 +90,7 @@ void checkVersion(const GltfObject& asset) {
 
 } // namespace
 
-GltfContainer openGltf(const std::vector<std::uint8_t>& bytes) {
+GltfContainer openGltf(std::span<const std::uint8_t> bytes) {
     static constexpr std::array<std::uint8_t, 4> kMagic{'g', 'l', 'T', 'F'};
     const bool isBinary = bytes.size() >= 4 && std::equal(kMagic.begin(), kMagic.end(), bytes.begin());
     GltfContainer container = isBinary ? openBinary(bytes) : GltfContainer{parseJson(bytes), {}, false};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -11,13 +12,14 @@ namespace orloview {
 /// A glTF file taken apart: its JSON and, of a binary file, the chunk of data that follows.
 struct GltfContainer { // NOLINT(bugprone-exception-escape): the JSON library's move constructor may throw
     nlohmann::json json;
-    std::vector<std::uint8_t> binary;
+    std::span<const std::uint8_t> binary; ///< of the file
     bool isBinary = false;
 };
 
 /// Takes a text or binary file apart and makes sure that this program can read it: the JSON is whole, the
-/// version is 2 and no extension that it needs is unknown. Throws an ImportError otherwise.
-GltfContainer openGltf(const std::vector<std::uint8_t>& bytes);
+/// version is 2 and no extension that it needs is unknown. Throws an ImportError otherwise. The bytes have to
+/// stay.
+GltfContainer openGltf(std::span<const std::uint8_t> bytes);
 
 /// The bytes of a "data:" URI. Throws an ImportError where it is no base64.
 std::vector<std::uint8_t> decodeDataUri(const std::string& uri);

@@ -177,12 +177,12 @@ std::span<const std::uint8_t> GltfData::buffer(size_t index) {
     const bool isChunk = index == 0 && fContainer.isBinary && !fBuffers[index].has("uri");
     if (!isChunk && fLoaded[index].empty())
         fLoaded[index] = loadBuffer(index);
-    const std::vector<std::uint8_t>& loaded = isChunk ? fContainer.binary : fLoaded[index];
+    const std::span<const std::uint8_t> loaded = isChunk ? fContainer.binary : fLoaded[index];
     const size_t length = fBuffers[index].whole("byteLength", 0);
     if (length > loaded.size())
         throw ImportError(fBuffers[index].place() + " should have " + std::to_string(length) +
                           " bytes and has " + std::to_string(loaded.size()));
-    return std::span<const std::uint8_t>(loaded).first(length);
+    return loaded.first(length);
 }
 
 /// Of the buffer that the source names, what it says.

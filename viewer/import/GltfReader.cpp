@@ -445,8 +445,7 @@ std::vector<float> GltfParser::colors(const GltfObject& attributes) {
 
 } // namespace
 
-Scene readGltf(const std::vector<std::uint8_t>& bytes, const ModelFolder& folder,
-               const ProgressReport& report) {
+Scene readGltf(std::span<const std::uint8_t> bytes, const ModelFolder& folder, const ProgressReport& report) {
     const GltfContainer container = openGltf(bytes);
     return GltfParser(container, folder, report).read();
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <span>
 
 #include "base/ProgressReport.h"
 #include "import/ModelFolder.h"
@@ -15,7 +15,7 @@ namespace orloview {
 /// spelled out, quantised and sparse attributes are resolved, morph targets are added by their weights, skins
 /// stand in the pose of the scene, triangles without normals get flat ones. Parts that can't be read are left
 /// out with a warning. Throws an ImportError where nothing can be made of the file.
-Scene readGltf(const std::vector<std::uint8_t>& bytes, const ModelFolder& folder,
+Scene readGltf(std::span<const std::uint8_t> bytes, const ModelFolder& folder,
                const ProgressReport& report = {});
 
 } // namespace orloview

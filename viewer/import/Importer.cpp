@@ -5,6 +5,7 @@
 #include <limits>
 #include <new>
 #include <utility>
+#include <vector>
 
 #include <unistd.h>
 
@@ -24,15 +25,44 @@ namespace {
 
 constexpr size_t kLongestError = 1000;
 
+// What a child begins with, and what follows.
+constexpr char kScene = 's';
+constexpr char kReason = 'r';
+
+bool writeMark(int output, char mark) {
+    return ::write(output, &mark, 1) == 1;
+}
+
 /// The child's work: the scene, or one line that says what is wrong.
 bool readInto(int output, const std::string& path, const ModelFolder& folder, SharedFraction& done) {
     try {
-        return writeScene(readModel(path, folder, [&done](double fraction) { done.set(fraction); }), output);
+        // Never deleted: when this process has ended, the parent still reads from its pages.
+        auto* const scene =
+            new Scene(readModel(path, folder, [&done](double fraction) { done.set(fraction); }));
+        return writeMark(output, kScene) && writeScene(*scene, output);
     } catch (const ImportError& error) {
         const std::string line = error.what();
-        static_cast<void>(::write(output, line.data(), line.size()) != 0);
+        static_cast<void>(writeMark(output, kReason) && ::write(output, line.data(), line.size()) > 0);
         return false;
     }
+}
+
+/// What such a child has written: an error, or a scene, and whether that is a good one.
+struct Taken {
+    std::vector<std::uint8_t> reason;
+    Scene scene;
+    bool isGood = false;
+};
+
+void take(ChildOutput& from, size_t mostBytes, Taken& taken) {
+    char mark = 0;
+    if (!from.take(&mark, 1))
+        return;
+    if (mark == kReason)
+        taken.reason = from.takeRest();
+    else
+        taken.isGood =
+            readScene([&from](void* to, size_t size) { return from.take(to, size); }, mostBytes, taken.scene);
 }
 
 size_t memoryOfMachine() {
@@ -50,11 +80,11 @@ ChildLimits childLimits(const std::string& path, const ImportLimits& asked) {
     return limits;
 }
 
-std::string whatHappened(const ChildResult& result) {
+std::string whatHappened(const ChildResult& result, const std::vector<std::uint8_t>& reason) {
     const std::string kUnread = "the file could not be read: ";
     switch (result.outcome) {
     case ChildOutcome::Failed:
-        return printable(std::string(result.output.begin(), result.output.end()), kLongestError);
+        return printable(std::string(reason.begin(), reason.end()), kLongestError);
     case ChildOutcome::OutOfMemory:
         return kUnread + beyondMemory(result.limits.memoryBytes, "try re-exporting it");
     case ChildOutcome::OutOfTime:
@@ -72,17 +102,22 @@ ImportResult importModel(const std::string& path, const ImportLimits& asked, con
     ImportResult result;
     SharedFraction done;
     const ModelFolder folder(path, asked.allowOutside);
+    const ChildLimits limits = childLimits(path, asked);
     try {
+        Taken taken;
         const ChildResult child = runInChild(
             [&](int output) {
                 confine(folder.readable());
                 return readInto(output, path, folder, done);
             },
-            childLimits(path, asked), [&] { tell(report, done.get(), 1.0); });
+            limits, [&](ChildOutput& from) { take(from, limits.mostMemoryBytes, taken); },
+            [&] { tell(report, done.get(), 1.0); });
         if (child.outcome != ChildOutcome::Done)
-            result.error = whatHappened(child);
-        else if (!readScene(child.output, result.scene))
-            result.error = whatHappened({ChildOutcome::Crashed, {}, {}});
+            result.error = whatHappened(child, taken.reason);
+        else if (!taken.isGood)
+            result.error = whatHappened({ChildOutcome::Crashed, {}, {}}, {});
+        else
+            result.scene = std::move(taken.scene);
     } catch (const std::bad_alloc&) {
         result.error = "there is not enough memory on this machine for what is in it; export it in parts";
     }

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
+#include "base/MappedFile.h"
 #include "import/AssimpReader.h"
 #include "import/Format.h"
 #include "import/GltfReader.h"
@@ -18,7 +20,7 @@ namespace orloview {
 
 namespace {
 
-Scene readAs(Format format, const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path,
+Scene readAs(Format format, std::span<const std::uint8_t> bytes, const std::filesystem::path& path,
              const ModelFolder& folder, const ProgressReport& report) {
     switch (format) {
     case Format::Gltf:
@@ -89,7 +91,11 @@ bool isConsistent(const Variant& variant, const Scene& scene) {
 } // namespace
 
 Scene readModel(const std::filesystem::path& path, const ModelFolder& folder, const ProgressReport& report) {
-    const std::vector<std::uint8_t> bytes = readFile(path);
+    const Descriptor file = openFile(path);
+    const MappedFile mapped(file.number());
+    const std::vector<std::uint8_t> copy =
+        mapped.bytes().empty() ? readFile(path) : std::vector<std::uint8_t>();
+    const std::span<const std::uint8_t> bytes = copy.empty() ? mapped.bytes() : copy;
     Scene scene = readAs(detectFormat(bytes, path), bytes, path, folder, report);
     if (scene.instances.empty() && scene.cameras.empty() && scene.lights.empty()) {
         if (scene.warnings.empty())

@@ -361,8 +361,7 @@ void ObjParser::addNormals(Part& part) {
 
 } // namespace
 
-Scene readObj(const std::vector<std::uint8_t>& bytes, const ModelFolder& folder,
-              const ProgressReport& report) {
+Scene readObj(std::span<const std::uint8_t> bytes, const ModelFolder& folder, const ProgressReport& report) {
     return ObjParser({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, folder, report).read();
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <span>
 
 #include "base/ProgressReport.h"
 #include "import/ModelFolder.h"
@@ -15,7 +15,7 @@ namespace orloview {
 /// of corners are cut into triangles; where the file has no normals they follow its smoothing groups, and all
 /// is smooth where it has none. Missing material libraries and pictures, and lines that make no sense, are
 /// told as warnings. Throws an ImportError where there is nothing to draw.
-Scene readObj(const std::vector<std::uint8_t>& bytes, const ModelFolder& folder,
+Scene readObj(std::span<const std::uint8_t> bytes, const ModelFolder& folder,
               const ProgressReport& report = {});
 
 } // namespace orloview

@@ -365,7 +365,7 @@ Scene PlyParser::takeScene() {
 
 } // namespace
 
-Scene readPly(const std::vector<std::uint8_t>& bytes, const ProgressReport& report) {
+Scene readPly(std::span<const std::uint8_t> bytes, const ProgressReport& report) {
     return PlyParser({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, report).read();
 }
 

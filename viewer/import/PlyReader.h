@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <span>
 
 #include "base/ProgressReport.h"
 #include "scene/Scene.h"
@@ -13,6 +13,6 @@ namespace orloview {
 ///
 /// No count of the header is believed before it has been held against what is left of the file. Triangles
 /// without normals are made smooth. Throws an ImportError where the header is wrong or the data end early.
-Scene readPly(const std::vector<std::uint8_t>& bytes, const ProgressReport& report = {});
+Scene readPly(std::span<const std::uint8_t> bytes, const ProgressReport& report = {});
 
 } // namespace orloview

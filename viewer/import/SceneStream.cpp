@@ -1,11 +1,13 @@
 #include "import/SceneStream.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <string>
 #include <type_traits>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include "import/ModelReader.h"
@@ -20,13 +22,9 @@ constexpr bool kIsPlain =
     std::is_arithmetic_v<T> || std::is_enum_v<T> || std::is_same_v<T, std::array<float, 2>> ||
     std::is_same_v<T, koLinear::AffineMatrix> || std::is_same_v<T, koColor::Color>;
 
-/// Everything else begins with or is a length, or is no smaller.
-constexpr size_t kSmallestRecord = sizeof(size_t);
-
 class Writer {
 public:
     explicit Writer(int fileDescriptor) : fFile(fileDescriptor) {}
-    bool good() const { return fGood; }
 
     bool flush() {
         writeAll(fPending.data(), fPending.size());
@@ -39,16 +37,42 @@ public:
         if (fPending.size() + size > kBuffer)
             flush();
         if (size > kBuffer)
-            return writeAll(static_cast<const char*>(from), size);
+            return lendAll(static_cast<const char*>(from), size);
         fPending.append(static_cast<const char*>(from), size);
     }
 
-    size_t length(size_t length, size_t) {
+    /// A string, or a list of plain values.
+    template <typename List>
+    void values(const List& list) {
+        const size_t length = list.size();
         bytes(&length, sizeof length);
-        return length;
+        bytes(list.data(), length * sizeof(typename List::value_type));
+    }
+
+    template <typename T, typename Transfer>
+    void records(std::vector<T>& list, const Transfer& transfer) {
+        const size_t length = list.size();
+        bytes(&length, sizeof length);
+        for (T& entry : list)
+            transfer(entry);
     }
 
 private:
+    /// Hands over the pages themselves, to who reads the pipe; what is no pipe gets a copy, and so it is
+    /// where the kernel has no means for it.
+    void lendAll(const char* from, size_t size) {
+        while (fGood && size > 0) {
+            const iovec pages{const_cast<char*>(from), size};
+            const ssize_t lent = ::vmsplice(fFile, &pages, 1, 0);
+            if (lent < 0 && errno == EINTR)
+                continue;
+            if (lent <= 0)
+                return writeAll(from, size);
+            from += lent;
+            size -= static_cast<size_t>(lent);
+        }
+    }
+
     void writeAll(const char* from, size_t size) {
         while (fGood && size > 0) {
             const ssize_t written = ::write(fFile, from, size);
@@ -67,28 +91,47 @@ private:
 
 class StreamParser {
 public:
-    explicit StreamParser(std::span<const std::uint8_t> bytes) : fRest(bytes) {}
+    StreamParser(const TakeBytes& take, size_t most) : fTake(take), fRest(most) {}
     bool good() const { return fGood; }
-    bool atEnd() const { return fRest.empty(); }
 
     void bytes(void* to, size_t size) {
-        fGood = fGood && size <= fRest.size();
-        if (!fGood || size == 0)
-            return;
-        std::memcpy(to, fRest.data(), size);
-        fRest = fRest.subspan(size);
+        fGood = fGood && size <= fRest && fTake(to, size);
+        fRest -= fGood ? size : 0;
     }
 
-    /// A length that was written, or 0 where that many entries can't follow.
-    size_t length(size_t, size_t smallestEntry) {
-        size_t length = 0;
-        bytes(&length, sizeof length);
-        fGood = fGood && length <= fRest.size() / smallestEntry;
-        return fGood ? length : 0;
+    // Whatever length they tell, lists are only filled as their entries come.
+
+    template <typename List>
+    void values(List& list) {
+        constexpr size_t kSize = sizeof(typename List::value_type);
+        constexpr size_t kPiece = (size_t{1} << 18) / kSize; // still near the processor when it is filled
+        const size_t all = length(kSize);
+        list.clear();
+        list.reserve(all);
+        while (fGood && list.size() < all) {
+            const size_t before = list.size();
+            list.resize(std::min(all, before + kPiece));
+            bytes(list.data() + before, (list.size() - before) * kSize);
+        }
+    }
+
+    template <typename T, typename Transfer>
+    void records(std::vector<T>& list, const Transfer& transfer) {
+        list.clear();
+        for (size_t left = length(1); fGood && left > 0; --left)
+            transfer(list.emplace_back());
     }
 
 private:
-    std::span<const std::uint8_t> fRest;
+    size_t length(size_t smallestEntry) {
+        size_t length = 0;
+        bytes(&length, sizeof length);
+        fGood = fGood && length <= fRest / smallestEntry;
+        return fGood ? length : 0;
+    }
+
+    const TakeBytes& fTake;
+    size_t fRest;
     bool fGood = true;
 };
 
@@ -114,18 +157,15 @@ void transferOne(Stream& stream, bool& value) {
 
 template <typename Stream>
 void transferOne(Stream& stream, std::string& text) {
-    text.resize(stream.length(text.size(), 1));
-    stream.bytes(text.data(), text.size());
+    stream.values(text);
 }
 
 template <typename Stream, typename T>
 void transferOne(Stream& stream, std::vector<T>& list) {
-    list.resize(stream.length(list.size(), kIsPlain<T> ? sizeof(T) : kSmallestRecord));
     if constexpr (kIsPlain<T>)
-        stream.bytes(list.data(), list.size() * sizeof(T));
+        stream.values(list);
     else
-        for (T& entry : list)
-            transferOne(stream, entry);
+        stream.records(list, [&stream](T& entry) { transferOne(stream, entry); });
 }
 
 template <typename Stream>
@@ -204,16 +244,16 @@ void transfer(Stream& stream, Fields&... fields) {
 
 } // namespace
 
-bool writeScene(Scene scene, int fileDescriptor) {
+bool writeScene(Scene& scene, int fileDescriptor) {
     Writer writer(fileDescriptor);
     fieldsOf(writer, scene);
     return writer.flush();
 }
 
-bool readScene(std::span<const std::uint8_t> bytes, Scene& scene) {
-    StreamParser reader(bytes);
+bool readScene(const TakeBytes& take, size_t most, Scene& scene) {
+    StreamParser reader(take, most);
     fieldsOf(reader, scene);
-    return reader.good() && reader.atEnd() && isConsistent(scene);
+    return reader.good() && isConsistent(scene);
 }
 
 } // namespace orloview

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
+#include <cstddef>
+#include <functional>
 
 #include "scene/Scene.h"
 
@@ -9,11 +9,17 @@
 /// the layout is whatever this build says.
 namespace orloview {
 
-/// Writes the scene to a file descriptor. False where it can't all be written.
-bool writeScene(Scene scene, int fileDescriptor);
+/// Writes the scene to a file descriptor, and leaves it as it is. False where it can't all be written.
+///
+/// A pipe is lent the pages of large arrays, not a copy: until all is read, or the process ends, nothing of
+/// the scene may be changed or freed.
+bool writeScene(Scene& scene, int fileDescriptor);
 
-/// Takes a scene from bytes that may be cut off or damaged: every length is held against what is left, every
-/// reference checked. False where they make no good scene.
-bool readScene(std::span<const std::uint8_t> bytes, Scene& scene);
+/// Fills so many bytes with what comes next. False where there isn't that much.
+using TakeBytes = std::function<bool(void* to, size_t size)>;
+
+/// Takes a scene from bytes that may be cut off or damaged: no more memory is filled than bytes come, no more
+/// than `most` are taken, and every reference is checked. False where they make no good scene.
+bool readScene(const TakeBytes& take, size_t most, Scene& scene);
 
 } // namespace orloview

@@ -228,7 +228,7 @@ bool isTable(std::string_view start) {
     return find(names, {"x"}) && find(names, {"y"}) && find(names, {"z"});
 }
 
-Scene readTable(const std::vector<std::uint8_t>& bytes, const ProgressReport& report) {
+Scene readTable(std::span<const std::uint8_t> bytes, const ProgressReport& report) {
     return TableParser({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, report).read();
 }
 

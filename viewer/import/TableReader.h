@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
-#include <vector>
 
 #include "base/ProgressReport.h"
 #include "scene/Scene.h"
@@ -18,6 +18,6 @@ bool isTable(std::string_view start);
 /// are 0 to 1; where one is larger, all are 0 to 255.
 ///
 /// Throws an ImportError that names the line.
-Scene readTable(const std::vector<std::uint8_t>& bytes, const ProgressReport& report = {});
+Scene readTable(std::span<const std::uint8_t> bytes, const ProgressReport& report = {});
 
 } // namespace orloview

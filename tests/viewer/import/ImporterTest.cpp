@@ -8,7 +8,10 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
+#include <numeric>
+#include <span>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -45,6 +48,8 @@ TEST(ChildProcess, tellsWhatBecameOfTheWork) {
     EXPECT_EQ(outcome([](int) -> bool { throw 1; }), ChildOutcome::Crashed);
     EXPECT_EQ(outcome([](int) -> bool { throw std::bad_alloc(); }), ChildOutcome::OutOfMemory);
     EXPECT_EQ(outcome([](int) { return ::pause() == 0; }), ChildOutcome::OutOfTime) << "it waits";
+    const auto writesTooMuch = [](int output) { return ::write(output, "ab", 2) == 2; };
+    EXPECT_EQ(runInChild(writesTooMuch, limits, [](ChildOutput&) {}).outcome, ChildOutcome::Crashed);
     const ChildResult busy = runInChild(
         [](int) -> bool {
             raiseLimits(0, 9);
@@ -284,25 +289,57 @@ TEST(Importer, outlivesTheImportLibrary) {
         });
 }
 
+/// From bytes in memory; false where they make no good scene or are too many.
+bool readAll(std::span<const std::uint8_t> bytes, Scene& scene) {
+    const auto take = [&bytes](void* to, size_t size) {
+        const bool isThere = size <= bytes.size();
+        if (isThere && size > 0)
+            std::memcpy(to, bytes.data(), size);
+        bytes = bytes.subspan(isThere ? size : 0);
+        return isThere;
+    };
+    return readScene(take, size_t{1} << 34, scene) && bytes.empty();
+}
+
 TEST(SceneStream, refusesDamagedBytes) {
     Scene scene;
     scene.meshes.resize(1);
     scene.meshes[0].positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
     scene.meshes[0].indices = {0, 1, 2};
     scene.instances.push_back({"node", 0, {}});
-    const ChildResult sent = runInChild([&](int output) { return writeScene(scene, output); }, {});
+    const Bytes sent = runInChild([&](int output) { return writeScene(scene, output); }, {}).output;
     Scene back;
-    ASSERT_TRUE(readScene(sent.output, back));
+    ASSERT_TRUE(readAll(sent, back));
     EXPECT_EQ(back.meshes[0].indices, scene.meshes[0].indices);
     EXPECT_EQ(back.instances[0].nodeName, "node");
-    for (size_t length = 0; length < sent.output.size(); ++length)
-        EXPECT_FALSE(readScene(std::span(sent.output).first(length), back)) << length;
-    Bytes longer = sent.output;
-    longer.push_back(0);
-    EXPECT_FALSE(readScene(longer, back));
+    for (size_t length = 0; length < sent.size(); ++length)
+        EXPECT_FALSE(readAll(std::span(sent).first(length), back)) << length;
+    for (size_t place = 0; place + 8 <= sent.size(); ++place) { // any length may be a lie
+        Bytes lying = sent;
+        std::fill_n(&lying[place], 8, place % 2 == 0 ? 0x03 : 0xFF);
+        readAll(lying, back);
+    }
     scene.meshes[0].indices[2] = 3;
     const ChildResult wrong = runInChild([&](int output) { return writeScene(scene, output); }, {});
-    EXPECT_FALSE(readScene(wrong.output, back)) << "an index without a vertex";
+    EXPECT_FALSE(readAll(wrong.output, back)) << "an index without a vertex";
+}
+
+TEST(SceneStream, bringsLargeListsOverWhole) {
+    Scene scene;
+    Mesh& mesh = scene.meshes.emplace_back();
+    mesh.positions.resize(3'000'000);
+    std::iota(mesh.positions.begin(), mesh.positions.end(), 0.0F);
+    mesh.indices.assign(1000, 999'999);
+    Scene back;
+    const ChildResult result =
+        runInChild([&](int output) { return writeScene(scene, output); }, {},
+                   [&](ChildOutput& from) {
+                       const auto take = [&from](void* to, size_t size) { return from.take(to, size); };
+                       EXPECT_TRUE(readScene(take, size_t{1} << 24, back));
+                   });
+    EXPECT_EQ(result.outcome, ChildOutcome::Done);
+    EXPECT_EQ(back.meshes.at(0).positions, mesh.positions);
+    EXPECT_EQ(back.meshes[0].indices, mesh.indices);
 }
 
 } // namespace
