@@ -71,8 +71,13 @@ Loaded loadModels(const Options& options, Progress& progress) {
         progress.clear();
         if (options.verbose)
             say("reading " + path);
-        ImportResult result = importModel(path, options.limits, [&](double done) {
+        const auto report = [&](double done) {
             progress.update((static_cast<double>(i) + done) / static_cast<double>(options.models.size()));
+        };
+        const bool isLast = i + 1 == options.models.size();
+        ImportResult result = importModel(path, options.limits, report, [&] {
+            if (isLast && !options.info) // no process is made after this one
+                GLSession::startAhead(options.writes() || options.compare ? options.glRoad : GLRoad::X11);
         });
         progress.clear();
         if (!result && options.models.size() == 1)
@@ -183,6 +188,22 @@ int run(int argc, const char* const* argv) {
     return kExitDone;
 }
 
+/// With what goes wrong told.
+int runAndTell(int argc, const char* const* argv) {
+    try {
+        return run(argc, argv);
+    } catch (const Failure& failure) {
+        say(failure.what());
+        return failure.code();
+    } catch (const std::bad_alloc&) {
+        say("there is not enough memory; try a smaller --size or a smaller model");
+        return kExitOurFault;
+    } catch (const std::exception&) {
+        say("an unexpected fault of the viewer; please report it with the command and the model");
+        return kExitOurFault;
+    }
+}
+
 } // namespace
 
 } // namespace orloview
@@ -191,16 +212,9 @@ int main(int argc, char** argv) {
     orloview::occupyClosedStreams();
     for (const int signal : {SIGXFSZ, SIGPIPE}) // the write that can't be done fails, as on a full disk
         std::signal(signal, SIG_IGN);
-    try {
-        return orloview::run(argc, argv);
-    } catch (const orloview::Failure& failure) {
-        orloview::say(failure.what());
-        return failure.code();
-    } catch (const std::bad_alloc&) {
-        orloview::say("there is not enough memory; try a smaller --size or a smaller model");
-        return orloview::kExitOurFault;
-    } catch (const std::exception&) {
-        orloview::say("an unexpected fault of the viewer; please report it with the command and the model");
-        return orloview::kExitOurFault;
-    }
+    const int code = orloview::runAndTell(argc, argv);
+    if (!orloview::GLSession::isStartingAhead())
+        return code;
+    std::fflush(nullptr);
+    std::_Exit(code);
 }

@@ -74,6 +74,14 @@ class Sessions(ViewerProgram):
                 message = self.fails(4, arguments, *words, environment=environment)
                 self.assertEqual(message.count("\n"), 1, message)
 
+    def test_a_model_that_cant_be_read_is_told_whatever_becomes_of_opengl(self):
+        broken = self.write("broken.obj", "v 0 0 0\n" + "f 1 2 3\n" * 200000)
+        nothing = {**self.no_programs, **NO_EGL}
+        for arguments in ([self.path("gone.glb")], [broken, "-o", self.path("out.png")]):
+            for environment in (None, nothing, {**nothing, "DISPLAY": ":99999"}, sabotaged("crash")):
+                message = self.fails(2, arguments, os.path.basename(arguments[0]), environment=environment)
+                self.assertEqual(message.count("\n"), 1, message)
+
     def test_a_server_that_goes_when_all_is_written_is_no_failure(self):
         for switches, code in (([], 0), (["--offscreen", "pbuffer"], 0)):
             result = self.run_viewer(self.model, "-o", self.path("done.png"), *switches, environment=sabotaged("lost server"))

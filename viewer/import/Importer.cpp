@@ -98,7 +98,8 @@ std::string whatHappened(const ChildResult& result, const std::vector<std::uint8
 
 } // namespace
 
-ImportResult importModel(const std::string& path, const ImportLimits& asked, const ProgressReport& report) {
+ImportResult importModel(const std::string& path, const ImportLimits& asked, const ProgressReport& report,
+                         const std::function<void()>& meanwhile) {
     ImportResult result;
     SharedFraction done;
     const ModelFolder folder(path, asked.allowOutside);
@@ -110,7 +111,12 @@ ImportResult importModel(const std::string& path, const ImportLimits& asked, con
                 confine(folder.readable());
                 return readInto(output, path, folder, done);
             },
-            limits, [&](ChildOutput& from) { take(from, limits.mostMemoryBytes, taken); },
+            limits,
+            [&](ChildOutput& from) {
+                if (meanwhile)
+                    meanwhile();
+                take(from, limits.mostMemoryBytes, taken);
+            },
             [&] { tell(report, done.get(), 1.0); });
         if (child.outcome != ChildOutcome::Done)
             result.error = whatHappened(child, taken.reason);

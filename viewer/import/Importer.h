@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "base/ImportLimits.h"
@@ -20,8 +21,9 @@ struct ImportResult {
 ///
 /// The format is told by what the file holds, its suffix where that says nothing. Import libraries crash and
 /// hang on some damaged files, so the work is done in a child process of its own; whatever becomes of that,
-/// the caller gets a scene or a line. Call it before the process has started threads or opened a display.
+/// the caller gets a scene or a line. Call it before the process has started threads or opened a display;
+/// `meanwhile`, which is called once that process works, may.
 ImportResult importModel(const std::string& path, const ImportLimits& limits = {},
-                         const ProgressReport& report = {});
+                         const ProgressReport& report = {}, const std::function<void()>& meanwhile = {});
 
 } // namespace orloview

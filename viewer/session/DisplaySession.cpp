@@ -2,6 +2,7 @@
 
 #include "base/ExitCode.h"
 #include "output/OutputFile.h"
+#include "session/StartAhead.h"
 
 #include <array>
 #include <csignal>
@@ -32,8 +33,10 @@ std::optional<int> theCodeOfAll;
 int serverLost(Display*) {
     if (theCodeOfAll)
         std::_Exit(*theCodeOfAll);
-    std::fputs("orloview: the connection to the X server was lost; start it again and repeat the command\n",
-               stderr);
+    static constexpr char kLine[] =
+        "orloview: the connection to the X server was lost; start it again and repeat the command\n";
+    StartAhead::holdBack(kLine);
+    std::fputs(kLine, stderr);
     OutputFile::removeUnfinished();
     std::_Exit(kExitNoGL);
 }

@@ -48,9 +48,13 @@ void leave(EGLDisplay display) {
 
 } // namespace
 
-std::unique_ptr<EglContext> EglContext::make() {
+void EglContext::setEnvironment() {
     // Mesa tells on standard error of each device that it tries in vain.
     setenv("EGL_LOG_LEVEL", "fatal", 0);
+}
+
+std::unique_ptr<EglContext> EglContext::make() {
+    setEnvironment();
     const char* client = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
     std::unique_ptr<EglContext> made;
     if (lists(client, "EGL_EXT_platform_device")) {
@@ -95,6 +99,7 @@ GLHostContext EglContext::forStartup(std::unique_ptr<EglContext> context) {
 }
 
 Bool EglContext::makeCurrent(Display*, GLXDrawable, GLXContext context) {
+    eglBindAPI(EGL_OPENGL_API); // which each thread has to say
     if (const auto* self = reinterpret_cast<EglContext*>(context))
         return eglMakeCurrent(self->fDisplay, EGL_NO_SURFACE, EGL_NO_SURFACE, self->fContext) ? True : False;
     if (EGLDisplay current = eglGetCurrentDisplay())

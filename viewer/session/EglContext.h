@@ -11,6 +11,10 @@ namespace orloview {
 /// else on Mesa's surfaceless platform. Framebuffer objects are what can be drawn into.
 class EglContext {
 public:
+    /// Sets in the environment how much EGL tells, which may not be done beside other threads. `make` does it
+    /// too.
+    static void setEnvironment();
+
     /// Current when it is made. Null where no device and no platform gives one.
     static std::unique_ptr<EglContext> make();
 

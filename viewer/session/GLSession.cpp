@@ -3,6 +3,7 @@
 #include "base/ExitCode.h"
 #include "base/Say.h"
 #include "session/EglContext.h"
+#include "session/StartAhead.h"
 #include "session/StartGuard.h"
 
 #include <utility>
@@ -23,40 +24,50 @@ GLStartupContext* keptIfValid(GLStartupContext* startup) {
     return nullptr;
 }
 
-void tellDriver(const std::string& road) {
-    const auto text = [](GLenum name) -> std::string {
-        const auto* string = GLFunctionTable::fpGlobalFunctionTable->glGetString(name);
-        return string ? reinterpret_cast<const char*>(string) : "unknown";
-    };
-    say("OpenGL " + text(GL_VERSION) + " by " + text(GL_VENDOR) + ": " + text(GL_RENDERER) + ", through " +
-        road);
+std::unique_ptr<StartAhead>& ahead() {
+    static std::unique_ptr<StartAhead> start;
+    return start;
 }
 
 } // namespace
 
 std::unique_ptr<GLSession> GLSession::forWindow(bool verbose) {
-    std::unique_ptr<DisplaySession> display = DisplaySession::named();
-    if (!display)
-        throw Failure(kExitNoGL, DisplaySession::whyNotNamed() +
-                                     " for a window; set DISPLAY, or give -o picture.png for a picture");
-    std::unique_ptr<GLSession> session = onDisplay(std::move(display), verbose);
+    std::unique_ptr<GLSession> session = takeAhead();
+    if (!session) {
+        std::unique_ptr<DisplaySession> display = DisplaySession::named();
+        if (!display)
+            throw Failure(kExitNoGL, DisplaySession::whyNotNamed() +
+                                         " for a window; set DISPLAY, or give -o picture.png for a picture");
+        session = onDisplay(std::move(display));
+    }
     if (!session)
         throw Failure(kExitNoGL, "the X display offers no OpenGL (GLX) context; install the package libgl1, "
                                  "use a display with GLX, or give -o picture.png for a picture");
+    if (verbose)
+        session->tellDriver();
     return session;
 }
 
 std::unique_ptr<GLSession> GLSession::forPictures(GLRoad road, bool verbose) {
+    std::unique_ptr<GLSession> session = takeAhead();
+    if (!session)
+        session = onAnyRoad(road);
+    if (verbose)
+        session->tellDriver();
+    return session;
+}
+
+std::unique_ptr<GLSession> GLSession::onAnyRoad(GLRoad road) {
     std::unique_ptr<GLSession> session;
     std::string reason = DisplaySession::whyNotNamed();
     if (road != GLRoad::Egl) {
         if (std::unique_ptr<DisplaySession> display = DisplaySession::named()) {
-            session = onDisplay(std::move(display), verbose);
+            session = onDisplay(std::move(display));
             reason = "the X display offers no OpenGL (GLX) context";
         }
     }
     if (!session && road != GLRoad::X11)
-        session = onEgl(verbose);
+        session = onEgl();
     if (!session && road == GLRoad::Egl)
         throw Failure(kExitNoGL, "EGL gives no OpenGL context; install the packages libgl1 and "
                                  "libegl-mesa0, or leave --display egl out");
@@ -67,7 +78,7 @@ std::unique_ptr<GLSession> GLSession::forPictures(GLRoad road, bool verbose) {
                           reason + (road == GLRoad::Auto ? ", no OpenGL by EGL" : "") +
                               ", and no Xvfb to start one; set DISPLAY, or install the packages libgl1 and " +
                               (road == GLRoad::Auto ? "libegl-mesa0" : "xvfb"));
-        session = onDisplay(std::move(server), verbose);
+        session = onDisplay(std::move(server));
     }
     if (!session)
         throw Failure(kExitNoGL,
@@ -75,36 +86,60 @@ std::unique_ptr<GLSession> GLSession::forPictures(GLRoad road, bool verbose) {
     return session;
 }
 
-std::unique_ptr<GLSession> GLSession::onDisplay(std::unique_ptr<DisplaySession> display, bool verbose) {
+void GLSession::startAhead(GLRoad road) {
+    EglContext::setEnvironment();
+    ahead() = std::make_unique<StartAhead>([road] {
+        std::unique_ptr<DisplaySession> display = road == GLRoad::Egl ? nullptr : DisplaySession::named();
+        std::unique_ptr<GLSession> session = display ? onDisplay(std::move(display)) : nullptr;
+        if (!session && road != GLRoad::X11)
+            session = onEgl();
+        if (session) // the context goes to another thread
+            GLFunctionTable::fpGlobalFunctionTable->glXMakeCurrent(session->display(), None, nullptr);
+        return session;
+    });
+}
+
+bool GLSession::isStartingAhead() {
+    return ahead() != nullptr;
+}
+
+std::unique_ptr<GLSession> GLSession::takeAhead() {
+    std::unique_ptr<GLSession> session = ahead() ? ahead()->take() : nullptr;
+    ahead().reset();
+    if (session)
+        session->makeCurrent();
+    return session;
+}
+
+std::unique_ptr<GLSession> GLSession::onDisplay(std::unique_ptr<DisplaySession> display) {
     const StartGuard guard;
     Display* const x = display->display();
     GLStartupContext* startup =
         keptIfValid(new GLStartupContext(WindowWrapper(nullptr, DefaultRootWindow(x), x), nullptr));
     if (!startup)
         return nullptr;
-    const std::string road = "GLX on the X display " + std::string(DisplayString(x)) +
-                             (display->isPrivate() ? ", a private Xvfb" : "");
-    return std::unique_ptr<GLSession>(new GLSession(std::move(display), startup, road, verbose));
+    std::string road = "GLX on the X display " + std::string(DisplayString(x)) +
+                       (display->isPrivate() ? ", a private Xvfb" : "");
+    return std::unique_ptr<GLSession>(new GLSession(std::move(display), startup, std::move(road)));
 }
 
-std::unique_ptr<GLSession> GLSession::onEgl(bool verbose) {
+std::unique_ptr<GLSession> GLSession::onEgl() {
     const StartGuard guard;
     std::unique_ptr<EglContext> context = EglContext::make();
     if (!context)
         return nullptr;
-    const std::string road = std::string("EGL on ") + context->place();
+    std::string road = std::string("EGL on ") + context->place();
     const GLHostContext host = EglContext::forStartup(std::move(context));
     GLStartupContext* startup = keptIfValid(new GLStartupContext(host));
     if (!startup) {
         host.destroyContext(nullptr, host.context);
         return nullptr;
     }
-    return std::unique_ptr<GLSession>(new GLSession(nullptr, startup, road, verbose));
+    return std::unique_ptr<GLSession>(new GLSession(nullptr, startup, std::move(road)));
 }
 
-GLSession::GLSession(std::unique_ptr<DisplaySession> display, GLStartupContext* startup,
-                     const std::string& road, bool verbose)
-    : fDisplay(std::move(display)), fStartup(startup) {
+GLSession::GLSession(std::unique_ptr<DisplaySession> display, GLStartupContext* startup, std::string road)
+    : fDisplay(std::move(display)), fStartup(startup), fRoad(std::move(road)) {
     GLStartupContext::fpGlobalGLStartupContext = fStartup;
     makeCurrent();
     GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
@@ -112,8 +147,15 @@ GLSession::GLSession(std::unique_ptr<DisplaySession> display, GLStartupContext* 
     const bool hasBufferObjects = gl->usable(kCapVertexBufferObject);
     GLRouting::fsUseObjectsForData = hasBufferObjects;
     GLRouting::fsUseObjectsForIndexing = hasBufferObjects;
-    if (verbose)
-        tellDriver(road);
+}
+
+void GLSession::tellDriver() const {
+    const auto text = [](GLenum name) -> std::string {
+        const auto* string = GLFunctionTable::fpGlobalFunctionTable->glGetString(name);
+        return string ? reinterpret_cast<const char*>(string) : "unknown";
+    };
+    say("OpenGL " + text(GL_VERSION) + " by " + text(GL_VENDOR) + ": " + text(GL_RENDERER) + ", through " +
+        fRoad);
 }
 
 GLSession::~GLSession() {

@@ -21,6 +21,14 @@ public:
     /// For what nobody looks at.
     static std::unique_ptr<GLSession> forPictures(GLRoad road, bool verbose);
 
+    /// Begins on a thread of its own with what one of these will be asked for: on the display, or by EGL
+    /// where the road goes there (X11 for a window). Whatever comes of it shows, and is told, when it is
+    /// asked for. No process may be forked from here on but one that starts a program.
+    static void startAhead(GLRoad road);
+
+    /// Whether that was never asked for. It is somewhere inside a driver then: end the program by std::_Exit.
+    static bool isStartingAhead();
+
     ~GLSession();
 
     GLSession(const GLSession&) = delete;
@@ -34,14 +42,19 @@ public:
 
 private:
     /// Null where the display offers no GLX, or EGL nothing.
-    static std::unique_ptr<GLSession> onDisplay(std::unique_ptr<DisplaySession> display, bool verbose);
-    static std::unique_ptr<GLSession> onEgl(bool verbose);
+    static std::unique_ptr<GLSession> onDisplay(std::unique_ptr<DisplaySession> display);
+    static std::unique_ptr<GLSession> onEgl();
 
-    GLSession(std::unique_ptr<DisplaySession> display, GLStartupContext* startup, const std::string& road,
-              bool verbose);
+    static std::unique_ptr<GLSession> onAnyRoad(GLRoad road);
+    static std::unique_ptr<GLSession> takeAhead();
+
+    GLSession(std::unique_ptr<DisplaySession> display, GLStartupContext* startup, std::string road);
+
+    void tellDriver() const;
 
     std::unique_ptr<DisplaySession> fDisplay;
     GLStartupContext* fStartup;
+    std::string fRoad; ///< for people
 };
 
 } // namespace orloview

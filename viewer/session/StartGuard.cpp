@@ -1,8 +1,8 @@
 #include "session/StartGuard.h"
 
 #include "base/ExitCode.h"
+#include "session/StartAhead.h"
 
-#include <string_view>
 #include <unistd.h>
 
 namespace orloview {
@@ -10,11 +10,17 @@ namespace orloview {
 namespace {
 
 /// Calls nothing that a crash may have left half done.
-void tellAndEnd(int) {
-    constexpr std::string_view kLine =
+void tellAndEnd(int signal) {
+    static constexpr char kLine[] =
         "orloview: OpenGL broke down while it started; see whether the X server still runs, and try "
         "--display egl or the environment LIBGL_ALWAYS_SOFTWARE=1\n";
-    static_cast<void>(!write(STDERR_FILENO, kLine.data(), kLine.size()));
+    StartAhead::holdBack(kLine);
+    if (StartAhead::isElsewhere()) {
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+        return; // it waits until this handler has ended
+    }
+    static_cast<void>(!write(STDERR_FILENO, kLine, sizeof kLine - 1));
     _exit(kExitNoGL);
 }
 

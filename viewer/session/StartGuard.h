@@ -15,8 +15,10 @@ public:
     StartGuard(const StartGuard&) = delete;
     StartGuard& operator=(const StartGuard&) = delete;
 
-private:
+    /// What a crash ends in.
     static constexpr std::array<int, 5> kSignals = {SIGSEGV, SIGBUS, SIGABRT, SIGILL, SIGFPE};
+
+private:
     std::array<struct sigaction, kSignals.size()> fBefore{};
 };
 
