@@ -103,6 +103,10 @@ Value valueAt(const std::uint8_t* from, int type, bool normalized) {
         return indexAt(from, type);
 }
 
+/// The component type that is stored as the value is in memory.
+template <typename Value>
+constexpr int kStoredAs = std::is_same_v<Value, float> ? kFloat : kUnsignedInt;
+
 /// What 1 is stored as, in a normalised accessor.
 float largest(int type) {
     switch (type) {
@@ -238,11 +242,14 @@ std::vector<Value> GltfData::read(int accessor) {
         throw ImportError(source.place() + " has more elements than its file could hold");
 
     std::vector<Value> values(format.count * format.components);
-    for (size_t i = 0; from.stride > 0 && i < values.size(); ++i) {
-        const std::uint8_t* at =
-            &from.bytes[i / format.components * from.stride + i % format.components * format.componentSize];
-        values[i] = valueAt<Value>(at, format.componentType, format.normalized);
-    }
+    if (from.stride == format.elementSize() && format.componentType == kStoredAs<Value> && !values.empty())
+        std::memcpy(values.data(), from.bytes.data(), values.size() * sizeof(Value));
+    else
+        for (size_t i = 0; from.stride > 0 && i < values.size(); ++i) {
+            const size_t place = i / format.components * from.stride;
+            values[i] = valueAt<Value>(&from.bytes[place + i % format.components * format.componentSize],
+                                       format.componentType, format.normalized);
+        }
     if (source.has("sparse"))
         readSparse(source.object("sparse"), format, values);
     return values;

@@ -10,7 +10,7 @@ namespace orloview {
 
 /// Reads a model file in this process. What importModel runs in its child: a damaged file may crash or hang
 /// an import library in here. Throws an ImportError where there is nothing to draw and no camera or light
-/// either.
+/// either. A file that others shorten meanwhile ends the process by a signal.
 Scene readModel(const std::filesystem::path& path, const ModelFolder& folder,
                 const ProgressReport& report = {});
 

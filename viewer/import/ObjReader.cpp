@@ -25,7 +25,7 @@ namespace orloview {
 
 namespace {
 
-constexpr std::uint32_t kNone = Corner::kNone;
+constexpr std::uint32_t kNone = FaceCorner::kNone;
 constexpr std::uint32_t kEverySmooth = 1; ///< the smoothing group of a file without any
 
 bool isIn(const std::vector<float>& list, std::uint32_t index, size_t width) {
@@ -64,7 +64,7 @@ private:
     void readPoints(std::string_view words);
     void readSmoothing(std::string_view words);
     bool readCorners(std::string_view words, size_t least);
-    std::optional<Corner> readCorner(std::string_view word) const;
+    std::optional<FaceCorner> readCorner(std::string_view word) const;
     Part& part(Topology topology);
     void finish(Part& part);
     void addNormals(Part& part);
@@ -92,7 +92,7 @@ private:
     std::optional<size_t> fCurrent[3]; ///< the part in use by topology, until group or material change
 
     // Of the line that is read: kept, since most files are nothing but faces.
-    std::vector<Corner> fCorners;
+    std::vector<FaceCorner> fCorners;
     std::vector<std::uint32_t> fCuts; ///< into fCorners, those of the triangles that the face is cut into
 };
 
@@ -201,8 +201,8 @@ std::optional<std::uint32_t> listIndex(std::string_view word, size_t count) {
 }
 
 /// "v", "v/vt", "v//vn" or "v/vt/vn".
-std::optional<Corner> ObjParser::readCorner(std::string_view word) const {
-    Corner corner{.smoothing = kEverySmooth};
+std::optional<FaceCorner> ObjParser::readCorner(std::string_view word) const {
+    FaceCorner corner{.smoothing = kEverySmooth};
     const auto takeIndex = [&word](std::uint32_t& index, size_t count, bool needed) {
         const auto* const end = std::find(word.begin(), word.end(), '/');
         const std::string_view digits(word.begin(), end);
@@ -223,7 +223,7 @@ std::optional<Corner> ObjParser::readCorner(std::string_view word) const {
 bool ObjParser::readCorners(std::string_view words, size_t least) {
     fCorners.clear();
     for (std::string_view word = takeWord(words); !word.empty() && word[0] != '#'; word = takeWord(words)) {
-        const std::optional<Corner> corner = readCorner(word);
+        const std::optional<FaceCorner> corner = readCorner(word);
         if (!corner) {
             badLine("left out: it has a word that is no vertex index");
             return false;
@@ -256,7 +256,7 @@ void ObjParser::readFace(std::string_view words) {
         return;
     Part& to = part(Topology::Triangles);
     ++fFace;
-    for (Corner& corner : fCorners) {
+    for (FaceCorner& corner : fCorners) {
         // A face that is not smoothed shares its vertices with no other face, as if it were a group of its
         // own.
         corner.smoothing = corner.normal != kNone ? 0 : fSmoothing > 0 ? fSmoothing : kNone - fFace;
@@ -286,7 +286,7 @@ void ObjParser::readPolyline(std::string_view words) {
         return;
     Part& to = part(Topology::Lines);
     for (size_t i = 0; i + 1 < fCorners.size(); ++i)
-        for (const Corner& corner : {fCorners[i], fCorners[i + 1]})
+        for (const FaceCorner& corner : {fCorners[i], fCorners[i + 1]})
             to.mesh.indices.push_back(to.vertices.numberOf(corner));
 }
 
@@ -294,7 +294,7 @@ void ObjParser::readPoints(std::string_view words) {
     if (!readCorners(words, 1))
         return;
     Part& to = part(Topology::Points);
-    for (const Corner& corner : fCorners)
+    for (const FaceCorner& corner : fCorners)
         to.mesh.indices.push_back(to.vertices.numberOf(corner));
 }
 
@@ -307,9 +307,9 @@ void ObjParser::readSmoothing(std::string_view words) {
 /// Gives the part's vertices their values from the file's lists and hands the mesh over.
 void ObjParser::finish(Part& part) {
     Mesh& mesh = part.mesh;
-    const std::vector<Corner>& corners = part.vertices.corners();
+    const std::vector<FaceCorner>& corners = part.vertices.corners();
     const std::string name = mesh.name.empty() ? "the mesh" : "'" + mesh.name + "'";
-    const bool allNormals = std::all_of(corners.begin(), corners.end(), [&](const Corner& corner) {
+    const bool allNormals = std::all_of(corners.begin(), corners.end(), [&](const FaceCorner& corner) {
         return isIn(fNormals, corner.normal, 3);
     });
     mesh.positions.resize(corners.size() * 3);
@@ -343,14 +343,14 @@ void ObjParser::finish(Part& part) {
 
 /// Normals by smoothing group; corners that have one in the file keep it.
 void ObjParser::addNormals(Part& part) {
-    const std::vector<Corner>& corners = part.vertices.corners();
+    const std::vector<FaceCorner>& corners = part.vertices.corners();
     std::vector<std::uint32_t> groups;
-    const bool isApart = std::any_of(corners.begin(), corners.end(), [](const Corner& corner) {
+    const bool isApart = std::any_of(corners.begin(), corners.end(), [](const FaceCorner& corner) {
         return corner.uv != kNone || corner.normal != kNone;
     });
     if (isApart) { // else no two vertices are of one place and group
         CornerTable places;
-        for (const Corner& corner : corners)
+        for (const FaceCorner& corner : corners)
             groups.push_back(places.numberOf({.position = corner.position, .smoothing = corner.smoothing}));
     }
     addSmoothNormals(part.mesh, groups);
