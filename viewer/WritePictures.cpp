@@ -14,7 +14,9 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
+#include <functional>
 #include <numbers>
 
 namespace orloview {
@@ -45,6 +47,9 @@ std::string numbered(const std::string& path, int number, int last) {
     return (whole.parent_path() / (whole.stem().string() + "_" + digits + whole.extension().string()))
         .string();
 }
+
+/// Of a series as many pictures are in memory: one is drawn, others are encoded.
+constexpr size_t kMostAtOnce = 3;
 
 /// Everything that is drawn, made and ended in the order that contexts ask for.
 class PictureSession {
@@ -78,8 +83,9 @@ public:
             printStats(frame, counts, fScene, content().culling);
         };
         const auto picture = create(fOptions.output);
-        renderPicture(fView, content(), lookOf(fOptions, fScene), fOptions.sampling, *picture,
-                      fProgress.report(), fOptions.stats ? costs : FrameCosts{});
+        picture->open();
+        renderer().render(fView, content(), *picture, fProgress.report(),
+                          fOptions.stats ? costs : FrameCosts{});
         fProgress.begin(Progress::Stage::Write);
         picture->finish();
         told(fOptions.output == "-" ? "the picture to standard output" : fOptions.output);
@@ -88,46 +94,31 @@ public:
     /// The bytes of the picture, four a pixel, from the top down.
     std::vector<std::uint8_t> picture() {
         fProgress.begin(Progress::Stage::Draw);
-        std::vector<std::uint8_t> rgba;
-        const FrameLook look = lookOf(fOptions, fScene);
-        const auto kept = keepPicture(rgba, look.width, developmentOf(look));
-        renderPicture(fView, content(), look, fOptions.sampling, *kept, fProgress.report());
-        return rgba;
+        const auto kept = keepPicture(fOptions.width, developmentOf(lookOf(fOptions, fScene)), fWorkers);
+        renderer().render(fView, content(), *kept, fProgress.report());
+        return kept->takeBytes();
     }
 
     /// The eye goes round the target once, to the right.
     void writeTurntable() {
-        fProgress.begin(Progress::Stage::Draw);
         const Viewpoint start = chooseEye(fOptions, fScene);
         const koLinear::Vector up = scaled(upOf(fOptions), 1.0 / length(upOf(fOptions)));
         const double aspect = static_cast<double>(fOptions.width) / fOptions.height;
-        for (int i = 0; i < fOptions.turntable; ++i) {
+        writeSeries(fOptions.turntable, [&](int i) {
             const double angle = 2.0 * std::numbers::pi * i / fOptions.turntable;
             Viewpoint eye = start;
             for (koLinear::Vector* axis : {&eye.right, &eye.up, &eye.back})
                 *axis = turned(*axis, up, angle);
-            const std::string path = numbered(fOptions.output, i + 1, fOptions.turntable);
-            const auto picture = create(path);
-            renderPicture(viewFrom(eye, fBounds, aspect), content(), lookOf(fOptions, fScene),
-                          fOptions.sampling, *picture);
-            picture->finish();
-            fProgress.update(static_cast<double>(i + 1) / fOptions.turntable);
-            told(path);
-        }
+            return viewFrom(eye, fBounds, aspect);
+        });
     }
 
     /// The demo, 30 pictures a second.
     void writeFrames() {
-        fProgress.begin(Progress::Stage::Draw);
-        for (int i = 0; i < fOptions.frames; ++i) {
+        writeSeries(fOptions.frames, [&](int i) {
             fDrawn.animate(i / 30.0);
-            const std::string path = numbered(fOptions.output, i + 1, fOptions.frames);
-            const auto picture = create(path);
-            renderPicture(fView, content(), lookOf(fOptions, fScene), fOptions.sampling, *picture);
-            picture->finish();
-            fProgress.update(static_cast<double>(i + 1) / fOptions.frames);
-            told(path);
-        }
+            return fView;
+        });
     }
 
     void writeDepth() {
@@ -144,16 +135,54 @@ public:
         FrameLook look = lookOf(fOptions, fScene);
         look.width = look.height = std::min(look.width, look.height);
         writeCubeMap(fOptions.eye.value_or(centerOf(fScene.bounds())), fBounds, content(), look,
-                     fOptions.sampling, fOptions.cubeMap, fProgress.report());
+                     fOptions.sampling, fOptions.cubeMap, fWorkers, fProgress.report());
         told("the cube map to " + fOptions.cubeMap);
     }
 
 private:
+    struct Drawn {
+        std::string path;
+        std::unique_ptr<PictureFile> picture;
+    };
+
     FrameContent content() { return fDrawn.content(); }
 
-    std::unique_ptr<PictureFile> create(const std::string& path) const {
+    PictureRenderer renderer() const { return {lookOf(fOptions, fScene), fOptions.sampling, fWorkers}; }
+
+    std::unique_ptr<PictureFile> create(const std::string& path) {
         return createPicture(path, *formatOf(path), fOptions.width, fOptions.height,
-                             developmentOf(lookOf(fOptions, fScene)));
+                             developmentOf(lookOf(fOptions, fScene)), fWorkers);
+    }
+
+    /// Numbered pictures. While the next is drawn, those before are developed and encoded; but one that is
+    /// drawn band by band would have to stay in memory whole. Only the first that isn't written yet has an
+    /// open file, so whatever fails, all before it are there.
+    void writeSeries(int count, const std::function<View(int)>& prepare) {
+        fProgress.begin(Progress::Stage::Draw);
+        PictureRenderer series = renderer();
+        const size_t most = series.isOneTile() ? kMostAtOnce : 1;
+        std::deque<Drawn> drawn;
+        int written = 0;
+        const auto writeFirst = [&] {
+            drawn.front().picture->finish();
+            fProgress.update(static_cast<double>(++written) / count);
+            told(drawn.front().path);
+            drawn.pop_front();
+            if (!drawn.empty())
+                drawn.front().picture->open();
+        };
+        for (int i = 0; i < count; ++i) {
+            const View view = prepare(i);
+            const std::string path = numbered(fOptions.output, i + 1, count);
+            drawn.push_back({path, create(path)});
+            if (drawn.size() == 1)
+                drawn.front().picture->open();
+            series.render(view, content(), *drawn.back().picture);
+            if (drawn.size() == most)
+                writeFirst();
+        }
+        while (!drawn.empty())
+            writeFirst();
     }
 
     void told(const std::string& what) {
@@ -166,6 +195,7 @@ private:
     const Options& fOptions;
     const Scene& fScene;
     Progress& fProgress;
+    Workers fWorkers;
     Guides fGuides;
     Bounds fBounds; ///< round all that is drawn
     View fView;

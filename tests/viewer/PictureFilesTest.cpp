@@ -1,3 +1,4 @@
+#include "output/PictureEncoder.h"
 #include "texture/PictureSource.h"
 
 #include <gmock/gmock.h>
@@ -129,6 +130,33 @@ TEST(PictureFiles, faultsAreNamed) {
     const std::string_view program = "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>";
     EXPECT_THAT(faultOf({"", "", {program.begin(), program.end()}}),
                 testing::HasSubstr("save it as one of these"));
+}
+
+TEST(PngEncoder, rowsComeBackHoweverTheyAreCut) {
+    // Noise, which keeps each filter busy, between blank and smooth rows; of a width that fills no step.
+    constexpr int kHigh = 60;
+    for (const int channels : {3, 4}) {
+        Picture picture(37, kHigh, channels);
+        for (size_t i = 0; i < picture.rowBytes() * kHigh; ++i) {
+            const size_t row = i / picture.rowBytes();
+            const auto slope = (i % picture.rowBytes() * (row % 5) + row * 7) / 3;
+            picture.bytes[i] = static_cast<std::uint8_t>(row < 9        ? 0
+                                                         : row % 3 == 0 ? i * i * 2654435761U >> 13
+                                                                        : slope);
+        }
+        Picture below(37, 20, channels);
+        std::copy(picture.row(40), picture.row(kHigh), below.row(0));
+        const auto encoder = makePngEncoder(37, kHigh, channels == 4);
+        Bytes file = encoder->begin();
+        for (const Bytes& bytes :
+             {encoder->encode(picture, 0, 0, 1).bytes, encoder->encode(picture, 0, 1, 40).bytes,
+              encoder->encode(below, 40, 0, 20).bytes, *encoder->end()})
+            file.insert(file.end(), bytes.begin(), bytes.end());
+        const DecodedPicture decoded(file);
+        ASSERT_EQ(decoded.channels(), channels);
+        for (int y = 0; y < kHigh; ++y)
+            ASSERT_TRUE(std::equal(picture.row(y), picture.row(y + 1), decoded.row(y))) << y;
+    }
 }
 
 TEST(Texels, halvesAreTheNearest) {

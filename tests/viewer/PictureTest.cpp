@@ -3,15 +3,21 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <limits>
+#include <vector>
 
 namespace orloview {
 namespace {
 
+std::vector<std::uint8_t> bytesOf(const Picture& picture) {
+    return {picture.row(0), picture.row(picture.height)};
+}
+
 std::vector<std::uint8_t> develop(int width, int height, const float* linear, int factor, bool opaque) {
-    Picture picture(width, height);
-    developBlock(picture, {0, 0, width, height}, linear, factor, {opaque});
-    return picture.rgba;
+    Picture picture(width, height, 4);
+    developBlock(picture, {0, 0, width, height}, {linear}, factor, {opaque});
+    return bytesOf(picture);
 }
 
 TEST(Picture, encodesAsSrgb) {
@@ -43,10 +49,10 @@ TEST(Picture, averagesInLinearValuesAndTurnsTheRows) {
     const std::vector<std::uint8_t> expected{255, 0, 0, 255, 188, 188, 188, 255};
     EXPECT_EQ(develop(1, 2, samples, 2, false), expected);
 
-    Picture byBands(1, 2);
-    developBlock(byBands, {0, 1, 1, 1}, samples + 16, 2, {false});
-    developBlock(byBands, {0, 0, 1, 1}, samples, 2, {false});
-    EXPECT_EQ(byBands.rgba, expected);
+    Picture byBands(1, 2, 4);
+    developBlock(byBands, {0, 1, 1, 1}, {samples + 16}, 2, {false});
+    developBlock(byBands, {0, 0, 1, 1}, {samples}, 2, {false});
+    EXPECT_EQ(bytesOf(byBands), expected);
 }
 
 TEST(Picture, takesTheAlphaOutOfTheColour) {
@@ -76,16 +82,50 @@ TEST(Picture, drawsTheBrightEndTogether) {
     EXPECT_NEAR(soft({kInfinity, 0, -kInfinity})[0], 1.0F, 1e-3F);
 
     const float bright[] = {0.5F, 0.5F, 0.5F, 0.5F}; // 1, multiplied by its alpha
-    Picture picture(1, 1);
-    developBlock(picture, {0, 0, 1, 1}, bright, 1, {false, ToneMap::Soft});
-    EXPECT_EQ(picture.rgba, (std::vector<std::uint8_t>{243, 243, 243, 128}));
+    Picture picture(1, 1, 4);
+    developBlock(picture, {0, 0, 1, 1}, {bright}, 1, {false, ToneMap::Soft});
+    EXPECT_EQ(bytesOf(picture), (std::vector<std::uint8_t>{243, 243, 243, 128}));
 
     // Past the curve: what alpha has above 1, and the background under what alpha leaves uncovered.
     const float pixels[] = {1, 0, 0.5F, 2, 0, 0, 0, 0, 0.5F, 0.5F, 0.5F, 0.5F};
-    Picture three(3, 1);
-    developBlock(three, {0, 0, 3, 1}, pixels, 1, {true, ToneMap::Soft, {1, 1, 0, 1}});
-    EXPECT_EQ(three.rgba,
+    Picture three(3, 1, 4);
+    developBlock(three, {0, 0, 3, 1}, {pixels}, 1, {true, ToneMap::Soft, {1, 1, 0, 1}});
+    EXPECT_EQ(bytesOf(three),
               (std::vector<std::uint8_t>{255, 0, 188, 255, 255, 255, 0, 255, 249, 249, 179, 255}));
+}
+
+TEST(Picture, takesHalvesAsTheFloatsThatTheyAre) {
+    // Of every kind: nothing, below 0, denormal, plain, bright, infinite; in runs and mixed.
+    constexpr int kFactor = 3;
+    constexpr int kWidth = 70;
+    std::vector<std::uint16_t> halves(size_t{kWidth} * 2 * kFactor * kFactor * 4);
+    std::uint32_t state = 1;
+    for (size_t i = 0; i < halves.size(); i += 4) {
+        const bool isWild = i / 4 % 50 > 40;
+        for (size_t channel = 0; channel < 4 && i / 4 % 50 > 20; ++channel) {
+            state = state * 1664525U + 1013904223U;
+            auto half = static_cast<std::uint16_t>(state >> 16);
+            if (!isWild)
+                half = channel == 3 ? 0x3C00 : half % 0x3C00;
+            halves[i + channel] = (half & 0x7C00) == 0x7C00 ? half & 0xFC00 : half;
+        }
+    }
+    std::vector<float> floats;
+    for (const std::uint16_t half : halves) {
+        const int exponent = (half >> 10) & 31;
+        const float size = exponent == 31  ? INFINITY
+                           : exponent == 0 ? std::ldexp(half & 1023, -24)
+                                           : std::ldexp(1024 + (half & 1023), exponent - 25);
+        floats.push_back((half & 0x8000) != 0 ? -size : size);
+    }
+    for (const int bytes : {3, 4, 12}) {
+        Picture fromHalves(kWidth, 2, bytes);
+        Picture fromFloats(kWidth, 2, bytes);
+        const Development development{false, ToneMap::Soft, {0.2F, 0.1F, 0.0F, 0.5F}};
+        developBlock(fromHalves, {0, 0, kWidth, 2}, {halves.data(), true}, kFactor, development);
+        developBlock(fromFloats, {0, 0, kWidth, 2}, {floats.data()}, kFactor, development);
+        EXPECT_EQ(bytesOf(fromHalves), bytesOf(fromFloats)) << bytes;
+    }
 }
 
 } // namespace

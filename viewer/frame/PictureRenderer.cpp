@@ -35,19 +35,6 @@ void require(const std::unique_ptr<PixelArray2D>& pixels) {
         throw Failure(kExitNoGL, "there is no memory for a picture of this size; try a smaller --size");
 }
 
-/// Reads a tile a strip at a time, so that the whole of it never lies in memory as floats.
-void develop(Canvas& canvas, const Block& tile, int factor, PictureFile& picture) {
-    constexpr int kStripRows = 32;
-    for (int first = 0; first < tile.height; first += kStripRows) {
-        const int rows = std::min(kStripRows, tile.height - first);
-        const std::unique_ptr<PixelArray2D> strip(
-            canvas.target().readColorBuffer(kRGBAFloats, 0, static_cast<unsigned>(first * factor),
-                                            tile.width * factor, rows * factor, nullptr));
-        require(strip);
-        picture.add({tile.x, first, tile.width, rows}, static_cast<const float*>(strip->data()), factor);
-    }
-}
-
 /// How large tiles are, in pixels of the picture.
 int tileSide(const FrameLook& look, const Sampling& sampling) {
     const int factor = sampling.samples;
@@ -148,40 +135,42 @@ int supersampling(const FrameLook& look) {
     return fits ? 2 : 1;
 }
 
-void renderPicture(const View& view, const FrameContent& content, const FrameLook& look,
-                   const Sampling& sampling, PictureFile& picture, const ProgressReport& report,
-                   const FrameCosts& costs) {
-    const int factor = sampling.samples;
-    const FrameLook large = enlarged(look, factor);
-    const int side = tileSide(look, sampling);
-    Canvas canvas(kindFor(sampling), std::min(side, look.width) * factor,
-                  std::min(side, look.height) * factor);
+PictureRenderer::PictureRenderer(const FrameLook& look, const Sampling& sampling, const Workers& workers)
+    : fLook(look), fFactor(sampling.samples), fSide(tileSide(look, sampling)),
+      fCanvas(kindFor(sampling), std::min(fSide, look.width) * fFactor,
+              std::min(fSide, look.height) * fFactor),
+      fReadBack(fCanvas, workers.most() + 1) {}
 
+void PictureRenderer::render(const View& view, const FrameContent& content, PictureFile& picture,
+                             const ProgressReport& report, const FrameCosts& costs) {
+    const FrameLook large = enlarged(fLook, fFactor);
     prepareFrame(view, content, large);
     const auto draw = [&](int x, int y) {
-        const FramePart part = partAt(view, large, x * factor, y * factor, side * factor);
-        canvas.makeCurrent();
-        drawFrame(canvas.target(), part.view, content, part.look);
+        const FramePart part = partAt(view, large, x * fFactor, y * fFactor, fSide * fFactor);
+        fCanvas.makeCurrent();
+        drawFrame(fCanvas.target(), part.view, content, part.look);
     };
-    const bool isOneTile = look.width <= side && look.height <= side;
-    if (costs && isOneTile) {
+    if (costs && isOneTile()) {
         draw(0, 0);
         costs(1, CallCounter::take());
     }
     // Bands from the top down, as pictures are written.
-    for (int top = look.height; top > 0;) {
-        const int bottom = (top - 1) / side * side;
+    for (int top = fLook.height; top > 0;) {
+        const int bottom = (top - 1) / fSide * fSide;
         picture.beginBand(top - bottom);
-        for (int x = 0; x < look.width; x += side) {
+        for (int x = 0; x < fLook.width; x += fSide) {
             draw(x, bottom);
-            develop(canvas, {x, 0, std::min(side, look.width - x), top - bottom}, factor, picture);
+            const int width = std::min(fSide, fLook.width - x);
+            fReadBack.read(width, top - bottom, fFactor, [&](int row, int rows, const Samples& samples) {
+                return picture.add({x, row, width, rows}, samples, fFactor);
+            });
         }
         picture.endBand();
         top = bottom;
-        tell(report, look.height - top, look.height);
+        tell(report, fLook.height - top, fLook.height);
     }
     if (costs)
-        costs(isOneTile ? 2 : 1, CallCounter::take());
+        costs(isOneTile() ? 2 : 1, CallCounter::take());
 }
 
 std::vector<float> renderDepth(const View& view, const FrameContent& content, const FrameLook& look,
@@ -212,7 +201,7 @@ std::vector<float> renderDepth(const View& view, const FrameContent& content, co
 
 void writeCubeMap(const koLinear::Point& eye, const Bounds& bounds, const FrameContent& content,
                   const FrameLook& look, const Sampling& sampling, const std::string& folder,
-                  const ProgressReport& report) {
+                  Workers& workers, const ProgressReport& report) {
     const int factor = sampling.samples;
     const int side = look.width * factor;
     FrameLook square = enlarged(look, factor);
@@ -231,9 +220,10 @@ void writeCubeMap(const koLinear::Point& eye, const Bounds& bounds, const FrameC
         require(pixels);
         reverseRows(*pixels);
         const auto picture = createPicture(folder + "/" + kCubeSides[i].name + ".png", PictureFormat::Png,
-                                           look.width, look.width, developmentOf(look));
+                                           look.width, look.width, developmentOf(look), workers);
+        picture->open();
         picture->beginBand(look.width);
-        picture->add({0, 0, look.width, look.width}, static_cast<const float*>(pixels->data()), factor);
+        picture->add({0, 0, look.width, look.width}, {pixels->data()}, factor).get();
         picture->endBand();
         picture->finish();
         tell(report, static_cast<double>(i + 1), static_cast<double>(kCubeSides.size()));

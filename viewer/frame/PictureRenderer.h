@@ -1,7 +1,10 @@
 #pragma once
 
 #include "base/ProgressReport.h"
+#include "base/Workers.h"
 #include "draw/CallCounter.h"
+#include "draw/Canvas.h"
+#include "draw/ReadBack.h"
 #include "frame/Frame.h"
 #include "output/PictureFile.h"
 #include "output/Sampling.h"
@@ -21,11 +24,27 @@ int supersampling(const FrameLook& look);
 /// Told what a frame cost, by its number from 1.
 using FrameCosts = std::function<void(int, const CallCounts&)>;
 
-/// Fills and leaves the picture, which is not finished yet. With `costs` a picture of one tile is drawn
-/// twice, to show what only the first frame costs; the counter has to be installed.
-void renderPicture(const View& view, const FrameContent& content, const FrameLook& look,
-                   const Sampling& sampling, PictureFile& picture, const ProgressReport& report = {},
-                   const FrameCosts& costs = {});
+/// Draws pictures one after another. What is drawn is developed by workers.
+class PictureRenderer {
+public:
+    /// All pictures have this look and content.
+    PictureRenderer(const FrameLook& look, const Sampling& sampling, const Workers& workers);
+
+    /// Fills the picture, which is not finished yet, and leaves it. With `costs` a picture of one tile is
+    /// drawn twice, to show what only the first frame costs; the counter has to be installed.
+    void render(const View& view, const FrameContent& content, PictureFile& picture,
+                const ProgressReport& report = {}, const FrameCosts& costs = {});
+
+    /// Whether a picture is one band, which may be written later than the next is drawn.
+    bool isOneTile() const { return fLook.width <= fSide && fLook.height <= fSide; }
+
+private:
+    FrameLook fLook;
+    int fFactor;
+    int fSide; ///< of the tiles, in pixels of the picture
+    Canvas fCanvas;
+    ReadBack fReadBack;
+};
 
 /// How far away along the view what is seen in the middle of each pixel is, in the units of the scene;
 /// infinity where there is nothing. What shines through doesn't count. Rows from the bottom up.
@@ -38,6 +57,6 @@ std::vector<float> renderDepth(const View& view, const FrameContent& content, co
 /// (kExitNotWritten).
 void writeCubeMap(const koLinear::Point& eye, const Bounds& bounds, const FrameContent& content,
                   const FrameLook& look, const Sampling& sampling, const std::string& folder,
-                  const ProgressReport& report = {});
+                  Workers& workers, const ProgressReport& report = {});
 
 } // namespace orloview

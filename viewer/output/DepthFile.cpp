@@ -1,7 +1,7 @@
 #include "output/DepthFile.h"
 
+#include "output/PictureEncoder.h"
 #include "output/PictureFile.h"
-#include "output/RowWriter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,18 +34,21 @@ std::pair<float, float> rangeOf(const std::vector<float>& distances) {
 void writeGrey(const std::string& path, int width, int height, const std::vector<float>& distances) {
     const auto [nearest, farthest] = rangeOf(distances);
     const float scale = farthest > nearest ? 65534.0F / (farthest - nearest) : 0.0F;
-    const auto writer = makeGrey16Writer(path, width, height);
-    std::vector<std::uint8_t> row(static_cast<size_t>(width) * 2);
+    Picture grey(width, height, 2);
     for (int y = height - 1; y >= 0; --y) {
         const float* in = distances.data() + static_cast<size_t>(y) * static_cast<size_t>(width);
+        std::uint8_t* out = grey.row(height - 1 - y);
         for (size_t x = 0; x < static_cast<size_t>(width); ++x) {
-            const long grey = std::isfinite(in[x]) ? std::lround((in[x] - nearest) * scale) : 65535;
-            row[2 * x] = static_cast<std::uint8_t>(grey >> 8);
-            row[2 * x + 1] = static_cast<std::uint8_t>(grey & 0xFF);
+            const long value = std::isfinite(in[x]) ? std::lround((in[x] - nearest) * scale) : 65535;
+            out[2 * x] = static_cast<std::uint8_t>(value >> 8);
+            out[2 * x + 1] = static_cast<std::uint8_t>(value & 0xFF);
         }
-        writer->write(row.data());
     }
-    writer->finish();
+    const auto encoder = makeGrey16Encoder(width, height);
+    OutputFile file(path);
+    for (const Bytes& bytes : {encoder->begin(), encoder->encode(grey, 0, 0, height).bytes, *encoder->end()})
+        file.write(bytes.data(), bytes.size());
+    file.commit();
 }
 
 } // namespace

@@ -3,10 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
+#include <emmintrin.h>
+#include <vector>
 
 namespace orloview {
 
 namespace {
+
+constexpr int kFloatPixel = 3 * sizeof(float);
 
 /// The IEC 61966-2-1 curve.
 float encode(float linear) {
@@ -50,6 +55,11 @@ private:
     std::array<Piece, kPieces + 1> fPieces;
 };
 
+const CurveTable& srgbCurve() {
+    static const CurveTable table;
+    return table;
+}
+
 /// A pixel's colour, multiplied by alpha, after the tone map.
 std::array<float, 3> toneMapped(const float* rgb, float alpha) {
     const float perAlpha = alpha > 0.0F ? 1.0F / alpha : 1.0F;
@@ -78,11 +88,20 @@ std::array<float, 3> shown(const float* pixel, float alpha, ToneMap toneMap) {
     return color;
 }
 
-/// The sum of a block's pixels: colour and alpha.
-std::array<float, 4> sumOf(const float* corner, size_t stride, int factor, const Development& development) {
+/// A run of samples in each of `factor` rows: where the first row begins, and how many values are from a row
+/// to the next.
+template <typename Value>
+struct RunOf {
+    const Value* first;
+    size_t stride;
+};
+using SampleRun = RunOf<float>;
+
+/// The sum of a square of samples: colour and alpha.
+std::array<float, 4> sumOf(SampleRun square, int factor, const Development& development) {
     std::array<float, 4> sum{};
-    for (int dy = 0; dy < factor; ++dy, corner += stride) {
-        const float* in = corner;
+    for (int dy = 0; dy < factor; ++dy, square.first += square.stride) {
+        const float* in = square.first;
         for (int dx = 0; dx < factor; ++dx, in += 4) {
             const float cover = clampToUnit(in[3]);
             const float below = 1.0F - cover;
@@ -101,53 +120,190 @@ std::array<float, 4> sumOf(const float* corner, size_t stride, int factor, const
     return sum;
 }
 
+/// Develops squares of samples into pixels of bytes.
+class ByteDeveloper {
+public:
+    ByteDeveloper(const Development& development, int factor, int pixelBytes)
+        : fDevelopment(development), fFactor(factor), fPixelBytes(pixelBytes),
+          fWeight(1.0F / static_cast<float>(factor * factor)) {
+        const float plain = development.toneMap == ToneMap::Soft ? kToneMapStart : 1.0F;
+        fHighest = _mm_setr_ps(plain, plain, plain, 1.0F);
+        const std::vector<float> nothing(static_cast<size_t>(factor) * factor * 4);
+        developAny({nothing.data(), static_cast<size_t>(factor) * 4}, fNothing.data());
+    }
+
+    void develop(SampleRun run, int pixels, std::uint8_t* out) const {
+        if (fFactor == 2) // as nearly all are
+            developBy<2>(run, pixels, out);
+        else
+            developBy<0>(run, pixels, out);
+    }
+
+    /// Pixels of squares where there is nothing, all bits zero.
+    void putNothing(int pixels, std::uint8_t* out) const {
+        for (int x = 0; x < pixels; ++x, out += fPixelBytes)
+            put(fNothing, out);
+    }
+
+private:
+    /// With a factor that the compiler knows; 0: it doesn't.
+    template <int kFactor>
+    void developBy(SampleRun run, int pixels, std::uint8_t* out) const {
+        const int factor = kFactor > 0 ? kFactor : fFactor;
+        for (int x = 0; x < pixels; ++x, out += fPixelBytes, run.first += static_cast<size_t>(factor) * 4) {
+            if (!developPlain(run, factor, out))
+                developAny(run, out);
+        }
+    }
+
+    /// What most squares are: nothing at all, or opaque in colours that neither the tone map nor a limit
+    /// changes. To the bit what developAny makes of them. False for others.
+    bool developPlain(SampleRun square, int factor, std::uint8_t* out) const {
+        const __m128 lowest = _mm_setr_ps(0.0F, 0.0F, 0.0F, 1.0F);
+        __m128 sum = _mm_setzero_ps();
+        __m128 any = _mm_setzero_ps();
+        __m128 inside = _mm_castsi128_ps(_mm_set1_epi32(-1));
+        for (int dy = 0; dy < factor; ++dy, square.first += square.stride) {
+            for (int dx = 0; dx < factor; ++dx) {
+                const __m128 sample = _mm_loadu_ps(square.first + static_cast<ptrdiff_t>(4) * dx);
+                any = _mm_or_ps(any, sample);
+                inside = _mm_and_ps(inside,
+                                    _mm_and_ps(_mm_cmple_ps(sample, fHighest), _mm_cmpge_ps(sample, lowest)));
+                sum = _mm_add_ps(sum, sample);
+            }
+        }
+        if (_mm_movemask_ps(inside) == 0xF) {
+            alignas(16) std::array<float, 4> mean;
+            _mm_store_ps(mean.data(), _mm_min_ps(_mm_mul_ps(sum, _mm_set1_ps(fWeight)), _mm_set1_ps(1.0F)));
+            put({fCurve.byteOf(mean[0]), fCurve.byteOf(mean[1]), fCurve.byteOf(mean[2]), 255}, out);
+            return true;
+        }
+        if (_mm_movemask_epi8(_mm_cmpeq_epi32(_mm_castps_si128(any), _mm_setzero_si128())) != 0xFFFF)
+            return false;
+        put(fNothing, out);
+        return true;
+    }
+
+    void developAny(SampleRun square, std::uint8_t* out) const {
+        const std::array<float, 4> sum = sumOf(square, fFactor, fDevelopment);
+        const float perAlpha = sum[3] > 0.0F ? 1.0F / sum[3] : 0.0F;
+        std::array<std::uint8_t, 4> bytes{};
+        for (size_t channel = 0; channel < 3; ++channel)
+            bytes[channel] = fCurve.byteOf(clampToUnit(sum[channel] * perAlpha));
+        bytes[3] = toByte(sum[3] * fWeight);
+        put(bytes, out);
+    }
+
+    void put(const std::array<std::uint8_t, 4>& bytes, std::uint8_t* out) const {
+        std::copy_n(bytes.begin(), 3, out);
+        if (fPixelBytes == 4)
+            out[3] = bytes[3];
+    }
+
+    const CurveTable& fCurve = srgbCurve();
+    const Development& fDevelopment;
+    int fFactor;
+    int fPixelBytes;
+    float fWeight;
+    __m128 fHighest; ///< that a sample may be to be plain
+    std::array<std::uint8_t, 4> fNothing{};
+};
+
+/// Averages squares of samples into pixels of three floats.
+void averageRun(SampleRun run, int pixels, int factor, const std::array<float, 4>& background,
+                std::uint8_t* out) {
+    const float weight = 1.0F / static_cast<float>(factor * factor);
+    for (int x = 0; x < pixels; ++x, out += kFloatPixel, run.first += static_cast<size_t>(factor) * 4) {
+        std::array<float, 3> mean{};
+        for (int sample = 0; sample < factor * factor; ++sample) {
+            const float* in =
+                run.first + run.stride * (sample / factor) + static_cast<ptrdiff_t>(4) * (sample % factor);
+            const float below = 1.0F - clampToUnit(in[3]);
+            for (size_t channel = 0; channel < 3; ++channel)
+                mean[channel] += (in[channel] + below * background[channel]) * weight;
+        }
+        std::memcpy(out, mean.data(), kFloatPixel);
+    }
+}
+
+/// So few that what halves are widened to stays in the nearest cache.
+constexpr int kPixelsAtOnce = 32;
+
+/// Whether the first `count` of each row are. The count is divisible by 4.
+bool isAllZero(RunOf<std::uint16_t> run, size_t count, int rows) {
+    __m128i any = _mm_setzero_si128();
+    for (int row = 0; row < rows; ++row, run.first += run.stride) {
+        for (size_t i = 0; i < count; i += 4)
+            any = _mm_or_si128(any, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(run.first + i)));
+    }
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(any, _mm_setzero_si128())) == 0xFFFF;
+}
+
+/// Halves as floats, which hold them all. The count is divisible by 4.
+void widen(const std::uint16_t* halves, size_t count, float* out) {
+    const __m128i sign = _mm_set1_epi32(0x8000);
+    const __m128i magnitude = _mm_set1_epi32(0x7FFF);
+    const __m128 scale = _mm_set1_ps(0x1p112F); // between the exponents' zeros
+    const __m128 infinite = _mm_set1_ps(0x1p16F);
+    const __m128 allOfExponent = _mm_castsi128_ps(_mm_set1_epi32(0x7F800000));
+    for (size_t i = 0; i < count; i += 4) {
+        const __m128i half = _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(halves + i)),
+                                                _mm_setzero_si128());
+        const __m128i bits = _mm_slli_epi32(_mm_and_si128(half, magnitude), 13);
+        __m128 wide = _mm_mul_ps(_mm_castsi128_ps(bits), scale);
+        wide = _mm_or_ps(wide, _mm_and_ps(_mm_cmpge_ps(wide, infinite), allOfExponent));
+        const __m128 signs = _mm_castsi128_ps(_mm_slli_epi32(_mm_and_si128(half, sign), 16));
+        _mm_storeu_ps(out + i, _mm_or_ps(wide, signs));
+    }
+}
+
 } // namespace
 
 std::uint8_t encodeSrgb(float linear) {
-    static const CurveTable table;
-    return table.byteOf(clampToUnit(linear));
+    return srgbCurve().byteOf(clampToUnit(linear));
 }
 
 float decodeSrgb(float encoded) {
     return encoded <= 0.04045F ? encoded / 12.92F : std::pow((encoded + 0.055F) / 1.055F, 2.4F);
 }
 
-Picture::Picture(int pictureWidth, int pictureHeight)
-    : width(pictureWidth), height(pictureHeight),
-      rgba(static_cast<size_t>(pictureWidth) * static_cast<size_t>(pictureHeight) * 4) {}
+Picture::Picture(int pictureWidth, int pictureHeight, int bytesPerPixel)
+    : width(pictureWidth), height(pictureHeight), pixelBytes(bytesPerPixel),
+      bytes(std::make_unique_for_overwrite<std::uint8_t[]>(rowBytes() * static_cast<size_t>(height))) {}
 
-void developBlock(Picture& picture, const Block& block, const float* linear, int factor,
+void developBlock(Picture& picture, const Block& block, const Samples& samples, int factor,
                   const Development& development) {
-    const size_t stride = static_cast<size_t>(block.width) * factor * 4;
-    const float weight = 1.0F / static_cast<float>(factor * factor);
-    for (int y = block.y; y < block.y + block.height; ++y, linear += stride * factor) {
-        const size_t row = static_cast<size_t>(picture.height - 1 - y) * picture.width;
-        std::uint8_t* out = picture.rgba.data() + (row + block.x) * 4;
-        const float* in = linear;
-        for (int x = 0; x < block.width; ++x, out += 4, in += static_cast<ptrdiff_t>(4) * factor) {
-            const std::array<float, 4> sum = sumOf(in, stride, factor, development);
-            const float perAlpha = sum[3] > 0.0F ? 1.0F / sum[3] : 0.0F;
-            for (size_t channel = 0; channel < 3; ++channel)
-                out[channel] = encodeSrgb(sum[channel] * perAlpha);
-            out[3] = toByte(sum[3] * weight);
+    const ByteDeveloper developer(development, factor, picture.pixelBytes);
+    const bool isOfFloats = picture.pixelBytes == kFloatPixel;
+    const auto develop = [&](SampleRun run, int pixels, std::uint8_t* out) {
+        if (isOfFloats)
+            averageRun(run, pixels, factor, development.background, out);
+        else
+            developer.develop(run, pixels, out);
+    };
+    const size_t stride = static_cast<size_t>(block.width) * static_cast<size_t>(factor) * 4;
+    std::vector<float> wide(samples.areHalves ? size_t{kPixelsAtOnce} * factor * factor * 4 : 0);
+    const auto developHalves = [&](const std::uint16_t* first, int pixels, std::uint8_t* out) {
+        const size_t floats = static_cast<size_t>(pixels) * static_cast<size_t>(factor) * 4;
+        if (!isOfFloats && isAllZero({first, stride}, floats, factor))
+            return developer.putNothing(pixels, out);
+        for (size_t row = 0; row < static_cast<size_t>(factor); ++row)
+            widen(first + row * stride, floats, wide.data() + row * floats);
+        develop({wide.data(), floats}, pixels, out);
+    };
+    for (int row = 0; row < block.height; ++row) {
+        const size_t start = stride * static_cast<size_t>(row) * static_cast<size_t>(factor);
+        std::uint8_t* out = picture.row(picture.height - 1 - block.y - row) +
+                            static_cast<size_t>(block.x) * static_cast<size_t>(picture.pixelBytes);
+        if (!samples.areHalves) {
+            develop({static_cast<const float*>(samples.first) + start, stride}, block.width, out);
+            continue;
         }
-    }
-}
-
-void averageBlock(std::vector<float>& rgb, int width, const Block& block, const float* linear, int factor,
-                  const std::array<float, 4>& background) {
-    const size_t stride = static_cast<size_t>(block.width) * factor * 4;
-    const float weight = 1.0F / static_cast<float>(factor * factor);
-    for (int y = block.y; y < block.y + block.height; ++y, linear += stride * factor) {
-        float* out = rgb.data() + (static_cast<size_t>(y) * width + block.x) * 3;
-        for (int x = 0; x < block.width; ++x, out += 3) {
-            for (int sample = 0; sample < factor * factor; ++sample) {
-                const float* in = linear + stride * (sample / factor) +
-                                  static_cast<ptrdiff_t>(4) * (x * factor + sample % factor);
-                const float below = 1.0F - clampToUnit(in[3]);
-                for (size_t channel = 0; channel < 3; ++channel)
-                    out[channel] += (in[channel] + below * background[channel]) * weight;
-            }
+        const std::uint16_t* halves = static_cast<const std::uint16_t*>(samples.first) + start;
+        for (int x = 0; x < block.width; x += kPixelsAtOnce) {
+            const int pixels = std::min(kPixelsAtOnce, block.width - x);
+            developHalves(halves + static_cast<size_t>(x) * static_cast<size_t>(factor) * 4, pixels,
+                          out + static_cast<size_t>(x) * static_cast<size_t>(picture.pixelBytes));
         }
     }
 }

@@ -5,18 +5,23 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 namespace orloview {
 
-/// A picture to be stored: sRGB bytes, red green blue alpha, rows from the top down, alpha not multiplied in.
+/// Rows of a picture to be stored, from the top down: sRGB bytes red green blue, and alpha where a pixel has
+/// four; alpha isn't multiplied in. Or three linear floats. They have no values before they are developed.
 struct Picture {
-    /// Transparent black.
-    Picture(int pictureWidth, int pictureHeight);
+    Picture(int pictureWidth, int pictureHeight, int bytesPerPixel);
+
+    size_t rowBytes() const { return static_cast<size_t>(width) * static_cast<size_t>(pixelBytes); }
+    std::uint8_t* row(int y) { return bytes.get() + static_cast<size_t>(y) * rowBytes(); }
+    const std::uint8_t* row(int y) const { return bytes.get() + static_cast<size_t>(y) * rowBytes(); }
 
     int width;
     int height;
-    std::vector<std::uint8_t> rgba;
+    int pixelBytes; ///< 3 or 4; 12 for floats
+    std::unique_ptr<std::uint8_t[]> bytes;
 };
 
 /// Encodes linear values as sRGB (IEC 61966-2-1): what is outside 0 to 1 is cut to it.
@@ -33,6 +38,13 @@ struct Block {
     int height;
 };
 
+/// Linear pixels of a frame, rows from the bottom up: red, green, blue (multiplied by alpha) and alpha.
+/// Floats or, as GL keeps them, halves.
+struct Samples {
+    const void* first;
+    bool areHalves = false;
+};
+
 /// How linear pixels become a picture's.
 struct Development {
     bool opaque = true; ///< alpha counts as 1 in the end
@@ -42,16 +54,11 @@ struct Development {
     std::array<float, 4> background{};
 };
 
-/// Turns a block of a frame into a block of a picture: averages squares of factor x factor linear pixels,
-/// encodes them as sRGB and turns the rows the right way up. `linear` holds red, green, blue (multiplied by
-/// alpha) and alpha per pixel of the frame's block, which is factor times as large both ways, rows from the
-/// bottom up. What alpha has above 1 is the share of a colour that the tone map leaves alone.
-void developBlock(Picture& picture, const Block& block, const float* linear, int factor,
+/// Turns a block of a frame into a block of a picture: averages squares of factor x factor samples, encodes
+/// them as sRGB and turns the rows the right way up. The frame's block is factor times as large both ways.
+/// What alpha has above 1 is the share of a colour that the tone map leaves alone. A picture of floats has
+/// the averages as they are, without the curves and without limits.
+void developBlock(Picture& picture, const Block& block, const Samples& samples, int factor,
                   const Development& development);
-
-/// The same without the curves and without limits, into rows of three floats, `width` pixels each, from the
-/// bottom up.
-void averageBlock(std::vector<float>& rgb, int width, const Block& block, const float* linear, int factor,
-                  const std::array<float, 4>& background);
 
 } // namespace orloview

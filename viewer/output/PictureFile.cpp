@@ -1,80 +1,18 @@
 #include "output/PictureFile.h"
 
 #include "base/Text.h"
-#include "output/RowWriter.h"
 
 #include <algorithm>
-#include <bit>
+#include <cstdio>
 #include <utility>
-#include <vector>
 
 namespace orloview {
 
 namespace {
 
-/// Pictures of bytes.
-class BytePicture : public PictureFile {
-public:
-    BytePicture(std::unique_ptr<RowWriter> writer, int width, const Development& development)
-        : fWriter(std::move(writer)), fBand(width, 0), fDevelopment(development) {}
-
-    void beginBand(int rows) override { fBand = Picture(fBand.width, rows); }
-
-    void add(const Block& block, const float* linear, int factor) override {
-        developBlock(fBand, block, linear, factor, fDevelopment);
-    }
-
-    void endBand() override {
-        for (int y = 0; y < fBand.height; ++y)
-            fWriter->write(fBand.rgba.data() + static_cast<size_t>(y) * static_cast<size_t>(fBand.width) * 4);
-    }
-
-    void finish() override { fWriter->finish(); }
-
-private:
-    std::unique_ptr<RowWriter> fWriter;
-    Picture fBand;
-    Development fDevelopment;
-};
-
-/// Portable float map: three floats a pixel, rows from the bottom up. The bands come from the top down, so
-/// each is put where it belongs.
-class PfmPicture : public PictureFile {
-public:
-    PfmPicture(const std::string& path, int width, int height, const std::array<float, 4>& background)
-        : fFile(path), fWidth(width), fRowsLeft(height), fBackground(background) {
-        static_assert(std::endian::native == std::endian::little, "the header says so");
-        const std::string header = "PF\n" + std::to_string(width) + " " + std::to_string(height) + "\n-1.0\n";
-        fFile.write(header.data(), header.size());
-        fStart = static_cast<long>(header.size());
-    }
-
-    void beginBand(int rows) override {
-        fRowsLeft -= rows;
-        fBand.assign(static_cast<size_t>(fWidth) * static_cast<size_t>(rows) * 3, 0.0F);
-    }
-
-    void add(const Block& block, const float* linear, int factor) override {
-        averageBlock(fBand, fWidth, block, linear, factor, fBackground);
-    }
-
-    void endBand() override {
-        const size_t rowBytes = static_cast<size_t>(fWidth) * 3 * sizeof(float);
-        if (std::fseek(fFile.stream(), fStart + fRowsLeft * static_cast<long>(rowBytes), SEEK_SET) != 0)
-            fFile.fail();
-        fFile.write(fBand.data(), fBand.size() * sizeof(float));
-    }
-
-    void finish() override { fFile.commit(); }
-
-private:
-    OutputFile fFile;
-    int fWidth;
-    long fRowsLeft; ///< below the current band
-    std::array<float, 4> fBackground;
-    long fStart = 0;
-    std::vector<float> fBand; ///< rows from the bottom up
-};
+/// Rows of about so many bytes are encoded as one: few enough for every worker to get some, many enough for
+/// what a packer starts anew with.
+constexpr size_t kBytesAtOnce = size_t{256} << 10;
 
 struct Suffix {
     const char* text;
@@ -104,44 +42,101 @@ bool hasAlpha(PictureFormat format) {
     return format == PictureFormat::Png || format == PictureFormat::Tga;
 }
 
-std::unique_ptr<PictureFile> createPicture(const std::string& path, PictureFormat format, int width,
-                                           int height, const Development& development) {
-    const bool opaque = development.opaque;
-    const auto bytes = [&](std::unique_ptr<RowWriter> writer) {
-        return std::make_unique<BytePicture>(
-            std::move(writer), width,
-            Development{opaque || !hasAlpha(format), development.toneMap, development.background});
-    };
-    switch (format) {
-    case PictureFormat::Pfm:
-        return std::make_unique<PfmPicture>(path, width, height, development.background);
-    case PictureFormat::Jpeg:
-        return bytes(makePixbufWriter(path, width, height, "jpeg"));
-    case PictureFormat::Bmp:
-        return bytes(makePixbufWriter(path, width, height, "bmp"));
-    case PictureFormat::Tga:
-        return bytes(makeTgaWriter(path, width, height, !opaque));
-    case PictureFormat::Ppm:
-        return bytes(makePpmWriter(path, width, height));
-    case PictureFormat::Png:
-        break;
-    }
-    return bytes(makePngWriter(path, width, height, !opaque));
+PictureFile::PictureFile(std::string path, std::unique_ptr<PictureEncoder> encoder,
+                         const Development& development, Workers& workers)
+    : fPath(std::move(path)), fEncoder(std::move(encoder)), fDevelopment(development), fWorkers(workers) {}
+
+void PictureFile::open() {
+    fFile.emplace(fPath);
+    write({fEncoder->begin(), {}});
+    writeEncoded();
 }
 
-std::unique_ptr<PictureFile> keepPicture(std::vector<std::uint8_t>& rgba, int width,
-                                         const Development& development) {
-    class Keeper : public RowWriter {
-    public:
-        Keeper(std::vector<std::uint8_t>& kept, int pixels) : fKept(kept), fBytes(pixels * 4) {}
-        void write(const std::uint8_t* row) override { fKept.insert(fKept.end(), row, row + fBytes); }
-        void finish() override {}
+void PictureFile::beginBand(int rows) {
+    fBand = std::make_shared<Band>(Band{Picture(fEncoder->width(), rows, fEncoder->pixelBytes()), {}});
+}
 
-    private:
-        std::vector<std::uint8_t>& fKept;
-        int fBytes;
+std::shared_future<void> PictureFile::add(const Block& block, const Samples& samples, int factor) {
+    const auto develop = [band = fBand, block, samples, factor, development = fDevelopment] {
+        developBlock(band->picture, block, samples, factor, development);
     };
-    return std::make_unique<BytePicture>(std::make_unique<Keeper>(rgba, width), width, development);
+    return fBand->blocks.emplace_back(fWorkers.add(develop));
+}
+
+void PictureFile::endBand() {
+    if (fFile)
+        writeEncoded(); // the band before; no more than two are in memory
+    const int rows = fBand->picture.height;
+    const auto most = static_cast<int>(std::max<size_t>(kBytesAtOnce / fBand->picture.rowBytes(), 1));
+    for (int first = 0; first < rows; first += most) {
+        const int end = std::min(first + most, rows);
+        fEncoded.push_back(fWorkers.add([encoder = fEncoder, band = fBand, above = fAbove, first, end] {
+            for (const std::shared_future<void>& block : band->blocks)
+                block.get();
+            return encoder->encode(band->picture, above, first, end);
+        }));
+    }
+    fAbove += rows;
+    fBand = nullptr;
+    if (fFile && fWorkers.most() == 0)
+        writeEncoded();
+}
+
+void PictureFile::finish() {
+    writeEncoded();
+    const std::optional<Bytes> last = fEncoder->end();
+    if (!last)
+        fFile->fail();
+    write({*last, {}});
+    fFile->commit();
+}
+
+Bytes PictureFile::takeBytes() {
+    Bytes all;
+    for (; !fEncoded.empty(); fEncoded.pop_front()) {
+        const Bytes bytes = fEncoded.front().get().bytes;
+        all.insert(all.end(), bytes.begin(), bytes.end());
+    }
+    return all;
+}
+
+void PictureFile::write(const EncodedRows& rows) {
+    if (rows.place && std::fseek(fFile->stream(), *rows.place, SEEK_SET) != 0)
+        fFile->fail();
+    fFile->write(rows.bytes.data(), rows.bytes.size());
+}
+
+void PictureFile::writeEncoded() {
+    for (; !fEncoded.empty(); fEncoded.pop_front())
+        write(fEncoded.front().get());
+}
+
+std::unique_ptr<PictureFile> createPicture(const std::string& path, PictureFormat format, int width,
+                                           int height, const Development& development, Workers& workers) {
+    const bool opaque = development.opaque || !hasAlpha(format);
+    const auto encoder = [&] {
+        switch (format) {
+        case PictureFormat::Pfm:
+            return makePfmEncoder(width, height);
+        case PictureFormat::Jpeg:
+            return makePixbufEncoder(path, width, height, "jpeg");
+        case PictureFormat::Bmp:
+            return makePixbufEncoder(path, width, height, "bmp");
+        case PictureFormat::Tga:
+            return makeTgaEncoder(width, height, !opaque);
+        case PictureFormat::Ppm:
+            return makePpmEncoder(width, height);
+        case PictureFormat::Png:
+            break;
+        }
+        return makePngEncoder(width, height, !opaque);
+    };
+    return std::make_unique<PictureFile>(
+        path, encoder(), Development{opaque, development.toneMap, development.background}, workers);
+}
+
+std::unique_ptr<PictureFile> keepPicture(int width, const Development& development, Workers& workers) {
+    return std::make_unique<PictureFile>("", makeRgbaEncoder(width), development, workers);
 }
 
 } // namespace orloview

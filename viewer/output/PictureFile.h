@@ -1,7 +1,11 @@
 #pragma once
 
-#include "output/Picture.h"
+#include "base/Workers.h"
+#include "output/OutputFile.h"
+#include "output/PictureEncoder.h"
 
+#include <deque>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,39 +23,68 @@ extern const char* const kPictureFormats;
 
 bool hasAlpha(PictureFormat format);
 
-/// A picture that is written while it is drawn: in bands, from the top down, each of them filled by blocks of
-/// a frame. PNG, TGA, PPM and PFM keep one band in memory; JPEG and BMP the whole picture.
+/// A picture that is developed and encoded by workers while it is drawn: in bands, from the top down, each of
+/// them filled by blocks of a frame. PNG, TGA, PPM and PFM keep two bands in memory; JPEG and BMP the whole
+/// picture.
 ///
-///     auto file = createPicture("out.png", look, PictureFormat::Png);
+///     auto picture = createPicture("out.png", PictureFormat::Png, 640, 480, development, workers);
+///     picture->open();
 ///     for (each band) {
-///         file->beginBand(rows);
-///         file->add({x, y, width, height}, pixels, 2);
-///         file->endBand();
+///         picture->beginBand(rows);
+///         picture->add({x, y, width, height}, samples, 2);
+///         picture->endBand();
 ///     }
-///     file->finish();
+///     picture->finish();
 ///
 /// All throw Failure (kExitNotWritten). A picture that isn't finished leaves no file.
 class PictureFile {
 public:
-    virtual ~PictureFile() = default;
+    PictureFile(std::string path, std::unique_ptr<PictureEncoder> encoder, const Development& development,
+                Workers& workers);
 
-    virtual void beginBand(int rows) = 0;
+    /// Opens the file; one is open at a time. What is encoded before stays in memory.
+    void open();
 
-    /// A block of the band, y counted from the band's bottom: its pixels are the means of factor x factor
-    /// linear pixels, red, green, blue (multiplied by alpha) and alpha, rows from the bottom up.
-    virtual void add(const Block& block, const float* linear, int factor) = 0;
+    void beginBand(int rows);
 
-    virtual void endBand() = 0;
-    virtual void finish() = 0;
+    /// A block of the band, y counted from the band's bottom. The samples have to stay as they are until the
+    /// result is there.
+    std::shared_future<void> add(const Block& block, const Samples& samples, int factor);
+
+    void endBand();
+
+    /// Waits for what is in work and writes it: the file is there.
+    void finish();
+
+    /// Waits for what is in work, and gives what would be written.
+    Bytes takeBytes();
+
+private:
+    /// Pixels, and the blocks that become pixels.
+    struct Band {
+        Picture picture;
+        std::vector<std::shared_future<void>> blocks;
+    };
+
+    void write(const EncodedRows& rows);
+    void writeEncoded();
+
+    std::string fPath;
+    std::shared_ptr<PictureEncoder> fEncoder;
+    Development fDevelopment;
+    Workers& fWorkers;
+    std::optional<OutputFile> fFile;
+    std::shared_ptr<Band> fBand;
+    int fAbove = 0;                                ///< rows over the band
+    std::deque<std::future<EncodedRows>> fEncoded; ///< in the order of the rows, of bands that ended
 };
 
 /// The alpha of an opaque picture isn't stored. A format without alpha shows what is transparent over black.
 /// PFM stores linear colours as they are, also below 0 and above 1.
 std::unique_ptr<PictureFile> createPicture(const std::string& path, PictureFormat format, int width,
-                                           int height, const Development& development);
+                                           int height, const Development& development, Workers& workers);
 
-/// A picture that is no file: appends its rows to `rgba`, four bytes a pixel.
-std::unique_ptr<PictureFile> keepPicture(std::vector<std::uint8_t>& rgba, int width,
-                                         const Development& development);
+/// One that is never opened: its bytes are its pixels, four bytes each.
+std::unique_ptr<PictureFile> keepPicture(int width, const Development& development, Workers& workers);
 
 } // namespace orloview

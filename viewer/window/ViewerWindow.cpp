@@ -289,9 +289,11 @@ void ViewerWindow::screenshot() {
     const std::string path = screenshotPath(fOptions);
     try {
         const FrameLook& look = fView.look();
+        Workers workers;
         const auto picture =
-            createPicture(path, PictureFormat::Png, look.width, look.height, developmentOf(look));
-        renderPicture(currentView(), content(), look, fOptions.sampling, *picture);
+            createPicture(path, PictureFormat::Png, look.width, look.height, developmentOf(look), workers);
+        picture->open();
+        PictureRenderer(look, fOptions.sampling, workers).render(currentView(), content(), *picture);
         picture->finish();
         print(path);
         note("wrote " + path);
