@@ -84,8 +84,7 @@ public:
         };
         const auto picture = create(fOptions.output);
         picture->open();
-        renderer().render(fView, content(), *picture, fProgress.report(),
-                          fOptions.stats ? costs : FrameCosts{});
+        draw(*picture, fOptions.stats ? costs : FrameCosts{});
         fProgress.begin(Progress::Stage::Write);
         picture->finish();
         told(fOptions.output == "-" ? "the picture to standard output" : fOptions.output);
@@ -95,7 +94,7 @@ public:
     std::vector<std::uint8_t> picture() {
         fProgress.begin(Progress::Stage::Draw);
         const auto kept = keepPicture(fOptions.width, developmentOf(lookOf(fOptions, fScene)), fWorkers);
-        renderer().render(fView, content(), *kept, fProgress.report());
+        draw(*kept);
         return kept->takeBytes();
     }
 
@@ -147,7 +146,15 @@ private:
 
     FrameContent content() { return fDrawn.content(); }
 
-    PictureRenderer renderer() const { return {lookOf(fOptions, fScene), fOptions.sampling, fWorkers}; }
+    PictureRenderer renderer(int pictures) const {
+        return {lookOf(fOptions, fScene), fOptions.sampling, static_cast<size_t>(pictures), fWorkers};
+    }
+
+    void draw(PictureFile& picture, const FrameCosts& costs = {}) {
+        PictureRenderer single = renderer(1);
+        single.render(fView, content(), picture, fProgress.report(), costs);
+        single.finish();
+    }
 
     std::unique_ptr<PictureFile> create(const std::string& path) {
         return createPicture(path, *formatOf(path), fOptions.width, fOptions.height,
@@ -159,11 +166,13 @@ private:
     /// open file, so whatever fails, all before it are there.
     void writeSeries(int count, const std::function<View(int)>& prepare) {
         fProgress.begin(Progress::Stage::Draw);
-        PictureRenderer series = renderer();
+        PictureRenderer series = renderer(count);
         const size_t most = series.isOneTile() ? kMostAtOnce : 1;
         std::deque<Drawn> drawn;
         int written = 0;
         const auto writeFirst = [&] {
+            if (drawn.size() == 1) // it may not be filled yet
+                series.finish();
             drawn.front().picture->finish();
             fProgress.update(static_cast<double>(++written) / count);
             told(drawn.front().path);

@@ -14,7 +14,9 @@ void countDraw(...) {
     ++counts.drawCalls;
 }
 
-void countBufferUpload(GLenum, GLsizeiptrARB size, const void*, GLenum) {
+void countBufferUpload(GLenum, GLsizeiptrARB size, const void* data, GLenum) {
+    if (!data)
+        return;
     ++counts.uploads;
     counts.uploadedBytes += static_cast<size_t>(size);
 }

@@ -3,19 +3,44 @@
 #include "draw/Canvas.h"
 #include "output/Picture.h"
 
+#include <array>
+#include <cstdint>
 #include <functional>
 #include <future>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace orloview {
 
-/// Reads what is drawn in a canvas, a strip at a time: the caller takes a strip, and may go on with it on
-/// other threads while the next ones are read.
+/// Part of a canvas that is read, and who takes it.
+struct ReadPart {
+    int width;  ///< from the lower left corner, in squares of factor x factor
+    int height; ///< the same
+    int factor;
+
+    /// Takes a strip, the rows from `row` on, so many, from the bottom up: until the result is there the
+    /// samples stay.
+    std::function<std::shared_future<void>(int row, int rows, const Samples&)> take;
+
+    std::function<void()> begin = [] {}; ///< called before the first strip
+    std::function<void()> end = [] {};   ///< called behind the last
+};
+
+/// Reads what is drawn in a canvas, a strip at a time: who takes a strip may go on with it on other threads
+/// while the next ones are read.
+///
+/// Where GL has pixel buffers, a part may be handed over later, when the next one is drawn and asked for: GL
+/// fetches the one while the other is drawn. So what `take` needs has to stay until `finish`.
 class ReadBack {
 public:
+    enum class Order : std::uint8_t {
+        AtOnce, ///< for a single part
+        Later,  ///< where GL can
+    };
+
     /// `strips` are in memory at once. The canvas outlives it.
-    ReadBack(Canvas& canvas, size_t strips);
+    ReadBack(Canvas& canvas, size_t strips, Order order);
 
     /// Waits until no strip is in use.
     ~ReadBack();
@@ -23,12 +48,11 @@ public:
     ReadBack(const ReadBack&) = delete;
     ReadBack& operator=(const ReadBack&) = delete;
 
-    /// Takes a strip: the rows from `row` on, so many; until the result is there the samples stay.
-    using Take = std::function<std::shared_future<void>(int row, int rows, const Samples&)>;
+    /// Needs the canvas's context current. Throws Failure when there is no memory.
+    void read(ReadPart part);
 
-    /// The lower left `width` x `height` of the canvas, in squares of factor x factor, from the bottom up.
-    /// Throws Failure when there is no memory.
-    void read(int width, int height, int factor, const Take& take);
+    /// Hands over what isn't yet.
+    void finish();
 
 private:
     struct Strip {
@@ -36,9 +60,26 @@ private:
         std::shared_future<void> taken;
     };
 
+    /// A pixel buffer, and what of it is in use.
+    struct Buffer {
+        GLuint name = 0;
+        std::vector<std::shared_future<void>> taken;
+        bool isMapped = false;
+    };
+
+    void readStrips(const ReadPart& part);
+    void fetch(const ReadPart& part, Buffer& buffer);
+    void handOver(const ReadPart& part, Buffer& buffer);
+    void release(Buffer& buffer);
+
     Canvas& fCanvas;
+    bool fAreHalves;
+    bool fHasBuffers;
     std::vector<Strip> fStrips;
-    size_t fNext = 0;
+    size_t fNextStrip = 0;
+    std::array<Buffer, 2> fBuffers;
+    size_t fNextBuffer = 0;
+    std::optional<ReadPart> fFetched; ///< in the buffer before the next, not handed over
 };
 
 } // namespace orloview

@@ -2,6 +2,7 @@
 
 #include "base/ExitCode.h"
 #include "draw/Canvas.h"
+#include "draw/GL.h"
 #include "frame/ViewAndLook.h"
 #include "scene/Vectors.h"
 
@@ -12,7 +13,9 @@
 #include <limits>
 #include <memory>
 #include <numbers>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace orloview {
 
@@ -126,6 +129,13 @@ float distanceOf(float depth, const koLinear::ProjMatrix& p) {
     return static_cast<float>(-(p[3][2] - z * p[3][3]) / (z * p[2][3] - p[2][2]));
 }
 
+/// Such a driver fetches at once, what it is asked for later too, and into a pixel buffer in a longer way.
+bool drawsInSoftware() {
+    const auto* told = reinterpret_cast<const char*>(gl().glGetString(GL_RENDERER));
+    const std::string_view renderer = told ? told : "";
+    return renderer.starts_with("llvmpipe") || renderer.starts_with("softpipe");
+}
+
 } // namespace
 
 int supersampling(const FrameLook& look) {
@@ -135,11 +145,14 @@ int supersampling(const FrameLook& look) {
     return fits ? 2 : 1;
 }
 
-PictureRenderer::PictureRenderer(const FrameLook& look, const Sampling& sampling, const Workers& workers)
+PictureRenderer::PictureRenderer(const FrameLook& look, const Sampling& sampling, size_t pictures,
+                                 const Workers& workers)
     : fLook(look), fFactor(sampling.samples), fSide(tileSide(look, sampling)),
       fCanvas(kindFor(sampling), std::min(fSide, look.width) * fFactor,
               std::min(fSide, look.height) * fFactor),
-      fReadBack(fCanvas, workers.most() + 1) {}
+      fReadBack(fCanvas, workers.most() + 1,
+                (isOneTile() && pictures == 1) || drawsInSoftware() ? ReadBack::Order::AtOnce
+                                                                    : ReadBack::Order::Later) {}
 
 void PictureRenderer::render(const View& view, const FrameContent& content, PictureFile& picture,
                              const ProgressReport& report, const FrameCosts& costs) {
@@ -157,15 +170,20 @@ void PictureRenderer::render(const View& view, const FrameContent& content, Pict
     // Bands from the top down, as pictures are written.
     for (int top = fLook.height; top > 0;) {
         const int bottom = (top - 1) / fSide * fSide;
-        picture.beginBand(top - bottom);
+        const int rows = top - bottom;
         for (int x = 0; x < fLook.width; x += fSide) {
             draw(x, bottom);
             const int width = std::min(fSide, fLook.width - x);
-            fReadBack.read(width, top - bottom, fFactor, [&](int row, int rows, const Samples& samples) {
-                return picture.add({x, row, width, rows}, samples, fFactor);
-            });
+            ReadPart part{width, rows, fFactor,
+                          [&picture, x, width, factor = fFactor](int row, int count, const Samples& samples) {
+                              return picture.add({x, row, width, count}, samples, factor);
+                          }};
+            if (x == 0)
+                part.begin = [&picture, rows] { picture.beginBand(rows); };
+            if (x + width == fLook.width)
+                part.end = [&picture] { picture.endBand(); };
+            fReadBack.read(std::move(part));
         }
-        picture.endBand();
         top = bottom;
         tell(report, fLook.height - top, fLook.height);
     }

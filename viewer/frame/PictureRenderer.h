@@ -27,13 +27,17 @@ using FrameCosts = std::function<void(int, const CallCounts&)>;
 /// Draws pictures one after another. What is drawn is developed by workers.
 class PictureRenderer {
 public:
-    /// All pictures have this look and content.
-    PictureRenderer(const FrameLook& look, const Sampling& sampling, const Workers& workers);
+    /// So many pictures have this look.
+    PictureRenderer(const FrameLook& look, const Sampling& sampling, size_t pictures, const Workers& workers);
 
-    /// Fills the picture, which is not finished yet, and leaves it. With `costs` a picture of one tile is
-    /// drawn twice, to show what only the first frame costs; the counter has to be installed.
+    /// Fills the picture, the last part of it not before the next one or `finish`, and leaves it. With
+    /// `costs` a picture of one tile is drawn twice, to show what only the first frame costs; the counter has
+    /// to be installed.
     void render(const View& view, const FrameContent& content, PictureFile& picture,
                 const ProgressReport& report = {}, const FrameCosts& costs = {});
+
+    /// Now the last picture is filled; nothing is finished yet.
+    void finish() { fReadBack.finish(); }
 
     /// Whether a picture is one band, which may be written later than the next is drawn.
     bool isOneTile() const { return fLook.width <= fSide && fLook.height <= fSide; }

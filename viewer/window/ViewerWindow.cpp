@@ -293,7 +293,9 @@ void ViewerWindow::screenshot() {
         const auto picture =
             createPicture(path, PictureFormat::Png, look.width, look.height, developmentOf(look), workers);
         picture->open();
-        PictureRenderer(look, fOptions.sampling, workers).render(currentView(), content(), *picture);
+        PictureRenderer renderer(look, fOptions.sampling, 1, workers);
+        renderer.render(currentView(), content(), *picture);
+        renderer.finish();
         picture->finish();
         print(path);
         note("wrote " + path);
