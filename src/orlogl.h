@@ -29,6 +29,7 @@
 #include "gl/GLFunctionTable.h"
 #include "gl/GLStartupContext.h"
 #include "gl/GLUtility.h"
+#include "gl/LibraryVersion.h"
 #include "particle/GLParticleCloudDraw.h"
 #include "particle/GLParticleDrawBase.h"
 #include "particle/GLParticleMultiPointDraw.h"

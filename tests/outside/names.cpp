@@ -401,7 +401,12 @@ void particles() {
 
 } // namespace
 
+static_assert(ORLOGL_VERSION >= ORLOGL_VERSION_NUMBER(0, 1, 0) &&
+              ORLOGL_VERSION < ORLOGL_VERSION_NUMBER(1, 0, 0));
+
 int main() {
+    if (orloglVersion() != ORLOGL_VERSION)
+        return 1;
     shadingNetworks();
     particles();
     shaders();

@@ -112,7 +112,7 @@ public:
         fApp.footer(kFooter);
         fApp.allow_extras();
         fApp.set_help_flag("-h,--help", "Print this help");
-        fApp.set_version_flag("--version", "orloview " ORLOGL_VERSION, "Print the version");
+        fApp.set_version_flag("--version", "orloview " ORLOVIEW_VERSION, "Print the version");
         addFiles();
         addView();
         addShading();
@@ -128,7 +128,7 @@ public:
         } catch (const CLI::CallForHelp&) {
             return fApp.help();
         } catch (const CLI::CallForVersion&) {
-            return "orloview " ORLOGL_VERSION "\n";
+            return "orloview " ORLOVIEW_VERSION "\n";
         } catch (const CLI::ParseError& error) {
             throw Failure(kExitUsage, std::string(error.what()) + " (--help lists all switches)");
         }
