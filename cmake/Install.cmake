@@ -21,6 +21,7 @@ install(DIRECTORY src/ DESTINATION ${library_headers}
   PATTERN DrawPlan.h EXCLUDE
   PATTERN DrawableAttributes.h EXCLUDE
   PATTERN EntryGroup.h EXCLUDE
+  PATTERN GLCallText.h EXCLUDE
   PATTERN GLLibrary.h EXCLUDE
   PATTERN GLULibrary.h EXCLUDE
   PATTERN NodeManager.h EXCLUDE

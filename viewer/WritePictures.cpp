@@ -60,7 +60,7 @@ public:
           fBounds(
               boundsWith(drawnBounds(options, scene), fGuides, options.grid, options.axes, options.ground)),
           fView(chooseView(options, scene, fBounds)),
-          fGL(GLSession::forPictures(options.glRoad, options.verbose)),
+          fGL(GLSession::forPictures(options.glRoad, options.glWatch())),
           fDrawn(scene, fGuides, options, progress.report()) {
         if (options.stats)
             CallCounter::install();

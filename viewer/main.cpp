@@ -146,7 +146,7 @@ void spareInputs(const Options& options, const Scene& scene) {
 }
 
 int showGLInfo(const Options& options) {
-    const std::unique_ptr<GLSession> gl = GLSession::forPictures(options.glRoad, options.verbose);
+    const std::unique_ptr<GLSession> gl = GLSession::forPictures(options.glRoad, options.glWatch());
     print(describeGL());
     return kExitDone;
 }

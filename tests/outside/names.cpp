@@ -34,6 +34,8 @@ void glAccess() {
         &GLFunctionTable::fMaxArrayTextureLayers, &GLFunctionTable::fInBeginEnd, &isExtensionSupported,
         &glXCreateGLXPbuffer);
     const GLFunctionTable table;
+    use(&GLCallLog::begin, &GLCallLog::note, &GLCallLog::end, &GLDebugOutput::begin, &GLDebugOutput::isOn,
+        &GLDebugOutput::label, &GLDebugOutput::pushGroup, &GLDebugOutput::popGroup, &GLDebugOutput::end);
 
     use(GLStartupContext::fpGlobalGLStartupContext, GLStartupContext::fsNumInstances_GLStartupContext,
         &GLStartupContext::makeCurrent);

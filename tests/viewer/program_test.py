@@ -5,6 +5,7 @@ import base64
 import json
 import math
 import os
+import pathlib
 import pty
 import re
 import resource
@@ -366,6 +367,23 @@ class Program(ViewerProgram):
         self.assertEqual(result.returncode, 0)
         for words in ("OpenGL version: ", "renderer: ", "kCapFramebufferObject: yes", "kCapNVVertexProgram: ", "texture size: "):
             self.assertIn(words, result.stdout.decode())
+
+    def test_gl_log_tells_calls_and_passes(self):
+        model, log = self.write("m.gltf", gltf(unlit(0.5, 0.0, 1.0))), pathlib.Path(self.path("calls.log"))
+        same = self.picture(model, "--size", "64x48", "--ground")
+        self.assertEqual(self.picture(model, "--size", "64x48", "--ground", "--gl-debug", "--gl-log", log), same)
+        lines = log.read_text(encoding="utf-8").splitlines()
+        self.assertLess(lines.index("-- shade on the ground"), lines.index("-- scene"))
+        self.assertTrue(any(line.startswith("glBindFramebufferEXT(GL_FRAMEBUFFER, 1)  ") for line in lines))
+        self.assertTrue(lines[-1].endswith(" 0  all"), lines[-1])
+
+    def test_vetoed_capabilities(self):
+        told = self.run_viewer("--gl-info", environment={"ORLOGL_VETO": "kCapShaderObjects,kCapTexture3D"})
+        for name in ("kCapShaderObjects", "kCapTexture3D"):
+            self.assertIn(f"{name}: vetoed", told.stdout.decode())
+        told = self.run_viewer("--gl-info", environment={"ORLOGL_VETO": "kCapFoo"})
+        self.assertEqual((told.returncode, told.stderr.decode().count("\n")), (1, 1))
+        self.assertIn('"kCapFoo"', told.stderr.decode())
 
     # Wrong use
 

@@ -1,5 +1,6 @@
 #include "frame/Frame.h"
 
+#include "draw/PassGroup.h"
 #include "draw/Placed.h"
 #include "draw/TextureUnits.h"
 
@@ -309,17 +310,26 @@ void drawBehind(GLFrameBuffer& target, const View& view, FrameContent content, F
 } // namespace
 
 void prepareFrame(const View& view, const FrameContent& content, const FrameLook& look) {
-    if (content.shadows && look.lights)
+    if (content.shadows && look.lights) {
+        const PassGroup group("shadow map");
         content.shadows->update(content.drawable, view.worldToEye);
-    if (content.occlusion && isOccluded(look))
+    }
+    if (content.occlusion && isOccluded(look)) {
+        const PassGroup group("ambient occlusion");
         content.occlusion->update(content.drawable, view);
-    if (look.ground)
+    }
+    if (look.ground) {
+        const PassGroup group("shade on the ground");
         content.ground.update(content.drawable);
-    if (content.behind && look.lights)
-        content.behind->update(view, [&](GLFrameBuffer& target) { drawBehind(target, view, content, look); });
+    }
+    if (!content.behind || !look.lights)
+        return;
+    const PassGroup group("what is behind glass");
+    content.behind->update(view, [&](GLFrameBuffer& target) { drawBehind(target, view, content, look); });
 }
 
 void drawFrame(GLFrameBuffer& target, const View& view, const FrameContent& content, const FrameLook& look) {
+    const PassGroup group("scene");
     draw(target, view, content, look, Clear::Drawn);
 }
 

@@ -379,6 +379,11 @@ void Switches::addTelling() {
     fApp.add_flag("--info", fOptions.info, "Print what the models hold; needs no display");
     fApp.add_flag("--json", fOptions.json, "With --info: as JSON");
     fApp.add_flag("--gl-info", fOptions.glInfo, "Print OpenGL's version, capabilities and limits");
+    word("--gl-log", "FILE", "Write each call to OpenGL with its time and error, and at the end a summary",
+         fOptions.glLog);
+    fApp.add_flag(
+        "--gl-debug", fOptions.glDebug,
+        "Name objects and passes for debuggers of frames, and print what the driver says (KHR_debug)");
     choice("--progress", kProgress, "How to show progress; a bar on a terminal, else nothing, unless given",
            fOptions.progress);
     fApp.add_flag("-q,--quiet", fOptions.quiet, "No warnings, no progress");

@@ -8,6 +8,7 @@
 #include "output/ToneMap.h"
 #include "scene/View.h"
 #include "session/GLRoad.h"
+#include "session/GLWatch.h"
 #include "shading/Sky.h"
 #include "texture/SkyPicture.h"
 
@@ -134,8 +135,12 @@ struct Options {
     bool info = false;
     bool json = false;
     bool glInfo = false;
+    bool glDebug = false;
+    std::string glLog; ///< the file that calls to OpenGL are written to; empty: none
     bool quiet = false;
     bool verbose = false;
+
+    GLWatchRequest glWatch() const { return {verbose, glDebug, glLog}; }
 };
 
 } // namespace orloview

@@ -77,6 +77,11 @@ void OutputFile::spare(const std::string& path) {
         sparedFiles().emplace(status.st_dev, status.st_ino);
 }
 
+bool OutputFile::isSpared(const std::string& path) {
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && sparedFiles().contains({status.st_dev, status.st_ino});
+}
+
 void OutputFile::removeUnfinished() {
     if (const char* name = fsUnfinished.exchange(nullptr))
         unlink(name);

@@ -26,6 +26,9 @@ public:
     /// From now on nothing is written in this file's place: it is one of the inputs, and would be lost.
     static void spare(const std::string& path);
 
+    /// Whether it is one of those.
+    static bool isSpared(const std::string& path);
+
     /// Takes away what was not committed, for ways out that run no destructors.
     static void removeUnfinished();
 

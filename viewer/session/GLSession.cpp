@@ -31,7 +31,7 @@ std::unique_ptr<StartAhead>& ahead() {
 
 } // namespace
 
-std::unique_ptr<GLSession> GLSession::forWindow(bool verbose) {
+std::unique_ptr<GLSession> GLSession::forWindow(const GLWatchRequest& watch) {
     std::unique_ptr<GLSession> session = takeAhead();
     if (!session) {
         std::unique_ptr<DisplaySession> display = DisplaySession::named();
@@ -43,17 +43,15 @@ std::unique_ptr<GLSession> GLSession::forWindow(bool verbose) {
     if (!session)
         throw Failure(kExitNoGL, "the X display offers no OpenGL (GLX) context; install the package libgl1, "
                                  "use a display with GLX, or give -o picture.png for a picture");
-    if (verbose)
-        session->tellDriver();
+    session->begin(watch);
     return session;
 }
 
-std::unique_ptr<GLSession> GLSession::forPictures(GLRoad road, bool verbose) {
+std::unique_ptr<GLSession> GLSession::forPictures(GLRoad road, const GLWatchRequest& watch) {
     std::unique_ptr<GLSession> session = takeAhead();
     if (!session)
         session = onAnyRoad(road);
-    if (verbose)
-        session->tellDriver();
+    session->begin(watch);
     return session;
 }
 
@@ -142,11 +140,18 @@ GLSession::GLSession(std::unique_ptr<DisplaySession> display, GLStartupContext* 
     : fDisplay(std::move(display)), fStartup(startup), fRoad(std::move(road)) {
     GLStartupContext::fpGlobalGLStartupContext = fStartup;
     makeCurrent();
+}
+
+void GLSession::begin(const GLWatchRequest& watch) {
     GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
+    vetoCapabilities();
     gl->ensureLiveMultitexture();
     const bool hasBufferObjects = gl->usable(kCapVertexBufferObject);
     GLRouting::fsUseObjectsForData = hasBufferObjects;
     GLRouting::fsUseObjectsForIndexing = hasBufferObjects;
+    if (watch.verbose)
+        tellDriver();
+    fWatch.emplace(watch);
 }
 
 void GLSession::tellDriver() const {
@@ -159,6 +164,7 @@ void GLSession::tellDriver() const {
 }
 
 GLSession::~GLSession() {
+    fWatch.reset();
     fStartup->unref();
 }
 

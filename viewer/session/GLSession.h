@@ -2,8 +2,10 @@
 
 #include "session/DisplaySession.h"
 #include "session/GLRoad.h"
+#include "session/GLWatch.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <gl/GLStartupContext.h>
@@ -14,12 +16,12 @@ namespace orloview {
 /// may be on.
 class GLSession {
 public:
-    /// On the display that DISPLAY names. `verbose` says on standard error which way was taken and whose
-    /// driver it is. Throws Failure (kExitNoGL), here and below, when there is no OpenGL that way.
-    static std::unique_ptr<GLSession> forWindow(bool verbose);
+    /// On the display that DISPLAY names. `watch.verbose` says on standard error which way was taken and
+    /// whose driver it is. Throws Failure (kExitNoGL), here and below, when there is no OpenGL that way.
+    static std::unique_ptr<GLSession> forWindow(const GLWatchRequest& watch);
 
     /// For what nobody looks at.
-    static std::unique_ptr<GLSession> forPictures(GLRoad road, bool verbose);
+    static std::unique_ptr<GLSession> forPictures(GLRoad road, const GLWatchRequest& watch);
 
     /// Begins on a thread of its own with what one of these will be asked for: on the display, or by EGL
     /// where the road goes there (X11 for a window). Whatever comes of it shows, and is told, when it is
@@ -50,11 +52,14 @@ private:
 
     GLSession(std::unique_ptr<DisplaySession> display, GLStartupContext* startup, std::string road);
 
+    /// With what the user has vetoed, on the thread that draws.
+    void begin(const GLWatchRequest& watch);
     void tellDriver() const;
 
     std::unique_ptr<DisplaySession> fDisplay;
     GLStartupContext* fStartup;
     std::string fRoad; ///< for people
+    std::optional<GLWatch> fWatch;
 };
 
 } // namespace orloview

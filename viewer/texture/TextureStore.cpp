@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include <gl/GLDebugOutput.h>
 #include <gl/GLFunctionTable.h>
 #include <texture/GLTexUsage.h>
 
@@ -140,6 +141,9 @@ GLTexture2D* TextureStore::makeTexture(const Key& key, LoadedTexture& loaded) {
         warn(key, "drawn with " + std::to_string(width) + "x" + std::to_string(height) + " pixels of its " +
                       std::to_string(loaded.pictureWidth) + "x" + std::to_string(loaded.pictureHeight) +
                       ": this OpenGL takes " + std::to_string(fLargestSide) + " each way");
+    if (key.image >= 0)
+        GLDebugOutput::label(GL_TEXTURE, texture->textureName(),
+                             fScene.images[static_cast<size_t>(key.image)].name.c_str());
     return texture;
 }
 

@@ -123,7 +123,7 @@ ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Vie
       fGuides(makeGuides(scene.bounds(), upOf(options))),
       fView(Navigation(start, upOf(options), outlineOf(scene), radiusOf(scene.bounds())),
             lookOf(options, scene)),
-      fGL(GLSession::forWindow(options.verbose)), fDisplay(fGL->display()),
+      fGL(GLSession::forWindow(options.glWatch())), fDisplay(fGL->display()),
       fDrawn(scene, fGuides, options, progress.report()), fLineHeight(lineHeightOn(fDisplay)) {
     fWindow.emplace(fDisplay, titleOf(options), options.width, options.height);
     fPainter.emplace(fWindow->buffer());
