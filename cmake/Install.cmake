@@ -15,20 +15,13 @@ set_target_properties(orlogl PROPERTIES INSTALL_RPATH "$ORIGIN")
 
 install(DIRECTORY host/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.h)
 # Every header of src/ but those that only the library's own sources include.
+set(not_private)
+foreach(header IN LISTS orlo_private_headers)
+  list(APPEND not_private PATTERN ${header} EXCLUDE)
+endforeach()
 install(DIRECTORY src/ DESTINATION ${library_headers}
   FILES_MATCHING PATTERN *.h PATTERN *.inc
-  PATTERN CgCall.h EXCLUDE
-  PATTERN DrawPlan.h EXCLUDE
-  PATTERN DrawableAttributes.h EXCLUDE
-  PATTERN EntryGroup.h EXCLUDE
-  PATTERN GLCallText.h EXCLUDE
-  PATTERN GLLibrary.h EXCLUDE
-  PATTERN GLULibrary.h EXCLUDE
-  PATTERN NodeManager.h EXCLUDE
-  PATTERN ParticleWalk.h EXCLUDE
-  PATTERN ShaderObjects.h EXCLUDE
-  PATTERN TexelBuffer.h EXCLUDE
-  PATTERN TextureTargets.h EXCLUDE)
+  ${not_private})
 
 if(TARGET orloview)
   file(RELATIVE_PATH libraries_from_programs ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})

@@ -60,6 +60,7 @@ public:
         kNoBuffer = 5,        ///< framebuffer object or pbuffer could not be allocated
     };
 
+    /// What a buffer has been made as: fKind.
     enum Kind : uint32_t {
         kNotCreated = 0,
         kWindowed = 1,
@@ -154,6 +155,7 @@ public:
     /// all without one.
     void deleteInternalState();
 
+    /// Whether it was made to draw off screen.
     bool isOffscreen() const;
 
     /// Makes this buffer the target of drawing; nonzero on success. A framebuffer object is bound in whatever
@@ -197,6 +199,8 @@ public:
     /// Depth, 0 near to 1 far, as floats in a new array that the caller deletes; null without memory and for
     /// negative sizes.
     PixelArray2D* readDepthBuffer(int x, int y, int width, int height);
+
+    /// The whole of it.
     PixelArray2D* readDepthBuffer();
 
     /// The same in bytes, of the whole buffer.
@@ -216,6 +220,8 @@ public:
 
     /// Draws an array as large as the buffer at (0, 0, 0).
     void writeCurrentColorBuffer(const PixelArray2D& pixels);
+
+    /// The whole of the array, at the lower left.
     void writeDepthBuffer(const PixelArray2D& pixels);
 
     /// Draws a quad with the texture, in colour alone or in depth alone, from corner (-1, -1) to (1, 1) in a
@@ -223,6 +229,8 @@ public:
     /// Nothing for a texture that is no GLTexture2D. Leaves the colour and depth masks as it set them, and
     /// the identity as model-view matrix.
     void writeCurrentColorBuffer(const IHWTexture& texture);
+
+    /// The whole of the texture, at the lower left.
     void writeDepthBuffer(const IHWTexture& texture);
 
     /// Copies the buffer into the texture's level 0: the attachment of that index, or GL_BACK for a window
@@ -246,37 +254,44 @@ public:
 
     /// 0 unless created; otherwise 1 whatever GLX answers.
     uint32_t makeCurrentWindowed();
+
+    /// What swapBuffers does in a window.
     void swapBuffersWindowed();
+
+    /// Makes the child window of so many pixels each way; the viewport stays.
     void resizeWindow(unsigned width, unsigned height);
+
+    /// What deleteInternalState does of a window.
     void deleteInternalStateWindowed();
 
+    /// How many there are, for leak hunts.
     static int32_t fsNumInstances_GLFrameBuffer;
 
-    koBufferFormat fRequestedFormat;
-    koBufferFormat fActualFormat;
-    WindowWrapper fWindow;
-    uint32_t fKind = kNotCreated;
-    bool fFramebufferObjectFlag = false;
-    bool fGLXDrawableFlag = true;
-    uint32_t fFramebufferId = 0;
-    uint32_t fColorAttachmentCount = 0;
-    std::array<IGLTexture*, 16> fColorTextures = {};
-    std::array<uint32_t, 16> fAttachmentPoints = {};
+    koBufferFormat fRequestedFormat;                 ///< what the host asked for
+    koBufferFormat fActualFormat;                    ///< what came of it
+    WindowWrapper fWindow;                           ///< the host's window, and the child that is drawn into
+    uint32_t fKind = kNotCreated;                    ///< a Kind
+    bool fFramebufferObjectFlag = false;             ///< whether it is a framebuffer object
+    bool fGLXDrawableFlag = true;                    ///< whether it is drawn into through GLX
+    uint32_t fFramebufferId = 0;                     ///< GL's name, or 0
+    uint32_t fColorAttachmentCount = 0;              ///< how many of the next two are used
+    std::array<IGLTexture*, 16> fColorTextures = {}; ///< what colour is drawn into; a reference each
+    std::array<uint32_t, 16> fAttachmentPoints = {}; ///< GL_COLOR_ATTACHMENT0_EXT and so on
 
     /// Bit f selects face GL_TEXTURE_CUBE_MAP_POSITIVE_X + f of a cube-map colour texture, the lowest bit
     /// winning; 0 the first face. Set by the host between passes.
     uint32_t fCubeFaceMask = 0;
-    GLTexture2D* fDepthTexture = nullptr;
-    uint32_t fDepthRenderbufferId = 0;
-    uint32_t fStencilRenderbufferId = 0;
-    bool fOwnsDrawable = false;
-    GLXContext fContext = nullptr;
-    GLXPbuffer fPbuffer = 0;
-    uint32_t fWidth = 0;
-    uint32_t fHeight = 0;
-    GLFunctionTable* fFunctionTable = nullptr;
-    Window fDrawable = 0;
-    Display* fDisplay = nullptr;
+    GLTexture2D* fDepthTexture = nullptr;      ///< what depth is drawn into, or null
+    uint32_t fDepthRenderbufferId = 0;         ///< or this
+    uint32_t fStencilRenderbufferId = 0;       ///< what the stencil is drawn into, or 0
+    bool fOwnsDrawable = false;                ///< whether the release destroys it
+    GLXContext fContext = nullptr;             ///< of a window or pbuffer
+    GLXPbuffer fPbuffer = 0;                   ///< or 0
+    uint32_t fWidth = 0;                       ///< pixels
+    uint32_t fHeight = 0;                      ///< pixels
+    GLFunctionTable* fFunctionTable = nullptr; ///< the table as it was when the buffer was made
+    Window fDrawable = 0;                      ///< what GLX draws into
+    Display* fDisplay = nullptr;               ///< of fDrawable
 
 private:
     struct PbufferParts;

@@ -27,16 +27,23 @@ class GeometryLogicalGroup;
 /// The destructor deletes the GL buffer: destroy it while such a context is current.
 class ORLOGL_API GLObject : public IHWMemoryObject {
 public:
+    /// What a buffer is bound as.
     enum DataType : uint32_t { kVertexData = 0, kIndexData = 1 };
+
+    /// GL's name for each DataType.
     static constexpr std::array<GLenum, 2> fsDataTypeInternal = {GL_ARRAY_BUFFER_ARB,
                                                                  GL_ELEMENT_ARRAY_BUFFER_ARB};
     static_assert(fsDataTypeInternal.size() == kIndexData + 1);
 
+    /// What a mapping is for.
     enum Access : uint32_t { kReadOnly = 0, kWriteOnly = 1, kReadWrite = 2 };
+
+    /// GL's name for each Access.
     static constexpr std::array<GLenum, 3> fsAccessInternal = {GL_READ_ONLY_ARB, GL_WRITE_ONLY_ARB,
                                                                GL_READ_WRITE_ARB};
     static_assert(fsAccessInternal.size() == kReadWrite + 1);
 
+    /// How often data change and who reads them.
     enum Usage : uint32_t {
         kStreamDraw = 0,
         kStreamRead = 1,
@@ -48,6 +55,8 @@ public:
         kDynamicRead = 7,
         kDynamicCopy = 8,
     };
+
+    /// GL's name for each Usage.
     static constexpr std::array<GLenum, 9> fsUsageInternal = {
         GL_STREAM_DRAW_ARB, GL_STREAM_READ_ARB,  GL_STREAM_COPY_ARB,  GL_STATIC_DRAW_ARB, GL_STATIC_READ_ARB,
         GL_STATIC_COPY_ARB, GL_DYNAMIC_DRAW_ARB, GL_DYNAMIC_READ_ARB, GL_DYNAMIC_COPY_ARB};
@@ -109,15 +118,15 @@ public:
     /// The budget in bytes for all hardware memory objects together: 64 MiB, unless the host sets another.
     static uint32_t fsMaximumMemoryUsage;
 
-    uint32_t fUsage = kStaticDraw;
-    uint32_t fAccess = kReadOnly;
-    DataType fDataType = kVertexData;
-    uint32_t fBufferName = 0;
+    uint32_t fUsage = kStaticDraw;    ///< a Usage, for the next bufferData
+    uint32_t fAccess = kReadOnly;     ///< an Access, for the next mapBuffer
+    DataType fDataType = kVertexData; ///< what it is bound as
+    uint32_t fBufferName = 0;         ///< GL's name, 0 before there is one
 
     /// This object's own record of bind and unbind; what else is bound to the target behind its back doesn't
     /// show.
     bool fBound = false;
-    bool fMapped = false;
+    bool fMapped = false; ///< whether the host has its memory
 
     /// Bytes of the last upload, 0 when it failed.
     uint32_t fSize = 0;

@@ -56,8 +56,8 @@ public:
     /// The samples that passed; waits in GL for the result. 0 for an index beyond the queries.
     uint32_t sampleCount(unsigned i) const;
 
-    uint32_t fCounterBits = 0; ///< of GL's counter; 0: no queries can be had
-    std::unique_ptr<uint32_t[]> fNames;
-    uint32_t fCount = 0;
-    bool fUseARB = false;
+    uint32_t fCounterBits = 0;          ///< of GL's counter; 0: no queries can be had
+    std::unique_ptr<uint32_t[]> fNames; ///< GL's, one a query
+    uint32_t fCount = 0;                ///< how many
+    bool fUseARB = false;               ///< whether by the ARB's extension, else by NV's
 };

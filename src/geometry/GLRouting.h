@@ -28,6 +28,7 @@
 /// pointer for an offset into the buffer.
 class ORLOGL_API GLRouting {
 public:
+    /// What of GL a slot feeds: an array, a texture unit's coordinates, or a generic attribute.
     enum GLInterpolant : uint32_t {
         kPosition = 0,
         kNormal = 1,
@@ -37,6 +38,8 @@ public:
         kAttrib1 = 11,
         kAttrib15 = 25,
     };
+
+    /// How many slots there are.
     static constexpr uint32_t kInterpolantCount = 26;
 
     /// The array of the first three, the texture unit of the next eight, the index of the generic vertex
@@ -53,13 +56,13 @@ public:
 
     /// An array in memory of the caller or in a buffer object of the caller.
     struct DirectDataAssignment {
-        uint32_t fComponentCount = 0;
-        uint32_t fComponentType = GL_FLOAT;
-        uint32_t fStride = 0;
+        uint32_t fComponentCount = 0;       ///< numbers an element
+        uint32_t fComponentType = GL_FLOAT; ///< GL's name for their type
+        uint32_t fStride = 0;               ///< bytes from one element to the next; 0: they lie without gaps
 
         /// Not looked at with a buffer object: the data begin at its offset 0.
         const void* fClientData = nullptr;
-        GLObject* fBufferObject = nullptr;
+        GLObject* fBufferObject = nullptr; ///< or memory of GL; not owned
     };
 
     /// Where a slot takes its data from.
@@ -70,30 +73,36 @@ public:
     template <typename T>
     class Watched {
     public:
-        Watched(T value = {}) : fValue(value) {}
+        Watched(T value = {}) : fValue(value) {} ///< no change
         Watched(const Watched&) = default;
         ~Watched() = default;
+
+        /// A change, where the value is another one.
         Watched& operator=(const Watched& other) { return *this = other.fValue; }
+
+        /// A change, where the value is another one.
         Watched& operator=(T value) {
             fsSlotChanges += fValue != value;
             fValue = value;
             return *this;
         }
-        operator T() const { return fValue; }
+
+        operator T() const { return fValue; } ///< the value
 
     private:
         T fValue;
     };
 
+    /// Where one interpolant comes from.
     struct Slot {
-        Watched<uint32_t> fMode = kUnused;
+        Watched<uint32_t> fMode = kUnused; ///< a SourceMode
 
         /// For kDirect.
         DirectDataAssignment fDirect;
 
         /// For kFromGeometry: the stream number fIndex of that type.
         Watched<GeometryData::DataType> fDataType = GeometryData::kNone;
-        Watched<int32_t> fIndex = 0;
+        Watched<int32_t> fIndex = 0; ///< 0 is the first of its type
     };
 
     /// Draws a group: its arrays set, each index record drawn, the arrays undone. Does nothing for a null
@@ -145,6 +154,7 @@ public:
     /// interpolant nothing is set or disabled.
     void setupInterpolant(GLInterpolant i, const DirectDataAssignment& a, bool pointersOnly);
 
+    /// Disables the array of one interpolant, enabled or not.
     void disableInterpolant(GLInterpolant i);
 
     /// Disables every array that a routing can have enabled, and the colour index array. Unbinds the buffers
@@ -153,7 +163,7 @@ public:
 
     /// Upload vertex streams into buffer objects; upload index lists. Set by the host.
     static bool fsUseObjectsForData;
-    static bool fsUseObjectsForIndexing;
+    static bool fsUseObjectsForIndexing; ///< the same for index records
 
     /// Draw with primitive restart at index 0xFFFFFFFF (NV). Set by the host. Each group switches it on by
     /// glEnable and off by glDisable, which Mesa refuses (GL_INVALID_ENUM): there the host does the same by
@@ -167,15 +177,15 @@ public:
     /// Whether generic attributes (kAttrib1 and up) reach GL. Set by the host.
     static bool requiresAttribInterpolants;
 
-    std::array<Slot, kInterpolantCount> fSlots;
+    std::array<Slot, kInterpolantCount> fSlots; ///< by GLInterpolant
 
     /// The group whose streams are routed; drawGroup sets it, and the host for drawFullMultipleIndexed.
     GeometryLogicalGroup* fGroup = nullptr;
 
     /// What drawSingleIndexed draws; drawGroup sets them.
     GeometryDataIndex* fIndexRecord = nullptr;
-    uint32_t fPrimitiveType = GeometryDataIndex::kNothing;
-    uint32_t fIndexCount = 0;
+    uint32_t fPrimitiveType = GeometryDataIndex::kNothing; ///< of the record being drawn
+    uint32_t fIndexCount = 0;                              ///< of the record being drawn
 
 private:
     friend class DrawPlan;

@@ -29,16 +29,24 @@
 // The GLX members take a framebuffer configuration as void*, so that a host can hold one without the GLX
 // headers; the slots keep GLX's own type.
 
+/// The type that a member of the table takes for a type of GLX: the same but for configurations.
 template <typename T>
 struct OrloHostType {
+    /// The same.
     using Type = T;
 };
+
+/// A framebuffer configuration, opaque.
 template <>
 struct OrloHostType<GLXFBConfig> {
+    /// Opaque.
     using Type = void*;
 };
+
+/// A list of them.
 template <>
 struct OrloHostType<GLXFBConfig*> {
+    /// Opaque.
     using Type = void**;
 };
 template <typename T>

@@ -37,7 +37,7 @@ CallValue::CallValue(T value) {
         asReal = value;
     } else if constexpr (std::is_signed_v<T>) {
         kind = Kind::Signed;
-        asSigned = value;
+        asSigned = +value; // a GLbyte is a number
     } else {
         kind = Kind::Unsigned;
         asUnsigned = value;

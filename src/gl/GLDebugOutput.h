@@ -46,6 +46,8 @@ public:
     /// Begins and ends a part of a frame, which may hold others. A GLCallLog tells of it too, by itself or
     /// not.
     static void pushGroup(const char* text);
+
+    /// Ends the part begun last.
     static void popGroup();
 
     /// Puts the slots back. Needs the context of begin current, to stop the messages.

@@ -80,29 +80,32 @@ public:
     /// Read one pending GL error and return it; for builds that route wrappers through them (see the build
     /// option ORLOGL_TRAP_HOOKS) and for hosts that hunt an error.
     GLenum TrapBefore();
-    GLenum TrapAfter();
+    GLenum TrapAfter(); ///< the same after the call
 
     /// The same for calls that are legal between glBegin and glEnd: 0, without a call, while fInBeginEnd is
     /// set.
     GLenum TrapBefore_PossiblyBeginEnd();
-    GLenum TrapAfter_PossiblyBeginEnd();
+    GLenum TrapAfter_PossiblyBeginEnd(); ///< the same after the call
 
     /// After glLoadProgramNV: on an invalid operation also asks for the position of the error, so that it
     /// shows in a GL trace. The position is not kept.
     void TrapAfterLoadProgramNV();
 
+    /// The process's table; null until the first start-up context.
     static GLFunctionTable* fpGlobalFunctionTable;
+
+    /// How many tables there are, for leak hunts.
     static int32_t fsNumInstances_GLFunctionTable;
 
-    bool fExtSupported[kCapabilityCount];
-    bool fExtEnabled[kCapabilityCount];
+    bool fExtSupported[kCapabilityCount]; ///< by GLCapability: what populate found
+    bool fExtEnabled[kCapabilityCount];   ///< by GLCapability: the host's veto; all true at first
 
-    int32_t fMaxTextureUnits;
-    int32_t fMaxTextureCoords;
-    int32_t fMaxTextureImageUnits;
-    int32_t fMaxTextureSize;
-    int32_t fMaxVertexAttribs;
-    int32_t fMaxArrayTextureLayers;
+    int32_t fMaxTextureUnits;       ///< 1 without multitexture
+    int32_t fMaxTextureCoords;      ///< sets of coordinates
+    int32_t fMaxTextureImageUnits;  ///< that shaders can read
+    int32_t fMaxTextureSize;        ///< texels a side
+    int32_t fMaxVertexAttribs;      ///< generic ones; 0 without vertex programs
+    int32_t fMaxArrayTextureLayers; ///< 0 without texture arrays
 
     /// Set by a host between glBegin and glEnd, for the trap hooks. Nothing in the library sets it.
     bool fInBeginEnd;

@@ -70,14 +70,17 @@ public:
     /// delete.
     static GLStartupContext* living(uint64_t serial);
 
+    /// The one that frame buffers take references on; stored by the host.
     static GLStartupContext* fpGlobalGLStartupContext;
+
+    /// How many there are that aren't empty, for leak hunts.
     static int32_t fsNumInstances_GLStartupContext;
 
-    Window window = 0;
-    Display* display = nullptr;
-    WindowWrapper wrapper;
-    GLXContext context = nullptr;
-    bool valid = false;
+    Window window = 0;            ///< the hidden one, 0 for a host's context
+    Display* display = nullptr;   ///< the host's
+    WindowWrapper wrapper;        ///< what it was made for
+    GLXContext context = nullptr; ///< of the hidden window, or the host's
+    bool valid = false;           ///< whether there is a GL to use
 
 private:
     static uint64_t nextSerial();

@@ -9,6 +9,7 @@
 /// here. Hosts keep one like any other drawer.
 class ORLOGL_API GLParticleCloudDraw : public GLParticleDrawBase {
 public:
+    /// As GLParticleDrawBase.
     using GLParticleDrawBase::GLParticleDrawBase;
 
     void draw(IHWTexPlacement* placement, std::vector<IHWTexture*>* textures) override;

@@ -11,12 +11,12 @@
 
 /// The viewer as the particles see it: place and up in the space of their object.
 struct AlignmentInfo {
-    float fCameraPosition[3];
-    float fCameraUp[3];
-    float fTwist; ///< degrees
-    float fScaleX;
-    float fScaleY;
-    float fReserved; ///< 1; read by nobody
+    float fCameraPosition[3]; ///< where the eye is, in the object's frame
+    float fCameraUp[3];       ///< which way is up for it
+    float fTwist;             ///< degrees
+    float fScaleX;            ///< across
+    float fScaleY;            ///< along the axis
+    float fReserved;          ///< 1; read by nobody
 };
 
 /// What all particle drawers have in common: the particles, where the viewer is, the material, and offsets
@@ -41,6 +41,8 @@ class ORLOGL_API GLParticleDrawBase {
 public:
     /// Draws nothing until it is told what: setData.
     GLParticleDrawBase();
+
+    /// Takes a reference on the data. No GL.
     explicit GLParticleDrawBase(const ParticleData& data);
 
     /// Lets go of the data and deletes the iterator. The alignment record stays, as hosts keep the pointer
@@ -72,14 +74,22 @@ public:
 
     /// False, and nothing stored, without an alignment record.
     bool setAlignTwist(float degrees);
+
+    /// Scales aligned particles across; false without alignment.
     bool setAlignScaleX(float scale);
+
+    /// Scales them along their axis; false without alignment.
     bool setAlignScaleY(float scale);
 
     /// Four columns of four floats that turn something at `position` to the viewer, or about `axis`. Nothing
     /// is normalised. False without an alignment record or columns.
     bool alignToCamera(float* position, float* axis, float** columns) const;
+
+    /// The same about `axis`, wherever it is: the axis is the third column, the eye's way across it the
+    /// first.
     bool alignToYZ(float* axis, float** columns) const;
 
+    /// For what is drawn lit: GL's shininess, 0 to 128, and colours, as glMaterialfv takes them.
     void setMaterialProperties(float shininess, koColor::Color& ambient, koColor::Color& diffuse,
                                koColor::Color& emission, koColor::Color& specular);
 
@@ -92,6 +102,8 @@ public:
     /// A float from 0 up to 1 of the shared generator, or of one whose state is the caller's: 48 bits, low to
     /// high.
     static float drand48();
+
+    /// The next number of a row, 0 to 1; `state` is its three words, changed by the call.
     static float erand48(unsigned short* state);
 
     /// The next three floats of the table's generator, good until the next call.
@@ -100,15 +112,20 @@ public:
     /// Fills the table, once per process. Every drawer's constructor calls it.
     static void initRandom3();
 
+    /// How many entries the random table has.
     static constexpr int32_t kRandomCount = 11234;
+
+    /// The table: three floats an entry, the same in every process.
     static float sfRandom3[kRandomCount][3];
+
+    /// Whether the table is filled.
     static bool sfInitRandom3;
 
-    ParticleData* fParticleData = nullptr;
-    ParticleDataIterator* fIterator = nullptr;
-    AlignmentInfo* fAlignmentInfo = nullptr;
-    koLinear::ProjMatrix fObjectMatrix;
-    uint64_t fReserved = 0; ///< read by nobody
+    ParticleData* fParticleData = nullptr;     ///< what is drawn; a reference
+    ParticleDataIterator* fIterator = nullptr; ///< which of them, and in what order; owned
+    AlignmentInfo* fAlignmentInfo = nullptr;   ///< set while particles are aligned; owned
+    koLinear::ProjMatrix fObjectMatrix;        ///< object to eye
+    uint64_t fReserved = 0;                    ///< read by nobody
 
     bool fLit = false;                  ///< colours are sent as materials
     bool fTextureCycling = false;       ///< sprites: a texture for each particle
@@ -116,13 +133,15 @@ public:
     bool fNoTailFade = false;           ///< streaks without their particles' colours: tails as dense as heads
 
     int32_t fRandomCursor = 0; ///< where in the table the drawing stands; may be negative
+
+    /// Where the random table is begun to be read.
     uint32_t fSeed = 0;
     int32_t fRandomBlock = 0;  ///< moves the object's beginning in the table by 64 entries
     int32_t fMultiCount = 0;   ///< points or streaks per sample, each moved by the table; 0: one, not moved
     float fMultiRadius = 1.0F; ///< what the table's offsets are multiplied by
-    float fShininess = 0.0F;
-    koColor::Color fAmbient;
-    koColor::Color fDiffuse;
-    koColor::Color fEmission;
-    koColor::Color fSpecular;
+    float fShininess = 0.0F;   ///< as GL takes it
+    koColor::Color fAmbient;   ///< of what is lit
+    koColor::Color fDiffuse;   ///< of what is lit
+    koColor::Color fEmission;  ///< of what is lit
+    koColor::Color fSpecular;  ///< of what is lit
 };

@@ -13,6 +13,7 @@
 /// of a pixel.
 class ORLOGL_API GLParticlePointDraw : public GLParticleDrawBase {
 public:
+    /// As GLParticleDrawBase.
     using GLParticleDrawBase::GLParticleDrawBase;
 
     /// Where the normals of lit points look. Any other number: nowhere, none is sent.
@@ -31,6 +32,7 @@ public:
     /// Toward the camera is toward the origin where there is no alignment record.
     void setCurrentNormal(float* velocity, float* position);
 
+    /// What the points' normals are, where they are lit: one of the modes above.
     uint32_t fNormalMode = kTowardCamera;
 
     float fDistanceAttenuation[3] = {0.0F, 0.0F, 0.0F}; ///< a, b, c

@@ -19,10 +19,13 @@
 /// draws, that have none: a host that draws several objects with one drawer sets them back.
 class ORLOGL_API GLParticleSpriteDraw : public GLParticleDrawBase {
 public:
+    /// As GLParticleDrawBase.
     explicit GLParticleSpriteDraw(const ParticleData& data) : GLParticleDrawBase(data) {}
 
     /// The viewer in the space of the particles.
     void setCamPositionOS(koLinear::Point& position);
+
+    /// Which way is up for the eye, in the object's frame.
     void setCamUpVectorOS(koLinear::Vector& up);
 
     /// Leaves the current colour white, and with cycling the last texture bound and enabled on the active
@@ -39,25 +42,25 @@ public:
 
     uint32_t fReverseWinding = 0;  ///< not 0: clockwise
     uint32_t fReservedSetting = 1; ///< read by nobody
-    float fCurrentScaleX = 1.0F;
-    float fCurrentScaleY = 1.0F;
-    float fCurrentTwist = 0.0F; ///< degrees, counter-clockwise as the viewer sees it
+    float fCurrentScaleX = 1.0F;   ///< what the square is scaled by, of its last particle
+    float fCurrentScaleY = 1.0F;   ///< likewise
+    float fCurrentTwist = 0.0F;    ///< degrees, counter-clockwise as the viewer sees it
 
     // Of the draw in progress; those of particles have a float for each of its data.
-    const float* fTextureNumberData = nullptr;
-    std::vector<IHWTexture*>* fTextures = nullptr;
-    IHWTexPlacement* fPlacement = nullptr;
-    const float* fTextureNumber = nullptr;
-    const float* fScaleX = nullptr;
-    const float* fScaleY = nullptr;
-    const float* fTwist = nullptr;
+    const float* fTextureNumberData = nullptr;     ///< from "textureNumber", or null
+    std::vector<IHWTexture*>* fTextures = nullptr; ///< one a number; the host's, during draw
+    IHWTexPlacement* fPlacement = nullptr;         ///< how they are applied; the host's, during draw
+    const float* fTextureNumber = nullptr;         ///< of the particle being drawn, or null
+    const float* fScaleX = nullptr;                ///< from "scaleX", or null
+    const float* fScaleY = nullptr;                ///< from "scaleY", or null
+    const float* fTwist = nullptr;                 ///< from "twist", in degrees, or null
 
-    float fCameraPosition[3] = {0.0F, 0.0F, 0.0F};
-    float fCameraUp[3] = {0.0F, 1.0F, 0.0F};
+    float fCameraPosition[3] = {0.0F, 0.0F, 0.0F}; ///< in the object's frame
+    float fCameraUp[3] = {0.0F, 1.0F, 0.0F};       ///< in the object's frame
 
     /// Where particle colours are ignored: draws in white with the particles' alpha, times the gain.
     bool fOpacityOnly = false;
-    float fOpacityGain = 0.0F;
+    float fOpacityGain = 0.0F; ///< multiplies opacity where fOpacityOnly is set
 
 private:
     void findNamedData(const ParticleData& data);

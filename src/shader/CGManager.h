@@ -27,6 +27,7 @@
 /// compiles and nothing is bound. Everything needs the table and a current context.
 class ORLOGL_API CGManager : public IHWShaderManager {
 public:
+    /// What a light of a compiled shader is: named in what the shader is built from.
     enum CGLightType : uint32_t {
         kPointLight = 0,
         kSpotLight = 1,
@@ -40,6 +41,7 @@ public:
         kTransparencyInRGB = 3,
     };
 
+    /// Which program of a shader is meant.
     enum CGProgramType : uint32_t {
         kVertexProgram = 0,
         kFragmentProgram = 1,
@@ -49,8 +51,8 @@ public:
     /// programs, and only destroy() ends them.
     class ORLOGL_API CGShader {
     public:
-        CGprogram getVertexProgram() const { return fVertexProgram; }
-        CGprogram getFragmentProgram() const { return fFragmentProgram; }
+        CGprogram getVertexProgram() const { return fVertexProgram; }     ///< null where there is none
+        CGprogram getFragmentProgram() const { return fFragmentProgram; } ///< null where there is none
 
         /// Null for a type that is none.
         CGprogram getProgramFromType(CGProgramType type) const;
@@ -59,11 +61,15 @@ public:
         /// is there already is handed over once more as it is. False where there is no profile, and where it
         /// doesn't compile, which is told on standard output.
         bool loadVertexProgram(const koString::IString& path, const char** options);
+
+        /// The same for the fragment program.
         bool loadFragmentProgram(const koString::IString& path, const char** options);
 
         /// Compiles a source, in the place of what was there: a vertex program so that it puts vertices
         /// exactly where GL's own functions do. One that doesn't compile leaves null, without a word.
         void loadVertexProgramFromString(const koString::IString& source);
+
+        /// The same for the fragment program.
         void loadFragmentProgramFromString(const koString::IString& source);
 
         /// Makes what programs there are current, their profiles enabled.
@@ -81,38 +87,70 @@ public:
         /// Oddity: the flag of setParameter1f means nothing. Vectors go out with 1 behind them like points:
         /// shaders that take both rely on it.
         void setParameter1f(CGProgramType type, const koString::CString& name, float value, bool flag) const;
+
+        /// As 1 or 0.
         void setParameterBool(CGProgramType type, const koString::CString& name, bool value) const;
+
+        /// Two floats.
         void setParameter2f(CGProgramType type, const koString::CString& name, float x, float y) const;
+
+        /// Three floats.
         void setParameter3f(CGProgramType type, const koString::CString& name, float x, float y,
                             float z) const;
+
+        /// Three doubles.
         void setParameter3d(CGProgramType type, const koString::CString& name, double x, double y,
                             double z) const;
+
+        /// Three doubles of a place or vector.
         void setParameter3fv(CGProgramType type, const koString::CString& name,
                              const koLinear::Point& point) const;
+
+        /// Three floats of a place or vector.
         void setParameter3fv(CGProgramType type, const koString::CString& name,
                              const koLinear::PointFlt& point) const;
+
+        /// Four floats.
         void setParameter4f(CGProgramType type, const koString::CString& name, float x, float y, float z,
                             float w) const;
+
+        /// Four doubles.
         void setParameter4d(CGProgramType type, const koString::CString& name, double x, double y, double z,
                             double w) const;
+
+        /// Three doubles and 1.
         void setParameter4fv(CGProgramType type, const koString::CString& name,
                              const koLinear::HPoint& point) const;
+
+        /// Three floats and 1.
         void setParameter4fv(CGProgramType type, const koString::CString& name,
                              const koLinear::Point& point) const;
+
+        /// Three doubles of a vector, and 1.
         void setParameter4fv(CGProgramType type, const koString::CString& name,
                              const koLinear::PointFlt& point) const;
+
+        /// Three floats of a vector, and 1.
         void setParameter4fv(CGProgramType type, const koString::CString& name,
                              const koLinear::Vector& vector) const;
+
+        /// Four doubles.
         void setParameter4fv(CGProgramType type, const koString::CString& name,
                              const koLinear::VectorFlt& vector) const;
 
         /// Matrices as they are stored, read column by column, as GL does, or row by row.
         void setParameterMatrix(CGProgramType type, const koString::CString& name,
                                 const koLinear::ProjMatrix& matrix) const;
+
+        /// The same matrix in floats.
         void setParameterMatrix(CGProgramType type, const koString::CString& name,
                                 const koLinear::ProjMatrixFlt& matrix) const;
+
+        /// With rows for columns.
         void setParameterMatrixRowMajor(CGProgramType type, const koString::CString& name,
                                         const koLinear::ProjMatrix& matrix) const;
+
+        /// The same in floats.
         void setParameterMatrixRowMajor(CGProgramType type, const koString::CString& name,
                                         const koLinear::ProjMatrixFlt& matrix) const;
 
@@ -133,13 +171,15 @@ public:
         /// 0 to 15 for "TEXCOORD0" to "TEXCOORD15", spelled like that; else 0xFFFFFFFF.
         static unsigned int getTextureOffsetFromSemantic(const koString::CString& semantic);
 
-        CGprogram fVertexProgram = nullptr;
-        CGprogram fFragmentProgram = nullptr;
-        CGprofile fVertexProfile = CG_PROFILE_UNKNOWN;
-        CGprofile fFragmentProfile = CG_PROFILE_UNKNOWN;
+        CGprogram fVertexProgram = nullptr;              ///< null where there is none
+        CGprogram fFragmentProgram = nullptr;            ///< null where there is none
+        CGprofile fVertexProfile = CG_PROFILE_UNKNOWN;   ///< what it was compiled for
+        CGprofile fFragmentProfile = CG_PROFILE_UNKNOWN; ///< what it was compiled for
     };
 
+    /// Orders shaders by their names.
     struct ByName {
+        /// Whether a stands before b.
         bool operator()(const koString::IString& a, const koString::IString& b) const {
             return koString::less(a, b);
         }
@@ -153,10 +193,12 @@ public:
 
     /// "Unknown" for none.
     const char* vertexProfileString() const;
-    const char* fragmentProfileString() const;
+    const char* fragmentProfileString() const; ///< the same for fragments
 
     /// The names that light types and transparencies have in shader sources; empty for what has none.
     koString::CString getLightStringFromType(CGLightType type);
+
+    /// The word for it in the names of shaders.
     koString::CString getTransparencyTypeStringFromType(CGTransparencyType type);
 
     /// The shader of that name, compiled with these switches and bound. It is compiled once for each list of
@@ -186,8 +228,10 @@ public:
     /// Whatever a scene changes may be compiled into its shaders: releases them all.
     void sceneHasChanged() { releaseShaderMap(); }
 
-    CGprofile fVertexProfile;
-    CGprofile fFragmentProfile;
+    CGprofile fVertexProfile;   ///< what vertex programs are compiled for
+    CGprofile fFragmentProfile; ///< what fragment programs are compiled for
+
+    /// The shaders made so far, by their names and options.
     std::map<koString::IString, CGShader, ByName> fShaderMap;
 
 private:

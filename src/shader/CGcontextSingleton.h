@@ -28,7 +28,9 @@ public:
     /// Where the context's handle is; never null, but the handle may be.
     static CGcontext* theCgContext();
 
+    /// Null without a runtime.
     CGcontext fContext = nullptr;
 
+    /// The one there is, or null.
     static CGcontextSingleton* sCgContext;
 };

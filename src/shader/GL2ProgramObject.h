@@ -33,8 +33,14 @@ public:
     /// Puts a shader in the place of the one there was; null only takes that away. One that is not compiled
     /// yet is kept but not attached, and compiling it later doesn't attach it: attach it again.
     void attachVertexShader(GL2Shader* shader);
+
+    /// Takes the vertex shader away, if there is one.
     void detachVertexShader();
+
+    /// The same for the fragment shader.
     void attachFragmentShader(GL2Shader* shader);
+
+    /// Takes the fragment shader away, if there is one.
     void detachFragmentShader();
 
     /// Whether the attached shaders became a program that can be bound.
@@ -50,9 +56,9 @@ public:
     /// none.
     bool deleteObject();
 
-    uint32_t fProgramObject = 0;
-    GL2Shader* fVertexShader = nullptr;
-    GL2Shader* fFragmentShader = nullptr;
+    uint32_t fProgramObject = 0;          ///< GL's name, 0 before there is one
+    GL2Shader* fVertexShader = nullptr;   ///< attached, not owned; may be null
+    GL2Shader* fFragmentShader = nullptr; ///< attached, not owned; may be null
 
 private:
     void attach(GL2Shader*& place, GL2Shader* shader);

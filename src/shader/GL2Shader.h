@@ -17,6 +17,7 @@
 /// compiles nothing.
 class ORLOGL_API GL2Shader {
 public:
+    /// Which stage it is for.
     enum ShaderType : uint32_t {
         kVertexShader = GL_VERTEX_SHADER_ARB,
         kFragmentShader = GL_FRAGMENT_SHADER_ARB,
@@ -24,9 +25,13 @@ public:
 
     /// How the files of the two stages end, for hosts that build their names from one base name.
     static constexpr const char* vertexShaderExtension = ".vert";
+
+    /// What fragment shaders' files end in.
     static constexpr const char* fragmentShaderExtension = ".frag";
 
     GL2Shader() = default;
+
+    /// Of that stage. No GL.
     explicit GL2Shader(ShaderType type) : fType(type) {}
     ~GL2Shader() { initialize(); }
 
@@ -60,11 +65,11 @@ public:
     /// source. Whether such an empty shader compiles is the driver's affair.
     bool compileShaderSource(bool skipSource);
 
-    ShaderType fType = kVertexShader;
-    int32_t fSourceLength = 0;       ///< bytes
-    std::unique_ptr<char[]> fSource; ///< ends with a 0 beyond its length
-    uint32_t fShaderObject = 0;
-    uint32_t fStatusWord = 0; ///< the host's; nothing here reads it
+    ShaderType fType = kVertexShader; ///< its stage
+    int32_t fSourceLength = 0;        ///< bytes
+    std::unique_ptr<char[]> fSource;  ///< ends with a 0 beyond its length
+    uint32_t fShaderObject = 0;       ///< GL's name, 0 before there is one
+    uint32_t fStatusWord = 0;         ///< the host's; nothing here reads it
 
 private:
     bool allocateSource(int32_t length);

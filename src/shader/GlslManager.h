@@ -19,6 +19,7 @@
 /// bind and, once something is bound, to end.
 class ORLOGL_API GlslManager : public IHWShaderManager {
 public:
+    /// What a light of a compiled shader is.
     enum GlslLightType : uint32_t {
         kPointLight = 0,
         kSpotLight = 1,
@@ -53,6 +54,7 @@ public:
     /// Empty for a type that is none.
     koString::CString getTransparencyTypeStringFromType(GlslTransparencyType type);
 
+    /// The shaders made so far, by their sources' names.
     std::map<koString::CString, GlslShader, GlslShader::ByName> fShaders;
 
 private:

@@ -37,6 +37,8 @@ public:
 
     /// Creates what is missing and compiles one stage. What doesn't compile is printed on standard output.
     void loadVertexProgramFromString(const koString::CString& source);
+
+    /// The same for the fragment stage.
     void loadFragmentProgramFromString(const koString::CString& source);
 
     /// Puts a texture on a sampler: on the unit that the sampler got at its first use, 0, 1, 2 and so on in
@@ -49,18 +51,22 @@ public:
                              IHWTexUsage::WrapMode wrapS, IHWTexUsage::WrapMode wrapT,
                              IHWTexUsage::Filter minFilter, IHWTexUsage::Filter magFilter,
                              const koColor::Color& borderColor, bool anisotropic, IGLTexture* texture) const;
+
+    /// Puts a texture, by GL's name, on a unit of the sampler's own. After enable.
     void setParameterTexture(const koString::CString& name, unsigned int texture) const;
 
+    /// Orders shaders by their names.
     struct ByName {
+        /// Whether a stands before b.
         bool operator()(const koString::CString& a, const koString::CString& b) const {
             return koString::less(a, b);
         }
     };
 
-    uint32_t fVertexShader = 0;
-    uint32_t fFragmentShader = 0;
-    uint32_t fProgram = 0;
-    bool fNeedsLink = false;
+    uint32_t fVertexShader = 0;   ///< GL's name, 0 before there is one
+    uint32_t fFragmentShader = 0; ///< GL's name, 0 before there is one
+    uint32_t fProgram = 0;        ///< GL's name, 0 before there is one
+    bool fNeedsLink = false;      ///< whether a stage has been compiled since the last link
 
     /// By the name of the sampler. Mutable: putting a texture on changes GL, not the shader.
     mutable std::map<koString::CString, uint32_t, ByName> fSamplerUnits;

@@ -15,5 +15,6 @@ public:
     /// current, which GLLight::bind relies on.
     void bind() override;
 
+    /// How many there are, for leak hunts.
     static int32_t fsNumInstances_GLCamera;
 };

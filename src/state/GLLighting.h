@@ -28,7 +28,8 @@ public:
     /// Takes every light off its unit and disables all units, also the empty ones.
     void unbindAll();
 
+    /// How many there are, for leak hunts.
     static int32_t fsNumInstances_GLLighting;
 
-    std::vector<GLLight*> fLightSlots;
+    std::vector<GLLight*> fLightSlots; ///< by GL's number of lights; null where none is bound
 };

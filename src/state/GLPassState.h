@@ -14,6 +14,7 @@
 /// blend factor of 11 to 15 are stored but have no GL counterpart: applyGL then leaves that one call out.
 class ORLOGL_API GLPassState {
 public:
+    /// When a depth, stencil or alpha test passes; indexes the table of GL's own.
     enum TestCondition : uint32_t {
         kTestAlways,
         kTestNever,
@@ -25,6 +26,7 @@ public:
         kTestGreaterEqual,
     };
 
+    /// What becomes of a stencil value; indexes the table of GL's own.
     enum StencilOp : uint32_t {
         kStencilKeep,
         kStencilZero,
@@ -34,6 +36,7 @@ public:
         kStencilInvert,
     };
 
+    /// What colours are multiplied by before they are added; indexes the table of GL's own.
     enum BlendFactor : uint32_t {
         kBlendZero,
         kBlendOne,
@@ -48,6 +51,7 @@ public:
         kBlendSourceAlphaSaturate,
     };
 
+    /// How written and stored bits are joined; indexes the table of GL's own.
     enum LogicOp : uint32_t {
         kLogicClear,
         kLogicSet,
@@ -73,24 +77,45 @@ public:
     /// stencil always/keep with all bits, blending one/zero, logic no-op. The unused bits stay as they are.
     void reset();
 
+    /// Which channels are written.
     void setColorMask(bool red, bool green, bool blue, bool alpha);
+
+    /// Whether depth is written.
     void setDepthMask(bool write);
+
+    /// When a depth passes against the stored one.
     void setDepthFunc(TestCondition condition);
 
     /// The reference is given in 0 to 255, cut to a whole number, its low 8 bits kept; 0 where it is beyond
     /// the range of int or not a number.
     void setAlphaFunc(TestCondition condition, float reference);
+
+    /// The bits of reference and stored value that the stencil test compares.
     void setStencilReadMask(unsigned char mask);
+
+    /// The bits of the stencil that are written.
     void setStencilWriteMask(unsigned char mask);
 
     /// Sets the *depth* condition: the stencil condition stays "always". Hosts set this one before
     /// setDepthFunc.
     void setStencilFunc(TestCondition condition);
+
+    /// What the stored stencil value is compared with.
     void setStencilRef(unsigned char reference);
+
+    /// When the stencil test fails.
     void setStencilOpSFail(StencilOp operation);
+
+    /// When the stencil test passes and the depth test fails.
     void setStencilOpZFail(StencilOp operation);
+
+    /// When both pass.
     void setStencilOpZPass(StencilOp operation);
+
+    /// What the new and the stored colour are multiplied by.
     void setBlendFuncFactors(BlendFactor source, BlendFactor destination);
+
+    /// How new and stored bits are joined where logic operations are enabled.
     void setLogicOp(LogicOp operation);
 
     /// Sends the state to the current context; the stencil calls only when asked. Needs the table. Nothing is
@@ -98,30 +123,30 @@ public:
     void applyGL(bool withStencil) const;
 
     // Bytes 0 to 3.
-    uint8_t fRedWriteMask : 1 = 0;
-    uint8_t fGreenWriteMask : 1 = 0;
-    uint8_t fBlueWriteMask : 1 = 0;
-    uint8_t fAlphaWriteMask : 1 = 0;
-    uint8_t fDepthWriteMask : 1 = 0;
-    uint8_t fDepthFunction : 3 = 0;
-    uint8_t fAlphaFunction : 3 = 0;
-    uint8_t fUnusedAfterAlphaFunction : 5 = 0;
-    uint8_t fAlphaReference = 0;
-    uint8_t fStencilWriteMask = 0;
+    uint8_t fRedWriteMask : 1 = 0;             ///< 1: written
+    uint8_t fGreenWriteMask : 1 = 0;           ///< 1: written
+    uint8_t fBlueWriteMask : 1 = 0;            ///< 1: written
+    uint8_t fAlphaWriteMask : 1 = 0;           ///< 1: written
+    uint8_t fDepthWriteMask : 1 = 0;           ///< 1: written
+    uint8_t fDepthFunction : 3 = 0;            ///< a TestCondition
+    uint8_t fAlphaFunction : 3 = 0;            ///< a TestCondition
+    uint8_t fUnusedAfterAlphaFunction : 5 = 0; ///< 0
+    uint8_t fAlphaReference = 0;               ///< 0 to 255
+    uint8_t fStencilWriteMask = 0;             ///< a bit for each of the stencil's
     // The word at byte 4, then bytes 6 and 7.
-    uint16_t fStencilFunction : 3 = 0;
-    uint16_t fStencilReference : 8 = 0;
-    uint16_t fUnusedAfterStencilReference : 5 = 0;
-    uint8_t fStencilReadMask = 0;
-    uint8_t fStencilFailOperation : 3 = 0;
-    uint8_t fDepthFailOperation : 3 = 0;
-    uint8_t fUnusedAfterDepthFailOperation : 2 = 0;
+    uint16_t fStencilFunction : 3 = 0;              ///< a TestCondition
+    uint16_t fStencilReference : 8 = 0;             ///< 0 to 255
+    uint16_t fUnusedAfterStencilReference : 5 = 0;  ///< 0
+    uint8_t fStencilReadMask = 0;                   ///< a bit for each of the stencil's
+    uint8_t fStencilFailOperation : 3 = 0;          ///< a StencilOp
+    uint8_t fDepthFailOperation : 3 = 0;            ///< a StencilOp
+    uint8_t fUnusedAfterDepthFailOperation : 2 = 0; ///< 0
     // The word at byte 8.
-    uint16_t fDepthPassOperation : 3 = 0;
-    uint16_t fSourceBlendFactor : 4 = 0;
-    uint16_t fDestinationBlendFactor : 4 = 0;
-    uint16_t fLogicOperation : 4 = 0;
-    uint16_t fUnusedAfterLogicOperation : 1 = 0;
+    uint16_t fDepthPassOperation : 3 = 0;        ///< a StencilOp
+    uint16_t fSourceBlendFactor : 4 = 0;         ///< a BlendFactor
+    uint16_t fDestinationBlendFactor : 4 = 0;    ///< a BlendFactor
+    uint16_t fLogicOperation : 4 = 0;            ///< a LogicOp
+    uint16_t fUnusedAfterLogicOperation : 1 = 0; ///< 0
 };
 static_assert(sizeof(GLPassState) == 10);
 

@@ -25,7 +25,8 @@ public:
 
     /// A reference on each; null where there was no memory.
     GLTexture2D* fDistanceTexture = nullptr;
-    GLTexture2D* fExponentTexture = nullptr;
+    GLTexture2D* fExponentTexture = nullptr; ///< the second of the two
 
+    /// How many there are, for leak hunts.
     static int32_t fsNumInstances_GLAttenuationLightMap;
 };

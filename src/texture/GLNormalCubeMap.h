@@ -13,6 +13,7 @@ public:
     GLNormalCubeMap(int size, bool rgb);
     ~GLNormalCubeMap() override;
 
+    /// How many there are, for leak hunts.
     static int32_t fsNumInstances_GLNormalCubeMap;
 };
 

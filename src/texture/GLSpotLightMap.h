@@ -9,5 +9,6 @@ public:
     GLSpotLightMap();
     ~GLSpotLightMap() override;
 
+    /// How many there are, for leak hunts.
     static int32_t fsNumInstances_GLSpotLightMap;
 };

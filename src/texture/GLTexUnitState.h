@@ -18,6 +18,7 @@
 /// Setters keep as many low bits of their argument as the field has.
 class ORLOGL_API GLTexUnitState {
 public:
+    /// How a unit's texture meets what comes in; indexes the table of GL's own.
     enum TexEnvFunc : uint32_t {
         kEnvReplace,
         kEnvModulate,
@@ -39,6 +40,7 @@ public:
         kCombineDot3RGBA,    ///< the same, to alpha too
     };
 
+    /// Where a combiner takes an argument from; indexes the table of GL's own.
     enum CombinerSource : uint32_t {
         kSourceTexture,
         kSourcePrimaryColor,
@@ -59,36 +61,42 @@ public:
     /// Replace, with the texture's colour and alpha for every argument, both scales 1, a white constant.
     void reset();
 
+    /// Also kCombine, which the combiner's own settings are for.
     void setTextureFunction(TexEnvFunc function);
-    void setCombinerFuncRGB(CombinerFunc function);
-    void setCombinerFuncAlpha(CombinerFunc function);
+    void setCombinerFuncRGB(CombinerFunc function);   ///< of red, green and blue
+    void setCombinerFuncAlpha(CombinerFunc function); ///< of alpha
 
     /// Argument i; nothing for an i above 2.
     void setCombinerSourceOpRGB(unsigned int i, CombinerSource source, CombinerOperand operand);
+
+    /// The same of alpha, for argument i, 0 to 2.
     void setCombinerSourceOpAlpha(unsigned int i, CombinerSource source, CombinerOperand operand);
 
     /// 1, 2 or 4; any other changes nothing.
     void setCombinerScaleRGB(unsigned char scale);
+
+    /// The same of alpha.
     void setCombinerScaleAlpha(unsigned char scale);
 
-    TexEnvFunc textureFunction() const;
-    CombinerFunc combinerFuncRGB() const;
-    CombinerFunc combinerFuncAlpha() const;
+    TexEnvFunc textureFunction() const;     ///< as set
+    CombinerFunc combinerFuncRGB() const;   ///< as set
+    CombinerFunc combinerFuncAlpha() const; ///< as set
 
     /// Argument i. Oddity: unlike the setters these take every i above 1 for 2.
     CombinerSource combinerSourceRGB(unsigned int i) const;
-    CombinerOperand combinerOperandRGB(unsigned int i) const;
-    CombinerSource combinerSourceAlpha(unsigned int i) const;
-    CombinerOperand combinerOperandAlpha(unsigned int i) const;
+    CombinerOperand combinerOperandRGB(unsigned int i) const;   ///< of argument i, 0 to 2
+    CombinerSource combinerSourceAlpha(unsigned int i) const;   ///< of argument i, 0 to 2
+    CombinerOperand combinerOperandAlpha(unsigned int i) const; ///< of argument i, 0 to 2
 
-    unsigned char combinerScaleRGB() const;
-    unsigned char combinerScaleAlpha() const;
+    unsigned char combinerScaleRGB() const;   ///< 1, 2 or 4
+    unsigned char combinerScaleAlpha() const; ///< 1, 2 or 4
 
     /// Sends the state to the active unit of the current context, and needs the table for it: the function
     /// and the constant, and for kEnvCombine the rest. The constant reaches GL as integers, which GL takes
     /// for parts of the largest integer: it is black in practice. A function beyond kEnvCombine is not sent.
     void applyGL() const;
 
+    /// Whether every bit is the same.
     bool operator==(const GLTexUnitState&) const = default;
 
     /// Bit 0 is the lowest of byte 0; a field may lie across a byte's end. From bit 0: function 3, combiner

@@ -24,8 +24,10 @@ public:
     /// Along s and t.
     static void setWrapMode(unsigned target, IHWTexUsage::WrapMode s, IHWTexUsage::WrapMode t);
 
+    /// For a texture drawn smaller, and larger, than it is.
     static void setMinMagFilter(unsigned target, IHWTexUsage::Filter min, IHWTexUsage::Filter mag);
 
+    /// What lies beyond a texture with a clamping wrap.
     static void setBorderColor(unsigned target, const koColor::Color& color);
 
     /// The largest anisotropy that the driver has, or none (1). Without GL_EXT_texture_filter_anisotropic at
@@ -57,7 +59,11 @@ public:
     /// form moves them by +offset, turns them, then scales them; what stays in its place when they are turned
     /// or scaled is *minus* the pivot.
     static void setTransform(const koLinear::ProjMatrix& matrix);
+
+    /// The short form.
     static void setTransform(float* offset, float* repeat, float rotate);
+
+    /// The long form.
     static void setTransform(float* offset, float* repeat, float* repeatPivot, float rotate,
                              float* rotatePivot);
 
@@ -67,6 +73,7 @@ public:
         GL_MIRRORED_REPEAT, GL_MIRROR_CLAMP_EXT, GL_MIRROR_CLAMP_TO_EDGE_EXT};
     static_assert(fsWrapModes.size() == IHWTexUsage::kMirrorClampToEdge + 1);
 
+    /// GL's name for each filter.
     static constexpr std::array<GLint, 8> fsFilterModes = {GL_NEAREST,
                                                            GL_LINEAR,
                                                            GL_LINEAR,

@@ -21,6 +21,7 @@ public:
     /// Binds to its target; false without a name.
     bool bind() override;
 
+    /// Stores a size and makes no storage.
     void setWidthHeight(unsigned width, unsigned height);
 
     /// Makes level 0, from `pixels` or undefined when null. Always true.
@@ -38,6 +39,7 @@ public:
     /// it has another size. Always true.
     bool GLloadRenderedImage(int x, int y, int width, int height);
 
+    /// How many there are, for leak hunts.
     static int32_t fsNumInstances_GLTexture2D;
 
     /// Whether level 0 has storage, as far as GLloadImage and GLloadRenderedImage made it.

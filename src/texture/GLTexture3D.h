@@ -11,5 +11,6 @@ public:
     /// Always false, and nothing is bound: this layer binds 2D textures and cube maps only.
     bool bind() override;
 
+    /// How many there are, for leak hunts.
     static int32_t fsNumInstances_GLTexture3D;
 };

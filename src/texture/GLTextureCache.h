@@ -40,6 +40,7 @@ public:
     /// texture: who still holds what `find` gave may use it.
     void remove(unsigned int id);
 
+    /// This cache, told to who asks by an entry.
     GLTextureCache* fSelf = nullptr;
 };
 

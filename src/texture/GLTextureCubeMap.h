@@ -14,6 +14,8 @@
 class ORLOGL_API GLTextureCubeMap : public IGLTexture {
 public:
     GLTextureCubeMap();
+
+    /// Of that format; six sides without storage.
     explicit GLTextureCubeMap(RasterFormat format);
     ~GLTextureCubeMap() override;
 
@@ -38,6 +40,7 @@ public:
                            CubeMapSide side3, void* pixels3, CubeMapSide side4, void* pixels4,
                            CubeMapSide side5, void* pixels5, CubeMapSide side6, void* pixels6);
 
+    /// How many there are, for leak hunts.
     static int32_t fsNumInstances_GLTextureCubeMap;
 
     /// Texels along an edge of every side, as the six-side forms stored it.

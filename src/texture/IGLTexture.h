@@ -22,19 +22,19 @@ public:
 
     /// Size of level 0 in texels as last stored; 0 before.
     uint32_t width() const { return fWidth; }
-    uint32_t height() const { return fHeight; }
+    uint32_t height() const { return fHeight; } ///< rows, likewise
 
     /// What glTexImage takes for this raster format: type and format of the data handed over, and the
     /// internal format of the store. Three separate look-ups: where store and data differ (intensity, RGBX)
     /// GL converts.
     GLenum sysDataType() const;
-    GLenum sysDataFormat() const;
+    GLenum sysDataFormat() const; ///< of the data handed over
 
     /// Compressed for RGBA8 when fCompressionRequest is set and S3TC is offered.
     GLenum sysPixelFormat() const;
 
-    uint32_t fTextureName = 0;
-    RasterFormat fRasterFormat = kRasterNoColor;
-    uint32_t fWidth = 0;
-    uint32_t fHeight = 0;
+    uint32_t fTextureName = 0;                   ///< as textureName()
+    RasterFormat fRasterFormat = kRasterNoColor; ///< what a texel is
+    uint32_t fWidth = 0;                         ///< as width()
+    uint32_t fHeight = 0;                        ///< as height()
 };

@@ -32,15 +32,15 @@ public:
     TextureManager(const TextureManager&) = delete;
     TextureManager& operator=(const TextureManager&) = delete;
 
-    GLTextureCache* textureCache() const;
+    GLTextureCache* textureCache() const; ///< made on first need
 
     /// 128 texels along an edge, as RGB8 and as HILO; the manager holds the one reference.
     GLNormalCubeMap* normalizationCubeMap();
-    GLNormalCubeMap* normalizationHILOCubeMap();
+    GLNormalCubeMap* normalizationHILOCubeMap(); ///< the same in the HILO format, where it is offered
 
     /// The two textures of one GLAttenuationLightMap of 128 x 128.
     GLTexture2D* attenDistanceMap();
-    GLTexture2D* attenExponentMap();
+    GLTexture2D* attenExponentMap(); ///< made with the attenuation map
 
     /// From 255 down to 0 over 512 texels of a 1D luminance texture.
     uint32_t atten1DMapId();
@@ -58,23 +58,23 @@ public:
     /// 1D alpha textures of two texels, 0 and 255, and the other way round: looked up with a projected
     /// coordinate they cut away what lies behind the projector.
     uint32_t spotProjTextureMask();
-    uint32_t shadowProjTextureMask();
+    uint32_t shadowProjTextureMask(); ///< the other way round
 
     /// The nearest power of two, the larger of two that are equally near; 0 for 0 and below, at most 2^30.
     static int round2(int n);
 
-    int32_t fMaxTextureSize = 0;
-    int32_t fMaxCubeMapSize = 0; ///< 0 where kCapTextureCubeMap is not usable
-    mutable GLTextureCache* fTextureCache = nullptr;
-    GLNormalCubeMap* fNormalizationCubeMap = nullptr;
-    GLNormalCubeMap* fNormalizationHILOCubeMap = nullptr;
-    GLAttenuationLightMap* fAttenuationLightMap = nullptr;
-    uint32_t fAtten1DMap = 0;
-    uint32_t fNHKMap = 0;
+    int32_t fMaxTextureSize = 0;                            ///< texels a side, as the table had it
+    int32_t fMaxCubeMapSize = 0;                            ///< 0 where kCapTextureCubeMap is not usable
+    mutable GLTextureCache* fTextureCache = nullptr;        ///< null until asked for
+    GLNormalCubeMap* fNormalizationCubeMap = nullptr;       ///< null until asked for
+    GLNormalCubeMap* fNormalizationHILOCubeMap = nullptr;   ///< null until asked for
+    GLAttenuationLightMap* fAttenuationLightMap = nullptr;  ///< null until asked for
+    uint32_t fAtten1DMap = 0;                               ///< GL's name, 0 until asked for
+    uint32_t fNHKMap = 0;                                   ///< GL's name, 0 until asked for
     std::array<uint32_t, 129> fNormalizeExponentiateMaps{}; ///< by bucket, 1 to 128
-    uint32_t fRampMap = 0;
-    uint32_t fSpotProjTextureMask = 0;
-    uint32_t fShadowProjTextureMask = 0;
+    uint32_t fRampMap = 0;                                  ///< GL's name, 0 until asked for
+    uint32_t fSpotProjTextureMask = 0;                      ///< GL's name, 0 until asked for
+    uint32_t fShadowProjTextureMask = 0;                    ///< GL's name, 0 until asked for
 
 private:
     GLAttenuationLightMap* attenuationLightMap();

@@ -116,10 +116,11 @@ def main():
         check_libraries(prefix, tree / "minimal")
         picture = run(tree / "minimal")
         assert run(by_pkg_config(prefix, scratch, compiler, flags, example)) == picture, "pkg-config"
-        # Nothing but the two libraries, from their sources.
+        # Nothing but the two libraries, from their sources, by the other compiler and without a warning.
         inside = scratch / "inside"
         run(*outsider, "-B", inside, f"-DORLOGL_SOURCES={sources}", "-DCMAKE_UNITY_BUILD=ON",
-            "-DCMAKE_UNITY_BUILD_BATCH_SIZE=10")
+            "-DCMAKE_UNITY_BUILD_BATCH_SIZE=10", "-DCMAKE_CXX_COMPILER=clang++", "-DCMAKE_C_COMPILER=clang",
+            "-DCMAKE_BUILD_TYPE=Release", "-DORLOGL_WERROR=ON")
         run(cmake, "--build", inside, "-j", "2")
         assert run(inside / "minimal") == picture, "add_subdirectory"
         built = {path.name for path in inside.rglob("*.so")}

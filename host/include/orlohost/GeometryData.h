@@ -39,6 +39,8 @@ public:
     enum ElementType : uint32_t { kFloat = 0, kDouble = 1, kInt32 = 2, kUint8 = 3 };
 
     GeometryData() = default;
+
+    /// A stream of floats over memory of the caller, which has to outlive it.
     GeometryData(DataType type, uint32_t componentsPerElement, const float* data, uint32_t elementCount)
         : fDataType(type), fComponentsPerElement(componentsPerElement), fElementCount(elementCount),
           fData(data) {}
@@ -59,12 +61,15 @@ public:
 
     // The first three decide what is drawn once the elements are uploaded, and are looked at on each drawing:
     // side by side, so that it is one look.
-    DataType fDataType = kNone;
-    uint32_t fComponentsPerElement = 0;
+    DataType fDataType = kNone;         ///< what the elements are
+    uint32_t fComponentsPerElement = 0; ///< 1 to 4
+
+    /// What a renderer hangs on the stream, owned by it: a buffer object. Goes with the stream.
     IHWMemoryObject* fHanger = nullptr;
-    ElementType fElementType = kFloat;
-    uint32_t fElementCount = 0;
-    const void* fData = nullptr;
+
+    ElementType fElementType = kFloat; ///< of what number
+    uint32_t fElementCount = 0;        ///< as many as the group has vertices
+    const void* fData = nullptr;       ///< the first element; they lie without gaps
 
     /// The elements that the stream keeps itself.
     std::vector<float> fKept;
@@ -84,6 +89,8 @@ public:
     enum PrimitiveType : uint32_t { kNothing = 0, kTriangles = 5, kTriangleStrip = 6, kQuads = 8 };
 
     GeometryDataIndex() = default;
+
+    /// A record over memory of the caller, which has to outlive it.
     GeometryDataIndex(uint32_t primitiveType, const uint32_t* indices, uint32_t indexCount)
         : fPrimitiveType(primitiveType), fIndexCount(indexCount), fIndices(indices),
           fAllocatedCount(indexCount) {}
@@ -92,12 +99,15 @@ public:
     GeometryDataIndex(const GeometryDataIndex&) = delete;
     GeometryDataIndex& operator=(const GeometryDataIndex&) = delete;
 
+    /// For renderers: hangs a buffer object on the record, which owns it from then on.
     void setHanger(IHWMemoryObject* hanger) { fHanger = hanger; }
 
-    uint32_t fPrimitiveType = kNothing;
-    uint32_t fIndexCount = 0;
+    uint32_t fPrimitiveType = kNothing; ///< a PrimitiveType
+    uint32_t fIndexCount = 0;           ///< of all its primitives
+
+    /// What a renderer hangs on the record, owned by it.
     IHWMemoryObject* fHanger = nullptr;
-    const uint32_t* fIndices = nullptr;
+    const uint32_t* fIndices = nullptr; ///< into the streams
 
     /// Indices allocated for the block that the record belongs to; fIndexCount for a record by itself.
     uint32_t fAllocatedCount = 0;
@@ -124,8 +134,11 @@ public:
     /// Back to the first index of `record`, into `stream`, or into the record's own stream when that is null.
     void reset(const GeometryDataIndex* record, const GeometryData* stream);
 
+    /// The element of the stream that the index names.
     const float* current() const;
-    void advance() { ++fPosition; }
+    void advance() { ++fPosition; } ///< to the next index
+
+    /// Whether all indices are through.
     bool done() const { return !fRecord || fPosition >= fRecord->fIndexCount; }
 
 private:
@@ -179,10 +192,14 @@ public:
         return orFirst ? first : nullptr;
     }
 
-    size_t streamCount() const { return fStreams.size(); }
+    size_t streamCount() const { return fStreams.size(); } ///< of all types
+
+    /// Number i in the order of adding, not checked.
     GeometryData* stream(size_t i) const { return fStreams[i].get(); }
 
-    size_t indexRecordCount() const { return fIndexRecords.size(); }
+    size_t indexRecordCount() const { return fIndexRecords.size(); } ///< also those of one block
+
+    /// Number i in the order of adding, not checked.
     GeometryDataIndex* indexRecord(size_t i) const { return fIndexRecords[i].get(); }
 
     /// Deletes what renderers hung on streams and records, a shared hanger once. The next drawing makes new

@@ -14,6 +14,7 @@
 /// A resource that may be locked for access and duplicated. A plain one does neither.
 class ORLOHOST_API IBaseResource : public koSharedObject::SharedObject {
 public:
+    /// Who may do what meanwhile: told to lock and asked of isLocked.
     enum LockingMode : uint32_t {
         kLockRead = 0,
         kLockWrite = 1,
@@ -23,17 +24,24 @@ public:
 
     /// Locks for reading or writing; with `wait`, until the lock is free. Whether it was got.
     virtual bool lock(LockingMode mode, bool wait);
+
+    /// Takes back a lock of that mode.
     virtual void unlock(LockingMode mode);
+
+    /// Whether a lock of that mode is held; here never.
     virtual bool isLocked(LockingMode mode) const;
 
     /// A copy, deep or shallow, with or without its GL side; null where copying makes no sense.
     virtual IBaseResource* duplicate(bool deep, bool hardware);
+
+    /// What duplicate calls; here null.
     virtual IBaseResource* duplicateInternal(bool deep);
 };
 
 /// A texture of any shape.
 class ORLOHOST_API IHWTexture : public IBaseResource {
 public:
+    /// The shape of a texture: what its GL target is chosen by.
     enum TextureType : uint32_t {
         kTextureNone = 0,
         kTexture1D = 1,
@@ -57,12 +65,17 @@ public:
 
     /// Makes this the bound texture of the active unit; false when that can't be.
     virtual bool bind();
+
+    /// Takes it away from the renderer; here nothing.
     virtual void unbind();
+
+    /// Makes the smaller levels from the first; here nothing.
     virtual void generateMipMaps();
 
     /// How much the texture matters to the picture, higher keeps it longer. A hint.
     virtual void setImportance(unsigned int importance);
 
+    /// Which kind it is.
     TextureType fTextureType = kTextureNone;
 
     /// Asks for compressed storage where GL offers it. Set before the upload.
@@ -125,24 +138,25 @@ class ORLOHOST_API IHWTexPlacement {
 public:
     virtual ~IHWTexPlacement();
 
+    /// The texture matrix; the identity leaves it to the next three.
     koLinear::ProjMatrix fMatrix;
 
     /// How often it lies along s and t, how far it is moved, and degrees about its middle, by which
     /// coordinates turn counter-clockwise: as seen, the texture turns clockwise.
     float fRepeat[2] = {1.0F, 1.0F};
-    float fOffset[2] = {0.0F, 0.0F};
-    float fRotation = 0.0F;
+    float fOffset[2] = {0.0F, 0.0F}; ///< texture widths and heights
+    float fRotation = 0.0F;          ///< degrees
 
     /// Along s and t.
     IHWTexUsage::WrapMode fWrapModes[2] = {IHWTexUsage::kRepeat, IHWTexUsage::kRepeat};
-    IHWTexUsage::Filter fMinFilter = IHWTexUsage::kLinear;
-    IHWTexUsage::Filter fMagFilter = IHWTexUsage::kLinear;
+    IHWTexUsage::Filter fMinFilter = IHWTexUsage::kLinear; ///< where the picture is drawn smaller
+    IHWTexUsage::Filter fMagFilter = IHWTexUsage::kLinear; ///< where it is drawn larger
 
     /// Of s, t, r and q.
     IHWTexUsage::GenMode fGenModes[4] = {IHWTexUsage::kGenNone, IHWTexUsage::kGenNone, IHWTexUsage::kGenNone,
                                          IHWTexUsage::kGenNone};
-    koColor::Color fBorderColor{0.0F, 0.0F, 0.0F, 0.0F};
-    bool fAnisotropic = false;
+    koColor::Color fBorderColor{0.0F, 0.0F, 0.0F, 0.0F}; ///< beyond the picture, with a clamping wrap
+    bool fAnisotropic = false;                           ///< sharper where it is seen at a slant
 };
 
 /// A camera: where it stands and what it sees.
@@ -150,12 +164,12 @@ class ORLOHOST_API IHWCamera {
 public:
     /// The sides of the view volume at the near plane, and both planes, in eye units.
     struct Frustum {
-        double fLeft = -1.0;
-        double fRight = 1.0;
-        double fBottom = -1.0;
-        double fTop = 1.0;
-        double fNear = 1.0;
-        double fFar = 100.0;
+        double fLeft = -1.0;   ///< of the near plane, in eye units
+        double fRight = 1.0;   ///< of the near plane
+        double fBottom = -1.0; ///< of the near plane
+        double fTop = 1.0;     ///< of the near plane
+        double fNear = 1.0;    ///< distance of the near plane, above 0
+        double fFar = 100.0;   ///< distance of the far plane
     };
 
     virtual ~IHWCamera();
@@ -169,6 +183,7 @@ public:
     /// Eye to clip space, in the order in which GL takes a matrix.
     koLinear::ProjMatrix fProjection;
 
+    /// The view's extent, for who computes with it; the renderer loads fProjection.
     Frustum fFrustum;
 
     /// Set on the cameras that a light projects from.
@@ -179,6 +194,7 @@ public:
 /// 1 / (fConstantAttenuation + fLinearAttenuation d + (sum of fFurtherAttenuationTerms) d^2).
 class ORLOHOST_API IHWLight {
 public:
+    /// What kind of light it is: how it shines.
     enum LightType : uint32_t {
         kLightSpot = 0,        ///< from a point down -z, within a cone
         kLightDirectional = 1, ///< from infinitely far along +z
@@ -193,32 +209,47 @@ public:
 
     /// Sets the type, and position and direction to what a light of this type has.
     virtual void setLightType(LightType type) = 0;
+
+    /// Lets go of what the light keeps in the renderer.
     virtual void releaseLightResources() = 0;
+
+    /// Gives the light so many cameras to project from.
     virtual void addProjector(unsigned int count) = 0;
+
+    /// Takes its projecting cameras away.
     virtual void removeProjector() = 0;
+
+    /// Makes it the renderer's light `unit`.
     virtual void bind(unsigned short unit) = 0;
+
+    /// Switches the renderer's light `unit` off.
     virtual void unbind(unsigned short unit) = 0;
 
-    koColor::Color fAmbientColor{0.0F, 0.0F, 0.0F, 1.0F};
-    koColor::Color fDiffuseColor{1.0F, 1.0F, 1.0F, 1.0F};
-    koColor::Color fSpecularColor{1.0F, 1.0F, 1.0F, 1.0F};
+    koColor::Color fAmbientColor{0.0F, 0.0F, 0.0F, 1.0F};  ///< adds everywhere
+    koColor::Color fDiffuseColor{1.0F, 1.0F, 1.0F, 1.0F};  ///< what surfaces scatter
+    koColor::Color fSpecularColor{1.0F, 1.0F, 1.0F, 1.0F}; ///< what highlights show
 
     /// Half the opening of a spot's cone in degrees, 0 to 90, and how fast it fades from the axis, 0 to 128.
     float fSpotCutoffAngle = 45.0F;
+
+    /// 0 is even across the cone.
     float fSpotExponent = 0.0F;
 
-    float fConstantAttenuation = 1.0F;
-    float fLinearAttenuation = 0.0F;
-    float fFurtherAttenuationTerms[2] = {0.0F, 0.0F};
+    float fConstantAttenuation = 1.0F;                ///< attenuation: see the class
+    float fLinearAttenuation = 0.0F;                  ///< by the distance
+    float fFurtherAttenuationTerms[2] = {0.0F, 0.0F}; ///< by its square; summed
 
     /// The light's own frame to the world.
     koLinear::ProjMatrix fLightTransform;
 
+    /// As setLightType left it.
     LightType fLightType = kLightPoint;
 
     /// In the light's own frame: x, y, z, w (0 for infinitely far) and x, y, z and a fourth that nobody
     /// reads.
     float fPosition[4] = {0.0F, 0.0F, 0.0F, 1.0F};
+
+    /// Of a spot, along the middle of its cone.
     float fSpotDirection[4] = {0.0F, 0.0F, 0.0F, 0.0F};
 
     /// Cameras that stand at the light, owned by it.

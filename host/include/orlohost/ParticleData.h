@@ -26,8 +26,8 @@ public:
     /// One float per particle under a name. The sprite drawer reads "twist" (degrees), "textureNumber",
     /// "scaleX" and "scaleY".
     struct Data {
-        koString::CString fName;
-        std::vector<float> fValues;
+        koString::CString fName;    ///< by which it is found
+        std::vector<float> fValues; ///< one a particle
     };
 
     ParticleData();
@@ -41,6 +41,8 @@ public:
     /// Per particle three floats, units per second; red, green, blue and alpha. False, and nothing changed,
     /// for another number of floats. None at all takes them away.
     bool setVelocities(std::vector<float> velocities);
+
+    /// Red, green, blue, alpha, 0 to 1.
     bool setColors(std::vector<float> colors);
 
     /// Adds or replaces named data. False, and nothing changed, unless there is one float per particle.
@@ -48,16 +50,22 @@ public:
 
     /// The number of the data of that name, and the data of a number; -1 and null where there is none.
     int32_t getDataIndex(const koString::CString& name) const;
+
+    /// The data of that number; null where there are none.
     const Data* getData(int32_t index) const;
 
     /// Particles, and the samples of all of them together.
     uint32_t count() const { return fCount; }
-    uint32_t samplesPerParticle() const { return fSamplesPerParticle; }
-    uint32_t sampleCount() const { return fCount * fSamplesPerParticle; }
+    uint32_t samplesPerParticle() const { return fSamplesPerParticle; }   ///< 1 or more
+    uint32_t sampleCount() const { return fCount * fSamplesPerParticle; } ///< of all particles
 
     /// Null where there are none.
     const float* positions() const { return fCount ? fPositions.data() : nullptr; }
+
+    /// X, y, z for each particle, or null.
     const float* velocities() const { return fVelocities.empty() ? nullptr : fVelocities.data(); }
+
+    /// Red, green, blue, alpha for each particle, or null.
     const float* colors() const { return fColors.empty() ? nullptr : fColors.data(); }
 
     /// Whether only the samples of fFilter are drawn.
@@ -74,6 +82,8 @@ public:
 
     /// The samples to draw, by number, in that order; numbers beyond the last are passed over.
     bool fFilterEnabled = false;
+
+    /// Which particles are drawn, by number; empty: all.
     std::vector<uint32_t> fFilter;
 
 private:
@@ -109,14 +119,14 @@ public:
         fFilterCount = filter ? filterCount : 0;
     }
 
-    const ParticleData& data() const { return *fData; }
-    const uint32_t* filter() const { return fFilter; }
+    const ParticleData& data() const { return *fData; } ///< what is walked through
+    const uint32_t* filter() const { return fFilter; }  ///< which of them, or null for all
 
     /// Steps in all, and those taken.
     uint32_t count() const { return fFilter ? fFilterCount : fData->count(); }
-    uint32_t counter() const { return fCounter; }
-    bool done() const { return fCounter >= count(); }
-    void advance() { ++fCounter; }
+    uint32_t counter() const { return fCounter; }     ///< how many have been walked past
+    bool done() const { return fCounter >= count(); } ///< whether all are through
+    void advance() { ++fCounter; }                    ///< to the next
 
     /// Samples that each particle has.
     uint32_t stride() const { return fData->samplesPerParticle(); }
@@ -124,11 +134,15 @@ public:
     /// Where it stands: the sample and the particle by number. Both may lie beyond the data, if the filter
     /// says so; then there is nothing to read below.
     uint32_t sample() const { return fFilter ? fFilter[fCounter] : fCounter * stride(); }
-    uint32_t particle() const { return sample() / stride(); }
+    uint32_t particle() const { return sample() / stride(); } ///< the number of the current particle
 
     /// The three floats of the sample, the three and the four of the particle; null where there are none.
     const float* position() const { return element(fData->positions(), sample(), 3); }
+
+    /// Of the current particle, or null.
     const float* velocity() const { return element(fData->velocities(), particle(), 3); }
+
+    /// Of the current particle, or null.
     const float* color() const { return element(fData->colors(), particle(), 4); }
 
 private:

@@ -37,8 +37,10 @@ public:
 /// A GL light's diffuse colour is what a white surface sends out that faces it, an ambient light's ambient
 /// colour what it sends out from anywhere.
 struct LightSpec {
+    /// What kind of light it is.
     enum Type : uint32_t { kPoint = 0, kSpot = 1, kDirectional = 2, kAmbient = 3, kSky = 4, kSkyMap = 5 };
 
+    /// Its kind.
     Type fType = kPoint;
 
     /// It ends at a distance: uniform float lightNInverseRange (1 / distance).
@@ -91,12 +93,12 @@ enum Interpolation : int32_t { kLinear = 0, kSmooth = 1, kStep = 2 };
 
 /// How a texture of a network is applied.
 struct TextureUsage {
-    IHWTexUsage::WrapMode fWrapS = IHWTexUsage::kRepeat;
-    IHWTexUsage::WrapMode fWrapT = IHWTexUsage::kRepeat;
-    IHWTexUsage::Filter fMinFilter = IHWTexUsage::kTrilinear;
-    IHWTexUsage::Filter fMagFilter = IHWTexUsage::kLinear;
-    koColor::Color fBorderColor;
-    bool fAnisotropic = false;
+    IHWTexUsage::WrapMode fWrapS = IHWTexUsage::kRepeat;      ///< across the picture
+    IHWTexUsage::WrapMode fWrapT = IHWTexUsage::kRepeat;      ///< up the picture
+    IHWTexUsage::Filter fMinFilter = IHWTexUsage::kTrilinear; ///< where it is drawn smaller
+    IHWTexUsage::Filter fMagFilter = IHWTexUsage::kLinear;    ///< where it is drawn larger
+    koColor::Color fBorderColor;                              ///< beyond the picture, with a clamping wrap
+    bool fAnisotropic = false;                                ///< sharper where it is seen at a slant
 };
 
 /// A node of a shading network, and with all that is connected to it a whole material.
@@ -109,18 +111,19 @@ public:
     /// An input of the network that a renderer sets: its name in the shader, and where its 1, 2 or 3 floats
     /// are, for as long as the network stays as it is.
     struct Uniform {
-        koString::CString fName;
-        uint32_t fComponents;
-        const float* fValues;
+        koString::CString fName; ///< of the variable in the shader
+        uint32_t fComponents;    ///< 1, 2 or 3
+        const float* fValues;    ///< as many; the node's own
     };
 
     /// A 2D texture of the network and the name of its sampler.
     struct Sampler {
-        koString::CString fName;
-        IHWTexture* fTexture;
-        TextureUsage fUsage;
+        koString::CString fName; ///< of the variable in the shader
+        IHWTexture* fTexture;    ///< no reference
+        TextureUsage fUsage;     ///< how it is applied
     };
 
+    /// A node of that kind, with its default values.
     explicit ShadingNodeSpec(NodeKind kind = kLambert);
 
     /// Deletes the manager and lets go of what is connected.
@@ -129,7 +132,7 @@ public:
     ShadingNodeSpec(const ShadingNodeSpec&) = delete;
     ShadingNodeSpec& operator=(const ShadingNodeSpec&) = delete;
 
-    NodeKind kind() const { return fKind; }
+    NodeKind kind() const { return fKind; } ///< what it computes
 
     /// Feeds an input from another node's output. Empty when done, else what is wrong, for people: a name
     /// that isn't there, types that don't fit, a circle. Then nothing has changed.
@@ -137,12 +140,17 @@ public:
                                             std::shared_ptr<ShadingNodeSpec> source,
                                             const koString::CString& output);
 
+    /// Takes the node away that feeds an input; its value is used again.
     void disconnect(const koString::CString& input);
 
     /// False, with nothing changed, for an input that isn't there or of another type; a color takes a float
     /// as grey, a normal takes no value.
     bool setValue(const koString::CString& input, float value);
+
+    /// Two numbers; false where the input has another size, or there is none.
     bool setValue(const koString::CString& input, float x, float y);
+
+    /// A colour; false as above.
     bool setValue(const koString::CString& input, const koColor::Color& value);
 
     /// Back to the default.
@@ -155,6 +163,7 @@ public:
     /// File textures: what is sampled; it has to outlive the node. Null: white.
     void setTexture(IHWTexture* texture, const TextureUsage& usage);
 
+    /// What compiles the network, or null.
     IHWShaderManager* shaderManager() const { return fShaderManager.get(); }
 
     /// Takes the manager over; the one before is deleted.
@@ -165,19 +174,22 @@ public:
 
     /// What a renderer has to feed the shader with.
     std::vector<Uniform> uniforms() const;
+
+    /// The textures of the whole network, in the order of the shader's samplers.
     std::vector<Sampler> samplers() const;
 
     /// For compilers.
     struct Input {
         std::shared_ptr<ShadingNodeSpec> fSource; ///< null: not connected
         uint32_t fOutput = 0;                     ///< number of the source's output
-        bool fIsSet = false;
-        float fValue[3] = {};
+        bool fIsSet = false;                      ///< whether the host gave a value
+        float fValue[3] = {};                     ///< used while nothing is connected
     };
     const std::vector<Input>& inputs() const { return fInputs; } ///< in the order of the kind's
+    /// Choices of the node that are no numbers, in its own order.
     const std::vector<int32_t>& settings() const { return fSettings; }
-    IHWTexture* texture() const { return fTexture; }
-    const TextureUsage& textureUsage() const { return fUsage; }
+    IHWTexture* texture() const { return fTexture; }            ///< of a texture node, or null
+    const TextureUsage& textureUsage() const { return fUsage; } ///< of a texture node
 
 private:
     Input* findInput(const koString::CString& name, ValueType type);

@@ -7,15 +7,19 @@
 class WindowWrapper {
 public:
     WindowWrapper() = default;
+
+    /// Of the host's toolkit's widget, which may be null, its window and display.
     WindowWrapper(void* widget, Window window, Display* display)
         : fWidget(widget), fWindow(window), fDisplay(display) {}
 
-    void* widget() const { return fWidget; }
-    Window window() const { return fWindow; }
-    Display* display() const { return fDisplay; }
+    void* widget() const { return fWidget; }      ///< the toolkit's, or null
+    Window window() const { return fWindow; }     ///< the host's
+    Display* display() const { return fDisplay; } ///< of the window
 
     /// The window that a frame buffer draws into, 0 while there is none.
     Window fbWindow() const { return fFBWindow; }
+
+    /// For frame buffers: remembers the child window that is drawn into.
     void setFBWindow(Window window) { fFBWindow = window; }
 
 private:

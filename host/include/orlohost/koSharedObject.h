@@ -17,8 +17,8 @@ public:
     SharedObject(const SharedObject&) = delete;
     SharedObject& operator=(const SharedObject&) = delete;
 
-    virtual void ref();
-    virtual void unref();
+    virtual void ref();   ///< counts one more owner
+    virtual void unref(); ///< counts one less, and deletes the object with the last
 
     /// References held at the moment.
     int32_t refCount() const { return fRefCount; }

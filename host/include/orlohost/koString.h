@@ -10,14 +10,16 @@ namespace koString {
 class ORLOHOST_API CString {
 public:
     CString() = default;
+
+    /// A copy of the text; null is empty.
     CString(const char* text); // NOLINT: hosts pass literals
 
-    const char* asChar() const { return fText.c_str(); }
-    bool empty() const { return fText.empty(); }
+    const char* asChar() const { return fText.c_str(); } ///< ends with a null byte; until the string changes
+    bool empty() const { return fText.empty(); }         ///< whether it has no characters
 
-    CString plus(const CString& tail) const;
-    CString& plusEqual(const CString& tail);
-    CString& plusEqual(const char* tail);
+    CString plus(const CString& tail) const; ///< a new string of both
+    CString& plusEqual(const CString& tail); ///< adds to this one
+    CString& plusEqual(const char* tail);    ///< the same; null adds nothing
 
 private:
     std::string fText;
@@ -27,17 +29,20 @@ private:
 class ORLOHOST_API IString {
 public:
     IString() = default;
+
+    /// A copy of the text; null is empty.
     IString(const char* text); // NOLINT: hosts pass literals
+    /// The same text.
     explicit IString(const CString& text);
 
     /// The text in the host's multibyte encoding: what the C library takes as a file name.
     const char* asMultibyte() const { return fText.c_str(); }
-    bool empty() const { return fText.empty(); }
-    CString convertToCString() const;
+    bool empty() const { return fText.empty(); } ///< whether it has no characters
+    CString convertToCString() const;            ///< the same text
 
-    IString plus(const IString& tail) const;
-    IString& plusEqual(const IString& tail);
-    IString& plusEqual(const char* tail);
+    IString plus(const IString& tail) const; ///< a new string of both
+    IString& plusEqual(const IString& tail); ///< adds to this one
+    IString& plusEqual(const char* tail);    ///< the same; null adds nothing
 
     /// Room for a string of that many bytes, so that it grows without being moved.
     void reserve(size_t bytes) { fText.reserve(bytes); }

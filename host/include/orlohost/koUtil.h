@@ -14,6 +14,7 @@ public:
     /// Room for the numbers below `size`, none of them in the set.
     explicit BitField(size_t size) : fWords((size + 31) / 32) {}
 
+    /// Whether a bit is set; false beyond the end.
     bool isSet(size_t bit) const {
         return bit / 32 < fWords.size() && ((fWords[bit / 32] >> (bit % 32)) & 1U) != 0;
     }
@@ -25,13 +26,14 @@ public:
         fWords[bit / 32] |= 1U << (bit % 32);
     }
 
+    /// Clears a bit; nothing beyond the end.
     void clear(size_t bit) {
         if (bit / 32 < fWords.size())
             fWords[bit / 32] &= ~(1U << (bit % 32));
     }
 
-    size_t wordCount() const { return fWords.size(); }
-    const uint32_t* words() const { return fWords.data(); }
+    size_t wordCount() const { return fWords.size(); }      ///< 32 bits each
+    const uint32_t* words() const { return fWords.data(); } ///< the lowest bits first
 
 private:
     std::vector<uint32_t> fWords;
