@@ -36,10 +36,9 @@ bool writeMark(int output, char mark) {
 /// The child's work: the scene, or one line that says what is wrong.
 bool readInto(int output, const std::string& path, const ModelFolder& folder, SharedFraction& done) {
     try {
-        // Never deleted: when this process has ended, the parent still reads from its pages.
-        auto* const scene =
-            new Scene(readModel(path, folder, [&done](double fraction) { done.set(fraction); }));
-        return writeMark(output, kScene) && writeScene(*scene, output);
+        static Scene scene; // stays: when this process has ended, the parent still reads from its pages
+        scene = readModel(path, folder, [&done](double fraction) { done.set(fraction); });
+        return writeMark(output, kScene) && writeScene(scene, output);
     } catch (const ImportError& error) {
         const std::string line = error.what();
         static_cast<void>(writeMark(output, kReason) && ::write(output, line.data(), line.size()) > 0);
