@@ -23,7 +23,8 @@ struct FaceCorner {
 ///
 /// Faces use the positions that they name in about the order of the file, and most positions have one corner.
 /// So a corner's first place in the table is its position: neighbours in the model are neighbours in memory.
-/// Whoever finds that taken goes to a place as good as random, and on from there.
+/// Whoever finds that taken goes to a place as good as random, and on in steps as good as random: positions
+/// lie side by side, and one step at a time would walk along all of them.
 class CornerTable {
 public:
     /// The number of the corner, which is its own from here on where there was no equal one.
@@ -46,9 +47,12 @@ private:
     std::uint32_t& placeOf(const FaceCorner& corner) {
         const size_t last = fPlaces.size() - 1;
         size_t place = corner.position & last;
-        if (isNot(fPlaces[place], corner))
-            for (place = mixed(corner) & last; isNot(fPlaces[place], corner);)
-                place = (place + 1) & last;
+        if (isNot(fPlaces[place], corner)) {
+            const size_t hash = mixed(corner);
+            const size_t step = hash >> 8U | 1U; // odd, so that it comes everywhere
+            for (place = hash >> 32U & last; isNot(fPlaces[place], corner);)
+                place = (place + step) & last;
+        }
         return fPlaces[place];
     }
 
@@ -60,7 +64,7 @@ private:
         size_t hash = corner.position;
         for (const std::uint32_t part : {corner.uv, corner.normal, corner.smoothing})
             hash = (hash ^ hash >> 32U) * 0x9E3779B97F4A7C15U + part;
-        return hash * 0x9E3779B97F4A7C15U >> 32U;
+        return hash * 0x9E3779B97F4A7C15U;
     }
 
     void grow() {
