@@ -41,61 +41,94 @@ const std::array<double, kTurns>& turns() {
 }
 
 /// What is seen of the sky by angles from a direction: its means over the circles round that direction.
-class Surroundings {
-public:
-    Surroundings(const Sky& sky, double up) {
-        const double side = std::sqrt(1.0 - up * up);
+using Surroundings = std::array<Color, kAngles + 1>;
+
+struct Angle {
+    double cosine;
+    double sine;
+};
+
+/// From a direction to a right angle with it.
+const std::array<Angle, kAngles + 1>& anglesFrom() {
+    static const std::array<Angle, kAngles + 1> theAngles = [] {
+        std::array<Angle, kAngles + 1> angles{};
         for (int i = 0; i <= kAngles; ++i) {
             const double angle = 0.5 * std::numbers::pi * i / kAngles;
-            Color& mean = fMeans[static_cast<size_t>(i)];
-            for (const double turn : turns()) {
-                const Color color = sky.at(up * std::cos(angle) + side * std::sin(angle) * turn);
-                for (size_t channel = 0; channel < 3; ++channel)
-                    mean[channel] += color[channel] / kTurns;
-            }
+            angles[static_cast<size_t>(i)] = {std::cos(angle), std::sin(angle)};
+        }
+        return angles;
+    }();
+    return theAngles;
+}
+
+Surroundings surroundingsOf(const Sky& sky, double up) {
+    Surroundings means{};
+    const double side = std::sqrt(1.0 - up * up);
+    for (size_t i = 0; i < means.size(); ++i) {
+        const Angle& angle = anglesFrom()[i];
+        for (const double turn : turns()) {
+            const Color color = sky.at(up * angle.cosine + side * angle.sine * turn);
+            for (size_t channel = 0; channel < 3; ++channel)
+                means[i][channel] += color[channel] / kTurns;
         }
     }
+    return means;
+}
 
-    /// Adds what comes from that angle, by its cosine, to a sum.
-    void add(double cosine, double weight, Color& sum) const {
+/// A weighted sum over a direction's surroundings: the same places whatever the direction is.
+class Weighing {
+public:
+    /// What comes from that angle, by its cosine.
+    void add(double cosine, double weight) {
         const double place = std::acos(cosine) / (0.5 * std::numbers::pi) * kAngles;
         const auto first = std::min(static_cast<size_t>(place), size_t{kAngles - 1});
-        const double share = place - static_cast<double>(first);
-        for (size_t channel = 0; channel < 3; ++channel)
-            sum[channel] += weight * std::lerp(fMeans[first][channel], fMeans[first + 1][channel], share);
+        fTerms.push_back({first, place - static_cast<double>(first), weight});
+        fTotal += weight;
+    }
+
+    double total() const { return fTotal; }
+
+    Color sumOf(const Surroundings& around) const {
+        Color sum{};
+        for (const Term& term : fTerms) {
+            for (size_t channel = 0; channel < 3; ++channel)
+                sum[channel] += term.weight * std::lerp(around[term.first][channel],
+                                                        around[term.first + 1][channel], term.share);
+        }
+        return sum;
     }
 
 private:
-    std::array<Color, kAngles + 1> fMeans{};
+    struct Term {
+        size_t first;
+        double share; ///< of the one behind it
+        double weight;
+    };
+    std::vector<Term> fTerms;
+    double fTotal = 0.0;
 };
 
 /// What a white surface sends out.
-Color diffuseFrom(const Surroundings& around) {
+Weighing diffuseWeighing() {
     constexpr int kSteps = 64;
-    Color sum{};
+    Weighing weighing;
     for (int i = 0; i < kSteps; ++i)
-        around.add(std::sqrt(middle(i, kSteps)), 1.0 / kSteps, sum);
-    return sum;
+        weighing.add(std::sqrt(middle(i, kSteps)), 1.0 / kSteps);
+    return weighing;
 }
 
-/// The mean of the sky that facets of that roughness show who looks along the normal.
-Color reflectionFrom(const Surroundings& around, double roughness) {
+/// What facets of that roughness show who looks along the normal.
+Weighing reflectionWeighing(double roughness) {
     constexpr int kSteps = 48;
     const double alpha = alphaOf(roughness);
-    Color sum{};
-    double total = 0.0;
+    Weighing weighing;
     for (int i = 0; i < kSteps; ++i) {
         const double nh = facetCosine(middle(i, kSteps), alpha);
         const double nl = 2.0 * nh * nh - 1.0; // looked at from the normal: twice the facet's angle
-        if (nl <= 0.0)
-            continue;
-        const double weight = nl / smith(nl, alpha);
-        around.add(nl, weight, sum);
-        total += weight;
+        if (nl > 0.0)
+            weighing.add(nl, nl / smith(nl, alpha));
     }
-    for (double& channel : sum)
-        channel /= total;
-    return sum;
+    return weighing;
 }
 
 /// Scale and offset of f0 under a sky of 1, seen at that cosine.
@@ -178,11 +211,17 @@ void SkyMaps::addHeights(const Sky& sky, float factor) {
     std::vector<Color> diffuse;
     diffuse.reserve(kHeights);
     std::vector<Color> reflection;
+    reflection.reserve(size_t{kHeights} * kRoughnesses);
+    const Weighing halfSphere = diffuseWeighing();
     for (int i = 0; i < kHeights; ++i)
-        diffuse.push_back(diffuseFrom(around.emplace_back(sky, heightOf(i))));
+        diffuse.push_back(halfSphere.sumOf(around.emplace_back(surroundingsOf(sky, heightOf(i)))));
     for (int j = 0; j < kRoughnesses; ++j) {
-        for (const Surroundings& seen : around)
-            reflection.push_back(reflectionFrom(seen, middle(j, kRoughnesses)));
+        const Weighing facets = reflectionWeighing(middle(j, kRoughnesses));
+        for (const Surroundings& seen : around) {
+            Color& mean = reflection.emplace_back(facets.sumOf(seen));
+            for (double& channel : mean)
+                channel /= facets.total();
+        }
     }
     add("skyDiffuse", kHeights, 1, diffuse, factor);
     add("skyReflection", kHeights, kRoughnesses, reflection, factor);
