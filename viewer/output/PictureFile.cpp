@@ -53,12 +53,13 @@ void PictureFile::open() {
 }
 
 void PictureFile::beginBand(int rows) {
-    fBand = std::make_shared<Band>(Band{Picture(fEncoder->width(), rows, fEncoder->pixelBytes()), {}});
+    fBand = std::make_shared<Band>();
+    fBand->picture = std::make_shared<Picture>(fEncoder->width(), rows, fEncoder->pixelBytes());
 }
 
 std::shared_future<void> PictureFile::add(const Block& block, const Samples& samples, int factor) {
-    const auto develop = [band = fBand, block, samples, factor, development = fDevelopment] {
-        developBlock(band->picture, block, samples, factor, development);
+    const auto develop = [picture = fBand->picture, block, samples, factor, development = fDevelopment] {
+        developBlock(*picture, block, samples, factor, development);
     };
     return fBand->blocks.emplace_back(fWorkers.add(develop));
 }
@@ -66,14 +67,14 @@ std::shared_future<void> PictureFile::add(const Block& block, const Samples& sam
 void PictureFile::endBand() {
     if (fFile)
         writeEncoded(); // the band before; no more than two are in memory
-    const int rows = fBand->picture.height;
-    const auto most = static_cast<int>(std::max<size_t>(kBytesAtOnce / fBand->picture.rowBytes(), 1));
+    const int rows = fBand->picture->height;
+    const auto most = static_cast<int>(std::max<size_t>(kBytesAtOnce / fBand->picture->rowBytes(), 1));
     for (int first = 0; first < rows; first += most) {
         const int end = std::min(first + most, rows);
         fEncoded.push_back(fWorkers.add([encoder = fEncoder, band = fBand, above = fAbove, first, end] {
             for (const std::shared_future<void>& block : band->blocks)
                 block.get();
-            return encoder->encode(band->picture, above, first, end);
+            return encoder->encode(*band->picture, above, first, end);
         }));
     }
     fAbove += rows;

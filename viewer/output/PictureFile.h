@@ -60,9 +60,9 @@ public:
     Bytes takeBytes();
 
 private:
-    /// Pixels, and the blocks that become pixels.
+    /// Pixels, which a block shares until it is developed and forgotten, and the blocks.
     struct Band {
-        Picture picture;
+        std::shared_ptr<Picture> picture;
         std::vector<std::shared_future<void>> blocks;
     };
 
