@@ -2,6 +2,8 @@
 
 #include "gl/GLFunctionTable.h"
 
+#include <span>
+
 float GLTexUsage::fsMaxAnisotropy = -2.0F;
 
 namespace {
@@ -32,9 +34,8 @@ void loadProjection(GLFunctionTable& gl, IHWTexUsage::ProjType type, const float
 }
 
 /// Sends the constant of a value; nothing where the table has none.
-template <size_t kSize>
-void sendParameter(unsigned target, GLenum name, const std::array<GLint, kSize>& table, uint32_t value) {
-    if (value < kSize)
+void sendParameter(unsigned target, GLenum name, std::span<const GLint> table, uint32_t value) {
+    if (value < table.size())
         GLFunctionTable::fpGlobalFunctionTable->glTexParameteri(target, name, table[value]);
 }
 

@@ -132,7 +132,7 @@ TEST(Importer, saysInOneLineWhyThereIsNothing) {
 TEST(Importer, saysWhichLimitAndWhichSwitch) {
     const Folder folder;
     std::string text = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
-    for (int i = 0; i < 3000000; ++i)
+    for (int i = 0; i < 8000000; ++i)
         text += "f 1 2 3\n";
     const std::string path = folder.write("a.obj", bytesOf(text)).string();
     EXPECT_THAT(importModel(path, {{}, 1}).error,
