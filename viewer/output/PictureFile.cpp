@@ -104,7 +104,8 @@ Bytes PictureFile::takeBytes() {
 void PictureFile::write(const EncodedRows& rows) {
     if (rows.place && std::fseek(fFile->stream(), *rows.place, SEEK_SET) != 0)
         fFile->fail();
-    fFile->write(rows.bytes.data(), rows.bytes.size());
+    if (!rows.bytes.empty())
+        fFile->write(rows.bytes.data(), rows.bytes.size());
 }
 
 void PictureFile::writeEncoded() {
