@@ -74,7 +74,7 @@ public:
     class Watched {
     public:
         Watched(T value = {}) : fValue(value) {} ///< no change
-        Watched(const Watched&) = default;
+        Watched(const Watched&) = default;       ///< no change
         ~Watched() = default;
 
         /// A change, where the value is another one.

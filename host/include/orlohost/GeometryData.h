@@ -44,6 +44,8 @@ public:
     GeometryData(DataType type, uint32_t componentsPerElement, const float* data, uint32_t elementCount)
         : fDataType(type), fComponentsPerElement(componentsPerElement), fElementCount(elementCount),
           fData(data) {}
+
+    /// A stream that keeps its elements itself; a torn one at the end doesn't count.
     GeometryData(DataType type, uint32_t componentsPerElement, std::vector<float> values);
     ~GeometryData();
 
@@ -94,6 +96,8 @@ public:
     GeometryDataIndex(uint32_t primitiveType, const uint32_t* indices, uint32_t indexCount)
         : fPrimitiveType(primitiveType), fIndexCount(indexCount), fIndices(indices),
           fAllocatedCount(indexCount) {}
+
+    /// A record by itself that keeps its indices.
     GeometryDataIndex(uint32_t primitiveType, std::vector<uint32_t> indices);
 
     GeometryDataIndex(const GeometryDataIndex&) = delete;
