@@ -9,6 +9,8 @@
 #include <array>
 #include <cmath>
 
+#include <emmintrin.h>
+
 namespace {
 
 /// The four corners in the order A, B, C, D, counter-clockwise from the lower left.
@@ -18,25 +20,42 @@ struct Quad {
     static constexpr float kCoordinates[4][2] = {{0.0F, 0.0F}, {1.0F, 0.0F}, {1.0F, 1.0F}, {0.0F, 1.0F}};
 };
 
+/// Two coordinates at once, with the very results that each has alone.
+using Pair = __m128d;
+
+Pair pair(float first, float second) {
+    return _mm_set_pd(second, first);
+}
+
+void store(double* corner, Pair first, Pair third) {
+    _mm_storeu_pd(corner, first);
+    _mm_store_sd(corner + 2, third);
+}
+
 /// What the matrix of the base (right, up and place), turned and scaled, makes of the corners of the unit
 /// square, to the bit: halves are exact, opposite corners differ by signs alone, and the third coordinate of
 /// all corners is 0.
 Quad makeQuad(const koLinear::VectorFlt& right, const koLinear::VectorFlt& up, const float* place,
               double cosine, double sine, double scaleX, double scaleY) {
-    Quad quad;
-    for (int i = 0; i < 3; ++i) {
-        const double x = right[i];
-        const double y = up[i];
-        const double halfX = 0.5 * ((cosine * x + sine * y) * scaleX);
-        const double halfY = 0.5 * ((cosine * y - sine * x) * scaleY);
-        const double sum = halfX + halfY;
-        const double difference = halfX - halfY;
-        const double middle = place[i] + 0.0; // never -0, as after the matrix's sum
-        quad.corners[0][i] = -sum + middle;
-        quad.corners[1][i] = difference + middle;
-        quad.corners[2][i] = sum + middle;
-        quad.corners[3][i] = -difference + middle;
+    // The first two coordinates, and the third.
+    const Pair xs[2] = {pair(right[0], right[1]), pair(right[2], 0.0F)};
+    const Pair ys[2] = {pair(up[0], up[1]), pair(up[2], 0.0F)};
+    const Pair places[2] = {pair(place[0], place[1]), pair(place[2], 0.0F)};
+    Pair corners[4][2];
+    for (int i = 0; i < 2; ++i) {
+        const Pair halfX = 0.5 * ((cosine * xs[i] + sine * ys[i]) * scaleX);
+        const Pair halfY = 0.5 * ((cosine * ys[i] - sine * xs[i]) * scaleY);
+        const Pair sum = halfX + halfY;
+        const Pair difference = halfX - halfY;
+        const Pair middle = places[i] + 0.0; // never -0, as after the matrix's sum
+        corners[0][i] = -sum + middle;
+        corners[1][i] = difference + middle;
+        corners[2][i] = sum + middle;
+        corners[3][i] = -difference + middle;
     }
+    Quad quad;
+    for (int corner = 0; corner < 4; ++corner)
+        store(quad.corners[corner], corners[corner][0], corners[corner][1]);
     return quad;
 }
 
