@@ -3,7 +3,6 @@
 #include <emmintrin.h>
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -140,8 +139,8 @@ bool DrawPlan::planArrays(const GLRouting& routing) {
         const GLuint name = stream ? bufferNameOf(stream->fHanger, GLObject::kVertexData) : 0;
         if (name == 0)
             return false;
-        auto* array = new (arrays() + fArrayCount) Array{stream, {}, name, GLRouting::fsInterpolantEnums[i]};
-        std::memcpy(&array->fHead, stream, sizeof(Head));
+        const Head head = {{stream->fDataType, stream->fComponentsPerElement}, stream->fHanger};
+        new (arrays() + fArrayCount) Array{stream, head, name, GLRouting::fsInterpolantEnums[i]};
         ++fArrayCount;
         // With fewer, slots would be left out or not be undone.
         if (i >= GLRouting::kTexCoord0)
@@ -158,7 +157,7 @@ bool DrawPlan::planRecord() {
         record.fAllocatedCount != record.fIndexCount)
         return false;
     fMode = *mode;
-    std::memcpy(&fRecordHead, &record, sizeof(Head));
+    fRecordHead = {{record.fPrimitiveType, record.fIndexCount}, record.fHanger};
     fRecord = &record;
     return true;
 }

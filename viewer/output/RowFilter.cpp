@@ -13,7 +13,7 @@ constexpr size_t kStep = sizeof(__m128i);
 
 /// The filters, by PNG's numbers: nothing is foretold; the pixel to the left; the one above; their mean, cut
 /// off; that of left, above and above left which is nearest to left + above - above left.
-enum Filter : std::uint8_t { kNone, kLeft, kAbove, kMean, kNearest, kFilters };
+enum RowFilterType : std::uint8_t { kNoFilter, kLeft, kAbove, kMean, kPaeth, kFilters };
 
 __m128i load(const std::uint8_t* bytes) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
