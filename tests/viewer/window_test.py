@@ -5,6 +5,7 @@ Usage: window_test.py ORLOVIEW [unittest arguments]. Debian's Python: the packag
 """
 
 import os
+import shlex
 import shutil
 import subprocess
 import sys
@@ -305,7 +306,7 @@ class WindowTest(unittest.TestCase):
         lines = self.quit(window).splitlines()
         self.assertEqual(len(lines), len(wanted))
         for line, shown in zip(lines, wanted):
-            self.assertSame(shown, self.drawn(*line.removesuffix(" --cull").split()), line)
+            self.assertSame(shown, self.drawn(*shlex.split(line.removesuffix(" --cull"), comments=True)), line)
         self.assertIn("--orthographic", lines[2])
         self.assertIn("--no-lights", lines[2])
         self.assertIn("--show-sky", lines[3])
@@ -344,12 +345,12 @@ class WindowTest(unittest.TestCase):
         window.press("F12")
         shot = os.path.join(self.folder, "fountain_1.png")
         window.wait_for(lambda: os.path.exists(shot))
-        self.quit(window)
+        self.destroy(window, window.window.query_tree().children[0], "fountain_1.png\n")
 
     def first_eye(self, window):
         """The eye of a window that has another shape than it began with, as switches without the size."""
         window.press("question", "Shift_L")
-        return window.process.stdout.readline().split()[:-2]
+        return shlex.split(window.process.stdout.readline(), comments=True)[:-2]
 
     def test_closing_ends_with_0(self):
         window = self.open("m.gltf", "--stats")
@@ -360,9 +361,12 @@ class WindowTest(unittest.TestCase):
 
     def test_a_window_that_another_client_destroys_ends_with_0(self):
         window = self.open("m.gltf")
-        window.window.destroy()
+        self.destroy(window, window.window)
+
+    def destroy(self, window, doomed, out=""):
+        doomed.destroy()
         window.display.sync()
-        self.assertEqual(window.end(), (0, "", ""))
+        self.assertEqual(window.end(), (0, out, "orloview: another program has destroyed the window\n"))
 
     def test_an_idle_window_uses_no_processor_time(self):
         window = self.open("m.gltf")

@@ -101,6 +101,19 @@ std::string printable(std::string_view text, size_t most) {
     return text.size() > most ? result + "..." : result;
 }
 
+std::string shellWord(const std::string& text) {
+    const auto isPlain = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               std::string_view("%+,-./:=@_").find(c) != std::string_view::npos;
+    };
+    if (!text.empty() && std::all_of(text.begin(), text.end(), isPlain))
+        return text;
+    std::string quoted = "'";
+    for (const char c : text)
+        quoted += c == '\'' ? "'\\''" : std::string(1, c);
+    return quoted + "'";
+}
+
 std::string withSlashes(std::string_view path) {
     std::string result(path);
     std::replace(result.begin(), result.end(), '\\', '/');

@@ -32,6 +32,9 @@ float toFloat(double number);
 /// cut. Names in damaged files hold anything.
 std::string printable(std::string_view text, size_t most = 120);
 
+/// One word of a shell's command line, in quotes where a shell would make something else of it.
+std::string shellWord(const std::string& text);
+
 /// The path in a form that this system understands: files made elsewhere part folders by a backslash.
 std::string withSlashes(std::string_view path);
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "base/ImportError.h"
 #include "base/Text.h"
@@ -82,6 +83,16 @@ bool isKnownToLibrary(std::string_view start) {
            start.find("<COLLADA") != start.npos;
 }
 
+/// Pictures lie beside models and get named in their place; some have names that readers of models ask for.
+void refusePicture(std::string_view start) {
+    static constexpr std::array<std::pair<std::string_view, const char*>, 4> kPictures{
+        {{"\xABKTX", "KTX"}, {"\x89PNG", "PNG"}, {"\xFF\xD8\xFF", "JPEG"}, {"DDS ", "DDS"}}};
+    for (const auto& [mark, kind] : kPictures)
+        if (start.starts_with(mark))
+            throw ImportError(std::string("this is a picture (") + kind +
+                              "), not a model; give the model that it belongs to");
+}
+
 std::optional<Format> byContent(std::string_view file) {
     const std::string_view start = file.substr(0, 4096);
     if (isGltf(start))
@@ -105,6 +116,7 @@ Format detectFormat(std::span<const std::uint8_t> bytes, const std::filesystem::
     const std::string_view file(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     if (const auto format = byContent(file))
         return *format;
+    refusePicture(file);
     if (const auto format = bySuffix(lowerSuffix(path)))
         return *format;
     throw ImportError(

@@ -1,6 +1,7 @@
 #include "options/CommandLine.h"
 
 #include "base/ExitCode.h"
+#include "base/Text.h"
 #include "options/Values.h"
 
 #include <CLI/CLI.hpp>
@@ -58,50 +59,72 @@ constexpr std::array<Choice<bool>, 1> kDemos = {{{"particles", true}}};
 constexpr std::array<Choice<Progress::Mode>, 3> kProgress = {
     {{"bar", Progress::Mode::Bar}, {"plain", Progress::Mode::Plain}, {"none", Progress::Mode::Silent}}};
 
-/// How many letters lie between two words.
+/// How many letters are wrong, missing, too many or, two of them, the wrong way round.
 size_t editDistance(std::string_view a, std::string_view b) {
-    std::vector<size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 0; i < a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0] = i + 1;
-        for (size_t j = 0; j < b.size(); ++j) {
-            const size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
+    std::vector<std::vector<size_t>> rows(a.size() + 1, std::vector<size_t>(b.size() + 1));
+    std::iota(rows[0].begin(), rows[0].end(), size_t{0});
+    for (size_t i = 1; i <= a.size(); ++i) {
+        rows[i][0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t replaced = rows[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            rows[i][j] = std::min({replaced, rows[i - 1][j] + 1, rows[i][j - 1] + 1});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                rows[i][j] = std::min(rows[i][j], rows[i - 2][j - 2] + 1);
         }
     }
-    return row.back();
+    return rows.back().back();
+}
+
+/// The switch that a mistyped one was meant to be: nearly all its letters are there, or its beginning is.
+std::string nearestSwitch(const CLI::App& app, const std::string& given) {
+    constexpr size_t kLettersPerMistake = 3;
+    constexpr size_t kShortestBeginning = 3;
+    std::string nearest;
+    size_t distance = std::max<size_t>(given.size() / kLettersPerMistake, 1) + 1;
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            const bool isBegun = given.size() >= kShortestBeginning && name.starts_with(given);
+            const size_t candidate = isBegun ? 1 : editDistance(given, name);
+            if (candidate < distance) {
+                distance = candidate;
+                nearest = "--" + name;
+            }
+        }
+    }
+    return nearest;
 }
 
 [[noreturn]] void unknownSwitch(const CLI::App& app, const std::string& given) {
     const std::string name = given.substr(0, given.find('='));
-    std::string nearest;
-    size_t distance = name.size();
-    for (const CLI::Option* option : app.get_options()) {
-        for (const std::string& longName : option->get_lnames()) {
-            const size_t candidate = editDistance(name, "--" + longName);
-            if (candidate < distance) {
-                distance = candidate;
-                nearest = "--" + longName;
-            }
-        }
-    }
+    const std::string nearest = name.starts_with("--") ? nearestSwitch(app, name.substr(2)) : std::string();
     const std::string hint = nearest.empty() ? "" : "; did you mean " + nearest + "?";
     throw Failure(kExitUsage, "unknown switch " + name + hint + " (--help lists all)");
 }
 
-/// A switch with its values as on the command line, a space before it; nothing where it wasn't given.
+/// A switch that was given too often, or with too few or too many words. The parser's own line begins with
+/// its name.
+[[noreturn]] void wrongCount(const CLI::App& app, const std::string& line) {
+    const std::string name = line.substr(0, line.find_first_of(": "));
+    const CLI::Option* option = app.get_option_no_throw(name);
+    if (!option)
+        throw Failure(kExitUsage, line + " (--help lists all switches)");
+    if (option->get_items_expected_max() == 1 && option->count() > 1)
+        throw Failure(kExitUsage,
+                      name + ": it is given " + std::to_string(option->count()) + " times; give it once");
+    throw Failure(kExitUsage, name + ": give it as " + name + " " + option->get_type_name());
+}
+
+/// A switch with its values as a shell takes them, a space before it; nothing where it wasn't given.
 std::string asGiven(const std::string& name, const CLI::Option& option) {
     if (option.count() == 0)
         return "";
     if (option.get_items_expected_max() == 0)
         return " " + name;
     if (option.get_delimiter() != '\0')
-        return " " + name + " " + CLI::detail::join(option.results(), ",");
+        return " " + name + " " + shellWord(CLI::detail::join(option.results(), ","));
     std::string text;
     for (const std::string& value : option.results())
-        text.append(" ").append(name).append(value.starts_with('-') ? "=" : " ").append(value);
+        text.append(" ").append(name).append(value.starts_with('-') ? "=" : " ").append(shellWord(value));
     return text;
 }
 
@@ -129,10 +152,13 @@ public:
             return fApp.help();
         } catch (const CLI::CallForVersion&) {
             return "orloview " ORLOVIEW_VERSION "\n";
+        } catch (const CLI::ArgumentMismatch& error) {
+            wrongCount(fApp, error.what());
         } catch (const CLI::ParseError& error) {
             throw Failure(kExitUsage, std::string(error.what()) + " (--help lists all switches)");
         }
-        const std::vector<std::string> extras = fApp.remaining();
+        std::vector<std::string> extras = fApp.remaining();
+        std::erase(extras, "--"); // behind which names of files may begin with a dash
         if (!extras.empty())
             unknownSwitch(fApp, extras.front());
         for (const char* name : {"--variant", "--shading", "--sky", "--sky-rotation", "--exposure",

@@ -12,7 +12,7 @@ namespace {
 void checkParticles(const Options& options) {
     if (options.demo && !options.models.empty())
         throw Failure(kExitUsage,
-                      "--demo shows a scene of its own; leave " + options.models.front() + " or it out");
+                      "--demo shows a scene of its own; leave --demo or " + options.models.front() + " out");
     if (options.demo && options.turntable > 0)
         throw Failure(kExitUsage, "--turntable: the fountain never stands still; give --frames N");
     if (options.frames > 0 && !options.demo)
@@ -45,6 +45,23 @@ void checkOwnShader(const Options& options) {
                       "one of them out");
 }
 
+void checkOutputs(const Options& options) {
+    if (!options.output.empty() && !formatOf(options.output))
+        throw Failure(kExitUsage, "-o " + options.output +
+                                      ": no picture format has this suffix; give a name ending in " +
+                                      kPictureFormats);
+    if (!options.output.empty() && options.background[3] < 1.0F && !hasAlpha(*formatOf(options.output)))
+        throw Failure(kExitUsage, "--background: " + options.output +
+                                      " can't hold what is transparent; give a name ending in .png or .tga, "
+                                      "or another colour");
+    if (!options.depth.empty() && !isDepthFile(options.depth))
+        throw Failure(kExitUsage,
+                      "--depth " + options.depth + ": give a name ending in .pfm (distances) or .png");
+    if (options.turntable > 0 && (options.output.empty() || options.output == "-"))
+        throw Failure(kExitUsage,
+                      "--turntable: give -o and a name, such as -o turn.png, for turn_001.png and so on");
+}
+
 } // namespace
 
 void checkTogether(const Options& options) {
@@ -56,22 +73,16 @@ void checkTogether(const Options& options) {
         throw Failure(kExitUsage, "no model given; try orloview MODEL (--help tells more)");
     checkParticles(options);
     if (options.json && !options.info)
-        throw Failure(kExitUsage, "--json: it goes with --info");
+        throw Failure(kExitUsage, "--json: only --info prints it; give --info, or leave --json out");
     if (options.info)
         return;
-    if (!options.output.empty() && !formatOf(options.output))
-        throw Failure(kExitUsage, "-o " + options.output +
-                                      ": no picture format has this suffix; give a name ending in " +
-                                      kPictureFormats);
-    if (!options.depth.empty() && !isDepthFile(options.depth))
-        throw Failure(kExitUsage,
-                      "--depth " + options.depth + ": give a name ending in .pfm (distances) or .png");
+    checkOutputs(options);
     if (options.hasDirection && (options.eye || options.camera))
         throw Failure(kExitUsage, std::string(options.eye ? "--eye" : "--camera") +
                                       " says where the eye is; leave --view, --azimuth and --elevation out");
     checkOwnShader(options);
     if (options.showSky && !options.hasSky())
-        throw Failure(kExitUsage, "--show-sky: there is none; leave --sky none or it out");
+        throw Failure(kExitUsage, "--show-sky: there is none; leave --sky none or --show-sky out");
     if (options.skyRotation != 0.0 && options.skyFile.empty())
         throw Failure(kExitUsage,
                       "--sky-rotation: only a picture differs by where one looks; give --sky FILE");
@@ -90,12 +101,9 @@ void checkTogether(const Options& options) {
     if ((options.cull || options.shadows || options.ambientOcclusion) && options.sampling.pbuffer)
         throw Failure(kExitUsage,
                       "--offscreen pbuffer: what --cull, --shadows and --ao need lives in another context; "
-                      "leave them or it out");
+                      "leave these or --offscreen pbuffer out");
     if (options.compare && options.shading)
         throw Failure(kExitUsage, "--compare draws with both; leave --shading out");
-    if (options.turntable > 0 && (options.output.empty() || options.output == "-"))
-        throw Failure(kExitUsage,
-                      "--turntable: give -o and a name, such as -o turn.png, for turn_001.png and so on");
     if (!options.dumpShaders.empty() && options.shading == Shading::Fixed)
         throw Failure(kExitUsage,
                       "--dump-shaders: there are none with --shading fixed; leave one of them out");

@@ -58,7 +58,7 @@ HostWindow::HostWindow(Display* display, const std::string& title, int width, in
                                  "for a picture");
     }
     const Window child = fBuffer.fWindow.fbWindow();
-    XSelectInput(display, child, kInput | ExposureMask);
+    XSelectInput(display, child, kInput | ExposureMask | StructureNotifyMask);
     XMapWindow(display, child);
     XMapWindow(display, fWindow);
 }
@@ -80,7 +80,7 @@ bool HostWindow::followResize(const XEvent& event) {
 
 bool HostWindow::isClose(const XEvent& event) const {
     if (event.type == DestroyNotify)
-        return event.xdestroywindow.window == fWindow;
+        return true; // of this window or of the child
     return event.type == ClientMessage && event.xclient.window == fWindow &&
            static_cast<Atom>(event.xclient.data.l[0]) == fDeleteAtom;
 }

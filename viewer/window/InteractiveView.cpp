@@ -1,5 +1,6 @@
 #include "window/InteractiveView.h"
 
+#include "base/Text.h"
 #include "output/Picture.h"
 #include "scene/Vectors.h"
 
@@ -173,7 +174,7 @@ std::string InteractiveView::switches() const {
         if (given)
             text += name;
     }
-    text += " --background " + backgroundSwitch(fLook.background);
+    text += " --background " + shellWord(backgroundSwitch(fLook.background));
     return text + " --size " + std::to_string(fLook.width) + "x" + std::to_string(fLook.height);
 }
 

@@ -217,6 +217,8 @@ void ViewerWindow::wait() {
 
 void ViewerWindow::handle(XEvent& event) {
     if (fWindow->isClose(event)) {
+        if (event.type == DestroyNotify && !fOptions.quiet)
+            say("another program has destroyed the window");
         fQuit = true;
     } else if (fWindow->followResize(event)) {
         fView.resize(fWindow->width(), fWindow->height());
