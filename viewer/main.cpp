@@ -3,9 +3,12 @@
 #include "WritePictures.h"
 #include "base/Confinement.h"
 #include "base/ExitCode.h"
+#include "base/FileBytes.h"
+#include "base/ImportError.h"
 #include "base/Say.h"
 #include "base/Text.h"
 #include "draw/Fountain.h"
+#include "import/Format.h"
 #include "import/Importer.h"
 #include "info/Describe.h"
 #include "info/GLInfo.h"
@@ -59,6 +62,17 @@ struct Loaded {
     bool complete = true;
 };
 
+ImportResult importFrom(const std::string& path, const Options& options, const ProgressReport& report,
+                        const std::function<void()>& meanwhile) {
+    if (path != "-")
+        return importModel(path, options.limits, report, meanwhile);
+    try {
+        return importModel("stdin" + options.format, options.limits, report, meanwhile, readStandardInput());
+    } catch (const ImportError& error) {
+        return {{}, error.what()};
+    }
+}
+
 /// Every model that can be read, in one scene; each that can't gets its line.
 Loaded loadModels(const Options& options, Progress& progress) {
     Loaded loaded;
@@ -75,7 +89,7 @@ Loaded loadModels(const Options& options, Progress& progress) {
             progress.update((static_cast<double>(i) + done) / static_cast<double>(options.models.size()));
         };
         const bool isLast = i + 1 == options.models.size();
-        ImportResult result = importModel(path, options.limits, report, [&] {
+        ImportResult result = importFrom(path, options, report, [&] {
             if (isLast && !options.info) // no process is made after this one
                 GLSession::startAhead(options.writes() || options.compare ? options.glRoad : GLRoad::X11);
         });
@@ -158,6 +172,14 @@ int run(int argc, const char* const* argv) {
         return kExitDone;
     }
     Options& options = line.options;
+    if (options.listFormats) {
+        print(listModelFormats());
+        return kExitDone;
+    }
+    if (!options.format.empty() && !readsSuffix(options.format))
+        throw Failure(kExitUsage,
+                      "--format " + options.format +
+                          ": no models with this suffix are read; --list-formats lists which are");
     setPlace();
     if (options.glInfo)
         return showGLInfo(options);

@@ -434,6 +434,27 @@ class Program(ViewerProgram):
         self.assertEqual(self.picture(model, "--size", "20000x10")[:2], (20000, 10), "wider than any buffer")
         os.remove(self.path("out.png"))
 
+    def test_a_model_comes_through_standard_input(self):
+        model = gltf().encode()
+        told = self.run_viewer(self.write("m.gltf", model), "--info").stdout
+        self.assertEqual(self.run_viewer("-", "--info", piped=model).stdout, told)
+        off = self.run_viewer("-", "--info", piped=b"OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n").stdout
+        self.assertIn(b"triangles  1", off, "by the import library")
+        for arguments, piped, code, words in (
+            (["-"], b"0 0 0 1 0 0 0 1 0\n", 2, "no model file of a known kind"),
+            (["-", "--format", "raw"], b"0 0 0 1 0 0 0 1 0\n", 0, ""),
+            (["-"], b"", 2, "-: standard input brings nothing"),
+            (["-", "-"], b"", 1, "give it once"),
+            (["-", "--format", "docx"], b"", 1, "--list-formats"),
+            (["m.obj", "--format", "obj"], b"", 1, "give - as a model"),
+        ):
+            result = self.run_viewer(*arguments, "--info", piped=piped)
+            self.assertEqual(result.returncode, code, (arguments, result.stderr))
+            self.assertIn(words, result.stderr.decode())
+        listed = self.run_viewer("--list-formats").stdout.decode()
+        for line in (".glb ", ".obj ", ".3ds .prj "):
+            self.assertIn("\n" + line, listed)
+
     def test_closed_streams_get_no_picture(self):
         model = self.write("m.gltf", gltf())
         os.mkfifo(self.path("pipe.ppm"))

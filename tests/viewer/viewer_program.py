@@ -38,10 +38,10 @@ class ViewerProgram(unittest.TestCase):
             file.write(content.encode() if isinstance(content, str) else content)
         return self.path(name)
 
-    def run_viewer(self, *arguments, environment=None):
+    def run_viewer(self, *arguments, environment=None, piped=None):
         env = {**os.environ, **(environment or {})}
         env = {name: value for name, value in env.items() if value is not None}
-        return subprocess.run([ORLOVIEW, *arguments], capture_output=True, timeout=120, env=env)
+        return subprocess.run([ORLOVIEW, *arguments], capture_output=True, timeout=120, env=env, input=piped)
 
     def without(self, extension, capability):
         """An environment in which the driver lists an extension no more. Where it can't be told so, as all but Mesa's

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 #include "base/ImportError.h"
 
@@ -41,6 +42,29 @@ std::vector<std::uint8_t> readFile(const fs::path& path) {
             throw ImportError("reading the file failed half-way; check the disk");
         got += static_cast<size_t>(std::max<ssize_t>(count, 0));
     }
+    return bytes;
+}
+
+std::vector<std::uint8_t> readStandardInput() {
+    constexpr size_t kPiece = size_t{1} << 20;
+    constexpr size_t kMost = size_t{4} << 30;
+    std::vector<std::uint8_t> bytes;
+    if (::isatty(STDIN_FILENO) != 0)
+        throw ImportError(
+            "standard input is the keyboard; lead a model into it, as by 'orloview - < model.glb'");
+    for (ssize_t count = 1; count != 0;) {
+        const size_t got = bytes.size();
+        bytes.resize(got + kPiece);
+        count = ::read(STDIN_FILENO, bytes.data() + got, kPiece);
+        if (count < 0 && errno != EINTR)
+            throw ImportError("standard input can't be read: " + std::generic_category().message(errno) +
+                              "; check what is led into it");
+        bytes.resize(got + static_cast<size_t>(std::max<ssize_t>(count, 0)));
+        if (bytes.size() > kMost)
+            throw ImportError("standard input brings more than 4 GB; save it to a file first");
+    }
+    if (bytes.empty())
+        throw ImportError("standard input brings nothing; check what is led into it");
     return bytes;
 }
 

@@ -16,6 +16,9 @@ Descriptor openFile(const std::filesystem::path& path);
 /// The whole of a regular file. Throws an ImportError as openFile does, and where it is empty.
 std::vector<std::uint8_t> readFile(const std::filesystem::path& path);
 
+/// All that comes through standard input. Throws an ImportError where nothing does, or far too much.
+std::vector<std::uint8_t> readStandardInput();
+
 /// Whether there is a regular file of that name.
 bool isFile(const std::filesystem::path& path);
 

@@ -14,6 +14,7 @@
 #include <assimp/DefaultIOSystem.h>
 #include <assimp/Importer.hpp>
 #include <assimp/config.h>
+#include <assimp/importerdesc.h>
 #include <assimp/material.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
@@ -496,11 +497,15 @@ Scene readStl(std::span<const std::uint8_t> bytes) {
     return scene;
 }
 
-Scene readByLibrary(const std::filesystem::path& path, const ModelFolder& folder) {
+namespace {
+
+/// `read` has the library read the model, whose name says what and where it is.
+template <typename Read>
+Scene readBy(const std::filesystem::path& path, const ModelFolder& folder, const Read& read) {
     Assimp::Importer importer;
     auto* const files = new LibraryFiles(path, folder);
     importer.SetIOHandler(files); // which ends it
-    const aiScene* source = importer.ReadFile(path.string(), kPostprocess);
+    const aiScene* source = read(importer);
     if ((source == nullptr || isBareRoot(*source)) && !files->refused().empty())
         throw ImportError("the file '" + files->refused().front() +
                           "', which it names: " + ModelFolder::kOutside);
@@ -512,6 +517,39 @@ Scene readByLibrary(const std::filesystem::path& path, const ModelFolder& folder
         scene.warnings.push_back(
             printable("the file '" + file + "': left out: " + ModelFolder::kOutside, 300));
     return scene;
+}
+
+} // namespace
+
+Scene readByLibrary(const std::filesystem::path& path, const ModelFolder& folder) {
+    return readBy(path, folder,
+                  [&](Assimp::Importer& importer) { return importer.ReadFile(path.string(), kPostprocess); });
+}
+
+Scene readByLibrary(std::span<const std::uint8_t> bytes, const std::filesystem::path& name,
+                    const ModelFolder& folder) {
+    return readBy(name, folder, [&](Assimp::Importer& importer) {
+        const std::string suffix = name.extension().string();
+        return importer.ReadFileFromMemory(bytes.data(), bytes.size(), kPostprocess,
+                                           suffix.empty() ? "" : suffix.c_str() + 1);
+    });
+}
+
+std::vector<LibraryFormat> libraryFormats() {
+    const Assimp::Importer importer;
+    std::vector<LibraryFormat> formats;
+    for (size_t i = 0; i < importer.GetImporterCount(); ++i) {
+        const aiImporterDesc& told = *importer.GetImporterInfo(i);
+        LibraryFormat& format = formats.emplace_back();
+        format.name = told.mName;
+        for (const std::string_view word : {" Importer", " Reader"})
+            if (const size_t at = format.name.find(word); at != format.name.npos)
+                format.name.erase(at, word.size());
+        std::string_view suffixes = told.mFileExtensions;
+        for (std::string_view suffix = takeWord(suffixes); !suffix.empty(); suffix = takeWord(suffixes))
+            format.suffixes.push_back("." + std::string(suffix));
+    }
+    return formats;
 }
 
 bool libraryReads(const std::string& suffix) {

@@ -22,17 +22,27 @@ std::string lowerSuffix(const std::filesystem::path& path) {
     return lowered(path.extension().string());
 }
 
+struct KnownSuffix {
+    const char* suffix;
+    Format format;
+    const char* name;
+};
+constexpr std::array<KnownSuffix, 6> kSuffixes{{{".gltf", Format::Gltf, "glTF 2.0"},
+                                                {".glb", Format::Gltf, "glTF 2.0, binary"},
+                                                {".obj", Format::Obj, "Wavefront OBJ, with materials"},
+                                                {".ply", Format::Ply, "Stanford PLY"},
+                                                {".stl", Format::Stl, "STL"},
+                                                {".csv", Format::Table, "table of points"}}};
+
+const KnownSuffix* findSuffix(const std::string& suffix) {
+    const auto* const found = std::find_if(kSuffixes.begin(), kSuffixes.end(),
+                                           [&](const KnownSuffix& known) { return known.suffix == suffix; });
+    return found == kSuffixes.end() ? nullptr : found;
+}
+
 std::optional<Format> bySuffix(const std::string& suffix) {
-    if (suffix == ".gltf" || suffix == ".glb")
-        return Format::Gltf;
-    if (suffix == ".obj")
-        return Format::Obj;
-    if (suffix == ".ply")
-        return Format::Ply;
-    if (suffix == ".stl")
-        return Format::Stl;
-    if (suffix == ".csv")
-        return Format::Table;
+    if (const KnownSuffix* known = findSuffix(suffix))
+        return known->format;
     if (libraryReads(suffix))
         return Format::ByLibrary;
     return std::nullopt;
@@ -124,6 +134,29 @@ Format detectFormat(std::span<const std::uint8_t> bytes, const std::filesystem::
         "first line names the columns x, y and z, or another that the import library reads (.dae, .fbx, "
         ".3ds, "
         ".off, .x ...)");
+}
+
+bool readsSuffix(const std::string& suffix) {
+    return bySuffix(lowered(suffix)).has_value();
+}
+
+std::string listModelFormats() {
+    std::string lines;
+    const auto add = [&lines](const std::string& suffixes, const std::string& name) {
+        constexpr size_t kNames = 24;
+        lines += suffixes + std::string(kNames - std::min(kNames - 1, suffixes.size()), ' ') + name + "\n";
+    };
+    for (const KnownSuffix& known : kSuffixes)
+        add(known.suffix, known.name);
+    for (const LibraryFormat& format : libraryFormats()) {
+        std::string suffixes;
+        for (const std::string& suffix : format.suffixes)
+            if (!findSuffix(suffix))
+                suffixes += (suffixes.empty() ? "" : " ") + suffix;
+        if (!suffixes.empty())
+            add(suffixes, format.name);
+    }
+    return lines;
 }
 
 } // namespace orloview

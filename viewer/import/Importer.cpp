@@ -34,10 +34,12 @@ bool writeMark(int output, char mark) {
 }
 
 /// The child's work: the scene, or one line that says what is wrong.
-bool readInto(int output, const std::string& path, const ModelFolder& folder, SharedFraction& done) {
+bool readInto(int output, const std::string& path, std::span<const std::uint8_t> piped,
+              const ModelFolder& folder, SharedFraction& done) {
     try {
         static Scene scene; // stays: when this process has ended, the parent still reads from its pages
-        scene = readModel(path, folder, [&done](double fraction) { done.set(fraction); });
+        const auto report = [&done](double fraction) { done.set(fraction); };
+        scene = piped.empty() ? readModel(path, folder, report) : readModel(piped, path, folder, report);
         return writeMark(output, kScene) && writeScene(scene, output);
     } catch (const ImportError& error) {
         const std::string line = error.what();
@@ -68,9 +70,8 @@ size_t memoryOfMachine() {
     return static_cast<size_t>(::sysconf(_SC_PHYS_PAGES)) * static_cast<size_t>(::sysconf(_SC_PAGESIZE));
 }
 
-ChildLimits childLimits(const std::string& path, const ImportLimits& asked) {
+ChildLimits childLimits(size_t size, const ImportLimits& asked) {
     ChildLimits limits;
-    const size_t size = bytesOnDisk(path);
     limits.mostMemoryBytes = asked.memoryBytes.value_or(std::max(limits.memoryBytes, memoryOfMachine()));
     limits.memoryBytes =
         asked.memoryBytes.value_or(std::clamp(memoryFor(size), limits.memoryBytes, limits.mostMemoryBytes));
@@ -98,17 +99,17 @@ std::string whatHappened(const ChildResult& result, const std::vector<std::uint8
 } // namespace
 
 ImportResult importModel(const std::string& path, const ImportLimits& asked, const ProgressReport& report,
-                         const std::function<void()>& meanwhile) {
+                         const std::function<void()>& meanwhile, std::span<const std::uint8_t> piped) {
     ImportResult result;
     SharedFraction done;
     const ModelFolder folder(path, asked.allowOutside);
-    const ChildLimits limits = childLimits(path, asked);
+    const ChildLimits limits = childLimits(piped.empty() ? bytesOnDisk(path) : piped.size(), asked);
     try {
         Taken taken;
         const ChildResult child = runInChild(
             [&](int output) {
                 confine(folder.readable());
-                return readInto(output, path, folder, done);
+                return readInto(output, path, piped, folder, done);
             },
             limits,
             [&](ChildOutput& from) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <span>
 #include <string>
 
 #include "base/ImportLimits.h"
@@ -22,8 +24,10 @@ struct ImportResult {
 /// The format is told by what the file holds, its suffix where that says nothing. Import libraries crash and
 /// hang on some damaged files, so the work is done in a child process of its own; whatever becomes of that,
 /// the caller gets a scene or a line. Call it before the process has started threads or opened a display;
-/// `meanwhile`, which is called once that process works, may.
+/// `meanwhile`, which is called once that process works, may. Where there are bytes that were `piped` they
+/// are read in the place of the file.
 ImportResult importModel(const std::string& path, const ImportLimits& limits = {},
-                         const ProgressReport& report = {}, const std::function<void()>& meanwhile = {});
+                         const ProgressReport& report = {}, const std::function<void()>& meanwhile = {},
+                         std::span<const std::uint8_t> piped = {});
 
 } // namespace orloview

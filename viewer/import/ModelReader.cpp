@@ -20,8 +20,10 @@ namespace orloview {
 
 namespace {
 
-Scene readAs(Format format, std::span<const std::uint8_t> bytes, const std::filesystem::path& path,
-             const ModelFolder& folder, const ProgressReport& report) {
+/// `byLibrary` reads what no reader of ours does.
+template <typename ByLibrary>
+Scene readAs(Format format, std::span<const std::uint8_t> bytes, const ModelFolder& folder,
+             const ProgressReport& report, const ByLibrary& byLibrary) {
     switch (format) {
     case Format::Gltf:
         return readGltf(bytes, folder, report);
@@ -34,7 +36,7 @@ Scene readAs(Format format, std::span<const std::uint8_t> bytes, const std::file
     case Format::Table:
         return readTable(bytes, report);
     case Format::ByLibrary:
-        return readByLibrary(path, folder);
+        return byLibrary();
     }
     return {};
 }
@@ -88,6 +90,16 @@ bool isConsistent(const Variant& variant, const Scene& scene) {
     });
 }
 
+Scene checked(Scene scene) {
+    if (scene.instances.empty() && scene.cameras.empty() && scene.lights.empty()) {
+        if (scene.warnings.empty())
+            throw ImportError("there is nothing in it to draw");
+        throw ImportError("nothing in it can be drawn: " + scene.warnings.front());
+    }
+    checkSize(scene);
+    return scene;
+}
+
 } // namespace
 
 Scene readModel(const std::filesystem::path& path, const ModelFolder& folder, const ProgressReport& report) {
@@ -96,14 +108,14 @@ Scene readModel(const std::filesystem::path& path, const ModelFolder& folder, co
     const std::vector<std::uint8_t> copy =
         mapped.bytes().empty() ? readFile(path) : std::vector<std::uint8_t>();
     const std::span<const std::uint8_t> bytes = copy.empty() ? mapped.bytes() : copy;
-    Scene scene = readAs(detectFormat(bytes, path), bytes, path, folder, report);
-    if (scene.instances.empty() && scene.cameras.empty() && scene.lights.empty()) {
-        if (scene.warnings.empty())
-            throw ImportError("there is nothing in it to draw");
-        throw ImportError("nothing in it can be drawn: " + scene.warnings.front());
-    }
-    checkSize(scene);
-    return scene;
+    return checked(readAs(detectFormat(bytes, path), bytes, folder, report,
+                          [&] { return readByLibrary(path, folder); }));
+}
+
+Scene readModel(std::span<const std::uint8_t> bytes, const std::filesystem::path& name,
+                const ModelFolder& folder, const ProgressReport& report) {
+    return checked(readAs(detectFormat(bytes, name), bytes, folder, report,
+                          [&] { return readByLibrary(bytes, name, folder); }));
 }
 
 bool isConsistent(const Scene& scene) {

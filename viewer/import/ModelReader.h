@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <span>
 
 #include "base/ProgressReport.h"
 #include "import/ModelFolder.h"
@@ -13,6 +15,10 @@ namespace orloview {
 /// either. A file that others shorten meanwhile ends the process by a signal.
 Scene readModel(const std::filesystem::path& path, const ModelFolder& folder,
                 const ProgressReport& report = {});
+
+/// The same of one that is in memory. Of the name only the suffix counts.
+Scene readModel(std::span<const std::uint8_t> bytes, const std::filesystem::path& name,
+                const ModelFolder& folder, const ProgressReport& report);
 
 /// Whether all references of the scene lead somewhere and its attributes fit its vertices.
 bool isConsistent(const Scene& scene);

@@ -24,6 +24,7 @@ Examples:
   orloview room.gltf -o view.png --camera Entrance
   orloview bunny.ply -o side.png --eye 3,1,0 --target 0,0.1,0 --fov 30
   orloview model.glb --info --json
+  unzip -p models.zip chair.glb | orloview - -o chair.png
   orloview cloud.csv --particles sprites --sprite-images smoke.png,spark.png
   orloview --demo particles -o drops.png --frames 60
 
@@ -236,8 +237,12 @@ private:
 void Switches::addFiles() {
     fApp.add_option(
             "models", fOptions.models,
-            "Model files: glTF 2.0 (.gltf, .glb), OBJ, PLY, STL and others; tables of points (.csv, .txt)")
+            "Model files: glTF 2.0 (.gltf, .glb), OBJ, PLY, STL and others; tables of points (.csv, .txt); - "
+            "for one from standard input")
         ->type_name("MODEL...");
+    word("--format", "SUFFIX",
+         "What comes through standard input, such as glb; needed where its first bytes don't tell",
+         [this](const std::string& text) { fOptions.format = text.starts_with('.') ? text : "." + text; });
     word("--limit-memory", "N(M|G)",
          "What reading one model or picture may take: 2G, or in proportion to a large file, unless given",
          [this](const std::string& text) { fOptions.limits.memoryBytes = parseMemory(text); });
@@ -404,6 +409,7 @@ void Switches::addTelling() {
                   "Print what was drawn and uploaded, frame by frame; in a window, show it");
     fApp.add_flag("--info", fOptions.info, "Print what the models hold; needs no display");
     fApp.add_flag("--json", fOptions.json, "With --info: as JSON");
+    fApp.add_flag("--list-formats", fOptions.listFormats, "Print which models are read, by their suffixes");
     fApp.add_flag("--gl-info", fOptions.glInfo, "Print OpenGL's version, capabilities and limits");
     word("--gl-log", "FILE", "Write each call to OpenGL with its time and error, and at the end a summary",
          fOptions.glLog);

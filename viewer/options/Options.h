@@ -26,6 +26,9 @@ namespace orloview {
 struct Options {
     std::vector<std::string> models;
 
+    /// The suffix of the one that comes through standard input ("-"); empty: its content tells.
+    std::string format;
+
     /// Of reading each of them, and each of their pictures.
     ImportLimits limits;
 
@@ -75,7 +78,9 @@ struct Options {
     int frames = 0;
 
     /// What is shown, for titles and for names of files.
-    std::string subject() const { return models.empty() ? "fountain" : models.front(); }
+    std::string subject() const {
+        return models.empty() ? "fountain" : models.front() == "-" ? "stdin" : models.front();
+    }
 
     /// The file of a picture of distances, and the folder of a cube map; empty: none.
     std::string depth;
@@ -134,6 +139,7 @@ struct Options {
     bool stats = false;
     bool info = false;
     bool json = false;
+    bool listFormats = false;
     bool glInfo = false;
     bool glDebug = false;
     std::string glLog; ///< the file that calls to OpenGL are written to; empty: none

@@ -5,6 +5,8 @@
 #include "output/DepthFile.h"
 #include "output/PictureFile.h"
 
+#include <algorithm>
+
 namespace orloview {
 
 namespace {
@@ -67,10 +69,15 @@ void checkOutputs(const Options& options) {
 void checkTogether(const Options& options) {
     if (options.quiet && options.verbose)
         throw Failure(kExitUsage, "-q and -v: give one of them, not both");
-    if (options.glInfo)
+    if (options.glInfo || options.listFormats)
         return;
     if (options.models.empty() && !options.demo)
         throw Failure(kExitUsage, "no model given; try orloview MODEL (--help tells more)");
+    const auto piped = std::count(options.models.begin(), options.models.end(), "-");
+    if (piped > 1)
+        throw Failure(kExitUsage, "-: standard input brings one model; give it once");
+    if (piped == 0 && !options.format.empty())
+        throw Failure(kExitUsage, "--format: it is of standard input; give - as a model");
     checkParticles(options);
     if (options.json && !options.info)
         throw Failure(kExitUsage, "--json: only --info prints it; give --info, or leave --json out");
