@@ -120,6 +120,15 @@ class Gltf(ViewerProgram):
             self.assertEqual(told["groups"], 1)
             self.assertIn(words, told["warnings"][0])
 
+    def test_animations_are_told_of_with_their_lengths(self):
+        file = File()
+        corners = {"POSITION": file.accessor([[0, 0, 0], [1, 0, 0], [0, 1, 0]])}
+        file.json["accessors"] += [{"componentType": 5126, "count": 2, "type": "SCALAR", "max": [last]} for last in (2.5, 0.5)]
+        moves = [{"name": name, "samplers": [{"input": i} for i in times]} for name, times in (("wave", (1, 2)), ("", (9,)))]
+        told = self.told(file.text(meshes=[{"primitives": [{"attributes": corners}]}], animations=moves), expect=3)
+        self.assertEqual(told["animations"], [{"name": "wave", "seconds": 2.5}, {"name": "", "seconds": 0}])
+        self.assertRegex(told["warnings"][1], r"the length of the animation animations\[1\]: .*input")
+
     def test_variants_are_chosen_by_name(self):
         file = File()
         corners = {"POSITION": file.accessor([[0, 0, 0], [1, 0, 0], [0, 1, 0]])}

@@ -168,6 +168,7 @@ public:
         for (unsigned i = 0; i < fSource.mNumMeshes; ++i)
             addMesh(i);
         placeNodes();
+        addAnimations();
         addCameras();
         addLights();
         fScene.warnings = fWarnings.lines();
@@ -183,6 +184,7 @@ private:
     void addMesh(unsigned index);
     void addElements(unsigned index, unsigned width, Topology topology);
     void placeNodes();
+    void addAnimations();
     void addCameras();
     void addLights();
 
@@ -348,6 +350,15 @@ void Converter::placeNodes() {
                 fScene.instances.push_back({nameOf(node->mName), mesh, world});
         for (unsigned i = node->mNumChildren; i-- > 0;)
             open.emplace_back(node->mChildren[i], transform);
+    }
+}
+
+void Converter::addAnimations() {
+    constexpr double kUsualTicks = 25.0; // a second, where the file doesn't say
+    for (unsigned i = 0; i < fSource.mNumAnimations; ++i) {
+        const aiAnimation& source = *fSource.mAnimations[i];
+        const double ticks = source.mTicksPerSecond > 0.0 ? source.mTicksPerSecond : kUsualTicks;
+        fScene.animations.push_back({nameOf(source.mName), source.mDuration / ticks});
     }
 }
 

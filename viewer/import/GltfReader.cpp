@@ -94,9 +94,7 @@ public:
           fParents(fNodes.size(), kUnvisited), fWorlds(fNodes.size()) {
         fScene.format = container.isBinary ? "glTF 2.0 binary" : "glTF 2.0 text";
         warnOfExtensions(container.json, fWarnings);
-        for (const GltfObject& animation : fRoot.objects("animations"))
-            fWarnings.add("the animation " + named(animation),
-                          "not played; the model stands as its nodes say");
+        tellAnimations();
         for (const GltfObject& variant : fRoot.extension(kVariants).objects("variants"))
             fScene.variants.push_back({variant.text("name"), {}});
         readGltfMaterials(fRoot, fData, folder, fScene, fWarnings);
@@ -127,6 +125,7 @@ private:
         bool hidden = false; ///< with all below it
     };
 
+    void tellAnimations();
     std::vector<int> roots() const;
     void walk(int root);
     void enter(int child, int parent);
@@ -163,6 +162,26 @@ private:
     Scene fScene;
     Warnings fWarnings;
 };
+
+/// An animation is as long as its last time, which is the largest: its accessor tells.
+void GltfParser::tellAnimations() {
+    const std::vector<GltfObject> animations = fRoot.objects("animations");
+    const std::vector<GltfObject> accessors =
+        animations.empty() ? std::vector<GltfObject>() : fRoot.objects("accessors");
+    for (const GltfObject& animation : animations) {
+        fWarnings.add("the animation " + named(animation), "not played; the model stands as its nodes say");
+        double seconds = 0.0;
+        try {
+            for (const GltfObject& sampler : animation.objects("samplers"))
+                if (const int times = sampler.reference("input", accessors.size()); times >= 0)
+                    for (const double last : accessors[static_cast<size_t>(times)].numberList("max"))
+                        seconds = std::max(seconds, last);
+        } catch (const ImportError& error) {
+            fWarnings.add("the length of the animation " + named(animation), error.what());
+        }
+        fScene.animations.push_back({animation.text("name"), seconds});
+    }
+}
 
 /// Of the scene that the file names, or its first; a file without scenes shows every node that has no parent.
 std::vector<int> GltfParser::roots() const {

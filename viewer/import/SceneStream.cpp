@@ -221,6 +221,11 @@ void fieldsOf(Stream& stream, Variant& v) {
 }
 
 template <typename Stream>
+void fieldsOf(Stream& stream, Animation& a) {
+    transfer(stream, a.name, a.seconds);
+}
+
+template <typename Stream>
 void fieldsOf(Stream& stream, Camera& c) {
     transfer(stream, c.name, c.kind, c.yfov, c.aspect, c.xmag, c.ymag, c.zNear, c.zFar, c.toWorld);
 }
@@ -234,7 +239,7 @@ void fieldsOf(Stream& stream, Light& l) {
 template <typename Stream>
 void fieldsOf(Stream& stream, Scene& s) {
     transfer(stream, s.format, s.meshes, s.instances, s.materials, s.variants, s.images, s.textures,
-             s.cameras, s.lights, s.files, s.warnings);
+             s.animations, s.cameras, s.lights, s.files, s.warnings);
 }
 
 template <typename Stream, typename... Fields>

@@ -105,6 +105,10 @@ Json json(const Camera& camera) {
     return result;
 }
 
+Json json(const Animation& animation) {
+    return {{"name", animation.name}, {"seconds", numberOrNull(animation.seconds)}};
+}
+
 Json json(const Light& light) {
     return {{"name", light.name},
             {"type", kindOf(light)},
@@ -164,6 +168,9 @@ std::string describe(const Scene& scene) {
     writeList(out, "unpainted  ", unpainted(scene), [](const std::string& name, size_t) { return name; });
     writeList(out, "variants   ", scene.variants, named);
     writeList(out, "textures   ", scene.textures, named);
+    writeList(out, "animations ", scene.animations, [](const Animation& animation, size_t i) {
+        return nameOr(animation.name, i) + ", " + decimal(animation.seconds) + " s";
+    });
     writeList(out, "cameras    ", scene.cameras, [](const Camera& camera, size_t i) {
         return nameOr(camera.name, i) + ", " + kindOf(camera) + ", " + lensOf(camera);
     });
@@ -187,6 +194,7 @@ std::string describeJson(const Scene& scene) {
                       {"unpainted", unpainted(scene)},
                       {"variants", variantNames(scene)},
                       {"textures", textures},
+                      {"animations", jsonList(scene.animations)},
                       {"cameras", jsonList(scene.cameras)},
                       {"lights", jsonList(scene.lights)},
                       {"warnings", scene.warnings}};

@@ -110,6 +110,7 @@ void Scene::append(Scene other) {
     moveBehind(variants, other.variants);
     moveBehind(images, other.images);
     moveBehind(textures, other.textures);
+    moveBehind(animations, other.animations);
     moveBehind(cameras, other.cameras);
     moveBehind(lights, other.lights);
     moveBehind(files, other.files);

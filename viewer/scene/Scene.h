@@ -222,6 +222,12 @@ struct Variant {
     std::vector<Paint> paints;
 };
 
+/// Told of, not played.
+struct Animation {
+    std::string name;
+    double seconds = 0.0; ///< to the last of its times
+};
+
 /// Looks along -z of its own space, y up. toWorld carries no scale that matters to the view.
 struct Camera {
     enum class Kind : std::uint8_t { Perspective, Orthographic };
@@ -271,6 +277,7 @@ struct Scene {
     std::vector<Variant> variants; ///< none is shown until it is asked for
     std::vector<Image> images;
     std::vector<Texture> textures;
+    std::vector<Animation> animations;
     std::vector<Camera> cameras;
     std::vector<Light> lights;
     std::vector<std::string> files;    ///< what lies beside the model and was read too, pictures apart

@@ -16,6 +16,7 @@ Scene twoSquares() {
     scene.instances.resize(2);
     scene.instances[0].mesh = scene.instances[1].mesh = 0;
     scene.instances[1].toWorld = koLinear::AffineMatrix::translation(10, 0, -2);
+    scene.animations = {{"", 1.5}};
     scene.cameras.resize(1);
     scene.cameras[0].name = "eye\nball";
     scene.cameras[0].yfov = 0.7853981633974483;
@@ -29,7 +30,8 @@ TEST(Describe, countsWhatIsDrawn) {
     const std::string text = describe(twoSquares());
     for (const char* line :
          {"groups     2\n", "triangles  4\n", "lines      0\n", "bounds     (0, 0, -2) to (11, 1, 0)\n",
-          "cameras    1\n  eye ball, perspective, 45 degrees\n", "warnings   1\n  something: left out\n"})
+          "animations 1\n  #0, 1.5 s\n", "cameras    1\n  eye ball, perspective, 45 degrees\n",
+          "warnings   1\n  something: left out\n"})
         EXPECT_THAT(text, HasSubstr(line));
     EXPECT_THAT(describe(Scene{}), HasSubstr("bounds     none\n"));
 }
