@@ -90,7 +90,7 @@ int run(int argc, char** argv) {
     app.add_option("--entry", options.entry, "The function to begin with, main unless given")
         ->type_name("NAME");
     app.add_option("--stage", stage, "What it is run for, fragments unless given")
-        ->check(CLI::IsMember({"vertex", "fragment"}))
+        ->check(CLI::IsMember({"vertex", "fragment"}).description(""))
         ->type_name("vertex|fragment");
     app.add_option("-I", options.preprocess.includeFolders, "Look for included files here")
         ->type_name("DIR")
