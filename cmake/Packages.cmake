@@ -17,6 +17,7 @@ set(CPACK_DEBIAN_PACKAGE_SOURCE orlogl)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # dpkg-shlibdeps finds our own libraries where they were built, and tells no package of theirs: each names them itself.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF) # nothing there is linked
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
 set(library_package liborlogl${ORLOGL_SOVERSION})
