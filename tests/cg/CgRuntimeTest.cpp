@@ -51,7 +51,9 @@ protected:
 
 TEST_F(CgRuntime, exportsItsInterfaceAndNothingElse) {
     static_assert(std::size(kCoreNames) == 48);
-    void* library = dlopen("libCg.so", RTLD_LAZY | RTLD_NOLOAD);
+    Dl_info place = {};
+    ASSERT_NE(dladdr(dlsym(RTLD_DEFAULT, kCoreNames[0]), &place), 0);
+    void* library = dlopen(place.dli_fname, RTLD_LAZY | RTLD_NOLOAD);
     ASSERT_NE(library, nullptr) << dlerror();
     for (const char* name : kCoreNames)
         EXPECT_NE(dlsym(library, name), nullptr) << name;

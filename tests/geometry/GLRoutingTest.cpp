@@ -501,7 +501,7 @@ protected:
         explicit Scene(std::minstd_rand& random) {
             for (GeometryLogicalGroup& group : groups) {
                 for (const auto type : kTypes)
-                    group.addStream(type, 3, std::vector<float>(30));
+                    group.addStream(type, 3, std::vector<float>(40)).fElementCount = 10; // of up to 4
                 group.addIndexRecord(kTriangles, {0, 1, 2, 3, 4, 5});
             }
             for (GLRouting& routing : routings) {
