@@ -38,9 +38,14 @@ void DrawPlan::drawShape(const DrawPlan& plan, const GLFunctionTable& gl, GLRout
     __m128i same = _mm_cmpeq_epi32(head, sixteenBytesAt(&plan.fRecordHead));
     same = _mm_and_si128(
         same, _mm_cmpeq_epi32(sixteenBytesAt(routing.fLayout.data()), sixteenBytesAt(plan.fLayout.data())));
+    const auto compare = [&](const Array& array) {
+        same =
+            _mm_and_si128(same, _mm_cmpeq_epi32(sixteenBytesAt(array.fStream), sixteenBytesAt(&array.fHead)));
+    };
     for (size_t i = 0; i < kCount; ++i)
-        same = _mm_and_si128(
-            same, _mm_cmpeq_epi32(sixteenBytesAt(arrays[i].fStream), sixteenBytesAt(&arrays[i].fHead)));
+        compare(arrays[i]);
+    for (size_t i = kCount; i < plan.fComparedCount; ++i)
+        compare(arrays[i]);
     if (_mm_movemask_epi8(same) != 0xFFFF || record->fAllocatedCount != plan.fRecordHead.fWhat[1] ||
         gl.fMaxTextureUnits < plan.fUnits)
         return routing.drawByOtherPlan();
@@ -115,8 +120,10 @@ std::unique_ptr<DrawPlan> DrawPlan::make(const GLFunctionTable& gl, const GLRout
     if (!kSkipsWrappers || !draw)
         return nullptr;
     const auto used = std::ranges::count_if(routing.fLayout, [](uint8_t slot) { return slot != 0; });
-    std::unique_ptr<DrawPlan> plan(new (static_cast<size_t>(used), std::nothrow) DrawPlan(routing, draw));
-    if (!plan || !plan->planArrays(routing) || plan->fUnits > gl.fMaxTextureUnits || !plan->planRecord())
+    const size_t room = std::max(static_cast<size_t>(used), routing.fGroup->streamCount());
+    std::unique_ptr<DrawPlan> plan(new (room, std::nothrow) DrawPlan(routing, draw));
+    if (!plan || !plan->planArrays(routing) || plan->fUnits > gl.fMaxTextureUnits ||
+        !plan->watchOthers(room) || !plan->planRecord())
         return nullptr;
     plan->linkObjects(routing.fGroup);
     return plan;
@@ -130,6 +137,10 @@ DrawPlan::~DrawPlan() {
         linkObjects(nullptr);
 }
 
+DrawPlan::Head DrawPlan::headOf(const GeometryData& stream) {
+    return {{stream.fDataType, stream.fComponentsPerElement}, stream.fHanger};
+}
+
 bool DrawPlan::planArrays(const GLRouting& routing) {
     for (uint32_t i = GLRouting::kPosition; i <= GLRouting::kTexCoord7; ++i) {
         if (fLayout[i] == 0)
@@ -139,12 +150,31 @@ bool DrawPlan::planArrays(const GLRouting& routing) {
         const GLuint name = stream ? bufferNameOf(stream->fHanger, GLObject::kVertexData) : 0;
         if (name == 0)
             return false;
-        const Head head = {{stream->fDataType, stream->fComponentsPerElement}, stream->fHanger};
-        new (arrays() + fArrayCount) Array{stream, head, name, GLRouting::fsInterpolantEnums[i]};
-        ++fArrayCount;
+        new (arrays() + fArrayCount++) Array{stream, headOf(*stream), name, GLRouting::fsInterpolantEnums[i]};
         // With fewer, slots would be left out or not be undone.
         if (i >= GLRouting::kTexCoord0)
             fUnits = std::max(fUnits, static_cast<int32_t>(i - GLRouting::kTexCoord0) + 1);
+    }
+    return true;
+}
+
+/// The streams before the last of the planned ones: were they of another kind, a slot might find them first.
+bool DrawPlan::watchOthers(size_t room) {
+    fComparedCount = fArrayCount;
+    const auto isPlanned = [this](const GeometryData* stream) {
+        return std::any_of(arrays(), arrays() + fArrayCount,
+                           [stream](const Array& array) { return array.fStream == stream; });
+    };
+    size_t end = fGroup.streamCount();
+    while (end > 0 && !isPlanned(fGroup.stream(end - 1)))
+        --end;
+    for (size_t i = 0; i < end; ++i) {
+        const GeometryData* stream = fGroup.stream(i);
+        if (isPlanned(stream))
+            continue;
+        if (fComparedCount == room)
+            return false;
+        new (arrays() + fComparedCount++) Array{stream, headOf(*stream), 0, 0};
     }
     return true;
 }

@@ -39,7 +39,8 @@ public:
 
     std::unique_ptr<DrawPlan> fNext;
 
-    // An array lies behind the plan for each used slot, in memory of the same allocation.
+    // Behind the plan, in memory of the same allocation, lie an array for each used slot and then the streams
+    // that it only watches.
     static void operator delete(void* memory) { ::operator delete(memory); }
 
 private:
@@ -56,6 +57,8 @@ private:
         GLenum fUnit; // of texture coordinates
     };
 
+    static Head headOf(const GeometryData& stream);
+
     using Draw = void (*)(const DrawPlan&, const GLFunctionTable&, GLRouting&);
 
     template <bool kNormals, bool kColors, size_t kTexCoords>
@@ -71,6 +74,7 @@ private:
 
     DrawPlan(const GLRouting& routing, Draw draw);
     bool planArrays(const GLRouting& routing);
+    bool watchOthers(size_t room);
     bool planRecord();
     GLuint bufferNameOf(IHWMemoryObject* hanger, GLObject::DataType type) const;
     void linkObjects(GeometryLogicalGroup* group);
@@ -82,6 +86,7 @@ private:
     GeometryLogicalGroup& fGroup;
     std::array<uint8_t, 16> fLayout;
     uint32_t fArrayCount = 0;
+    uint32_t fComparedCount = 0; ///< the arrays and the watched streams
 
     /// Texture units without which not all slots are reached.
     int32_t fUnits = 0;

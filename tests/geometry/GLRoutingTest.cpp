@@ -584,7 +584,7 @@ protected:
         GeometryData& stream = anyStream();
         GeometryDataIndex& record = anyRecord();
         GLRouting::Slot& slot = anySlot();
-        switch (random(16)) {
+        switch (random(17)) {
         case 0:
             return stream.deleteHanger();
         case 1:
@@ -642,6 +642,9 @@ protected:
                 *flag = random(4) != 0;
             GLRouting::fsUseDrawRangeElements = random(4) == 0;
             return;
+        case 15: // the kind of one may be what another is routed by
+            stream.fDataType = kTypes[random(4)];
+            return;
         default:
             GLObject::fsMaximumMemoryUsage = IHWMemoryObject::fsMemoryUsage + 130;
         }
@@ -675,6 +678,20 @@ TEST_F(Redrawing, callsWhatItsStepsCall) {
         }
     }
     EXPECT_GT(planned, 300) << "of 600";
+}
+
+TEST_F(Redrawing, seesAStreamBecomeTheOneThatIsRouted) {
+    startAnew();
+    GLRouting routing;
+    GeometryLogicalGroup& group = fScene->groups[0];
+    routing.fSlots[GLRouting::kPosition] = {GLRouting::kFromGeometry, {}, GeometryData::kNormal, 0};
+    inOne(routing, group);
+    EXPECT_EQ(inOne(routing, group), stepByStep(routing, group));
+    EXPECT_NE(group.fDrawPlan, nullptr);
+    group.stream(0)->fDataType = GeometryData::kNormal; // before the one that was
+    inOne(routing, group);
+    EXPECT_EQ(inOne(routing, group), stepByStep(routing, group));
+    EXPECT_NE(group.stream(0)->fHanger, nullptr);
 }
 
 } // namespace
