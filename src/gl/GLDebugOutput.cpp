@@ -126,6 +126,15 @@ void afterBindRenderbuffer(GLenum, GLuint name) {
     bound(GL_RENDERBUFFER, name, "renderbuffer", "");
 }
 
+/// Puts `own` into a slot in front of what it holds, or takes it out.
+template <typename Function>
+void exchangeSlot(Function*& slot, Function* own, Function*& next, bool install) {
+    if (install && slot && slot != own)
+        next = std::exchange(slot, own);
+    else if (!install && slot == own)
+        slot = next;
+}
+
 /// Stands in the slot kSlot: makes the call, then kAfter of the same arguments.
 template <auto kSlot, auto kAfter>
 struct Labelled;
@@ -135,10 +144,7 @@ struct Labelled<kSlot, kAfter> {
     static inline void (*fsNext)(Arguments...) = nullptr;
 
     static void exchange(GLFunctionTable& table, bool install) {
-        if (install && table.*kSlot && table.*kSlot != call)
-            fsNext = std::exchange(table.*kSlot, call);
-        else if (!install && table.*kSlot == call)
-            table.*kSlot = fsNext;
+        exchangeSlot(table.*kSlot, call, fsNext, install);
     }
 
     static void call(Arguments... arguments) {
@@ -157,10 +163,7 @@ struct LabelledAtOnce<kSlot> {
     static inline GLhandleARB (*fsNext)(Arguments...) = nullptr;
 
     static void exchange(GLFunctionTable& table, bool install) {
-        if (install && table.*kSlot && table.*kSlot != call)
-            fsNext = std::exchange(table.*kSlot, call);
-        else if (!install && table.*kSlot == call)
-            table.*kSlot = fsNext;
+        exchangeSlot(table.*kSlot, call, fsNext, install);
     }
 
     static GLhandleARB call(Arguments... arguments) {
