@@ -1,6 +1,7 @@
 #include "base/Workers.h"
 
-#include <csignal>
+#include "base/SignalsElsewhere.h"
+
 #include <sched.h>
 #include <system_error>
 
@@ -15,25 +16,6 @@ size_t processors() {
         return static_cast<size_t>(CPU_COUNT(&set));
     return std::max(std::thread::hardware_concurrency(), 1U);
 }
-
-/// Keeps signals to the program from the threads that start meanwhile: the first thread has them handled, as
-/// without others. Faults come to who commits them.
-class SignalsHeld {
-public:
-    SignalsHeld() {
-        sigset_t held;
-        sigfillset(&held);
-        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT})
-            sigdelset(&held, fault);
-        pthread_sigmask(SIG_BLOCK, &held, &fBefore);
-    }
-    ~SignalsHeld() { pthread_sigmask(SIG_SETMASK, &fBefore, nullptr); }
-    SignalsHeld(const SignalsHeld&) = delete;
-    SignalsHeld& operator=(const SignalsHeld&) = delete;
-
-private:
-    sigset_t fBefore{};
-};
 
 } // namespace
 
@@ -68,7 +50,7 @@ void Workers::enqueue(std::packaged_task<void()> piece) {
 
 /// Where the system gives no more threads, those that there are do it all.
 void Workers::startThread() {
-    const SignalsHeld held;
+    const SignalsElsewhere elsewhere;
     try {
         fThreads.emplace_back([this] { work(); });
     } catch (const std::system_error&) {

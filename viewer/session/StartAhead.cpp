@@ -1,14 +1,14 @@
 #include "session/StartAhead.h"
 
 #include "base/ExitCode.h"
+#include "base/SignalsElsewhere.h"
 #include "session/GLSession.h"
-#include "session/StartGuard.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <system_error>
 #include <utility>
 
 #include <unistd.h>
@@ -20,39 +20,26 @@ namespace {
 std::atomic<bool> fsIsUnderWay = false;
 thread_local StartAhead* fsOfThisThread = nullptr;
 
-/// While it lives, what is started has all signals blocked but those of a crash: the others are the
-/// program's.
-class SignalsBlocked {
-public:
-    SignalsBlocked() {
-        sigset_t blocked;
-        sigfillset(&blocked);
-        for (const int signal : StartGuard::kSignals)
-            sigdelset(&blocked, signal);
-        pthread_sigmask(SIG_SETMASK, &blocked, &fBefore);
-    }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &fBefore, nullptr); }
-
-private:
-    sigset_t fBefore{};
-};
-
 } // namespace
 
 StartAhead::StartAhead(Start start) : fStart(std::move(start)) {
     sem_init(&fDone, 0, 0);
     fsIsUnderWay = true;
-    const SignalsBlocked blocked;
-    fThread = std::thread([this] {
-        fsOfThisThread = this;
-        try {
-            fSession = fStart();
-        } catch (const std::exception&) { // whoever asks tries once more, and is told then
-        }
+    const SignalsElsewhere elsewhere;
+    try {
+        fThread = std::thread([this] { run(); });
+    } catch (const std::system_error&) { // no more threads: whoever asks starts it
         sem_post(&fDone);
-    });
+    }
+}
+
+void StartAhead::run() {
+    fsOfThisThread = this;
+    try {
+        fSession = fStart();
+    } catch (const std::exception&) { // whoever asks tries once more, and is told then
+    }
+    sem_post(&fDone);
 }
 
 std::unique_ptr<GLSession> StartAhead::take() {
@@ -62,7 +49,8 @@ std::unique_ptr<GLSession> StartAhead::take() {
         std::fputs(line, stderr);
         std::_Exit(kExitNoGL);
     }
-    fThread.join();
+    if (fThread.joinable())
+        fThread.join();
     fsIsUnderWay = false;
     return std::move(fSession);
 }

@@ -35,6 +35,8 @@ public:
     static bool isElsewhere();
 
 private:
+    void run();
+
     Start fStart;
     std::unique_ptr<GLSession> fSession;
     std::atomic<const char*> fLine = nullptr;
