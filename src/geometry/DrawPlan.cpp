@@ -117,15 +117,17 @@ DrawPlan::Draw DrawPlan::drawOf(const GLRouting& routing) {
 
 std::unique_ptr<DrawPlan> DrawPlan::make(const GLFunctionTable& gl, const GLRouting& routing) {
     const Draw draw = drawOf(routing);
-    if (!kSkipsWrappers || !draw)
+    if (!draw)
         return nullptr;
     const auto used = std::ranges::count_if(routing.fLayout, [](uint8_t slot) { return slot != 0; });
     const size_t room = std::max(static_cast<size_t>(used), routing.fGroup->streamCount());
     std::unique_ptr<DrawPlan> plan(new (room, std::nothrow) DrawPlan(routing, draw));
-    if (!plan || !plan->planArrays(routing) || plan->fUnits > gl.fMaxTextureUnits ||
-        !plan->watchOthers(room) || !plan->planRecord())
+    if (!plan)
         return nullptr;
-    plan->linkObjects(routing.fGroup);
+    plan->planArrays(routing);
+    if (plan->fUnits > gl.fMaxTextureUnits || !plan->watchOthers(room))
+        return nullptr;
+    plan->planRecord();
     return plan;
 }
 
@@ -141,21 +143,40 @@ DrawPlan::Head DrawPlan::headOf(const GeometryData& stream) {
     return {{stream.fDataType, stream.fComponentsPerElement}, stream.fHanger};
 }
 
-bool DrawPlan::planArrays(const GLRouting& routing) {
+bool DrawPlan::isPlannable(const GLRouting& routing) {
+    const GeometryLogicalGroup& group = *routing.fGroup;
+    const auto isOurs = [&group](IHWMemoryObject* hanger, GLObject::DataType type) {
+        const GLObject* object = GLObject::from(hanger);
+        return object && object->fBufferName != 0 && object->fDataType == type &&
+               (!object->fPlannedIn || object->fPlannedIn == &group);
+    };
+    const GeometryDataIndex& record = *group.indexRecord(0);
+    if (!kSkipsWrappers || !isOurs(record.fHanger, GLObject::kIndexData) || record.fIndexCount == 0 ||
+        record.fAllocatedCount != record.fIndexCount || !GLRouting::primitiveMode(record.fPrimitiveType))
+        return false;
+    for (uint32_t i = GLRouting::kPosition; i <= GLRouting::kTexCoord7; ++i) {
+        if (routing.fLayout[i] == 0)
+            continue;
+        const GLRouting::Slot& slot = routing.fSlots[i];
+        const GeometryData* stream = group.geometryDataPtr(slot.fDataType, slot.fIndex, false);
+        if (!stream || !isOurs(stream->fHanger, GLObject::kVertexData))
+            return false;
+    }
+    return true;
+}
+
+void DrawPlan::planArrays(const GLRouting& routing) {
     for (uint32_t i = GLRouting::kPosition; i <= GLRouting::kTexCoord7; ++i) {
         if (fLayout[i] == 0)
             continue;
         const GLRouting::Slot& slot = routing.fSlots[i];
         const GeometryData* stream = fGroup.geometryDataPtr(slot.fDataType, slot.fIndex, false);
-        const GLuint name = stream ? bufferNameOf(stream->fHanger, GLObject::kVertexData) : 0;
-        if (name == 0)
-            return false;
-        new (arrays() + fArrayCount++) Array{stream, headOf(*stream), name, GLRouting::fsInterpolantEnums[i]};
+        new (arrays() + fArrayCount++)
+            Array{stream, headOf(*stream), bufferNameOf(stream->fHanger), GLRouting::fsInterpolantEnums[i]};
         // With fewer, slots would be left out or not be undone.
         if (i >= GLRouting::kTexCoord0)
             fUnits = std::max(fUnits, static_cast<int32_t>(i - GLRouting::kTexCoord0) + 1);
     }
-    return true;
 }
 
 /// The streams before the last of the planned ones: were they of another kind, a slot might find them first.
@@ -179,26 +200,17 @@ bool DrawPlan::watchOthers(size_t room) {
     return true;
 }
 
-bool DrawPlan::planRecord() {
-    GeometryDataIndex& record = *fGroup.indexRecord(0);
-    const auto mode = GLRouting::primitiveMode(record.fPrimitiveType);
-    fIndexBufferName = bufferNameOf(record.fHanger, GLObject::kIndexData);
-    if (!mode || fIndexBufferName == 0 || record.fIndexCount == 0 ||
-        record.fAllocatedCount != record.fIndexCount)
-        return false;
-    fMode = *mode;
-    fRecordHead = {{record.fPrimitiveType, record.fIndexCount}, record.fHanger};
-    fRecord = &record;
-    return true;
+/// The last step: from here on the buffer objects know of the plan.
+void DrawPlan::planRecord() {
+    fRecord = fGroup.indexRecord(0);
+    fRecordHead = {{fRecord->fPrimitiveType, fRecord->fIndexCount}, fRecord->fHanger};
+    fIndexBufferName = bufferNameOf(fRecord->fHanger);
+    fMode = *GLRouting::primitiveMode(fRecord->fPrimitiveType);
+    linkObjects(&fGroup);
 }
 
-/// 0 for what is no buffer object of that kind, and for one that other groups draw too: whoever ends it could
-/// not tell all of them.
-GLuint DrawPlan::bufferNameOf(IHWMemoryObject* hanger, GLObject::DataType type) const {
-    const GLObject* object = GLObject::from(hanger);
-    const bool isOurs =
-        object && object->fDataType == type && (!object->fPlannedIn || object->fPlannedIn == &fGroup);
-    return isOurs ? object->fBufferName : 0;
+GLuint DrawPlan::bufferNameOf(IHWMemoryObject* hanger) {
+    return static_cast<const GLObject*>(hanger)->fBufferName;
 }
 
 void DrawPlan::linkObjects(GeometryLogicalGroup* group) {

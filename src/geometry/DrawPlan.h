@@ -27,8 +27,12 @@ class DrawPlan final : public IHWMemoryObject {
 public:
     ~DrawPlan() override;
 
-    /// A plan for the group of one record that `routing` has just drawn. Null where there can be none: for
-    /// data that are not in buffer objects, and for layouts that have no draw function.
+    /// Whether all of the group of one record that `routing` has just drawn lies in buffer objects that no
+    /// other group draws: who ends one could not tell all groups.
+    static bool isPlannable(const GLRouting& routing);
+
+    /// A plan for such a group; null for layouts that have no draw function. While it is made no plan of the
+    /// group may end: it shares its buffer objects with those.
     static std::unique_ptr<DrawPlan> make(const GLFunctionTable& gl, const GLRouting& routing);
 
     /// Draws the group, and leaves in `routing` what drawing leaves there. Lets the routing find another way
@@ -73,10 +77,10 @@ private:
     static void operator delete(void* memory, size_t, const std::nothrow_t&) { ::operator delete(memory); }
 
     DrawPlan(const GLRouting& routing, Draw draw);
-    bool planArrays(const GLRouting& routing);
+    void planArrays(const GLRouting& routing);
     bool watchOthers(size_t room);
-    bool planRecord();
-    GLuint bufferNameOf(IHWMemoryObject* hanger, GLObject::DataType type) const;
+    void planRecord();
+    static GLuint bufferNameOf(IHWMemoryObject* hanger);
     void linkObjects(GeometryLogicalGroup* group);
 
     Array* arrays() { return reinterpret_cast<Array*>(this + 1); }

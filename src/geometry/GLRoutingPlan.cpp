@@ -82,12 +82,16 @@ void GLRouting::drawAndPlan() {
     const GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
     if (!allIsOrdinary(gl))
         return;
+    if (fSlotsRead != fsSlotChanges)
+        readSlots();
+    // Groups that are never planned come as far as this on each drawing.
+    if (!DrawPlan::isPlannable(*this))
+        return;
     int count = 0;
-    for (const DrawPlan* plan = firstPlan(*fGroup); plan; plan = plan->fNext.get())
+    for (const DrawPlan* other = firstPlan(*fGroup); other; other = other->fNext.get())
         ++count;
     if (count == kMostPlans)
         fGroup->fDrawPlan.reset();
-    readSlots();
     if (auto plan = DrawPlan::make(gl, *this))
         putFirst(*fGroup, std::move(plan));
 }

@@ -41,6 +41,10 @@ GLenum modeOf(Topology topology) {
     return GL_TRIANGLES;
 }
 
+uint32_t sourceOf(bool isThere) {
+    return isThere ? GLRouting::kFromGeometry : GLRouting::kUnused;
+}
+
 } // namespace
 
 koColor::Color storedColor(const Material& material, const koColor::Color& color) {
@@ -96,10 +100,13 @@ std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh&
     };
     addStream(GeometryData::kPosition, 3, mesh.positions);
     addStream(GeometryData::kNormal, 3, mesh.normals);
+    drawable->hasNormals = !mesh.normals.empty();
 
     if (fTextures)
         addColors(mesh, *drawable);
-    addStream(GeometryData::kColor, 4, fTextures ? drawable->colors : mesh.colors);
+    const std::vector<float>& colors = fTextures ? drawable->colors : mesh.colors;
+    addStream(GeometryData::kColor, 4, colors);
+    drawable->hasColors = !colors.empty();
     addUvStreams(mesh, *drawable);
     drawable->hasTangents = !fTextures && fScene.showsTangents(mesh);
     if (drawable->hasTangents)
@@ -197,10 +204,12 @@ bool DrawableScene::hasClear() const {
 }
 
 void DrawableScene::route(const Drawable& drawable) {
-    fRouting.fSlots[GLRouting::kColor].fMode = GLRouting::kFromGeometry;
+    // What a mesh hasn't isn't routed: a drawing of what is missing can't be planned.
+    fRouting.fSlots[GLRouting::kNormal].fMode = sourceOf(drawable.hasNormals);
+    fRouting.fSlots[GLRouting::kColor].fMode = sourceOf(drawable.hasColors);
     for (size_t i = 0; i < kMostUvSets; ++i) {
         GLRouting::Slot& slot = fRouting.fSlots[texCoord(i)];
-        slot.fMode = drawable.uvStreams[i] < 0 ? GLRouting::kUnused : GLRouting::kFromGeometry;
+        slot.fMode = sourceOf(drawable.uvStreams[i] >= 0);
         slot.fDataType = GeometryData::kTexCoord;
         slot.fIndex = drawable.uvStreams[i];
     }
@@ -218,6 +227,7 @@ void DrawableScene::drawMesh(size_t instance) {
 }
 
 void DrawableScene::drawShape(size_t instance) {
+    fRouting.fSlots[GLRouting::kNormal].fMode = sourceOf(drawableOf(instance).hasNormals);
     fRouting.fSlots[GLRouting::kColor].fMode = GLRouting::kUnused;
     for (size_t unit = 0; unit < kMostUvSets; ++unit)
         fRouting.fSlots[texCoord(unit)].fMode = GLRouting::kUnused;

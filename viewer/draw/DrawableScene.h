@@ -83,6 +83,8 @@ private:
     struct Drawable {
         GeometryLogicalGroup group;
         std::array<int, kMostUvSets> uvStreams; ///< by texture unit; -1: none
+        bool hasNormals = false;
+        bool hasColors = false;
         bool hasTangents = false;
         std::vector<float> colors;         ///< vertex colours times base colour, for GL's own functions
         std::unique_ptr<GLObject> indices; ///< of points and lines, made when first needed
