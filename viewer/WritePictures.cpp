@@ -82,19 +82,24 @@ public:
             fProgress.clear();
             printStats(frame, counts, fScene, content().culling);
         };
-        const auto picture = create(fOptions.output);
+        PictureRenderer single = renderer(1);
+        if (fOptions.only)
+            single.drawOnly(*fOptions.only);
+        const std::string path = fOptions.only ? partPath(fOptions.output, *fOptions.only) : fOptions.output;
+        const auto picture = create(path, single.rows());
         picture->open();
-        draw(*picture, fOptions.stats ? costs : FrameCosts{});
+        draw(single, *picture, fOptions.stats ? costs : FrameCosts{});
         fProgress.begin(Progress::Stage::Write);
         picture->finish();
-        told(fOptions.output == "-" ? "the picture to standard output" : fOptions.output);
+        told(path == "-" ? "the picture to standard output" : path);
     }
 
     /// The bytes of the picture, four a pixel, from the top down.
     std::vector<std::uint8_t> picture() {
         fProgress.begin(Progress::Stage::Draw);
         const auto kept = keepPicture(fOptions.width, developmentOf(lookOf(fOptions, fScene)), fWorkers);
-        draw(*kept);
+        PictureRenderer single = renderer(1);
+        draw(single, *kept);
         return kept->takeBytes();
     }
 
@@ -150,14 +155,13 @@ private:
         return {lookOf(fOptions, fScene), fOptions.sampling, static_cast<size_t>(pictures), fWorkers};
     }
 
-    void draw(PictureFile& picture, const FrameCosts& costs = {}) {
-        PictureRenderer single = renderer(1);
+    void draw(PictureRenderer& single, PictureFile& picture, const FrameCosts& costs = {}) {
         single.render(fView, content(), picture, fProgress.report(), costs);
         single.finish();
     }
 
-    std::unique_ptr<PictureFile> create(const std::string& path) {
-        return createPicture(path, *formatOf(path), fOptions.width, fOptions.height,
+    std::unique_ptr<PictureFile> create(const std::string& path, int rows) {
+        return createPicture(path, *formatOf(path), fOptions.width, rows,
                              developmentOf(lookOf(fOptions, fScene)), fWorkers);
     }
 
@@ -169,21 +173,22 @@ private:
         PictureRenderer series = renderer(count);
         const size_t most = series.isOneTile() ? kMostAtOnce : 1;
         std::deque<Drawn> drawn;
+        const Share::Range range = rangeOf(count);
         int written = 0;
         const auto writeFirst = [&] {
             if (drawn.size() == 1) // it may not be filled yet
                 series.finish();
             drawn.front().picture->finish();
-            fProgress.update(static_cast<double>(++written) / count);
+            fProgress.update(static_cast<double>(++written) / (range.end - range.first));
             told(drawn.front().path);
             drawn.pop_front();
             if (!drawn.empty())
                 drawn.front().picture->open();
         };
-        for (int i = 0; i < count; ++i) {
+        for (int i = range.first; i < range.end; ++i) {
             const View view = prepare(i);
             const std::string path = numbered(fOptions.output, i + 1, count);
-            drawn.push_back({path, create(path)});
+            drawn.push_back({path, create(path, fOptions.height)});
             if (drawn.size() == 1)
                 drawn.front().picture->open();
             series.render(view, content(), *drawn.back().picture);
@@ -192,6 +197,15 @@ private:
         }
         while (!drawn.empty())
             writeFirst();
+    }
+
+    /// Which of them this run writes.
+    Share::Range rangeOf(int pictures) const {
+        const Share share = fOptions.only.value_or(Share{1, 1});
+        if (share.of > pictures)
+            throw Failure(kExitUsage, "--only " + share.text() + ": there are " + std::to_string(pictures) +
+                                          " pictures; share them out among as many at most");
+        return share.among(pictures);
     }
 
     void told(const std::string& what) {

@@ -14,6 +14,7 @@
 #include "info/GLInfo.h"
 #include "options/CommandLine.h"
 #include "output/OutputFile.h"
+#include "output/Share.h"
 #include "session/GLSession.h"
 #include "texture/PictureSource.h"
 #include "texture/SkyPicture.h"
@@ -174,6 +175,10 @@ int run(int argc, const char* const* argv) {
     Options& options = line.options;
     if (options.listFormats) {
         print(listModelFormats());
+        return kExitDone;
+    }
+    if (options.join > 0) {
+        joinParts(options.output, options.join);
         return kExitDone;
     }
     if (!options.format.empty() && !readsSuffix(options.format))

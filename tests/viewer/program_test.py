@@ -2,6 +2,7 @@
 """orloview as a user meets it: exit code, message, picture. Usage: program_test.py ORLOVIEW [unittest arguments]"""
 
 import base64
+import filecmp
 import json
 import math
 import os
@@ -231,6 +232,42 @@ class Program(ViewerProgram):
         self.assertEqual([right > 0 for _, right in halves], [True, False, False, False], "edge-on from the sides")
         self.assertEqual(sorted(os.listdir(self.folder)), ["m.gltf", "out.png", *(f"t_00{n}.png" for n in range(1, 5))])
 
+    def test_parts(self):
+        model = self.write("room.gltf", gltf(unlit(1, 0.5, 0), ((-1, -1, 0), (1, -1, 0), (1, 1, 2))))
+        switches = (model, "--size", "96x70", "--tile", "16", "--samples", "1")
+        for name, more in (("p.png", ()), ("p.png", ("--background", "transparent")), ("p.tga", ()), ("p.ppm", ()), ("p.pfm", ())):
+            for part in ("1/3", "3/3", "2/3"):
+                self.assertEqual(self.run_viewer(*switches, *more, "-o", self.path(name), "--only", part).returncode, 0)
+            self.assertEqual(self.run_viewer("--join", "3", "-o", self.path(name), environment={"DISPLAY": None}).returncode, 0)
+            self.run_viewer(*switches, *more, "-o", self.path("whole" + name))
+            self.assertTrue(filecmp.cmp(self.path(name), self.path("whole" + name), shallow=False), (name, more))
+        out, part = self.path("p.png"), self.path("p_2_of_3.png")
+        good = pathlib.Path(part).read_bytes()
+        for bad in (b"", good[:20], good[:-30], good + b"x", good[:60] + b"?" + good[61:], good[:-20] + b"?" + good[-19:], pathlib.Path(self.path("p_1_of_3.pfm")).read_bytes()):
+            self.write("p_2_of_3.png", bad)
+            before = pathlib.Path(out).read_bytes()
+            self.fails(2, ["--join", "3", "-o", out], "p_2_of_3.png", "--only 2/3")
+            self.assertEqual(pathlib.Path(out).read_bytes(), before)
+        os.remove(part)
+        self.fails(2, ["--join", "3", "-o", out], "p_2_of_3.png", "--only 2/3")
+        self.fails(1, [*switches, "-o", out, "--only", "2/6"], "--only 2/6", "5", "--tile")
+        self.fails(1, [*switches, "-o", out, "--turntable", "2", "--only", "1/3"], "--only 1/3", "2 pictures")
+
+    def test_parts_by_gnu_parallel(self):
+        """As the document says."""
+        document = pathlib.Path(__file__).parents[2] / "docs/many-machines.md"
+        lines = document.read_text().split("```sh\n")[1].split("```")[0]
+        self.write("room.gltf", gltf(unlit(1, 0.5, 0), ((-1, -1, 0), (1, -1, 0), (1, 1, 2))))
+        for told, tried in (("room.glb", "room.gltf"), ("8", "3"), ("240", "4 --size 40x30"), ("20000x20000 --tile 1024", "60x70 --tile 16")):
+            lines = lines.replace(told, tried)
+        os.symlink(ORLOVIEW, self.path("orloview"))
+        there = {"cwd": self.folder, "env": {**os.environ, "PATH": self.folder + ":" + os.environ["PATH"]}, "check": True}
+        subprocess.run(["sh", "-e", "-c", lines], **there)
+        single = "orloview room.gltf -o single.png --turntable 4 --size 40x30; orloview room.gltf -o single.png --size 60x70 --tile 16"
+        subprocess.run(["sh", "-c", single], **there)
+        for name, whole in (("poster.png", "single.png"), *((f"turn_00{n}.png", f"single_00{n}.png") for n in range(1, 5))):
+            self.assertTrue(filecmp.cmp(self.path(name), self.path(whole), shallow=False), name)
+
     def test_depth_is_the_distance_along_the_view(self):
         triangle = ((-1, -1, 0), (1, -1, 0), (1, 1, 2))
         ortho = {"type": "orthographic", "orthographic": {"xmag": 1, "ymag": 1, "znear": 0.1, "zfar": 20}}
@@ -410,6 +447,12 @@ class Program(ViewerProgram):
             (["m.glb", "--camera", "0", "--fov", "30", *out], ["--camera"]),
             (["m.glb", "--turntable", "4"], ["--turntable", "-o"]),
             (["m.glb", "--turntable", "0", *out], ["--turntable 0"]),
+            (["m.glb", "--only", "3/2", *out], ["--only 3/2"]),
+            (["m.glb", "--only", "1/2", "-o", self.path("out.jpg")], ["--only", ".png"]),
+            (["m.glb", "--only", "1/2", "-o", "-"], ["--only", "-o"]),
+            (["m.glb", "--only", "1/2", "--depth", self.path("d.png"), *out], ["--only", "--depth"]),
+            (["--join", "2"], ["--join", "-o"]),
+            (["m.glb", "--join", "2", *out], ["--join", "m.glb"]),
             (["m.glb", "--depth", "d.jpg"], ["--depth d.jpg", ".pfm"]),
             (["m.glb", "--offscreen", "window", *out], ["--offscreen window", "pbuffer"]),
             (["m.glb", "--samples", "9", *out], ["--samples 9", "1 to 8"]),

@@ -147,12 +147,21 @@ int supersampling(const FrameLook& look) {
 
 PictureRenderer::PictureRenderer(const FrameLook& look, const Sampling& sampling, size_t pictures,
                                  const Workers& workers)
-    : fLook(look), fFactor(sampling.samples), fSide(tileSide(look, sampling)),
+    : fLook(look), fFactor(sampling.samples), fSide(tileSide(look, sampling)), fBands{0, bandCount()},
       fCanvas(kindFor(sampling), std::min(fSide, look.width) * fFactor,
               std::min(fSide, look.height) * fFactor),
       fReadBack(fCanvas, workers.most() + 1,
                 (isOneTile() && pictures == 1) || drawsInSoftware() ? ReadBack::Order::AtOnce
                                                                     : ReadBack::Order::Later) {}
+
+void PictureRenderer::drawOnly(const Share& share) {
+    fBands = share.among(bandCount());
+    if (share.of > bandCount())
+        throw Failure(kExitUsage,
+                      "--only " + share.text() + ": the picture is drawn in bands, of which it has " +
+                          std::to_string(bandCount()) +
+                          "; share it out among as many at most, or give all parts a smaller --tile");
+}
 
 void PictureRenderer::render(const View& view, const FrameContent& content, PictureFile& picture,
                              const ProgressReport& report, const FrameCosts& costs) {
@@ -168,9 +177,9 @@ void PictureRenderer::render(const View& view, const FrameContent& content, Pict
         costs(1, CallCounter::take());
     }
     // Bands from the top down, as pictures are written.
-    for (int top = fLook.height; top > 0;) {
-        const int bottom = (top - 1) / fSide * fSide;
-        const int rows = top - bottom;
+    for (int band = fBands.first; band < fBands.end; ++band) {
+        const int bottom = bottomOf(band);
+        const int rows = bottomOf(band - 1) - bottom;
         for (int x = 0; x < fLook.width; x += fSide) {
             draw(x, bottom);
             const int width = std::min(fSide, fLook.width - x);
@@ -184,8 +193,7 @@ void PictureRenderer::render(const View& view, const FrameContent& content, Pict
                 part.end = [&picture] { picture.endBand(); };
             fReadBack.read(std::move(part));
         }
-        top = bottom;
-        tell(report, fLook.height - top, fLook.height);
+        tell(report, band + 1 - fBands.first, fBands.end - fBands.first);
     }
     if (costs)
         costs(isOneTile() ? 2 : 1, CallCounter::take());

@@ -8,7 +8,9 @@
 #include "frame/Frame.h"
 #include "output/PictureFile.h"
 #include "output/Sampling.h"
+#include "output/Share.h"
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -30,6 +32,12 @@ public:
     /// So many pictures have this look.
     PictureRenderer(const FrameLook& look, const Sampling& sampling, size_t pictures, const Workers& workers);
 
+    /// Draws only this part of the bands, from now on. Throws Failure where there are fewer bands than parts.
+    void drawOnly(const Share& share);
+
+    /// Of a picture that is filled.
+    int rows() const { return bottomOf(fBands.first - 1) - bottomOf(fBands.end - 1); }
+
     /// Fills the picture, the last part of it not before the next one or `finish`, and leaves it. With
     /// `costs` a picture of one tile is drawn twice, to show what only the first frame costs; the counter has
     /// to be installed.
@@ -43,9 +51,15 @@ public:
     bool isOneTile() const { return fLook.width <= fSide && fLook.height <= fSide; }
 
 private:
+    int bandCount() const { return (fLook.height + fSide - 1) / fSide; }
+
+    /// The first row of a band, of those that are counted from the top; of -1 the row above all.
+    int bottomOf(int band) const { return std::min((bandCount() - 1 - band) * fSide, fLook.height); }
+
     FrameLook fLook;
     int fFactor;
     int fSide; ///< of the tiles, in pixels of the picture
+    Share::Range fBands;
     Canvas fCanvas;
     ReadBack fReadBack;
 };

@@ -271,6 +271,12 @@ void Switches::addFiles() {
           fOptions.sampling.tile);
     count("--turntable", 1, 100000, "Write N pictures of one way round the model: FILE_001 and so on",
           fOptions.turntable);
+    word("--only", "I/N",
+         "Write the I-th of N equal parts alone: of the pictures of a series, or of a picture's bands, as "
+         "FILE_I_of_N",
+         [this](const std::string& text) { fOptions.only = parseShare(text); });
+    count("--join", 1, 100000, "Put the N parts of a picture together that --only wrote for -o FILE",
+          fOptions.join);
     word("--depth", "FILE",
          "Write the distance along the view of each pixel: floats (.pfm) or 16 bits of grey (.png)",
          fOptions.depth);

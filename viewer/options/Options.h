@@ -5,6 +5,7 @@
 #include "draw/Shading.h"
 #include "output/Progress.h"
 #include "output/Sampling.h"
+#include "output/Share.h"
 #include "output/ToneMap.h"
 #include "scene/View.h"
 #include "session/GLRoad.h"
@@ -77,10 +78,19 @@ struct Options {
     /// How many pictures of the fountain are written, or 0.
     int frames = 0;
 
+    /// Whether -o is written as numbered pictures.
+    bool isSeries() const { return turntable > 0 || frames > 0; }
+
     /// What is shown, for titles and for names of files.
     std::string subject() const {
         return models.empty() ? "fountain" : models.front() == "-" ? "stdin" : models.front();
     }
+
+    /// Which of the pictures of a series, or of the bands of a picture, this run draws; none: all.
+    std::optional<Share> only;
+
+    /// How many parts of a picture are put together, or 0: nothing is read or drawn then.
+    int join = 0;
 
     /// The file of a picture of distances, and the folder of a cube map; empty: none.
     std::string depth;

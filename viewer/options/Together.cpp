@@ -47,6 +47,25 @@ void checkOwnShader(const Options& options) {
                       "one of them out");
 }
 
+/// Parts are put together row by row.
+void checkParts(const Options& options) {
+    const char* const given = options.join > 0 ? "--join" : "--only";
+    const auto format = options.output == "-" ? std::nullopt : formatOf(options.output);
+    if (!format)
+        throw Failure(kExitUsage,
+                      std::string(given) + ": give -o and the name of the whole, such as -o poster.png");
+    if ((*format == PictureFormat::Jpeg || *format == PictureFormat::Bmp) && !options.isSeries())
+        throw Failure(kExitUsage,
+                      std::string(given) + ": parts of " + options.output +
+                          " can't be put together; give a name ending in .png, .tga, .ppm or .pfm");
+    if (options.join > 0 && (!options.models.empty() || options.demo || options.only))
+        throw Failure(kExitUsage, "--join: it reads the parts of -o " + options.output + "; leave " +
+                                      (options.only ? "--only" : options.subject()) + " out");
+    if (options.only && (!options.depth.empty() || !options.cubeMap.empty() || options.compare))
+        throw Failure(kExitUsage,
+                      "--only: it shares out what -o writes; leave --depth, --cube-map and --compare out");
+}
+
 void checkOutputs(const Options& options) {
     if (!options.output.empty() && !formatOf(options.output))
         throw Failure(kExitUsage, "-o " + options.output +
@@ -71,6 +90,8 @@ void checkTogether(const Options& options) {
         throw Failure(kExitUsage, "-q and -v: give one of them, not both");
     if (options.glInfo || options.listFormats)
         return;
+    if (options.join > 0)
+        return checkParts(options);
     if (options.models.empty() && !options.demo)
         throw Failure(kExitUsage, "no model given; try orloview MODEL (--help tells more)");
     const auto piped = std::count(options.models.begin(), options.models.end(), "-");
@@ -84,6 +105,8 @@ void checkTogether(const Options& options) {
     if (options.info)
         return;
     checkOutputs(options);
+    if (options.only)
+        checkParts(options);
     if (options.hasDirection && (options.eye || options.camera))
         throw Failure(kExitUsage, std::string(options.eye ? "--eye" : "--camera") +
                                       " says where the eye is; leave --view, --azimuth and --elevation out");

@@ -38,6 +38,17 @@ int parseCount(const std::string& name, const std::string& text, int least, int 
     return *number;
 }
 
+Share parseShare(const std::string& text) {
+    constexpr int kMostParts = 100000;
+    const size_t slash = std::min(text.find('/'), text.size());
+    const std::optional<int> part = parseNumber<int>(std::string_view(text).substr(0, slash));
+    const std::optional<int> of =
+        parseNumber<int>(std::string_view(text).substr(std::min(slash + 1, text.size())));
+    if (!part || !of || *part < 1 || *part > *of || *of > kMostParts)
+        wrong("--only", text, "give a part and how many there are, such as --only 2/4");
+    return {*part, *of};
+}
+
 PixelSize parseSize(const std::string& text) {
     const size_t x = text.find('x');
     std::optional<int> width;

@@ -2,6 +2,7 @@
 
 #include "base/ExitCode.h"
 #include "draw/Shading.h"
+#include "output/Share.h"
 #include "shading/Sky.h"
 
 #include <array>
@@ -56,6 +57,9 @@ std::optional<Number> parseNumber(std::string_view text) {
 }
 
 int parseCount(const std::string& name, const std::string& text, int least, int most);
+
+/// "2/4".
+Share parseShare(const std::string& text);
 
 struct PixelSize {
     int width;

@@ -1,5 +1,6 @@
 #include "output/PictureEncoder.h"
 
+#include "output/PngChunks.h"
 #include "output/RowFilter.h"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 #include <map>
 #include <mutex>
 #include <new>
-#include <string_view>
 #include <utility>
 #include <zlib.h>
 
@@ -21,27 +21,6 @@ constexpr int kDeflateLevel = 6;
 
 void append(Bytes& bytes, std::initializer_list<std::uint8_t> more) {
     bytes.insert(bytes.end(), more);
-}
-
-void appendNumber(Bytes& bytes, std::uint32_t number) {
-    for (const int shift : {24, 16, 8, 0})
-        bytes.push_back(static_cast<std::uint8_t>(number >> shift));
-}
-
-/// Leaves room for a chunk's length before its name. What is appended until endChunk is in the chunk.
-size_t beginChunk(Bytes& bytes, std::string_view name) {
-    const size_t start = bytes.size();
-    appendNumber(bytes, 0);
-    bytes.insert(bytes.end(), name.begin(), name.end());
-    return start;
-}
-
-void endChunk(Bytes& bytes, size_t start) {
-    const size_t named = bytes.size() - start - 4;
-    Bytes length;
-    appendNumber(length, static_cast<std::uint32_t>(named - 4));
-    std::copy(length.begin(), length.end(), bytes.begin() + static_cast<ptrdiff_t>(start));
-    appendNumber(bytes, libdeflate_crc32(0, bytes.data() + start + 4, named));
 }
 
 /// A stream of blocks without a header, which ends with its last block.
@@ -141,13 +120,7 @@ public:
         uLong sum = 1;
         for (const auto& [row, checked] : fChecked)
             sum = adler32_combine(sum, checked.sum, static_cast<z_off_t>(checked.bytes));
-        Bytes bytes;
-        const size_t data = beginChunk(bytes, "IDAT");
-        append(bytes, {3, 0}); // the last block, empty
-        appendNumber(bytes, static_cast<std::uint32_t>(sum));
-        endChunk(bytes, data);
-        endChunk(bytes, beginChunk(bytes, "IEND"));
-        return bytes;
+        return pngEnd(static_cast<std::uint32_t>(sum));
     }
 
 private:
