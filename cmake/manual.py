@@ -85,6 +85,11 @@ def manual_page(program, version, parts):
         for line in parts["Exit codes"]:
             code, _, meaning = line.strip().partition(" ")
             lines += [".TP", f"\\fB{code}\\fR", roff(meaning.strip())]
+    if "Files" in parts:
+        lines.append(".SH FILES")
+        for line in parts["Files"]:
+            path, _, meaning = line.strip().partition(" ")
+            lines += [".TP", f"\\fI{roff(path)}\\fR", roff(meaning.strip())]
     if "Examples" in parts:
         lines += [".SH EXAMPLES", ".nf", *(roff(line.strip()) for line in parts["Examples"]), ".fi"]
     return "\n".join(lines) + "\n"

@@ -232,6 +232,20 @@ class Program(ViewerProgram):
         self.assertEqual([right > 0 for _, right in halves], [True, False, False, False], "edge-on from the sides")
         self.assertEqual(sorted(os.listdir(self.folder)), ["m.gltf", "out.png", *(f"t_00{n}.png" for n in range(1, 5))])
 
+    def test_switches_of_the_users_file(self):
+        model = self.write("m.gltf", gltf(unlit(1, 1, 1)))
+        os.mkdir(self.path("orloview"))
+        mine = {"XDG_CONFIG_HOME": self.folder}
+        self.write("orloview/config", "# mine\n--size 24x16\n\n--background '#ff0000'\n--wireframe\n")
+        width, height, _, rows = self.picture(model, environment=mine)
+        self.assertEqual((width, height, bytes(rows[0][:3])), (24, 16, b"\xff\0\0"))
+        over = self.picture(model, "--size=20x20", "--wireframe=false", environment=mine)
+        self.assertEqual(over, self.picture(model, "--size", "20x20", "--background", "red"))
+        os.remove(self.path("out.png"))
+        for line, *words in (("--sise 2x2", "--size"), ("--up 0,1", "three numbers"), ("m.gltf", "m.gltf")):
+            self.write("orloview/config", "--grid\n" + line)
+            self.fails(1, [model, "-o", self.path("out.png")], "orloview/config:2: ", *words, environment=mine)
+
     def test_parts(self):
         model = self.write("room.gltf", gltf(unlit(1, 0.5, 0), ((-1, -1, 0), (1, -1, 0), (1, 1, 2))))
         switches = (model, "--size", "96x70", "--tile", "16", "--samples", "1")

@@ -7,6 +7,8 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <numeric>
 #include <unistd.h>
@@ -27,6 +29,9 @@ Examples:
   unzip -p models.zip chair.glb | orloview - -o chair.png
   orloview cloud.csv --particles sprites --sprite-images smoke.png,spark.png
   orloview --demo particles -o drops.png --frames 60
+
+Files:
+  ~/.config/orloview/config  switches, each on a line; one on the command line goes before (--grid=false: none)
 
 Exit codes:
   0   the picture is written, the window closed, or what was asked for is printed
@@ -120,7 +125,7 @@ std::string asGiven(const std::string& name, const CLI::Option& option) {
     if (option.count() == 0)
         return "";
     if (option.get_items_expected_max() == 0)
-        return " " + name;
+        return option.as<bool>() ? " " + name : "";
     if (option.get_delimiter() != '\0')
         return " " + name + " " + shellWord(CLI::detail::join(option.results(), ","));
     std::string text;
@@ -146,9 +151,10 @@ public:
     }
 
     /// What to print instead of going on, or nothing.
-    std::string parse(int argc, const char* const* argv) {
+    std::string parse(std::vector<std::string> words) {
+        std::reverse(words.begin(), words.end()); // as the parser takes them
         try {
-            fApp.parse(argc, argv);
+            fApp.parse(std::move(words));
         } catch (const CLI::CallForHelp&) {
             return fApp.help();
         } catch (const CLI::CallForVersion&) {
@@ -167,6 +173,12 @@ public:
                                  "--cull", "--particles", "--sprite-images", "--point-size", "--lit"})
             fOptions.shadingSwitches += asGiven(name, *fApp.get_option(name));
         return {};
+    }
+
+    /// Whether the last line that was parsed has the switch that `word` begins with.
+    bool has(const std::string& word) const {
+        const CLI::Option* option = fApp.get_option_no_throw(word.substr(0, word.find('=')));
+        return option && option->count() > 0;
     }
 
     /// Of --cg-option and --cg-set, without which --cg has none.
@@ -428,6 +440,55 @@ void Switches::addTelling() {
     fApp.add_flag("-v,--verbose", fOptions.verbose, "Say what is being done");
 }
 
+/// A line of the file of switches, as a shell would part it.
+std::vector<std::string> wordsOfLine(const std::string& line) {
+    std::vector<std::string> words = CLI::detail::split_up(line);
+    for (std::string& word : words)
+        CLI::detail::remove_quotes(word);
+    return words;
+}
+
+/// The switches of the user's file, but those that the command line has: these take their place. Each line is
+/// tried alone, so that what is wrong is told with its number.
+std::vector<std::string> switchesOfFile(const std::string& path, const std::vector<std::string>& given) {
+    std::ifstream file(path);
+    std::vector<std::string> all;
+    if (!file)
+        return all;
+    Options ignored;
+    Switches onLine(ignored);
+    onLine.parse(given);
+    int number = 0;
+    for (std::string line; std::getline(file, line);) {
+        ++number;
+        const std::vector<std::string> words = wordsOfLine(line);
+        if (words.empty() || words.front().starts_with('#'))
+            continue;
+        const std::string place = path + ":" + std::to_string(number) + ": ";
+        Options alone;
+        try {
+            Switches(alone).parse(words);
+        } catch (const Failure& failure) {
+            throw Failure(failure.code(), place + failure.what());
+        }
+        if (!alone.models.empty())
+            throw Failure(kExitUsage, place + alone.models.front() + ": a line is a switch, such as --grid");
+        if (!onLine.has(words.front()))
+            all.insert(all.end(), words.begin(), words.end());
+    }
+    return all;
+}
+
+/// Where desktops keep what a user likes; empty: nowhere.
+std::string fileOfSwitches() {
+    const auto place = [](const char* variable, const char* below) -> std::string {
+        const char* folder = std::getenv(variable);
+        return folder && *folder ? std::string(folder) + below : std::string();
+    };
+    const std::string file = place("XDG_CONFIG_HOME", "/orloview/config");
+    return file.empty() ? place("HOME", "/.config/orloview/config") : file;
+}
+
 /// What one switch makes of another.
 void settle(Options& options, const CgRequest& cg) {
     if (options.quiet)
@@ -449,8 +510,11 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     Options& options = line.options;
     options.sky = Sky::named("studio");
     options.progress = isatty(STDERR_FILENO) != 0 ? Progress::Mode::Bar : Progress::Mode::Silent;
+    const std::vector<std::string> given(argv + std::min(argc, 1), argv + argc);
+    std::vector<std::string> words = switchesOfFile(fileOfSwitches(), given);
+    words.insert(words.end(), given.begin(), given.end());
     Switches switches(options);
-    line.printAndStop = switches.parse(argc, argv);
+    line.printAndStop = switches.parse(std::move(words));
     if (line.printAndStop.empty()) {
         settle(options, switches.cg());
         checkTogether(options);
