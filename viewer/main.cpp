@@ -6,12 +6,12 @@
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
 #include "base/Say.h"
-#include "base/Text.h"
 #include "draw/Fountain.h"
 #include "import/Format.h"
 #include "import/Importer.h"
 #include "info/Describe.h"
 #include "info/GLInfo.h"
+#include "load/LoadModels.h"
 #include "options/CommandLine.h"
 #include "output/OutputFile.h"
 #include "output/Share.h"
@@ -28,6 +28,8 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include <orlohost/HWEnvironment.h>
 
@@ -58,66 +60,33 @@ void setPlace() {
     HWEnvironment::orlo_path = (program.parent_path().parent_path() / "share" / "orlogl").c_str();
 }
 
-struct Loaded {
-    Scene scene;
-    bool complete = true;
-};
-
-ImportResult importFrom(const std::string& path, const Options& options, const ProgressReport& report,
-                        const std::function<void()>& meanwhile) {
-    if (path != "-")
-        return importModel(path, options.limits, report, meanwhile);
-    try {
-        return importModel("stdin" + options.format, options.limits, report, meanwhile, readStandardInput());
-    } catch (const ImportError& error) {
-        return {{}, error.what()};
-    }
+Loaded load(const Options& options, Progress& progress) {
+    if (options.demo)
+        return {Fountain().scene()};
+    progress.begin(Progress::Stage::Read);
+    const auto sayBesideProgress = [&progress](const std::string& line) {
+        progress.clear();
+        say(line);
+    };
+    const auto startOpenGL = [&options] {
+        if (!options.info) // no process is made after this one
+            GLSession::startAhead(options.glRoad);
+    };
+    Loaded loaded = loadModels(options, {progress.report(), sayBesideProgress, startOpenGL});
+    progress.clear();
+    return loaded;
 }
 
-/// Every model that can be read, in one scene; each that can't gets its line.
-Loaded loadModels(const Options& options, Progress& progress) {
-    Loaded loaded;
-    bool any = false;
-    if (const std::string open = whatIsNotConfined(); options.verbose && !open.empty())
-        say("this kernel can't confine who reads the models in " + open);
-    progress.begin(Progress::Stage::Read);
-    for (size_t i = 0; i < options.models.size(); ++i) {
-        const std::string& path = options.models[i];
-        progress.clear();
-        if (options.verbose)
-            say("reading " + path);
-        const auto report = [&](double done) {
-            progress.update((static_cast<double>(i) + done) / static_cast<double>(options.models.size()));
-        };
-        const bool isLast = i + 1 == options.models.size();
-        ImportResult result = importFrom(path, options, report, [&] {
-            if (isLast && !options.info) // no process is made after this one
-                GLSession::startAhead(options.writes() || options.compare ? options.glRoad : GLRoad::X11);
-        });
-        progress.clear();
-        if (!result && options.models.size() == 1)
-            throw Failure(kExitNoInput, path + ": " + result.error);
-        if (!result) {
-            say(path + ": " + result.error);
-            loaded.complete = false;
-            continue;
-        }
-        for (const std::string& warning : result.scene.warnings) {
-            loaded.complete = false;
-            if (!options.quiet)
-                say(std::string(path).append(": warning: ").append(warning));
-        }
-        for (Image& image : result.scene.images)
-            image.model = path;
-        if (any)
-            loaded.scene.append(std::move(result.scene));
-        else
-            loaded.scene = std::move(result.scene);
-        any = true;
+void readPiped(Options& options) {
+    if (std::find(options.models.begin(), options.models.end(), "-") == options.models.end())
+        return;
+    PipedModel piped;
+    try {
+        piped.bytes = readStandardInput();
+    } catch (const ImportError& error) {
+        piped.fault = error.what();
     }
-    if (!any)
-        throw Failure(kExitNoInput, "no model could be read; nothing is written");
-    return loaded;
+    options.piped = std::make_shared<PipedModel>(std::move(piped));
 }
 
 void loadSky(Options& options) {
@@ -128,36 +97,6 @@ void loadSky(Options& options) {
     if (!picture->isWhole() && !options.quiet)
         say("--sky " + options.skyFile + ": warning: it is " + std::to_string(picture->fileWidth) + " x " +
             std::to_string(picture->fileHeight) + " pixels, not twice as wide as high; it is stretched");
-}
-
-/// What materials send out of themselves; the lights and the sky are exposed where they are made.
-void expose(Scene& scene, float factor) {
-    for (Material& material : scene.materials) {
-        for (int channel = 0; channel < 3; ++channel)
-            material.emissive[channel] *= factor;
-    }
-}
-
-void showVariant(const std::string& name, Scene& scene) {
-    if (scene.show(name))
-        return;
-    if (scene.variants.empty())
-        throw Failure(kExitUsage, "--variant " + name + ": the model has no variants; leave --variant out");
-    std::string known;
-    for (const Variant& variant : scene.variants)
-        known += (known.empty() ? "" : ", ") + printable(variant.name);
-    throw Failure(kExitUsage, "--variant " + name + ": the model has no such variant; it has " + known);
-}
-
-/// Whatever the outputs are called.
-void spareInputs(const Options& options, const Scene& scene) {
-    for (const std::vector<std::string>& files : {options.models, options.spriteImages, scene.files})
-        std::for_each(files.begin(), files.end(), OutputFile::spare);
-    for (const Image& image : scene.images)
-        OutputFile::spare(image.path);
-    OutputFile::spare(options.skyFile);
-    for (const char* suffix : {".vert", ".frag"})
-        OutputFile::spare(options.shader + suffix);
 }
 
 int showGLInfo(const Options& options) {
@@ -188,31 +127,33 @@ int run(int argc, const char* const* argv) {
     setPlace();
     if (options.glInfo)
         return showGLInfo(options);
+    const bool isInWindow = !options.info && !options.compare && !options.writes();
     if (!options.info) {
         PictureSource::startDecoders(options.limits);
         loadSky(options);
     }
+    if (const std::string open = whatIsNotConfined(); options.verbose && !open.empty())
+        say("this kernel can't confine who reads the models in " + open);
+    readPiped(options);
+    if (isInWindow)
+        startReaders(options.piped ? options.piped->bytes : std::vector<std::uint8_t>());
     Progress progress(options.progress, stderr);
-    Loaded loaded = options.demo ? Loaded{Fountain().scene()} : loadModels(options, progress);
-    if (options.variant)
-        showVariant(*options.variant, loaded.scene);
+    if (isInWindow) {
+        showInWindow(options, progress);
+        return kExitDone;
+    }
+    Loaded loaded = load(options, progress);
     if (options.info) {
         progress.finish();
         print(options.json ? describeJson(loaded.scene) : describe(loaded.scene));
         return loaded.complete ? kExitDone : kExitIncomplete;
     }
-    if (loaded.scene.instances.empty() || loaded.scene.bounds().empty())
-        throw Failure(kExitNoInput, options.subject() + ": nothing in it can be drawn");
-    expose(loaded.scene, options.exposure);
-    spareInputs(options, loaded.scene);
+    prepareForDrawing(options, loaded.scene);
     if (options.compare)
         print(compareShadings(options, loaded.scene, progress));
     if (options.compare && !options.writes())
         return loaded.complete ? kExitDone : kExitIncomplete;
-    if (options.writes())
-        return writePictures(options, loaded.scene, loaded.complete, progress);
-    showInWindow(options, loaded.scene, progress);
-    return kExitDone;
+    return writePictures(options, loaded.scene, loaded.complete, progress);
 }
 
 /// With what goes wrong told.

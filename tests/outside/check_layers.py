@@ -40,9 +40,10 @@ BELOW |= {
     "viewer/import": {"host", "viewer/base", "viewer/scene"},
 }
 below = LIBRARY | {"viewer/base", "viewer/scene", "viewer/output"}
-for room in ("session", "texture", "draw", "shading", "options", "frame", "window"):
+for room in ("session", "texture", "draw", "shading", "options", "load", "frame", "window"):
     BELOW[f"viewer/{room}"] = set(below)
     below.add(f"viewer/{room}")
+BELOW["viewer/load"].add("viewer/import")
 BELOW["viewer/info"] = LIBRARY | {"viewer/base", "viewer/scene"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.MULTILINE)
 LOADING = re.compile(r"\bdl(v?sym|m?open)\b")

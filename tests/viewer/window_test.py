@@ -4,9 +4,12 @@
 Usage: window_test.py ORLOVIEW [unittest arguments]. Debian's Python: the package python3-xlib belongs to that one.
 """
 
+import contextlib
 import os
+import pathlib
 import shlex
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -21,6 +24,7 @@ from viewer_files import gltf, read_png, unlit
 
 ORLOVIEW = os.path.abspath(sys.argv.pop(1))
 WIDTH, HEIGHT = 320, 240
+RED, GREEN, BLUE = (255, 0, 0), (0, 255, 0), (0, 0, 255)
 MESSAGE = 30  # rows at the bottom where a passing message may stand
 
 # Two triangles that no view shows alike from two sides, one of them half transparent.
@@ -195,6 +199,38 @@ def middle_of(rows, matches):
     return tuple(sum(axis) / len(places) for axis in zip(*places))
 
 
+def drop(window, paths, kind="text/uri-list"):
+    """Drags files over the window and drops them, as a desktop does. Whether the window took them."""
+    atom = window.display.intern_atom
+    source = window.display.screen().root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+
+    def send(name, *numbers):
+        data = (32, [source.id, *numbers] + [0] * (4 - len(numbers)))
+        window.window.send_event(event.ClientMessage(window=window.window, client_type=atom(name), data=data))
+        window.display.flush()
+
+    def await_answer(name):
+        while True:
+            got = window.display.next_event()
+            if got.type == X.SelectionRequest:
+                text = "".join("file://" + path.replace(" ", "%20") + "\r\n" for path in paths)
+                got.requestor.change_property(got.property, got.target, 8, text.encode())
+                reply = event.SelectionNotify(time=got.time, requestor=got.requestor, selection=got.selection, target=got.target, property=got.property)
+                got.requestor.send_event(reply)
+                window.display.flush()
+            elif got.type == X.ClientMessage and got.client_type == atom(name):
+                return got.data[1][1]
+
+    source.set_selection_owner(atom("XdndSelection"), X.CurrentTime)
+    send("XdndEnter", 5 << 24, atom(kind))
+    send("XdndPosition", 0, 0, X.CurrentTime, atom("XdndActionCopy"))
+    if not await_answer("XdndStatus"):
+        send("XdndLeave")
+        return 0
+    send("XdndDrop", 0, X.CurrentTime)
+    return await_answer("XdndFinished")
+
+
 class WindowTest(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="orloview-test-")
@@ -245,8 +281,8 @@ class WindowTest(unittest.TestCase):
         ):
             self.assertNotEqual(window.after(key, *modifiers), first, key)
             self.assertEqual(window.after("Home"), first, key)
-        for key in ("5", "w", "l", "c", "g", "x", "s", "h", "F1"):
-            if key == "c":
+        for key in ("5", "w", "l", "c", "k", "g", "x", "s", "h", "F1"):
+            if key in "ck":
                 window.press("1", "Control_L")  # seen from behind, where culling shows
             before = window.settle()
             self.assertNotEqual(window.after(key), before, key)
@@ -351,6 +387,117 @@ class WindowTest(unittest.TestCase):
         """The eye of a window that has another shape than it began with, as switches without the size."""
         window.press("question", "Shift_L")
         return shlex.split(window.process.stdout.readline(), comments=True)[:-2]
+
+    def write(self, name, *arguments, **more):
+        """A model under that name, put there in one go; its path."""
+        path = os.path.join(self.folder, name)
+        with open(path + "~", "w") as file:
+            file.write(arguments[0] if isinstance(arguments[0], str) else gltf(*arguments, **more))
+        os.rename(path + "~", path)
+        return path
+
+    def wait_for_colour(self, window, colour):
+        """Until the middle of the window has it."""
+        window.wait_for(lambda: tuple(window.picture()[HEIGHT // 2][WIDTH // 2 * 3 :][:3]) == colour)
+
+    def test_a_folder_is_shown_file_by_file(self):
+        os.mkdir(os.path.join(self.folder, "many"))
+        for name, *model in (
+            ("many/1.gltf", "broken"), ("many/2.gltf", unlit(1, 0, 0)), ("many/9.gltf", "broken"), ("many/10.gltf", unlit(0, 1, 0)), ("many/notes.md", "#"),
+        ):
+            self.write(name, *model)
+        window = self.open("many")
+        self.wait_for_colour(window, RED)
+        window.press("Page_Down")
+        self.assertIn("9.gltf", window.process.stderr.readline() + window.process.stderr.readline())
+        self.wait_for_colour(window, RED)
+        window.press("Page_Down")
+        self.wait_for_colour(window, GREEN)
+        window.wait_for(lambda: "10.gltf" in window.window.get_full_text_property(window.display.intern_atom("_NET_WM_NAME")))
+        window.press("Page_Up")
+        window.press("Page_Up")
+        self.wait_for_colour(window, RED)
+        window.press("q")
+        self.assertEqual(window.end()[:2], (0, ""))
+        os.mkdir(os.path.join(self.folder, "none"))
+        for good in ("2.gltf", "10.gltf"):
+            self.write("many/" + good, "broken now")
+        for folder, words in (("none", "no model lies in"), ("many", "10.gltf: ")):
+            command, env = [ORLOVIEW, folder], {**os.environ, "DISPLAY": self.server.name}
+            result = subprocess.run(command, cwd=self.folder, env=env, capture_output=True, text=True)
+            self.assertEqual((result.returncode, words in result.stderr), (2, True), result.stderr)
+
+    def test_a_file_that_changes_is_read_again_from_where_it_was_looked_at(self):
+        whole = dict(positions=((-9, -9, 0), (9, -9, 0), (0, 9, 0)))
+        self.write("m.gltf", unlit(1, 0, 0), **whole)
+        window = self.open("m.gltf")
+        window.wheel(4, 3, 100, 80)
+        window.press("question", "Shift_L")
+        self.write("m.gltf", unlit(0, 1, 0), **whole)
+        self.wait_for_colour(window, GREEN)
+        self.write("m.gltf", '{"asset": ')
+        self.assertIn("m.gltf: ", window.process.stderr.readline())
+        self.wait_for_colour(window, GREEN)
+        self.write("m.gltf", unlit(0, 0, 1), **whole)
+        self.wait_for_colour(window, BLUE)
+        window.press("r")
+        window.settle()
+        window.press("question", "Shift_L")
+        window.settle()
+        window.press("q")
+        code, out, _ = window.end()
+        first, second = out.splitlines()
+        self.assertEqual((code, first), (0, second), "the eye stays")
+
+    def reader_of(self, window):
+        """The process that reads for it, once it is there: a child of a child."""
+
+        def found():
+            parents = {}
+            for stat in pathlib.Path("/proc").glob("[0-9]*/stat"):
+                with contextlib.suppress(OSError):
+                    parents[int(stat.parent.name)] = int(stat.read_text().rsplit(")", 1)[1].split()[1])
+            return next((pid for pid, parent in parents.items() if parents.get(parent) == window.process.pid), None)
+
+        return window.wait_for(found)
+
+    def test_reading_goes_on_beside_the_window_and_escape_stops_it(self):
+        window = self.open("m.gltf")
+        first = window.settle()
+        large = self.write("large.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n" + "f 1 2 3\n" * 1000000)
+        drop(window, [large])
+        reader = self.reader_of(window)
+        os.kill(reader, signal.SIGSTOP)
+        window.wait_for(lambda: bytes((255, 204, 102)) in window.picture()[-MESSAGE])
+        window.press("Left")
+        window.wait_for(lambda: difference(window.picture()[: -2 * MESSAGE], first[:-MESSAGE])[1] > 0.01)
+        window.press("Escape")
+        turned = window.settle()
+        self.assertFalse(os.path.exists(f"/proc/{reader}"))
+        self.assertEqual(window.after("Right"), first)
+        self.assertEqual(window.after("Left"), turned)
+        self.quit(window, "Escape")
+
+    def test_cameras_are_stepped_through(self):
+        camera = {"type": "perspective", "perspective": {"yfov": 1, "znear": 0.1}}
+        nodes = [{"mesh": 0}, {"camera": 0, "translation": [0, 0, 5]}, {"camera": 1, "translation": [3, 0, 5]}]
+        self.write("m.gltf", unlit(1, 0, 0), cameras=[camera, camera], nodes=nodes)
+        window = self.open("m.gltf")
+        first = window.settle()
+        for number in ("0", "1"):
+            self.assertSame(window.after("c"), self.drawn("--camera", number, "--size", f"{WIDTH}x{HEIGHT}"), number)
+        self.assertEqual(window.after("c"), first)
+        self.quit(window)
+
+    def test_files_are_dropped(self):
+        green, blue = self.write("a green.gltf", unlit(0, 1, 0)), self.write("blue.gltf", unlit(0, 0, 1), ((2, 0, 0), (3, 0, 0), (2, 1, 0)))
+        window = self.open("m.gltf")
+        self.assertEqual(drop(window, [green]), 1)
+        self.wait_for_colour(window, GREEN)
+        drop(window, [green, blue])
+        window.wait_for(lambda: any(bytes(BLUE) in row for row in window.picture()))
+        self.assertEqual(drop(window, ["plain"], "text/plain"), 0, "no files")
+        self.quit(window)
 
     def test_closing_ends_with_0(self):
         window = self.open("m.gltf", "--stats")

@@ -4,8 +4,12 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <new>
+#include <optional>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include <fcntl.h>
@@ -15,7 +19,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "base/Descriptor.h"
+#include "base/Messages.h"
 
 namespace orloview {
 
@@ -113,6 +117,14 @@ ChildOutcome outcomeOf(int status) {
     }
 }
 
+/// How a child ended.
+int waitFor(pid_t child) {
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return status;
+}
+
 /// Ends the child that nobody has waited for.
 class Child {
 public:
@@ -120,23 +132,124 @@ public:
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
     ~Child() {
-        if (fProcess > 0)
-            ::kill(fProcess, SIGKILL);
+        if (fProcess < 0)
+            return;
+        ::kill(fProcess, SIGKILL);
         wait();
     }
 
+    pid_t process() const { return fProcess; }
+
     /// Tells how it ended.
-    int wait() {
-        int status = 0;
-        while (fProcess > 0 && ::waitpid(fProcess, &status, 0) < 0 && errno == EINTR) {
-        }
-        fProcess = -1;
-        return status;
-    }
+    int wait() { return waitFor(std::exchange(fProcess, -1)); }
 
 private:
     pid_t fProcess;
 };
+
+// What goes between a starter and the process that forks for it.
+
+struct Order {
+    ChildLimits limits; ///< the words follow
+};
+constexpr std::string_view kWait = "w"; ///< and tell how it ended
+constexpr std::string_view kEnd = "e";  ///< the same, at once
+
+template <typename T>
+std::string_view bytesOf(const T& value) {
+    static_assert(std::is_trivially_copyable_v<T>);
+    return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+
+template <typename T>
+T received(int socket, T otherwise) {
+    const std::optional<Message> message = receiveMessage(socket);
+    if (message && message->bytes.size() == sizeof otherwise)
+        std::memcpy(&otherwise, message->bytes.data(), sizeof otherwise);
+    return otherwise;
+}
+
+/// The process that forks, for as long as somebody is there who asks for it.
+[[noreturn]] void startChildren(int socket, const ChildStarter::Work& work) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    while (std::optional<Message> message = receiveMessage(socket)) {
+        Order order;
+        if (message->bytes.size() < sizeof order || message->descriptors.size() != 1)
+            break;
+        std::memcpy(&order, message->bytes.data(), sizeof order);
+        const std::string words = message->bytes.substr(sizeof order);
+        const pid_t child = ::fork();
+        if (child == 0)
+            beChild([&](int output) { return work(words, output); }, order.limits,
+                    message->descriptors[0].number());
+        message->descriptors.clear();
+        if (!sendMessage(socket, bytesOf(child)) || child < 0)
+            continue;
+        const std::optional<Message> next = receiveMessage(socket);
+        if (!next || next->bytes == kEnd)
+            ::kill(child, SIGKILL);
+        sendMessage(socket, bytesOf(waitFor(child)));
+    }
+    ::_exit(0);
+}
+
+/// The same as Child, of another process.
+class ChildElsewhere {
+public:
+    ChildElsewhere(int socket, pid_t process) : fSocket(socket), fProcess(process) {}
+    ChildElsewhere(const ChildElsewhere&) = delete;
+    ChildElsewhere& operator=(const ChildElsewhere&) = delete;
+    ~ChildElsewhere() {
+        if (fProcess >= 0)
+            tell(kEnd);
+    }
+
+    pid_t process() const { return fProcess; }
+    int wait() { return tell(kWait); }
+
+private:
+    int tell(std::string_view what) {
+        fProcess = -1;
+        sendMessage(fSocket, what);
+        return received(fSocket, SIGKILL);
+    }
+
+    int fSocket;
+    pid_t fProcess;
+};
+
+/// A pipe that a child writes to.
+struct ChildPipe {
+    ChildPipe() {
+        int ends[2] = {-1, -1};
+        if (::pipe2(ends, O_CLOEXEC) != 0)
+            return;
+        readEnd = Descriptor(ends[0]);
+        writeEnd = Descriptor(ends[1]);
+        ::fcntl(ends[1], F_SETPIPE_SZ, kRoomInPipe); // fewer turns; as it was where that's too much
+    }
+
+    Descriptor readEnd;
+    Descriptor writeEnd;
+};
+
+template <typename AnyChild>
+ChildResult takeFrom(AnyChild& child, int pipe, const ChildLimits& limits, const ChildTaker& take,
+                     const std::function<void()>& whileWaiting) {
+    ChildResult result;
+    ChildOutput output(pipe, child.process(), limits.seconds, whileWaiting);
+    take(output);
+    const bool hasEnded = output.isAtEnd();
+    result.limits = limitsOf(child.process());
+    if (!hasEnded) {
+        result.outcome = output.hasWaitedTooLong() ? ChildOutcome::OutOfTime : ChildOutcome::Crashed;
+        return result;
+    }
+    result.outcome = outcomeOf(child.wait());
+    if (result.outcome == ChildOutcome::OutOfTime)
+        --result.limits.seconds; // the kernel has moved it on, to tell again
+    return result;
+}
 
 } // namespace
 
@@ -204,35 +317,16 @@ bool ChildOutput::isAtEnd() {
 
 ChildResult runInChild(const ChildWork& work, const ChildLimits& limits, const ChildTaker& take,
                        const std::function<void()>& whileWaiting) {
-    ChildResult result;
-    int ends[2] = {-1, -1};
-    if (::pipe2(ends, O_CLOEXEC) != 0)
-        return result;
-    const Descriptor readEnd(ends[0]);
-    Descriptor writeEnd(ends[1]);
-    ::fcntl(writeEnd.number(), F_SETPIPE_SZ, kRoomInPipe); // fewer turns; as it was where that's too much
-
+    ChildPipe pipe;
     std::fflush(nullptr);
-    const pid_t process = ::fork();
+    const pid_t process = pipe.writeEnd.number() >= 0 ? ::fork() : -1;
     if (process < 0)
-        return result;
+        return {};
     if (process == 0)
-        beChild(work, limits, writeEnd.number());
+        beChild(work, limits, pipe.writeEnd.number());
     Child child(process);
-
-    writeEnd.close();
-    ChildOutput output(readEnd.number(), process, limits.seconds, whileWaiting);
-    take(output);
-    const bool hasEnded = output.isAtEnd();
-    result.limits = limitsOf(process);
-    if (!hasEnded) {
-        result.outcome = output.hasWaitedTooLong() ? ChildOutcome::OutOfTime : ChildOutcome::Crashed;
-        return result;
-    }
-    result.outcome = outcomeOf(child.wait());
-    if (result.outcome == ChildOutcome::OutOfTime)
-        --result.limits.seconds; // the kernel has moved it on, to tell again
-    return result;
+    pipe.writeEnd.close();
+    return takeFrom(child, pipe.readEnd.number(), limits, take, whileWaiting);
 }
 
 ChildResult runInChild(const ChildWork& work, const ChildLimits& limits) {
@@ -240,6 +334,32 @@ ChildResult runInChild(const ChildWork& work, const ChildLimits& limits) {
     ChildResult result = runInChild(work, limits, [&](ChildOutput& from) { output = from.takeRest(); });
     result.output = std::move(output);
     return result;
+}
+
+ChildStarter::ChildStarter(const Work& work) {
+    auto [ours, theirs] = connectedEnds();
+    std::fflush(nullptr);
+    const pid_t process = ours.number() >= 0 ? ::fork() : -1;
+    if (process < 0)
+        return;
+    if (process == 0) {
+        ours.close();
+        startChildren(theirs.number(), work);
+    }
+    fSocket = std::move(ours);
+}
+
+ChildResult ChildStarter::run(const std::string& order, const ChildLimits& limits, const ChildTaker& take,
+                              const std::function<void()>& whileWaiting) {
+    ChildPipe pipe;
+    const std::string words = std::string(bytesOf(Order{limits})) + order;
+    if (pipe.writeEnd.number() < 0 || !sendMessage(fSocket.number(), words, {pipe.writeEnd.number()}))
+        return {};
+    ChildElsewhere child(fSocket.number(), received<pid_t>(fSocket.number(), -1));
+    if (child.process() < 0)
+        return {};
+    pipe.writeEnd.close();
+    return takeFrom(child, pipe.readEnd.number(), limits, take, whileWaiting);
 }
 
 std::string beyondMemory(size_t bytes, const std::string& remedy) {

@@ -10,6 +10,8 @@
 
 #include <sys/types.h>
 
+#include "base/Descriptor.h"
+
 namespace orloview {
 
 /// What became of a piece of work that ran in a process of its own.
@@ -82,6 +84,24 @@ ChildResult runInChild(const ChildWork& work, const ChildLimits& limits, const C
 
 /// Keeps what it writes.
 ChildResult runInChild(const ChildWork& work, const ChildLimits& limits);
+
+/// Runs work in processes of their own for a program that has threads by then: they are forked from one that
+/// was made before. A file descriptor that one of them inherits beyond the streams is the pipe's.
+class ChildStarter {
+public:
+    /// Does what it is told in a few words.
+    using Work = std::function<bool(const std::string& order, int fileDescriptor)>;
+
+    /// Before the program starts threads; the same holds for all that the work needs.
+    explicit ChildStarter(const Work& work);
+
+    /// As runInChild, on any thread, for one child at a time.
+    ChildResult run(const std::string& order, const ChildLimits& limits, const ChildTaker& take,
+                    const std::function<void()>& whileWaiting = {});
+
+private:
+    Descriptor fSocket; ///< none: nothing can be started
+};
 
 /// Makes this process, a child, one of these: limited, silenced, without leave to write files, ended with its
 /// parent.

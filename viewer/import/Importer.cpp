@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <limits>
+#include <memory>
 #include <new>
 #include <utility>
 #include <vector>
@@ -36,6 +37,7 @@ bool writeMark(int output, char mark) {
 /// The child's work: the scene, or one line that says what is wrong.
 bool readInto(int output, const std::string& path, std::span<const std::uint8_t> piped,
               const ModelFolder& folder, SharedFraction& done) {
+    confine(folder.readable());
     try {
         static Scene scene; // stays: when this process has ended, the parent still reads from its pages
         const auto report = [&done](double fraction) { done.set(fraction); };
@@ -96,28 +98,56 @@ std::string whatHappened(const ChildResult& result, const std::vector<std::uint8
     }
 }
 
+/// The process that readers are forked from, and how far the one at work is.
+struct Readers {
+    // An order is the model's path behind two letters.
+    static constexpr char kYes = 'y';
+    static constexpr char kNo = 'n';
+
+    static std::string orderFor(const std::string& path, bool allowOutside, bool isPiped) {
+        return std::string{allowOutside ? kYes : kNo, isPiped ? kYes : kNo} + path;
+    }
+
+    explicit Readers(std::vector<std::uint8_t> bytes) : piped(std::move(bytes)) {}
+
+    std::vector<std::uint8_t> piped;
+    SharedFraction done;
+    ChildStarter starter{[this](const std::string& order, int output) {
+        const std::string path = order.substr(2);
+        const ModelFolder folder(path, order[0] == kYes);
+        const bool isPiped = order[1] == kYes;
+        return readInto(output, path, isPiped ? piped : std::vector<std::uint8_t>(), folder, done);
+    }};
+};
+std::unique_ptr<Readers> fsReaders;
+
 } // namespace
+
+void startReaders(std::vector<std::uint8_t> piped) {
+    fsReaders = std::make_unique<Readers>(std::move(piped));
+}
 
 ImportResult importModel(const std::string& path, const ImportLimits& asked, const ProgressReport& report,
                          const std::function<void()>& meanwhile, std::span<const std::uint8_t> piped) {
     ImportResult result;
-    SharedFraction done;
+    SharedFraction ownFraction;
+    SharedFraction& done = fsReaders ? fsReaders->done : ownFraction;
+    done.set(0.0);
     const ModelFolder folder(path, asked.allowOutside);
     const ChildLimits limits = childLimits(piped.empty() ? bytesOnDisk(path) : piped.size(), asked);
     try {
         Taken taken;
-        const ChildResult child = runInChild(
-            [&](int output) {
-                confine(folder.readable());
-                return readInto(output, path, piped, folder, done);
-            },
-            limits,
-            [&](ChildOutput& from) {
-                if (meanwhile)
-                    meanwhile();
-                take(from, limits.mostMemoryBytes, taken);
-            },
-            [&] { tell(report, done.get(), 1.0); });
+        const auto work = [&](int output) { return readInto(output, path, piped, folder, done); };
+        const auto taker = [&](ChildOutput& from) {
+            if (meanwhile)
+                meanwhile();
+            take(from, limits.mostMemoryBytes, taken);
+        };
+        const auto whileWaiting = [&] { tell(report, done.get(), 1.0); };
+        const ChildResult child =
+            fsReaders ? fsReaders->starter.run(Readers::orderFor(path, asked.allowOutside, !piped.empty()),
+                                               limits, taker, whileWaiting)
+                      : runInChild(work, limits, taker, whileWaiting);
         if (child.outcome != ChildOutcome::Done)
             result.error = whatHappened(child, taken.reason);
         else if (!taken.isGood)

@@ -14,6 +14,7 @@
 #include "texture/SkyPicture.h"
 
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,9 +24,17 @@
 
 namespace orloview {
 
+struct PipedModel {
+    std::vector<std::uint8_t> bytes;
+    std::string fault; ///< why there are none
+};
+
 /// What the command line asks for. Values are checked: sizes and angles are in range, nothing contradicts.
 struct Options {
     std::vector<std::string> models;
+
+    /// What came through standard input, for the one that is "-"; null until it is read.
+    std::shared_ptr<const PipedModel> piped;
 
     /// The suffix of the one that comes through standard input ("-"); empty: its content tells.
     std::string format;

@@ -39,6 +39,9 @@ public:
     /// Back to the view that this one started with.
     void home() { fViewpoint = fStart; }
 
+    /// Goes on from another place.
+    void look(const Viewpoint& viewpoint) { fViewpoint = viewpoint; }
+
     void setOrthographic(bool on) { fViewpoint.orthographic = on; }
 
 private:

@@ -6,6 +6,7 @@
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
 #include "base/MappedFile.h"
+#include "base/Messages.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -71,48 +72,6 @@ bool receiveAll(int socket, void* bytes, size_t size) {
         size -= static_cast<size_t>(std::max<ssize_t>(count, 0));
     }
     return true;
-}
-
-/// Descriptors on their way through a socket: one or two.
-struct Handover {
-    explicit Handover(size_t count) {
-        part.iov_base = &byte;
-        part.iov_len = 1;
-        message.msg_iov = &part;
-        message.msg_iovlen = 1;
-        message.msg_control = control;
-        message.msg_controllen = CMSG_SPACE(count * sizeof(int));
-    }
-
-    char byte = 0;
-    iovec part{};
-    msghdr message{};
-    alignas(cmsghdr) char control[CMSG_SPACE(2 * sizeof(int))] = {};
-};
-
-bool handOver(int socket, const std::vector<int>& descriptors) {
-    Handover handover(descriptors.size());
-    cmsghdr* header = CMSG_FIRSTHDR(&handover.message);
-    header->cmsg_level = SOL_SOCKET;
-    header->cmsg_type = SCM_RIGHTS;
-    header->cmsg_len = CMSG_LEN(descriptors.size() * sizeof(int));
-    std::memcpy(CMSG_DATA(header), descriptors.data(), descriptors.size() * sizeof(int));
-    return sendmsg(socket, &handover.message, MSG_NOSIGNAL) == 1;
-}
-
-/// Nothing: the other side has gone.
-std::vector<Descriptor> takeOver(int socket) {
-    Handover handover(2);
-    std::vector<Descriptor> descriptors;
-    while (recvmsg(socket, &handover.message, MSG_CMSG_CLOEXEC) < 0 && errno == EINTR) {
-    }
-    const cmsghdr* header = CMSG_FIRSTHDR(&handover.message);
-    for (size_t at = 0; header && CMSG_LEN(at + sizeof(int)) <= header->cmsg_len; at += sizeof(int)) {
-        int descriptor = -1;
-        std::memcpy(&descriptor, CMSG_DATA(header) + at, sizeof descriptor);
-        descriptors.emplace_back(descriptor);
-    }
-    return descriptors;
 }
 
 // The decoder's side.
@@ -271,9 +230,10 @@ void loadModules() {
     std::signal(SIGCHLD, SIG_IGN); // nobody asks how they ended
     bool isReady = false;
     for (;;) {
-        const std::vector<Descriptor> ends = takeOver(socket);
-        if (ends.empty())
+        const std::optional<Message> order = receiveMessage(socket);
+        if (!order || order->descriptors.empty())
             _exit(0);
+        const std::vector<Descriptor>& ends = order->descriptors;
         if (!std::exchange(isReady, true))
             loadModules();
         if (fork() == 0) {
@@ -297,7 +257,7 @@ public:
         std::vector<int> handed{theirs.number()};
         if (file.number() >= 0)
             handed.push_back(file.number());
-        if (!handOver(decoders().number(), handed))
+        if (!sendMessage(decoders().number(), "p", handed))
             throw PictureError(kNoProcess);
         theirs.close(); // else we would wait for ourselves where the decoder has ended
         const size_t size = image.bytes.size();
@@ -373,17 +333,15 @@ private:
 } // namespace
 
 void PictureSource::startDecoders(const ImportLimits& limits) {
-    int ends[2] = {-1, -1};
-    const bool isConnected = socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) == 0;
-    const pid_t process = isConnected ? fork() : -1;
+    auto [ours, theirs] = connectedEnds();
+    const pid_t process = ours.number() >= 0 ? fork() : -1;
     if (process < 0)
         throw Failure(kExitOurFault, "no process could be started that decodes pictures; try again later");
     if (process == 0) {
-        close(ends[0]);
-        startThem(ends[1], limits);
+        ours.close();
+        startThem(theirs.number(), limits);
     }
-    close(ends[1]);
-    decoders() = Descriptor(ends[0]);
+    decoders() = std::move(ours);
 }
 
 std::unique_ptr<PictureSource> PictureSource::open(const Image& image) {

@@ -18,17 +18,21 @@ constexpr CommandHelp kCommandHelp[] = {
     {Command::Orthographic, "5", "orthographic"},
     {Command::Wireframe, "W", "wireframe"},
     {Command::Lights, "L", "lights"},
-    {Command::Culling, "C", "culling of back faces"},
+    {Command::Culling, "K", "culling of back faces"},
     {Command::Grid, "G", "grid"},
     {Command::Axes, "X", "axes"},
     {Command::Ground, "D", "shade on the ground"},
     {Command::AmbientOcclusion, "O", "ambient occlusion"},
     {Command::Sky, "B", "sky behind the model"},
     {Command::Statistics, "S", "statistics"},
+    {Command::NextCamera, "C", "the file's next camera"},
+    {Command::NextFile, "PgDn, PgUp", "the folder's next, previous file"},
+    {Command::Reload, "R", "read the file again"},
     {Command::Screenshot, "F12", "write a screenshot"},
     {Command::PrintSwitches, "?", "print the switches of this view"},
     {Command::Help, "H, F1", "this list"},
-    {Command::Quit, "Q, Escape", "quit"},
+    {Command::Stop, "Escape", "stop reading, or quit"},
+    {Command::Quit, "Q", "quit"},
 };
 
 constexpr MouseHelp kMouseHelp[] = {
@@ -62,7 +66,11 @@ constexpr Binding kBindings[] = {
     {XK_KP_Begin, Command::Orthographic, {}},
     {XK_w, Command::Wireframe, {}},
     {XK_l, Command::Lights, {}},
-    {XK_c, Command::Culling, {}},
+    {XK_k, Command::Culling, {}},
+    {XK_c, Command::NextCamera, {}},
+    {XK_Next, Command::NextFile, {}},
+    {XK_Prior, Command::PreviousFile, {}},
+    {XK_r, Command::Reload, {}},
     {XK_g, Command::Grid, {}},
     {XK_x, Command::Axes, {}},
     {XK_d, Command::Ground, {}},
@@ -83,7 +91,7 @@ constexpr Binding kBindings[] = {
     {XK_h, Command::Help, {}},
     {XK_F1, Command::Help, {}},
     {XK_q, Command::Quit, Command::Quit},
-    {XK_Escape, Command::Quit, {}},
+    {XK_Escape, Command::Stop, {}},
 };
 
 } // namespace

@@ -33,9 +33,14 @@ enum class Command {
     TurnDown,
     Nearer,
     Farther,
+    NextCamera,
+    NextFile,
+    PreviousFile,
+    Reload,
     Screenshot,
     PrintSwitches,
     Help,
+    Stop,
     Quit,
 };
 

@@ -13,14 +13,6 @@ namespace {
 
 constexpr long kInput = KeyPressMask | ButtonPressMask | ButtonReleaseMask | ButtonMotionMask;
 
-void setTitle(Display* display, Window window, const std::string& title) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(title.data());
-    XChangeProperty(display, window, XInternAtom(display, "_NET_WM_NAME", False),
-                    XInternAtom(display, "UTF8_STRING", False), 8, PropModeReplace, bytes,
-                    static_cast<int>(title.size()));
-    XStoreName(display, window, title.c_str());
-}
-
 /// Tells the window manager what the program is called and that it wants the keyboard.
 void introduce(Display* display, Window window) {
     char name[] = "orloview";
@@ -44,7 +36,7 @@ HostWindow::HostWindow(Display* display, const std::string& title, int width, in
     fWindow = XCreateWindow(display, DefaultRootWindow(display), 0, 0, static_cast<unsigned>(fWidth),
                             static_cast<unsigned>(fHeight), 0, CopyFromParent, InputOutput, CopyFromParent,
                             CWBackPixmap | CWEventMask, &attributes);
-    setTitle(display, fWindow, title);
+    setTitle(title);
     introduce(display, fWindow);
     fDeleteAtom = XInternAtom(display, "WM_DELETE_WINDOW", False);
     XSetWMProtocols(display, fWindow, &fDeleteAtom, 1);
@@ -66,6 +58,14 @@ HostWindow::HostWindow(Display* display, const std::string& title, int width, in
 HostWindow::~HostWindow() {
     fBuffer.deleteInternalState();
     XDestroyWindow(fDisplay, fWindow);
+}
+
+void HostWindow::setTitle(const std::string& title) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(title.data());
+    XChangeProperty(fDisplay, fWindow, XInternAtom(fDisplay, "_NET_WM_NAME", False),
+                    XInternAtom(fDisplay, "UTF8_STRING", False), 8, PropModeReplace, bytes,
+                    static_cast<int>(title.size()));
+    XStoreName(fDisplay, fWindow, title.c_str());
 }
 
 bool HostWindow::followResize(const XEvent& event) {

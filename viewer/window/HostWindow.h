@@ -22,6 +22,11 @@ public:
     HostWindow(const HostWindow&) = delete;
     HostWindow& operator=(const HostWindow&) = delete;
 
+    void setTitle(const std::string& title);
+
+    /// What a desktop knows; the library's window lies in it.
+    Window window() const { return fWindow; }
+
     GLFrameBuffer& buffer() { return fBuffer; }
     int width() const { return fWidth; }
     int height() const { return fHeight; }

@@ -85,6 +85,15 @@ void InteractiveView::resize(int width, int height) {
     fLook.height = height;
 }
 
+void InteractiveView::takeSwitches(const InteractiveView& other) {
+    resize(other.fLook.width, other.fLook.height);
+    for (const CommandHelp& help : commandHelp()) {
+        if (bool* state = switchOf(help.command, fLook, statisticsShown, helpShown))
+            *state = *switchOf(help.command, other.fLook, other.statisticsShown, other.helpShown);
+    }
+    fNavigation.setOrthographic(other.fNavigation.viewpoint().orthographic);
+}
+
 std::optional<bool> InteractiveView::isOn(Command command) const {
     if (command == Command::Orthographic)
         return fNavigation.viewpoint().orthographic;

@@ -26,6 +26,12 @@ public:
 
     void resize(int width, int height);
 
+    /// Looks from there, to go on with keys and mouse.
+    void look(const Viewpoint& viewpoint) { fNavigation.look(viewpoint); }
+
+    /// Has on what another has on, and the same size.
+    void takeSwitches(const InteractiveView& other);
+
     /// Does what a command asks of the view; false for one that asks something else.
     bool apply(Command command);
 

@@ -109,8 +109,18 @@ void writeMessage(TextPainter& text, const std::string& message, int windowHeigh
 
 } // namespace
 
+void writeProgress(TextPainter& text, const ShownProgress& progress, int windowWidth, int windowHeight) {
+    const int height = text.lineHeight();
+    const int bar = std::max(height / 4, 2);
+    const int y = windowHeight - height * 3 / 2;
+    text.addPanel(0, y - bar, windowWidth, height * 3 / 2 + bar, kPanel);
+    text.addPanel(0, y - bar, static_cast<int>(progress.fraction * windowWidth), bar, kKeys);
+    text.addText(text.characterWidth(), y + height / 4, progress.what + " (Esc stops it)", kText);
+}
+
 void writeOverlay(TextPainter& text, const InteractiveView& view, const Scene& scene,
-                  const FrameStatistics& statistics, const std::string& message, int lineHeight) {
+                  const FrameStatistics& statistics, const std::string& message,
+                  const ShownProgress& progress, int lineHeight) {
     const int width = view.look().width;
     const int height = view.look().height;
     const std::vector<Line> help = view.helpShown ? helpLines(view) : std::vector<Line>();
@@ -125,7 +135,9 @@ void writeOverlay(TextPainter& text, const InteractiveView& view, const Scene& s
         writeHelp(text, help, width, height);
     if (view.statisticsShown)
         writeStatistics(text, statisticsLines(scene, statistics));
-    if (!message.empty())
+    if (!progress.what.empty())
+        writeProgress(text, progress, width, height);
+    else if (!message.empty())
         writeMessage(text, message, height);
 }
 

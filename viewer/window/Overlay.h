@@ -17,9 +17,19 @@ struct FrameStatistics {
     std::optional<Culling::Counts> seen; ///< of --cull
 };
 
-/// Writes help, statistics and a message over the frame, as far as they are shown. `lineHeight` is the wanted
-/// size in pixels; where the help doesn't fit the window, it gets smaller.
+/// What is under way, and how far it is.
+struct ShownProgress {
+    std::string what; ///< empty: nothing
+    double fraction = 0.0;
+};
+
+/// A line about it, with a bar, at the bottom.
+void writeProgress(TextPainter& text, const ShownProgress& progress, int windowWidth, int windowHeight);
+
+/// Writes help, statistics and a message, or progress, over the frame, as far as they are shown. `lineHeight`
+/// is the wanted size in pixels; where the help doesn't fit the window, it gets smaller.
 void writeOverlay(TextPainter& text, const InteractiveView& view, const Scene& scene,
-                  const FrameStatistics& statistics, const std::string& message, int lineHeight);
+                  const FrameStatistics& statistics, const std::string& message,
+                  const ShownProgress& progress, int lineHeight);
 
 } // namespace orloview

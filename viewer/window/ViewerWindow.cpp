@@ -1,19 +1,23 @@
 #include "window/ViewerWindow.h"
 
 #include "base/ExitCode.h"
+#include "base/FileWatch.h"
 #include "base/Say.h"
-#include "frame/DrawnScene.h"
+#include "draw/Fountain.h"
 #include "frame/PictureRenderer.h"
 #include "frame/ViewAndLook.h"
+#include "load/FolderOfModels.h"
+#include "load/Opening.h"
 #include "output/PictureFile.h"
-#include "scene/Guides.h"
 #include "session/GLSession.h"
+#include "window/DropTarget.h"
 #include "window/HostWindow.h"
-#include "window/InteractiveView.h"
 #include "window/Overlay.h"
+#include "window/ShownScene.h"
 #include "window/WindowPainter.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -61,15 +65,43 @@ std::string screenshotPath(const Options& options) {
     }
 }
 
+/// What is read, for people.
+std::string nameOf(const Options& options) {
+    return std::filesystem::path(options.subject()).filename();
+}
+
+KeySym symbolOf(XKeyEvent& event) {
+    KeySym key = NoSymbol;
+    char text[8];
+    XLookupString(&event, text, sizeof text, &key, nullptr);
+    return key;
+}
+
+/// For a search through events that wait.
+Bool isWishToStop(Display*, XEvent* event, XPointer window) {
+    const bool isStop =
+        event->type == KeyPress && commandOf(symbolOf(event->xkey), event->xkey.state) == Command::Stop;
+    return isStop || reinterpret_cast<HostWindow*>(window)->isClose(*event) ? True : False;
+}
+
 void print(const std::string& line) {
     std::puts(line.c_str());
     std::fflush(stdout);
 }
 
-/// Everything that draws, made and ended in the order that contexts ask for.
+/// A file that has changed is read again once nobody has written to it for so long.
+constexpr auto kQuiet = std::chrono::milliseconds(200);
+
+/// As often the screen shows how far reading is.
+constexpr auto kProgressStep = std::chrono::milliseconds(100);
+
+/// Leaves the upload of a scene that the user doesn't want any more.
+struct Stopped {};
+
+/// The window: what is shown in it, what is being read, and what the user does.
 class ViewerWindow {
 public:
-    ViewerWindow(const Options& options, const Scene& scene, const Viewpoint& start, Progress& progress);
+    ViewerWindow(const Options& options, Progress& progress);
     ~ViewerWindow();
 
     ViewerWindow(const ViewerWindow&) = delete;
@@ -79,70 +111,90 @@ public:
     void run();
 
 private:
+    // What is shown.
+    void takeFolder(const std::string& folder);
+    void open(const Options& options);
+    void watch(const std::vector<std::string>& files);
+    void openOthers(std::vector<std::string> models);
+    void reload();
+    void finishOpening();
+    void openNextOfFolder();
+    void show(const Options& options, Scene&& scene);
+    void onUpload(const std::string& name, double fraction);
+
+    // What the user does.
+    void handleEvents();
     void handle(XEvent& event);
     void press(XKeyEvent& event);
     void press(const XButtonEvent& event);
     void drag(const XMotionEvent& event);
     void execute(Command command);
+    void executeOnScene(Command command);
+    void openBeside(int steps);
     void screenshot();
     void note(const std::string& message);
-    void paint(int factor);
-    void wait();
-    void animate();
-    View currentView() const;
-    FrameContent content() { return fDrawn.content(); }
 
-    const Options& fOptions;
-    const Scene& fScene;
+    // What the screen shows.
+    void paint(int factor);
+    void paintScene(int factor);
+    void paintNothing();
+    void wait();
+    void doWhatIsDue();
+    void animate();
+
+    Options fOptions; ///< of what is shown, or will be at first
+    Progress& fProgress;
     const Clock::time_point fStart = Clock::now();
-    Bounds fBounds; ///< of all that is drawn of the scene
-    Guides fGuides;
-    InteractiveView fView;
+    std::optional<Opening> fOpening;
     std::unique_ptr<GLSession> fGL;
-    Display* fDisplay;
-    DrawnScene fDrawn;
+    Display* fDisplay = nullptr;
+    std::unique_ptr<ShownScene> fShown; ///< null until the first is read
     std::optional<HostWindow> fWindow;
     std::optional<WindowPainter> fPainter;
-    int fLineHeight;
+    std::optional<DropTarget> fDrops;
+    FileWatch fWatch;
+    int fLineHeight = 0;
 
     bool fChanged = true; ///< what is shown is not what is on the screen
     bool fQuit = false;
+    size_t fLeftToTry = 0;  ///< of a folder, while nothing is shown
+    bool fIsReload = false; ///< of what is being read: the view stays
     int fPointerX = 0;
     int fPointerY = 0;
     FrameStatistics fStatistics;
     std::string fMessage;
+    ShownProgress fBusy;
     std::optional<Clock::time_point> fSmoothAt;
     std::optional<Clock::time_point> fMessageEnds;
+    std::optional<Clock::time_point> fReloadAt;
+    Clock::time_point fLastPainted;
     size_t fFrames = 0;
     double fTotalMilliseconds = 0.0;
 };
 
-ViewerWindow::ViewerWindow(const Options& options, const Scene& scene, const Viewpoint& start,
-                           Progress& progress)
-    : fOptions(options), fScene(scene), fBounds(drawnBounds(options, scene)),
-      fGuides(makeGuides(scene.bounds(), upOf(options))),
-      fView(Navigation(start, upOf(options), outlineOf(scene), radiusOf(scene.bounds())),
-            lookOf(options, scene)),
-      fGL(GLSession::forWindow(options.glWatch())), fDisplay(fGL->display()),
-      fDrawn(scene, fGuides, options, progress.report()), fLineHeight(lineHeightOn(fDisplay)) {
-    fWindow.emplace(fDisplay, titleOf(options), options.width, options.height);
+ViewerWindow::ViewerWindow(const Options& options, Progress& progress)
+    : fOptions(options), fProgress(progress) {
+    if (const std::string& model = options.subject(); std::filesystem::is_directory(model))
+        takeFolder(model);
+    if (!options.demo)
+        open(fOptions);
+    try {
+        fGL = GLSession::forWindow(options.glWatch());
+        fDisplay = fGL->display();
+        fLineHeight = lineHeightOn(fDisplay);
+        fWindow.emplace(fDisplay, titleOf(fOptions), options.width, options.height);
+    } catch (const Failure&) {
+        if (fOpening)
+            fOpening->take(); // what is wrong with the model is told before
+        throw;
+    }
     fPainter.emplace(fWindow->buffer());
+    fDrops.emplace(fDisplay, fWindow->window());
     if (options.verbose && !fPainter->develops())
         say("this OpenGL has no shaders: colours in the window are too dark");
-    fView.resize(fWindow->width(), fWindow->height());
-    fView.statisticsShown = options.stats;
     CallCounter::install();
-    progress.begin(Progress::Stage::Upload);
-    fDrawn.upload(progress.report());
-    progress.clear();
-    if (!options.quiet)
-        tellNotesAndWarnings(fDrawn);
-    if (!options.dumpShaders.empty())
-        fDrawn.dumpShaders(options.dumpShaders);
-    note("H lists the keys");
-    progress.begin(Progress::Stage::Draw);
-    paint(1);
-    progress.finish();
+    if (options.demo)
+        show(options, Fountain().scene());
 }
 
 ViewerWindow::~ViewerWindow() {
@@ -152,76 +204,157 @@ ViewerWindow::~ViewerWindow() {
     fGL->makeCurrent(); // what is uploaded goes in a context
 }
 
-void ViewerWindow::run() {
-    while (!fQuit) {
-        while (!fQuit && XPending(fDisplay) > 0) {
-            XEvent event;
-            XNextEvent(fDisplay, &event);
-            handle(event);
-        }
-        if (fQuit)
-            break;
-        if (fOptions.demo) {
-            animate();
-        } else if (fChanged) {
-            paint(1);
-            fSmoothAt = Clock::now() + kRest;
-        } else {
-            wait();
-        }
-    }
-    if (fOptions.stats && fFrames > 0)
-        std::fprintf(stderr, "window: %zu frames, %.1f ms each, %.1f per second\n", fFrames,
-                     fTotalMilliseconds / static_cast<double>(fFrames),
-                     1000.0 * static_cast<double>(fFrames) / fTotalMilliseconds);
+// What is shown.
+
+/// The first of its models that can be read is shown first.
+void ViewerWindow::takeFolder(const std::string& folder) {
+    const std::vector<std::string> models = modelsIn(folder);
+    if (models.empty())
+        throw Failure(kExitNoInput,
+                      folder + ": no model lies in this folder; --list-formats lists what is read");
+    fOptions.models = {models.front()};
+    fLeftToTry = models.size() - 1;
 }
 
-/// The next picture of what moves, and the rest of its time asleep.
-void ViewerWindow::animate() {
-    constexpr auto kPicture = std::chrono::milliseconds(16);
-    const Clock::time_point now = Clock::now();
-    fDrawn.animate(std::chrono::duration<double>(now - fStart).count());
-    if (fMessageEnds && *fMessageEnds <= now) {
-        fMessage.clear();
-        fMessageEnds.reset();
-    }
-    paint(1);
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(now + kPicture - Clock::now()).count();
-    pollfd ready{ConnectionNumber(fDisplay), POLLIN, 0};
-    poll(&ready, 1, static_cast<int>(std::max<decltype(left)>(left, 0)));
+void ViewerWindow::open(const Options& options) {
+    if (!fShown)
+        fProgress.begin(Progress::Stage::Read);
+    fSmoothAt.reset();
+    watch(options.models);
+    fOpening.emplace(options);
+    fChanged = true;
 }
 
-/// Sleeps until an event comes or something is due, and does what is due.
-void ViewerWindow::wait() {
-    std::optional<Clock::time_point> next = fSmoothAt;
-    if (fMessageEnds && (!next || *fMessageEnds < *next))
-        next = fMessageEnds;
-    int milliseconds = -1;
-    if (next) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*next - Clock::now()).count();
-        milliseconds = static_cast<int>(std::max<decltype(left)>(left, 0));
-    }
-    pollfd ready{ConnectionNumber(fDisplay), POLLIN, 0};
-    if (poll(&ready, 1, milliseconds) != 0)
+/// What has happened to those that were watched before isn't lost.
+void ViewerWindow::watch(const std::vector<std::string>& files) {
+    if (fWatch.takeChange())
+        fReloadAt = Clock::now() + kQuiet;
+    fWatch.watch(files);
+}
+
+/// By the same switches, but those that are about what a file holds.
+void ViewerWindow::openOthers(std::vector<std::string> models) {
+    Options options = fOptions;
+    options.models = std::move(models);
+    options.demo = false;
+    options.camera.reset();
+    options.variant.reset();
+    options.eye.reset();
+    options.target.reset();
+    fIsReload = false;
+    open(options);
+}
+
+void ViewerWindow::reload() {
+    fReloadAt.reset();
+    if (fOptions.demo)
         return;
-    if (fMessageEnds && *fMessageEnds <= Clock::now()) {
-        fMessage.clear();
-        fMessageEnds.reset();
-        fSmoothAt = Clock::now();
+    fIsReload = true;
+    open(fOptions);
+}
+
+void ViewerWindow::finishOpening() {
+    const Options options = fOpening->options();
+    try {
+        Loaded loaded = fOpening->take();
+        fProgress.clear();
+        for (const std::string& line : fOpening->lines())
+            say(line);
+        show(options, std::move(loaded.scene));
+        fOptions = options;
+        fLeftToTry = 0;
+        fWindow->setTitle(titleOf(options));
+        watch(fShown->files());
+        if (!fOpening->lines().empty())
+            note(fOpening->lines().back());
+    } catch (const Failure& failure) {
+        fProgress.clear();
+        if (!fShown && fLeftToTry == 0)
+            throw;
+        say(failure.what());
+        note(failure.what());
+        fOptions.models = options.models; // where the next file is looked for
+    } catch (const Stopped&) {
+        note("stopped");
+        fQuit |= !fShown;
     }
-    if (fSmoothAt && *fSmoothAt <= Clock::now()) {
-        fSmoothAt.reset();
-        paint(supersampling(fView.look()));
+    fOpening.reset();
+    fBusy = {};
+    fChanged = true;
+    if (!fShown && !fQuit)
+        openNextOfFolder();
+}
+
+void ViewerWindow::openNextOfFolder() {
+    --fLeftToTry;
+    fOptions.models = {modelBeside(fOptions.models.front(), 1)};
+    open(fOptions);
+}
+
+void ViewerWindow::show(const Options& options, Scene&& scene) {
+    const bool isFirst = !fShown;
+    if (isFirst)
+        fProgress.begin(Progress::Stage::Upload);
+    fGL->makeCurrent();
+    const auto report = [this, name = nameOf(options)](double fraction) { onUpload(name, fraction); };
+    auto shown = std::make_unique<ShownScene>(options, std::move(scene), report);
+    shown->drawn().upload(report);
+    fProgress.clear();
+    if (!options.quiet)
+        tellNotesAndWarnings(shown->drawn());
+    if (!options.dumpShaders.empty())
+        shown->drawn().dumpShaders(options.dumpShaders);
+    if (fShown)
+        shown->view().takeSwitches(fShown->view());
+    if (fShown && fIsReload)
+        shown->view().look(fShown->view().navigation().viewpoint());
+    shown->view().resize(fWindow->width(), fWindow->height());
+    fShown = std::move(shown);
+    fBusy = {};
+    if (!isFirst)
+        return;
+    note("H lists the keys");
+    fProgress.begin(Progress::Stage::Draw);
+    paint(1);
+    fProgress.finish();
+}
+
+/// Shows how far it is, and leaves where the user wants that; other events wait.
+void ViewerWindow::onUpload(const std::string& name, double fraction) {
+    fProgress.update(fraction);
+    if (Clock::now() - fLastPainted < kProgressStep)
+        return;
+    XEvent event;
+    if (XCheckIfEvent(fDisplay, &event, isWishToStop, reinterpret_cast<XPointer>(&*fWindow))) {
+        fQuit = fWindow->isClose(event);
+        throw Stopped();
+    }
+    fBusy = {"preparing " + name, fraction};
+    paint(1);
+    fGL->makeCurrent();
+}
+
+// What the user does.
+
+void ViewerWindow::handleEvents() {
+    while (!fQuit && XPending(fDisplay) > 0) {
+        XEvent event;
+        XNextEvent(fDisplay, &event);
+        handle(event);
     }
 }
 
 void ViewerWindow::handle(XEvent& event) {
-    if (fWindow->isClose(event)) {
+    if (fDrops->handle(event)) {
+        if (std::vector<std::string> files = fDrops->take(); !files.empty())
+            openOthers(std::move(files));
+    } else if (fWindow->isClose(event)) {
         if (event.type == DestroyNotify && !fOptions.quiet)
             say("another program has destroyed the window");
         fQuit = true;
     } else if (fWindow->followResize(event)) {
-        fView.resize(fWindow->width(), fWindow->height());
+        if (fShown)
+            fShown->view().resize(fWindow->width(), fWindow->height());
         fChanged = true;
     } else if (event.type == Expose) {
         fChanged = true;
@@ -237,18 +370,15 @@ void ViewerWindow::handle(XEvent& event) {
 }
 
 void ViewerWindow::press(XKeyEvent& event) {
-    KeySym key = NoSymbol;
-    char text[8];
-    XLookupString(&event, text, sizeof text, &key, nullptr);
-    if (const std::optional<Command> command = commandOf(key, event.state))
+    if (const std::optional<Command> command = commandOf(symbolOf(event), event.state))
         execute(*command);
 }
 
 void ViewerWindow::press(const XButtonEvent& event) {
     fPointerX = event.x;
     fPointerY = event.y;
-    if (event.button == Button4 || event.button == Button5) {
-        fView.zoom(event.button == Button4 ? 1 : -1, event.x, event.y);
+    if (fShown && (event.button == Button4 || event.button == Button5)) {
+        fShown->view().zoom(event.button == Button4 ? 1 : -1, event.x, event.y);
         fChanged = true;
     }
 }
@@ -258,10 +388,12 @@ void ViewerWindow::drag(const XMotionEvent& event) {
     const int down = event.y - fPointerY;
     fPointerX = event.x;
     fPointerY = event.y;
+    if (!fShown)
+        return;
     if ((event.state & Button2Mask) || ((event.state & Button1Mask) && (event.state & ShiftMask)))
-        fView.move(right, down);
+        fShown->view().move(right, down);
     else if (event.state & Button1Mask)
-        fView.turn(right, down);
+        fShown->view().turn(right, down);
     else
         return;
     fChanged = true;
@@ -272,31 +404,67 @@ void ViewerWindow::execute(Command command) {
     case Command::Quit:
         fQuit = true;
         break;
+    case Command::Stop:
+        fQuit = !fOpening || !fShown;
+        if (fOpening)
+            note("stopped");
+        fOpening.reset();
+        fBusy = {};
+        break;
+    case Command::NextFile:
+    case Command::PreviousFile:
+        openBeside(command == Command::NextFile ? 1 : -1);
+        break;
+    case Command::Reload:
+        reload();
+        break;
+    default:
+        if (fShown)
+            executeOnScene(command);
+    }
+}
+
+void ViewerWindow::executeOnScene(Command command) {
+    switch (command) {
     case Command::Screenshot:
         screenshot();
         break;
     case Command::PrintSwitches:
-        print(fView.switches() + fOptions.shadingSwitches);
+        print(fShown->view().switches() + fOptions.shadingSwitches);
         note("the switches stand on standard output");
+        break;
+    case Command::NextCamera:
+        if (std::string which; fShown->lookThroughNextCamera(which))
+            return note(which);
+        executeOnScene(Command::Culling);
         break;
     default:
         if (command == Command::Sky && !fOptions.hasSky())
             return note("there is no sky: --sky none");
-        fView.apply(command);
+        fShown->view().apply(command);
         fChanged = true;
     }
 }
 
+/// The file whose name comes before or behind. Of several files that are shown, or were to be, the first
+/// counts.
+void ViewerWindow::openBeside(int steps) {
+    if (fOptions.demo || fOptions.models.front() == "-")
+        return note("there is no folder to look for others in");
+    const std::string& from = (fOpening ? fOpening->options() : fOptions).models.front();
+    openOthers({modelBeside(from, steps)});
+}
+
 void ViewerWindow::screenshot() {
-    const std::string path = screenshotPath(fOptions);
+    const std::string path = screenshotPath(fShown->options());
     try {
-        const FrameLook& look = fView.look();
+        const FrameLook& look = fShown->view().look();
         Workers workers;
         const auto picture =
             createPicture(path, PictureFormat::Png, look.width, look.height, developmentOf(look), workers);
         picture->open();
         PictureRenderer renderer(look, fOptions.sampling, 1, workers);
-        renderer.render(currentView(), content(), *picture);
+        renderer.render(fShown->currentView(), fShown->drawn().content(), *picture);
         renderer.finish();
         picture->finish();
         print(path);
@@ -313,37 +481,140 @@ void ViewerWindow::note(const std::string& message) {
     fChanged = true;
 }
 
-View ViewerWindow::currentView() const {
-    const FrameLook& look = fView.look();
-    return viewFrom(fView.navigation().viewpoint(),
-                    boundsWith(fBounds, fGuides, look.grid, look.axes, look.ground),
-                    static_cast<double>(look.width) / look.height);
+// What the screen shows.
+
+void ViewerWindow::run() {
+    while (!fQuit) {
+        handleEvents();
+        if (fQuit)
+            break;
+        if (fOpening && fOpening->isDone()) {
+            finishOpening();
+        } else if (fOptions.demo) {
+            animate();
+        } else if (fChanged) {
+            paint(1);
+            if (!fOpening)
+                fSmoothAt = Clock::now() + kRest;
+        } else {
+            wait();
+        }
+    }
+    if (fOptions.stats && fFrames > 0)
+        std::fprintf(stderr, "window: %zu frames, %.1f ms each, %.1f per second\n", fFrames,
+                     fTotalMilliseconds / static_cast<double>(fFrames),
+                     1000.0 * static_cast<double>(fFrames) / fTotalMilliseconds);
+}
+
+/// The next picture of what moves, and the rest of its time asleep.
+void ViewerWindow::animate() {
+    constexpr auto kPicture = std::chrono::milliseconds(16);
+    const Clock::time_point now = Clock::now();
+    fShown->drawn().animate(std::chrono::duration<double>(now - fStart).count());
+    doWhatIsDue();
+    paint(1);
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(now + kPicture - Clock::now()).count();
+    pollfd ready{ConnectionNumber(fDisplay), POLLIN, 0};
+    poll(&ready, 1, static_cast<int>(std::max<decltype(left)>(left, 0)));
+}
+
+/// Sleeps until an event comes or something is due, and does what is due.
+void ViewerWindow::wait() {
+    std::optional<Clock::time_point> next = fMessageEnds;
+    const auto wakeAt = [&next](const std::optional<Clock::time_point>& due) {
+        if (due && (!next || *due < *next))
+            next = due;
+    };
+    if (fOpening) {
+        wakeAt(fLastPainted + kProgressStep);
+    } else {
+        wakeAt(fSmoothAt);
+        wakeAt(fReloadAt);
+    }
+    int milliseconds = -1;
+    if (next) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*next - Clock::now()).count();
+        milliseconds = static_cast<int>(std::max<decltype(left)>(left, 0));
+    }
+    std::array<pollfd, 3> ready{{{ConnectionNumber(fDisplay), POLLIN, 0},
+                                 {fWatch.descriptor(), POLLIN, 0},
+                                 {fOpening ? fOpening->descriptor() : -1, POLLIN, 0}}};
+    if (poll(ready.data(), ready.size(), milliseconds) == 0)
+        doWhatIsDue();
+    else if (ready[1].revents != 0 && fWatch.takeChange())
+        fReloadAt = Clock::now() + kQuiet;
+}
+
+void ViewerWindow::doWhatIsDue() {
+    const Clock::time_point now = Clock::now();
+    const auto isDue = [now](std::optional<Clock::time_point>& at) {
+        const bool is = at && *at <= now;
+        if (is)
+            at.reset();
+        return is;
+    };
+    if (isDue(fMessageEnds)) {
+        fMessage.clear();
+        fSmoothAt = now;
+    }
+    if (fOpening) {
+        const double fraction = fOpening->fraction();
+        if (!fShown)
+            fProgress.update(fraction);
+        fChanged |= fBusy.what.empty() || fBusy.fraction != fraction;
+        fBusy = {"reading " + nameOf(fOpening->options()), fraction};
+    } else if (isDue(fReloadAt)) {
+        reload();
+    } else if (!fOptions.demo && isDue(fSmoothAt)) {
+        paint(supersampling(fShown->view().look()));
+    }
 }
 
 void ViewerWindow::paint(int factor) {
     fChanged = false;
     CallCounter::take();
     const Clock::time_point start = Clock::now();
-    FrameContent shown = content();
-    shown.answers = factor > 1 ? Answers::Ignored : Answers::AsTheyCome; // a view at rest is drawn whole
-    if (!fPainter->develops())
-        shown.culling = nullptr; // its questions are the start-up context's
-    fPainter->paint(currentView(), shown, fView.look(), factor, [this](TextPainter& text) {
-        writeOverlay(text, fView, fScene, fStatistics, fMessage, fLineHeight);
-    });
-    const std::chrono::duration<double, std::milli> took = Clock::now() - start;
+    if (fShown)
+        paintScene(factor);
+    else
+        paintNothing();
+    fLastPainted = Clock::now();
+    const std::chrono::duration<double, std::milli> took = fLastPainted - start;
     fStatistics = {took.count(), CallCounter::take(), std::nullopt};
-    if (shown.culling && shown.culling->supported())
-        fStatistics.seen = shown.culling->counts();
+    if (!fShown)
+        return;
+    const Culling* culling = fShown->drawn().content().culling;
+    if (culling && culling->supported() && fPainter->develops())
+        fStatistics.seen = culling->counts();
     ++fFrames;
     fTotalMilliseconds += took.count();
 }
 
+void ViewerWindow::paintScene(int factor) {
+    FrameContent shown = fShown->drawn().content();
+    shown.answers = factor > 1 ? Answers::Ignored : Answers::AsTheyCome; // a view at rest is drawn whole
+    if (!fPainter->develops())
+        shown.culling = nullptr; // its questions are the start-up context's
+    const InteractiveView& view = fShown->view();
+    fPainter->paint(fShown->currentView(), shown, view.look(), factor, [&](TextPainter& text) {
+        writeOverlay(text, view, fShown->scene(), fStatistics, fMessage, fBusy, fLineHeight);
+    });
+}
+
+void ViewerWindow::paintNothing() {
+    FrameLook look = lookOf(fOptions, Scene());
+    look.width = fWindow->width();
+    look.height = fWindow->height();
+    fPainter->paintBare(look, [&](TextPainter& text) {
+        text.setLineHeight(fLineHeight);
+        writeProgress(text, fBusy, look.width, look.height);
+    });
+}
+
 } // namespace
 
-void showInWindow(const Options& options, const Scene& scene, Progress& progress) {
-    progress.begin(Progress::Stage::Prepare);
-    ViewerWindow(options, scene, chooseEye(options, scene), progress).run();
+void showInWindow(const Options& options, Progress& progress) {
+    ViewerWindow(options, progress).run();
 }
 
 } // namespace orloview

@@ -2,12 +2,12 @@
 
 #include "options/Options.h"
 #include "output/Progress.h"
-#include "scene/Scene.h"
 
 namespace orloview {
 
-/// Shows the scene in a window until the user closes it; `progress` ends with the first frame. Throws Failure
-/// when there is no display or no OpenGL for it.
-void showInWindow(const Options& options, const Scene& scene, Progress& progress);
+/// Reads the models, shows them in a window, and others in their place, until the user closes it; `progress`
+/// ends with the first frame. Throws Failure when the first can't be shown, or when there is no display or no
+/// OpenGL for it. Needs startReaders.
+void showInWindow(const Options& options, Progress& progress);
 
 } // namespace orloview

@@ -2,6 +2,7 @@
 
 #include "base/ExitCode.h"
 #include "frame/ViewAndLook.h"
+#include "output/Picture.h"
 
 #include <gl/GLFunctionTable.h>
 #include <gl/GLStartupContext.h>
@@ -17,6 +18,10 @@ void setFlatState(const FrameLook& look) {
     gl->glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
     for (const GLenum capability : {GL_DEPTH_TEST, GL_LIGHTING, GL_CULL_FACE, GL_ALPHA_TEST, GL_BLEND})
         gl->glDisable(capability);
+}
+
+float encoded(float linear) {
+    return static_cast<float>(encodeSrgb(linear)) / 255.0F;
 }
 
 GLFrameBuffer& madeCurrent(GLFrameBuffer& window) {
@@ -58,6 +63,20 @@ void WindowPainter::paint(const View& view, const FrameContent& content, const F
     setFlatState(look);
     if (canvas)
         fDeveloper.develop(canvas->texture(), factor, developmentOf(look));
+    finish(look, writeText);
+}
+
+void WindowPainter::paintBare(const FrameLook& look, const WriteText& writeText) {
+    fWindow.makeCurrent();
+    setFlatState(look);
+    const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
+    const koColor::Color& color = look.background;
+    gl->glClearColor(encoded(color[0]), encoded(color[1]), encoded(color[2]), 1.0F);
+    gl->glClear(GL_COLOR_BUFFER_BIT);
+    finish(look, writeText);
+}
+
+void WindowPainter::finish(const FrameLook& look, const WriteText& writeText) {
     writeText(fText);
     fText.paint(look.width, look.height);
     fWindow.swapBuffers();

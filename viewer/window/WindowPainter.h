@@ -28,10 +28,14 @@ public:
     void paint(const View& view, const FrameContent& content, const FrameLook& look, int factor,
                const WriteText& writeText);
 
+    /// Shows nothing but a background and what is written over it.
+    void paintBare(const FrameLook& look, const WriteText& writeText);
+
     /// Whether colours come out right, and averaging has an effect.
     bool develops() const { return fDevelops; }
 
 private:
+    void finish(const FrameLook& look, const WriteText& writeText);
     Canvas* canvasFor(const FrameLook& look, size_t factor);
 
     GLFrameBuffer& fWindow;

@@ -70,6 +70,31 @@ TEST(ChildProcess, tellsWhatBecameOfTheWork) {
     }
 }
 
+TEST(ChildStarter, runsChildrenOfAProcessMadeBefore) {
+    ChildStarter starter([](const std::string& order, int output) {
+        if (order == "crash")
+            std::abort();
+        while (order == "wait")
+            ::pause();
+        return ::write(output, order.data(), order.size()) > 0 && order != "fail";
+    });
+    std::string output;
+    const auto outcome = [&](const std::string& order, const std::function<void()>& whileWaiting = {}) {
+        const auto take = [&](ChildOutput& from) {
+            const std::vector<std::uint8_t> bytes = from.takeRest();
+            output.assign(bytes.begin(), bytes.end());
+        };
+        return starter.run(order, ChildLimits{size_t{256} << 20, 1}, take, whileWaiting).outcome;
+    };
+    EXPECT_EQ(outcome("work"), ChildOutcome::Done);
+    EXPECT_EQ(output, "work");
+    EXPECT_EQ(outcome("fail"), ChildOutcome::Failed);
+    EXPECT_EQ(outcome("crash"), ChildOutcome::Crashed);
+    EXPECT_EQ(outcome("wait"), ChildOutcome::OutOfTime);
+    EXPECT_THROW(outcome("wait", [] { throw 1; }), int) << "nobody waits for it any more";
+    EXPECT_EQ(outcome("more"), ChildOutcome::Done);
+}
+
 TEST(ChildProcess, handsTheOutputOverAndKeepsQuiet) {
     testing::internal::CaptureStdout();
     const ChildResult result = runInChild(

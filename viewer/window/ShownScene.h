@@ -1,0 +1,48 @@
+#pragma once
+
+#include "load/LoadModels.h"
+
+#include "frame/DrawnScene.h"
+#include "window/InteractiveView.h"
+
+#include <string>
+#include <vector>
+
+namespace orloview {
+
+/// A scene in the window, with all that it is drawn with and how it is looked at. Needs a current context to
+/// be made and to end.
+class ShownScene {
+public:
+    /// By the options that it was read by. Throws Failure where nothing of it can be drawn.
+    ShownScene(const Options& options, Scene&& loaded, const ProgressReport& report);
+
+    ShownScene(const ShownScene&) = delete;
+    ShownScene& operator=(const ShownScene&) = delete;
+
+    const Options& options() const { return fOptions; }
+    const Scene& scene() const { return fScene; }
+    InteractiveView& view() { return fView; }
+    DrawnScene& drawn() { return fDrawn; }
+
+    /// What it came from: models, what lies beside them, pictures.
+    std::vector<std::string> files() const;
+
+    /// As it is looked at now.
+    View currentView() const;
+
+    /// Looks through the file's next camera, and behind the last one as at first. Tells which; false where
+    /// the file has none.
+    bool lookThroughNextCamera(std::string& which);
+
+private:
+    Options fOptions;
+    Scene fScene;
+    Bounds fBounds; ///< of all that is drawn of the scene
+    Guides fGuides;
+    InteractiveView fView;
+    DrawnScene fDrawn;
+    size_t fNextCamera = 0;
+};
+
+} // namespace orloview
