@@ -97,6 +97,10 @@ void GLSession::startAhead(GLRoad road) {
     });
 }
 
+bool GLSession::hasWorkedAhead() {
+    return ahead() && ahead()->hasWorked();
+}
+
 bool GLSession::isStartingAhead() {
     return ahead() != nullptr;
 }

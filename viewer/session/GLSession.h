@@ -28,6 +28,9 @@ public:
     /// asked for. No process may be forked from here on but one that starts a program.
     static void startAhead(GLRoad road);
 
+    /// Waits until it has begun, and tells whether it will be there when it is asked for.
+    static bool hasWorkedAhead();
+
     /// Whether that was never asked for. It is somewhere inside a driver then: end the program by std::_Exit.
     static bool isStartingAhead();
 

@@ -42,9 +42,20 @@ void StartAhead::run() {
     sem_post(&fDone);
 }
 
-std::unique_ptr<GLSession> StartAhead::take() {
+void StartAhead::wait() {
     while (sem_wait(&fDone) != 0 && errno == EINTR) {
     }
+}
+
+bool StartAhead::hasWorked() {
+    wait();
+    const bool has = !fLine && fSession;
+    sem_post(&fDone);
+    return has;
+}
+
+std::unique_ptr<GLSession> StartAhead::take() {
+    wait();
     if (const char* line = fLine) {
         std::fputs(line, stderr);
         std::_Exit(kExitNoGL);

@@ -20,6 +20,9 @@ public:
     /// What `start` gives must have no context current on its thread any more.
     explicit StartAhead(Start start);
 
+    /// Waits for it, and tells whether there is something to take.
+    bool hasWorked();
+
     /// Waits for it. Null where there is none; where it broke down the program ends with one line and
     /// kExitNoGL.
     std::unique_ptr<GLSession> take();
@@ -36,6 +39,7 @@ public:
 
 private:
     void run();
+    void wait();
 
     Start fStart;
     std::unique_ptr<GLSession> fSession;

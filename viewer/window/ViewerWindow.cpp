@@ -111,6 +111,9 @@ public:
     void run();
 
 private:
+    void openWindow();
+    void waitForModel();
+
     // What is shown.
     void takeFolder(const std::string& folder);
     void open(const Options& options);
@@ -178,16 +181,7 @@ ViewerWindow::ViewerWindow(const Options& options, Progress& progress)
         takeFolder(model);
     if (!options.demo)
         open(fOptions);
-    try {
-        fGL = GLSession::forWindow(options.glWatch());
-        fDisplay = fGL->display();
-        fLineHeight = lineHeightOn(fDisplay);
-        fWindow.emplace(fDisplay, titleOf(fOptions), options.width, options.height);
-    } catch (const Failure&) {
-        if (fOpening)
-            fOpening->take(); // what is wrong with the model is told before
-        throw;
-    }
+    openWindow();
     fPainter.emplace(fWindow->buffer());
     fDrops.emplace(fDisplay, fWindow->window());
     if (options.verbose && !fPainter->develops())
@@ -195,6 +189,29 @@ ViewerWindow::ViewerWindow(const Options& options, Progress& progress)
     CallCounter::install();
     if (options.demo)
         show(options, Fountain().scene());
+}
+
+/// What is wrong with the model is told before what is wrong with OpenGL.
+void ViewerWindow::openWindow() {
+    GLSession::startAhead(GLRoad::X11);
+    if (!GLSession::hasWorkedAhead())
+        waitForModel();
+    fGL = GLSession::forWindow(fOptions.glWatch());
+    fDisplay = fGL->display();
+    fLineHeight = lineHeightOn(fDisplay);
+    try {
+        fWindow.emplace(fDisplay, titleOf(fOptions), fOptions.width, fOptions.height);
+    } catch (const Failure&) {
+        waitForModel();
+        throw;
+    }
+}
+
+/// Throws where it can't be read.
+void ViewerWindow::waitForModel() {
+    if (fOpening)
+        fOpening->take();
+    fOpening.reset();
 }
 
 ViewerWindow::~ViewerWindow() {
