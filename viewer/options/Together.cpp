@@ -50,8 +50,8 @@ void checkOwnShader(const Options& options) {
 /// Parts are put together row by row.
 void checkParts(const Options& options) {
     const char* const given = options.join > 0 ? "--join" : "--only";
-    const auto format = options.output == "-" ? std::nullopt : formatOf(options.output);
-    if (!format)
+    const std::optional<PictureFormat> format = formatOf(options.output);
+    if (!format || options.output == "-")
         throw Failure(kExitUsage,
                       std::string(given) + ": give -o and the name of the whole, such as -o poster.png");
     if ((*format == PictureFormat::Jpeg || *format == PictureFormat::Bmp) && !options.isSeries())
