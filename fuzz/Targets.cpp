@@ -8,6 +8,7 @@
 #include "import/ObjReader.h"
 #include "import/PlyReader.h"
 #include "import/TableReader.h"
+#include "scene/Poser.h"
 #include "texture/PictureDecoder.h"
 #include "texture/SkyRows.h"
 
@@ -38,11 +39,15 @@ void demand(bool condition, const char* what) {
     std::abort();
 }
 
-/// Reads a model: what comes out has to hold together.
+/// Reads a model: what comes out has to hold together, also while it moves.
 template <typename Read>
 void readScene(Read read) {
     try {
-        demand(orloview::isConsistent(read()), "the scene doesn't hold together");
+        orloview::Scene scene = read();
+        demand(orloview::isConsistent(scene), "the scene doesn't hold together");
+        orloview::Poser poser(scene);
+        poser.pose(0.7);
+        demand(orloview::isConsistent(scene), "the scene falls apart as it moves");
     } catch (const orloview::ImportError&) {
     }
 }

@@ -54,14 +54,13 @@ constexpr size_t kMostAtOnce = 3;
 /// Everything that is drawn, made and ended in the order that contexts ask for.
 class PictureSession {
 public:
-    PictureSession(const Options& options, const Scene& scene, Progress& progress)
-        : fOptions(options), fScene(scene), fProgress(progress),
-          fGuides(makeGuides(scene.bounds(), upOf(options))),
-          fBounds(
-              boundsWith(drawnBounds(options, scene), fGuides, options.grid, options.axes, options.ground)),
-          fView(chooseView(options, scene, fBounds)),
-          fGL(GLSession::forPictures(options.glRoad, options.glWatch())),
-          fDrawn(scene, fGuides, options, progress.report()) {
+    PictureSession(const Options& options, Poser& poser, Progress& progress)
+        : fOptions(options), fPoser(poser), fScene(poser.scene()), fProgress(progress),
+          fGuides(makeGuides(fScene.bounds(), upOf(options))), fEye(eyeAtStart(options, poser)),
+          fBounds(boundsNow()), fGL(GLSession::forPictures(options.glRoad, options.glWatch())),
+          fDrawn(fScene, fGuides, options, progress.report()) {
+        if (options.time)
+            show(*options.time);
         if (options.stats)
             CallCounter::install();
         CallCounter::take();
@@ -105,30 +104,30 @@ public:
 
     /// The eye goes round the target once, to the right.
     void writeTurntable() {
-        const Viewpoint start = chooseEye(fOptions, fScene);
         const koLinear::Vector up = scaled(upOf(fOptions), 1.0 / length(upOf(fOptions)));
         const double aspect = static_cast<double>(fOptions.width) / fOptions.height;
         writeSeries(fOptions.turntable, [&](int i) {
             const double angle = 2.0 * std::numbers::pi * i / fOptions.turntable;
-            Viewpoint eye = start;
+            Viewpoint eye = fEye;
             for (koLinear::Vector* axis : {&eye.right, &eye.up, &eye.back})
                 *axis = turned(*axis, up, angle);
             return viewFrom(eye, fBounds, aspect);
         });
     }
 
-    /// The demo, 30 pictures a second.
     void writeFrames() {
+        const double start = fOptions.time.value_or(0.0);
         writeSeries(fOptions.frames, [&](int i) {
-            fDrawn.animate(i / 30.0);
-            return fView;
+            show(start + i / fOptions.framesPerSecond);
+            return view();
         });
+        show(start);
     }
 
     void writeDepth() {
         fProgress.begin(Progress::Stage::Draw);
         const std::vector<float> depth =
-            renderDepth(fView, content(), lookOf(fOptions, fScene), fOptions.sampling, fProgress.report());
+            renderDepth(view(), content(), lookOf(fOptions, fScene), fOptions.sampling, fProgress.report());
         fProgress.begin(Progress::Stage::Write);
         orloview::writeDepth(fOptions.depth, fOptions.width, fOptions.height, depth);
         told(fOptions.depth);
@@ -149,6 +148,29 @@ private:
         std::unique_ptr<PictureFile> picture;
     };
 
+    static Viewpoint eyeAtStart(const Options& options, Poser& poser) {
+        poser.pose(0.0);
+        return chooseEye(options, poser.scene());
+    }
+
+    /// Shows what moves at a time, in seconds.
+    void show(double time) {
+        if (fOptions.demo)
+            fDrawn.animate(time);
+        const Moved& moved = fPoser.pose(time);
+        if (!fPoser.moves())
+            return;
+        fDrawn.follow(moved, fPoser.bounds());
+        fBounds = boundsNow();
+    }
+
+    Bounds boundsNow() const {
+        return boundsWith(drawnBounds(fOptions, fScene, fPoser.bounds()), fGuides, fOptions.grid,
+                          fOptions.axes, fOptions.ground);
+    }
+
+    View view() const { return chooseView(fOptions, fScene, fEye, fBounds); }
+
     FrameContent content() { return fDrawn.content(); }
 
     PictureRenderer renderer(int pictures) const {
@@ -156,7 +178,7 @@ private:
     }
 
     void draw(PictureRenderer& single, PictureFile& picture, const FrameCosts& costs = {}) {
-        single.render(fView, content(), picture, fProgress.report(), costs);
+        single.render(view(), content(), picture, fProgress.report(), costs);
         single.finish();
     }
 
@@ -216,12 +238,13 @@ private:
     }
 
     const Options& fOptions;
+    Poser& fPoser;
     const Scene& fScene;
     Progress& fProgress;
     Workers fWorkers;
     Guides fGuides;
+    Viewpoint fEye; ///< for how the scene stands at time 0
     Bounds fBounds; ///< round all that is drawn
-    View fView;
     std::unique_ptr<GLSession> fGL;
     DrawnScene fDrawn;
 };
@@ -232,7 +255,7 @@ const char* nameOf(Shading shading) {
 
 } // namespace
 
-std::string compareShadings(const Options& options, const Scene& scene, Progress& progress) {
+std::string compareShadings(const Options& options, Poser& poser, Progress& progress) {
     std::array<std::vector<std::uint8_t>, 2> pictures;
     for (size_t i = 0; i < 2; ++i) {
         Options shaded = options;
@@ -240,7 +263,7 @@ std::string compareShadings(const Options& options, const Scene& scene, Progress
         shaded.toneMap = options.toneMap.value_or(ToneMap::Cut); // of one kind, whatever the shading
         progress.begin(Progress::Stage::Prepare);
         progress.clear();
-        pictures[i] = PictureSession(shaded, scene, progress).picture();
+        pictures[i] = PictureSession(shaded, poser, progress).picture();
     }
     progress.finish();
     int largest = 0;
@@ -264,10 +287,10 @@ std::string compareShadings(const Options& options, const Scene& scene, Progress
            ": largest difference " + std::to_string(largest) + " of 255" + at + ", mean " + mean + "\n";
 }
 
-int writePictures(const Options& options, const Scene& scene, bool isWhole, Progress& progress) {
+int writePictures(const Options& options, Poser& poser, bool isWhole, Progress& progress) {
     progress.begin(Progress::Stage::Prepare);
     progress.clear();
-    PictureSession session(options, scene, progress);
+    PictureSession session(options, poser, progress);
     if (options.turntable > 0)
         session.writeTurntable();
     else if (options.frames > 0)

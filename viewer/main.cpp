@@ -143,17 +143,20 @@ int run(int argc, const char* const* argv) {
         return kExitDone;
     }
     Loaded loaded = load(options, progress);
+    Poser poser = poserFor(options, loaded.scene);
     if (options.info) {
         progress.finish();
+        poser.pose(options.time.value_or(0.0));
+        loaded.scene.measure();
         print(options.json ? describeJson(loaded.scene) : describe(loaded.scene));
         return loaded.complete ? kExitDone : kExitIncomplete;
     }
     prepareForDrawing(options, loaded.scene);
     if (options.compare)
-        print(compareShadings(options, loaded.scene, progress));
+        print(compareShadings(options, poser, progress));
     if (options.compare && !options.writes())
         return loaded.complete ? kExitDone : kExitIncomplete;
-    return writePictures(options, loaded.scene, loaded.complete, progress);
+    return writePictures(options, poser, loaded.complete, progress);
 }
 
 /// With what goes wrong told.

@@ -2,49 +2,13 @@
 """Where glTF's morph targets, skins and copies put vertices, against arithmetic of this file's own; what is told of
 what isn't drawn. Usage: gltf_test.py ORLOVIEW [unittest arguments]"""
 
-import base64
 import json
 import os
 import random
-import struct
 import unittest
 
+from viewer_files import File, rows_of
 from viewer_program import ViewerProgram
-
-
-class File:
-    """A glTF file that grows."""
-
-    def __init__(self):
-        self.buffer = b""
-        self.json = {"asset": {"version": "2.0"}, "nodes": [{"mesh": 0}], "scenes": [{"nodes": [0]}], "accessors": [], "bufferViews": []}
-
-    def view(self, data):
-        self.json["bufferViews"].append({"buffer": 0, "byteOffset": len(self.buffer), "byteLength": len(data)})
-        self.buffer += data + bytes(-len(data) % 4)
-        return len(self.json["bufferViews"]) - 1
-
-    def accessor(self, rows, form="f", code=5126):
-        data = b"".join(struct.pack(f"<{len(row)}{form}", *row) for row in rows)
-        kind = {1: "SCALAR", 2: "VEC2", 3: "VEC3", 4: "VEC4", 16: "MAT4"}[len(rows[0])]
-        self.json["accessors"].append({"bufferView": self.view(data), "componentType": code, "count": len(rows), "type": kind})
-        return len(self.json["accessors"]) - 1
-
-    def sparse(self, count, rows):
-        """Zeros but for these, by their index."""
-        indices = self.view(struct.pack(f"<{len(rows)}H", *rows))
-        values = self.view(b"".join(struct.pack("<3f", *row) for row in rows.values()))
-        sparse = {"count": len(rows), "indices": {"bufferView": indices, "componentType": 5123}, "values": {"bufferView": values}}
-        self.json["accessors"].append({"componentType": 5126, "count": count, "type": "VEC3", "sparse": sparse})
-        return len(self.json["accessors"]) - 1
-
-    def text(self, **changes):
-        uri = "data:application/octet-stream;base64," + base64.b64encode(self.buffer).decode()
-        return json.dumps({**self.json, "buffers": [{"byteLength": len(self.buffer), "uri": uri}], **changes})
-
-
-def rows_of(count, width, random_number):
-    return [[struct.unpack("<f", struct.pack("<f", random_number()))[0] for _ in range(width)] for _ in range(count)]
 
 
 class Gltf(ViewerProgram):
@@ -119,15 +83,6 @@ class Gltf(ViewerProgram):
             told = self.told(file.text(nodes=node(attributes)), expect=3)
             self.assertEqual(told["groups"], 1)
             self.assertIn(words, told["warnings"][0])
-
-    def test_animations_are_told_of_with_their_lengths(self):
-        file = File()
-        corners = {"POSITION": file.accessor([[0, 0, 0], [1, 0, 0], [0, 1, 0]])}
-        file.json["accessors"] += [{"componentType": 5126, "count": 2, "type": "SCALAR", "max": [last]} for last in (2.5, 0.5)]
-        moves = [{"name": name, "samplers": [{"input": i} for i in times]} for name, times in (("wave", (1, 2)), ("", (9,)))]
-        told = self.told(file.text(meshes=[{"primitives": [{"attributes": corners}]}], animations=moves), expect=3)
-        self.assertEqual(told["animations"], [{"name": "wave", "seconds": 2.5}, {"name": "", "seconds": 0}])
-        self.assertRegex(told["warnings"][1], r"the length of the animation animations\[1\]: .*input")
 
     def test_variants_are_chosen_by_name(self):
         file = File()

@@ -193,7 +193,7 @@ class Particles(ViewerProgram):
             (["--sprite-images", "a.png", table], "--particles sprites"),
             (["--demo", "fire"], "give particles"),
             (["--demo", "particles", table], "leave"),
-            (["--frames", "3", table], "--demo"),
+            (["--frames", "3", table], "--turntable"),
             (["--turntable", "3", "--demo", "particles"], "--frames"),
         ):
             self.fails(1, [*arguments, *out], arguments[0], word)

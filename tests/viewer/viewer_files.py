@@ -160,3 +160,38 @@ def textured(quads, materials, pictures, samplers=({},), textures=None):
     document["scenes"][0]["nodes"] = list(range(len(document["nodes"])))
     document["buffers"] = [{"byteLength": len(buffer), "uri": "data:application/octet-stream;base64," + base64.b64encode(buffer).decode()}]
     return json.dumps(document)
+
+
+class File:
+    """A glTF file that grows, its buffer inside."""
+
+    def __init__(self):
+        self.buffer = b""
+        self.json = {"asset": {"version": "2.0"}, "nodes": [{"mesh": 0}], "scenes": [{"nodes": [0]}], "accessors": [], "bufferViews": []}
+
+    def view(self, data):
+        self.json["bufferViews"].append({"buffer": 0, "byteOffset": len(self.buffer), "byteLength": len(data)})
+        self.buffer += data + bytes(-len(data) % 4)
+        return len(self.json["bufferViews"]) - 1
+
+    def accessor(self, rows, form="f", code=5126):
+        data = b"".join(struct.pack(f"<{len(row)}{form}", *row) for row in rows)
+        kind = {1: "SCALAR", 2: "VEC2", 3: "VEC3", 4: "VEC4", 16: "MAT4"}[len(rows[0])]
+        self.json["accessors"].append({"bufferView": self.view(data), "componentType": code, "count": len(rows), "type": kind})
+        return len(self.json["accessors"]) - 1
+
+    def sparse(self, count, rows):
+        """Zeros but for these, by their index."""
+        indices = self.view(struct.pack(f"<{len(rows)}H", *rows))
+        values = self.view(b"".join(struct.pack("<3f", *row) for row in rows.values()))
+        sparse = {"count": len(rows), "indices": {"bufferView": indices, "componentType": 5123}, "values": {"bufferView": values}}
+        self.json["accessors"].append({"componentType": 5126, "count": count, "type": "VEC3", "sparse": sparse})
+        return len(self.json["accessors"]) - 1
+
+    def text(self, **changes):
+        uri = "data:application/octet-stream;base64," + base64.b64encode(self.buffer).decode()
+        return json.dumps({**self.json, "buffers": [{"byteLength": len(self.buffer), "uri": uri}], **changes})
+
+
+def rows_of(count, width, random_number):
+    return [[struct.unpack("<f", struct.pack("<f", random_number()))[0] for _ in range(width)] for _ in range(count)]

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -126,10 +127,10 @@ Culling::Culling(DrawableScene& drawable) : fDrawable(drawable), fGroups(drawabl
 void Culling::addBoxes() {
     const Scene& scene = fDrawable.scene();
     const Bounds all = scene.bounds();
-    std::vector<Bounds> meshes;
-    meshes.reserve(scene.meshes.size());
+    fMeshBounds.reserve(scene.meshes.size());
     for (const Mesh& mesh : scene.meshes)
-        meshes.push_back(boundsOf(mesh));
+        fMeshBounds.push_back(boundsOf(mesh));
+    fPlaces.assign(fGroups.size(), -1);
 
     struct Box {
         std::uint64_t place;
@@ -142,7 +143,7 @@ void Culling::addBoxes() {
         const auto mesh = static_cast<size_t>(instance.mesh);
         if (scene.meshes[mesh].topology != Topology::Triangles)
             continue;
-        std::vector<float> corners = cornersRound(meshes[mesh], instance.toWorld);
+        std::vector<float> corners = cornersRound(fMeshBounds[mesh], instance.toWorld);
         if (corners.empty())
             continue;
         fGroups[i].hides = fDrawable.materialOf(i).alphaMode == AlphaMode::Opaque;
@@ -156,16 +157,48 @@ void Culling::addBoxes() {
         boxes.push_back({interleaved(cell), i, std::move(corners)});
     }
     std::sort(boxes.begin(), boxes.end(), [](const Box& a, const Box& b) { return a.place < b.place; });
+    fFaces.resize(boxes.size() * kFaceIndices);
     for (const Box& box : boxes) {
-        const auto firstCorner = static_cast<std::uint32_t>(fCorners.size() / 3);
-        std::array<std::uint32_t, kFaceIndices> faces = kBoxFaces;
-        if (scene.instances[box.instance].toWorld.determinant() < 0.0)
-            std::reverse(faces.begin(), faces.end());
-        for (const std::uint32_t corner : faces)
-            fFaces.push_back(firstCorner + corner);
         fCorners.insert(fCorners.end(), box.corners.begin(), box.corners.end());
+        fPlaces[box.instance] = static_cast<int>(fBoxed.size());
         fBoxed.push_back(box.instance);
+        setFaces(fBoxed.size() - 1);
     }
+}
+
+/// Where its map turns a box inside out, they go round the other way.
+void Culling::setFaces(size_t place) {
+    std::array<std::uint32_t, kFaceIndices> faces = kBoxFaces;
+    if (fDrawable.scene().instances[fBoxed[place]].toWorld.determinant() < 0.0)
+        std::reverse(faces.begin(), faces.end());
+    for (size_t i = 0; i < kFaceIndices; ++i)
+        fFaces[place * kFaceIndices + i] = static_cast<std::uint32_t>(place * kCorners) + faces[i];
+}
+
+void Culling::follow(const Moved& moved) {
+    const Scene& scene = fDrawable.scene();
+    for (const Moved::Bent& bent : moved.meshes)
+        fMeshBounds[bent.mesh] = boundsOf(scene.meshes[bent.mesh]);
+    const bool isBuffered = fCornerObject.fBufferName != 0 && fCornerObject.bind();
+    for (const size_t i : moved.instances) {
+        const Instance& instance = scene.instances[i];
+        const std::vector<float> corners =
+            fPlaces[i] < 0 ? std::vector<float>()
+                           : cornersRound(fMeshBounds[static_cast<size_t>(instance.mesh)], instance.toWorld);
+        if (corners.empty())
+            continue;
+        const auto place = static_cast<size_t>(fPlaces[i]);
+        std::ranges::copy(corners, &fCorners[place * corners.size()]);
+        setFaces(place);
+        if (isBuffered)
+            fCornerObject.bufferSubData(static_cast<long>(place * corners.size() * sizeof(float)),
+                                        static_cast<long>(corners.size() * sizeof(float)), corners.data());
+        Cluster& cluster = *std::prev(std::ranges::upper_bound(fClusters, place, {}, &Cluster::first));
+        cluster.known = false;
+        cluster.stale = cluster.asked;
+    }
+    if (isBuffered)
+        fCornerObject.unbind();
 }
 
 void Culling::classify(const View& view) {

@@ -48,6 +48,9 @@ public:
     /// After a frame that was guessed: needs its depth.
     void ask();
 
+    /// Follows the scene into another pose. What has moved is drawn until there are answers about its place.
+    void follow(const Moved& moved);
+
 private:
     struct Group {
         bool hides = false; ///< opaque triangles
@@ -70,6 +73,7 @@ private:
     };
 
     void addBoxes();
+    void setFaces(size_t place);
     void classify(const View& view);
     void classify(size_t place, const koLinear::ProjMatrix& toClip);
     void setBoxArrays();
@@ -83,6 +87,8 @@ private:
     void collect();
 
     DrawableScene& fDrawable;
+    std::vector<Bounds> fMeshBounds;   ///< as Scene::meshes
+    std::vector<int> fPlaces;          ///< as Scene::instances: their places in fBoxed; -1: none
     std::vector<Group> fGroups;        ///< as Scene::instances
     std::vector<size_t> fBoxed;        ///< instances that have a box, neighbours beside each other
     std::vector<float> fCorners;       ///< of the boxes of fBoxed, in world space: eight, x, y, z each

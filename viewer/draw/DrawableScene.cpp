@@ -1,5 +1,7 @@
 #include "draw/DrawableScene.h"
 
+#include "scene/Bending.h"
+
 #include <algorithm>
 
 #include <gl/GLFunctionTable.h>
@@ -41,6 +43,33 @@ GLenum modeOf(Topology topology) {
     return GL_TRIANGLES;
 }
 
+/// The attribute of a mesh that a stream has.
+size_t attributeOf(const GeometryData& stream) {
+    switch (stream.fDataType) {
+    case GeometryData::kPosition:
+        return kPositions;
+    case GeometryData::kNormal:
+        return kNormals;
+    case GeometryData::kTangent:
+        return kTangents;
+    case GeometryData::kColor:
+        return kColors;
+    default:
+        return kUvAttribute;
+    }
+}
+
+/// A stream that has changed into the buffer object that it is in; in client memory it is drawn as it is.
+void uploadAgain(const GeometryData& stream) {
+    GLObject* const object = GLObject::from(stream.fHanger);
+    if (!object || !object->bind())
+        return;
+    object->bufferSubData(
+        0, static_cast<long>(size_t{stream.fElementCount} * stream.fComponentsPerElement * sizeof(float)),
+        stream.fData);
+    object->unbind();
+}
+
 uint32_t sourceOf(bool isThere) {
     return isThere ? GLRouting::kFromGeometry : GLRouting::kUnused;
 }
@@ -73,21 +102,21 @@ DrawableScene::DrawableScene(const Scene& scene, Shading shading, const Progress
         fDrawables.push_back(makeDrawable(mesh));
         tell(report, static_cast<double>(fDrawables.size()), static_cast<double>(scene.meshes.size()));
     }
-    std::vector<size_t> blended;
-    std::vector<Bounds> boxes;
     for (size_t i = 0; i < scene.instances.size(); ++i) {
         fHasUnlit = fHasUnlit || !isLit(i);
-        if (materialOf(i).alphaMode == AlphaMode::Blend) {
-            blended.push_back(i);
-            boxes.push_back(boundsOf(meshOf(i), scene.instances[i].toWorld));
-        } else {
-            fOpaque.push_back(i);
-        }
+        (materialOf(i).alphaMode == AlphaMode::Blend ? fBlendedInstances : fOpaque).push_back(i);
     }
-    fBlended = std::make_unique<BlendedElements>(scene, blended, boxes);
+    sortBlended();
 }
 
 DrawableScene::~DrawableScene() = default;
+
+void DrawableScene::sortBlended() {
+    std::vector<Bounds> boxes;
+    for (const size_t i : fBlendedInstances)
+        boxes.push_back(boundsOf(meshOf(i), fScene.instances[i].toWorld));
+    fBlended = std::make_unique<BlendedElements>(fScene, fBlendedInstances, boxes);
+}
 
 std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh& mesh) const {
     auto drawable = std::make_unique<Drawable>();
@@ -103,7 +132,7 @@ std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh&
     drawable->hasNormals = !mesh.normals.empty();
 
     if (fTextures)
-        addColors(mesh, *drawable);
+        setColors(mesh, *drawable);
     const std::vector<float>& colors = fTextures ? drawable->colors : mesh.colors;
     addStream(GeometryData::kColor, 4, colors);
     drawable->hasColors = !colors.empty();
@@ -118,15 +147,14 @@ std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh&
     return drawable;
 }
 
-void DrawableScene::addColors(const Mesh& mesh, Drawable& drawable) const {
+void DrawableScene::setColors(const Mesh& mesh, Drawable& drawable) const {
     const Material& material = fScene.materialOf(mesh);
-    drawable.colors.reserve(mesh.colors.size());
+    drawable.colors.resize(mesh.colors.size());
     for (size_t i = 0; i + 3 < mesh.colors.size(); i += 4) {
         koColor::Color color;
         for (int channel = 0; channel < 4; ++channel)
             color[channel] = mesh.colors[i + channel] * material.baseColor[channel];
-        const koColor::Color stored = storedColor(material, color);
-        drawable.colors.insert(drawable.colors.end(), stored.data(), stored.data() + 4);
+        std::copy_n(storedColor(material, color).data(), 4, &drawable.colors[i]);
     }
 }
 
@@ -280,6 +308,23 @@ void DrawableScene::uploadIndices(const Mesh& mesh, Drawable& drawable) {
         drawable.group.indexRecord(0)->setHanger(object.release()); // the group's from here on
     else
         drawable.indices = std::move(object);
+}
+
+void DrawableScene::follow(const Moved& moved) {
+    for (const Moved::Bent& bent : moved.meshes) {
+        Drawable& drawable = *fDrawables[bent.mesh];
+        std::array<bool, kUvAttribute + 1> isChanged{};
+        for (const size_t attribute : bent.attributes)
+            isChanged[std::min<size_t>(attribute, kUvAttribute)] = true;
+        if (isChanged[kColors] && fTextures)
+            setColors(fScene.meshes[bent.mesh], drawable);
+        for (size_t i = 0; i < drawable.group.streamCount(); ++i)
+            if (GeometryData& stream = *drawable.group.stream(i); isChanged[attributeOf(stream)])
+                uploadAgain(stream);
+    }
+    if (std::ranges::any_of(moved.instances,
+                            [this](size_t i) { return materialOf(i).alphaMode == AlphaMode::Blend; }))
+        sortBlended();
 }
 
 void DrawableScene::upload(const ProgressReport& report) {

@@ -3,6 +3,7 @@
 #include "base/ProgressReport.h"
 #include "draw/BlendedElements.h"
 #include "draw/Shading.h"
+#include "scene/Poser.h"
 #include "scene/Scene.h"
 #include "texture/SceneTextures.h"
 
@@ -34,6 +35,9 @@ public:
 
     /// Uploads what a first frame would, and the textures.
     void upload(const ProgressReport& report);
+
+    /// Follows the scene into another pose: uploads what has changed of meshes that are uploaded.
+    void follow(const Moved& moved);
 
     /// Pictures that were left out or reduced, a line each. Filled by `upload`.
     std::vector<std::string> warnings() const;
@@ -92,7 +96,8 @@ private:
     };
 
     std::unique_ptr<Drawable> makeDrawable(const Mesh& mesh) const;
-    void addColors(const Mesh& mesh, Drawable& drawable) const;
+    void setColors(const Mesh& mesh, Drawable& drawable) const;
+    void sortBlended();
     void addUvStreams(const Mesh& mesh, Drawable& drawable) const;
     const Mesh& meshOf(size_t instance) const { return fScene.meshes[fScene.instances[instance].mesh]; }
     Drawable& drawableOf(size_t instance) { return *fDrawables[fScene.instances[instance].mesh]; }
@@ -106,6 +111,7 @@ private:
     GLRouting fRouting;
     std::vector<std::unique_ptr<Drawable>> fDrawables; ///< as Scene::meshes
     std::vector<size_t> fOpaque;
+    std::vector<size_t> fBlendedInstances;
     bool fHasUnlit = false;
     std::unique_ptr<BlendedElements> fBlended;
 };

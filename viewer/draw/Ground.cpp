@@ -1,7 +1,6 @@
 #include "draw/Ground.h"
 
 #include "base/ExitCode.h"
-#include "draw/Canvas.h"
 #include "draw/DepthFrame.h"
 #include "draw/GL.h"
 #include "draw/Placed.h"
@@ -10,7 +9,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <memory>
 
 #include <state/GLCamera.h>
 #include <state/GLPassState.h>
@@ -107,10 +105,11 @@ Ground::~Ground() {
 
 /// How high the lowest is that stands over each place, seen from below; infinite where nothing does. Rows
 /// ahead.
-std::vector<float> Ground::heights(DrawableScene& drawable) const {
-    Canvas canvas(Canvas::Kind::Picture, kPixels, kPixels);
-    canvas.makeCurrent();
-    canvas.target().makeCurrent();
+std::vector<float> Ground::heights(DrawableScene& drawable) {
+    if (!fCanvas)
+        fCanvas = std::make_unique<Canvas>(Canvas::Kind::Picture, kPixels, kPixels);
+    fCanvas->makeCurrent();
+    fCanvas->target().makeCurrent();
     beginDepthFrame(kPixels);
     // Looking up, what is to the right of one who looks ahead is to the left: mirrored, it is no more.
     GLCamera camera;
@@ -119,7 +118,7 @@ std::vector<float> Ground::heights(DrawableScene& drawable) const {
     camera.bind();
     for (size_t index = 0; index < drawable.scene().instances.size(); ++index)
         drawPlaced(drawable, index, [&] { drawable.drawShape(index); });
-    const std::unique_ptr<PixelArray2D> depth(canvas.target().readDepthBuffer(0, 0, kPixels, kPixels));
+    const std::unique_ptr<PixelArray2D> depth(fCanvas->target().readDepthBuffer(0, 0, kPixels, kPixels));
     if (!depth)
         throw Failure(kExitNoGL, "--ground: this OpenGL gives no depth back; leave it out");
     const auto* values = static_cast<const float*>(depth->data());
@@ -132,8 +131,9 @@ std::vector<float> Ground::heights(DrawableScene& drawable) const {
 }
 
 void Ground::update(DrawableScene& drawable) {
-    if (fShade)
+    if (fIsFound)
         return;
+    fIsFound = true;
     const std::vector<float> shade = shadeFrom(heights(drawable), 2.0 * fSide / kPixels);
     std::vector<std::uint8_t> texels(shade.size() * 4);
     for (int y = 0; y < kPixels; ++y) {
@@ -143,8 +143,10 @@ void Ground::update(DrawableScene& drawable) {
             texels[i * 4 + 3] = static_cast<std::uint8_t>(std::lround(255.0F * dark));
         }
     }
-    fShade = new GLTexture2D(kRasterRGBA8, false);
-    fShade->ref();
+    if (!fShade) {
+        fShade = new GLTexture2D(kRasterRGBA8, false);
+        fShade->ref();
+    }
     gl().glActiveTexture(GL_TEXTURE0);
     fShade->GLloadImage(texels.data(), kPixels, kPixels);
     GLTexUsage::setWrapMode(GL_TEXTURE_2D, IHWTexUsage::kClampToEdge, IHWTexUsage::kClampToEdge);

@@ -136,6 +136,7 @@ SceneParticles::SceneParticles(const Scene& scene, const ParticleOptions& option
             continue;
         const Instance& instance = scene.instances[i];
         Cloud& cloud = fClouds.emplace_back();
+        cloud.instance = i;
         cloud.toWorld = instance.toWorld;
         cloud.data.reset(new ParticleData);
         cloud.data->ref();
@@ -261,6 +262,18 @@ void SceneParticles::replace(const Mesh& mesh) {
         return;
     fill(fClouds.front(), mesh);
     pickTextures(fClouds.front());
+}
+
+void SceneParticles::follow(const Moved& moved) {
+    for (Cloud& cloud : fClouds) {
+        if (!std::ranges::binary_search(moved.instances, cloud.instance))
+            continue;
+        const Instance& instance = fScene.instances[cloud.instance];
+        cloud.toWorld = instance.toWorld;
+        const float side = cloud.side; // sprites keep their size
+        fill(cloud, fScene.meshes[instance.mesh]);
+        cloud.side = side;
+    }
 }
 
 void SceneParticles::draw(const koLinear::AffineMatrix& worldToEye, const FrameLook& look) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "draw/Particles.h"
+#include "scene/Poser.h"
 #include "scene/Scene.h"
 #include "texture/TextureStore.h"
 
@@ -43,6 +44,9 @@ public:
     /// Puts the vertices of `mesh` in the place of those of the first points of the scene.
     void replace(const Mesh& mesh);
 
+    /// Follows the scene into another pose.
+    void follow(const Moved& moved);
+
     /// Draws all, farthest first where they shine through. Needs the camera and the lights bound, and no
     /// shader. Leaves GL's own lighting off, blending on, and unit 0 without a texture.
     void draw(const koLinear::AffineMatrix& worldToEye, const FrameLook& look);
@@ -52,6 +56,7 @@ private:
         void operator()(koSharedObject::SharedObject* object) const { object->unref(); }
     };
     struct Cloud {
+        size_t instance;
         koLinear::AffineMatrix toWorld;
         std::unique_ptr<ParticleData, Unref> data;
         std::unique_ptr<GLParticleDrawBase> drawer;

@@ -93,6 +93,17 @@ void DrawnScene::upload(const ProgressReport& report) {
     fShaders->upload([&] { tell(report, share * (1.0 + ++done / all), 1.0); });
 }
 
+void DrawnScene::follow(const Moved& moved, const Bounds& bounds) {
+    fDrawable.follow(moved);
+    if (fCulling)
+        fCulling->follow(moved);
+    if (fParticles)
+        fParticles->follow(moved);
+    fGround.follow();
+    if (fShadows)
+        fShadows->follow(bounds);
+}
+
 std::vector<std::string> DrawnScene::warnings() const {
     std::vector<std::string> warnings = fDrawable.warnings();
     for (const std::vector<std::string>& more :

@@ -4,6 +4,7 @@
 #include "frame/Frame.h"
 #include "options/Options.h"
 #include "scene/Guides.h"
+#include "scene/Poser.h"
 #include "shading/CgLanguage.h"
 
 #include <memory>
@@ -38,6 +39,9 @@ public:
 
     /// Shows the demo at a time, in seconds.
     void animate(double seconds) { fParticles->replace(fFountain->dropsAt(seconds)); }
+
+    /// Follows the scene into another pose, in which all is within `bounds`.
+    void follow(const Moved& moved, const Bounds& bounds);
 
     FrameContent content() {
         return {fDrawable,

@@ -1,11 +1,11 @@
 #include "frame/ViewAndLook.h"
 
 #include "base/ExitCode.h"
+#include "options/Values.h"
 #include "output/Picture.h"
 #include "scene/Vectors.h"
 
 #include <algorithm>
-#include <charconv>
 #include <numbers>
 
 namespace orloview {
@@ -13,21 +13,7 @@ namespace orloview {
 namespace {
 
 const Camera& findCamera(const std::string& wanted, const Scene& scene) {
-    for (const Camera& camera : scene.cameras) {
-        if (camera.name == wanted)
-            return camera;
-    }
-    size_t index = 0;
-    const auto [end, error] = std::from_chars(wanted.data(), wanted.data() + wanted.size(), index);
-    if (error == std::errc() && end == wanted.data() + wanted.size() && index < scene.cameras.size())
-        return scene.cameras[index];
-    if (scene.cameras.empty())
-        throw Failure(kExitUsage, "--camera " + wanted + ": the model has no camera; leave --camera out");
-    std::string known;
-    for (size_t i = 0; i < scene.cameras.size(); ++i)
-        known += (i ? ", " : "") + std::to_string(i) +
-                 (scene.cameras[i].name.empty() ? "" : " (" + scene.cameras[i].name + ")");
-    throw Failure(kExitUsage, "--camera " + wanted + ": the model has no such camera; it has " + known);
+    return scene.cameras[indexOf("camera", wanted, scene.cameras)];
 }
 
 koColor::Color linearBackground(const std::array<float, 4>& srgb) {
@@ -67,8 +53,7 @@ std::optional<SkyLight> skyOf(const Options& options) {
     return sky;
 }
 
-Bounds drawnBounds(const Options& options, const Scene& scene) {
-    Bounds bounds = scene.bounds();
+Bounds drawnBounds(const Options& options, const Scene& scene, Bounds bounds) {
     if (options.particles)
         extendByParticles(bounds, scene, *options.particles);
     return bounds;
@@ -114,11 +99,11 @@ Viewpoint chooseEye(const Options& options, const Scene& scene) {
                     outline, aspect);
 }
 
-View chooseView(const Options& options, const Scene& scene, const Bounds& bounds) {
+View chooseView(const Options& options, const Scene& scene, const Viewpoint& eye, const Bounds& bounds) {
     const double aspect = static_cast<double>(options.width) / options.height;
     if (options.camera)
         return viewThrough(findCamera(*options.camera, scene), bounds, aspect);
-    return viewFrom(chooseEye(options, scene), bounds, aspect);
+    return viewFrom(eye, bounds, aspect);
 }
 
 } // namespace orloview

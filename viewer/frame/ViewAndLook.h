@@ -20,11 +20,12 @@ std::optional<SkyLight> skyOf(const Options& options);
 /// scene doesn't have, and for an eye that looks nowhere.
 Viewpoint chooseEye(const Options& options, const Scene& scene);
 
-/// The view that the options ask for, through the file's camera exactly. `bounds` is round all that is drawn.
-View chooseView(const Options& options, const Scene& scene, const Bounds& bounds);
+/// The view that the options ask for: through the file's camera exactly, where that is now, else from `eye`,
+/// which chooseEye has found. `bounds` is round all that is drawn.
+View chooseView(const Options& options, const Scene& scene, const Viewpoint& eye, const Bounds& bounds);
 
-/// Round all of the scene as the options ask for it to be drawn.
-Bounds drawnBounds(const Options& options, const Scene& scene);
+/// Round all of the scene, which is within `bounds`, as the options ask for it to be drawn.
+Bounds drawnBounds(const Options& options, const Scene& scene, Bounds bounds);
 
 /// The look that the options ask for; tones are mapped where something is lit by shaders, unless told.
 FrameLook lookOf(const Options& options, const Scene& scene);

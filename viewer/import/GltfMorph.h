@@ -1,6 +1,7 @@
 #pragma once
 
-#include <span>
+#include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,9 +16,11 @@ namespace orloview {
 /// the mesh's. Empty where none moves it.
 std::vector<double> morphWeights(const GltfObject& node, const GltfObject& mesh);
 
-/// Adds the primitive's targets to the mesh that was read from it, vertex by vertex, each by its weight. A
-/// target that doesn't fit is left out with a warning that calls the mesh by `name`.
-void morphMesh(Mesh& mesh, const GltfObject& primitive, GltfData& data, std::span<const double> weights,
-               const std::string& name, Warnings& warnings);
+/// The primitive's targets for the mesh that was read from it, vertex by vertex. Those for which `isWanted`
+/// is false by their number are left empty; so is one that doesn't fit, with a warning that calls the mesh by
+/// `name`.
+std::vector<MorphTarget> readGltfTargets(const Mesh& mesh, const GltfObject& primitive, GltfData& data,
+                                         const std::function<bool(size_t)>& isWanted, const std::string& name,
+                                         Warnings& warnings);
 
 } // namespace orloview

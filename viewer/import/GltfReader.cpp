@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/ImportError.h"
+#include "import/GltfAnimation.h"
 #include "import/GltfContainer.h"
 #include "import/GltfData.h"
 #include "import/GltfExtensions.h"
@@ -19,8 +20,10 @@
 #include "import/GltfTransforms.h"
 #include "import/MeshCheck.h"
 #include "import/Warnings.h"
+#include "scene/Bending.h"
 #include "scene/Normals.h"
 #include "scene/Triangulate.h"
+#include "scene/Vectors.h"
 
 namespace orloview {
 
@@ -91,10 +94,17 @@ public:
         : fReport(report), fRoot(container.json, ""), fData(container, folder),
           fNodes(fRoot.objects("nodes")), fMeshes(fRoot.objects("meshes")), fSkins(fRoot.objects("skins")),
           fCameras(fRoot.objects("cameras")), fLights(fRoot.extension(kLights).objects("lights")),
-          fParents(fNodes.size(), kUnvisited), fWorlds(fNodes.size()) {
+          fParents(fNodes.size(), kUnvisited), fWorlds(fNodes.size()), fMotionNodes(fNodes.size(), -1),
+          fHasMovingWeights(fNodes.size()) {
         fScene.format = container.isBinary ? "glTF 2.0 binary" : "glTF 2.0 text";
         warnOfExtensions(container.json, fWarnings);
-        tellAnimations();
+        fScene.animations = readGltfAnimations(fRoot, fData, fWarnings);
+        for (const Animation& animation : fScene.animations)
+            for (const Track& track : animation.tracks) {
+                fMoves = true;
+                if (track.path == Track::Path::Weights)
+                    fHasMovingWeights[static_cast<size_t>(track.node)] = true;
+            }
         for (const GltfObject& variant : fRoot.extension(kVariants).objects("variants"))
             fScene.variants.push_back({variant.text("name"), {}});
         readGltfMaterials(fRoot, fData, folder, fScene, fWarnings);
@@ -104,7 +114,8 @@ public:
         for (const int root : roots())
             walk(root);
         for (const size_t node : fSkinned)
-            placeSkinned(fNodes[node], fWorlds[node]);
+            placeSkinned(node);
+        renumberTracks();
         fScene.files = fData.files();
         fScene.warnings = fWarnings.lines();
         return std::move(fScene);
@@ -116,8 +127,14 @@ private:
 
     /// How a mesh is bent where a node shows it.
     struct Pose {
-        std::vector<double> weights; ///< of its morph targets
-        std::span<const AffineMatrix> joints;
+        size_t node;
+        std::vector<double> weights;            ///< of its morph targets
+        const Skin* skin = nullptr;             ///< of the file's nodes
+        std::span<const AffineMatrix> joints{}; ///< of the skin at rest, from the mesh's space into the world
+    };
+    struct ReadMesh {
+        Mesh mesh;
+        Bend bend; ///< what of the pose is left to be done for each picture
     };
     struct Visit {
         int node;
@@ -125,19 +142,25 @@ private:
         bool hidden = false; ///< with all below it
     };
 
-    void tellAnimations();
+    void renumberTracks();
     std::vector<int> roots() const;
     void walk(int root);
     void enter(int child, int parent);
     void place(size_t index, const AffineMatrix& toWorld);
-    void placeMesh(const GltfObject& node, size_t mesh, const AffineMatrix& toWorld);
+    int motionNodeOf(size_t node);
+    void addFollower(Follower::Kind kind, size_t index, size_t node, const AffineMatrix& toNode = {});
+    void placeMesh(size_t index, size_t mesh, const AffineMatrix& toWorld);
     std::vector<AffineMatrix> copiesOf(const GltfObject& node, const AffineMatrix& toWorld);
-    void placeSkinned(const GltfObject& node, const AffineMatrix& toWorld);
+    void placeSkinned(size_t index);
+    int motionSkinOf(const GltfObject& node, const Skin& skin);
     void placeCamera(const GltfObject& node, const GltfObject& camera, const AffineMatrix& toWorld);
     void placeLight(const GltfObject& node, const GltfObject& light, const AffineMatrix& toWorld);
-    const std::vector<int>& meshesOf(const GltfObject& node, size_t mesh);
+    std::vector<int> meshesOf(size_t node, size_t mesh);
     std::vector<int> readMesh(size_t mesh, const Pose& pose);
-    std::optional<Mesh> readPrimitive(const GltfObject& primitive, const std::string& name, const Pose& pose);
+    void addBend(Bend bend, const Pose& pose);
+    std::optional<ReadMesh> readPrimitive(const GltfObject& primitive, const std::string& name,
+                                          const Pose& pose);
+    void bendOnce(ReadMesh& read, const Pose& pose) const;
     void noteVariants(const GltfObject& primitive, const std::string& name);
     void readAttributes(const GltfObject& primitive, const std::string& name, Mesh& mesh);
     std::vector<float> attribute(const GltfObject& attributes, const char* key, size_t components);
@@ -154,32 +177,27 @@ private:
     std::vector<GltfObject> fSkins;
     std::vector<GltfObject> fCameras;
     std::vector<GltfObject> fLights;
-    std::vector<int> fParents;         ///< by node, once it has been reached
-    std::vector<AffineMatrix> fWorlds; ///< by node, likewise
-    std::vector<size_t> fSkinned;      ///< nodes whose meshes wait until every joint has its place
+    std::vector<int> fParents;           ///< by node, once it has been reached
+    std::vector<AffineMatrix> fWorlds;   ///< by node, likewise
+    std::vector<size_t> fSkinned;        ///< nodes whose meshes wait until every joint has its place
+    bool fMoves = false;                 ///< whether anything is animated
+    std::vector<int> fMotionNodes;       ///< by node, their numbers in the scene's motion; -1: none yet
+    std::vector<bool> fHasMovingWeights; ///< by node
+    std::map<int, size_t> fMotionSkins;  ///< likewise, by skin
     /// A file's mesh, morphed by these weights, to those of the scene, one a primitive.
     std::map<std::pair<size_t, std::vector<double>>, std::vector<int>> fRead;
     Scene fScene;
     Warnings fWarnings;
 };
 
-/// An animation is as long as its last time, which is the largest: its accessor tells.
-void GltfParser::tellAnimations() {
-    const std::vector<GltfObject> animations = fRoot.objects("animations");
-    const std::vector<GltfObject> accessors =
-        animations.empty() ? std::vector<GltfObject>() : fRoot.objects("accessors");
-    for (const GltfObject& animation : animations) {
-        fWarnings.add("the animation " + named(animation), "not played; the model stands as its nodes say");
-        double seconds = 0.0;
-        try {
-            for (const GltfObject& sampler : animation.objects("samplers"))
-                if (const int times = sampler.reference("input", accessors.size()); times >= 0)
-                    for (const double last : accessors[static_cast<size_t>(times)].numberList("max"))
-                        seconds = std::max(seconds, last);
-        } catch (const ImportError& error) {
-            fWarnings.add("the length of the animation " + named(animation), error.what());
-        }
-        fScene.animations.push_back({animation.text("name"), seconds});
+/// Behind all that is placed: tracks of nodes that the scene doesn't show go.
+void GltfParser::renumberTracks() {
+    for (Animation& animation : fScene.animations) {
+        std::erase_if(animation.tracks, [this](const Track& track) {
+            return fMotionNodes[static_cast<size_t>(track.node)] < 0;
+        });
+        for (Track& track : animation.tracks)
+            track.node = fMotionNodes[static_cast<size_t>(track.node)];
     }
 }
 
@@ -214,8 +232,10 @@ void GltfParser::walk(int root) {
         const auto [index, parentToWorld, hiddenAbove] = open.back();
         open.pop_back();
         const GltfObject& node = fNodes[static_cast<size_t>(index)];
-        const AffineMatrix toWorld = readGltfTransform(node).then(parentToWorld);
+        const AffineMatrix toWorld = readGltfNode(node).toParent.then(parentToWorld);
         fWorlds[static_cast<size_t>(index)] = toWorld;
+        if (fMoves)
+            motionNodeOf(static_cast<size_t>(index));
         const bool hidden = hiddenAbove || isHidden(node);
         if (!hidden)
             place(static_cast<size_t>(index), toWorld);
@@ -250,48 +270,86 @@ void GltfParser::place(size_t index, const AffineMatrix& toWorld) {
     if (const int mesh = node.reference("mesh", fMeshes.size()); mesh >= 0 && node.has("skin"))
         fSkinned.push_back(index);
     else if (mesh >= 0)
-        placeMesh(node, static_cast<size_t>(mesh), toWorld);
+        placeMesh(index, static_cast<size_t>(mesh), toWorld);
+    const size_t cameras = fScene.cameras.size();
     if (const int camera = node.reference("camera", fCameras.size()); camera >= 0)
         placeCamera(node, fCameras[static_cast<size_t>(camera)], toWorld);
+    if (fScene.cameras.size() > cameras)
+        addFollower(Follower::Kind::Camera, cameras, index);
     if (!node.hasExtension(kLights))
         return;
+    const size_t lights = fScene.lights.size();
     if (const int light = node.extension(kLights).reference("light", fLights.size()); light >= 0)
         placeLight(node, fLights[static_cast<size_t>(light)], toWorld);
+    if (fScene.lights.size() > lights)
+        addFollower(Follower::Kind::Light, lights, index);
 }
 
-void GltfParser::placeMesh(const GltfObject& node, size_t mesh, const AffineMatrix& toWorld) {
+/// A node of the file where something moves; one that isn't in the scene doesn't.
+int GltfParser::motionNodeOf(size_t node) {
+    int& number = fMotionNodes[node];
+    if (number >= 0)
+        return number;
+    number = static_cast<int>(fScene.motion.nodes.size());
+    Node added;
+    if (fParents[node] != kUnvisited)
+        added = readGltfNode(fNodes[node]);
+    added.parent = fParents[node] >= 0 ? fMotionNodes[static_cast<size_t>(fParents[node])] : -1;
+    fScene.motion.nodes.push_back(added);
+    return number;
+}
+
+void GltfParser::addFollower(Follower::Kind kind, size_t index, size_t node, const AffineMatrix& toNode) {
+    if (fMoves)
+        fScene.motion.followers.push_back({kind, static_cast<int>(index), motionNodeOf(node), toNode});
+}
+
+void GltfParser::placeMesh(size_t index, size_t mesh, const AffineMatrix& toWorld) {
+    const GltfObject& node = fNodes[index];
     const std::vector<AffineMatrix> copies = copiesOf(node, toWorld);
-    for (const int read : meshesOf(node, mesh))
-        for (const AffineMatrix& copy : copies)
-            fScene.instances.push_back({node.text("name"), read, copy});
+    for (const int read : meshesOf(index, mesh))
+        for (const AffineMatrix& copy : copies) {
+            addFollower(Follower::Kind::Instance, fScene.instances.size(), index, copy);
+            fScene.instances.push_back({node.text("name"), read, copy.then(toWorld)});
+        }
 }
 
-/// From the space of its mesh to each place where the node shows it.
+/// From the space of its mesh to each place where the node shows it, in the node's.
 std::vector<AffineMatrix> GltfParser::copiesOf(const GltfObject& node, const AffineMatrix& toWorld) {
     if (!node.hasExtension(kGltfInstancing))
-        return {toWorld};
+        return {{}};
     try {
-        return readGltfInstances(node.extension(kGltfInstancing), fData, toWorld, fCopiesLeft);
+        std::vector<AffineMatrix> copies =
+            readGltfInstances(node.extension(kGltfInstancing), fData, fCopiesLeft);
+        if (!std::ranges::all_of(copies, [&](const auto& copy) { return isFinite(copy.then(toWorld)); }))
+            throw ImportError("a transform is not finite");
+        return copies;
     } catch (const ImportError& error) {
         fWarnings.add("the copies at " + named(node), std::string("left out: ") + error.what());
-        return {toWorld};
+        return {{}};
     }
 }
 
 /// A skinned mesh stands where its joints are, not where its node is.
-void GltfParser::placeSkinned(const GltfObject& node, const AffineMatrix& toWorld) {
+void GltfParser::placeSkinned(size_t index) {
+    const GltfObject& node = fNodes[index];
     const auto mesh = static_cast<size_t>(node.reference("mesh", fMeshes.size()));
     const auto skin = static_cast<size_t>(node.reference("skin", fSkins.size()));
     try {
-        const std::vector<AffineMatrix> joints = readGltfSkin(fSkins[skin], fData, fWorlds);
-        for (const int read : readMesh(mesh, {morphWeights(node, fMeshes[mesh]), joints}))
-            fScene.instances.push_back({node.text("name"), read, {}});
+        const Skin read = readGltfSkin(fSkins[skin], fData, fNodes.size());
+        std::vector<AffineMatrix> joints = read.fromMesh;
+        for (size_t i = 0; i < joints.size(); ++i)
+            joints[i] = joints[i].then(fWorlds[static_cast<size_t>(read.joints[i])]);
+        if (!std::ranges::all_of(joints, isFinite))
+            throw ImportError("a joint's transform is not finite");
+        for (const int part : readMesh(mesh, {index, morphWeights(node, fMeshes[mesh]), &read, joints}))
+            fScene.instances.push_back({node.text("name"), part, {}});
         if (node.hasExtension(kGltfInstancing))
             fWarnings.add("the copies at " + named(node),
                           "left out: its mesh stands where a skin's joints are");
     } catch (const ImportError& error) {
         fWarnings.add("the skin of " + named(node), std::string("left out: ") + error.what());
-        placeMesh(node, mesh, toWorld);
+        placeMesh(index, mesh, fWorlds[index]);
     }
 }
 
@@ -339,11 +397,13 @@ void GltfParser::placeLight(const GltfObject& node, const GltfObject& light, con
 }
 
 /// The scene's meshes for a mesh of the file as the node shows it; read when the first such node asks.
-const std::vector<int>& GltfParser::meshesOf(const GltfObject& node, size_t mesh) {
-    std::vector<double> weights = morphWeights(node, fMeshes[mesh]);
+std::vector<int> GltfParser::meshesOf(size_t node, size_t mesh) {
+    std::vector<double> weights = morphWeights(fNodes[node], fMeshes[mesh]);
+    if (fHasMovingWeights[node])
+        return readMesh(mesh, {node, std::move(weights)});
     const auto [known, isNew] = fRead.try_emplace({mesh, weights});
     if (isNew)
-        known->second = readMesh(mesh, {std::move(weights), {}});
+        known->second = readMesh(mesh, {node, std::move(weights)});
     return known->second;
 }
 
@@ -352,15 +412,39 @@ std::vector<int> GltfParser::readMesh(size_t mesh, const Pose& pose) {
     for (const GltfObject& primitive : fMeshes[mesh].objects("primitives")) {
         const std::string name =
             "mesh " + named(fMeshes[mesh]) + primitive.place().substr(fMeshes[mesh].place().size());
-        std::optional<Mesh> read = readPrimitive(primitive, name, pose);
+        std::optional<ReadMesh> read = readPrimitive(primitive, name, pose);
         if (!read)
             continue;
-        read->name = fMeshes[mesh].text("name");
+        read->mesh.name = fMeshes[mesh].text("name");
         noteVariants(primitive, name);
         result.push_back(static_cast<int>(fScene.meshes.size()));
-        fScene.meshes.push_back(std::move(*read));
+        fScene.meshes.push_back(std::move(read->mesh));
+        if (!read->bend.targets.empty() || !read->bend.influences.begin.empty())
+            addBend(std::move(read->bend), pose);
     }
     return result;
+}
+
+/// Of the mesh that was read last.
+void GltfParser::addBend(Bend bend, const Pose& pose) {
+    bend.mesh = static_cast<int>(fScene.meshes.size()) - 1;
+    bend.node = motionNodeOf(pose.node);
+    bend.weights = pose.weights;
+    bend.weights.resize(bend.targets.size());
+    if (pose.skin)
+        bend.skin = motionSkinOf(fNodes[pose.node], *pose.skin);
+    fScene.motion.bends.push_back(std::move(bend));
+}
+
+int GltfParser::motionSkinOf(const GltfObject& node, const Skin& skin) {
+    const auto [known, isNew] =
+        fMotionSkins.try_emplace(node.reference("skin", fSkins.size()), fScene.motion.skins.size());
+    if (isNew) {
+        Skin& moving = fScene.motion.skins.emplace_back(skin);
+        for (int& joint : moving.joints)
+            joint = motionNodeOf(static_cast<size_t>(joint));
+    }
+    return static_cast<int>(known->second);
 }
 
 /// Of the primitive that becomes the next mesh.
@@ -381,16 +465,24 @@ void GltfParser::noteVariants(const GltfObject& primitive, const std::string& na
     }
 }
 
-std::optional<Mesh> GltfParser::readPrimitive(const GltfObject& primitive, const std::string& name,
-                                              const Pose& pose) {
-    Mesh mesh;
+std::optional<GltfParser::ReadMesh> GltfParser::readPrimitive(const GltfObject& primitive,
+                                                              const std::string& name, const Pose& pose) {
+    ReadMesh read;
+    Mesh& mesh = read.mesh;
     try {
         mesh.material = primitive.reference("material", fScene.materials.size());
         std::optional<std::vector<std::uint32_t>> triangles = fData.openPrimitive(primitive);
         readAttributes(primitive, name, mesh);
-        morphMesh(mesh, primitive, fData, pose.weights, name, fWarnings);
-        if (!pose.joints.empty())
-            poseMesh(mesh, primitive.object("attributes"), fData, pose.joints);
+        const auto isWanted = [&](size_t target) {
+            return fHasMovingWeights[pose.node] ||
+                   (target < pose.weights.size() && pose.weights[target] != 0.0);
+        };
+        read.bend.targets = readGltfTargets(mesh, primitive, fData, isWanted, name, fWarnings);
+        if (pose.weights.size() > read.bend.targets.size())
+            fWarnings.add(name, "has fewer morph targets than weights");
+        if (pose.skin)
+            read.bend.influences = readGltfInfluences(primitive.object("attributes"), fData,
+                                                      mesh.vertexCount(), pose.skin->joints.size());
         if (triangles)
             mesh.indices = std::move(*triangles);
         else
@@ -401,9 +493,30 @@ std::optional<Mesh> GltfParser::readPrimitive(const GltfObject& primitive, const
     }
     if (!makeDrawable(mesh, name, fWarnings))
         return std::nullopt;
-    if (mesh.topology == Topology::Triangles && mesh.normals.empty())
+    bendOnce(read, pose);
+    if (mesh.topology == Topology::Triangles && mesh.normals.empty()) {
+        read.bend.isFlat = true;
+        followCorners(read.bend, mesh.indices);
         addFlatNormals(mesh);
-    return mesh;
+    }
+    dropMissing(read.bend.targets, mesh);
+    return read;
+}
+
+/// Does what no animation does anew.
+void GltfParser::bendOnce(ReadMesh& read, const Pose& pose) const {
+    Bend& left = read.bend;
+    dropMissing(left.targets, read.mesh);
+    if (!fHasMovingWeights[pose.node]) {
+        morph(read.mesh, left.targets, pose.weights);
+        left.targets.clear();
+    }
+    if (pose.skin && !fMoves) {
+        bend(read.mesh, left.influences, pose.joints);
+        left.influences = {};
+    }
+    if (!pose.weights.empty() || pose.skin)
+        normalize(read.mesh.normals);
 }
 
 /// Without positions there is nothing to draw; any other attribute may be left out.

@@ -12,9 +12,10 @@ namespace orloview {
 /// Reads a glTF 2.0 file, text or binary.
 ///
 /// The scene that the file names is read, or its first, or without any every node. Strips, fans and loops are
-/// spelled out, quantised and sparse attributes are resolved, morph targets are added by their weights, skins
-/// stand in the pose of the scene, triangles without normals get flat ones. Parts that can't be read are left
-/// out with a warning. Throws an ImportError where nothing can be made of the file.
+/// spelled out, quantised and sparse attributes are resolved, triangles without normals get flat ones. Morph
+/// targets are added by their weights and skins stand in the pose of the scene; but what of this an animation
+/// moves is left to a Poser. Parts that can't be read are left out with a warning. Throws an ImportError
+/// where nothing can be made of the file.
 Scene readGltf(std::span<const std::uint8_t> bytes, const ModelFolder& folder,
                const ProgressReport& report = {});
 

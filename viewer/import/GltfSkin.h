@@ -1,25 +1,17 @@
 #pragma once
 
-#include <span>
-#include <vector>
-
-#include <orlohost/koLinear.h>
-
 #include "import/GltfData.h"
 #include "import/GltfJson.h"
-#include "scene/Scene.h"
+#include "scene/Motion.h"
 
 namespace orloview {
 
-/// The joints of a skin in the pose in which the scene holds them: for each the map from the mesh's own space
-/// into the world. `worlds` has the transform of every node of the file. Throws an ImportError.
-std::vector<koLinear::AffineMatrix> readGltfSkin(const GltfObject& skin, GltfData& data,
-                                                 std::span<const koLinear::AffineMatrix> worlds);
+/// The joints of a skin, as nodes of the file, of which there are `nodeCount`. Throws an ImportError.
+Skin readGltfSkin(const GltfObject& skin, GltfData& data, size_t nodeCount);
 
-/// Moves the vertices of a mesh as their joints say, into world space. `attributes` are those of the
-/// primitive that the mesh was read from, vertex by vertex. Throws an ImportError and leaves the mesh alone
-/// where they don't fit the skin.
-void poseMesh(Mesh& mesh, const GltfObject& attributes, GltfData& data,
-              std::span<const koLinear::AffineMatrix> joints);
+/// Which of so many joints carry so many vertices, as the attributes of a primitive say. Throws an
+/// ImportError where they don't fit.
+Influences readGltfInfluences(const GltfObject& attributes, GltfData& data, size_t vertexCount,
+                              size_t jointCount);
 
 } // namespace orloview

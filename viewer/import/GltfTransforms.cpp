@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <string>
 
 #include "base/ImportError.h"
+#include "scene/Vectors.h"
 
 namespace orloview {
 
@@ -20,33 +20,6 @@ AffineMatrix fromColumns(const std::array<double, 16>& m) {
         for (int axis = 0; axis < 3; ++axis)
             result[row][axis] = m.data()[row * 4 + axis];
     return result;
-}
-
-AffineMatrix fromQuaternion(std::array<double, 4> q) {
-    const double length = std::hypot(std::hypot(q[0], q[1]), std::hypot(q[2], q[3]));
-    if (!(length > 0.0))
-        return {};
-    for (double& part : q)
-        part /= length;
-    const auto [x, y, z, w] = q;
-    AffineMatrix m;
-    m[0][0] = 1 - 2 * (y * y + z * z);
-    m[0][1] = 2 * (x * y + z * w);
-    m[0][2] = 2 * (x * z - y * w);
-    m[1][0] = 2 * (x * y - z * w);
-    m[1][1] = 1 - 2 * (x * x + z * z);
-    m[1][2] = 2 * (y * z + x * w);
-    m[2][0] = 2 * (x * z + y * w);
-    m[2][1] = 2 * (y * z - x * w);
-    m[2][2] = 1 - 2 * (x * x + y * y);
-    return m;
-}
-
-AffineMatrix compose(const std::array<double, 3>& translation, const std::array<double, 4>& rotation,
-                     const std::array<double, 3>& scale) {
-    return AffineMatrix::scaling(scale[0], scale[1], scale[2])
-        .then(fromQuaternion(rotation))
-        .then(AffineMatrix::translation(translation[0], translation[1], translation[2]));
 }
 
 /// One attribute of all copies.
@@ -81,15 +54,20 @@ private:
 
 } // namespace
 
-AffineMatrix readGltfTransform(const GltfObject& node) {
-    if (node.has("matrix"))
-        return fromColumns(node.numbers<16>("matrix", {}));
-    return compose(node.numbers<3>("translation", {0, 0, 0}), node.numbers<4>("rotation", {0, 0, 0, 1}),
-                   node.numbers<3>("scale", {1, 1, 1}));
+Node readGltfNode(const GltfObject& node) {
+    Node result;
+    if (node.has("matrix")) {
+        result.toParent = fromColumns(node.numbers<16>("matrix", {}));
+        return result;
+    }
+    const Transform still;
+    result.transform = {node.numbers<3>("translation", still.translation),
+                        node.numbers<4>("rotation", still.rotation), node.numbers<3>("scale", still.scale)};
+    result.toParent = result.transform.matrix();
+    return result;
 }
 
-std::vector<AffineMatrix> readGltfInstances(const GltfObject& instancing, GltfData& data,
-                                            const AffineMatrix& toWorld, size_t& left) {
+std::vector<AffineMatrix> readGltfInstances(const GltfObject& instancing, GltfData& data, size_t& left) {
     const GltfObject attributes = instancing.object("attributes");
     const PerCopy<3> translations(attributes, "TRANSLATION", data, {0, 0, 0});
     const PerCopy<4> rotations(attributes, "ROTATION", data, {0, 0, 0, 1});
@@ -104,16 +82,12 @@ std::vector<AffineMatrix> readGltfInstances(const GltfObject& instancing, GltfDa
         throw ImportError("the file has more copies than can be drawn");
     std::vector<AffineMatrix> copies(count);
     for (size_t i = 0; i < count; ++i) {
-        copies[i] = compose(translations.of(i), rotations.of(i), scales.of(i)).then(toWorld);
+        copies[i] = Transform{translations.of(i), rotations.of(i), scales.of(i)}.matrix();
         if (!isFinite(copies[i]))
             throw ImportError("a transform is not finite");
     }
     left -= count;
     return copies;
-}
-
-bool isFinite(const AffineMatrix& matrix) {
-    return std::all_of(matrix[0], matrix[0] + 12, [](double element) { return std::isfinite(element); });
 }
 
 } // namespace orloview

@@ -7,19 +7,18 @@
 
 #include "import/GltfData.h"
 #include "import/GltfJson.h"
+#include "scene/Motion.h"
 
 namespace orloview {
 
-/// From the node's own space into its parent's.
-koLinear::AffineMatrix readGltfTransform(const GltfObject& node);
+/// How the node stands to its parent, which is yet to be named.
+Node readGltfNode(const GltfObject& node);
 
 inline constexpr const char* kGltfInstancing = "EXT_mesh_gpu_instancing";
 
-/// Where that extension of a node shows the node's mesh, from the mesh's space into the world: in places that
-/// it gives in the node's own. `left` says how many copies the file may still have. Throws an ImportError.
+/// Where that extension of a node shows the node's mesh, from the mesh's space into the node's. `left` says
+/// how many copies the file may still have. Throws an ImportError.
 std::vector<koLinear::AffineMatrix> readGltfInstances(const GltfObject& instancing, GltfData& data,
-                                                      const koLinear::AffineMatrix& toWorld, size_t& left);
-
-bool isFinite(const koLinear::AffineMatrix& matrix);
+                                                      size_t& left);
 
 } // namespace orloview

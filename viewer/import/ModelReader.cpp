@@ -128,9 +128,10 @@ bool isConsistent(const Scene& scene) {
                [&](const Material& material) { return isConsistent(material, scene.textures.size()); }) &&
            std::all_of(scene.variants.begin(), scene.variants.end(),
                        [&](const Variant& variant) { return isConsistent(variant, scene); }) &&
-           std::all_of(scene.textures.begin(), scene.textures.end(), [&](const Texture& texture) {
-               return refersOrNone(texture.image, scene.images.size());
-           });
+           std::all_of(
+               scene.textures.begin(), scene.textures.end(),
+               [&](const Texture& texture) { return refersOrNone(texture.image, scene.images.size()); }) &&
+           isMotionConsistent(scene);
 }
 
 } // namespace orloview

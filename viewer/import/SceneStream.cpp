@@ -20,7 +20,8 @@ namespace {
 template <typename T>
 constexpr bool kIsPlain =
     std::is_arithmetic_v<T> || std::is_enum_v<T> || std::is_same_v<T, std::array<float, 2>> ||
-    std::is_same_v<T, koLinear::AffineMatrix> || std::is_same_v<T, koColor::Color>;
+    std::is_same_v<T, koLinear::AffineMatrix> || std::is_same_v<T, koColor::Color> ||
+    std::is_same_v<T, Transform> || std::is_same_v<T, Influences::One>;
 
 class Writer {
 public:
@@ -221,8 +222,44 @@ void fieldsOf(Stream& stream, Variant& v) {
 }
 
 template <typename Stream>
+void fieldsOf(Stream& stream, Track& t) {
+    transfer(stream, t.node, t.path, t.interpolation, t.times, t.values);
+}
+
+template <typename Stream>
 void fieldsOf(Stream& stream, Animation& a) {
-    transfer(stream, a.name, a.seconds);
+    transfer(stream, a.name, a.seconds, a.tracks);
+}
+
+template <typename Stream>
+void fieldsOf(Stream& stream, Node& n) {
+    transfer(stream, n.parent, n.transform, n.toParent);
+}
+
+template <typename Stream>
+void fieldsOf(Stream& stream, Follower& f) {
+    transfer(stream, f.kind, f.index, f.node, f.toNode);
+}
+
+template <typename Stream>
+void fieldsOf(Stream& stream, Skin& s) {
+    transfer(stream, s.joints, s.fromMesh);
+}
+
+template <typename Stream>
+void fieldsOf(Stream& stream, MorphDelta& d) {
+    transfer(stream, d.attribute, d.vertices, d.values);
+}
+
+template <typename Stream>
+void fieldsOf(Stream& stream, Bend& b) {
+    transfer(stream, b.mesh, b.node, b.skin, b.isFlat, b.weights, b.targets, b.influences.all,
+             b.influences.begin);
+}
+
+template <typename Stream>
+void fieldsOf(Stream& stream, Motion& m) {
+    transfer(stream, m.nodes, m.followers, m.skins, m.bends);
 }
 
 template <typename Stream>
@@ -239,7 +276,7 @@ void fieldsOf(Stream& stream, Light& l) {
 template <typename Stream>
 void fieldsOf(Stream& stream, Scene& s) {
     transfer(stream, s.format, s.meshes, s.instances, s.materials, s.variants, s.images, s.textures,
-             s.animations, s.cameras, s.lights, s.files, s.warnings);
+             s.animations, s.cameras, s.lights, s.motion, s.files, s.warnings);
 }
 
 template <typename Stream, typename... Fields>

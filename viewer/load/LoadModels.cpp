@@ -3,6 +3,7 @@
 #include "base/ExitCode.h"
 #include "base/Text.h"
 #include "import/Importer.h"
+#include "options/Values.h"
 #include "output/OutputFile.h"
 
 #include <algorithm>
@@ -40,6 +41,17 @@ void showVariant(const std::string& name, Scene& scene) {
     for (const Variant& variant : scene.variants)
         known += (known.empty() ? "" : ", ") + printable(variant.name);
     throw Failure(kExitUsage, "--variant " + name + ": the model has no such variant; it has " + known);
+}
+
+/// What moves is asked for of a model in which nothing does.
+void checkMoves(const Options& options, const Poser& poser) {
+    if (options.demo || poser.moves())
+        return;
+    for (const auto& [isGiven, name] :
+         {std::pair{options.time.has_value(), "--time"}, {options.frames > 0, "--frames"}})
+        if (isGiven)
+            throw Failure(kExitUsage, std::string(name) + ": nothing in " + options.subject() +
+                                          " moves; leave " + name + " out, or give --turntable N");
 }
 
 /// What materials send out of themselves; the lights and the sky are exposed where they are made.
@@ -99,6 +111,12 @@ Loaded loadModels(const Options& options, const LoadWatch& watch) {
     if (options.variant)
         showVariant(*options.variant, loaded.scene);
     return loaded;
+}
+
+Poser poserFor(const Options& options, Scene& scene) {
+    Poser poser(scene, options.animation ? indexOf("animation", *options.animation, scene.animations) : 0);
+    checkMoves(options, poser);
+    return poser;
 }
 
 void prepareForDrawing(const Options& options, Scene& scene) {

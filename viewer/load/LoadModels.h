@@ -1,7 +1,7 @@
 #pragma once
 
 #include "options/Options.h"
-#include "scene/Scene.h"
+#include "scene/Poser.h"
 
 #include <functional>
 #include <string>
@@ -23,6 +23,10 @@ struct LoadWatch {
 /// Every model that can be read, in one scene as the options want it; each that can't gets its line. Throws
 /// Failure where none can, and for a variant that the scene doesn't have.
 Loaded loadModels(const Options& options, const LoadWatch& watch);
+
+/// Lets the scene stand as the animation that the options ask for, or its first one, begins. Throws Failure
+/// where there is no such animation, or none for what is asked of one.
+Poser poserFor(const Options& options, Scene& scene);
 
 /// Throws Failure where nothing of the scene can be drawn. From now on no file that it came from is written
 /// over.

@@ -28,6 +28,7 @@ Examples:
   orloview model.glb --info --json
   unzip -p models.zip chair.glb | orloview - -o chair.png
   orloview cloud.csv --particles sprites --sprite-images smoke.png,spark.png
+  orloview fox.glb -o run.png --animation Run --frames 48 --fps 24
   orloview --demo particles -o drops.png --frames 60
 
 Files:
@@ -324,6 +325,16 @@ void Switches::addView() {
          [this](const std::string& text) { fOptions.camera = text; });
     word("--variant", "NAME", "Draw the materials of a variant of the file; --info lists them",
          [this](const std::string& text) { fOptions.variant = text; });
+    word("--animation", "NAME|INDEX", "Show this animation of the file, the first unless given",
+         [this](const std::string& text) { fOptions.animation = text; });
+    word("--time", "SECONDS",
+         "When to show what moves, 0 unless given; behind its end an animation begins again; a window then "
+         "opens at rest",
+         [this](const std::string& text) { fOptions.time = parseTime(text); });
+    count("--frames", 1, 100000, "Write N pictures of what moves, from --time on: FILE_001 and so on",
+          fOptions.frames);
+    word("--fps", "N", "How many of them make a second, 30 unless given; in a window, a step of its keys",
+         [this](const std::string& text) { fOptions.framesPerSecond = parseRate(text); });
     fApp.add_flag("--orthographic", fOptions.orthographic,
                   "Draw without perspective, as large as at the target with it");
     word("--background", "COLOUR", "A name, #RRGGBB, #RRGGBBAA, or transparent",
@@ -401,8 +412,6 @@ void Switches::addParticles() {
          [this](const std::string& text) { fOptions.pointSize = parsePointSize(text); });
     fApp.add_flag("--lit", fOptions.lit, "Light particles");
     choice("--demo", kDemos, "Show a fountain in the wind in the place of models", fOptions.demo);
-    count("--frames", 1, 100000, "Write N pictures of the demo, 30 a second: FILE_001 and so on",
-          fOptions.frames);
 }
 
 void Switches::addDrawing() {

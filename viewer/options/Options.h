@@ -84,8 +84,15 @@ struct Options {
     /// Shows the fountain in the place of models.
     bool demo = false;
 
-    /// How many pictures of the fountain are written, or 0.
+    /// Name or index of an animation of the file; none: the first.
+    std::optional<std::string> animation;
+
+    /// When what moves is shown, or begins to be, in seconds; none: at 0, and moving in a window.
+    std::optional<double> time;
+
+    /// How many pictures of what moves are written, or 0, and how many of them make a second.
     int frames = 0;
+    double framesPerSecond = 30.0;
 
     /// Whether -o is written as numbered pictures.
     bool isSeries() const { return turntable > 0 || frames > 0; }

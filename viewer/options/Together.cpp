@@ -17,8 +17,8 @@ void checkParticles(const Options& options) {
                       "--demo shows a scene of its own; leave --demo or " + options.models.front() + " out");
     if (options.demo && options.turntable > 0)
         throw Failure(kExitUsage, "--turntable: the fountain never stands still; give --frames N");
-    if (options.frames > 0 && !options.demo)
-        throw Failure(kExitUsage, "--frames: models don't move; give --demo particles, or --turntable N");
+    if (options.frames > 0 && options.turntable > 0)
+        throw Failure(kExitUsage, "--frames and --turntable: each makes a series; give one of them");
     if (options.frames > 0 && (options.output.empty() || options.output == "-"))
         throw Failure(kExitUsage,
                       "--frames: give -o and a name, such as -o drops.png, for drops_001.png and so on");

@@ -30,6 +30,22 @@ void wrong(const std::string& name, const std::string& value, const std::string&
     throw Failure(kExitUsage, name + " " + value + ": " + wanted);
 }
 
+size_t indexOf(const std::string& what, const std::string& wanted, const std::vector<std::string>& names) {
+    if (const auto named = std::find(names.begin(), names.end(), wanted); named != names.end())
+        return static_cast<size_t>(named - names.begin());
+    const std::optional<size_t> number = parseNumber<size_t>(wanted);
+    if (number && *number < names.size())
+        return *number;
+    const std::string name = "--" + what;
+    if (names.empty())
+        wrong(name, wanted, "the model has no " + what + "; leave " + name + " out");
+    std::string known;
+    for (size_t i = 0; i < names.size(); ++i)
+        known +=
+            (i ? ", " : "") + std::to_string(i) + (names[i].empty() ? "" : " (" + printable(names[i]) + ")");
+    wrong(name, wanted, "the model has no such " + what + "; it has " + known);
+}
+
 int parseCount(const std::string& name, const std::string& text, int least, int most) {
     const std::optional<int> number = parseNumber<int>(text);
     if (!number || *number < least || *number > most)
@@ -78,6 +94,20 @@ double parseAngle(const std::string& name, const std::string& text, double most)
         wrong(name, text, "give degrees from -" + limit + " to " + limit);
     }
     return *degrees;
+}
+
+double parseTime(const std::string& text) {
+    const std::optional<double> seconds = parseNumber<double>(text);
+    if (!seconds || !(*seconds >= 0.0 && *seconds <= 1e6))
+        wrong("--time", text, "give seconds, 0 or more, such as --time 1.5");
+    return *seconds;
+}
+
+double parseRate(const std::string& text) {
+    const std::optional<double> rate = parseNumber<double>(text);
+    if (!rate || !(*rate >= 0.001 && *rate <= 1000.0))
+        wrong("--fps", text, "give pictures a second, 0.001 to 1000, such as --fps 25");
+    return *rate;
 }
 
 float parsePointSize(const std::string& text) {

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // The values of switches, from their words. Each throws Failure (kExitUsage), which names the switch, the
 // word and what would be right.
@@ -56,6 +57,18 @@ std::optional<Number> parseNumber(std::string_view text) {
     return value;
 }
 
+/// The number of the one of the file's cameras, or the like, that the switch of that name asks for by its
+/// name or its number. Throws where there is none.
+size_t indexOf(const std::string& what, const std::string& wanted, const std::vector<std::string>& names);
+
+template <typename Thing>
+size_t indexOf(const std::string& what, const std::string& wanted, const std::vector<Thing>& things) {
+    std::vector<std::string> names;
+    for (const Thing& thing : things)
+        names.push_back(thing.name);
+    return indexOf(what, wanted, names);
+}
+
 int parseCount(const std::string& name, const std::string& text, int least, int most);
 
 /// "2/4".
@@ -88,6 +101,12 @@ size_t parseMemory(const std::string& text);
 
 /// Degrees, -most to most.
 double parseAngle(const std::string& name, const std::string& text, double most);
+
+/// Seconds, 0 or more.
+double parseTime(const std::string& text);
+
+/// Pictures a second.
+double parseRate(const std::string& text);
 
 float parsePointSize(const std::string& text);
 double parseFieldOfView(const std::string& text);

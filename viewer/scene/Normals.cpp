@@ -47,19 +47,23 @@ std::vector<float> perCorner(const std::vector<float>& values, size_t width,
 } // namespace
 
 void addFlatNormals(Mesh& mesh) {
-    std::vector<float> normals(mesh.indices.size() * 3);
-    for (size_t triangle = 0; triangle < mesh.elementCount(); ++triangle) {
-        storeUnit(areaVector(mesh, triangle), &normals[triangle * 9]);
-        std::copy_n(&normals[triangle * 9], 3, &normals[triangle * 9 + 3]);
-        std::copy_n(&normals[triangle * 9], 3, &normals[triangle * 9 + 6]);
-    }
     mesh.positions = perCorner(mesh.positions, 3, mesh.indices);
     mesh.colors = perCorner(mesh.colors, 4, mesh.indices);
     mesh.tangents.clear(); // of other normals
     for (std::vector<float>& uvSet : mesh.uvSets)
         uvSet = perCorner(uvSet, 2, mesh.indices);
-    mesh.normals = std::move(normals);
     std::iota(mesh.indices.begin(), mesh.indices.end(), 0U);
+    mesh.normals.resize(mesh.positions.size());
+    setFlatNormals(mesh);
+}
+
+void setFlatNormals(Mesh& mesh) {
+    for (size_t triangle = 0; triangle < mesh.elementCount(); ++triangle) {
+        float* const normals = &mesh.normals[triangle * 9];
+        storeUnit(areaVector(mesh, triangle), normals);
+        std::copy_n(normals, 3, normals + 3);
+        std::copy_n(normals, 3, normals + 6);
+    }
 }
 
 void addSmoothNormals(Mesh& mesh, std::span<const std::uint32_t> groups) {

@@ -11,6 +11,10 @@ namespace orloview {
 /// Gives every triangle the normal of its plane. Triangles get vertices of their own for this.
 void addFlatNormals(Mesh& mesh);
 
+/// Gives triangles that share no vertices the normals of their planes, where `addFlatNormals` did before they
+/// moved.
+void setFlatNormals(Mesh& mesh);
+
 /// Gives every vertex the mean of its triangles' normals, weighted by their areas.
 ///
 /// Vertices with the same number in `groups` (one for each vertex) count as one; that is how vertices that

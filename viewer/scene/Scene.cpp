@@ -42,6 +42,15 @@ void Bounds::extend(const koLinear::Point& p) {
     }
 }
 
+void Bounds::extend(const Bounds& box, const koLinear::AffineMatrix& map) {
+    for (unsigned corner = 0; corner < 8 && !box.empty(); ++corner) {
+        const auto side = [&](int axis) {
+            return (corner >> axis & 1U) != 0 ? box.max[axis] : box.min[axis];
+        };
+        extend(map.transform(koLinear::Point(side(0), side(1), side(2))));
+    }
+}
+
 const Material& Scene::materialOf(const Mesh& mesh) const {
     static const Material kWhite;
     static const Material kGrey = [] {
@@ -60,6 +69,11 @@ const Bounds& Scene::bounds() const {
         DrawnVertices(*this).visit([this](const koLinear::Point& p) { fBounds->extend(p); });
     }
     return *fBounds;
+}
+
+void Scene::measure() {
+    fBounds.reset();
+    bounds();
 }
 
 size_t Scene::count(Topology topology) const {
@@ -94,6 +108,7 @@ void Scene::append(Scene other) {
             renumber(paint.mesh, meshes.size());
             renumber(paint.material, materials.size());
         }
+    renumberMotion(other);
     for (Texture& texture : other.textures)
         renumber(texture.image, images.size());
     for (Material& material : other.materials)
@@ -113,9 +128,34 @@ void Scene::append(Scene other) {
     moveBehind(animations, other.animations);
     moveBehind(cameras, other.cameras);
     moveBehind(lights, other.lights);
+    moveBehind(motion.nodes, other.motion.nodes);
+    moveBehind(motion.followers, other.motion.followers);
+    moveBehind(motion.skins, other.motion.skins);
+    moveBehind(motion.bends, other.motion.bends);
     moveBehind(files, other.files);
     moveBehind(warnings, other.warnings);
     fBounds.reset();
+}
+
+void Scene::renumberMotion(Scene& other) const {
+    for (Node& node : other.motion.nodes)
+        renumber(node.parent, motion.nodes.size());
+    for (Follower& follower : other.motion.followers) {
+        const std::array lengths{instances.size(), cameras.size(), lights.size()};
+        renumber(follower.index, lengths[static_cast<size_t>(follower.kind)]);
+        renumber(follower.node, motion.nodes.size());
+    }
+    for (Skin& skin : other.motion.skins)
+        for (int& joint : skin.joints)
+            renumber(joint, motion.nodes.size());
+    for (Bend& bend : other.motion.bends) {
+        renumber(bend.mesh, meshes.size());
+        renumber(bend.node, motion.nodes.size());
+        renumber(bend.skin, motion.skins.size());
+    }
+    for (Animation& animation : other.animations)
+        for (Track& track : animation.tracks)
+            renumber(track.node, motion.nodes.size());
 }
 
 DrawnVertices::DrawnVertices(const Scene& scene) : fScene(scene) {

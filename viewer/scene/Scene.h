@@ -11,11 +11,13 @@
 #include <orlohost/koColor.h>
 #include <orlohost/koLinear.h>
 
+#include "scene/Motion.h"
+
 /// What a model file holds, as plain data: no GL, no window, no import library's types.
 ///
-/// The importers fill a Scene, the drawing half only reads it. References from one vector into another and
-/// the indices of a mesh are checked before an importer hands the scene over; a reader may rely on them. -1
-/// means "none". Colours are linear.
+/// The importers fill a Scene, a Poser moves what of it moves, the drawing half only reads it. References
+/// from one vector into another and the indices of a mesh are checked before an importer hands the scene
+/// over; a reader may rely on them. -1 means "none". Colours are linear.
 namespace orloview {
 
 /// Strips, fans and loops of a file are already spelled out: two indices a line, three a triangle.
@@ -222,12 +224,6 @@ struct Variant {
     std::vector<Paint> paints;
 };
 
-/// Told of, not played.
-struct Animation {
-    std::string name;
-    double seconds = 0.0; ///< to the last of its times
-};
-
 /// Looks along -z of its own space, y up. toWorld carries no scale that matters to the view.
 struct Camera {
     enum class Kind : std::uint8_t { Perspective, Orthographic };
@@ -267,6 +263,8 @@ struct Bounds {
     bool empty() const { return min[0] > max[0]; }
     /// Takes the point in; one that is not finite is passed over.
     void extend(const koLinear::Point& p);
+    /// Takes in a box that is mapped so.
+    void extend(const Bounds& box, const koLinear::AffineMatrix& map);
 };
 
 struct Scene {
@@ -280,6 +278,7 @@ struct Scene {
     std::vector<Animation> animations;
     std::vector<Camera> cameras;
     std::vector<Light> lights;
+    Motion motion;                     ///< what the animations move; empty where there are none
     std::vector<std::string> files;    ///< what lies beside the model and was read too, pictures apart
     std::vector<std::string> warnings; ///< each names something of the input that was left out
 
@@ -291,9 +290,10 @@ struct Scene {
         return !mesh.tangents.empty() && materialOf(mesh).usesTangents();
     }
 
-    /// Around every vertex that an instance draws, in world space. Kept from the first call until another
-    /// scene is appended: vertices and places are to stay as they are from then on.
+    /// Around every vertex that an instance draws, in world space, as they were when that was first asked or
+    /// last measured.
     const Bounds& bounds() const;
+    void measure();
     /// Elements of this kind over all instances.
     size_t count(Topology topology) const;
     /// Gives meshes the materials of all variants of this name. False where there is none.
@@ -302,6 +302,8 @@ struct Scene {
     void append(Scene other);
 
 private:
+    void renumberMotion(Scene& other) const;
+
     mutable std::optional<Bounds> fBounds;
 };
 
@@ -314,14 +316,20 @@ public:
     /// Hands over each vertex of each instance once, however many elements share it, in world space.
     template <typename Visit>
     void visit(const Visit& visit) const {
-        for (const Instance& instance : fScene.instances) {
-            const auto mesh = static_cast<size_t>(instance.mesh);
-            const float* p = fScene.meshes[mesh].positions.data();
-            for (const char isDrawn : fDrawn[mesh]) {
-                if (isDrawn)
-                    visit(instance.toWorld.transform(koLinear::Point(p[0], p[1], p[2])));
-                p += 3;
-            }
+        for (size_t instance = 0; instance < fScene.instances.size(); ++instance)
+            this->visit(instance, visit);
+    }
+
+    /// The same of one instance.
+    template <typename Visit>
+    void visit(size_t instance, const Visit& visit) const {
+        const koLinear::AffineMatrix& toWorld = fScene.instances[instance].toWorld;
+        const auto mesh = static_cast<size_t>(fScene.instances[instance].mesh);
+        const float* p = fScene.meshes[mesh].positions.data();
+        for (const char isDrawn : fDrawn[mesh]) {
+            if (isDrawn)
+                visit(toWorld.transform(koLinear::Point(p[0], p[1], p[2])));
+            p += 3;
         }
     }
 

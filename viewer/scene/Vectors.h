@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 
 #include <orlohost/koLinear.h>
@@ -27,6 +28,10 @@ inline Vector between(const Point& from, const Point& to) {
 
 inline Point offset(const Point& p, const Vector& v) {
     return {p[0] + v[0], p[1] + v[1], p[2] + v[2]};
+}
+
+inline bool isFinite(const koLinear::AffineMatrix& matrix) {
+    return std::all_of(matrix[0], matrix[0] + 12, [](double element) { return std::isfinite(element); });
 }
 
 /// Axes of unit length at the origin, the last of them along `z`.

@@ -31,17 +31,6 @@ koLinear::AffineMatrix towards(const Vector& back, const Point& place) {
         .then(frameAlong(back).inverse());
 }
 
-Bounds boundsIn(const koLinear::AffineMatrix& space, const Bounds& bounds) {
-    Bounds result;
-    for (int corner = 0; corner < 8; ++corner) {
-        const auto side = [&](int axis) {
-            return (corner >> axis & 1) != 0 ? bounds.max[axis] : bounds.min[axis];
-        };
-        result.extend(space.transform(Point(side(0), side(1), side(2))));
-    }
-    return result;
-}
-
 bool isSame(const koLinear::AffineMatrix& a, const koLinear::AffineMatrix& b) {
     return std::equal(a[0], a[0] + 12, b[0]);
 }
@@ -74,7 +63,8 @@ void ShadowMap::aim(const koLinear::AffineMatrix& toWorld) {
     const double radius = radiusOf(fBounds);
     const Vector back = toWorld.transform(Vector(0.0, 0.0, 1.0));
     if (!light || light->kind == Light::Kind::Directional) {
-        const Bounds box = boundsIn(towards(back, middle), fBounds);
+        Bounds box;
+        box.extend(fBounds, towards(back, middle));
         const Point center = centerOf(box);
         const double room = 0.01 * radius;
         const auto half = [&](int axis) { return 0.5 * (box.max[axis] - box.min[axis]) + room; };

@@ -25,6 +25,12 @@ public:
     /// Draws it anew where the light has moved since. Leaves another target current.
     void update(DrawableScene& drawable, const koLinear::AffineMatrix& worldToEye);
 
+    /// Things have moved, and are within these bounds now.
+    void follow(const Bounds& bounds) {
+        fBounds = bounds;
+        fDrawnFor.reset();
+    }
+
     GLuint texture() const { return fMap->textureName(); }
 
     /// World to the map, 0 to 1 in all three directions.

@@ -9,16 +9,16 @@ namespace orloview {
 
 namespace {
 
-Scene prepared(const Options& options, Scene&& scene) {
+Bounds preparedBounds(const Options& options, Scene& scene, const Poser& poser) {
     prepareForDrawing(options, scene);
-    return std::move(scene);
+    return drawnBounds(options, scene, poser.bounds());
 }
 
 } // namespace
 
 ShownScene::ShownScene(const Options& options, Scene&& loaded, const ProgressReport& report)
-    : fOptions(options), fScene(prepared(options, std::move(loaded))), fBounds(drawnBounds(options, fScene)),
-      fGuides(makeGuides(fScene.bounds(), upOf(options))),
+    : fOptions(options), fScene(std::move(loaded)), fPoser(poserFor(options, fScene)),
+      fBounds(preparedBounds(options, fScene, fPoser)), fGuides(makeGuides(fScene.bounds(), upOf(options))),
       fView(
           Navigation(chooseEye(options, fScene), upOf(options), outlineOf(fScene), radiusOf(fScene.bounds())),
           lookOf(options, fScene)),

@@ -38,6 +38,7 @@ public:
 private:
     Options fOptions;
     Scene fScene;
+    Poser fPoser;
     Bounds fBounds; ///< of all that is drawn of the scene
     Guides fGuides;
     InteractiveView fView;

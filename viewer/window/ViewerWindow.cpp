@@ -256,6 +256,8 @@ void ViewerWindow::openOthers(std::vector<std::string> models) {
     options.demo = false;
     options.camera.reset();
     options.variant.reset();
+    options.animation.reset();
+    options.time.reset();
     options.eye.reset();
     options.target.reset();
     fIsReload = false;
