@@ -5,6 +5,7 @@ Usage: window_test.py ORLOVIEW [unittest arguments]. Debian's Python: the packag
 """
 
 import contextlib
+import math
 import os
 import pathlib
 import shlex
@@ -20,7 +21,7 @@ from Xlib import XK, X, display, error
 from Xlib.ext import xtest
 from Xlib.protocol import event
 
-from viewer_files import gltf, read_png, unlit
+from viewer_files import File, gltf, read_png, unlit
 
 ORLOVIEW = os.path.abspath(sys.argv.pop(1))
 WIDTH, HEIGHT = 320, 240
@@ -372,6 +373,66 @@ class WindowTest(unittest.TestCase):
         shown = window.after("h")
         self.assertSame(shown, self.drawn("--size", "500x300", *self.first_eye(window)))
         self.assertEqual(window.process.poll(), None)
+        self.quit(window)
+
+    def test_an_animation_plays_stops_steps_and_is_dragged(self):
+        file = File()
+        file.json["meshes"] = [{"primitives": [{"attributes": {"POSITION": file.accessor([[-0.1, -0.1, 0], [0.1, -0.1, 0], [0, 0.1, 0]])}, "material": 0}]}]
+        ends = file.accessor([[0], [2]])
+        moves = [file.accessor([[-x, -y, 0], [x, y, 0]]) for x, y in ((1, 0), (0, 0.5))]
+        channels = [{"sampler": 0, "target": {"node": 0, "path": "translation"}}]
+        animations = [{"samplers": [{"input": ends, "output": move}], "channels": channels} for move in moves]
+        with open(os.path.join(self.folder, "m.gltf"), "w") as model:
+            model.write(file.text(animations=animations, materials=[unlit(1, 0, 0)]))
+        view = ("--eye", "0,0,4", "--target", "0,0,0", "--background", "black")
+        side = HEIGHT / (8 * math.tan(math.radians(17.5)))  # pixels for a length of 1
+
+        def red(rows):
+            return middle_of(rows, lambda r, g, b: r > 128 and b < 64)
+
+        def reaches(x, y):
+            wanted = WIDTH / 2 + side * x - 0.5, HEIGHT / 2 - side * (y - 0.033) - 0.5
+            window.wait_for(lambda: math.dist(red(window.picture()) or (0, 0), wanted) < 1.5)
+
+        window = self.open("m.gltf", *view, moves=True)
+        first = window.wait_for(lambda: red(window.picture()))
+        window.wait_for(lambda: abs(red(window.picture())[0] - first[0]) > 5)
+        stopped = window.after("space")
+        window.press("question", "Shift_L")
+        switches = shlex.split(window.process.stdout.readline())
+        self.assertSame(stopped[:-MESSAGE], self.drawn(*switches), switches)
+        window.press("a")
+        for _ in range(4):
+            window.press("bracketleft")
+        start = time.monotonic()
+        window.press("space")
+        time.sleep(0.4)
+        window.after("space")
+        most = (time.monotonic() - start) / 16
+        window.press("question", "Shift_L")
+        switches = shlex.split(window.process.stdout.readline())
+        self.assertEqual(switches[-4:-1], ["--animation", "1", "--time"])
+        self.assertTrue(0 < float(switches[-1]) <= most, f"{switches[-1]} of {most}")
+        self.assertEqual(self.quit(window), "")
+
+        window = self.open("m.gltf", *view, "--time", "0.5", "--fps", "4", moves=True)
+        reaches(-0.5, 0)
+        window.press("period")
+        reaches(-0.25, 0)
+        window.press("comma")
+        window.press("comma")
+        reaches(-0.75, 0)
+        window.move_pointer(WIDTH // 4, HEIGHT - 6)
+        xtest.fake_input(window.display, X.ButtonPress, 1)
+        window.move_pointer(WIDTH // 2, HEIGHT // 2)
+        reaches(0, 0)
+        window.move_pointer(WIDTH * 3 // 4, HEIGHT - 6)
+        xtest.fake_input(window.display, X.ButtonRelease, 1)
+        reaches(0.5, 0)
+        window.press("a")
+        reaches(0, -0.5)
+        window.press("comma")
+        reaches(0, 0.375)
         self.quit(window)
 
     def test_the_fountain_moves_and_obeys_keys(self):

@@ -28,6 +28,10 @@ constexpr CommandHelp kCommandHelp[] = {
     {Command::NextCamera, "C", "the file's next camera"},
     {Command::NextFile, "PgDn, PgUp", "the folder's next, previous file"},
     {Command::Reload, "R", "read the file again"},
+    {Command::PlayOrStop, "Space", "play what moves, or stop it"},
+    {Command::StepOn, ", .", "a step back, a step on"},
+    {Command::Slower, "[ ]", "half as fast, twice as fast"},
+    {Command::NextAnimation, "A", "the next animation"},
     {Command::Screenshot, "F12", "write a screenshot"},
     {Command::PrintSwitches, "?", "print the switches of this view"},
     {Command::Help, "H, F1", "this list"},
@@ -36,7 +40,7 @@ constexpr CommandHelp kCommandHelp[] = {
 };
 
 constexpr MouseHelp kMouseHelp[] = {
-    {"left", "turn"},
+    {"left", "turn; on the time line: drag"},
     {"middle, Shift+left", "move"},
     {"wheel", "nearer, farther, at the cursor"},
 };
@@ -77,6 +81,12 @@ constexpr Binding kBindings[] = {
     {XK_o, Command::AmbientOcclusion, {}},
     {XK_b, Command::Sky, {}},
     {XK_s, Command::Statistics, {}},
+    {XK_space, Command::PlayOrStop, {}},
+    {XK_comma, Command::StepBack, {}},
+    {XK_period, Command::StepOn, {}},
+    {XK_bracketleft, Command::Slower, {}},
+    {XK_bracketright, Command::Faster, {}},
+    {XK_a, Command::NextAnimation, {}},
     {XK_Left, Command::TurnLeft, {}},
     {XK_Right, Command::TurnRight, {}},
     {XK_Up, Command::TurnUp, {}},

@@ -8,6 +8,7 @@ namespace orloview {
 namespace {
 
 constexpr koColor::Color kPanel{0.05F, 0.05F, 0.06F, 0.85F};
+constexpr koColor::Color kPassed{0.20F, 0.34F, 0.55F, 0.85F};
 constexpr koColor::Color kText{0.92F, 0.92F, 0.92F};
 constexpr koColor::Color kKeys{1.0F, 0.80F, 0.40F};
 constexpr koColor::Color kOn{0.50F, 0.90F, 0.55F};
@@ -99,30 +100,51 @@ void writeStatistics(TextPainter& text, const std::vector<std::string>& lines) {
         text.addText(cell, height / 2 + static_cast<int>(i) * height, lines[i], kText);
 }
 
-void writeMessage(TextPainter& text, const std::string& message, int windowHeight) {
+void writeMessage(TextPainter& text, const std::string& message, int bottom) {
     const int cell = text.characterWidth();
     const int height = text.lineHeight();
-    const int y = windowHeight - height * 3 / 2;
+    const int y = bottom - height * 3 / 2;
     text.addPanel(0, y, static_cast<int>(message.size() + 2) * cell, height * 3 / 2, kPanel);
     text.addText(cell, y + height / 4, message, kText);
 }
 
+void writeTimeLine(TextPainter& text, const TimeLine& line, const TimeLinePlace& place) {
+    const Playback& playback = line.playback;
+    const double share = playback.length() > 0.0 ? playback.time() / playback.length() : 0.0;
+    const int passed = static_cast<int>(share * place.width);
+    text.addPanel(0, place.top, passed, place.height, kPassed);
+    text.addPanel(passed, place.top, place.width - passed, place.height, kPanel);
+    char time[64];
+    std::snprintf(time, sizeof time, "%.2f of %.2f s", playback.time(), playback.length());
+    char speed[32] = "stopped";
+    if (playback.plays())
+        std::snprintf(speed, sizeof speed, "x %.4g", playback.speed());
+    const int y = place.top + (place.height - text.lineHeight()) / 2;
+    text.addText(text.characterWidth(), y, line.name + (line.name.empty() ? "" : "  ") + time + "  " + speed,
+                 kText);
+}
+
 } // namespace
 
-void writeProgress(TextPainter& text, const ShownProgress& progress, int windowWidth, int windowHeight) {
+void writeProgress(TextPainter& text, const ShownProgress& progress, int windowWidth, int bottom) {
     const int height = text.lineHeight();
     const int bar = std::max(height / 4, 2);
-    const int y = windowHeight - height * 3 / 2;
+    const int y = bottom - height * 3 / 2;
     text.addPanel(0, y - bar, windowWidth, height * 3 / 2 + bar, kPanel);
     text.addPanel(0, y - bar, static_cast<int>(progress.fraction * windowWidth), bar, kKeys);
     text.addText(text.characterWidth(), y + height / 4, progress.what + " (Esc stops it)", kText);
 }
 
-void writeOverlay(TextPainter& text, const InteractiveView& view, const Scene& scene,
-                  const FrameStatistics& statistics, const std::string& message,
-                  const ShownProgress& progress, int lineHeight) {
+TimeLinePlace placeOfTimeLine(int windowWidth, int windowHeight, int lineHeight) {
+    const int height = lineHeight * 5 / 4;
+    return {windowHeight - height, windowWidth, height};
+}
+
+void writeOverlay(TextPainter& text, const Overlay& overlay, int lineHeight) {
+    const InteractiveView& view = overlay.view;
     const int width = view.look().width;
     const int height = view.look().height;
+    const TimeLinePlace place = placeOfTimeLine(width, height, lineHeight);
     const std::vector<Line> help = view.helpShown ? helpLines(view) : std::vector<Line>();
     if (!help.empty()) {
         // A character is a little over half as wide as a line is high.
@@ -134,11 +156,14 @@ void writeOverlay(TextPainter& text, const InteractiveView& view, const Scene& s
     if (!help.empty())
         writeHelp(text, help, width, height);
     if (view.statisticsShown)
-        writeStatistics(text, statisticsLines(scene, statistics));
-    if (!progress.what.empty())
-        writeProgress(text, progress, width, height);
-    else if (!message.empty())
-        writeMessage(text, message, height);
+        writeStatistics(text, statisticsLines(overlay.scene, overlay.statistics));
+    const int bottom = overlay.timeLine ? place.top : height;
+    if (!overlay.progress.what.empty())
+        writeProgress(text, overlay.progress, width, bottom);
+    else if (!overlay.message.empty())
+        writeMessage(text, overlay.message, bottom);
+    if (overlay.timeLine)
+        writeTimeLine(text, *overlay.timeLine, place);
 }
 
 } // namespace orloview

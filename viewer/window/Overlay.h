@@ -4,7 +4,9 @@
 #include "draw/Culling.h"
 #include "draw/TextPainter.h"
 #include "window/InteractiveView.h"
+#include "window/Playback.h"
 
+#include <algorithm>
 #include <optional>
 #include <string>
 
@@ -23,13 +25,39 @@ struct ShownProgress {
     double fraction = 0.0;
 };
 
-/// A line about it, with a bar, at the bottom.
-void writeProgress(TextPainter& text, const ShownProgress& progress, int windowWidth, int windowHeight);
+/// A line about it, with a bar, above a row of the window.
+void writeProgress(TextPainter& text, const ShownProgress& progress, int windowWidth, int bottom);
 
-/// Writes help, statistics and a message, or progress, over the frame, as far as they are shown. `lineHeight`
-/// is the wanted size in pixels; where the help doesn't fit the window, it gets smaller.
-void writeOverlay(TextPainter& text, const InteractiveView& view, const Scene& scene,
-                  const FrameStatistics& statistics, const std::string& message,
-                  const ShownProgress& progress, int lineHeight);
+/// The time line of an animation.
+struct TimeLine {
+    std::string name;
+    const Playback& playback;
+};
+
+/// Where the time line is, in pixels from the window's top left corner.
+struct TimeLinePlace {
+    int top;
+    int width;
+    int height;
+
+    bool contains(int y) const { return y >= top; }
+
+    /// The share of the animation at a place.
+    double shareAt(int x) const { return static_cast<double>(x) / std::max(width - 1, 1); }
+};
+TimeLinePlace placeOfTimeLine(int windowWidth, int windowHeight, int lineHeight);
+
+/// What is written over a frame, as far as it is shown.
+struct Overlay {
+    const InteractiveView& view;
+    const Scene& scene;
+    FrameStatistics statistics;
+    const TimeLine* timeLine; ///< null: nothing moves
+    std::string message;
+    ShownProgress progress; ///< in the place of the message
+};
+
+/// `lineHeight` is the wanted size in pixels; where the help doesn't fit the window, it gets smaller.
+void writeOverlay(TextPainter& text, const Overlay& overlay, int lineHeight);
 
 } // namespace orloview

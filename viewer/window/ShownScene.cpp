@@ -1,5 +1,6 @@
 #include "window/ShownScene.h"
 
+#include "base/Text.h"
 #include "frame/ViewAndLook.h"
 #include "scene/Guides.h"
 
@@ -22,6 +23,8 @@ ShownScene::ShownScene(const Options& options, Scene&& loaded, const ProgressRep
       fView(
           Navigation(chooseEye(options, fScene), upOf(options), outlineOf(fScene), radiusOf(fScene.bounds())),
           lookOf(options, fScene)),
+      fPlayback(options.demo ? Playback::kEndless : fPoser.seconds(), options.time.value_or(0.0),
+                1.0 / options.framesPerSecond, moves() && !options.time),
       fDrawn(fScene, fGuides, fOptions, report) {
     fView.statisticsShown = options.stats;
 }
@@ -39,6 +42,42 @@ View ShownScene::currentView() const {
     return viewFrom(fView.navigation().viewpoint(),
                     boundsWith(fBounds, fGuides, look.grid, look.axes, look.ground),
                     static_cast<double>(look.width) / look.height);
+}
+
+void ShownScene::followTime(GLSession& gl) {
+    if (fShownTime == fPlayback.time())
+        return;
+    fShownTime = fPlayback.time();
+    gl.makeCurrent();
+    if (fOptions.demo)
+        return fDrawn.animate(fShownTime);
+    fDrawn.follow(fPoser.pose(fShownTime), fPoser.bounds());
+    fBounds = drawnBounds(fOptions, fScene, fPoser.bounds());
+}
+
+bool ShownScene::playNextAnimation() {
+    const size_t count = fScene.animations.size();
+    if (count < 2)
+        return false;
+    fPoser.choose((fPoser.animation() + 1) % count);
+    fPlayback.begin(fPoser.seconds());
+    fShownTime = -1.0; // whatever time it was, of another
+    return true;
+}
+
+std::optional<std::string> ShownScene::animation() const {
+    if (fOptions.demo || !fPoser.moves())
+        return std::nullopt;
+    return printable(fScene.animations[fPoser.animation()].name);
+}
+
+std::string ShownScene::switches() const {
+    std::string text = fView.switches();
+    if (!fOptions.demo && fPoser.animation() > 0)
+        text += " --animation " + std::to_string(fPoser.animation());
+    if (moves())
+        text += " --time " + fPlayback.timeSwitch();
+    return text + fOptions.shadingSwitches;
 }
 
 bool ShownScene::lookThroughNextCamera(std::string& which) {

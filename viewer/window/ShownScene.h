@@ -3,8 +3,11 @@
 #include "load/LoadModels.h"
 
 #include "frame/DrawnScene.h"
+#include "session/GLSession.h"
 #include "window/InteractiveView.h"
+#include "window/Playback.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +28,25 @@ public:
     InteractiveView& view() { return fView; }
     DrawnScene& drawn() { return fDrawn; }
 
+    /// Whether time changes anything.
+    bool moves() const { return fOptions.demo || fPoser.moves(); }
+
+    /// When in what moves it is, and where its scene stands then.
+    Playback& playback() { return fPlayback; }
+    const Playback& playback() const { return fPlayback; }
+
+    /// Lets the scene stand as it does at the time. Leaves the start-up context current where anything moved.
+    void followTime(GLSession& gl);
+
+    /// False where there is no other.
+    bool playNextAnimation();
+
+    /// The name of what plays, for people; none where that has no end.
+    std::optional<std::string> animation() const;
+
+    /// Those that draw the same picture.
+    std::string switches() const;
+
     /// What it came from: models, what lies beside them, pictures.
     std::vector<std::string> files() const;
 
@@ -42,6 +64,8 @@ private:
     Bounds fBounds; ///< of all that is drawn of the scene
     Guides fGuides;
     InteractiveView fView;
+    Playback fPlayback;
+    double fShownTime = 0.0; ///< that things stand for
     DrawnScene fDrawn;
     size_t fNextCamera = 0;
 };

@@ -133,6 +133,11 @@ private:
     void drag(const XMotionEvent& event);
     void execute(Command command);
     void executeOnScene(Command command);
+    void moveOn(Command command);
+    void seekAt(int x);
+    TimeLinePlace timeLine() const {
+        return placeOfTimeLine(fWindow->width(), fWindow->height(), fLineHeight);
+    }
     void openBeside(int steps);
     void screenshot();
     void note(const std::string& message);
@@ -143,11 +148,11 @@ private:
     void paintNothing();
     void wait();
     void doWhatIsDue();
-    void animate();
+    void play();
 
     Options fOptions; ///< of what is shown, or will be at first
     Progress& fProgress;
-    const Clock::time_point fStart = Clock::now();
+    Clock::time_point fPlayedAt = Clock::now(); ///< when the time last went on by itself
     std::optional<Opening> fOpening;
     std::unique_ptr<GLSession> fGL;
     Display* fDisplay = nullptr;
@@ -164,6 +169,7 @@ private:
     bool fIsReload = false; ///< of what is being read: the view stays
     int fPointerX = 0;
     int fPointerY = 0;
+    bool fIsOnTimeLine = false; ///< the button that is held went down there
     FrameStatistics fStatistics;
     std::string fMessage;
     ShownProgress fBusy;
@@ -333,6 +339,7 @@ void ViewerWindow::show(const Options& options, Scene&& scene) {
     if (!isFirst)
         return;
     note("H lists the keys");
+    fPlayedAt = Clock::now();
     fProgress.begin(Progress::Stage::Draw);
     paint(1);
     fProgress.finish();
@@ -396,7 +403,12 @@ void ViewerWindow::press(XKeyEvent& event) {
 void ViewerWindow::press(const XButtonEvent& event) {
     fPointerX = event.x;
     fPointerY = event.y;
-    if (fShown && (event.button == Button4 || event.button == Button5)) {
+    if (!fShown)
+        return;
+    fIsOnTimeLine = event.button == Button1 && fShown->animation() && timeLine().contains(event.y);
+    if (fIsOnTimeLine) {
+        seekAt(event.x);
+    } else if (event.button == Button4 || event.button == Button5) {
         fShown->view().zoom(event.button == Button4 ? 1 : -1, event.x, event.y);
         fChanged = true;
     }
@@ -409,7 +421,9 @@ void ViewerWindow::drag(const XMotionEvent& event) {
     fPointerY = event.y;
     if (!fShown)
         return;
-    if ((event.state & Button2Mask) || ((event.state & Button1Mask) && (event.state & ShiftMask)))
+    if (fIsOnTimeLine && (event.state & Button1Mask))
+        seekAt(event.x);
+    else if ((event.state & Button2Mask) || ((event.state & Button1Mask) && (event.state & ShiftMask)))
         fShown->view().move(right, down);
     else if (event.state & Button1Mask)
         fShown->view().turn(right, down);
@@ -449,8 +463,16 @@ void ViewerWindow::executeOnScene(Command command) {
         screenshot();
         break;
     case Command::PrintSwitches:
-        print(fShown->view().switches() + fOptions.shadingSwitches);
+        print(fShown->switches());
         note("the switches stand on standard output");
+        break;
+    case Command::PlayOrStop:
+    case Command::StepBack:
+    case Command::StepOn:
+    case Command::Slower:
+    case Command::Faster:
+    case Command::NextAnimation:
+        moveOn(command);
         break;
     case Command::NextCamera:
         if (std::string which; fShown->lookThroughNextCamera(which))
@@ -463,6 +485,23 @@ void ViewerWindow::executeOnScene(Command command) {
         fShown->view().apply(command);
         fChanged = true;
     }
+}
+
+void ViewerWindow::moveOn(Command command) {
+    if (!fShown->moves())
+        return note("nothing in it moves");
+    fPlayedAt = Clock::now();
+    fChanged = true;
+    Playback& playback = fShown->playback();
+    if (!playback.apply(command) && !fShown->playNextAnimation())
+        note("there is no other animation");
+    if (command == Command::Slower || command == Command::Faster)
+        note("speed " + std::to_string(playback.speed()).substr(0, 6));
+}
+
+void ViewerWindow::seekAt(int x) {
+    fShown->playback().seek(timeLine().shareAt(x));
+    fChanged = true;
 }
 
 /// The file whose name comes before or behind. Of several files that are shown, or were to be, the first
@@ -509,8 +548,8 @@ void ViewerWindow::run() {
             break;
         if (fOpening && fOpening->isDone()) {
             finishOpening();
-        } else if (fOptions.demo) {
-            animate();
+        } else if (fShown && fShown->playback().plays()) {
+            play();
         } else if (fChanged) {
             paint(1);
             if (!fOpening)
@@ -526,10 +565,12 @@ void ViewerWindow::run() {
 }
 
 /// The next picture of what moves, and the rest of its time asleep.
-void ViewerWindow::animate() {
+void ViewerWindow::play() {
     constexpr auto kPicture = std::chrono::milliseconds(16);
     const Clock::time_point now = Clock::now();
-    fShown->drawn().animate(std::chrono::duration<double>(now - fStart).count());
+    fShown->playback().advance(std::chrono::duration<double>(now - fPlayedAt).count());
+    fPlayedAt = now;
+    fSmoothAt.reset();
     doWhatIsDue();
     paint(1);
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(now + kPicture - Clock::now()).count();
@@ -584,7 +625,7 @@ void ViewerWindow::doWhatIsDue() {
         fBusy = {"reading " + nameOf(fOpening->options()), fraction};
     } else if (isDue(fReloadAt)) {
         reload();
-    } else if (!fOptions.demo && isDue(fSmoothAt)) {
+    } else if (isDue(fSmoothAt) && !fShown->playback().plays()) {
         paint(supersampling(fShown->view().look()));
     }
 }
@@ -610,13 +651,17 @@ void ViewerWindow::paint(int factor) {
 }
 
 void ViewerWindow::paintScene(int factor) {
+    fShown->followTime(*fGL);
     FrameContent shown = fShown->drawn().content();
     shown.answers = factor > 1 ? Answers::Ignored : Answers::AsTheyCome; // a view at rest is drawn whole
     if (!fPainter->develops())
         shown.culling = nullptr; // its questions are the start-up context's
     const InteractiveView& view = fShown->view();
+    const std::optional<std::string> animation = fShown->animation();
+    const TimeLine line{animation.value_or(""), fShown->playback()};
     fPainter->paint(fShown->currentView(), shown, view.look(), factor, [&](TextPainter& text) {
-        writeOverlay(text, view, fShown->scene(), fStatistics, fMessage, fBusy, fLineHeight);
+        writeOverlay(text, {view, fShown->scene(), fStatistics, animation ? &line : nullptr, fMessage, fBusy},
+                     fLineHeight);
     });
 }
 
