@@ -6,6 +6,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "base/ImportError.h"
@@ -155,11 +156,13 @@ private:
     int motionSkinOf(const GltfObject& node, const Skin& skin);
     void placeCamera(const GltfObject& node, const GltfObject& camera, const AffineMatrix& toWorld);
     void placeLight(const GltfObject& node, const GltfObject& light, const AffineMatrix& toWorld);
-    std::vector<int> meshesOf(size_t node, size_t mesh);
+    const std::vector<int>& meshesOf(size_t node, size_t mesh);
     std::vector<int> readMesh(size_t mesh, const Pose& pose);
     void addBend(Bend bend, const Pose& pose);
     std::optional<ReadMesh> readPrimitive(const GltfObject& primitive, const std::string& name,
                                           const Pose& pose);
+    std::vector<MorphTarget> readTargets(const Mesh& mesh, const GltfObject& primitive,
+                                         const std::string& name, const Pose& pose);
     void bendOnce(ReadMesh& read, const Pose& pose) const;
     void noteVariants(const GltfObject& primitive, const std::string& name);
     void readAttributes(const GltfObject& primitive, const std::string& name, Mesh& mesh);
@@ -184,8 +187,9 @@ private:
     std::vector<int> fMotionNodes;       ///< by node, their numbers in the scene's motion; -1: none yet
     std::vector<bool> fHasMovingWeights; ///< by node
     std::map<int, size_t> fMotionSkins;  ///< likewise, by skin
-    /// A file's mesh, morphed by these weights, to those of the scene, one a primitive.
-    std::map<std::pair<size_t, std::vector<double>>, std::vector<int>> fRead;
+    /// A file's mesh, for that node alone where its weights move, morphed by these weights, to those of the
+    /// scene, one a primitive.
+    std::map<std::tuple<size_t, std::optional<size_t>, std::vector<double>>, std::vector<int>> fRead;
     Scene fScene;
     Warnings fWarnings;
 };
@@ -306,18 +310,23 @@ void GltfParser::addFollower(Follower::Kind kind, size_t index, size_t node, con
 
 void GltfParser::placeMesh(size_t index, size_t mesh, const AffineMatrix& toWorld) {
     const GltfObject& node = fNodes[index];
+    const auto show = [&](int read, const AffineMatrix& toNode, const AffineMatrix& place) {
+        addFollower(Follower::Kind::Instance, fScene.instances.size(), index, toNode);
+        fScene.instances.push_back({node.text("name"), read, place});
+    };
     const std::vector<AffineMatrix> copies = copiesOf(node, toWorld);
-    for (const int read : meshesOf(index, mesh))
-        for (const AffineMatrix& copy : copies) {
-            addFollower(Follower::Kind::Instance, fScene.instances.size(), index, copy);
-            fScene.instances.push_back({node.text("name"), read, copy.then(toWorld)});
-        }
+    for (const int read : meshesOf(index, mesh)) {
+        if (copies.empty())
+            show(read, {}, toWorld);
+        for (const AffineMatrix& copy : copies)
+            show(read, copy, copy.then(toWorld));
+    }
 }
 
-/// From the space of its mesh to each place where the node shows it, in the node's.
+/// From the space of its mesh to each place where the node shows it, in the node's; empty: at the node alone.
 std::vector<AffineMatrix> GltfParser::copiesOf(const GltfObject& node, const AffineMatrix& toWorld) {
     if (!node.hasExtension(kGltfInstancing))
-        return {{}};
+        return {};
     try {
         std::vector<AffineMatrix> copies =
             readGltfInstances(node.extension(kGltfInstancing), fData, fCopiesLeft);
@@ -326,7 +335,7 @@ std::vector<AffineMatrix> GltfParser::copiesOf(const GltfObject& node, const Aff
         return copies;
     } catch (const ImportError& error) {
         fWarnings.add("the copies at " + named(node), std::string("left out: ") + error.what());
-        return {{}};
+        return {};
     }
 }
 
@@ -397,11 +406,10 @@ void GltfParser::placeLight(const GltfObject& node, const GltfObject& light, con
 }
 
 /// The scene's meshes for a mesh of the file as the node shows it; read when the first such node asks.
-std::vector<int> GltfParser::meshesOf(size_t node, size_t mesh) {
+const std::vector<int>& GltfParser::meshesOf(size_t node, size_t mesh) {
     std::vector<double> weights = morphWeights(fNodes[node], fMeshes[mesh]);
-    if (fHasMovingWeights[node])
-        return readMesh(mesh, {node, std::move(weights)});
-    const auto [known, isNew] = fRead.try_emplace({mesh, weights});
+    const std::optional<size_t> alone = fHasMovingWeights[node] ? std::optional(node) : std::nullopt;
+    const auto [known, isNew] = fRead.try_emplace({mesh, alone, weights});
     if (isNew)
         known->second = readMesh(mesh, {node, std::move(weights)});
     return known->second;
@@ -473,13 +481,8 @@ std::optional<GltfParser::ReadMesh> GltfParser::readPrimitive(const GltfObject& 
         mesh.material = primitive.reference("material", fScene.materials.size());
         std::optional<std::vector<std::uint32_t>> triangles = fData.openPrimitive(primitive);
         readAttributes(primitive, name, mesh);
-        const auto isWanted = [&](size_t target) {
-            return fHasMovingWeights[pose.node] ||
-                   (target < pose.weights.size() && pose.weights[target] != 0.0);
-        };
-        read.bend.targets = readGltfTargets(mesh, primitive, fData, isWanted, name, fWarnings);
-        if (pose.weights.size() > read.bend.targets.size())
-            fWarnings.add(name, "has fewer morph targets than weights");
+        if (!pose.weights.empty() || fHasMovingWeights[pose.node])
+            read.bend.targets = readTargets(mesh, primitive, name, pose);
         if (pose.skin)
             read.bend.influences = readGltfInfluences(primitive.object("attributes"), fData,
                                                       mesh.vertexCount(), pose.skin->joints.size());
@@ -493,7 +496,8 @@ std::optional<GltfParser::ReadMesh> GltfParser::readPrimitive(const GltfObject& 
     }
     if (!makeDrawable(mesh, name, fWarnings))
         return std::nullopt;
-    bendOnce(read, pose);
+    if (!pose.weights.empty() || pose.skin)
+        bendOnce(read, pose);
     if (mesh.topology == Topology::Triangles && mesh.normals.empty()) {
         read.bend.isFlat = true;
         followCorners(read.bend, mesh.indices);
@@ -501,6 +505,18 @@ std::optional<GltfParser::ReadMesh> GltfParser::readPrimitive(const GltfObject& 
     }
     dropMissing(read.bend.targets, mesh);
     return read;
+}
+
+/// Those that move the mesh, each in its place.
+std::vector<MorphTarget> GltfParser::readTargets(const Mesh& mesh, const GltfObject& primitive,
+                                                 const std::string& name, const Pose& pose) {
+    const auto isWanted = [&](size_t target) {
+        return fHasMovingWeights[pose.node] || (target < pose.weights.size() && pose.weights[target] != 0.0);
+    };
+    std::vector<MorphTarget> targets = readGltfTargets(mesh, primitive, fData, isWanted, name, fWarnings);
+    if (pose.weights.size() > targets.size())
+        fWarnings.add(name, "has fewer morph targets than weights");
+    return targets;
 }
 
 /// Does what no animation does anew.
@@ -515,8 +531,7 @@ void GltfParser::bendOnce(ReadMesh& read, const Pose& pose) const {
         bend(read.mesh, left.influences, pose.joints);
         left.influences = {};
     }
-    if (!pose.weights.empty() || pose.skin)
-        normalize(read.mesh.normals);
+    normalize(read.mesh.normals);
 }
 
 /// Without positions there is nothing to draw; any other attribute may be left out.

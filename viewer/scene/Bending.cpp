@@ -23,11 +23,13 @@ void addScaled(AffineMatrix& sum, const AffineMatrix& matrix, double share) {
             sum[row][axis] += matrix[row][axis] * share;
 }
 
-template <typename Triple>
-void move(const AffineMatrix& by, float* xyz) {
-    const Triple moved = by.transform(Triple(xyz[0], xyz[1], xyz[2]));
+/// As AffineMatrix maps points, and directions where `by` is 0; of millions, each call would tell.
+void move(const AffineMatrix& map, double by, float* xyz) {
+    const double x = xyz[0];
+    const double y = xyz[1];
+    const double z = xyz[2];
     for (int axis = 0; axis < 3; ++axis)
-        xyz[axis] = inRange(moved[axis]);
+        xyz[axis] = inRange(x * map[0][axis] + y * map[1][axis] + z * map[2][axis] + by * map[3][axis]);
 }
 
 } // namespace
@@ -87,11 +89,11 @@ void bend(Mesh& mesh, const Influences& influences, std::span<const AffineMatrix
         AffineMatrix sum = AffineMatrix::scaling(0.0, 0.0, 0.0);
         for (const Influences::One& one : own)
             addScaled(sum, joints[one.joint], one.share);
-        move<koLinear::Point>(sum, &mesh.positions[vertex * 3]);
+        move(sum, 1.0, &mesh.positions[vertex * 3]);
         if (!mesh.normals.empty())
-            move<koLinear::Vector>(sum, &mesh.normals[vertex * 3]);
+            move(sum, 0.0, &mesh.normals[vertex * 3]);
         if (!mesh.tangents.empty())
-            move<koLinear::Vector>(sum, &mesh.tangents[vertex * 4]);
+            move(sum, 0.0, &mesh.tangents[vertex * 4]);
     }
 }
 
