@@ -92,6 +92,12 @@ TEST(Picture, drawsTheBrightEndTogether) {
     developBlock(three, {0, 0, 3, 1}, {pixels}, 1, {true, ToneMap::Soft, {1, 1, 0, 1}});
     EXPECT_EQ(bytesOf(three),
               (std::vector<std::uint8_t>{255, 0, 188, 255, 255, 255, 0, 255, 249, 249, 179, 255}));
+
+    // Twice as bright, but for what is marked as plain and for the background.
+    const float dim[] = {1, 0, 0.5F, 2, 0, 0, 0, 0, 0.25F, 0.1F, 0, 1};
+    developBlock(three, {0, 0, 3, 1}, {dim}, 1, {true, ToneMap::Soft, {1, 1, 0, 1}, 2.0F});
+    EXPECT_EQ(bytesOf(three),
+              (std::vector<std::uint8_t>{255, 0, 188, 255, 255, 255, 0, 255, 188, 124, 0, 255}));
 }
 
 TEST(Picture, takesHalvesAsTheFloatsThatTheyAre) {

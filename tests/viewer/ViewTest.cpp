@@ -1,10 +1,14 @@
 #include "scene/View.h"
 #include "base/ExitCode.h"
+#include "scene/Pick.h"
+#include "scene/Silhouette.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <numbers>
+#include <tuple>
+#include <utility>
 
 namespace orloview {
 namespace {
@@ -125,6 +129,57 @@ TEST(View, refusesWhatHasNoDirection) {
     Placement same;
     same.eye = koLinear::Point(0, 0, 0); // the middle of the box, where it looks by default
     EXPECT_THROW(placeView(same, box(-1, -1, -1, 1, 1, 1), 1.0), Failure);
+}
+
+/// A cube from -1 to 1, each side with vertices of its own.
+Scene cube() {
+    Scene scene;
+    Mesh& mesh = scene.meshes.emplace_back();
+    for (int side = 0; side < 6; ++side) {
+        const float sign = side < 3 ? 1.0F : -1.0F;
+        for (const auto& [u, v] : {std::pair{-1.0F, -1.0F}, {1.0F, -1.0F}, {1.0F, 1.0F}, {-1.0F, 1.0F}}) {
+            float corner[3];
+            corner[side % 3] = sign;
+            corner[(side + 1) % 3] = sign * u;
+            corner[(side + 2) % 3] = v;
+            mesh.positions.insert(mesh.positions.end(), corner, corner + 3);
+        }
+        for (const unsigned index : {0U, 1U, 2U, 0U, 2U, 3U})
+            mesh.indices.push_back(static_cast<unsigned>(side) * 4 + index);
+    }
+    return scene;
+}
+
+TEST(Silhouette, isWhereAShapeTurnsAway) {
+    Scene scene = cube();
+    std::vector<float> lines;
+    Silhouette whole(scene.meshes[0]);
+    for (const auto& [eye, w, edges] : {std::tuple{koLinear::Point(0, 0, 5), 1.0, 4},
+                                        {koLinear::Point(5, 5, 5), 1.0, 6},
+                                        {koLinear::Point(0.2, 0.1, 1), 0.0, 6}}) {
+        whole.seenFrom(eye, w, lines);
+        EXPECT_EQ(lines.size(), edges * 6U) << eye[0];
+    }
+    scene.meshes[0].indices.resize(6);
+    Silhouette(scene.meshes[0]).seenFrom({5, 0, 0}, 1.0, lines);
+    EXPECT_EQ(lines.size(), 4 * 6U) << "the diagonal is none";
+}
+
+TEST(Pick, findsTheNearestOnTheRay) {
+    Scene scene = cube();
+    scene.instances = {{"far", 0, koLinear::AffineMatrix::translation(0, 0, -10)}, {"near", 0, {}}};
+    Viewpoint viewpoint;
+    viewpoint.distance = 20.0;
+    for (const bool orthographic : {false, true}) {
+        viewpoint.orthographic = orthographic;
+        const double half = viewpoint.halfHeight();
+        const auto picked = pick(scene, rayThrough(viewpoint, 0.0, 0.5 / half, 2.0));
+        ASSERT_TRUE(picked);
+        EXPECT_EQ(picked->instance, 1U);
+        EXPECT_NEAR(picked->place[1], orthographic ? 0.5 : 0.475, 1e-5);
+        EXPECT_NEAR(picked->place[2], 1.0, 1e-5);
+        EXPECT_FALSE(pick(scene, rayThrough(viewpoint, 1.2 / half / 2.0, 0.0, 2.0)));
+    }
 }
 
 TEST(View, looksThroughCamerasOfTheFile) {

@@ -282,7 +282,7 @@ class WindowTest(unittest.TestCase):
         ):
             self.assertNotEqual(window.after(key, *modifiers), first, key)
             self.assertEqual(window.after("Home"), first, key)
-        for key in ("5", "w", "l", "c", "k", "g", "x", "s", "h", "F1"):
+        for key in ("5", "w", "e", "l", "c", "k", "g", "x", "s", "h", "F1"):
             if key in "ck":
                 window.press("1", "Control_L")  # seen from behind, where culling shows
             before = window.settle()
@@ -538,6 +538,48 @@ class WindowTest(unittest.TestCase):
         self.assertEqual(window.after("Right"), first)
         self.assertEqual(window.after("Left"), turned)
         self.quit(window, "Escape")
+
+    def click(self, window, x, y, times=1):
+        window.move_pointer(x, y)
+        for _ in range(times):
+            xtest.fake_input(window.display, X.ButtonPress, 1)
+            xtest.fake_input(window.display, X.ButtonRelease, 1)
+        window.display.sync()
+        time.sleep(0.5)  # no other click's second half
+
+    def test_parts_are_named_distances_measured_and_light_is_turned_up(self):
+        nodes = [{"name": "left", "mesh": 0, "translation": [-1, 0, 0]}, {"name": "right", "mesh": 0, "translation": [1, 0, 0]}]
+        positions = ((-0.5, -0.5, 0), (0.5, -0.5, 0), (0, 0.5, 0))
+        self.write("m.gltf", {"pbrMetallicRoughness": {"baseColorFactor": [0.1, 0.1, 0.1, 1]}}, positions, nodes=nodes)
+        window = self.open("m.gltf", "--eye", "0,0,10", "--target", "0,0,0", "--orthographic", "--fov", "22.6198649", "--edges")
+        first = window.settle()
+        self.click(window, WIDTH // 2 + 60, HEIGHT // 2, times=2)
+        window.press("m")
+        self.click(window, WIDTH // 2 - 60, HEIGHT // 2)
+        self.click(window, WIDTH // 2 + 60, HEIGHT // 2)
+        window.press("m")
+        window.press("t")
+        self.click(window, WIDTH * 3 // 4, HEIGHT - 5)
+        for key in ("i", "n"):
+            before = window.settle()
+            self.assertTrue(window.after(key) != before, key)
+            window.press(key)
+        shown = window.settle()
+        window.press("question", "Shift_L")
+        line = self.quit(window).splitlines()[-1]
+        words = shlex.split(line, comments=True)
+        given = {name: value for name, value in zip(words, words[1:])}
+        self.assertEqual(given["--part"], "1")
+        self.assertAlmostEqual(float(given["--exposure"]), 3, delta=0.1)
+        places = [float(value) for value in line.split("--measure=")[1].split()[0].split(",")]
+        for place, wanted in zip(places, (-1, 0, 0, 1, 0, 0)):
+            self.assertAlmostEqual(place, wanted, delta=0.03)
+        drawn = self.drawn(*words)
+        half = slice(HEIGHT // 2 + 20, HEIGHT - 2 * MESSAGE)  # no panel, no label
+        self.assertSame(shown[half], drawn[half], line)
+        self.assertGreater(sum(map(sum, drawn[half])), 1.1 * sum(map(sum, first[half])))
+        orange = middle_of(drawn, lambda r, g, b: (r, b) > (240, 0) and g < 190 and b < 60)
+        self.assertAlmostEqual(orange[0], WIDTH / 2 + 60, delta=6)
 
     def test_cameras_are_stepped_through(self):
         camera = {"type": "perspective", "perspective": {"yfov": 1, "znear": 0.1}}

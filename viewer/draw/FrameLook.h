@@ -25,6 +25,8 @@ struct FrameLook {
     bool ground = false;
     bool ambientOcclusion = false;
     bool sky = false;       ///< shown behind everything
+    bool edges = false;     ///< of triangles, over what is drawn
+    float gain = 1.0F;      ///< multiplies all light once it is drawn; for who shows the frame
     float exposure = 1.0F;  ///< multiplies light that is neither a light's, the sky's nor a material's
     float pointSize = 3.0F; ///< pixels
     float lineWidth = 1.0F;
@@ -43,6 +45,7 @@ inline bool isOccluded(const FrameLook& look) {
 inline Development developmentOf(const FrameLook& look) {
     Development development{look.background[3] == 1.0F};
     if (isToneMapped(look)) {
+        development.gain = look.gain;
         development.toneMap = look.toneMap;
         std::copy_n(look.background.data(), 4, development.background.begin());
     }

@@ -13,6 +13,7 @@ uniform sampler2D frame;
 uniform float factor;
 uniform vec2 texel;
 uniform bool soft;
+uniform float gain;
 uniform vec4 background;
 
 vec3 toneMapped(vec3 color) {
@@ -26,6 +27,7 @@ vec3 toneMapped(vec3 color) {
 
 vec4 cut(vec4 light) {
     float plain = clamp(light.a - 1.0, 0.0, 1.0);
+    light.rgb *= mix(gain, 1.0, plain);
     light.a = clamp(light.a, 0.0, 1.0);
     vec4 shown = clamp(light, 0.0, 1.0);
     if (soft && light.a > 0.0)
@@ -56,6 +58,7 @@ WindowDeveloper::WindowDeveloper() : fPass(kFragmentSource) {
     if (!usable())
         return;
     fFactorPlace = fPass.place("factor");
+    fGainPlace = fPass.place("gain");
     fSoftPlace = fPass.place("soft");
     fBackgroundPlace = fPass.place("background");
     fTexelPlace = fPass.place("texel");
@@ -65,6 +68,7 @@ void WindowDeveloper::develop(IGLTexture& frame, int factor, const Development& 
     frame.bind();
     fPass.begin();
     gl().glUniform1fARB(fFactorPlace, static_cast<float>(factor));
+    gl().glUniform1fARB(fGainPlace, development.gain);
     gl().glUniform1iARB(fSoftPlace, development.toneMap == ToneMap::Soft ? 1 : 0);
     gl().glUniform4fvARB(fBackgroundPlace, 1, development.background.data());
     gl().glUniform2fARB(fTexelPlace, 1.0F / static_cast<float>(frame.width()),

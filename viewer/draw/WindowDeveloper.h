@@ -24,6 +24,7 @@ private:
     GLint fFactorPlace = -1;
     GLint fTexelPlace = -1;
     GLint fSoftPlace = -1;
+    GLint fGainPlace = -1;
     GLint fBackgroundPlace = -1;
 };
 

@@ -3,6 +3,7 @@
 #include "base/ExitCode.h"
 #include "base/Say.h"
 #include "frame/ViewAndLook.h"
+#include "options/Values.h"
 #include "shading/CgUserShader.h"
 #include "shading/GlslLanguage.h"
 #include "shading/GlslUserShader.h"
@@ -15,6 +16,13 @@ namespace {
 
 bool hasUserShader(const Options& options) {
     return options.cg || !options.shader.empty();
+}
+
+size_t partOf(const Scene& scene, const std::string& wanted) {
+    std::vector<std::string> names;
+    for (const Instance& instance : scene.instances)
+        names.push_back(instance.nodeName);
+    return indexOf("part", wanted, names);
 }
 
 } // namespace
@@ -47,8 +55,12 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
                        const ProgressReport& report)
     : fShading(chooseShading(options)), fSky(skyOf(options)),
       fLights(scene, !isLitBySkyAlone(options), options.exposure),
-      fDrawable(scene, fShading, report, hasUserShader(options)), fGround(guides.ground), fGrid(guides.grid),
-      fAxes(guides.axes) {
+      fDrawable(scene, fShading, report, hasUserShader(options)), fGround(guides.ground), fMarks(scene),
+      fGrid(guides.grid), fAxes(guides.axes) {
+    if (options.part)
+        fMarks.outline(partOf(scene, *options.part));
+    if (options.measure)
+        fMarks.measure({options.measure->begin(), options.measure->end()});
     if (options.cull)
         fCulling.emplace(fDrawable);
     if (options.particles)

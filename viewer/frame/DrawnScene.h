@@ -43,6 +43,8 @@ public:
     /// Follows the scene into another pose, in which all is within `bounds`.
     void follow(const Moved& moved, const Bounds& bounds);
 
+    Marks& marks() { return fMarks; }
+
     FrameContent content() {
         return {fDrawable,
                 fLights,
@@ -54,6 +56,7 @@ public:
                 fOcclusion ? &*fOcclusion : nullptr,
                 fUserShader.get(),
                 fGround,
+                fMarks,
                 fCulling ? &*fCulling : nullptr,
                 fBackdrop ? &*fBackdrop : nullptr,
                 fParticles ? &*fParticles : nullptr};
@@ -77,6 +80,7 @@ private:
     std::optional<Culling> fCulling;
     std::optional<SceneParticles> fParticles;
     Ground fGround;
+    Marks fMarks;
     std::optional<Fountain> fFountain;
     DrawableScene fGrid;
     DrawableScene fAxes;

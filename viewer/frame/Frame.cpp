@@ -271,6 +271,32 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
     content.shaders->endFrame();
 }
 
+/// Dark, a little in front of the triangles that they are of; what lies between small ones stays visible.
+void drawEdges(const FrameContent& content, const FrameLook& look) {
+    const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
+    GLPassState state;
+    state.setDepthMask(false);
+    state.setBlendFuncFactors(GLPassState::kBlendOne, GLPassState::kBlendOneMinusSourceAlpha);
+    state.applyGL(false);
+    gl->glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+    gl->glEnable(GL_POLYGON_OFFSET_LINE);
+    gl->glPolygonOffset(-1.0F, -1.0F);
+    enable(GL_LIGHTING, false);
+    enable(GL_ALPHA_TEST, false);
+    enable(GL_BLEND, true);
+    gl->glColor4f(0.0F, 0.0F, 0.0F, 0.4F);
+    const Scene& scene = content.drawable.scene();
+    for (size_t index = 0; index < scene.instances.size(); ++index) {
+        const auto mesh = static_cast<size_t>(scene.instances[index].mesh);
+        if (scene.meshes[mesh].topology != Topology::Triangles || !isSeen(content, index))
+            continue;
+        enable(GL_CULL_FACE, cullsBackFaces(content.drawable, index, look));
+        drawPlaced(content.drawable, index, [&] { content.drawable.drawShape(index); });
+    }
+    gl->glDisable(GL_POLYGON_OFFSET_LINE);
+    gl->glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+}
+
 void draw(GLFrameBuffer& target, const View& view, const FrameContent& content, const FrameLook& look,
           Clear clearThings) {
     target.makeCurrent();
@@ -295,6 +321,10 @@ void draw(GLFrameBuffer& target, const View& view, const FrameContent& content, 
         drawSceneShaded(content, view, look, units, clearThings);
     else
         drawSceneFixed(content, view, look, units);
+    units.set(nullptr, nullptr);
+    if (look.edges && !look.wireframe)
+        drawEdges(content, look);
+    content.marks.draw(view, look);
     if (content.culling && content.answers == Answers::AsTheyCome)
         content.culling->ask();
 }

@@ -4,6 +4,7 @@
 #include "draw/DrawableScene.h"
 #include "draw/FrameLook.h"
 #include "draw/Ground.h"
+#include "draw/Marks.h"
 #include "draw/SceneLights.h"
 #include "draw/SceneParticles.h"
 #include "scene/View.h"
@@ -35,6 +36,7 @@ struct FrameContent {
     Occlusion* occlusion;      ///< of the shaders; null: there are none
     UserShader* userShader;    ///< in the place of all materials; null: none
     Ground& ground;            ///< of `drawable`
+    Marks& marks;              ///< of its scene
     Culling* culling;          ///< of `drawable`; null: everything is drawn
     Backdrop* backdrop;        ///< the sky, where it is shown; null: there is none
     SceneParticles* particles; ///< draws the points of `drawable`'s scene; null: they are points

@@ -73,6 +73,7 @@ FrameLook lookOf(const Options& options, const Scene& scene) {
     look.ground = options.ground;
     look.ambientOcclusion = options.ambientOcclusion;
     look.sky = options.showSky;
+    look.edges = options.edges;
     look.exposure = options.exposure;
     look.pointSize = options.pointSize;
     return look;

@@ -336,10 +336,17 @@ void Converter::addElements(unsigned index, unsigned width, Topology topology) {
 }
 
 void Converter::placeNodes() {
-    std::vector<std::pair<const aiNode*, aiMatrix4x4>> open{{fSource.mRootNode, aiMatrix4x4()}};
+    struct Open {
+        const aiNode* node;
+        aiMatrix4x4 parent;
+        int treeParent;
+    };
+    std::vector<Open> open{{fSource.mRootNode, aiMatrix4x4(), -1}};
     while (!open.empty()) {
-        const auto [node, parent] = open.back();
+        const auto [node, parent, treeParent] = open.back();
         open.pop_back();
+        const auto treeNode = static_cast<int>(fScene.tree.size());
+        fScene.tree.push_back({nameOf(node->mName), treeParent});
         const aiMatrix4x4 transform = parent * node->mTransformation;
         const AffineMatrix world = toAffine(transform);
         const bool finite = std::all_of(world[0], world[0] + 12, [](double e) { return std::isfinite(e); });
@@ -349,7 +356,7 @@ void Converter::placeNodes() {
             for (const int mesh : fMeshes[node->mMeshes[i]])
                 fScene.instances.push_back({nameOf(node->mName), mesh, world});
         for (unsigned i = node->mNumChildren; i-- > 0;)
-            open.emplace_back(node->mChildren[i], transform);
+            open.push_back({node->mChildren[i], transform, treeNode});
     }
 }
 

@@ -95,8 +95,8 @@ public:
         : fReport(report), fRoot(container.json, ""), fData(container, folder),
           fNodes(fRoot.objects("nodes")), fMeshes(fRoot.objects("meshes")), fSkins(fRoot.objects("skins")),
           fCameras(fRoot.objects("cameras")), fLights(fRoot.extension(kLights).objects("lights")),
-          fParents(fNodes.size(), kUnvisited), fWorlds(fNodes.size()), fMotionNodes(fNodes.size(), -1),
-          fHasMovingWeights(fNodes.size()) {
+          fParents(fNodes.size(), kUnvisited), fWorlds(fNodes.size()), fTreeNodes(fNodes.size(), -1),
+          fMotionNodes(fNodes.size(), -1), fHasMovingWeights(fNodes.size()) {
         fScene.format = container.isBinary ? "glTF 2.0 binary" : "glTF 2.0 text";
         warnOfExtensions(container.json, fWarnings);
         fScene.animations = readGltfAnimations(fRoot, fData, fWarnings);
@@ -184,6 +184,7 @@ private:
     std::vector<AffineMatrix> fWorlds;   ///< by node, likewise
     std::vector<size_t> fSkinned;        ///< nodes whose meshes wait until every joint has its place
     bool fMoves = false;                 ///< whether anything is animated
+    std::vector<int> fTreeNodes;         ///< by node, their numbers in the scene's tree
     std::vector<int> fMotionNodes;       ///< by node, their numbers in the scene's motion; -1: none yet
     std::vector<bool> fHasMovingWeights; ///< by node
     std::map<int, size_t> fMotionSkins;  ///< likewise, by skin
@@ -240,6 +241,9 @@ void GltfParser::walk(int root) {
         fWorlds[static_cast<size_t>(index)] = toWorld;
         if (fMoves)
             motionNodeOf(static_cast<size_t>(index));
+        const int parent = fParents[static_cast<size_t>(index)];
+        fTreeNodes[static_cast<size_t>(index)] = static_cast<int>(fScene.tree.size());
+        fScene.tree.push_back({node.text("name"), parent < 0 ? -1 : fTreeNodes[static_cast<size_t>(parent)]});
         const bool hidden = hiddenAbove || isHidden(node);
         if (!hidden)
             place(static_cast<size_t>(index), toWorld);

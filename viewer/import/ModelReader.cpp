@@ -84,6 +84,12 @@ bool isConsistent(const Material& material, size_t textureCount) {
            });
 }
 
+bool isTree(const std::vector<TreeNode>& tree) {
+    int known = 0;
+    return std::all_of(tree.begin(), tree.end(),
+                       [&known](const TreeNode& node) { return node.parent >= -1 && node.parent < known++; });
+}
+
 bool isConsistent(const Variant& variant, const Scene& scene) {
     return std::all_of(variant.paints.begin(), variant.paints.end(), [&](const Variant::Paint& paint) {
         return refers(paint.mesh, scene.meshes.size()) && refers(paint.material, scene.materials.size());
@@ -131,7 +137,7 @@ bool isConsistent(const Scene& scene) {
            std::all_of(
                scene.textures.begin(), scene.textures.end(),
                [&](const Texture& texture) { return refersOrNone(texture.image, scene.images.size()); }) &&
-           isMotionConsistent(scene);
+           isTree(scene.tree) && isMotionConsistent(scene);
 }
 
 } // namespace orloview

@@ -184,6 +184,11 @@ void fieldsOf(Stream& stream, Instance& i) {
 }
 
 template <typename Stream>
+void fieldsOf(Stream& stream, TreeNode& n) {
+    transfer(stream, n.name, n.parent);
+}
+
+template <typename Stream>
 void fieldsOf(Stream& stream, Image& i) {
     transfer(stream, i.name, i.path, i.bytes);
 }
@@ -275,7 +280,7 @@ void fieldsOf(Stream& stream, Light& l) {
 
 template <typename Stream>
 void fieldsOf(Stream& stream, Scene& s) {
-    transfer(stream, s.format, s.meshes, s.instances, s.materials, s.variants, s.images, s.textures,
+    transfer(stream, s.format, s.meshes, s.instances, s.tree, s.materials, s.variants, s.images, s.textures,
              s.animations, s.cameras, s.lights, s.motion, s.files, s.warnings);
 }
 

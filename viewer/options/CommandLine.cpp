@@ -169,9 +169,9 @@ public:
         std::erase(extras, "--"); // behind which names of files may begin with a dash
         if (!extras.empty())
             unknownSwitch(fApp, extras.front());
-        for (const char* name : {"--variant", "--shading", "--sky", "--sky-rotation", "--exposure",
-                                 "--tone-map", "--shader", "--cg", "--cg-option", "--cg-set", "--shadows",
-                                 "--cull", "--particles", "--sprite-images", "--point-size", "--lit"})
+        for (const char* name : {"--variant", "--shading", "--sky", "--sky-rotation", "--tone-map",
+                                 "--shader", "--cg", "--cg-option", "--cg-set", "--shadows", "--cull",
+                                 "--particles", "--sprite-images", "--point-size", "--lit"})
             fOptions.shadingSwitches += asGiven(name, *fApp.get_option(name));
         return {};
     }
@@ -416,6 +416,11 @@ void Switches::addParticles() {
 
 void Switches::addDrawing() {
     fApp.add_flag("--wireframe", fOptions.wireframe, "Draw edges only");
+    fApp.add_flag("--edges", fOptions.edges, "Draw the edges of triangles over what is drawn");
+    word("--part", "NAME|INDEX", "Draw a line round a part of the file",
+         [this](const std::string& text) { fOptions.part = text; });
+    word("--measure", "X,Y,Z,X,Y,Z", "Draw a line between two points; in a window, with their distance",
+         [this](const std::string& text) { fOptions.measure = parsePoints(text); });
     fApp.add_flag_callback(
         "--no-lights", [this] { fOptions.lights = false; }, "Draw colours as they are, unlit");
     fApp.add_flag("--shadows", fOptions.shadows, "Let the main light cast shadows, with shaders");
@@ -434,6 +439,9 @@ void Switches::addDrawing() {
 void Switches::addTelling() {
     fApp.add_flag("--stats", fOptions.stats,
                   "Print what was drawn and uploaded, frame by frame; in a window, show it");
+    fApp.add_flag("--tree", fOptions.showTree, "In a window, show the tree of the scene");
+    fApp.add_flag("--warnings", fOptions.showWarnings, "In a window, show what was left out of the file");
+    fApp.add_flag("--exposure-slider", fOptions.showExposure, "In a window, show a slider for the exposure");
     fApp.add_flag("--info", fOptions.info, "Print what the models hold; needs no display");
     fApp.add_flag("--json", fOptions.json, "With --info: as JSON");
     fApp.add_flag("--list-formats", fOptions.listFormats, "Print which models are read, by their suffixes");

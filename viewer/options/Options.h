@@ -151,8 +151,13 @@ struct Options {
     /// The folder that the sources of shaders are written to; empty: none.
     std::string dumpShaders;
 
+    /// Name or index of a part that is outlined, and two points whose distance is.
+    std::optional<std::string> part;
+    std::optional<std::array<koLinear::Point, 2>> measure;
+
     bool orthographic = false;
     bool wireframe = false;
+    bool edges = false;
     bool lights = true;
     bool shadows = false;
     bool culling = true;
@@ -162,7 +167,13 @@ struct Options {
     bool ground = false;
     bool ambientOcclusion = false;
     Progress::Mode progress = Progress::Mode::Silent;
-    bool stats = false;
+
+    // What a window begins with.
+    bool stats = false; ///< without one: told frame by frame
+    bool showTree = false;
+    bool showWarnings = false;
+    bool showExposure = false;
+
     bool info = false;
     bool json = false;
     bool listFormats = false;

@@ -39,10 +39,13 @@ size_t indexOf(const std::string& what, const std::string& wanted, const std::ve
     const std::string name = "--" + what;
     if (names.empty())
         wrong(name, wanted, "the model has no " + what + "; leave " + name + " out");
+    constexpr size_t kMostNamed = 20;
     std::string known;
-    for (size_t i = 0; i < names.size(); ++i)
+    for (size_t i = 0; i < std::min(names.size(), kMostNamed); ++i)
         known +=
             (i ? ", " : "") + std::to_string(i) + (names[i].empty() ? "" : " (" + printable(names[i]) + ")");
+    if (names.size() > kMostNamed)
+        known += " ... " + std::to_string(names.size() - 1);
     wrong(name, wanted, "the model has no such " + what + "; it has " + known);
 }
 
@@ -108,6 +111,17 @@ double parseRate(const std::string& text) {
     if (!rate || !(*rate >= 0.001 && *rate <= 1000.0))
         wrong("--fps", text, "give pictures a second, 0.001 to 1000, such as --fps 25");
     return *rate;
+}
+
+std::array<koLinear::Point, 2> parsePoints(const std::string& text) {
+    constexpr int kNumbers = 3;
+    size_t comma = text.find(',');
+    for (int i = 1; i < kNumbers && comma != text.npos; ++i)
+        comma = text.find(',', comma + 1);
+    if (comma == text.npos)
+        wrong("--measure", text, "give two points, such as --measure 0,0,0,1,0,-2.5");
+    return {parseTriple<koLinear::Point>("--measure", text.substr(0, comma)),
+            parseTriple<koLinear::Point>("--measure", text.substr(comma + 1))};
 }
 
 float parsePointSize(const std::string& text) {

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include <orlohost/koLinear.h>
+
 // The values of switches, from their words. Each throws Failure (kExitUsage), which names the switch, the
 // word and what would be right.
 
@@ -95,6 +97,9 @@ Triple parseTriple(const std::string& name, const std::string& text) {
     }
     return triple;
 }
+
+/// Two points, six numbers.
+std::array<koLinear::Point, 2> parsePoints(const std::string& text);
 
 /// "500M" or "8G", in bytes.
 size_t parseMemory(const std::string& text);

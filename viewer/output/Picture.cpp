@@ -257,6 +257,16 @@ void widen(const std::uint16_t* halves, size_t count, float* out) {
     }
 }
 
+/// Multiplies pixels, but for the share of them that the tone map leaves alone.
+void brighten(float* pixels, size_t count, float gain) {
+    for (size_t i = 0; i < count; i += 4) {
+        const float plain = clampToUnit(pixels[i + 3] - 1.0F);
+        const float factor = gain + plain * (1.0F - gain);
+        for (size_t channel = 0; channel < 3; ++channel)
+            pixels[i + channel] *= factor;
+    }
+}
+
 } // namespace
 
 std::uint8_t encodeSrgb(float linear) {
@@ -282,28 +292,36 @@ void developBlock(Picture& picture, const Block& block, const Samples& samples, 
             developer.develop(run, pixels, out);
     };
     const size_t stride = static_cast<size_t>(block.width) * static_cast<size_t>(factor) * 4;
-    std::vector<float> wide(samples.areHalves ? size_t{kPixelsAtOnce} * factor * factor * 4 : 0);
-    const auto developHalves = [&](const std::uint16_t* first, int pixels, std::uint8_t* out) {
+    const bool isWidened = samples.areHalves || development.gain != 1.0F;
+    std::vector<float> wide(isWidened ? size_t{kPixelsAtOnce} * factor * factor * 4 : 0);
+    const auto developPiece = [&](size_t first, int pixels, std::uint8_t* out) {
         const size_t floats = static_cast<size_t>(pixels) * static_cast<size_t>(factor) * 4;
-        if (!isOfFloats && isAllZero({first, stride}, floats, factor))
+        const auto* halves = static_cast<const std::uint16_t*>(samples.first) + first;
+        if (!isOfFloats && samples.areHalves && isAllZero({halves, stride}, floats, factor))
             return developer.putNothing(pixels, out);
-        for (size_t row = 0; row < static_cast<size_t>(factor); ++row)
-            widen(first + row * stride, floats, wide.data() + row * floats);
+        for (size_t row = 0; row < static_cast<size_t>(factor); ++row) {
+            float* const to = wide.data() + row * floats;
+            if (samples.areHalves)
+                widen(halves + row * stride, floats, to);
+            else
+                std::copy_n(static_cast<const float*>(samples.first) + first + row * stride, floats, to);
+            if (development.gain != 1.0F)
+                brighten(to, floats, development.gain);
+        }
         develop({wide.data(), floats}, pixels, out);
     };
     for (int row = 0; row < block.height; ++row) {
         const size_t start = stride * static_cast<size_t>(row) * static_cast<size_t>(factor);
         std::uint8_t* out = picture.row(picture.height - 1 - block.y - row) +
                             static_cast<size_t>(block.x) * static_cast<size_t>(picture.pixelBytes);
-        if (!samples.areHalves) {
+        if (!isWidened) {
             develop({static_cast<const float*>(samples.first) + start, stride}, block.width, out);
             continue;
         }
-        const std::uint16_t* halves = static_cast<const std::uint16_t*>(samples.first) + start;
         for (int x = 0; x < block.width; x += kPixelsAtOnce) {
             const int pixels = std::min(kPixelsAtOnce, block.width - x);
-            developHalves(halves + static_cast<size_t>(x) * static_cast<size_t>(factor) * 4, pixels,
-                          out + static_cast<size_t>(x) * static_cast<size_t>(picture.pixelBytes));
+            developPiece(start + static_cast<size_t>(x) * static_cast<size_t>(factor) * 4, pixels,
+                         out + static_cast<size_t>(x) * static_cast<size_t>(picture.pixelBytes));
         }
     }
 }

@@ -52,6 +52,9 @@ struct Development {
 
     /// Laid under what is there, past the tone map: linear, multiplied by its alpha.
     std::array<float, 4> background{};
+
+    /// Multiplies, before its tones are mapped, what the tone map doesn't leave alone.
+    float gain = 1.0F;
 };
 
 /// Turns a block of a frame into a block of a picture: averages squares of factor x factor samples, encodes

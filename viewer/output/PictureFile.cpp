@@ -134,7 +134,8 @@ std::unique_ptr<PictureFile> createPicture(const std::string& path, PictureForma
         return makePngEncoder(width, height, !opaque);
     };
     return std::make_unique<PictureFile>(
-        path, encoder(), Development{opaque, development.toneMap, development.background}, workers);
+        path, encoder(), Development{opaque, development.toneMap, development.background, development.gain},
+        workers);
 }
 
 std::unique_ptr<PictureFile> keepPicture(int width, const Development& development, Workers& workers) {

@@ -108,6 +108,8 @@ void Scene::append(Scene other) {
             renumber(paint.mesh, meshes.size());
             renumber(paint.material, materials.size());
         }
+    for (TreeNode& node : other.tree)
+        renumber(node.parent, tree.size());
     renumberMotion(other);
     for (Texture& texture : other.textures)
         renumber(texture.image, images.size());
@@ -121,6 +123,7 @@ void Scene::append(Scene other) {
         format += ", " + other.format;
     moveBehind(meshes, other.meshes);
     moveBehind(instances, other.instances);
+    moveBehind(tree, other.tree);
     moveBehind(materials, other.materials);
     moveBehind(variants, other.variants);
     moveBehind(images, other.images);

@@ -73,6 +73,12 @@ struct Instance {
     koLinear::AffineMatrix toWorld;
 };
 
+/// For people: how the file orders its parts.
+struct TreeNode {
+    std::string name;
+    int parent = -1; ///< stands before it in the list, and its children right behind it
+};
+
 enum class Wrap : std::uint8_t { Repeat, MirroredRepeat, ClampToEdge };
 enum class Filter : std::uint8_t {
     Nearest,
@@ -271,6 +277,7 @@ struct Scene {
     std::string format; ///< for people: "glTF 2.0 binary", "OBJ"
     std::vector<Mesh> meshes;
     std::vector<Instance> instances;
+    std::vector<TreeNode> tree; ///< empty where the file has none
     std::vector<Material> materials;
     std::vector<Variant> variants; ///< none is shown until it is asked for
     std::vector<Image> images;

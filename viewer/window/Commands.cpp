@@ -24,6 +24,11 @@ constexpr CommandHelp kCommandHelp[] = {
     {Command::Ground, "D", "shade on the ground"},
     {Command::AmbientOcclusion, "O", "ambient occlusion"},
     {Command::Sky, "B", "sky behind the model"},
+    {Command::Edges, "E", "edges over what is drawn"},
+    {Command::Exposure, "T", "slider for the exposure"},
+    {Command::Tree, "I", "the tree of the scene"},
+    {Command::Warnings, "N", "what was left out of the file"},
+    {Command::Measure, "M", "measure between two clicks"},
     {Command::Statistics, "S", "statistics"},
     {Command::NextCamera, "C", "the file's next camera"},
     {Command::NextFile, "PgDn, PgUp", "the folder's next, previous file"},
@@ -40,7 +45,8 @@ constexpr CommandHelp kCommandHelp[] = {
 };
 
 constexpr MouseHelp kMouseHelp[] = {
-    {"left", "turn; on the time line: drag"},
+    {"left", "turn; on a slider: drag"},
+    {"double click", "name a part"},
     {"middle, Shift+left", "move"},
     {"wheel", "nearer, farther, at the cursor"},
 };
@@ -80,6 +86,11 @@ constexpr Binding kBindings[] = {
     {XK_d, Command::Ground, {}},
     {XK_o, Command::AmbientOcclusion, {}},
     {XK_b, Command::Sky, {}},
+    {XK_e, Command::Edges, {}},
+    {XK_t, Command::Exposure, {}},
+    {XK_i, Command::Tree, {}},
+    {XK_n, Command::Warnings, {}},
+    {XK_m, Command::Measure, {}},
     {XK_s, Command::Statistics, {}},
     {XK_space, Command::PlayOrStop, {}},
     {XK_comma, Command::StepBack, {}},

@@ -50,8 +50,8 @@ std::string backgroundSwitch(const koColor::Color& stored) {
 }
 
 /// What a command switches; null for one that does something else. To read and to write.
-template <typename Look, typename Flag>
-Flag* switchOf(Command command, Look& look, Flag& statistics, Flag& help) {
+template <typename Look, typename Shown>
+auto switchOf(Command command, Look& look, Shown& shown) -> decltype(&shown.help) {
     switch (command) {
     case Command::Wireframe:
         return &look.wireframe;
@@ -69,10 +69,20 @@ Flag* switchOf(Command command, Look& look, Flag& statistics, Flag& help) {
         return &look.ambientOcclusion;
     case Command::Sky:
         return &look.sky;
+    case Command::Edges:
+        return &look.edges;
     case Command::Statistics:
-        return &statistics;
+        return &shown.statistics;
+    case Command::Tree:
+        return &shown.tree;
+    case Command::Warnings:
+        return &shown.warnings;
+    case Command::Exposure:
+        return &shown.exposure;
+    case Command::Measure:
+        return &shown.measuring;
     case Command::Help:
-        return &help;
+        return &shown.help;
     default:
         return nullptr;
     }
@@ -88,21 +98,22 @@ void InteractiveView::resize(int width, int height) {
 void InteractiveView::takeSwitches(const InteractiveView& other) {
     resize(other.fLook.width, other.fLook.height);
     for (const CommandHelp& help : commandHelp()) {
-        if (bool* state = switchOf(help.command, fLook, statisticsShown, helpShown))
-            *state = *switchOf(help.command, other.fLook, other.statisticsShown, other.helpShown);
+        if (bool* state = switchOf(help.command, fLook, shown))
+            *state = *switchOf(help.command, other.fLook, other.shown);
     }
+    fLook.gain = other.fLook.gain;
     fNavigation.setOrthographic(other.fNavigation.viewpoint().orthographic);
 }
 
 std::optional<bool> InteractiveView::isOn(Command command) const {
     if (command == Command::Orthographic)
         return fNavigation.viewpoint().orthographic;
-    const bool* state = switchOf(command, fLook, statisticsShown, helpShown);
+    const bool* state = switchOf(command, fLook, shown);
     return state ? std::optional(*state) : std::nullopt;
 }
 
 bool InteractiveView::apply(Command command) {
-    if (bool* state = switchOf(command, fLook, statisticsShown, helpShown)) {
+    if (bool* state = switchOf(command, fLook, shown)) {
         *state = !*state;
         return true;
     }
@@ -173,13 +184,17 @@ std::string InteractiveView::switches() const {
     text += " --fov " + number(v.fieldOfView * 180.0 / std::numbers::pi);
     for (const auto& [name, given] : {std::pair{" --orthographic", v.orthographic},
                                       {" --wireframe", fLook.wireframe},
+                                      {" --edges", fLook.edges},
                                       {" --no-lights", !fLook.lights},
                                       {" --no-culling", !fLook.culling},
                                       {" --grid", fLook.grid},
                                       {" --axes", fLook.axes},
                                       {" --ground", fLook.ground},
                                       {" --ao", fLook.ambientOcclusion},
-                                      {" --show-sky", fLook.sky}}) {
+                                      {" --show-sky", fLook.sky},
+                                      {" --tree", shown.tree},
+                                      {" --warnings", shown.warnings},
+                                      {" --exposure-slider", shown.exposure}}) {
         if (given)
             text += name;
     }

@@ -9,6 +9,16 @@
 
 namespace orloview {
 
+/// What is laid over the frame.
+struct Panels {
+    bool statistics = false;
+    bool help = false;
+    bool tree = false;
+    bool warnings = false;
+    bool exposure = false;
+    bool measuring = false; ///< clicks set points
+};
+
 /// What a window shows and how: the state that keys and mouse change. Knows no window and makes no GL call.
 ///
 /// Pixels count from the window's top left corner.
@@ -21,8 +31,7 @@ public:
     /// Width and height are the window's.
     const FrameLook& look() const { return fLook; }
 
-    bool statisticsShown = false;
-    bool helpShown = false;
+    Panels shown;
 
     void resize(int width, int height);
 
@@ -44,6 +53,9 @@ public:
 
     /// Nearer by steps of the wheel (farther where negative); what is under the pointer stays there.
     void zoom(int steps, int x, int y);
+
+    /// Multiplies the light of all that has been drawn.
+    void setGain(float gain) { fLook.gain = gain; }
 
     /// The command-line switches that draw the same picture.
     std::string switches() const;

@@ -108,20 +108,67 @@ void writeMessage(TextPainter& text, const std::string& message, int bottom) {
     text.addText(cell, y + height / 4, message, kText);
 }
 
-void writeTimeLine(TextPainter& text, const TimeLine& line, const TimeLinePlace& place) {
-    const Playback& playback = line.playback;
-    const double share = playback.length() > 0.0 ? playback.time() / playback.length() : 0.0;
+void writeSlider(TextPainter& text, const SliderPlace& place, double share, const std::string& words) {
     const int passed = static_cast<int>(share * place.width);
     text.addPanel(0, place.top, passed, place.height, kPassed);
     text.addPanel(passed, place.top, place.width - passed, place.height, kPanel);
+    text.addText(text.characterWidth(), place.top + (place.height - text.lineHeight()) / 2, words, kText);
+}
+
+void writeTimeLine(TextPainter& text, const TimeLine& line, const SliderPlace& place) {
+    const Playback& playback = line.playback;
+    const double share = playback.length() > 0.0 ? playback.time() / playback.length() : 0.0;
     char time[64];
     std::snprintf(time, sizeof time, "%.2f of %.2f s", playback.time(), playback.length());
     char speed[32] = "stopped";
     if (playback.plays())
         std::snprintf(speed, sizeof speed, "x %.4g", playback.speed());
-    const int y = place.top + (place.height - text.lineHeight()) / 2;
-    text.addText(text.characterWidth(), y, line.name + (line.name.empty() ? "" : "  ") + time + "  " + speed,
-                 kText);
+    writeSlider(text, place, share, line.name + (line.name.empty() ? "" : "  ") + time + "  " + speed);
+}
+
+void writeExposure(TextPainter& text, double exposure, const SliderPlace& place) {
+    char words[48];
+    std::snprintf(words, sizeof words, "exposure %+.2f", exposure);
+    writeSlider(text, place, std::clamp(0.5 + exposure / kMostExposure / 2.0, 0.0, 1.0), words);
+}
+
+/// Down the right side as far as there is room; what isn't shown is counted.
+void writePanels(TextPainter& text, const std::vector<TextPanel>& panels, int windowWidth, int bottom) {
+    constexpr size_t kWidest = 60;
+    const int cell = text.characterWidth();
+    const int line = text.lineHeight();
+    int y = 0;
+    for (const TextPanel& panel : panels) {
+        const int room = (bottom - y) / line - 2;
+        if (room < 1)
+            return;
+        size_t count = std::min(panel.lines.size(), static_cast<size_t>(room));
+        if (count < panel.lines.size())
+            --count; // one says how many are left
+        size_t widest = panel.heading.size();
+        for (size_t i = 0; i < count; ++i)
+            widest = std::max(widest, std::min(panel.lines[i].size(), kWidest));
+        const int width = static_cast<int>(std::max(widest, size_t{16}) + 2) * cell;
+        const int left = std::max(windowWidth - width, 0);
+        const size_t rows = count + 1 + (count < panel.lines.size() ? 1 : 0);
+        text.addPanel(left, y, width, static_cast<int>(rows) * line + line / 2, kPanel);
+        y += line / 4;
+        text.addText(left + cell, y, panel.heading, kKeys);
+        for (size_t i = 0; i < count; ++i)
+            text.addText(left + cell, y += line, panel.lines[i].substr(0, kWidest), kText);
+        if (count < panel.lines.size())
+            text.addText(left + cell, y += line, "and " + grouped(panel.lines.size() - count) + " more",
+                         kOff);
+        y += line + line / 2;
+    }
+}
+
+void writeLabel(TextPainter& text, const Label& label) {
+    const int width = static_cast<int>(label.text.size() + 1) * text.characterWidth();
+    const int left = label.x - width / 2;
+    const int top = label.y - text.lineHeight() / 2;
+    text.addPanel(left, top, width, text.lineHeight(), kPanel);
+    text.addText(left + text.characterWidth() / 2, top, label.text, kText);
 }
 
 } // namespace
@@ -135,17 +182,22 @@ void writeProgress(TextPainter& text, const ShownProgress& progress, int windowW
     text.addText(text.characterWidth(), y + height / 4, progress.what + " (Esc stops it)", kText);
 }
 
-TimeLinePlace placeOfTimeLine(int windowWidth, int windowHeight, int lineHeight) {
+SliderPlace placeOfTimeLine(int windowWidth, int windowHeight, int lineHeight) {
     const int height = lineHeight * 5 / 4;
     return {windowHeight - height, windowWidth, height};
+}
+
+SliderPlace placeOfSlider(int windowWidth, int windowHeight, int lineHeight, bool hasTimeLine) {
+    const SliderPlace lowest = placeOfTimeLine(windowWidth, windowHeight, lineHeight);
+    return hasTimeLine ? SliderPlace{lowest.top - lowest.height, lowest.width, lowest.height} : lowest;
 }
 
 void writeOverlay(TextPainter& text, const Overlay& overlay, int lineHeight) {
     const InteractiveView& view = overlay.view;
     const int width = view.look().width;
     const int height = view.look().height;
-    const TimeLinePlace place = placeOfTimeLine(width, height, lineHeight);
-    const std::vector<Line> help = view.helpShown ? helpLines(view) : std::vector<Line>();
+    const SliderPlace place = placeOfTimeLine(width, height, lineHeight);
+    const std::vector<Line> help = view.shown.help ? helpLines(view) : std::vector<Line>();
     if (!help.empty()) {
         // A character is a little over half as wide as a line is high.
         const int byHeight = height / static_cast<int>(help.size() + 1);
@@ -155,9 +207,15 @@ void writeOverlay(TextPainter& text, const Overlay& overlay, int lineHeight) {
     text.setLineHeight(lineHeight);
     if (!help.empty())
         writeHelp(text, help, width, height);
-    if (view.statisticsShown)
+    if (view.shown.statistics)
         writeStatistics(text, statisticsLines(overlay.scene, overlay.statistics));
-    const int bottom = overlay.timeLine ? place.top : height;
+    const SliderPlace slider = placeOfSlider(width, height, lineHeight, overlay.timeLine != nullptr);
+    const int bottom = overlay.exposure ? slider.top : overlay.timeLine ? place.top : height;
+    writePanels(text, overlay.panels, width, bottom);
+    if (overlay.label)
+        writeLabel(text, *overlay.label);
+    if (overlay.exposure)
+        writeExposure(text, *overlay.exposure, slider);
     if (!overlay.progress.what.empty())
         writeProgress(text, overlay.progress, width, bottom);
     else if (!overlay.message.empty())

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orloview {
 
@@ -34,25 +35,44 @@ struct TimeLine {
     const Playback& playback;
 };
 
-/// Where the time line is, in pixels from the window's top left corner.
-struct TimeLinePlace {
+/// Where the time line or another slider is, in pixels from the window's top left corner.
+struct SliderPlace {
     int top;
     int width;
     int height;
 
-    bool contains(int y) const { return y >= top; }
+    bool contains(int y) const { return y >= top && y < top + height; }
 
-    /// The share of the animation at a place.
+    /// The share of the whole at a place.
     double shareAt(int x) const { return static_cast<double>(x) / std::max(width - 1, 1); }
 };
-TimeLinePlace placeOfTimeLine(int windowWidth, int windowHeight, int lineHeight);
+SliderPlace placeOfTimeLine(int windowWidth, int windowHeight, int lineHeight);
+SliderPlace placeOfSlider(int windowWidth, int windowHeight, int lineHeight, bool hasTimeLine);
+
+struct Label {
+    std::string text;
+    int x; ///< of its middle
+    int y;
+};
+
+/// Lines that belong together, under a heading.
+struct TextPanel {
+    std::string heading;
+    std::vector<std::string> lines;
+};
+
+/// The exposure's slider, in powers of two either way.
+constexpr double kMostExposure = 6.0;
 
 /// What is written over a frame, as far as it is shown.
 struct Overlay {
     const InteractiveView& view;
     const Scene& scene;
     FrameStatistics statistics;
-    const TimeLine* timeLine; ///< null: nothing moves
+    const TimeLine* timeLine;             ///< null: nothing moves
+    const std::optional<double> exposure; ///< none: its slider isn't shown
+    const std::vector<TextPanel> panels;  ///< down the right side
+    const std::optional<Label> label;     ///< at a place of the window
     std::string message;
     ShownProgress progress; ///< in the place of the message
 };

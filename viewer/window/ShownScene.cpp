@@ -4,6 +4,8 @@
 #include "frame/ViewAndLook.h"
 #include "scene/Guides.h"
 
+#include <cmath>
+#include <cstdio>
 #include <utility>
 
 namespace orloview {
@@ -25,8 +27,8 @@ ShownScene::ShownScene(const Options& options, Scene&& loaded, const ProgressRep
           lookOf(options, fScene)),
       fPlayback(options.demo ? Playback::kEndless : fPoser.seconds(), options.time.value_or(0.0),
                 1.0 / options.framesPerSecond, moves() && !options.time),
-      fDrawn(fScene, fGuides, fOptions, report) {
-    fView.statisticsShown = options.stats;
+      fDrawn(fScene, fGuides, fOptions, report), fInspector(fScene, fDrawn.marks()) {
+    fView.shown = {options.stats, false, options.showTree, options.showWarnings, options.showExposure, false};
 }
 
 std::vector<std::string> ShownScene::files() const {
@@ -72,12 +74,52 @@ std::optional<std::string> ShownScene::animation() const {
 }
 
 std::string ShownScene::switches() const {
-    std::string text = fView.switches();
+    std::string text = fView.switches() + fInspector.switches();
+    if (exposure() != 0.0) {
+        char number[32];
+        std::snprintf(number, sizeof number, "%.6g", exposure());
+        text += std::string(" --exposure") + (exposure() < 0.0 ? "=" : " ") + number;
+    }
     if (!fOptions.demo && fPoser.animation() > 0)
         text += " --animation " + std::to_string(fPoser.animation());
     if (moves())
         text += " --time " + fPlayback.timeSwitch();
     return text + fOptions.shadingSwitches;
+}
+
+Ray ShownScene::rayAt(int x, int y) const {
+    const FrameLook& look = fView.look();
+    return rayThrough(fView.navigation().viewpoint(), 2.0 * (x + 0.5) / look.width - 1.0,
+                      1.0 - 2.0 * (y + 0.5) / look.height, static_cast<double>(look.width) / look.height);
+}
+
+double ShownScene::exposure() const {
+    return std::log2(static_cast<double>(fOptions.exposure) * fView.look().gain);
+}
+
+void ShownScene::setExposure(double exposure) {
+    fView.setGain(static_cast<float>(std::exp2(exposure) / fOptions.exposure));
+}
+
+std::vector<std::string> ShownScene::warnings() const {
+    std::vector<std::string> warnings = fScene.warnings;
+    const std::vector<std::string> more = fDrawn.warnings();
+    warnings.insert(warnings.end(), more.begin(), more.end());
+    return warnings;
+}
+
+Overlay ShownScene::overlay(const FrameStatistics& statistics, const TimeLine* timeLine,
+                            const std::string& message, const ShownProgress& progress) const {
+    const FrameLook& look = fView.look();
+    return {fView,
+            fScene,
+            statistics,
+            timeLine,
+            fView.shown.exposure ? std::optional(exposure()) : std::nullopt,
+            fInspector.panels(fView.shown, fView.shown.warnings ? warnings() : std::vector<std::string>()),
+            fInspector.distance(currentView(), look.width, look.height),
+            message,
+            progress};
 }
 
 bool ShownScene::lookThroughNextCamera(std::string& which) {

@@ -4,6 +4,7 @@
 
 #include "frame/DrawnScene.h"
 #include "session/GLSession.h"
+#include "window/Inspector.h"
 #include "window/InteractiveView.h"
 #include "window/Playback.h"
 
@@ -27,6 +28,21 @@ public:
     const Scene& scene() const { return fScene; }
     InteractiveView& view() { return fView; }
     DrawnScene& drawn() { return fDrawn; }
+    Inspector& inspector() { return fInspector; }
+
+    /// What lies under a pixel of the window.
+    Ray rayAt(int x, int y) const;
+
+    /// In powers of two.
+    double exposure() const;
+    void setExposure(double exposure);
+
+    /// What was left out of it, a line each.
+    std::vector<std::string> warnings() const;
+
+    /// What is written over its frame.
+    Overlay overlay(const FrameStatistics& statistics, const TimeLine* timeLine, const std::string& message,
+                    const ShownProgress& progress) const;
 
     /// Whether time changes anything.
     bool moves() const { return fOptions.demo || fPoser.moves(); }
@@ -67,6 +83,7 @@ private:
     Playback fPlayback;
     double fShownTime = 0.0; ///< that things stand for
     DrawnScene fDrawn;
+    Inspector fInspector;
     size_t fNextCamera = 0;
 };
 

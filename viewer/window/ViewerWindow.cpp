@@ -19,6 +19,8 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -134,9 +136,13 @@ private:
     void execute(Command command);
     void executeOnScene(Command command);
     void moveOn(Command command);
-    void seekAt(int x);
-    TimeLinePlace timeLine() const {
-        return placeOfTimeLine(fWindow->width(), fWindow->height(), fLineHeight);
+    void release(const XButtonEvent& event);
+    void click(int x, int y);
+    void slide(int x);
+    SliderPlace timeLine() const { return placeOfTimeLine(fWindow->width(), fWindow->height(), fLineHeight); }
+    SliderPlace exposureSlider() const {
+        const bool hasTimeLine = fShown->animation().has_value();
+        return placeOfSlider(fWindow->width(), fWindow->height(), fLineHeight, hasTimeLine);
     }
     void openBeside(int steps);
     void screenshot();
@@ -169,7 +175,11 @@ private:
     bool fIsReload = false; ///< of what is being read: the view stays
     int fPointerX = 0;
     int fPointerY = 0;
-    bool fIsOnTimeLine = false; ///< the button that is held went down there
+    enum class Grip : std::uint8_t { View, TimeLine, Exposure };
+    Grip fGrip = Grip::View; ///< what the left button went down on
+    int fPressedX = 0;
+    int fPressedY = 0;
+    std::optional<Clock::time_point> fClickedAt; ///< the last click, until it was a double one's second
     FrameStatistics fStatistics;
     std::string fMessage;
     ShownProgress fBusy;
@@ -266,6 +276,8 @@ void ViewerWindow::openOthers(std::vector<std::string> models) {
     options.time.reset();
     options.eye.reset();
     options.target.reset();
+    options.part.reset();
+    options.measure.reset();
     fIsReload = false;
     open(options);
 }
@@ -388,6 +400,8 @@ void ViewerWindow::handle(XEvent& event) {
         press(event.xkey);
     } else if (event.type == ButtonPress) {
         press(event.xbutton);
+    } else if (event.type == ButtonRelease) {
+        release(event.xbutton);
     } else if (event.type == MotionNotify) {
         drag(event.xmotion);
     } else if (event.type == MappingNotify) {
@@ -405,13 +419,21 @@ void ViewerWindow::press(const XButtonEvent& event) {
     fPointerY = event.y;
     if (!fShown)
         return;
-    fIsOnTimeLine = event.button == Button1 && fShown->animation() && timeLine().contains(event.y);
-    if (fIsOnTimeLine) {
-        seekAt(event.x);
-    } else if (event.button == Button4 || event.button == Button5) {
+    fPressedX = event.x;
+    fPressedY = event.y;
+    if (event.button == Button4 || event.button == Button5) {
         fShown->view().zoom(event.button == Button4 ? 1 : -1, event.x, event.y);
         fChanged = true;
     }
+    if (event.button != Button1)
+        return;
+    fGrip = Grip::View;
+    if (fShown->animation() && timeLine().contains(event.y))
+        fGrip = Grip::TimeLine;
+    else if (fShown->view().shown.exposure && exposureSlider().contains(event.y))
+        fGrip = Grip::Exposure;
+    if (fGrip != Grip::View)
+        slide(event.x);
 }
 
 void ViewerWindow::drag(const XMotionEvent& event) {
@@ -421,8 +443,8 @@ void ViewerWindow::drag(const XMotionEvent& event) {
     fPointerY = event.y;
     if (!fShown)
         return;
-    if (fIsOnTimeLine && (event.state & Button1Mask))
-        seekAt(event.x);
+    if (fGrip != Grip::View && (event.state & Button1Mask))
+        slide(event.x);
     else if ((event.state & Button2Mask) || ((event.state & Button1Mask) && (event.state & ShiftMask)))
         fShown->view().move(right, down);
     else if (event.state & Button1Mask)
@@ -482,6 +504,10 @@ void ViewerWindow::executeOnScene(Command command) {
     default:
         if (command == Command::Sky && !fOptions.hasSky())
             return note("there is no sky: --sky none");
+        if (command == Command::Exposure && !isToneMapped(fShown->view().look()))
+            return note("nothing is lit by shaders here: --exposure says how bright it is");
+        if (command == Command::Measure && !fShown->view().shown.measuring)
+            note("click on two places");
         fShown->view().apply(command);
         fChanged = true;
     }
@@ -499,9 +525,39 @@ void ViewerWindow::moveOn(Command command) {
         note("speed " + std::to_string(playback.speed()).substr(0, 6));
 }
 
-void ViewerWindow::seekAt(int x) {
-    fShown->playback().seek(timeLine().shareAt(x));
+/// Takes what is held to a place.
+void ViewerWindow::slide(int x) {
     fChanged = true;
+    if (fGrip == Grip::TimeLine)
+        return fShown->playback().seek(timeLine().shareAt(x));
+    constexpr double kSteps = 20.0; // of each power of two
+    const double exposure = (exposureSlider().shareAt(x) - 0.5) * 2.0 * kMostExposure;
+    fShown->setExposure(std::round(std::clamp(exposure, -kMostExposure, kMostExposure) * kSteps) / kSteps);
+}
+
+/// Where a button goes up near where it went down, that was a click.
+void ViewerWindow::release(const XButtonEvent& event) {
+    constexpr int kSteady = 3;
+    const bool isSteady =
+        std::abs(event.x - fPressedX) <= kSteady && std::abs(event.y - fPressedY) <= kSteady;
+    if (fShown && event.button == Button1 && fGrip == Grip::View && isSteady)
+        click(event.x, event.y);
+}
+
+void ViewerWindow::click(int x, int y) {
+    constexpr auto kDouble = std::chrono::milliseconds(400);
+    const Clock::time_point now = Clock::now();
+    fChanged = true;
+    if (fShown->view().shown.measuring) {
+        if (!fShown->inspector().measure(fShown->rayAt(x, y)))
+            note("nothing is there to measure from");
+    } else if (fClickedAt && now - *fClickedAt < kDouble) {
+        fShown->inspector().pick(fShown->rayAt(x, y));
+        fClickedAt.reset();
+    } else {
+        fClickedAt = now;
+        fChanged = false;
+    }
 }
 
 /// The file whose name comes before or behind. Of several files that are shown, or were to be, the first
@@ -659,10 +715,9 @@ void ViewerWindow::paintScene(int factor) {
     const InteractiveView& view = fShown->view();
     const std::optional<std::string> animation = fShown->animation();
     const TimeLine line{animation.value_or(""), fShown->playback()};
-    fPainter->paint(fShown->currentView(), shown, view.look(), factor, [&](TextPainter& text) {
-        writeOverlay(text, {view, fShown->scene(), fStatistics, animation ? &line : nullptr, fMessage, fBusy},
-                     fLineHeight);
-    });
+    const Overlay overlay = fShown->overlay(fStatistics, animation ? &line : nullptr, fMessage, fBusy);
+    fPainter->paint(fShown->currentView(), shown, view.look(), factor,
+                    [&](TextPainter& text) { writeOverlay(text, overlay, fLineHeight); });
 }
 
 void ViewerWindow::paintNothing() {
