@@ -59,8 +59,8 @@ public:
           fGuides(makeGuides(fScene.bounds(), upOf(options))), fEye(eyeAtStart(options, poser)),
           fBounds(boundsNow()), fGL(GLSession::forPictures(options.glRoad, options.glWatch())),
           fDrawn(fScene, fGuides, options, progress.report()) {
-        if (options.time)
-            show(*options.time);
+        if (options.time || poser.moves())
+            show(options.time.value_or(0.0));
         if (options.stats)
             CallCounter::install();
         CallCounter::take();

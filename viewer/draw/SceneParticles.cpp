@@ -270,6 +270,12 @@ void SceneParticles::follow(const Moved& moved) {
             continue;
         const Instance& instance = fScene.instances[cloud.instance];
         cloud.toWorld = instance.toWorld;
+        cloud.sortedFor.reset();
+        const auto isOwn = [&](const Moved::Bent& bent) {
+            return bent.mesh == static_cast<size_t>(instance.mesh);
+        };
+        if (std::ranges::none_of(moved.meshes, isOwn))
+            continue;
         const float side = cloud.side; // sprites keep their size
         fill(cloud, fScene.meshes[instance.mesh]);
         cloud.side = side;

@@ -5,6 +5,7 @@
 #include "import/Importer.h"
 #include "import/ModelReader.h"
 #include "import/SceneStream.h"
+#include "scene/Poser.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -327,11 +328,7 @@ bool readAll(std::span<const std::uint8_t> bytes, Scene& scene) {
 }
 
 TEST(SceneStream, refusesDamagedBytes) {
-    Scene scene;
-    scene.meshes.resize(1);
-    scene.meshes[0].positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
-    scene.meshes[0].indices = {0, 1, 2};
-    scene.instances.push_back({"node", 0, {}});
+    Scene scene = movingScene();
     const Bytes sent = runInChild([&](int output) { return writeScene(scene, output); }, {}).output;
     Scene back;
     ASSERT_TRUE(readAll(sent, back));
@@ -342,11 +339,42 @@ TEST(SceneStream, refusesDamagedBytes) {
     for (size_t place = 0; place + 8 <= sent.size(); ++place) { // any length may be a lie
         Bytes lying = sent;
         std::fill_n(&lying[place], 8, place % 2 == 0 ? 0x03 : 0xFF);
-        readAll(lying, back);
+        if (readAll(lying, back))
+            Poser(back).pose(1.0);
     }
-    scene.meshes[0].indices[2] = 3;
-    const ChildResult wrong = runInChild([&](int output) { return writeScene(scene, output); }, {});
-    EXPECT_FALSE(readAll(wrong.output, back)) << "an index without a vertex";
+    struct Wrong {
+        const char* what;
+        void (*make)(Scene&);
+    };
+    constexpr Wrong kWrongs[] = {
+        {"an index without a vertex", [](Scene& s) { s.meshes[0].indices[2] = 3; }},
+        {"a child before its parent", [](Scene& s) { s.motion.nodes[0].parent = 1; }},
+        {"a follower of nothing", [](Scene& s) { s.motion.followers[0].node = 2; }},
+        {"a follower that isn't there", [](Scene& s) { s.motion.followers[0].kind = Follower::Kind::Light; }},
+        {"a joint that is no node", [](Scene& s) { s.motion.skins[0].joints[0] = 2; }},
+        {"joints without matrices", [](Scene& s) { s.motion.skins[0].fromMesh.clear(); }},
+        {"a bend of no mesh", [](Scene& s) { s.motion.bends[0].mesh = 1; }},
+        {"influences of other joints", [](Scene& s) { s.motion.bends[0].influences.all[0].joint = 1; }},
+        {"influences of fewer vertices", [](Scene& s) { s.motion.bends[0].influences.begin.pop_back(); }},
+        {"influences beyond the last",
+         [](Scene& s) {
+             s.motion.bends[0].influences.begin = {0, 9, 9, 1};
+         }},
+        {"a delta of no vertex", [](Scene& s) { s.motion.bends[0].targets[0][0].vertices[0] = 3; }},
+        {"a delta of what is missing", [](Scene& s) { s.motion.bends[0].targets[0][0].attribute = 1; }},
+        {"a delta without values", [](Scene& s) { s.motion.bends[0].targets[0][0].values.pop_back(); }},
+        {"flat normals that aren't there", [](Scene& s) { s.motion.bends[0].isFlat = true; }},
+        {"a track of no node", [](Scene& s) { s.animations[0].tracks[0].node = 2; }},
+        {"a track without keys", [](Scene& s) { s.animations[0].tracks[0].times.clear(); }},
+        {"a track that lacks a value", [](Scene& s) { s.animations[0].tracks[0].values.pop_back(); }},
+        {"a track that goes back", [](Scene& s) { s.animations[0].tracks[0].times[0] = 3.0F; }},
+    };
+    for (const Wrong& wrong : kWrongs) {
+        Scene made = scene;
+        wrong.make(made);
+        const ChildResult told = runInChild([&](int output) { return writeScene(made, output); }, {});
+        EXPECT_FALSE(readAll(told.output, back)) << wrong.what;
+    }
 }
 
 TEST(SceneStream, bringsLargeListsOverWhole) {

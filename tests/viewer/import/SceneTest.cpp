@@ -2,6 +2,7 @@
 
 #include "import/ModelReader.h"
 #include "scene/Normals.h"
+#include "scene/Poser.h"
 #include "scene/Triangulate.h"
 
 namespace orloview {
@@ -47,6 +48,24 @@ TEST(Scene, renumbersWhatItTakesIn) {
     EXPECT_TRUE(both.show("night") && !both.show("day"));
     EXPECT_EQ(both.meshes.at(2).material, 3) << "a variant's, of its own file";
     EXPECT_EQ(both.count(Topology::Triangles), 3U);
+}
+
+TEST(Scene, movesWhatItTookInByItsOwnAnimations) {
+    Scene both = movingScene();
+    both.append(movingScene());
+    ASSERT_TRUE(isConsistent(both));
+    Poser poser(both, 1);
+    const Moved& moved = poser.pose(1.0);
+    EXPECT_THAT(moved.instances, ElementsAre(1U));
+    EXPECT_THAT(both.meshes[1].positions, ElementsAre(0, 0, 0, 1, 0, 2, 1, 1, 0));
+    EXPECT_EQ(both.instances[1].toWorld[3][0], 1.0);
+    EXPECT_THAT(both.meshes[0].positions, ElementsAre(0, 0, 0, 1, 0, 0, 0, 1, 0));
+    EXPECT_EQ(poser.bounds().max[0], 2.0);
+    EXPECT_EQ(both.bounds().max[0], 1.0) << "as it stood at the first picture";
+    poser.choose(0);
+    EXPECT_THAT(poser.pose(2.0).instances, ElementsAre(0U, 1U)) << "what others moved goes back";
+    EXPECT_EQ(both.instances[1].toWorld[3][0], 0.0);
+    EXPECT_EQ(both.meshes[0].positions[5], 4.0F);
 }
 
 TEST(Normals, weighTrianglesByTheirArea) {

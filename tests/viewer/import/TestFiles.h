@@ -138,4 +138,29 @@ std::string refusal(Read&& read) {
     return "";
 }
 
+/// A triangle that a skin of one joint and a morph target bend, and an instance of it that a node carries. In
+/// two seconds the node goes from 0 to 2 along x, and the target's weight from 0 to 1.
+inline Scene movingScene() {
+    Scene scene;
+    scene.meshes.resize(1);
+    scene.meshes[0].positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    scene.meshes[0].indices = {0, 1, 2};
+    scene.instances.push_back({"node", 0, {}});
+    scene.motion.nodes = {{}, {}};
+    scene.motion.nodes[1].parent = 0;
+    scene.motion.followers = {{Follower::Kind::Instance, 0, 1, {}}};
+    scene.motion.skins = {{{0}, {{}}}};
+    Bend& bend = scene.motion.bends.emplace_back();
+    bend.mesh = bend.node = bend.skin = 0;
+    bend.weights = {0.0};
+    bend.targets = {{{0, {1}, {0, 0, 4}}}};
+    bend.influences = {{{0, 1.0F}}, {0, 0, 0, 1}}; // of the last vertex
+    using enum Track::Interpolation;
+    scene.animations = {{"go",
+                         2.0,
+                         {{0, Track::Path::Translation, Linear, {0, 2}, {0, 0, 0, 2, 0, 0}},
+                          {0, Track::Path::Weights, Linear, {0, 2}, {0, 1}}}}};
+    return scene;
+}
+
 } // namespace orloview
