@@ -113,6 +113,39 @@ def away(point, sign):
     return [x + sign * 100 for x in point]
 
 
+# An arm that carries a vertex of a sheet from (1, 0, 0) on, and a box; Assimp wants these lines.
+LIBRARY_MODEL = """xof 0303txt 0032
+AnimTicksPerSecond {
+ 10;
+}
+Frame Root {
+ Frame Arm {
+  FrameTransformMatrix {
+   1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,5.0,0.0,1.0;;
+  }
+ }
+ Frame Body {
+  Mesh sheet {
+   3; 0.0;0.0;0.0;, 1.0;0.0;0.0;, 0.0;1.0;0.0;; 1; 3;0,1,2;;
+   SkinWeights {
+    "Arm"; 1; 1; 1.0;
+    1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,-5.0,0.0,1.0;;
+   }
+  }
+ }
+ Frame Box {
+  Mesh box {
+   3; 9.0;9.0;0.0;, 10.0;9.0;0.0;, 9.0;10.0;0.0;; 1; 3;0,1,2;;
+  }
+ }
+}
+AnimationSet Go {
+ Animation { { Arm } AnimationKey { 2; 2; 0;3;0.0,5.0,0.0;;, 20;3;-4.0,5.0,0.0;;; } }
+ Animation { { Box } AnimationKey { 2; 2; 0;3;0.0,0.0,0.0;;, 20;3;0.0,6.0,0.0;;; } }
+}
+"""
+
+
 class AnimationTest(ViewerProgram):
     def told(self, text, *switches, expect=0):
         result = self.run_viewer(self.write("m.gltf", text), "--info", "--json", *switches)
@@ -173,6 +206,13 @@ class AnimationTest(ViewerProgram):
             return away([0.25 * a + 0.75 * b for a, b in zip(*moved)], -1)
 
         self.assertAt(file, low, lambda t: away(morphed(t, 5), 1))
+
+    def test_what_the_import_library_reads_moves_too(self):
+        model = self.write("m.x", LIBRARY_MODEL)
+        for t, low, high in ((0, [0, 0, 0], [10, 10, 0]), (1, [-1, 0, 0], [10, 13, 0]), (2, [-3, 0, 0], [10, 16, 0])):
+            told = json.loads(self.run_viewer(model, "--info", "--json", "--time", str(t)).stdout)
+            self.assertEqual(told["bounds"], {"min": low, "max": high}, t)
+            self.assertEqual(told["animations"], [{"name": "Go", "seconds": 2}])
 
     def test_an_animation_is_chosen_and_what_is_wrong_with_one_is_told(self):
         file = Moving()

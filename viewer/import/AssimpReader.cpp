@@ -25,6 +25,7 @@
 #include "import/PictureSearch.h"
 #include "import/Warnings.h"
 #include "scene/Normals.h"
+#include "scene/Vectors.h"
 
 namespace orloview {
 
@@ -167,8 +168,8 @@ public:
             addMaterial(*fSource.mMaterials[i]);
         for (unsigned i = 0; i < fSource.mNumMeshes; ++i)
             addMesh(i);
-        placeNodes();
         addAnimations();
+        placeNodes();
         addCameras();
         addLights();
         fScene.warnings = fWarnings.lines();
@@ -183,8 +184,14 @@ private:
     Image image(const std::string& name);
     void addMesh(unsigned index);
     void addElements(unsigned index, unsigned width, Topology topology);
-    void placeNodes();
     void addAnimations();
+    void addTracks(const aiNodeAnim& channel, double ticks, Animation& animation) const;
+    int motionNodeOf(const aiString& name) const;
+    void addMotionNodes();
+    void placeNodes();
+    void placeMesh(const aiNode& node, unsigned index, const AffineMatrix& world);
+    bool addBends(unsigned index);
+    void addFollower(Follower::Kind kind, size_t index, const aiString& node, const AffineMatrix& toNode);
     void addCameras();
     void addLights();
 
@@ -195,6 +202,8 @@ private:
     std::vector<int> fMaterials; ///< the library's to those of the scene
     std::map<std::string, int> fTextures;
     std::map<unsigned, std::vector<int>> fMeshes; ///< the library's mesh to those of the scene
+    std::map<std::string, int> fMotionNodes;      ///< by name; empty where nothing moves
+    std::map<unsigned, bool> fIsBent;             ///< the library's mesh, once it is placed
 };
 
 /// What the library makes up where a file has none is no material.
@@ -335,6 +344,80 @@ void Converter::addElements(unsigned index, unsigned width, Topology topology) {
     fScene.meshes.push_back(std::move(mesh));
 }
 
+void Converter::addAnimations() {
+    constexpr double kUsualTicks = 25.0; // a second, where the file doesn't say
+    if (std::any_of(fSource.mAnimations, fSource.mAnimations + fSource.mNumAnimations,
+                    [](const aiAnimation* animation) { return animation->mNumChannels > 0; }))
+        addMotionNodes();
+    for (unsigned i = 0; i < fSource.mNumAnimations; ++i) {
+        const aiAnimation& source = *fSource.mAnimations[i];
+        const double ticks = source.mTicksPerSecond > 0.0 ? source.mTicksPerSecond : kUsualTicks;
+        Animation& animation = fScene.animations.emplace_back();
+        animation.name = nameOf(source.mName);
+        animation.seconds = std::isfinite(source.mDuration) ? std::max(source.mDuration / ticks, 0.0) : 0.0;
+        for (unsigned k = 0; k < source.mNumChannels; ++k)
+            addTracks(*source.mChannels[k], ticks, animation);
+        if (source.mNumMorphMeshChannels + source.mNumMeshChannels > 0)
+            fWarnings.add("morph targets of the animation '" + animation.name + "'",
+                          "not played; their meshes keep their shape");
+    }
+}
+
+/// Those of a channel that hold together; the library says where others don't.
+void Converter::addTracks(const aiNodeAnim& channel, double ticks, Animation& animation) const {
+    const int node = motionNodeOf(channel.mNodeName);
+    const auto add = [&](Track::Path path, unsigned count, const auto* keys, const auto& numbersOf) {
+        Track track;
+        track.node = node;
+        track.path = path;
+        for (unsigned i = 0; i < count; ++i) {
+            track.times.push_back(static_cast<float>(keys[i].mTime / ticks));
+            const auto numbers = numbersOf(keys[i].mValue);
+            track.values.insert(track.values.end(), numbers.begin(), numbers.end());
+        }
+        if (node >= 0 && isPlayable(track))
+            animation.tracks.push_back(std::move(track));
+    };
+    const auto vector = [](const aiVector3D& v) { return std::array{v.x, v.y, v.z}; };
+    add(Track::Path::Translation, channel.mNumPositionKeys, channel.mPositionKeys, vector);
+    add(Track::Path::Rotation, channel.mNumRotationKeys, channel.mRotationKeys, [](const aiQuaternion& q) {
+        return std::array{q.x, q.y, q.z, q.w};
+    });
+    add(Track::Path::Scale, channel.mNumScalingKeys, channel.mScalingKeys, vector);
+}
+
+/// -1 where there is none, or nothing moves. Of nodes with the same name the library means the first.
+int Converter::motionNodeOf(const aiString& name) const {
+    const auto known = fMotionNodes.find(name.C_Str());
+    return known == fMotionNodes.end() ? -1 : known->second;
+}
+
+void Converter::addMotionNodes() {
+    std::vector<std::pair<const aiNode*, int>> open{{fSource.mRootNode, -1}};
+    while (!open.empty()) {
+        const auto [node, parent] = open.back();
+        open.pop_back();
+        const auto number = static_cast<int>(fScene.motion.nodes.size());
+        fMotionNodes.emplace(node->mName.C_Str(), number);
+        aiVector3D scale;
+        aiVector3D place;
+        aiQuaternion turn;
+        node->mTransformation.Decompose(scale, turn, place);
+        fScene.motion.nodes.push_back(
+            {parent,
+             {{place.x, place.y, place.z}, {turn.x, turn.y, turn.z, turn.w}, {scale.x, scale.y, scale.z}},
+             toAffine(node->mTransformation)});
+        for (unsigned i = node->mNumChildren; i-- > 0;)
+            open.emplace_back(node->mChildren[i], number);
+    }
+}
+
+void Converter::addFollower(Follower::Kind kind, size_t index, const aiString& node,
+                            const AffineMatrix& toNode) {
+    if (const int number = motionNodeOf(node); number >= 0)
+        fScene.motion.followers.push_back({kind, static_cast<int>(index), number, toNode});
+}
+
 void Converter::placeNodes() {
     struct Open {
         const aiNode* node;
@@ -349,24 +432,65 @@ void Converter::placeNodes() {
         fScene.tree.push_back({nameOf(node->mName), treeParent});
         const aiMatrix4x4 transform = parent * node->mTransformation;
         const AffineMatrix world = toAffine(transform);
-        const bool finite = std::all_of(world[0], world[0] + 12, [](double e) { return std::isfinite(e); });
+        const bool finite = isFinite(world);
         if (!finite)
             fWarnings.add("the node '" + nameOf(node->mName) + "'", "left out: its transform is not finite");
         for (unsigned i = 0; finite && i < node->mNumMeshes; ++i)
-            for (const int mesh : fMeshes[node->mMeshes[i]])
-                fScene.instances.push_back({nameOf(node->mName), mesh, world});
+            placeMesh(*node, node->mMeshes[i], world);
         for (unsigned i = node->mNumChildren; i-- > 0;)
             open.push_back({node->mChildren[i], transform, treeNode});
     }
 }
 
-void Converter::addAnimations() {
-    constexpr double kUsualTicks = 25.0; // a second, where the file doesn't say
-    for (unsigned i = 0; i < fSource.mNumAnimations; ++i) {
-        const aiAnimation& source = *fSource.mAnimations[i];
-        const double ticks = source.mTicksPerSecond > 0.0 ? source.mTicksPerSecond : kUsualTicks;
-        fScene.animations.push_back({nameOf(source.mName), source.mDuration / ticks});
+/// Where nothing moves, a mesh with bones stands as it was tied to them.
+void Converter::placeMesh(const aiNode& node, unsigned index, const AffineMatrix& world) {
+    const auto [known, isNew] = fIsBent.try_emplace(index, false);
+    if (isNew && !fMotionNodes.empty() && fSource.mMeshes[index]->mNumBones > 0)
+        known->second = addBends(index);
+    for (const int mesh : fMeshes[index]) {
+        if (!known->second)
+            addFollower(Follower::Kind::Instance, fScene.instances.size(), node.mName, {});
+        fScene.instances.push_back({nameOf(node.mName), mesh, known->second ? AffineMatrix() : world});
     }
+}
+
+/// Lets the meshes of one of the library's follow its bones. False where they are not all in the scene.
+bool Converter::addBends(unsigned index) {
+    const aiMesh& source = *fSource.mMeshes[index];
+    Skin skin;
+    std::vector<std::vector<Influences::One>> byVertex(source.mNumVertices);
+    for (unsigned i = 0; i < source.mNumBones; ++i) {
+        const aiBone& bone = *source.mBones[i];
+        skin.joints.push_back(motionNodeOf(bone.mName));
+        skin.fromMesh.push_back(toAffine(bone.mOffsetMatrix));
+        if (skin.joints.back() < 0 || !isFinite(skin.fromMesh.back())) {
+            fWarnings.add("the bones of '" + nameOf(source.mName) + "'", "left out: one is not in the scene");
+            return false;
+        }
+        for (unsigned k = 0; k < bone.mNumWeights; ++k)
+            if (const aiVertexWeight& weight = bone.mWeights[k];
+                weight.mVertexId < source.mNumVertices && weight.mWeight > 0.0F && weight.mWeight <= 1e6F)
+                byVertex[weight.mVertexId].push_back({i, weight.mWeight});
+    }
+    Influences influences;
+    influences.begin.push_back(0);
+    for (const std::vector<Influences::One>& vertex : byVertex) {
+        float total = 0.0F;
+        for (const Influences::One& one : vertex)
+            total += one.share;
+        for (const Influences::One& one : vertex)
+            influences.all.push_back({one.joint, one.share / total});
+        influences.begin.push_back(static_cast<std::uint32_t>(influences.all.size()));
+    }
+    for (const int mesh : fMeshes[index]) {
+        Bend& bend = fScene.motion.bends.emplace_back();
+        bend.mesh = mesh;
+        bend.node = 0;
+        bend.skin = static_cast<int>(fScene.motion.skins.size());
+        bend.influences = influences;
+    }
+    fScene.motion.skins.push_back(std::move(skin));
+    return true;
 }
 
 void Converter::addCameras() {
@@ -388,6 +512,7 @@ void Converter::addCameras() {
         const AffineMatrix own = lookingAlong(source.mPosition, source.mLookAt, source.mUp);
         const aiNode* node = fSource.mRootNode->FindNode(source.mName);
         camera.toWorld = node != nullptr ? own.then(toAffine(toWorld(node))) : own;
+        addFollower(Follower::Kind::Camera, fScene.cameras.size(), source.mName, own);
         fScene.cameras.push_back(std::move(camera));
     }
 }
@@ -416,6 +541,7 @@ void Converter::addLights() {
         const AffineMatrix own = lookingAlong(source.mPosition, source.mDirection, source.mUp);
         const aiNode* node = fSource.mRootNode->FindNode(source.mName);
         light.toWorld = node != nullptr ? own.then(toAffine(toWorld(node))) : own;
+        addFollower(Follower::Kind::Light, fScene.lights.size(), source.mName, own);
         fScene.lights.push_back(std::move(light));
     }
 }
