@@ -214,7 +214,7 @@ class AnimationTest(ViewerProgram):
             self.assertEqual(told["bounds"], {"min": low, "max": high}, t)
             self.assertEqual(told["animations"], [{"name": "Go", "seconds": 2}])
 
-    def test_an_animation_is_chosen_and_what_is_wrong_with_one_is_told(self):
+    def test_an_animation_is_chosen_by_name_or_number(self):
         file = Moving()
         file.nodes({"mesh": file.points([[1, 2, 3]])})
         file.move(0, "translation", "LINEAR", [[5, 0, 0]] * 4)
@@ -230,34 +230,6 @@ class AnimationTest(ViewerProgram):
         still = file.text(animations=[])
         for switch, word in (("--time=1", "nothing in"), ("--animation=up", "no animation")):
             self.fails(1, [self.write("still.gltf", still), switch, "--info"], switch.split("=")[0], word)
-
-        def broken(keys=None, node=0, path="scale", rows=((2, 2, 2),) * 2, mode="LINEAR", **target):
-            wrong = Moving()
-            wrong.nodes({"mesh": wrong.points([[1, 2, 3]])}, {"mesh": 0, "matrix": [1] + [0] * 4 + [1] + [0] * 4 + [1] + [0] * 4 + [1]})
-            wrong.keys = 99 if keys is None else wrong.accessor([[key] for key in keys])
-            wrong.move(node, path, mode, rows)
-            return wrong.text()
-
-        nan, infinity = math.nan, math.inf
-        for text, words in (
-            (broken([1, 0]), "out of order"),
-            (broken([0, nan]), "not finite"),
-            (broken([0, 1], rows=[[1, 1, 1], [1, infinity, 1]]), "not finite"),
-            (broken([0, 1, 2]), "not as many as its times"),
-            (broken([0, 1], mode="CUBICSPLINE"), "not as many as its times"),
-            (broken([0, 1], path="rotation"), "not as many as its times"),
-            (broken([0, 1], path="weights", rows=[[1], [2]]), "not as many as its times"),
-            (broken(), "samplers[0].input should be less than"),
-            (broken([0, 1], path="colour"), "its path 'colour' is unknown"),
-            (broken([0, 1], mode="BEZIER"), "its interpolation 'BEZIER' is unknown"),
-            (broken([0, 1], node=1), "its node has a matrix"),
-            (broken([0, 1], node=7), "target.node should be less than"),
-        ):
-            told = self.told(text, expect=3)
-            self.assertEqual((told["groups"], told["bounds"]["min"]), (2, [1, 2, 3]), words)
-            self.assertRegex(told["warnings"][0], r"^channels\[0\] of the animation 'first': not played: .*" + re.escape(words))
-        huge = broken([0, 1], rows=[[3e38] * 3] * 2)
-        self.assertEqual(self.told(huge)["bounds"]["min"], [1, 2, 3], "what is beyond all numbers is left out")
 
     def moving_scene(self):
         """A large plate at rest; in front of it a skinned sheet, one that shines through and a lamp, which move."""

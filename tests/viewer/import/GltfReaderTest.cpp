@@ -2,12 +2,14 @@
 
 #include "import/GltfReader.h"
 #include "import/ModelReader.h"
+#include "scene/Poser.h"
 
 #include <limits>
 
 namespace orloview {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -429,6 +431,63 @@ TEST(GltfReader, losesNothingInSilence) {
         else
             EXPECT_THAT(warnings, ElementsAre(HasSubstr(loss.warning))) << loss.json;
     }
+}
+
+TEST(GltfReader, leavesOutChannelsThatCannotBePlayed) {
+    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+    struct Broken {
+        const char* reason;
+        std::vector<float> times;
+        std::vector<float> values;
+        Json channel; ///< laid over one that is good
+        const char* interpolation = "LINEAR";
+    };
+    const Json kGood = Json::object();
+    const std::vector<float> kTwo(6, 2.0F);
+    const Broken kBroken[] = {
+        {"", {0, 1}, kTwo, kGood},
+        {"out of order", {1, 0}, kTwo, kGood},
+        {"not finite", {0, kNan}, kTwo, kGood},
+        {"not finite", {0, 1}, {1, 1, 1, 1, kNan, 1}, kGood},
+        {"not as many as its times", {0, 1, 2}, kTwo, kGood},
+        {"not as many as its times", {0, 1}, kTwo, kGood, "CUBICSPLINE"},
+        {"not as many as its times", {0, 1}, kTwo, {{"target", {{"node", 0}, {"path", "rotation"}}}}},
+        {"not as many as its times", {0, 1}, kTwo, {{"target", {{"node", 0}, {"path", "weights"}}}}},
+        {"its path 'hue' is unknown", {0, 1}, kTwo, {{"target", {{"node", 0}, {"path", "hue"}}}}},
+        {"its interpolation 'BEZIER' is unknown", {0, 1}, kTwo, kGood, "BEZIER"},
+        {"its node has a matrix", {0, 1}, kTwo, {{"target", {{"node", 1}, {"path", "scale"}}}}},
+        {"node should be less than 2", {0, 1}, kTwo, {{"target", {{"node", 2}, {"path", "scale"}}}}},
+        {"sampler should be less than 1", {0, 1}, kTwo, {{"sampler", 1}}},
+        {"it has no keys", {}, {}, kGood},
+    };
+    for (const Broken& broken : kBroken) {
+        GltfFile file = withPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+        file.json["nodes"].push_back(
+            {{"mesh", 0}, {"matrix", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}});
+        Json sampler{{"input", file.floats(broken.times, "SCALAR")},
+                     {"output", file.floats(broken.values, "VEC3")},
+                     {"interpolation", broken.interpolation}};
+        Json channel{{"sampler", 0}, {"target", {{"node", 0}, {"path", "scale"}}}};
+        channel.update(broken.channel);
+        file.json["animations"] = {{{"name", "grow"}, {"samplers", {sampler}}, {"channels", {channel}}}};
+        Scene scene = read(file);
+        EXPECT_TRUE(isConsistent(scene)) << broken.reason;
+        ASSERT_THAT(scene.animations, SizeIs(1));
+        const bool isBroken = *broken.reason != '\0';
+        EXPECT_EQ(scene.animations[0].tracks.empty(), isBroken) << broken.reason;
+        if (isBroken) {
+            EXPECT_THAT(scene.warnings,
+                        ElementsAre(AllOf(HasSubstr("channels[0] of the animation 'grow': not played: "),
+                                          HasSubstr(broken.reason))));
+        }
+    }
+    GltfFile huge = withPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+    const Json sampler{{"input", huge.floats({0, 1}, "SCALAR")},
+                       {"output", huge.floats(std::vector<float>(6, 3e38F), "VEC3")}};
+    const Json channel{{"sampler", 0}, {"target", {{"node", 0}, {"path", "scale"}}}};
+    huge.json["animations"] = {{{"samplers", {sampler}}, {"channels", {channel}}}};
+    Scene scene = read(huge);
+    EXPECT_FALSE(Poser(scene).bounds().empty()) << "what is too large for floats is not for a matrix";
 }
 
 TEST(GltfReader, walksVeryDeepTrees) {
