@@ -66,6 +66,7 @@ size_t indexOf(const std::string& what, const std::string& wanted, const std::ve
 template <typename Thing>
 size_t indexOf(const std::string& what, const std::string& wanted, const std::vector<Thing>& things) {
     std::vector<std::string> names;
+    names.reserve(things.size());
     for (const Thing& thing : things)
         names.push_back(thing.name);
     return indexOf(what, wanted, names);
