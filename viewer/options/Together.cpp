@@ -83,6 +83,22 @@ void checkOutputs(const Options& options) {
                       "--turntable: give -o and a name, such as -o turn.png, for turn_001.png and so on");
 }
 
+void checkEye(const Options& options) {
+    if (options.hasDirection && (options.eye || options.camera))
+        throw Failure(kExitUsage, std::string(options.eye ? "--eye" : "--camera") +
+                                      " says where the eye is; leave --view, --azimuth and --elevation out");
+    if (options.camera &&
+        (options.eye || options.target || options.up || options.fieldOfView || options.orthographic))
+        throw Failure(kExitUsage,
+                      "--camera: a camera of the file has its own --eye, --target, --up, --fov and "
+                      "--orthographic; leave them out");
+    if (options.eye && options.target && (*options.eye)[0] == (*options.target)[0] &&
+        (*options.eye)[1] == (*options.target)[1] && (*options.eye)[2] == (*options.target)[2])
+        throw Failure(kExitUsage, "--eye and --target are the same point; move one of them");
+    if (options.up && (*options.up)[0] == 0.0 && (*options.up)[1] == 0.0 && (*options.up)[2] == 0.0)
+        throw Failure(kExitUsage, "--up 0,0,0: give a direction, such as --up 0,1,0");
+}
+
 } // namespace
 
 void checkTogether(const Options& options) {
@@ -107,9 +123,6 @@ void checkTogether(const Options& options) {
     checkOutputs(options);
     if (options.only)
         checkParts(options);
-    if (options.hasDirection && (options.eye || options.camera))
-        throw Failure(kExitUsage, std::string(options.eye ? "--eye" : "--camera") +
-                                      " says where the eye is; leave --view, --azimuth and --elevation out");
     checkOwnShader(options);
     if (options.showSky && !options.hasSky())
         throw Failure(kExitUsage, "--show-sky: there is none; leave --sky none or --show-sky out");
@@ -137,16 +150,7 @@ void checkTogether(const Options& options) {
     if (!options.dumpShaders.empty() && options.shading == Shading::Fixed)
         throw Failure(kExitUsage,
                       "--dump-shaders: there are none with --shading fixed; leave one of them out");
-    if (options.camera &&
-        (options.eye || options.target || options.up || options.fieldOfView || options.orthographic))
-        throw Failure(kExitUsage,
-                      "--camera: a camera of the file has its own --eye, --target, --up, --fov and "
-                      "--orthographic; leave them out");
-    if (options.eye && options.target && (*options.eye)[0] == (*options.target)[0] &&
-        (*options.eye)[1] == (*options.target)[1] && (*options.eye)[2] == (*options.target)[2])
-        throw Failure(kExitUsage, "--eye and --target are the same point; move one of them");
-    if (options.up && (*options.up)[0] == 0.0 && (*options.up)[1] == 0.0 && (*options.up)[2] == 0.0)
-        throw Failure(kExitUsage, "--up 0,0,0: give a direction, such as --up 0,1,0");
+    checkEye(options);
 }
 
 } // namespace orloview
