@@ -382,8 +382,12 @@ class WindowTest(unittest.TestCase):
         moves = [file.accessor([[-x, -y, 0], [x, y, 0]]) for x, y in ((1, 0), (0, 0.5))]
         channels = [{"sampler": 0, "target": {"node": 0, "path": "translation"}}]
         animations = [{"samplers": [{"input": ends, "output": move}], "channels": channels} for move in moves]
-        with open(os.path.join(self.folder, "m.gltf"), "w") as model:
-            model.write(file.text(animations=animations, materials=[unlit(1, 0, 0)]))
+
+        def write(*colour):
+            with open(os.path.join(self.folder, "m.gltf"), "w") as model:
+                model.write(file.text(animations=animations, materials=[unlit(*colour)]))
+
+        write(1, 0, 0)
         view = ("--eye", "0,0,4", "--target", "0,0,0", "--background", "black")
         side = HEIGHT / (8 * math.tan(math.radians(17.5)))  # pixels for a length of 1
 
@@ -397,6 +401,8 @@ class WindowTest(unittest.TestCase):
         window = self.open("m.gltf", *view, moves=True)
         first = window.wait_for(lambda: red(window.picture()))
         window.wait_for(lambda: abs(red(window.picture())[0] - first[0]) > 5)
+        write(0, 1, 0)
+        window.wait_for(lambda: middle_of(window.picture(), lambda r, g, b: g > 128 and r < 64))
         stopped = window.after("space")
         window.press("question", "Shift_L")
         switches = shlex.split(window.process.stdout.readline())
@@ -415,6 +421,7 @@ class WindowTest(unittest.TestCase):
         self.assertTrue(0 < float(switches[-1]) <= most, f"{switches[-1]} of {most}")
         self.assertEqual(self.quit(window), "")
 
+        write(1, 0, 0)
         window = self.open("m.gltf", *view, "--time", "0.5", "--fps", "4", moves=True)
         reaches(-0.5, 0)
         window.press("period")

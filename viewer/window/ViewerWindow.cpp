@@ -153,6 +153,7 @@ private:
     void paintScene(int factor);
     void paintNothing();
     void wait();
+    bool sleepUntil(std::optional<Clock::time_point> end);
     void doWhatIsDue();
     void play();
 
@@ -348,10 +349,10 @@ void ViewerWindow::show(const Options& options, Scene&& scene) {
     shown->view().resize(fWindow->width(), fWindow->height());
     fShown = std::move(shown);
     fBusy = {};
+    fPlayedAt = Clock::now();
     if (!isFirst)
         return;
     note("H lists the keys");
-    fPlayedAt = Clock::now();
     fProgress.begin(Progress::Stage::Draw);
     paint(1);
     fProgress.finish();
@@ -629,9 +630,7 @@ void ViewerWindow::play() {
     fSmoothAt.reset();
     doWhatIsDue();
     paint(1);
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(now + kPicture - Clock::now()).count();
-    pollfd ready{ConnectionNumber(fDisplay), POLLIN, 0};
-    poll(&ready, 1, static_cast<int>(std::max<decltype(left)>(left, 0)));
+    sleepUntil(now + kPicture);
 }
 
 /// Sleeps until an event comes or something is due, and does what is due.
@@ -647,18 +646,24 @@ void ViewerWindow::wait() {
         wakeAt(fSmoothAt);
         wakeAt(fReloadAt);
     }
+    if (!sleepUntil(next))
+        doWhatIsDue();
+}
+
+/// Without a time for ever. True where something has come before: an event, a change of a file, what is read.
+bool ViewerWindow::sleepUntil(std::optional<Clock::time_point> end) {
     int milliseconds = -1;
-    if (next) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*next - Clock::now()).count();
+    if (end) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*end - Clock::now()).count();
         milliseconds = static_cast<int>(std::max<decltype(left)>(left, 0));
     }
     std::array<pollfd, 3> ready{{{ConnectionNumber(fDisplay), POLLIN, 0},
                                  {fWatch.descriptor(), POLLIN, 0},
                                  {fOpening ? fOpening->descriptor() : -1, POLLIN, 0}}};
-    if (poll(ready.data(), ready.size(), milliseconds) == 0)
-        doWhatIsDue();
-    else if (ready[1].revents != 0 && fWatch.takeChange())
+    const bool hasCome = poll(ready.data(), ready.size(), milliseconds) != 0;
+    if (hasCome && ready[1].revents != 0 && fWatch.takeChange())
         fReloadAt = Clock::now() + kQuiet;
+    return hasCome;
 }
 
 void ViewerWindow::doWhatIsDue() {
