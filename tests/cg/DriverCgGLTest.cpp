@@ -4,6 +4,7 @@
 
 #include <Cg/cgGL.h>
 
+#include <array>
 #include <cmath>
 #include <dlfcn.h>
 #include <memory>
@@ -106,7 +107,106 @@ TEST_F(DriverCgGL, bindsAndEnablesEachSideByItself) {
     cgDestroyProgram(red);
     cgGLEnableProfile(CG_PROFILE_ARBFP1);
     expectColor(0.25, 0.5, 0.75, 1, "which is gone");
+    for (const CGGLenum other : {CG_GL_GEOMETRY, CG_GL_TESSELLATION_CONTROL, CG_GL_TESSELLATION_EVALUATION})
+        EXPECT_EQ(cgGLGetLatestProfile(other), CG_PROFILE_UNKNOWN) << other;
+    EXPECT_FALSE(cgGLIsProfileSupported(CG_PROFILE_GP4GP));
     cgGLSetOptimalOptions(CG_PROFILE_ARBFP1);
+    cgGLSetContextOptimalOptions(fContext, CG_PROFILE_ARBFP1);
+    EXPECT_EQ(cgGLGetOptimalOptions(CG_PROFILE_ARBFP1)[0], nullptr);
+    EXPECT_EQ(cgGLGetContextOptimalOptions(fContext, CG_PROFILE_ARBFP1)[0], nullptr);
+}
+
+TEST_F(DriverCgGL, unbindsAndUnloads) {
+    gl().glColor4f(0, 0, 1, 1);
+    const CGprogram program = use("uniform float4 k = {1, 0, 0, 1}; float4 main() : COLOR { return k; }");
+    const CGparameter k = cgGetNamedParameter(program, "k");
+    expectColor(1, 0, 0, 1);
+    EXPECT_TRUE(cgGLIsProgramLoaded(program));
+    EXPECT_NE(cgGLGetProgramID(program), 0U);
+    cgGLUnbindProgram(CG_PROFILE_ARBFP1);
+    expectColor(0, 0, 1, 1, "unbound, though enabled");
+    cgGLBindProgram(program);
+    expectColor(1, 0, 0, 1, "bound again");
+    cgGLUnloadProgram(program);
+    EXPECT_FALSE(cgGLIsProgramLoaded(program));
+    expectColor(0, 0, 1, 1, "not there any more");
+    EXPECT_EQ(cgGLGetProgramID(program), 0U);
+    expectError(CG_PROGRAM_NOT_LOADED_ERROR, "no name");
+    cgSetParameter4f(k, 0, 1, 0, 1); // meanwhile
+    cgGLLoadProgram(program);
+    cgGLBindProgram(program);
+    expectColor(0, 1, 0, 1);
+
+    // What is set waits, the last of it counts.
+    cgSetParameterSettingMode(fContext, CG_DEFERRED_PARAMETER_SETTING);
+    cgSetParameter4f(k, 1, 1, 1, 1);
+    cgGLSetParameter4f(k, 1, 1, 0, 1);
+    expectColor(0, 1, 0, 1, "deferred");
+    cgUpdateProgramParameters(program);
+    expectColor(1, 1, 0, 1, "updated");
+    cgSetParameter1f(k, 0.5F);
+    cgGLBindProgram(program);
+    expectColor(0.5, 0.5, 0.5, 0.5, "bound");
+    cgSetParameter1f(k, 1);
+    cgSetParameterSettingMode(fContext, CG_IMMEDIATE_PARAMETER_SETTING);
+    expectColor(1, 1, 1, 1, "not deferred any more");
+
+    // Compiled once more it stays loaded, bound and set.
+    cgCompileProgram(program);
+    expectColor(1, 1, 1, 1, "compiled once more");
+    cgSetParameterVariability(k, CG_LITERAL);
+    cgSetParameter4f(k, 0, 0.5F, 0, 1);
+    expectColor(0, 0.5, 0, 1, "a constant");
+
+    cgGLSetDebugMode(CG_TRUE);
+    gl().glEnable(GL_TEXTURE_BINDING_2D);
+    cgGLBindProgram(program);
+    expectError(CG_PROGRAM_BIND_ERROR, "an error of OpenGL's");
+    cgGLSetDebugMode(CG_FALSE);
+    cgGLUnbindProgram(CG_PROFILE_UNKNOWN);
+    expectError(CG_INVALID_PROFILE_ERROR, "unbind");
+}
+
+TEST_F(DriverCgGL, drawsWithCombinedStagesAndCompiledTexts) {
+    const char* vertices =
+        "void main(float4 p : POSITION, uniform float4 tone, out float4 o : POSITION, out float4 c : "
+        "COLOR) { o = p; c = tone; }";
+    const char* fragments = "uniform float4 k[2]; uniform float2x2 m = float2x2(1, 0.5, 0.25, 1); "
+                            "float4 main(float4 c : COLOR) : COLOR { return c * k[1] * float4(m[0], m[1]); }";
+    CGprogram stages[] = {load(vertices, CG_PROFILE_GLSLV), load(fragments, CG_PROFILE_GLSLF)};
+    for (CGprogram& stage : stages) { // by way of their texts
+        const CGprofile profile = cgGetProgramProfile(stage);
+        const std::string text = cgGetProgramString(stage, CG_COMPILED_PROGRAM);
+        cgDestroyProgram(stage);
+        stage = cgCreateProgram(fContext, CG_OBJECT, text.c_str(), profile, "main", nullptr);
+        ASSERT_NE(stage, nullptr) << cgGetLastListing(fContext);
+    }
+    const CGprogram both = cgCombinePrograms(2, stages);
+    cgGLLoadProgram(both);
+    EXPECT_TRUE(cgGLIsProgramLoaded(both));
+    cgGLBindProgram(both);
+    cgGLEnableProgramProfiles(both);
+    const float all[] = {0, 0, 0, 0, 0.5F, 1, 1, 1};
+    cgSetParameterValuefr(cgGetNamedParameter(both, "k"), 8, all);
+    cgSetParameter4f(cgGetNamedParameter(both, "tone"), 1, 1, 1, 0.5F);
+    expectColor(0.5, 0.5, 0.25, 0.5);
+    // One parameter for many programs.
+    const CGparameter shared = cgCreateParameterArray(fContext, CG_FLOAT4, 2);
+    cgConnectParameter(shared, cgGetNamedParameter(both, "k"));
+    cgGLSetParameterArray4f(shared, 1, 1, std::array{1.0F, 1.0F, 0.0F, 1.0F}.data());
+    expectColor(1, 0.5, 0, 0.5, "by what it is connected to");
+    cgGLDisableProgramProfiles(both);
+    gl().glColor4f(0, 0, 1, 1);
+    expectColor(0, 0, 1, 1, "neither");
+    for (const CGprogram handle : {CGprogram{}, reinterpret_cast<CGprogram>(shared)}) {
+        cgGLIsProgramLoaded(handle);
+        expectError(CG_INVALID_PROGRAM_HANDLE_ERROR, "loaded");
+        for (const auto function : {cgGLEnableProgramProfiles, cgGLDisableProgramProfiles, cgGLUnloadProgram,
+                                    cgGLLoadProgram, cgGLBindProgram}) {
+            function(handle);
+            expectError(CG_INVALID_PROGRAM_HANDLE_ERROR, "none");
+        }
+    }
 }
 
 TEST_F(DriverCgGL, setsNumbersOfEveryKind) {
@@ -402,7 +502,19 @@ TEST_F(DriverCgGL, bindsTexturesToTheUnitsOfTheirSamplers) {
     expectColor(0.5, 0.25, 0, 0.75);
     cgGLDisableTextureParameter(b);
     expectColor(0.5, 0, 0, 0.75);
+    EXPECT_FALSE(cgGLGetManageTextureParameters(fContext));
+    cgGLSetManageTextureParameters(fContext, CG_TRUE);
+    EXPECT_TRUE(cgGLGetManageTextureParameters(fContext));
     cgGLDisableTextureParameter(a);
+    cgGLBindProgram(program);
+    expectColor(0.5, 0.25, 0, 0.75, "with the program");
+    const CGparameter own = cgCreateParameter(fContext, CG_SAMPLER2D);
+    cgConnectParameter(own, a);
+    cgGLSetTextureParameter(own, names[1]);
+    cgGLEnableTextureParameter(a);
+    expectColor(0, 0.75, 0, 0.75, "a shared sampler");
+    cgGLDisableTextureParameter(a);
+    cgGLDisableTextureParameter(b);
     gl().glDeleteTextures(2, names);
     cgGLSetTextureParameter(cgGetNamedParameter(program, "nothing"), 1);
     expectError(CG_INVALID_PARAM_HANDLE_ERROR, "no such sampler");
