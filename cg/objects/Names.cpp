@@ -128,7 +128,7 @@ struct Row {
     bool isNumbered = true;
     int start = 0;
 };
-constexpr std::array<Row, 25> kRows = {{{"TEXUNIT", CG_TEXUNIT0, 16},
+constexpr std::array<Row, 27> kRows = {{{"TEXUNIT", CG_TEXUNIT0, 16},
                                         {"TEXUNIT", CG_TEXUNIT16, 16, true, 16},
                                         {"BUFFER", CG_BUFFER0, 12},
                                         {"ATTR", CG_ATTR0, 16},
@@ -152,6 +152,8 @@ constexpr std::array<Row, 25> kRows = {{{"TEXUNIT", CG_TEXUNIT0, 16},
                                         {"NORMAL", CG_NORMAL0, 16},
                                         {"FOGCOORD", CG_FOGCOORD, 1, false},
                                         {"TEXCOORD", CG_TEXCOORD0, 16},
+                                        {"COMBINER_CONST", CG_COMBINER_CONST0, 2},
+                                        {"COMBINER_STAGE_CONST", CG_COMBINER_STAGE_CONST0, 2},
                                         {"UNDEFINED", CG_UNDEFINED, 1, false}}};
 
 const Row* rowOf(CGresource resource) {

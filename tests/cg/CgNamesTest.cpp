@@ -54,6 +54,7 @@ TEST(CgNames, haveTheNumbersOfTheInterface) {
                                {CG_WPOS, CG_POINTCOORD, 2373, 2374},
                                {CG_POSITION0, CG_POSITION15, 2437, 2452},
                                {CG_FOGCOORD, CG_TEXCOORD7, 3156, 3164},
+                               {CG_COMBINER_CONST0, CG_COMBINER_STAGE_CONST1, 3221, 3224},
                                {CG_UNDEFINED, CG_UNDEFINED, 3256, 3256}});
     expectNumbers<CGprofile>({{CG_PROFILE_UNKNOWN, CG_PROFILE_FP40, 6145, 6151},
                               {CG_PROFILE_VS_1_1, CG_PROFILE_DS_5_0, 6153, 6174},
@@ -85,7 +86,7 @@ int countNames(int first, int last, const char* (*nameOf)(Value), Value (*valueO
 
 TEST(CgNames, leadThereAndBack) {
     EXPECT_EQ(countNames(0, 1400, cgGetTypeString, cgGetType), 3 + 3 * 20 + 3 + 10 * 21 + 5 + 10 + 9);
-    EXPECT_EQ(countNames(2000, 3300, cgGetResourceString, cgGetResource), 246);
+    EXPECT_EQ(countNames(2000, 3300, cgGetResourceString, cgGetResource), 250);
     EXPECT_EQ(countNames(6144, 7100, cgGetProfileString, cgGetProfile), 43);
     EXPECT_EQ(countNames(4096, 4200, cgGetEnumString, cgGetEnum), 53);
     EXPECT_EQ(countNames(0, 20, cgGetParameterClassString, cgGetParameterClassEnum), 9);
