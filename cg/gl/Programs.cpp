@@ -232,8 +232,19 @@ void setEnabled(int stage, bool on) {
         guarded([&] { apply(*gl, context); });
 }
 
+int stageOf(const ProgramObject& program) {
+    return program.options.stage == Stage::Vertex ? kVertex : kFragment;
+}
+
+/// The stage that programs of a profile take; -1 and an error: there are none. Materials enable the two
+/// profiles that are the latest again and again.
 int stageOf(CGprofile profile) {
-    return isVertexProfile(profile) ? kVertex : kFragment;
+    if (profile == CG_PROFILE_GLSLV || profile == CG_PROFILE_GLSLF)
+        return profile == CG_PROFILE_GLSLV ? kVertex : kFragment;
+    if (isCompiledFor(profile))
+        return isVertexProfile(profile) ? kVertex : kFragment;
+    orlocg_raise(CG_INVALID_PROFILE_ERROR);
+    return -1;
 }
 
 /// Puts a stage's program, null for none, in its place.
@@ -254,7 +265,7 @@ void bind(int stage, const LoadedProgram* program) {
 void bind(ProgramObject& program) {
     if (!loaded(program))
         return orlocg_raise(CG_PROGRAM_NOT_LOADED_ERROR);
-    bind(stageOf(program.profile), loaded(program));
+    bind(stageOf(program), loaded(program));
     if (!program.waiting.empty())
         orlocg_sendWaiting(&program);
     const GL* gl = program.context->managesTextures ? usableGL() : nullptr;
@@ -266,7 +277,7 @@ void bind(ProgramObject& program) {
 void unload(ProgramObject& program) {
     if (!loaded(program))
         return;
-    const int stage = stageOf(program.profile);
+    const int stage = stageOf(program);
     if (binding().bound[stage] == loaded(program))
         bind(stage, nullptr);
     forEachLeaf(program, [](ParameterObject& leaf, const std::string&) { leaf.location = -1; });
@@ -348,7 +359,7 @@ void GLBinding::reload(ProgramObject& program) {
     }
     gl->deleteProgram(std::exchange(to.name, name));
     fill(*gl, program);
-    const int stage = stageOf(program.profile);
+    const int stage = stageOf(program);
     if (binding().bound[stage] == &to)
         bind(stage, &to);
 }
@@ -366,15 +377,13 @@ CGbool cgGLIsProfileSupported(CGprofile profile) {
 }
 
 void cgGLEnableProfile(CGprofile profile) {
-    if (!isCompiledFor(profile))
-        return orlocg_raise(CG_INVALID_PROFILE_ERROR);
-    setEnabled(stageOf(profile), true);
+    if (const int stage = stageOf(profile); stage >= 0)
+        setEnabled(stage, true);
 }
 
 void cgGLDisableProfile(CGprofile profile) {
-    if (!isCompiledFor(profile))
-        return orlocg_raise(CG_INVALID_PROFILE_ERROR);
-    setEnabled(stageOf(profile), false);
+    if (const int stage = stageOf(profile); stage >= 0)
+        setEnabled(stage, false);
 }
 
 void cgGLEnableProgramProfiles(CGprogram program) {
@@ -463,7 +472,6 @@ void cgGLBindProgram(CGprogram program) {
 }
 
 void cgGLUnbindProgram(CGprofile profile) {
-    if (!isCompiledFor(profile))
-        return orlocg_raise(CG_INVALID_PROFILE_ERROR);
-    guarded([&] { bind(stageOf(profile), nullptr); });
+    if (const int stage = stageOf(profile); stage >= 0)
+        guarded([&] { bind(stage, nullptr); });
 }
