@@ -3,6 +3,7 @@
 #include "language/State.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orlocg {
 
@@ -41,6 +42,7 @@ std::optional<std::string> statePathOf(const Expression& e) {
 
 void Checker::check(ExpressionPtr& e) {
     using Kind = Expression::Kind;
+    const bool isOwner = std::exchange(fIsOwner, false);
     switch (e->kind) {
     case Kind::Number:
     case Kind::Convert:
@@ -74,6 +76,25 @@ void Checker::check(ExpressionPtr& e) {
     case Kind::List:
         fail(*e, "a list of values can stand only where a variable is declared");
     }
+    if (!isOwner)
+        noteUse(*e);
+}
+
+void Checker::checkOwner(ExpressionPtr& e) {
+    fIsOwner = true;
+    check(e);
+}
+
+/// Takes note of what of a variable is used: members down to the first element of an array.
+void Checker::noteUse(const Expression& e) {
+    using Kind = Expression::Kind;
+    std::string path;
+    const Expression* root = &e;
+    for (; root->kind == Kind::Member || root->kind == Kind::Index || root->kind == Kind::Swizzle;
+         root = root->operands[0].get())
+        path = root->kind == Kind::Member ? joined({".", root->text, path}) : std::string();
+    if (root->kind == Kind::Name)
+        root->variable->partsUsed.insert(path);
 }
 
 void Checker::checkName(Expression& e) {
@@ -214,7 +235,7 @@ bool Checker::checkState(ExpressionPtr& e) {
 }
 
 void Checker::checkIndex(ExpressionPtr& e) {
-    check(e->operands[0]);
+    checkOwner(e->operands[0]);
     check(e->operands[1]);
     const Type* of = e->operands[0]->type;
     Expression& index = *e->operands[1];
@@ -243,7 +264,7 @@ void Checker::checkIndex(ExpressionPtr& e) {
 }
 
 void Checker::checkMember(ExpressionPtr& e) {
-    check(e->operands[0]);
+    checkOwner(e->operands[0]);
     const Type* of = e->operands[0]->type;
     if (of->isStruct()) {
         const Member* member = of->structure->find(e->text);

@@ -40,6 +40,9 @@ private:
     void checkChoice(Expression& e);
     void checkIndex(ExpressionPtr& e);
     void checkMember(ExpressionPtr& e);
+    /// Checks what a member or an element is picked of: of that, only the pick is used.
+    void checkOwner(ExpressionPtr& e);
+    static void noteUse(const Expression& e);
     bool checkState(ExpressionPtr& e);
     void checkCall(ExpressionPtr& e);
     void checkUserCall(Expression& e, const std::vector<Function*>& candidates);
@@ -63,6 +66,7 @@ private:
     std::vector<Scope> fScopes;
     std::set<const Variable*> fCheckedGlobals;
     Function* fFunction = nullptr;
+    bool fIsOwner = false; ///< what is checked next is one
     int fLoops = 0;
     int fDepth = 0;
 };

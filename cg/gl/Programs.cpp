@@ -161,8 +161,10 @@ void forEachLeaf(ProgramObject& program, Use&& use) {
             names[leaf.path] = leaf.glsl;
     for (auto& list : program.parameters)
         for (const std::unique_ptr<ParameterObject>& parameter : list)
-            if (parameter->isUniform)
-                forEachLeaf(*parameter, names, "", 0, use);
+            forEachLeaf(*parameter, names, "", 0, [&](ParameterObject& leaf, const std::string& glsl) {
+                if (leaf.isUniform)
+                    use(leaf, glsl);
+            });
 }
 
 /// Compiles and links; 0 where GL refuses, and the context's listing says why.

@@ -34,11 +34,22 @@ private:
 
     /// What comes into the program or goes out of it: a parameter, a result, or a member of one.
     struct End {
+        static constexpr size_t kResult = SIZE_MAX;
+
         const Type* type;
         std::string semantic;
         std::string glsl;
         Location at;
-        bool isReturn = false;
+        std::string path;
+        size_t parameter = kResult; ///< its number
+        bool isRow = false;         ///< of a matrix, whose leaf is the whole
+        bool isPosition = false;    ///< without saying so
+
+        bool isReturn() const { return parameter == kResult; }
+        /// A part of it.
+        End part(const Type* of, const std::string& below, const std::string& itsGlsl) const {
+            return {of, semantic, itsGlsl, at, path + below, parameter};
+        }
     };
 
     // Names and types.
@@ -89,18 +100,22 @@ private:
     // The program's ends.
     void addParameter(const Variable& variable);
     std::string stateFor(const Variable& variable);
-    void addLeaves(const Type* type, const std::string& path, const std::string& glsl, Parameter& parameter);
+    void addLeaves(const Member& of, const std::string& path, const std::string& glsl, Parameter& parameter);
+    std::string addUniform(const Member& of, const std::string& path, Parameter& parameter);
+    void addMixed(const End& end, std::string& out);
     void collectInitial(const Expression* e, const Type* type, std::vector<double>& values,
                         bool& isKnown) const;
     void mainFunction(Function& entry);
     std::string entryArguments(Function& entry, std::vector<Bindings>& bindings, std::string& out);
-    void addGlobals();
+    void addGlobals(std::string& out);
+    void addVarying(const Variable& variable, const std::string& glsl, std::string& out);
+    std::vector<VaryingLeaf>& leavesOf(const End& end);
     void addEnds(const End& end, bool isOutput);
     void moveEnds(bool isOutput, std::string& out);
-    void varyings(const Type* type, const Semantic& semantic, bool isOutput, const std::string& glsl,
-                  const Location& at, std::string& out);
-    void reserve(const Type* type, const std::string& semantic, bool isOutput);
-    Semantic slotFor(const std::string& semantic, const Type* type, bool isOutput, bool isReturn);
+    void varyings(const End& end, const Semantic& semantic, bool isOutput, std::string& out);
+    void reserve(const End& end, bool isOutput);
+    void choosePosition(const Function& entry);
+    Semantic slotFor(const End& end, bool isOutput);
 
     const CompileOptions& fOptions;
     Diagnostics& fDiagnostics;
@@ -114,6 +129,7 @@ private:
     std::map<const Variable*, Bindings> fGlobalBindings; ///< of globals that samplers were kept in
     std::set<std::string> fShadowSamplers;
     std::set<int> fUsedTexCoords[2]; ///< of inputs and outputs
+    std::set<int> fUsedAttributes;   ///< of inputs
     int fVaryings[2] = {};           ///< that found no texture coordinate
     std::set<std::string> fDeclaredVaryings;
     std::string fUniforms, fStructTexts, fHelperTexts, fGlobalTexts, fFunctionTexts;

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,8 +32,13 @@ struct Variable {
     bool isParameter = false;
     std::unique_ptr<struct Expression> initializer;
 
-    bool isReferenced = false; ///< by what the program reaches; this and the next are set by the checker
-    bool isWritten = false;    ///< a uniform that the program keeps values in, for itself
+    // Set by the checker.
+    bool isReferenced = false;       ///< by what the program reaches
+    std::set<std::string> partsUsed; ///< what of it is: ".light.color"; "": all
+    bool isWritten = false;          ///< a uniform that the program keeps values in, for itself
+
+    /// Whether the program reaches what is at that path below the variable, or a part of it.
+    bool uses(std::string_view below) const;
 };
 
 /// An expression. The parser fills kind, operator and operands; the checker the type, what names stand for,

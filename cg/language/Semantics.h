@@ -20,7 +20,8 @@ struct Semantic {
 
 /// Where a varying value of a program comes from or goes to: GLSL, and how many numbers it has.
 struct Slot {
-    std::string glsl; ///< empty: there is no such slot
+    std::string glsl;     ///< empty: there is no such slot
+    std::string resource; ///< its name among those of the runtime, "TEXCOORD3"; empty: it has none
     unsigned size = 4;
 
     /// A generic vertex attribute that has to be declared; -1: it is GL's own.

@@ -163,39 +163,6 @@ CGtype typeNamed(const std::string& name) {
     return CG_UNKNOWN_TYPE;
 }
 
-CGresource resourceOf(const Semantic& semantic, Stage stage, bool isOutput) {
-    struct Alias {
-        const char* semantic;
-        const char* row;
-    };
-    constexpr std::array<Alias, 5> kVertexInputs = {{{"DIFFUSE", "COLOR"},
-                                                     {"COL", "COLOR"},
-                                                     {"TEX", "TEXCOORD"},
-                                                     {"NRML", "NORMAL"},
-                                                     {"FOG", "FOGCOORD"}}};
-    // What goes from one program to the other, or into the picture, has names of its own.
-    constexpr std::array<Alias, 7> kOthers = {{{"POSITION", "HPOS"},
-                                               {"COLOR", "COL"},
-                                               {"TEXCOORD", "TEX"},
-                                               {"PSIZE", "PSIZ"},
-                                               {"DEPR", "DEPTH"},
-                                               {"FOG", "FOGCOORD"},
-                                               {"FOGC", "FOGCOORD"}}};
-    std::string name = semantic.name;
-    const auto rename = [&](const auto& aliases) {
-        for (const Alias& alias : aliases)
-            if (semantic.name == alias.semantic)
-                name = alias.row;
-    };
-    stage == Stage::Vertex && !isOutput ? rename(kVertexInputs) : rename(kOthers);
-    if (stage == Stage::Fragment && !isOutput && name == "HPOS")
-        name = "WPOS";
-    for (const Row& row : kRows)
-        if (name == row.name && semantic.number() < row.length)
-            return static_cast<CGresource>(row.first + semantic.number());
-    return CG_UNDEFINED;
-}
-
 std::string nameOf(CGresource resource) {
     const Row* row = rowOf(resource);
     if (!row)

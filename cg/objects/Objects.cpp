@@ -1,6 +1,7 @@
 #include "objects/Handles.h"
 #include "objects/Names.h"
 
+#include <map>
 #include <set>
 #include <string_view>
 
@@ -33,7 +34,6 @@ void addParts(ParameterObject& whole, std::vector<double>& initial) {
         part->name = whole.name;
         part->semantic = type->isArray() ? whole.semantic : "";
         part->type = elementOf(type, i, part->name, part->semantic);
-        part->isUniform = whole.isUniform;
         part->isOutput = whole.isOutput;
         part->place = i;
         addParts(*part, initial);
@@ -45,22 +45,37 @@ void addParts(ParameterObject& whole, std::vector<double>& initial) {
     }
 }
 
-void registerAll(ParameterObject& parameter, Stage stage) {
+using VaryingLeaves = std::map<std::string_view, const VaryingLeaf*>;
+
+/// Where a varying leaf comes from or goes to is what the compiler chose; a sampler may name its unit.
+void placeLeaf(ParameterObject& leaf, const VaryingLeaves& varyings) {
+    const auto varying = varyings.find(leaf.name);
+    leaf.isUniform = varying == varyings.end();
+    if (!leaf.isUniform) {
+        leaf.resource = resourceNamed(varying->second->resource);
+    } else if (leaf.type->isSampler() && !leaf.semantic.empty()) {
+        Semantic semantic(leaf.semantic);
+        if (leaf.parent && leaf.parent->type->isArray()) // elements count on
+            semantic.index = semantic.number() + static_cast<int>(leaf.place);
+        leaf.resource = resourceNamed(semantic.name + std::to_string(semantic.number()));
+    } else if (leaf.type->isNumeric()) {
+        leaf.resource = CG_C;
+    }
+    if (leaf.resource != CG_UNDEFINED)
+        leaf.resourceIndex = static_cast<unsigned long>(leaf.resource - baseOf(leaf.resource));
+}
+
+void registerAll(ParameterObject& parameter, const VaryingLeaves& varyings) {
     parameter.handle = makeHandle<CGparameter>();
     global().parameters.emplace(reinterpret_cast<uintptr_t>(parameter.handle), &parameter);
-    if (!parameter.semantic.empty() && parameter.isLeaf()) {
-        Semantic semantic(parameter.semantic);
-        if (parameter.parent && parameter.parent->type->isArray()) // elements count on
-            semantic.index = semantic.number() + static_cast<int>(parameter.place);
-        parameter.resource = resourceOf(semantic, stage, parameter.isOutput);
-        if (parameter.resource != CG_UNDEFINED)
-            parameter.resourceIndex =
-                static_cast<unsigned long>(parameter.resource - baseOf(parameter.resource));
-    } else if (parameter.isUniform && parameter.isLeaf() && parameter.type->isNumeric()) {
-        parameter.resource = CG_C;
+    if (parameter.isLeaf())
+        return placeLeaf(parameter, varyings);
+    // A whole is uniform where all of it is.
+    parameter.isUniform = true;
+    for (const std::unique_ptr<ParameterObject>& part : parameter.parts) {
+        registerAll(*part, varyings);
+        parameter.isUniform = parameter.isUniform && part->isUniform;
     }
-    for (const std::unique_ptr<ParameterObject>& part : parameter.parts)
-        registerAll(*part, stage);
 }
 
 void forget(const ParameterObject& parameter) {
@@ -76,11 +91,13 @@ std::unique_ptr<ParameterObject> makeParameter(ProgramObject& program, const Par
     made->type = from.variable->type;
     made->name = from.variable->name;
     made->semantic = from.variable->semantic;
-    made->isUniform = from.variable->isUniform || !from.leaves.empty();
     made->isOutput = from.variable->direction == Direction::Out;
     std::vector<double> initial = from.initial;
     addParts(*made, initial);
-    registerAll(*made, program.options.stage);
+    VaryingLeaves varyings;
+    for (const VaryingLeaf& leaf : from.varyings)
+        varyings.emplace(leaf.path, &leaf);
+    registerAll(*made, varyings);
     return made;
 }
 

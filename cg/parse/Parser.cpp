@@ -31,7 +31,8 @@ bool isOneOf(const Token& token, const std::array<std::string_view, kCount>& wor
 bool isSame(const StructType& a, const StructType& b) {
     return std::equal(a.members.begin(), a.members.end(), b.members.begin(), b.members.end(),
                       [](const Member& x, const Member& y) {
-                          return x.name == y.name && x.type == y.type && x.semantic == y.semantic;
+                          return x.name == y.name && x.type == y.type && x.semantic == y.semantic &&
+                                 x.isUniform == y.isUniform;
                       });
 }
 
@@ -167,7 +168,7 @@ const Type* Parser::structure() {
         for (std::unique_ptr<Variable>& member : declarators(base, found)) {
             if (made->find(member->name))
                 fDiagnostics.fail(member->at, "the struct has two members " + inQuotes(member->name));
-            made->members.push_back({member->name, member->type, member->semantic});
+            made->members.push_back({member->name, member->type, member->semantic, member->isUniform});
         }
         expect(";", "behind the member of a struct");
     }
