@@ -70,30 +70,15 @@ void GlslWriter::addLeaves(const Member& of, const std::string& path, const std:
     }
 }
 
-void GlslWriter::collectInitial(const Expression* e, const Type* type, std::vector<double>& values,
-                                bool& isKnown) const {
-    using Kind = Expression::Kind;
-    std::vector<double> inner;
-    if (e->kind == Kind::Number) {
-        inner.push_back(e->number);
-    } else if (e->kind == Kind::Convert || (e->kind == Kind::Call && e->constructs && !e->isCast) ||
-               (e->kind == Kind::Unary && e->text == "-")) {
-        for (const ExpressionPtr& operand : e->operands)
-            collectInitial(operand.get(), operand->type, inner, isKnown);
-        if (e->kind == Kind::Unary)
-            for (double& value : inner)
-                value = -value;
-    } else {
-        isKnown = false;
-    }
-    const uint64_t wanted = type->isNumeric() ? type->size() : inner.size();
-    if (inner.size() == 1)
-        inner.resize(wanted, inner[0]);
-    if (inner.size() < wanted)
-        isKnown = false;
-    inner.resize(wanted);
-    for (const double value : inner)
-        values.push_back(type->isNumeric() && type->isInt() ? std::trunc(value) : value);
+/// What a uniform is unless it is set.
+void GlslWriter::addInitial(const Variable& variable, Parameter& parameter) {
+    if (!variable.initializer || !hasValue(variable.type))
+        return;
+    if (std::optional<Constants::Values> values = fConstants.of(*variable.initializer))
+        parameter.initial = std::move(*values);
+    else
+        fDiagnostics.warn(variable.at, "the value of " + inQuotes(variable.name) +
+                                           " is no constant; it is 0 until it is set");
 }
 
 /// What of GL's state a uniform stands for, converted to its type.
@@ -132,11 +117,7 @@ void GlslWriter::addParameter(const Variable& variable) {
     if (isState)
         return fOut.parameters.push_back(std::move(parameter));
     addLeaves({variable.name, variable.type, variable.semantic}, variable.name, name, parameter);
-    bool isKnown = variable.initializer != nullptr;
-    if (isKnown)
-        collectInitial(variable.initializer.get(), variable.type, parameter.initial, isKnown);
-    if (!isKnown)
-        parameter.initial.clear();
+    addInitial(variable, parameter);
     fOut.parameters.push_back(std::move(parameter));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "language/CompiledProgram.h"
+#include "language/Constants.h"
 #include "language/Semantics.h"
 
 #include <map>
@@ -103,8 +104,7 @@ private:
     void addLeaves(const Member& of, const std::string& path, const std::string& glsl, Parameter& parameter);
     std::string addUniform(const Member& of, const std::string& path, Parameter& parameter);
     void addMixed(const End& end, std::string& out);
-    void collectInitial(const Expression* e, const Type* type, std::vector<double>& values,
-                        bool& isKnown) const;
+    void addInitial(const Variable& variable, Parameter& parameter);
     void mainFunction(Function& entry);
     std::string entryArguments(Function& entry, std::vector<Bindings>& bindings, std::string& out);
     void addGlobals(std::string& out);
@@ -121,6 +121,7 @@ private:
     Diagnostics& fDiagnostics;
     CompiledProgram& fOut;
 
+    Constants fConstants;
     std::set<std::string> fTaken;
     std::map<const Variable*, std::string> fNames;
     std::map<const StructType*, std::string> fStructs;

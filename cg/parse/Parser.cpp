@@ -207,45 +207,53 @@ const Type* Parser::withDimensions(const Type* element, bool isPacked) {
 uint32_t Parser::arrayLength() {
     const Token at = peek();
     const ExpressionPtr length = assignment();
-    const std::optional<double> value = constantOf(*length);
-    if (!value)
+    const std::optional<Constant> constant = constantOf(*length);
+    if (!constant)
         fDiagnostics.fail(at.at, "the length of an array has to be a constant");
-    if (!(*value >= 1 && *value <= kLongestArray) || *value != std::floor(*value))
+    const double value = constant->value;
+    if (!(value >= 1 && value <= kLongestArray) || value != std::floor(value))
         fDiagnostics.fail(at.at, "the length of an array has to be a whole number from 1 to 65536");
-    return static_cast<uint32_t>(*value);
+    return static_cast<uint32_t>(value);
 }
 
-std::optional<double> Parser::constantOf(const Expression& e) const {
+std::optional<Parser::Constant> Parser::constantOf(const Expression& e) const {
     if (e.kind == Expression::Kind::Number)
-        return e.number;
+        return Constant{e.number, !e.type || e.type->isInt()};
     if (e.kind == Expression::Kind::Name) {
         const auto found = fConstants.find(e.text);
         return found == fConstants.end() ? std::nullopt : std::optional(found->second);
     }
-    std::vector<double> values;
+    std::vector<Constant> values;
     for (const ExpressionPtr& operand : e.operands) {
-        const std::optional<double> value = constantOf(*operand);
+        const std::optional<Constant> value = constantOf(*operand);
         if (!value)
             return std::nullopt;
         values.push_back(*value);
     }
     if (e.kind == Expression::Kind::Unary && e.text == "-")
-        return -values[0];
+        return Constant{-values[0].value, values[0].isInt};
     if (e.kind == Expression::Kind::Call && e.constructs && e.constructs->isScalar() && values.size() == 1)
-        return e.constructs->isInt() ? std::trunc(values[0]) : values[0];
+        return typed(values[0].value, e.constructs);
     if (e.kind != Expression::Kind::Binary)
         return std::nullopt;
+    const double a = values[0].value;
+    const double b = values[1].value;
+    const bool areInts = values[0].isInt && values[1].isInt;
     if (e.text == "+")
-        return values[0] + values[1];
+        return Constant{a + b, areInts};
     if (e.text == "-")
-        return values[0] - values[1];
+        return Constant{a - b, areInts};
     if (e.text == "*")
-        return values[0] * values[1];
-    if (e.text == "/" && values[1] != 0.0)
-        return std::trunc(values[0] / values[1]);
-    if (e.text == "%" && values[1] != 0.0)
-        return std::fmod(values[0], values[1]);
+        return Constant{a * b, areInts};
+    if (e.text == "/" && b != 0.0)
+        return Constant{areInts ? std::trunc(a / b) : a / b, areInts};
+    if (e.text == "%" && b != 0.0)
+        return Constant{std::fmod(a, b), areInts};
     return std::nullopt;
+}
+
+Parser::Constant Parser::typed(double value, const Type* type) {
+    return {type->isInt() ? std::trunc(value) : value, type->isInt()};
 }
 
 std::string Parser::semanticIfAny() {
@@ -340,8 +348,8 @@ std::unique_ptr<Variable> Parser::declarator(const Type* base, const Qualifiers&
         }
     }
     if (variable->isConst && variable->initializer && variable->type->isScalar())
-        if (const std::optional<double> value = constantOf(*variable->initializer))
-            fConstants[variable->name] = variable->type->isInt() ? std::trunc(*value) : *value;
+        if (const std::optional<Constant> constant = constantOf(*variable->initializer))
+            fConstants[variable->name] = typed(constant->value, variable->type);
     return variable;
 }
 

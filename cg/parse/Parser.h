@@ -26,6 +26,11 @@ private:
         bool isOut = false;
     };
 
+    struct Constant {
+        double value;
+        bool isInt;
+    };
+
     /// Counts how deep things are nested for as long as it lives.
     class Nesting {
     public:
@@ -84,14 +89,15 @@ private:
     ExpressionPtr construct(const Type* type, const Token& at);
     void arguments(Expression& call);
     uint32_t arrayLength();
-    std::optional<double> constantOf(const Expression& expression) const;
+    std::optional<Constant> constantOf(const Expression& expression) const;
+    static Constant typed(double value, const Type* type);
 
     std::vector<Token> fTokens;
     size_t fNext = 0;
     int fDepth = 0;
     Program& fProgram;
     Diagnostics& fDiagnostics;
-    std::map<std::string, double, std::less<>> fConstants; ///< what lengths of arrays may name
+    std::map<std::string, Constant, std::less<>> fConstants; ///< what lengths of arrays may name
 };
 
 } // namespace orlocg

@@ -110,6 +110,8 @@ TEST(Compiler, refusesWhatHasTheWrongType) {
         {"float a[];", "neither a length nor values"},
         {"float a[v.x];", "has to be a constant"},
         {"float a[0];", "from 1 to 65536"},
+        {"float a[7 / 2.0];", "a whole number"},
+        {"const float n = 7; float a[n / 2];", "a whole number"},
         {"float a[4 / 0];", "has to be a constant"},
         {"float a[1 << 2];", "has to be a constant"},
         {"float x = 1 2;", "';' is missing"},
@@ -192,6 +194,47 @@ TEST(Compiler, tellsOfItsParameters) {
                     "k: k=k 5\n"
                     "d:DEPTH\n"
                     "scale: scale=scale 10 20 30 40\n");
+}
+
+TEST(Compiler, worksOutWhatUniformsAreUnlessTheyAreSet) {
+    struct Default {
+        const char* type;
+        const char* value;
+        std::vector<double> numbers;
+    };
+    const Default defaults[] = {
+        {"float", "1.0 / 2.0", {0.5}},
+        {"float", "7 / 2", {3}},
+        {"int", "7 / 2.0", {3}},
+        {"float2", "float2(1.0 / 2.0, 2)", {0.5, 2}},
+        {"float", "sqrt(4.0) + kHalf", {2.5}},
+        {"float4", "float4(kPair.yx, -kPair)", {0.75, 0.25, -0.25, -0.75}},
+        {"float3", "lerp(0.25, float3(1, 0, 1), 0.5) * 8", {5, 1, 5}},
+        {"float2x2", "float2x2(kPair, 1, 2) * 2", {0.5, 1.5, 2, 4}},
+        {"float", "kTable[1 + 1]", {9}},
+        {"float", "kLight.at.y", {4}},
+        {"float2", "(float2)float3x3(1, 2, 3, 4, 5, 6, 7, 8, 9)[1]", {4, 5}},
+        {"float", "true && !(2 > 3) ? dot(float2(1, 2), float2(3, 4)) : 1", {11}},
+        {"float3", "normalize(float3(0, 3, 4)) + cross(float3(1, 0, 0), float3(0, 1, 0))", {0, 0.6, 1.8}},
+        {"float2", "{ kHalf, max(1, 3) % 2 }", {0.5, 1}},
+        {"int", "(6 & 3) | (1 << 3)", {10}},
+    };
+    for (const Default& each : defaults) {
+        const std::string declared = std::string("uniform ") + each.type + " x = " + each.value;
+        const std::string constants =
+            "struct L { float k; float2 at; }; static const float kHalf = 0.5; const float2 kPair = "
+            "float2(kHalf / "
+            "2, 0.75); static const float kTable[3] = {1, 2, 9}; static const L kLight = {1, 3, 4};";
+        for (const bool isGlobal : {true, false}) {
+            const Result result = compiled(constants + (isGlobal ? declared + ";" : "") + "float4 main(" +
+                                           (isGlobal ? "" : declared) + ") : COLOR { x; return 0; }");
+            ASSERT_NE(result.program, nullptr) << declared << result.listing;
+            const std::vector<double>& initial = result.program->parameters[0].initial;
+            EXPECT_THAT(initial, testing::Pointwise(testing::DoubleNear(1e-12), each.numbers)) << declared;
+        }
+    }
+    EXPECT_THAT(compiled("uniform float y; uniform float x = y; float4 main() : COLOR { return x; }").listing,
+                HasSubstr("1:32: warning: the value of 'x' is no constant"));
 }
 
 } // namespace
