@@ -182,32 +182,40 @@ void Checker::checkAssignment(Expression& e) {
 void Checker::checkChoice(Expression& e) {
     for (ExpressionPtr& operand : e.operands)
         check(operand);
-    wantNumbers(*e.operands[0], "the condition of '? :'");
-    const Type* yes = e.operands[1]->type;
-    const Type* no = e.operands[2]->type;
-    const Type* condition = e.operands[0]->type;
-    if (yes->isNumeric() && no->isNumeric()) {
-        const bool areBools = yes->isBool() && no->isBool();
-        e.type = common(e, yes, no);
-        if (condition->size() > 1 && e.type->isScalar())
-            e.type = fTypes.withScalar(condition, e.type->scalar);
-        if (areBools)
-            e.type = fTypes.withScalar(e.type, Scalar::Bool);
-        if (condition->size() > 1 && (condition->isMatrix() || condition->size() < e.type->size()))
-            fail(e,
-                 "a condition of " + nameOf(condition) + " can't choose among values of " + nameOf(e.type));
-        convert(e.operands[1], e.type, "a value of '? :'");
-        convert(e.operands[2], e.type, "a value of '? :'");
-        const Type* shape = condition->size() > 1 ? fTypes.vector(Scalar::Bool, e.type->columns)
-                                                  : fTypes.scalar(Scalar::Bool);
-        return convert(e.operands[0], shape, "the condition of '? :'");
+    const size_t last = e.operands.size() - 1;
+    const Type* type = e.operands[last]->type;
+    for (size_t i = last; i >= 2; i -= 2) { // from the inside
+        const Type* condition = e.operands[i - 2]->type;
+        const Type* value = e.operands[i - 1]->type;
+        wantNumbers(*e.operands[i - 2], "the condition of '? :'");
+        if (value->isNumeric() && type->isNumeric()) {
+            const bool areBools = value->isBool() && type->isBool();
+            type = common(e, value, type);
+            if (condition->size() > 1 && type->isScalar())
+                type = fTypes.withScalar(condition, type->scalar);
+            if (areBools)
+                type = fTypes.withScalar(type, Scalar::Bool);
+            if (condition->size() > 1 && (condition->isMatrix() || condition->size() < type->size()))
+                fail(e,
+                     "a condition of " + nameOf(condition) + " can't choose among values of " + nameOf(type));
+        } else if (value != type) {
+            fail(e, "'? :' can't choose between " + nameOf(value) + " and " + nameOf(type));
+        } else if (holdsSampler(type)) {
+            fail(e, "'? :' can't choose between samplers");
+        }
     }
-    if (yes != no)
-        fail(e, "'? :' can't choose between " + nameOf(yes) + " and " + nameOf(no));
-    if (holdsSampler(yes))
-        fail(e, "'? :' can't choose between samplers");
-    e.type = yes;
-    convert(e.operands[0], fTypes.scalar(Scalar::Bool), "the condition of '? :'");
+    e.type = type;
+    for (size_t i = 0; i <= last; ++i) {
+        if (i == last || i % 2 == 1) {
+            if (type->isNumeric())
+                convert(e.operands[i], type, "a value of '? :'");
+            continue;
+        }
+        const bool chooses = type->isNumeric() && e.operands[i]->type->size() > 1;
+        convert(e.operands[i],
+                chooses ? fTypes.vector(Scalar::Bool, type->columns) : fTypes.scalar(Scalar::Bool),
+                "the condition of '? :'");
+    }
 }
 
 bool Checker::checkState(ExpressionPtr& e) {

@@ -46,8 +46,11 @@ void Checker::checkFunction(Function& function) {
                               "the length of the array " + inQuotes(parameter->name) + " is missing");
         if (!parameter->name.empty())
             declare(*parameter);
-        if (parameter->initializer && !parameter->initializer->type)
+        if (parameter->initializer && !parameter->initializer->type) {
+            const std::vector<Scope> own = std::exchange(fScopes, {}); // it is the caller's business
             checkInitializer(*parameter, "a parameter's default");
+            fScopes = own;
+        }
     }
     checkStatement(*function.body);
     fScopes = std::move(callersScopes);
@@ -133,6 +136,8 @@ void Checker::checkStatement(Statement& s) {
         break;
     case Kind::If:
         checkCondition(s.condition, "'if'");
+        for (ExpressionPtr& condition : s.elseConditions)
+            checkCondition(condition, "'if'");
         for (const std::unique_ptr<Statement>& each : s.statements)
             checkBody(*each);
         break;

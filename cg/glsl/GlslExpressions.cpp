@@ -78,14 +78,8 @@ std::string GlslWriter::write(const Expression& e) {
         return writeUnary(e);
     case Kind::Binary:
         return writeBinary(e);
-    case Kind::Choice: {
-        const std::string condition = write(*e.operands[0]);
-        const std::string yes = write(*e.operands[1]);
-        const std::string no = write(*e.operands[2]);
-        if (width(e.operands[0]->type) == 1)
-            return "(" + condition + " ? " + yes + " : " + no + ")";
-        return helper("cg_select", typeName(e.type)) + "(" + condition + ", " + yes + ", " + no + ")";
-    }
+    case Kind::Choice:
+        return writeChoice(e);
     case Kind::Call:
         if (e.constructs)
             return writeConstruct(e);
@@ -105,6 +99,37 @@ std::string GlslWriter::write(const Expression& e) {
         break;
     }
     return {};
+}
+
+std::string GlslWriter::writeChoice(const Expression& e) {
+    const bool isFlat = e.operands.size() > 2 * kDeepestBranches &&
+                        std::all_of(e.operands.begin(), e.operands.end(), [&](const ExpressionPtr& each) {
+                            return each->type == e.type || width(each->type) == 1;
+                        });
+    if (isFlat)
+        return writeFlatChoice(e);
+    std::string text = "(";
+    size_t selects = 0;
+    for (size_t i = 0; i + 2 < e.operands.size(); i += 2) {
+        const bool isSingle = width(e.operands[i]->type) == 1;
+        selects += isSingle ? 0 : 1;
+        text += isSingle ? "" : helper("cg_select", typeName(e.type)) + "(";
+        text += write(*e.operands[i]) + (isSingle ? " ? " : ", ");
+        text += write(*e.operands[i + 1]) + (isSingle ? " : " : ", ");
+    }
+    return text + write(*e.operands.back()) + std::string(selects + 1, ')');
+}
+
+/// Each condition by itself, as long as none before it was met.
+std::string GlslWriter::writeFlatChoice(const Expression& e) {
+    const std::string result = temporary(e.type);
+    const std::string isOpen = temporary(fOut.program->types.scalar(Scalar::Bool));
+    std::string text = joined({"(", isOpen, " = true, "});
+    for (size_t i = 0; i + 1 < e.operands.size(); i += 2) {
+        text += joined({"(", isOpen, " && ", write(*e.operands[i]), ") ? (", result, " = "});
+        text += joined({write(*e.operands[i + 1]), ", ", isOpen, " = false) : ", isOpen, ", "});
+    }
+    return joined({text, "(", isOpen, " ? ", write(*e.operands.back()), " : ", result, "))"});
 }
 
 std::string GlslWriter::writeUnary(const Expression& e) {
@@ -371,6 +396,28 @@ std::string GlslWriter::samplerText(const Expression& e) {
 
 // Calls.
 
+/// Defaults that call functions are functions themselves: written out, each level would double the next.
+std::string GlslWriter::writeDefault(const Function& function, const Variable& parameter) {
+    const auto calls = [](const auto& self, const Expression& e) -> bool {
+        return e.function || std::any_of(e.operands.begin(), e.operands.end(),
+                                         [&](const ExpressionPtr& each) { return self(self, *each); });
+    };
+    if (!calls(calls, *parameter.initializer))
+        return write(*parameter.initializer);
+    std::string& name = fInstances[keyOf(&parameter, {})];
+    if (name.empty()) {
+        const std::string made = name = uniqueName(function.name + "_" + parameter.name);
+        Body own;
+        Body* const caller = std::exchange(fBody, &own);
+        const std::string value = write(*parameter.initializer);
+        fBody = caller;
+        addFunction(joined({typeName(parameter.type), " ", made, "()"}), own,
+                    joined({"    return ", value, ";\n"}), parameter.at);
+        return made + "()";
+    }
+    return name + "()";
+}
+
 std::string GlslWriter::writeUserCall(const Expression& e) {
     Function& function = *e.function;
     std::vector<Bindings> bindings(function.parameters.size());
@@ -379,12 +426,13 @@ std::string GlslWriter::writeUserCall(const Expression& e) {
     std::string arguments;
     for (size_t i = 0; i < function.parameters.size(); ++i) {
         const Variable& parameter = *function.parameters[i];
-        const Expression& operand = i < e.operands.size() ? *e.operands[i] : *parameter.initializer;
+        const bool isGiven = i < e.operands.size();
+        const Expression& operand = isGiven ? *e.operands[i] : *parameter.initializer;
         if (holdsSampler(parameter.type))
             bindings[i] = bindingsOf(operand, parameter.type);
         if (!hasValue(parameter.type))
             continue;
-        std::string text = write(operand);
+        std::string text = isGiven ? write(operand) : writeDefault(function, parameter);
         const bool isMatrixPick =
             operand.kind == Expression::Kind::Swizzle && operand.operands[0]->type->isMatrix();
         if (parameter.direction != Direction::In &&

@@ -53,6 +53,9 @@ private:
         }
     };
 
+    /// How many branches stand in each other: a driver draws wrong where there are more than 80.
+    static constexpr size_t kDeepestBranches = 32;
+
     // Names and types.
     std::string uniqueName(const std::string& wanted);
     const std::string& nameOf(const Variable& variable);
@@ -64,11 +67,14 @@ private:
     std::string helper(const std::string& name, const std::string& type);
 
     // Statements.
+    std::string keyOf(const void* what, const std::vector<Bindings>& bindings) const;
+    void addFunction(const std::string& head, const Body& body, const std::string& text, const Location& at);
     const std::string& functionName(Function& function, const std::vector<Bindings>& bindings);
     void statement(const Statement& s, std::string& out);
     void forLoop(const Statement& s, std::string& out);
+    void branches(const Statement& s, std::string& out);
     void block(const std::string& head, const Statement& inner, std::string& out,
-               const std::string& tail = {});
+               const std::string& tail = {}, const std::string& first = {});
     void body(const Statement& s, std::string& out);
     void declare(const Variable& variable, std::string& out);
     void bindSamplers(const Variable& variable, const Expression& from);
@@ -80,6 +86,8 @@ private:
     std::string writeNumber(double number, const Type* type) const;
     std::string convert(const std::string& text, const Type* from, const Type* to);
     std::string zero(const Type* type);
+    std::string writeChoice(const Expression& e);
+    std::string writeFlatChoice(const Expression& e);
     std::string writeUnary(const Expression& e);
     std::string writeBinary(const Expression& e);
     std::string combine(std::string_view op, const std::string& a, const std::string& b, const Type* type);
@@ -90,6 +98,7 @@ private:
     std::string writeIndex(const Expression& e);
     std::string writeConstruct(const Expression& e);
     void flatten(const Expression& e, std::vector<std::string>& parts);
+    std::string writeDefault(const Function& function, const Variable& parameter);
     std::string writeUserCall(const Expression& e);
     std::string writeLibraryCall(const Expression& e);
     std::string writeTexture(const Expression& e);

@@ -110,6 +110,8 @@ private:
             add(*s.step);
         if (s.condition)
             add(*s.condition);
+        for (const ExpressionPtr& condition : s.elseConditions)
+            add(*condition);
         if (s.condition && s.kind == Statement::Kind::Return)
             flow({}, *s.condition);
     }

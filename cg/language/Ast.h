@@ -49,7 +49,7 @@ struct Expression {
         Name,
         Unary,   ///< op: "-", "!", "~", "++", "--" (before), "p++", "p--" (behind)
         Binary,  ///< op; also "," and the assignments
-        Choice,  ///< ? :
+        Choice,  ///< condition, value, condition, value ..., value: "a ? b : c ? d : e" is one
         Call,    ///< name and arguments; a function of the program, of the library, or a type's constructor
         Index,   ///< of an array, a vector or a matrix
         Member,  ///< of a struct; the checker makes swizzles of those of numbers
@@ -84,7 +84,7 @@ struct Statement {
         Block,
         Declaration, ///< of `variables`
         Expression,
-        If,
+        If,  ///< `statements`: bodies; with hasElse one more than conditions
         For, ///< init; condition; step; body
         While,
         DoWhile,
@@ -98,7 +98,8 @@ struct Statement {
     Location at;
     std::vector<std::unique_ptr<Statement>> statements; ///< of a block; bodies; of For the init first, if any
     std::vector<std::unique_ptr<Variable>> variables;
-    ExpressionPtr condition; ///< also what is returned, and what is evaluated
+    ExpressionPtr condition;                   ///< also what is returned, and what is evaluated
+    std::vector<ExpressionPtr> elseConditions; ///< of If: those of "else if"
     ExpressionPtr step;
     bool hasInit = false;
     bool hasElse = false;

@@ -275,9 +275,11 @@ std::optional<Values> Constants::of(const Expression& e) {
         return result;
     }
     case Kind::Choice: {
-        Values result;
-        for (size_t i = 0; i < operands[1].size(); ++i)
-            result.push_back(operands[operands[0][operands[0].size() == 1 ? 0 : i] != 0.0 ? 1 : 2][i]);
+        Values result = operands.back();
+        for (size_t at = operands.size() - 1; at >= 2; at -= 2)
+            for (size_t i = 0; i < result.size(); ++i)
+                if (operands[at - 2][operands[at - 2].size() == 1 ? 0 : i] != 0.0)
+                    result[i] = operands[at - 1][i];
         return result;
     }
     case Kind::Swizzle: {

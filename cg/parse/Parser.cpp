@@ -12,6 +12,7 @@ namespace orlocg {
 namespace {
 
 constexpr int kDeepest = 200;
+constexpr size_t kLongestChain = 4096;
 constexpr uint32_t kLongestArray = 65536;
 constexpr uint64_t kMostLeaves = 262144;
 
@@ -489,17 +490,8 @@ std::unique_ptr<Statement> Parser::statement() {
         made->kind = Statement::Kind::Block;
         return made;
     }
-    if (takeIf("if")) {
-        made->kind = Statement::Kind::If;
-        expect("(", "behind 'if'");
-        made->condition = expression();
-        expect(")", "behind the condition of 'if'");
-        made->statements.push_back(statement());
-        made->hasElse = takeIf("else");
-        if (made->hasElse)
-            made->statements.push_back(statement());
-        return made;
-    }
+    if (takeIf("if"))
+        return branches(std::move(made));
     if (takeIf("return")) {
         made->kind = Statement::Kind::Return;
         if (!peek().is(";"))
@@ -524,6 +516,30 @@ std::unique_ptr<Statement> Parser::statement() {
         made->condition = expression();
     }
     expect(";", "behind a statement");
+    return made;
+}
+
+/// Behind "if". A chain of "else if" is one statement, however long.
+std::unique_ptr<Statement> Parser::branches(std::unique_ptr<Statement> made) {
+    made->kind = Statement::Kind::If;
+    const auto branch = [&] {
+        expect("(", "behind 'if'");
+        ExpressionPtr condition = expression();
+        expect(")", "behind the condition of 'if'");
+        made->statements.push_back(statement());
+        return condition;
+    };
+    made->condition = branch();
+    while (!made->hasElse && takeIf("else")) {
+        if (takeIf("if")) {
+            made->elseConditions.push_back(branch());
+        } else {
+            made->hasElse = true;
+            made->statements.push_back(statement());
+        }
+        if (made->statements.size() > kLongestChain)
+            fDiagnostics.fail(made->at, "this 'if' has too many branches");
+    }
     return made;
 }
 
@@ -615,11 +631,22 @@ ExpressionPtr Parser::choice() {
     ExpressionPtr condition = binary(1);
     if (!peek().is("?"))
         return condition;
-    ExpressionPtr made = make(Expression::Kind::Choice, take());
+    ExpressionPtr made = make(Expression::Kind::Choice, peek());
+    while (takeIf("?")) {
+        adopt(*made, std::move(condition));
+        adopt(*made, assignment());
+        expect(":", "in '? :'");
+        condition = binary(1);
+        if (made->operands.size() > 2 * kLongestChain)
+            fDiagnostics.fail(made->at, "this '? :' has too many values");
+    }
+    if (isOneOf(peek(), kAssignments)) { // "a ? b : c = d" assigns to c
+        ExpressionPtr assigned = make(Expression::Kind::Binary, take());
+        adopt(*assigned, std::move(condition));
+        adopt(*assigned, assignment());
+        condition = std::move(assigned);
+    }
     adopt(*made, std::move(condition));
-    adopt(*made, assignment());
-    expect(":", "in '? :'");
-    adopt(*made, assignment());
     return made;
 }
 

@@ -72,6 +72,7 @@ private:
     std::unique_ptr<Statement> block();
     std::unique_ptr<Statement> declaration();
     bool startsDeclaration() const;
+    std::unique_ptr<Statement> branches(std::unique_ptr<Statement> made);
     std::unique_ptr<Statement> loop();
     std::unique_ptr<Statement> make(Statement::Kind kind) const;
 

@@ -237,4 +237,29 @@ TEST(Compiler, worksOutWhatUniformsAreUnlessTheyAreSet) {
                 HasSubstr("1:32: warning: the value of 'x' is no constant"));
 }
 
+TEST(Compiler, writesLongChainsInProportion) {
+    // What a driver is given, and so what it costs to make, grows no faster than the source.
+    const auto lengthOf = [](int count) {
+        std::string branches = "if (x < 0) y = 1;";
+        std::string values = "x < 0 ? 0 :";
+        std::string functions = "float f0(float a = 1, float b = 2) { return a + b; }";
+        for (int i = 1; i <= count; ++i) {
+            const std::string n = std::to_string(i);
+            branches += " else if (x == " + n + ") y = " + n + ";";
+            values += " x == " + n + " ? " + n + " :";
+            const std::string before = "f" + std::to_string(i % 60 ? i % 60 - 1 : 0) + "()";
+            if (i < 60)
+                functions +=
+                    "float f" + n + "(float a = " + before + ", float b = " + before + ") { return a + b; }";
+        }
+        const Result result = compiled(functions + "float4 main(float x : TEXCOORD0) : COLOR { float y = f" +
+                                       std::to_string(std::min(count, 59)) + "(); " + branches +
+                                       " return y + (" + values + " 1); }");
+        EXPECT_NE(result.program, nullptr) << result.listing;
+        return result.program ? result.program->glsl.size() : 0;
+    };
+    EXPECT_LT(lengthOf(2000), 2.2 * static_cast<double>(lengthOf(1000)));
+    EXPECT_LT(lengthOf(40), 30'000U);
+}
+
 } // namespace

@@ -546,6 +546,18 @@ TEST_F(DriverCg, semantics) {
     expectNear(drawn(vertex.get(), nullptr), {0.25, 0.5, 1, 1}, "vertex alone");
 }
 
+TEST_F(DriverCg, longChains) {
+    std::string branches = "int n = uv.x * 240 + 0.5; float4 c = 0; if (n < 0) c = 1;";
+    std::string values = "int n = uv.y * 80 + 0.5; return n < 0 ? 1.0 :";
+    for (int i = 0; i < 120; ++i) {
+        branches += joined({" else if (n == ", std::to_string(i), ") c = ", std::to_string(i), " / 120.0;"});
+        values +=
+            joined({" n == ", std::to_string(i), " ? float4(", std::to_string(i), " / 120.0, 0, 0, 1) :"});
+    }
+    check({{(branches + " return c;").c_str(), {0.5, 0.5, 0.5, 0.5}},
+           {(values + " 1;").c_str(), {0.5, 0, 0, 1}}});
+}
+
 TEST_F(DriverCg, drawsPointsAsLargeAsItSays) {
     const auto program = compiled(
         "void main(float4 p : POSITION, out float4 o : POSITION, out float4 c : COLOR, out float s : PSIZE) "
