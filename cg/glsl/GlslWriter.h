@@ -4,7 +4,9 @@
 #include "language/Constants.h"
 #include "language/Semantics.h"
 
+#include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -102,7 +104,12 @@ private:
     std::string writeUserCall(const Expression& e);
     std::string writeLibraryCall(const Expression& e);
     std::string writeTexture(const Expression& e);
+    std::string readTexture(const Expression& e, const std::vector<std::string>& arguments);
     std::string samplerText(const Expression& e);
+    std::optional<int> knownIndex(const Expression& element);
+    bool picksSampler(const std::vector<const Expression*>& samplers);
+    std::string choose(const std::vector<const Expression*>& samplers,
+                       const std::function<std::string()>& writeOne);
     std::string pathOf(const Expression& e);
     std::string bound(const Variable& variable, const std::string& below);
     Bindings bindingsOf(const Expression& e, const Type* type);
@@ -137,6 +144,8 @@ private:
     std::map<std::string, std::string> fInstances;       ///< of functions with their samplers
     std::map<std::string, std::string> fSamplers;        ///< GLSL names by path
     std::map<const Variable*, Bindings> fGlobalBindings; ///< of globals that samplers were kept in
+    std::map<const Expression*, int> fChosen; ///< of elements that an index picks, while one is written
+    uint32_t fChoices = 1;                    ///< how often what is written now is
     std::set<std::string> fShadowSamplers;
     std::set<int> fUsedTexCoords[2]; ///< of inputs and outputs
     std::set<int> fUsedAttributes;   ///< of inputs

@@ -362,8 +362,8 @@ TEST_F(DriverCg, standardLibrary) {
 
 TEST_F(DriverCg, textures) {
     // Unit 0: 2 x 1, red and green of different halves, blue in its small level. Unit 1: a cube and a volume.
-    GLuint names[5];
-    gl().glGenTextures(5, names);
+    GLuint names[6];
+    gl().glGenTextures(6, names);
     const auto setUp = [&](GLenum unit, GLenum target, GLuint name, GLenum minFilter = GL_NEAREST) {
         gl().glActiveTexture(GL_TEXTURE0 + unit);
         gl().glBindTexture(target, name);
@@ -387,9 +387,12 @@ TEST_F(DriverCg, textures) {
                           GL_UNSIGNED_BYTE, side == 4 ? blue : pair);
     setUp(4, GL_TEXTURE_RECTANGLE_ARB, names[4]);
     gl().glTexImage2D(GL_TEXTURE_RECTANGLE_ARB, 0, GL_RGBA, 2, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, pair);
-    const Given units = {{"s", {0}},        {"s1", {1}},      {"s3", {2}},    {"sc", {3}},
-                         {"sr", {4}},       {"set.a", {0}},   {"set.b", {4}}, {"many", {1, 1}},
-                         {"all[0].a", {0}}, {"all[1].a", {0}}};
+    setUp(5, GL_TEXTURE_2D, names[5]);
+    gl().glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, blue);
+    const Given units = {{"s", {0}},         {"s1", {1}},        {"s3", {2}},          {"sc", {3}},
+                         {"sr", {4}},        {"set.a", {0}},     {"set.b", {4}},       {"many", {1, 1}},
+                         {"all[0].a", {0}},  {"all[1].a", {0}},  {"two", {0, 5}},      {"each[0].a", {0}},
+                         {"each[1].a", {5}}, {"each[0].k", {1}}, {"each[1].k", {0.5F}}};
     const std::array<double, 4> red{1, 0, 0, 1};
     const std::array<double, 4> green{0, 1, 0, 1};
     const std::array<double, 4> blueColor{0, 0, 1, 1};
@@ -427,6 +430,24 @@ TEST_F(DriverCg, textures) {
             {"@struct One { sampler2D a; }; float4 main(uniform One all[2], uniform sampler1D many[2]) : "
              "COLOR { return tex2D(all[1].a, float2(0.75, 0)) * tex1D(many[1], 0.75); }",
              green},
+            // Which of an array's is known only when it runs.
+            {"@float4 main(uniform sampler2D two[2]) : COLOR { float4 c = 0; for (int i = 0; i < 2; i++) c "
+             "+= "
+             "tex2D(two[i], float2(0.75, 0)) * 0.5; return c; }",
+             {0, 0.5, 0.5, 1}},
+            {"@float4 look(sampler2D t, float2 at, float k) { return tex2D(t, at) * k; } float4 "
+             "sum(sampler2D "
+             "t[2]) { float4 c = 0; for (int i = 0; i < 2; i++) c += look(t[i], float2(0.75, 0), 0.5 + i * "
+             "0.25); "
+             "return c; } float4 main(uniform sampler2D two[2]) : COLOR { return sum(two); }",
+             {0, 0.5, 0.75, 1}},
+            {"@struct E { sampler2D a; float k; }; float4 look(E e) { return tex2D(e.a, float2(0.75, 0)) * "
+             "e.k; } "
+             "float4 main(uniform E each[2]) : COLOR { float4 c = 0; int n = 2; while (n-- > 0) c += "
+             "tex2D(each[n].a, tex2D(each[1 - n].a, float2(0.75, 0)).gb) * each[n].k * 0.5 + look(each[n]) * "
+             "0.5; "
+             "return c; }",
+             {0.5, 0.5, 0.5, 1}},
             {"@sampler2D kept; float4 look() { return tex2D(kept, float2(0.75, 0)); } float4 main(uniform "
              "sampler2D s) : COLOR { kept = s; return look(); }",
              green},
@@ -435,7 +456,7 @@ TEST_F(DriverCg, textures) {
         ", uniform sampler2D s : TEXUNIT0, uniform sampler1D s1, uniform sampler3D s3, uniform samplerCUBE "
         "sc, uniform samplerRECT sr");
     gl().glActiveTexture(GL_TEXTURE0);
-    gl().glDeleteTextures(5, names);
+    gl().glDeleteTextures(6, names);
 }
 
 TEST_F(DriverCg, comparesDepths) {
