@@ -230,6 +230,8 @@ void GlslWriter::varyings(const End& end, const Semantic& semantic, bool isOutpu
         }
         return;
     }
+    if (!slot.extension.empty())
+        fExtensions.insert(slot.extension);
     if (slot.isDeclared)
         fDeclaredVaryings.insert(slot.glsl);
     if (slot.attribute >= 0 && std::find(fOut.genericAttributes.begin(), fOut.genericAttributes.end(),
@@ -276,8 +278,14 @@ void GlslWriter::addEnds(const End& end, bool isOutput) {
 }
 
 void GlslWriter::moveEnds(bool isOutput, std::string& out) {
-    for (const End& end : fEnds[isOutput])
-        varyings(end, slotFor(end, isOutput), isOutput, out);
+    for (const End& end : fEnds[isOutput]) {
+        const Semantic place = slotFor(end, isOutput);
+        const Semantic wanted(end.semantic);
+        if (!end.semantic.empty() && (place.name != wanted.name || place.number() != wanted.number()))
+            fDiagnostics.warn(end.at, joined({"there is no ", isOutput ? "output " : "input ", end.semantic,
+                                              " here; it is ", place.name, std::to_string(place.number())}));
+        varyings(end, place, isOutput, out);
+    }
 }
 
 /// Declares a uniform for a part of a parameter that varies in others.
@@ -414,7 +422,8 @@ void GlslWriter::write(Function& entry) {
         constexpr std::array<const char*, 6> kTypes = {"sampler2D", "sampler1D",     "sampler2D",
                                                        "sampler3D", "sampler2DRect", "samplerCube"};
         const bool isShadow = fShadowSamplers.count(leaf.glsl) != 0;
-        fUsesRect = fUsesRect || inner->sampler == SamplerKind::Rect;
+        if (inner->sampler == SamplerKind::Rect)
+            fExtensions.insert("GL_ARB_texture_rectangle");
         samplers += std::string("uniform ") + kTypes[static_cast<size_t>(inner->sampler)] +
                     (isShadow ? "Shadow " : " ") + leaf.glsl +
                     (leaf.type->isArray() ? "[" + std::to_string(flatLength(leaf.type)) + "]" : "") + ";\n";
@@ -424,8 +433,8 @@ void GlslWriter::write(Function& entry) {
             addSamplers(leaf);
     std::string& out = fOut.glsl;
     out = "#version 130\n";
-    if (fUsesRect)
-        out += "#extension GL_ARB_texture_rectangle : enable\n";
+    for (const std::string& extension : fExtensions)
+        out += joined({"#extension ", extension, " : enable\n"});
     for (const int attribute : fOut.genericAttributes)
         out += "attribute vec4 cg_attribute" + std::to_string(attribute) + ";\n";
     for (const std::string& varying : fDeclaredVaryings)

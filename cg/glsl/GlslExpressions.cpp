@@ -595,7 +595,8 @@ std::string GlslWriter::readTexture(const Expression& e, const std::vector<std::
     const std::string& coordinate = arguments[0];
     const unsigned size = width(e.operands[1]->type);
     const bool isRect = call.sampler == SamplerKind::Rect;
-    fUsesRect = fUsesRect || isRect;
+    if (isRect)
+        fExtensions.insert("GL_ARB_texture_rectangle");
     constexpr std::array<const char*, 4> kPicks = {"", ".x", ".xy", ".xyz"};
     const std::string picked = "(" + coordinate + ")" + kPicks[n];
     const std::string last = "(" + coordinate + ")." + "xyzw"[std::max(size, 1U) - 1];

@@ -156,7 +156,7 @@ private:
     std::vector<const Variable*> fGlobalsToSet; ///< in the order of their first use
     std::map<const Variable*, std::string> fGlobalValues;
     std::vector<End> fEnds[2]; ///< inputs and outputs
-    bool fUsesRect = false;
+    std::set<std::string> fExtensions;
     int fTemporaries = 0;
     size_t fLength = 0; ///< of what was written, to bound it
     Body* fBody = nullptr;

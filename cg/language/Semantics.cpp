@@ -82,6 +82,8 @@ Slot vertexInput(const Semantic& s) {
         return genericSlot(n);
     if (s.name == "VERTEXID")
         return {"float(gl_VertexID)", "", 1};
+    if (s.name == "INSTANCEID")
+        return {"float(gl_InstanceIDARB)", "", 1, -1, false, "GL_ARB_draw_instanced"};
     return {};
 }
 

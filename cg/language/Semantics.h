@@ -29,6 +29,8 @@ struct Slot {
 
     /// A varying that has to be declared, of four floats: more than GL has texture coordinates for.
     bool isDeclared = false;
+
+    std::string extension = {}; ///< of GLSL, that it takes
 };
 
 Slot inputSlot(Stage stage, const Semantic& semantic);

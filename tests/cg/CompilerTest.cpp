@@ -172,6 +172,15 @@ TEST(Compiler, warnsOfWhatIsCut) {
     EXPECT_EQ(result.listing, "a.cg:2:12: warning: float4 is cut to float2\n");
 }
 
+TEST(Compiler, warnsOfSemanticsThatThereAreNone) {
+    const Result result =
+        compiled("void main(float2 t : TEXCOORD0, float k : GLOW,\nuniform float u : Exposure, out "
+                 "float4 c : SV_Target, out float4 d : TARGET5) { c = d = k; }");
+    EXPECT_NE(result.program, nullptr);
+    EXPECT_EQ(result.listing, "a.cg:1:39: warning: there is no input GLOW here; it is TEXCOORD1\n"
+                              "a.cg:2:66: warning: there is no output TARGET5 here; it is COLOR0\n");
+}
+
 TEST(Compiler, tellsOfItsParameters) {
     const Result result = compiled("struct L { float3 c; sampler2D t; };\n"
                                    "uniform float unused;\nuniform float2 scale[2] = {1, 2, 3, 4};\n"

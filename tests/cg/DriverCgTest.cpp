@@ -518,6 +518,14 @@ TEST_F(DriverCg, semantics) {
          "float4 f(float a[3] : TEXCOORD1, float4 w : WPOS) : COL0 { return float4(a[0], a[1], a[2], w.x / "
          "3); }",
          {0.5, 0.75, 0.25, 0.5});
+    // As sources say that are written for others too.
+    pair("struct O { float4 p : SV_Position; float4 c : Color0; int n : TEXCOORD1; }; O v(float4 p : "
+         "SV_POSITION, int n : "
+         "SV_VertexID) { O o; o.p = p; o.c = 0.25; o.n = n >= 0 ? 1 : 5; return o; }"
+         "float4 f(O o, float4 w : VPOS, float face : VFACE, bool isFront : SV_IsFrontFace) : SV_Target0 { "
+         "return float4(o.c.x, o.n * "
+         "0.5, face * isFront, w.x / 3); }",
+         {0.25, 0.5, 1, 0.5});
     // More than there are texture coordinates.
     pair("struct O { float4 p : POSITION; float4 a[8] : TEXCOORD0; float x; float4 y : TEXCOORD9; }; O "
          "v(float4 p : POSITION) { O o; o.p = p; for (int i = 0; i < 8; i++) o.a[i] = i / 8.0; o.x = 0.25; "
