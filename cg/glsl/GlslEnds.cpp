@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <utility>
 
@@ -412,6 +413,46 @@ void GlslWriter::mainFunction(Function& entry) {
     fBody = nullptr;
 }
 
+/// A comment for each variable, which engines read: its type, name, semantic, where it is in GLSL or among
+/// GL's own, which parameter of the entry it is part of, and whether it is used.
+std::string GlslWriter::variableList() const {
+    std::string text;
+    const auto add = [&](const Type* type, const std::string& name, const std::string& semantic,
+                         const std::string& place, int number, bool isUsed) {
+        text += joined({"//var ", orlocg::nameOf(type), " ", name, " : ", semantic, " : ", place, " : ",
+                        std::to_string(number), isUsed ? " : 1\n" : " : 0\n"});
+    };
+    const auto inCapitals = [](std::string semantic) {
+        std::transform(semantic.begin(), semantic.end(), semantic.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+        return semantic;
+    };
+    const auto addVaryings = [&](const std::vector<VaryingLeaf>& leaves, int number) {
+        for (const VaryingLeaf& leaf : leaves)
+            add(leaf.type, leaf.path,
+                (leaf.isOutput ? "$vout." : "$vin.") +
+                    inCapitals(leaf.semantic.empty() ? leaf.resource : leaf.semantic),
+                leaf.resource, number, leaf.isUsed);
+    };
+    int next = 0;
+    for (const Parameter& parameter : fOut.parameters) {
+        const int number = parameter.isGlobal ? -1 : next++;
+        for (const Leaf& leaf : parameter.leaves) {
+            constexpr uint32_t kMostElements = 256;
+            const uint32_t length = flatLength(leaf.type);
+            const bool isListed = leaf.type->isArray() && length <= kMostElements;
+            for (uint32_t i = 0; i < (isListed ? length : 1); ++i)
+                add(isListed ? innermost(leaf.type) : leaf.type,
+                    isListed ? leaf.path + indicesOf(leaf.type, i) : leaf.path, inCapitals(leaf.semantic),
+                    isListed ? joined({leaf.glsl, "[", std::to_string(i), "]"}) : leaf.glsl, number,
+                    leaf.isUsed);
+        }
+        addVaryings(parameter.varyings, number);
+    }
+    addVaryings(fOut.results, -1);
+    return text;
+}
+
 void GlslWriter::write(Function& entry) {
     mainFunction(entry);
     std::string samplers;
@@ -432,7 +473,7 @@ void GlslWriter::write(Function& entry) {
         for (const Leaf& leaf : parameter.leaves)
             addSamplers(leaf);
     std::string& out = fOut.glsl;
-    out = "#version 130\n";
+    out = variableList() + "#version 130\n";
     for (const std::string& extension : fExtensions)
         out += joined({"#extension ", extension, " : enable\n"});
     for (const int attribute : fOut.genericAttributes)

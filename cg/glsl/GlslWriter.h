@@ -122,6 +122,7 @@ private:
     void addMixed(const End& end, std::string& out);
     void addInitial(const Variable& variable, Parameter& parameter);
     void mainFunction(Function& entry);
+    std::string variableList() const;
     std::string entryArguments(Function& entry, std::vector<Bindings>& bindings, std::string& out);
     void addGlobals(std::string& out);
     void addVarying(const Variable& variable, const std::string& glsl, std::string& out);

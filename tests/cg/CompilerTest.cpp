@@ -203,6 +203,18 @@ TEST(Compiler, tellsOfItsParameters) {
                     "k: k=k 5\n"
                     "d:DEPTH\n"
                     "scale: scale=scale 10 20 30 40\n");
+    EXPECT_THAT(result.program->glsl,
+                testing::StartsWith("//var float2 uv : $vin.TEXCOORD1 : TEX1 : 0 : 1\n"
+                                    "//var float3 lights[0].c :  : lights[0].c : 1 : 1\n"
+                                    "//var sampler2D lights[0].t :  : lights_0_t : 1 : 1\n"
+                                    "//var float3 lights[1].c :  : lights[1].c : 1 : 1\n"
+                                    "//var sampler2D lights[1].t :  : lights_1_t : 1 : 1\n"
+                                    "//var float k :  : k : 2 : 1\n"
+                                    "//var float d : $vout.DEPTH : DEPTH0 : 3 : 1\n"
+                                    "//var float2 scale[0] :  : scale[0] : -1 : 1\n"
+                                    "//var float2 scale[1] :  : scale[1] : -1 : 1\n"
+                                    "//var float4 main : $vout.COLOR : COL0 : -1 : 1\n"
+                                    "#version 130\n"));
 }
 
 TEST(Compiler, worksOutWhatUniformsAreUnlessTheyAreSet) {
