@@ -340,8 +340,12 @@ void Checker::checkCall(ExpressionPtr& e) {
     const auto found = fFunctions.find(e->text);
     if (found != fFunctions.end())
         return checkUserCall(*e, found->second);
-    if (const LibraryFunction* function = findLibrary(e->text))
+    const bool isOfTwo = e->text == "atan" && e->operands.size() == 2;
+    if (const LibraryFunction* function = findLibrary(isOfTwo ? "atan2" : e->text)) {
+        if (function->rule == LibraryRule::Clip && fStage == Stage::Vertex)
+            fail(*e, "a vertex program can't discard");
         return fLibrary.check(*e, *function);
+    }
     if (const std::optional<TextureCall> call = parseTextureCall(e->text))
         return fLibrary.check(*e, *call);
     fail(*e, "there is no function " + inQuotes(e->text));
@@ -351,6 +355,7 @@ void Checker::checkCall(ExpressionPtr& e) {
 void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candidates) {
     Function* best = nullptr;
     int bestCost = kNever;
+    int bestRank = 0;
     for (Function* candidate : candidates) {
         const auto& parameters = candidate->parameters;
         if (e.operands.size() > parameters.size())
@@ -366,10 +371,12 @@ void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candida
                 cost += parameter.direction == Direction::Out ? costOf(parameter.type, e.operands[i]->type)
                                                               : costOf(e.operands[i]->type, parameter.type);
         }
-        // A definition stands before its own declarations.
-        if (cost < bestCost || (cost == bestCost && best && !best->body && candidate->body)) {
+        // Among equals the one of the profile goes first, and a definition before its own declarations.
+        const int rank = (candidate->profile.empty() ? 0 : 2) + (candidate->body ? 1 : 0);
+        if (cost < bestCost || (cost == bestCost && best && rank > bestRank)) {
             best = candidate;
             bestCost = cost;
+            bestRank = rank;
         }
     }
     if (!best) {

@@ -332,6 +332,19 @@ void GlslWriter::statement(const Statement& s, std::string& out) {
     case Kind::DoWhile:
         block("do", *s.statements[0], out, " while (" + write(*s.condition) + ");");
         break;
+    case Kind::Switch:
+        line(out, "switch (" + write(*s.condition) + ") {");
+        ++fBody->indent;
+        for (const std::unique_ptr<Statement>& each : s.statements)
+            statement(*each, out);
+        // GLSL wants a label, and a statement behind the last.
+        line(out, s.statements.empty() ? "default: break;" : "break;");
+        --fBody->indent;
+        line(out, "}");
+        break;
+    case Kind::Case:
+        line(out, s.condition ? joined({"case ", write(*s.condition), ":"}) : "default:");
+        break;
     case Kind::Return:
         line(out, s.condition ? "return " + write(*s.condition) + ";" : "return;");
         break;

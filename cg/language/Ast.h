@@ -88,6 +88,8 @@ struct Statement {
         For, ///< init; condition; step; body
         While,
         DoWhile,
+        Switch, ///< `statements`: its body, with the labels
+        Case,   ///< a label; `condition`: null for the default's
         Return,
         Break,
         Continue,
@@ -107,6 +109,7 @@ struct Statement {
 
 struct Function {
     std::string name;
+    std::string profile; ///< the only ones that it is for; empty: all
     const Type* returns = nullptr;
     std::string semantic;
     Location at;

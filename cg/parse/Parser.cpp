@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 
@@ -19,9 +20,58 @@ constexpr uint64_t kMostLeaves = 262144;
 constexpr std::array<std::string_view, 11> kAssignments = {
     "=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "<<=", ">>="};
 
-constexpr std::array<std::string_view, 19> kReserved = {
+constexpr std::array<std::string_view, 20> kReserved = {
     "if",    "else",   "for",     "while",   "do",      "return", "break", "continue", "discard", "struct",
-    "const", "static", "uniform", "varying", "typedef", "in",     "out",   "inout",    "packed"};
+    "const", "static", "uniform", "varying", "typedef", "in",     "out",   "inout",    "packed",  "switch"};
+
+constexpr std::array<std::string_view, 8> kProfileStarts = {"arbvp", "arbfp", "vp",  "fp",
+                                                            "gp4",   "gp5",   "vs_", "ps_"};
+
+/// Words that begin what there isn't, and what that is. They are names where they can be.
+struct Unsupported {
+    std::string_view words; ///< between blanks
+    std::string_view what;  ///< # stands for the word
+};
+constexpr std::array<Unsupported, 4> kUnsupported = {
+    {{" asm asm_fragment ", "`#` blocks are not supported"},
+     {" POINT LINE LINE_ADJ TRIANGLE TRIANGLE_ADJ POINT_OUT LINE_OUT TRIANGLE_OUT AttribArray TriangleStream "
+      "LineStream PointStream maxvertexcount ",
+      "geometry programs are not supported (`#`)"},
+     {" PATCH_1 PATCH_3 PATCH_4 InputPatch OutputPatch ", "tessellation programs are not supported (`#`)"},
+     {" Texture1D Texture1DArray Texture2D Texture2DArray Texture2DMS Texture3D TextureCube SamplerState "
+      "SamplerComparisonState Buffer StructuredBuffer ByteAddressBuffer RWBuffer RWStructuredBuffer "
+      "RWTexture1D "
+      "RWTexture2D RWTexture3D ConstantBuffer class interface enum union template typename namespace using "
+      "operator "
+      "virtual friend goto try catch throw new delete sizeof ",
+      "`#` is not supported"}}};
+
+/// Such a message, where the token is such a word; empty: it is none.
+std::string whyUnsupported(const Token& token) {
+    if (!token.isName() || token.text.size() > 40)
+        return {};
+    for (const Unsupported& each : kUnsupported) {
+        if (each.words.find(joined({" ", token.text, " "})) == each.words.npos)
+            continue;
+        std::string what(each.what);
+        return what.replace(what.find('#'), 1, token.text);
+    }
+    return {};
+}
+
+/// Kinds of interpolation and of packing, which change nothing here, and others that say nothing.
+constexpr std::array<std::string_view, 12> kIdleQualifiers = {
+    "inline",  "extern",   "volatile", "row_major", "column_major",  "shared",
+    "precise", "centroid", "linear",   "sample",    "noperspective", "groupshared"};
+
+/// Whether functions may be for such a profile alone: "arbvp1 float f(float x)".
+bool isProfile(std::string_view name) {
+    const bool isKnown =
+        std::any_of(kProfileStarts.begin(), kProfileStarts.end(), [&](std::string_view start) {
+            return name.starts_with(start) && name.size() > start.size();
+        });
+    return isKnown || name == "glslv" || name == "glslf" || name == "hlslv" || name == "hlslf";
+}
 
 template <size_t kCount>
 bool isOneOf(const Token& token, const std::array<std::string_view, kCount>& words) {
@@ -82,6 +132,9 @@ bool Parser::takeIf(std::string_view spelling) {
 void Parser::expect(std::string_view spelling, const char* after) {
     if (takeIf(spelling))
         return;
+    for (const size_t at : {fNext - std::min<size_t>(fNext, 1), fNext})
+        if (const std::string why = whyUnsupported(fTokens[at]); !why.empty())
+            fDiagnostics.fail(fTokens[at].at, why);
     const bool atEnd = peek().kind == TokenKind::End;
     fDiagnostics.fail(peek().at, "'" + std::string(spelling) + "' is missing " + after + ", before " +
                                      (atEnd ? "the end of the source" : inQuotes(peek().text)));
@@ -94,6 +147,8 @@ std::string Parser::takeName(const char* what) {
 }
 
 void Parser::unexpected(const char* wanted) {
+    if (const std::string why = whyUnsupported(peek()); !why.empty())
+        fDiagnostics.fail(peek().at, why);
     const bool atEnd = peek().kind == TokenKind::End;
     fDiagnostics.fail(peek().at, std::string(wanted) + " is wanted, and there is " +
                                      (atEnd ? "the end of the source" : inQuotes(peek().text)));
@@ -127,10 +182,23 @@ Parser::Qualifiers Parser::qualifiers() {
             found.isOut = true;
         else if (takeIf("inout"))
             found.isIn = found.isOut = true;
-        else if (!takeIf("inline") && !takeIf("extern") && !takeIf("volatile") && !takeIf("row_major") &&
-                 !takeIf("shared"))
+        else if (takeIdleQualifier())
+            continue;
+        else
             return found;
     }
+}
+
+/// Qualifiers are names where no type or other qualifier follows.
+bool Parser::takeIdleQualifier() {
+    const bool isFlat = peek().is("nointerpolation");
+    const bool isOne = isFlat || isOneOf(peek(), kIdleQualifiers);
+    if (!isOne || !(startsType(1) || isOneOf(peek(1), kReserved) || isOneOf(peek(1), kIdleQualifiers)))
+        return false;
+    if (isFlat)
+        fDiagnostics.warn(peek().at, "'nointerpolation' changes nothing: the value is interpolated");
+    take();
+    return true;
 }
 
 const Type* Parser::type(Qualifiers& qualifiers) {
@@ -307,7 +375,11 @@ void Parser::skipTo(std::string_view end) {
 
 /// Techniques, and the textures and strings that they name. True: there was one.
 bool Parser::skipEffect() {
-    if (peek().is("technique")) {
+    std::string word(peek().text.substr(0, 20)); // in any letters
+    std::transform(word.begin(), word.end(), word.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (peek().isName() && (word == "technique" || word == "technique10" || word == "technique11") &&
+        (peek(1).isName() || peek(1).is("{") || peek(1).is("<"))) {
         while (!peek().is("{") && peek().kind != TokenKind::End)
             take();
         expect("{", "behind 'technique'");
@@ -363,8 +435,12 @@ std::vector<std::unique_ptr<Variable>> Parser::declarators(const Type* base, con
 }
 
 void Parser::external() {
-    if (takeIf(";") || skipEffect())
+    if (takeIf(";") || skipEffect() || constantBuffer())
         return;
+    std::string profile;
+    if (isProfile(peek().text) && !startsType() &&
+        (startsType(1) || isOneOf(peek(1), kReserved) || peek(1).is("inline")))
+        profile = take().text;
     Qualifiers found = qualifiers();
     const Type* base = type(found);
     if (found.isTypedef) {
@@ -378,7 +454,7 @@ void Parser::external() {
         return;
     if (peek().isName() && peek(1).is("(")) {
         const Token name = take();
-        return function(base, name);
+        return function(base, name, profile);
     }
     for (std::unique_ptr<Variable>& variable : declarators(base, found)) {
         variable->isGlobal = true;
@@ -406,8 +482,24 @@ std::unique_ptr<Variable> Parser::parameter() {
     return variable;
 }
 
-void Parser::function(const Type* returns, const Token& name) {
+/// "cbuffer name { float4 x; }": its variables are globals like others. True: there was one.
+bool Parser::constantBuffer() {
+    if (!(peek().is("cbuffer") || peek().is("tbuffer")) || !(peek(1).isName() || peek(1).is("{")))
+        return false;
+    const Nesting nesting(*this);
+    take();
+    if (peek().isName())
+        take();
+    semanticIfAny();
+    expect("{", "behind the name of a buffer");
+    while (!takeIf("}"))
+        external();
+    return true;
+}
+
+void Parser::function(const Type* returns, const Token& name, const std::string& profile) {
     auto made = std::make_unique<Function>();
+    made->profile = profile;
     made->name = name.text;
     made->returns = returns;
     made->at = name.at;
@@ -425,11 +517,6 @@ void Parser::function(const Type* returns, const Token& name) {
     else
         expect(";", "behind the declaration of a function");
     fProgram.functions.push_back(std::move(made));
-}
-
-bool Parser::hasFunction(std::string_view name) const {
-    return std::any_of(fProgram.functions.begin(), fProgram.functions.end(),
-                       [name](const std::unique_ptr<Function>& function) { return function->name == name; });
 }
 
 // Statements.
@@ -456,6 +543,8 @@ bool Parser::startsDeclaration() const {
     for (const char* word : {"const", "static", "uniform", "varying", "packed", "struct"})
         if (peek().is(word))
             return true;
+    if (isOneOf(peek(), kIdleQualifiers) && startsType(1))
+        return true;
     if (!startsType())
         return false;
     size_t next = 1;
@@ -492,6 +581,8 @@ std::unique_ptr<Statement> Parser::statement() {
     }
     if (takeIf("if"))
         return branches(std::move(made));
+    if (peek().is("switch"))
+        return switchStatement();
     if (takeIf("return")) {
         made->kind = Statement::Kind::Return;
         if (!peek().is(";"))
@@ -504,14 +595,6 @@ std::unique_ptr<Statement> Parser::statement() {
         made->kind = Statement::Kind::Discard;
         if (!peek().is(";")) // "discard condition"
             made->condition = expression();
-    } else if (peek().is("clip") && peek(1).is("(") && !hasFunction("clip")) {
-        made->kind = Statement::Kind::Discard;
-        made->condition = make(Expression::Kind::Binary, take());
-        made->condition->text = "<";
-        adopt(*made->condition, primary());
-        ExpressionPtr nothing = make(Expression::Kind::Number, peek());
-        nothing->type = fProgram.types.scalar(Scalar::Float);
-        adopt(*made->condition, std::move(nothing));
     } else {
         made->condition = expression();
     }
@@ -539,6 +622,29 @@ std::unique_ptr<Statement> Parser::branches(std::unique_ptr<Statement> made) {
         }
         if (made->statements.size() > kLongestChain)
             fDiagnostics.fail(made->at, "this 'if' has too many branches");
+    }
+    return made;
+}
+
+std::unique_ptr<Statement> Parser::switchStatement() {
+    auto made = make(Statement::Kind::Switch);
+    take();
+    expect("(", "behind 'switch'");
+    made->condition = expression();
+    expect(")", "behind the value of 'switch'");
+    expect("{", "behind 'switch'");
+    while (!takeIf("}")) {
+        auto label = make(Statement::Kind::Case);
+        if (takeIf("case"))
+            label->condition = choice();
+        else if (!takeIf("default")) {
+            if (made->statements.empty() || peek().kind == TokenKind::End)
+                unexpected("'case'");
+            made->statements.push_back(statement());
+            continue;
+        }
+        expect(":", "behind 'case'");
+        made->statements.push_back(std::move(label));
     }
     return made;
 }
@@ -760,6 +866,24 @@ ExpressionPtr Parser::primary() {
     return made;
 }
 
+/// What stands behind a number says of it. False: it says nothing that is known.
+bool Parser::takeSuffix(std::string_view suffix, Scalar& scalar) {
+    std::string word(suffix.substr(0, 4));
+    std::transform(word.begin(), word.end(), word.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (word == "f" || (scalar != Scalar::Int && word == "l"))
+        scalar = Scalar::Float;
+    else if (word == "h")
+        scalar = Scalar::Half;
+    else if (word == "x")
+        scalar = Scalar::Fixed;
+    else if (word == "d" || word == "lf")
+        scalar = Scalar::Double;
+    else
+        return scalar == Scalar::Int && word.size() <= 3 && word.find_first_not_of("ulist") == word.npos;
+    return true;
+}
+
 ExpressionPtr Parser::number() {
     const Token token = take();
     ExpressionPtr made = make(Expression::Kind::Number, token);
@@ -781,15 +905,7 @@ ExpressionPtr Parser::number() {
             scalar = Scalar::Float;
     }
     const std::string_view suffix(stopped, static_cast<size_t>(end - stopped));
-    if (suffix == "f" || suffix == "F")
-        scalar = Scalar::Float;
-    else if (suffix == "h" || suffix == "H")
-        scalar = Scalar::Half;
-    else if (suffix == "x" || suffix == "X")
-        scalar = Scalar::Fixed;
-    else if (suffix == "d" || suffix == "D")
-        scalar = Scalar::Double;
-    else if (!suffix.empty() && !(scalar == Scalar::Int && suffix.find_first_not_of("uUlL") == suffix.npos))
+    if (!suffix.empty() && !takeSuffix(suffix, scalar))
         fDiagnostics.fail(token.at, inQuotes(token.text) + " is no number");
     if (scalar == Scalar::Int && std::abs(made->number) > 4294967295.0)
         scalar = Scalar::Float;

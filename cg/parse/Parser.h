@@ -64,14 +64,16 @@ private:
     bool skipEffect();
     std::unique_ptr<Variable> declarator(const Type* base, const Qualifiers& qualifiers);
     std::vector<std::unique_ptr<Variable>> declarators(const Type* base, const Qualifiers& qualifiers);
-    void function(const Type* returns, const Token& name);
+    void function(const Type* returns, const Token& name, const std::string& profile);
+    bool constantBuffer();
+    bool takeIdleQualifier();
     std::unique_ptr<Variable> parameter();
-    bool hasFunction(std::string_view name) const;
 
     std::unique_ptr<Statement> statement();
     std::unique_ptr<Statement> block();
     std::unique_ptr<Statement> declaration();
     bool startsDeclaration() const;
+    std::unique_ptr<Statement> switchStatement();
     std::unique_ptr<Statement> branches(std::unique_ptr<Statement> made);
     std::unique_ptr<Statement> loop();
     std::unique_ptr<Statement> make(Statement::Kind kind) const;
@@ -86,6 +88,7 @@ private:
     ExpressionPtr postfix();
     ExpressionPtr primary();
     ExpressionPtr number();
+    static bool takeSuffix(std::string_view suffix, Scalar& scalar);
     ExpressionPtr initializer();
     ExpressionPtr construct(const Type* type, const Token& at);
     void arguments(Expression& call);

@@ -124,6 +124,14 @@ TEST(Compiler, refusesWhatHasTheWrongType) {
         {"else ;", "an expression is wanted"},
         {"struct { float y } q;", "';' is missing"},
         {"missing x;", "';' is missing"},
+        {"asm { MOV };", "`asm` blocks are not supported"},
+        {"goto end;", "`goto` is not supported"},
+        {"SamplerState x;", "`SamplerState` is not supported"},
+        {"switch (v) { case 1: ; }", "the value of 'switch' has to be a single number"},
+        {"switch (1) { case 1: ; case 1: ; }", "two cases of this value"},
+        {"switch (1) { case a[0]: ; }", "has to be a constant"},
+        {"switch (1) { v = 1; }", "'case' is wanted"},
+        {"switch (1) { case 1: continue; }", "'continue' outside a loop"},
     };
     EXPECT_GE(std::size(refusals), 80U);
     for (const Refusal& refusal : refusals) {
@@ -147,9 +155,16 @@ TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
                 HasSubstr("there is no state.nothing"));
     EXPECT_THAT(compiled("float4 main(uniform float4 c : state.matrix.mvp) : COLOR { return c; }").listing,
                 HasSubstr("state.matrix.mvp is float4x4, not float4"));
-    EXPECT_THAT(compiled("float4 main();").listing, HasSubstr("no function 'main'"));
-    EXPECT_THAT(compiled("float4 main() : POSITION { discard; return 0; }", Stage::Vertex).listing,
-                HasSubstr("can't discard"));
+    EXPECT_THAT(compiled("float4 main(); float g() { return 1; } float4 f() { return 1; }").listing,
+                HasSubstr("no function 'main' with a body to begin with; there are 'g', 'f'\n"));
+    EXPECT_THAT(compiled("TRIANGLE void main(AttribArray<float4> p : POSITION) { }").listing,
+                HasSubstr("1:1: error: geometry programs are not supported"));
+    EXPECT_THAT(compiled("interface I { float f(); };").listing, HasSubstr("`interface` is not supported"));
+    for (const char* statement : {"discard;", "clip(-1);"})
+        EXPECT_THAT(
+            compiled(std::string("float4 main() : POSITION { ") + statement + " return 0; }", Stage::Vertex)
+                .listing,
+            HasSubstr("can't discard"));
     EXPECT_THAT(compiled("void main(out float4 c[9] : COLOR) { }").listing, HasSubstr("no output COLOR8"));
     EXPECT_THAT(compiled("float f(float x) { return f(x); } float4 main() : COLOR { return f(1); }").listing,
                 HasSubstr("calls itself"));

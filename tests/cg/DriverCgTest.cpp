@@ -281,6 +281,21 @@ TEST_F(DriverCg, controlFlow) {
          {0.75, 0.25, 0.125, 1}},
         {"discard (uv.x > 0.5); if (uv.y > 0.5) discard; return 1;", {0, 0, 0, 0}},
         {"discard uv.xy > float2(0.5, 0.8); return 1;", {1, 1, 1, 1}},
+        {"uv.x > 1 ? clip(-1) : clip(uv.xy - 0.1); clip(uv.x - 0.1), clip(uv.xyz - 0.3); return 1;",
+         {0, 0, 0, 0}},
+        {"float4 c = 0; for (int i = 0; i < 4; i++) { switch (i) { case 0: c.x = 0.5; case 1: c.y += "
+         "0.25; break; "
+         "case 2: continue; default: c.z = 0.75; } c.w += 0.25; } switch (9) { } return c;",
+         {0.5, 0.5, 0.75, 0.75}},
+        {"@vp20 float side() { return 0.25; } fp20 float side() { return 0.5; } float side() { return 0.75; "
+         "} arbvp1 "
+         "float4 main() : POSITION { return 0; } float4 main() : COLOR { return side(); }",
+         {0.5, 0.5, 0.5, 0.5}},
+        {"@cbuffer b : register(b0) { column_major float4x4 m; float k = 0.5; } nointerpolation float4 "
+         "main(centroid float4 uv : TEXCOORD0) : COLOR { precise float4 c = uv; return c; } technique10 T { "
+         "pass P "
+         "{ SetVertexShader(0); } }",
+         {0.25, 0.75, 0.5, 1}},
         {"float x = 1; { float x = 0.5; x *= 2; } float input = x * 0.5, output = 0.25, mix = 0.125; return "
          "float4(input, output, mix, x);",
          {0.5, 0.25, 0.125, 1}},
@@ -323,6 +338,9 @@ TEST_F(DriverCg, controlFlow) {
 TEST_F(DriverCg, standardLibrary) {
     const double pi = 3.14159265358979;
     check({
+        {"return float4(mad(uv.x, 2, 0.25), rcp(uv.y * 4) * 1.5, atan(uv.y, -uv.y) / 3.14159265, 1.5lf - "
+         "1L);",
+         {0.75, 0.5, 0.75, 0.5}},
         {"return float4(abs(-0.5), sign(-2) + 1.5, floor(1.75) / 4, ceil(0.25) / 2);", {0.5, 0.5, 0.25, 0.5}},
         {"return float4(frac(1.25), fmod(-1.25, 1) + 1, round(0.75) / 2, trunc(-1.5) + 1.5);",
          {0.25, 0.75, 0.5, 0.5}},
