@@ -3,6 +3,7 @@
 #include "language/State.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orlocg {
 
@@ -41,6 +42,7 @@ std::optional<std::string> statePathOf(const Expression& e) {
 
 void Checker::check(ExpressionPtr& e) {
     using Kind = Expression::Kind;
+    const bool isOwner = std::exchange(fIsOwner, false);
     switch (e->kind) {
     case Kind::Number:
     case Kind::Convert:
@@ -74,6 +76,25 @@ void Checker::check(ExpressionPtr& e) {
     case Kind::List:
         fail(*e, "a list of values can stand only where a variable is declared");
     }
+    if (!isOwner)
+        noteUse(*e);
+}
+
+void Checker::checkOwner(ExpressionPtr& e) {
+    fIsOwner = true;
+    check(e);
+}
+
+/// Takes note of what of a variable is used: members down to the first element of an array.
+void Checker::noteUse(const Expression& e) {
+    using Kind = Expression::Kind;
+    std::string path;
+    const Expression* root = &e;
+    for (; root->kind == Kind::Member || root->kind == Kind::Index || root->kind == Kind::Swizzle;
+         root = root->operands[0].get())
+        path = root->kind == Kind::Member ? joined({".", root->text, path}) : std::string();
+    if (root->kind == Kind::Name)
+        root->variable->partsUsed.insert(path);
 }
 
 void Checker::checkName(Expression& e) {
@@ -161,32 +182,40 @@ void Checker::checkAssignment(Expression& e) {
 void Checker::checkChoice(Expression& e) {
     for (ExpressionPtr& operand : e.operands)
         check(operand);
-    wantNumbers(*e.operands[0], "the condition of '? :'");
-    const Type* yes = e.operands[1]->type;
-    const Type* no = e.operands[2]->type;
-    const Type* condition = e.operands[0]->type;
-    if (yes->isNumeric() && no->isNumeric()) {
-        const bool areBools = yes->isBool() && no->isBool();
-        e.type = common(e, yes, no);
-        if (condition->size() > 1 && e.type->isScalar())
-            e.type = fTypes.withScalar(condition, e.type->scalar);
-        if (areBools)
-            e.type = fTypes.withScalar(e.type, Scalar::Bool);
-        if (condition->size() > 1 && (condition->isMatrix() || condition->size() < e.type->size()))
-            fail(e,
-                 "a condition of " + nameOf(condition) + " can't choose among values of " + nameOf(e.type));
-        convert(e.operands[1], e.type, "a value of '? :'");
-        convert(e.operands[2], e.type, "a value of '? :'");
-        const Type* shape = condition->size() > 1 ? fTypes.vector(Scalar::Bool, e.type->columns)
-                                                  : fTypes.scalar(Scalar::Bool);
-        return convert(e.operands[0], shape, "the condition of '? :'");
+    const size_t last = e.operands.size() - 1;
+    const Type* type = e.operands[last]->type;
+    for (size_t i = last; i >= 2; i -= 2) { // from the inside
+        const Type* condition = e.operands[i - 2]->type;
+        const Type* value = e.operands[i - 1]->type;
+        wantNumbers(*e.operands[i - 2], "the condition of '? :'");
+        if (value->isNumeric() && type->isNumeric()) {
+            const bool areBools = value->isBool() && type->isBool();
+            type = common(e, value, type);
+            if (condition->size() > 1 && type->isScalar())
+                type = fTypes.withScalar(condition, type->scalar);
+            if (areBools)
+                type = fTypes.withScalar(type, Scalar::Bool);
+            if (condition->size() > 1 && (condition->isMatrix() || condition->size() < type->size()))
+                fail(e,
+                     "a condition of " + nameOf(condition) + " can't choose among values of " + nameOf(type));
+        } else if (value != type) {
+            fail(e, "'? :' can't choose between " + nameOf(value) + " and " + nameOf(type));
+        } else if (holdsSampler(type)) {
+            fail(e, "'? :' can't choose between samplers");
+        }
     }
-    if (yes != no)
-        fail(e, "'? :' can't choose between " + nameOf(yes) + " and " + nameOf(no));
-    if (holdsSampler(yes))
-        fail(e, "'? :' can't choose between samplers");
-    e.type = yes;
-    convert(e.operands[0], fTypes.scalar(Scalar::Bool), "the condition of '? :'");
+    e.type = type;
+    for (size_t i = 0; i <= last; ++i) {
+        if (i == last || i % 2 == 1) {
+            if (type->isNumeric())
+                convert(e.operands[i], type, "a value of '? :'");
+            continue;
+        }
+        const bool chooses = type->isNumeric() && e.operands[i]->type->size() > 1;
+        convert(e.operands[i],
+                chooses ? fTypes.vector(Scalar::Bool, type->columns) : fTypes.scalar(Scalar::Bool),
+                "the condition of '? :'");
+    }
 }
 
 bool Checker::checkState(ExpressionPtr& e) {
@@ -214,7 +243,7 @@ bool Checker::checkState(ExpressionPtr& e) {
 }
 
 void Checker::checkIndex(ExpressionPtr& e) {
-    check(e->operands[0]);
+    checkOwner(e->operands[0]);
     check(e->operands[1]);
     const Type* of = e->operands[0]->type;
     Expression& index = *e->operands[1];
@@ -243,7 +272,7 @@ void Checker::checkIndex(ExpressionPtr& e) {
 }
 
 void Checker::checkMember(ExpressionPtr& e) {
-    check(e->operands[0]);
+    checkOwner(e->operands[0]);
     const Type* of = e->operands[0]->type;
     if (of->isStruct()) {
         const Member* member = of->structure->find(e->text);
@@ -311,8 +340,12 @@ void Checker::checkCall(ExpressionPtr& e) {
     const auto found = fFunctions.find(e->text);
     if (found != fFunctions.end())
         return checkUserCall(*e, found->second);
-    if (const LibraryFunction* function = findLibrary(e->text))
+    const bool isOfTwo = e->text == "atan" && e->operands.size() == 2;
+    if (const LibraryFunction* function = findLibrary(isOfTwo ? "atan2" : e->text)) {
+        if (function->rule == LibraryRule::Clip && fStage == Stage::Vertex)
+            fail(*e, "a vertex program can't discard");
         return fLibrary.check(*e, *function);
+    }
     if (const std::optional<TextureCall> call = parseTextureCall(e->text))
         return fLibrary.check(*e, *call);
     fail(*e, "there is no function " + inQuotes(e->text));
@@ -322,6 +355,7 @@ void Checker::checkCall(ExpressionPtr& e) {
 void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candidates) {
     Function* best = nullptr;
     int bestCost = kNever;
+    int bestRank = 0;
     for (Function* candidate : candidates) {
         const auto& parameters = candidate->parameters;
         if (e.operands.size() > parameters.size())
@@ -337,10 +371,12 @@ void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candida
                 cost += parameter.direction == Direction::Out ? costOf(parameter.type, e.operands[i]->type)
                                                               : costOf(e.operands[i]->type, parameter.type);
         }
-        // A definition stands before its own declarations.
-        if (cost < bestCost || (cost == bestCost && best && !best->body && candidate->body)) {
+        // Among equals the one of the profile goes first, and a definition before its own declarations.
+        const int rank = (candidate->profile.empty() ? 0 : 2) + (candidate->body ? 1 : 0);
+        if (cost < bestCost || (cost == bestCost && best && rank > bestRank)) {
             best = candidate;
             bestCost = cost;
+            bestRank = rank;
         }
     }
     if (!best) {

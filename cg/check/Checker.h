@@ -1,6 +1,7 @@
 #pragma once
 
 #include "check/LibraryCalls.h"
+#include "language/Constants.h"
 
 #include <map>
 #include <set>
@@ -21,6 +22,7 @@ public:
 private:
     using Scope = std::map<std::string, Variable*, std::less<>>;
 
+    [[noreturn]] void failWithoutEntry(const std::string& entry);
     void checkFunction(Function& function);
     void checkGlobal(Variable& global);
     void checkVariable(Variable& variable);
@@ -30,6 +32,7 @@ private:
     void checkCondition(ExpressionPtr& condition, const char* of);
     void checkReturn(Statement& statement);
     void checkDiscard(Statement& statement);
+    void checkSwitch(Statement& statement);
     void declare(Variable& variable);
 
     void check(ExpressionPtr& expression);
@@ -40,6 +43,9 @@ private:
     void checkChoice(Expression& e);
     void checkIndex(ExpressionPtr& e);
     void checkMember(ExpressionPtr& e);
+    /// Checks what a member or an element is picked of: of that, only the pick is used.
+    void checkOwner(ExpressionPtr& e);
+    static void noteUse(const Expression& e);
     bool checkState(ExpressionPtr& e);
     void checkCall(ExpressionPtr& e);
     void checkUserCall(Expression& e, const std::vector<Function*>& candidates);
@@ -58,12 +64,15 @@ private:
     Program& fProgram;
     Stage fStage;
     LibraryCalls fLibrary;
+    Constants fConstants;
     std::map<std::string, std::vector<Function*>, std::less<>> fFunctions;
     Scope fGlobals;
     std::vector<Scope> fScopes;
     std::set<const Variable*> fCheckedGlobals;
     Function* fFunction = nullptr;
+    bool fIsOwner = false; ///< what is checked next is one
     int fLoops = 0;
+    int fSwitches = 0;
     int fDepth = 0;
 };
 

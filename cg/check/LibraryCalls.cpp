@@ -81,6 +81,9 @@ void LibraryCalls::check(Expression& e, const LibraryFunction& function) {
         return checkMatrixFunction(e, rule);
     case Rule::Multiply:
         return checkMultiply(e);
+    case Rule::Clip:
+        e.type = unify(e, 1, 1);
+        break;
     case Rule::SinCos:
     case Rule::Split:
         e.type = unify(e, rule == Rule::SinCos ? 3 : 2, 1);
@@ -89,7 +92,7 @@ void LibraryCalls::check(Expression& e, const LibraryFunction& function) {
     }
     if (e.type->isMatrix())
         fail(e, inQuotes(e.text) + " takes no matrix");
-    if (function.rule == Rule::SinCos)
+    if (function.rule == Rule::SinCos || function.rule == Rule::Clip)
         e.type = fTypes.voidType();
 }
 

@@ -14,7 +14,7 @@ struct Helper {
     std::string_view text; ///< T: the type
 };
 
-constexpr std::array<Helper, 20> kHelpers = {{
+constexpr std::array<Helper, 23> kHelpers = {{
     {"cg_saturate", "T cg_saturate(T x) { return clamp(x, 0.0, 1.0); }"},
     {"cg_round", "T cg_round(T x) { return floor(x + 0.5); }"},
     {"cg_trunc", "T cg_trunc(T x) { return sign(x) * floor(abs(x)); }"},
@@ -28,6 +28,9 @@ constexpr std::array<Helper, 20> kHelpers = {{
     {"cg_frexp",
      "T cg_frexp(T x, out T n) { n = floor(log2(max(abs(x), 1e-37))) + 1.0; n *= sign(abs(x)); return x / "
      "exp2(n); }"},
+    {"cg_mad", "T cg_mad(T a, T b, T c) { return a * b + c; }"},
+    {"cg_rcp", "T cg_rcp(T x) { return 1.0 / x; }"},
+    {"cg_clip", "void cg_clip(T x) { if (any(lessThan(x, T(0.0)))) discard; }"},
     {"cg_sincos", "void cg_sincos(T x, out T s, out T c) { s = sin(x); c = cos(x); }"},
     {"cg_lit",
      "vec4 cg_lit(float d, float s, float m) { return vec4(1.0, max(d, 0.0), d > 0.0 ? pow(max(s, 0.0), m) : "
@@ -107,6 +110,8 @@ std::string fill(const std::string& type) {
 } // namespace
 
 std::string helperText(const std::string& name, const std::string& type) {
+    if (name == "cg_clip" && type == "float")
+        return "void cg_clip(float x) { if (x < 0.0) discard; }";
     if (name == "cg_isfinite")
         return perComponent(name, type, "!(# != #) && abs(#) <= 3.4e38");
     if (name == "cg_isinf")

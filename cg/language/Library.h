@@ -27,6 +27,7 @@ enum class LibraryRule : uint8_t {
     Inverse,
     Multiply, ///< mul
     SinCos,   ///< (T, out T, out T)
+    Clip,     ///< (T), and gives nothing back
     Split     ///< (T, out T) to T
 };
 

@@ -162,6 +162,16 @@ bool holdsSampler(const Type* type) {
     return type->isSampler();
 }
 
+bool isAllUniform(const Type* type) {
+    if (type->isArray())
+        return isAllUniform(type->element);
+    if (type->isStruct())
+        return std::all_of(
+            type->structure->members.begin(), type->structure->members.end(),
+            [](const Member& member) { return member.isUniform || isAllUniform(member.type); });
+    return type->isSampler();
+}
+
 uint64_t leavesOf(const Type* type) {
     if (type->isArray())
         return leavesOf(type->element) * type->length;

@@ -51,6 +51,7 @@ struct Member {
     std::string name;
     const Type* type;
     std::string semantic;
+    bool isUniform = false; ///< said so itself
 };
 
 struct StructType {
@@ -98,6 +99,9 @@ std::string nameOf(const Type* type);
 
 /// Whether a sampler is in it somewhere.
 bool holdsSampler(const Type* type);
+
+/// Whether nothing in it varies, wherever it stands: samplers, and members that say so.
+bool isAllUniform(const Type* type);
 
 /// Numbers and samplers in it, as long as they are counted with 64 bits.
 uint64_t leavesOf(const Type* type);

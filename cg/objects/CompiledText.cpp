@@ -1,10 +1,10 @@
 #include "objects/CompiledText.h"
 
-#include "objects/GlslNames.h"
+#include "objects/Connections.h"
 #include "objects/Names.h"
 
 #include <algorithm>
-#include <array>
+#include <cctype>
 #include <charconv>
 #include <cstdio>
 #include <optional>
@@ -25,60 +25,6 @@ std::string numberText(double value) {
     std::snprintf(text, sizeof text, "%.9g", value);
     return text;
 }
-
-// Writing.
-
-void appendNumbers(const ParameterObject& p, std::string& out) {
-    for (const double value : p.initial)
-        out += " " + numberText(value);
-    for (const std::unique_ptr<ParameterObject>& part : p.parts)
-        appendNumbers(*part, out);
-}
-
-bool hasInitial(const ParameterObject& p) {
-    return p.isLeaf() ? !p.initial.empty() : hasInitial(*p.parts.front());
-}
-
-class TextWriter {
-public:
-    explicit TextWriter(const ProgramObject& program) : fNames(glslNamesOf(program)) {}
-
-    void add(const ParameterObject& p, int place) {
-        const Type* inner = p.type;
-        std::string name = p.name;
-        for (; inner->isArray(); inner = inner->element)
-            name += "[" + std::to_string(inner->length) + "]";
-        if (inner->isStruct()) {
-            for (const std::unique_ptr<ParameterObject>& part : p.parts)
-                add(*part, place);
-            return;
-        }
-        const std::string head = "//var " + orlocg::nameOf(inner) + " " + name + " : ";
-        const std::string tail = " : " + std::to_string(place) + " : " + (p.isReferenced() ? "1\n" : "0\n");
-        const Direction direction = p.direction();
-        if (p.isUniform) {
-            const auto glsl = fNames.find(p.name);
-            fText += head + p.semantic + " : " + (glsl == fNames.end() ? "" : glsl->second) + tail;
-            if (hasInitial(p)) {
-                fText += "//default " + p.name + " =";
-                appendNumbers(p, fText);
-                fText += "\n";
-            }
-            return;
-        }
-        const std::string resource = p.resource == CG_UNDEFINED ? "" : nameOf(p.resource);
-        if (direction != Direction::Out)
-            fText += joined({head, kInput, p.semantic, " : ", resource, tail});
-        if (direction != Direction::In)
-            fText += joined({head, kOutput, p.semantic, " : ", resource, tail});
-    }
-
-    std::string take() { return std::move(fText); }
-
-private:
-    GlslNames fNames;
-    std::string fText;
-};
 
 // Reading.
 
@@ -102,15 +48,25 @@ std::optional<int> numberOf(std::string_view text) {
     return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
+/// Whether it begins with a name; what follows that is looked at as it is followed.
+bool isPath(std::string_view text) {
+    return !text.empty() && (std::isalpha(static_cast<unsigned char>(text[0])) != 0 || text[0] == '_');
+}
+
 /// A variable as its lines tell it, by its members and elements.
 struct TextNode {
     std::string name; ///< of a member; of an element its index
-    std::string semantic;
-    std::string glsl;
-    const Type* type = nullptr; ///< of a leaf, an array of them included
-    std::vector<double> initial;
     std::vector<TextNode> parts;
     bool isIndexed = false; ///< the parts are elements
+
+    // Of what has a line of its own, an array of them included.
+    const Type* type = nullptr; ///< else what typeOf() found
+    std::string semantic;
+    std::string place; ///< a uniform's name in GLSL, or the resource of what varies
+    bool isUniform = true;
+    bool isInput = false;
+    bool isOutput = false;
+    bool isUsed = false;
 };
 
 class TextReader {
@@ -127,11 +83,13 @@ private:
         TextNode node;
         std::unique_ptr<Variable> variable;
         bool isGlobal = false;
+        std::vector<double> initial;
     };
 
-    Whole* wholeOf(std::string_view path);
-    static TextNode* follow(TextNode& from, std::string_view path, bool makesIt);
+    Whole& wholeOf(std::string_view path);
+    static TextNode* follow(TextNode& from, std::string_view path);
     const Type* typeOf(TextNode& node);
+    const Type* arrayTypeNamed(std::string_view name);
     static void addLeaves(const TextNode& node, const std::string& path, Parameter& parameter);
 
     CompiledProgram& fOut;
@@ -139,7 +97,7 @@ private:
     std::map<std::string, Whole*, std::less<>> fByName;
 };
 
-TextReader::Whole* TextReader::wholeOf(std::string_view path) {
+TextReader::Whole& TextReader::wholeOf(std::string_view path) {
     const std::string name(path.substr(0, path.find_first_of(".[")));
     Whole*& whole = fByName[name];
     if (!whole) {
@@ -149,11 +107,11 @@ TextReader::Whole* TextReader::wholeOf(std::string_view path) {
         whole->variable->name = whole->node.name = name;
         whole->variable->isParameter = true;
     }
-    return whole;
+    return *whole;
 }
 
-/// The node at "[2].color" or ".color" below one; null: there is none, or the path isn't one.
-TextNode* TextReader::follow(TextNode& from, std::string_view path, bool makesIt) {
+/// The node at "[2].color" or ".color" below one, made where it is new; null: the path isn't one.
+TextNode* TextReader::follow(TextNode& from, std::string_view path) {
     TextNode* at = &from;
     for (int depth = 0; !path.empty(); ++depth) {
         const bool isIndex = path.front() == '[';
@@ -173,7 +131,7 @@ TextNode* TextReader::follow(TextNode& from, std::string_view path, bool makesIt
                 parts.begin());
         // What is new comes behind what is there.
         if (place == parts.size()) {
-            if (!makesIt || at->type || (!isIndex && place >= kMostMembersOfAText))
+            if (at->type || (!isIndex && place >= kMostMembersOfAText))
                 return nullptr;
             at->isIndexed = isIndex;
             parts.emplace_back().name = name;
@@ -185,58 +143,64 @@ TextNode* TextReader::follow(TextNode& from, std::string_view path, bool makesIt
     return at;
 }
 
-bool TextReader::readVariable(std::string_view line) {
-    const std::string_view type = takeUntil(line, " ");
-    std::string_view path = trimmed(takeUntil(line, " :"));
-    std::string_view semantic = trimmed(takeUntil(line, " :"));
-    const std::string_view resource = trimmed(takeUntil(line, " :"));
-    const std::optional<int> place = numberOf(trimmed(takeUntil(line, " :")));
-    const std::string_view used = trimmed(line);
+/// "float4", or "float4[3][2]"; null: there is none.
+const Type* TextReader::arrayTypeNamed(std::string_view name) {
     Types& types = fOut.program->types;
-    const Type* full = types.named(type);
-    if (!full || !(full->isNumeric() || full->isSampler()) || path.empty() || !place ||
-        (used != "0" && used != "1"))
-        return false;
-    // "bones[3]", "grid[2][4]": lengths stand behind the name.
-    while (path.back() == ']') {
-        const size_t start = path.rfind('[');
+    const Type* type = types.named(name.substr(0, name.find('[')));
+    if (!type || !(type->isNumeric() || type->isSampler()))
+        return nullptr;
+    while (name.ends_with(']')) { // the last is the innermost
+        const size_t start = name.rfind('[');
         const std::optional<int> length = start == std::string_view::npos
                                               ? std::nullopt
-                                              : numberOf(path.substr(start + 1, path.size() - start - 2));
-        if (!length || *length < 1 || leavesOf(full) * static_cast<uint64_t>(*length) > kMostNumbersOfAText)
-            return false;
-        full = types.array(full, static_cast<uint32_t>(*length));
-        path = path.substr(0, start);
-        if (path.empty())
-            return false;
+                                              : numberOf(name.substr(start + 1, name.size() - start - 2));
+        if (!length || *length < 1 || leavesOf(type) * static_cast<uint64_t>(*length) > kMostNumbersOfAText)
+            return nullptr;
+        type = types.array(type, static_cast<uint32_t>(*length));
+        name = name.substr(0, start);
     }
-    Whole* whole = wholeOf(path);
-    TextNode* node = follow(whole->node, path.substr(whole->node.name.size()), true);
-    if (!node || whole->node.name.empty() || !node->parts.empty())
+    return name.find('[') == std::string_view::npos ? type : nullptr;
+}
+
+bool TextReader::readVariable(std::string_view line) {
+    const Type* type = arrayTypeNamed(takeUntil(line, " "));
+    const std::string_view path = trimmed(takeUntil(line, " :"));
+    std::string_view semantic = trimmed(takeUntil(line, " :"));
+    const std::string_view place = trimmed(takeUntil(line, " :"));
+    const std::optional<int> number = numberOf(trimmed(takeUntil(line, " :")));
+    const std::string_view used = trimmed(line);
+    if (!type || !isPath(path) || !number || (used != "0" && used != "1"))
         return false;
     const bool isOutput = semantic.starts_with(kOutput);
-    const bool isVarying = isOutput || semantic.starts_with(kInput);
-    if (isVarying)
-        semantic.remove_prefix((isOutput ? kOutput : kInput).size());
-    Variable& variable = *whole->variable;
-    if (isOutput)
-        variable.direction = node->type ? Direction::InOut : Direction::Out; // the input came before
-    variable.isUniform = !isVarying;
-    variable.isReferenced = variable.isReferenced || used == "1";
-    whole->isGlobal = *place < 0;
-    node->type = full;
+    const bool isInput = semantic.starts_with(kInput);
+    if (isOutput && *number < 0) // what the entry gives back is no parameter
+        return true;
+    semantic.remove_prefix(isOutput ? kOutput.size() : (isInput ? kInput.size() : 0));
+    Whole& whole = wholeOf(path);
+    TextNode* node = follow(whole.node, path.substr(whole.node.name.size()));
+    if (!node || !node->parts.empty())
+        return false;
+    whole.isGlobal = *number < 0;
+    node->type = type;
     node->semantic = semantic;
-    node->glsl = isVarying ? std::string_view() : resource;
+    node->place = place;
+    node->isUniform = !isInput && !isOutput;
+    node->isInput = node->isInput || isInput; // the lines of inputs come before those of outputs
+    node->isOutput = isOutput;
+    node->isUsed = used == "1";
+    Variable& variable = *whole.variable;
+    if (isOutput)
+        variable.direction = node->isInput ? Direction::InOut : Direction::Out;
+    variable.isUniform = variable.isUniform || node->isUniform;
+    variable.isReferenced = variable.isReferenced || node->isUsed;
+    if (node->isUsed)
+        variable.partsUsed.insert(std::string(path.substr(variable.name.size())));
     return true;
 }
 
 bool TextReader::readDefault(std::string_view line) {
-    const std::string_view path = trimmed(takeUntil(line, " ="));
-    const auto whole = fByName.find(path.substr(0, path.find_first_of(".[")));
-    TextNode* node = whole == fByName.end()
-                         ? nullptr
-                         : follow(whole->second->node, path.substr(whole->first.size()), false);
-    if (!node || !node->type)
+    const auto whole = fByName.find(trimmed(takeUntil(line, " =")));
+    if (whole == fByName.end())
         return false;
     for (line = trimmed(line); !line.empty(); line = trimmed(line)) {
         const std::string_view text = takeUntil(line, " ");
@@ -244,9 +208,9 @@ bool TextReader::readDefault(std::string_view line) {
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
         if (error != std::errc() || end != text.data() + text.size())
             return false;
-        node->initial.push_back(value);
+        whole->second->initial.push_back(value);
     }
-    return node->initial.size() == leavesOf(node->type);
+    return true;
 }
 
 /// The type of a variable from those of its parts; null: they make none.
@@ -255,25 +219,40 @@ const Type* TextReader::typeOf(TextNode& node) {
         return node.type;
     Types& types = fOut.program->types;
     if (node.isIndexed) {
-        // Elements are alike: the first one stands for all.
-        const Type* element = typeOf(node.parts.front());
-        return node.type = element ? types.array(element, static_cast<uint32_t>(node.parts.size())) : nullptr;
+        for (TextNode& part : node.parts)
+            if (!typeOf(part) || !haveSameShape(part.type, node.parts.front().type))
+                return nullptr;
+        return node.type = types.array(node.parts.front().type, static_cast<uint32_t>(node.parts.size()));
     }
     StructType* structure = types.makeStruct("");
     for (TextNode& part : node.parts) {
-        const Type* type = typeOf(part);
-        if (!type)
+        if (!typeOf(part))
             return nullptr;
-        structure->members.push_back({part.name, type, part.semantic});
+        structure->members.push_back({part.name, part.type, part.semantic, part.isUniform});
     }
     return node.type = types.structure(structure);
 }
 
 void TextReader::addLeaves(const TextNode& node, const std::string& path, Parameter& parameter) {
-    if (node.parts.empty()) {
-        parameter.leaves.push_back({path, node.glsl, node.type});
-        parameter.initial.insert(parameter.initial.end(), node.initial.begin(), node.initial.end());
+    // An array of numbers or samplers is one uniform: its elements' names have an index behind it.
+    const Type* inner = node.type;
+    const TextNode* first = &node;
+    while (inner->isArray()) {
+        inner = inner->element;
+        first = first->parts.empty() ? first : &first->parts.front();
     }
+    if (first->isUniform && !inner->isStruct() && first->parts.empty()) {
+        const std::string& place = first->place;
+        const bool isIndexed = first != &node;
+        parameter.leaves.push_back({path, isIndexed ? place.substr(0, place.rfind('[')) : place, node.type,
+                                    first->semantic, first->isUsed});
+        return;
+    }
+    if (node.parts.empty())
+        for (const bool isOutput : {false, true})
+            if (isOutput ? node.isOutput : node.isInput)
+                parameter.varyings.push_back(
+                    {path, node.type, node.semantic, node.place, isOutput, node.isUsed});
     for (const TextNode& part : node.parts)
         addLeaves(part, path + (node.isIndexed ? "[" + part.name + "]" : "." + part.name), parameter);
 }
@@ -290,11 +269,11 @@ bool TextReader::finish() {
             return false;
         variable.semantic = whole->node.semantic;
         variable.isGlobal = whole->isGlobal;
-        Parameter parameter{&variable, whole->isGlobal, {}, {}};
-        if (variable.isUniform && !variable.semantic.starts_with("state."))
-            addLeaves(whole->node, variable.name, parameter);
-        if (parameter.initial.size() != leavesOf(variable.type))
-            parameter.initial.clear();
+        Parameter parameter{&variable, whole->isGlobal, {}, {}, {}};
+        addLeaves(whole->node, variable.name, parameter);
+        if (!whole->initial.empty() && whole->initial.size() != leavesOf(variable.type))
+            return false;
+        parameter.initial = whole->initial;
         fOut.parameters.push_back(std::move(parameter));
         fOut.program->globals.push_back(std::move(whole->variable));
     }
@@ -315,12 +294,19 @@ void findAttributes(CompiledProgram& out) {
 } // namespace
 
 std::string writeCompiledText(const ProgramObject& program) {
-    TextWriter writer(program);
-    for (const bool isGlobal : {false, true})
-        for (const std::unique_ptr<ParameterObject>& p : program.parameters[isGlobal])
-            writer.add(*p, isGlobal ? -1 : static_cast<int>(p->place));
+    std::string defaults;
+    for (const Parameter& parameter : program.compiled->parameters) {
+        if (parameter.initial.empty())
+            continue;
+        defaults += joined({"//default ", parameter.variable->name, " ="});
+        for (const double value : parameter.initial)
+            defaults += " " + numberText(value);
+        defaults += "\n";
+    }
+    const std::string glsl = program.glsl();
+    const size_t listEnd = glsl.starts_with("#") ? 0 : glsl.find("\n#") + 1;
     return joined({"//profile ", nameOf(program.profile), "\n//program ", program.options.entry, "\n",
-                   writer.take(), program.glsl()});
+                   glsl.substr(0, listEnd), defaults, glsl.substr(listEnd)});
 }
 
 std::unique_ptr<CompiledProgram> readCompiledText(const std::string& text, Stage stage,
@@ -328,6 +314,7 @@ std::unique_ptr<CompiledProgram> readCompiledText(const std::string& text, Stage
     auto compiled = std::make_unique<CompiledProgram>();
     compiled->texts = std::make_unique<TextStore>();
     compiled->program = std::make_unique<Program>();
+    std::string& glsl = compiled->glsl;
     TextReader reader(*compiled);
     constexpr std::string_view kProfile = "//profile ";
     std::string_view rest = text;
@@ -341,9 +328,10 @@ std::unique_ptr<CompiledProgram> readCompiledText(const std::string& text, Stage
     while (isRead && rest.starts_with("//")) {
         std::string_view line = takeUntil(rest, "\n");
         ++number;
-        if (line.starts_with("//var "))
+        if (line.starts_with("//var ")) {
             isRead = reader.readVariable(line.substr(6));
-        else if (line.starts_with("//default "))
+            glsl.append(line).append("\n");
+        } else if (line.starts_with("//default "))
             isRead = reader.readDefault(line.substr(10));
     }
     isRead = isRead && reader.finish() && rest.starts_with("#version");
@@ -351,7 +339,7 @@ std::unique_ptr<CompiledProgram> readCompiledText(const std::string& text, Stage
         listing = "program:" + std::to_string(number) + ": error: this is no text of a compiled program\n";
         return nullptr;
     }
-    compiled->glsl = rest;
+    glsl += rest;
     findAttributes(*compiled);
     return compiled;
 }

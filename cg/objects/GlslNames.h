@@ -38,8 +38,10 @@ void forEachLeaf(ProgramObject& program, Use&& use) {
     const GlslNames names = glslNamesOf(program);
     for (const ParameterList& list : program.parameters)
         for (const std::unique_ptr<ParameterObject>& parameter : list)
-            if (parameter->isUniform)
-                forEachLeaf(*parameter, names, "", 0, use);
+            forEachLeaf(*parameter, names, "", 0, [&](ParameterObject& leaf, const std::string& glsl) {
+                if (leaf.isUniform)
+                    use(leaf, glsl);
+            });
 }
 
 } // namespace orlocg

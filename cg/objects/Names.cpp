@@ -351,9 +351,11 @@ CGtype typeOf(const Type* type) {
     case Type::Kind::Array:
         return CG_ARRAY;
     case Type::Kind::Sampler: {
-        constexpr std::array<CGtype, 6> kSamplers = {CG_SAMPLER2D, CG_SAMPLER1D,   CG_SAMPLER2D,
-                                                     CG_SAMPLER3D, CG_SAMPLERRECT, CG_SAMPLERCUBE};
-        return kSamplers[static_cast<size_t>(type->sampler)];
+        constexpr std::array<CGtype, 8> kSamplers = {CG_SAMPLER2D,      CG_SAMPLER1D,     CG_SAMPLER2D,
+                                                     CG_SAMPLER3D,      CG_SAMPLERRECT,   CG_SAMPLERCUBE,
+                                                     CG_SAMPLER1DARRAY, CG_SAMPLER2DARRAY};
+        const CGtype plain = kSamplers[static_cast<size_t>(type->sampler)];
+        return plain;
     }
     case Type::Kind::Numeric: {
         constexpr std::array<CGtype, 6> kScalars = {CG_BOOL, CG_INT, CG_FIXED, CG_HALF, CG_FLOAT, CG_FLOAT};
@@ -422,36 +424,6 @@ CGparameterclass classOf(CGtype type) {
     default:
         return nameOf(type).starts_with("sampler") ? CG_PARAMETERCLASS_SAMPLER : CG_PARAMETERCLASS_UNKNOWN;
     }
-}
-
-CGresource resourceOf(const Semantic& semantic, Stage stage, bool isOutput) {
-    struct Alias {
-        const char* semantic;
-        const char* row;
-    };
-    constexpr std::array<Alias, 5> kVertexInputs = {{{"DIFFUSE", "COLOR"},
-                                                     {"COL", "COLOR"},
-                                                     {"TEX", "TEXCOORD"},
-                                                     {"NRML", "NORMAL"},
-                                                     {"FOG", "FOGCOORD"}}};
-    // What goes from one program to the other, or into the picture, has names of its own.
-    constexpr std::array<Alias, 7> kOthers = {{{"POSITION", "HPOS"},
-                                               {"COLOR", "COL"},
-                                               {"TEXCOORD", "TEX"},
-                                               {"PSIZE", "PSIZ"},
-                                               {"DEPR", "DEPTH"},
-                                               {"FOG", "FOGCOORD"},
-                                               {"FOGC", "FOGCOORD"}}};
-    std::string name = semantic.name;
-    const auto rename = [&](const auto& aliases) {
-        for (const Alias& alias : aliases)
-            if (semantic.name == alias.semantic)
-                name = alias.row;
-    };
-    stage == Stage::Vertex && !isOutput ? rename(kVertexInputs) : rename(kOthers);
-    if (stage == Stage::Fragment && !isOutput && name == "HPOS")
-        name = "WPOS";
-    return resourceIn(name, semantic.number());
 }
 
 std::string nameOf(CGresource resource) {

@@ -22,9 +22,8 @@ struct TypeShape {
 };
 TypeShape shapeOf(CGtype type);
 
-/// Where a uniform's or a varying value's semantic puts it; CG_UNDEFINED: nowhere.
-CGresource resourceOf(const Semantic& semantic, Stage stage, bool isOutput);
 std::string nameOf(CGresource resource);
+/// CG_UNDEFINED: there is none of that name.
 CGresource resourceNamed(const std::string& name);
 
 /// The first of the row that a resource is in, and its number there.

@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <set>
+#include <string_view>
 
 namespace orlocg {
 
@@ -39,7 +41,6 @@ void addParts(ParameterObject& whole, std::vector<double>& initial) {
         part->name = whole.name;
         part->semantic = type->isArray() ? whole.semantic : "";
         part->type = elementOf(type, i, part->name, part->semantic);
-        part->isUniform = whole.isUniform;
         part->isOutput = whole.isOutput;
         part->place = i;
         addParts(*part, initial);
@@ -51,25 +52,40 @@ void addParts(ParameterObject& whole, std::vector<double>& initial) {
     }
 }
 
-/// Where a leaf is. Constants stand in registers one behind the other, a matrix in one for each row.
-void placeLeaf(ParameterObject& leaf, Stage stage, unsigned long& nextRegister) {
-    const bool isConstant = leaf.isUniform && leaf.type->isNumeric();
-    if (!leaf.semantic.empty()) {
-        Semantic semantic(leaf.semantic);
-        if (leaf.parent && leaf.parent->type->isArray()) // elements count on
-            semantic.index = semantic.number() + static_cast<int>(leaf.place);
-        if (isConstant && semantic.name == "C") {
-            leaf.resource = CG_C;
-            leaf.resourceIndex = static_cast<unsigned long>(semantic.number());
-            return;
-        }
-        leaf.resource = resourceOf(semantic, stage, leaf.isOutput);
-        if (leaf.resource != CG_UNDEFINED)
-            leaf.resourceIndex = static_cast<unsigned long>(numberOf(leaf.resource));
-    } else if (isConstant) {
+using VaryingLeaves = std::map<std::string_view, const VaryingLeaf*>;
+
+/// Where a leaf is. What varies comes from and goes to what the compiler chose; a sampler may name its unit;
+/// constants stand in registers one behind the other, a matrix in one for each row, unless they name theirs.
+void placeLeaf(ParameterObject& leaf, const VaryingLeaves& varyings, unsigned long& nextRegister) {
+    const auto varying = varyings.find(leaf.name);
+    leaf.isUniform = varying == varyings.end();
+    Semantic semantic(leaf.semantic);
+    if (leaf.parent && leaf.parent->type->isArray()) // elements count on
+        semantic.index = semantic.number() + static_cast<int>(leaf.place);
+    if (!leaf.isUniform) {
+        leaf.resource = resourceNamed(varying->second->resource);
+    } else if (leaf.type->isSampler() && !leaf.semantic.empty()) {
+        leaf.resource = resourceNamed(semantic.name + std::to_string(semantic.number()));
+    } else if (leaf.type->isNumeric()) {
         leaf.resource = CG_C;
-        leaf.resourceIndex = nextRegister;
-        nextRegister += leaf.isReferenced() ? std::max<unsigned long>(leaf.type->rows, 1) : 0;
+        const bool isNamed = semantic.name == "C";
+        leaf.resourceIndex = isNamed ? static_cast<unsigned long>(semantic.number()) : nextRegister;
+        if (!isNamed && leaf.isReferenced())
+            nextRegister += std::max<unsigned long>(leaf.type->rows, 1);
+        return;
+    }
+    if (leaf.resource != CG_UNDEFINED)
+        leaf.resourceIndex = static_cast<unsigned long>(numberOf(leaf.resource));
+}
+
+void placeLeaves(ParameterObject& parameter, const VaryingLeaves& varyings, unsigned long& nextRegister) {
+    if (parameter.isLeaf())
+        return placeLeaf(parameter, varyings, nextRegister);
+    // A whole is uniform where all of it is.
+    parameter.isUniform = true;
+    for (const std::unique_ptr<ParameterObject>& part : parameter.parts) {
+        placeLeaves(*part, varyings, nextRegister);
+        parameter.isUniform = parameter.isUniform && part->isUniform;
     }
 }
 
@@ -82,14 +98,8 @@ void registerAll(ParameterObject& parameter) {
         registerAll(*part);
 }
 
-void placeLeaves(ParameterObject& parameter, Stage stage, unsigned long& nextRegister) {
-    if (parameter.isLeaf())
-        placeLeaf(parameter, stage, nextRegister);
-    for (const std::unique_ptr<ParameterObject>& part : parameter.parts)
-        placeLeaves(*part, stage, nextRegister);
-}
-
-std::unique_ptr<ParameterObject> makeParameter(ProgramObject& program, const Parameter& from) {
+std::unique_ptr<ParameterObject> makeParameter(ProgramObject& program, const Parameter& from,
+                                               unsigned long& nextRegister) {
     auto made = std::make_unique<ParameterObject>();
     made->context = program.context;
     made->program = &program;
@@ -97,10 +107,13 @@ std::unique_ptr<ParameterObject> makeParameter(ProgramObject& program, const Par
     made->type = from.variable->type;
     made->name = from.variable->name;
     made->semantic = from.variable->semantic;
-    made->isUniform = from.variable->isUniform || !from.leaves.empty();
     made->isOutput = from.variable->direction == Direction::Out;
     std::vector<double> initial = from.initial;
     addParts(*made, initial);
+    VaryingLeaves varyings;
+    for (const VaryingLeaf& leaf : from.varyings)
+        varyings.emplace(leaf.path, &leaf);
+    placeLeaves(*made, varyings, nextRegister);
     return made;
 }
 
@@ -173,15 +186,21 @@ std::optional<std::string> readIncluded(ContextObject& context, const CompileOpt
     return text ? text : readFile(path);
 }
 
+void makeUniform(ParameterObject& parameter) {
+    parameter.isUniform = true;
+    for (const std::unique_ptr<ParameterObject>& part : parameter.parts)
+        makeUniform(*part);
+}
+
 } // namespace
 
 std::unique_ptr<ParameterObject> makeOwnParameter(ContextObject& context, const Type* type) {
     auto made = std::make_unique<ParameterObject>();
     made->context = &context;
     made->type = type;
-    made->isUniform = true;
     std::vector<double> none;
     addParts(*made, none);
+    makeUniform(*made);
     registerAll(*made);
     return made;
 }
@@ -226,10 +245,9 @@ bool ProgramObject::compile() {
     for (const Parameter& parameter : compiled->parameters) {
         ParameterList& list = parameters[parameter.isGlobal ? 1 : 0];
         ParameterList& olds = old[parameter.isGlobal ? 1 : 0];
-        list.push_back(makeParameter(*this, parameter));
+        list.push_back(makeParameter(*this, parameter, nextRegister));
         ParameterObject& latest = *list.back();
         latest.place = list.size() - 1;
-        placeLeaves(latest, options.stage, nextRegister);
         const auto same = std::find_if(olds.begin(), olds.end(),
                                        [&](const auto& each) { return each && each->name == latest.name; });
         if (same != olds.end())

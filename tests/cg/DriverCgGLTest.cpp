@@ -567,6 +567,103 @@ TEST_F(DriverCgGL, drawsFromClientArrays) {
     expectError(CG_INVALID_PARAMETER_ERROR, "an output");
 }
 
+TEST_F(DriverCgGL, drawsFromArraysOfInputsWithoutAPlaceOfTheirOwn) {
+    // The position is found by what is made of it, behind a copy, a function and a struct.
+    const CGprogram program = use(
+        "struct I { float4 idle; float4 place; uniform float4x4 m; }; struct O { float4 p : POSITION; float4 "
+        "c "
+        ": COLOR; }; void put(float4x4 m, float4 p, out float4 q) { q = mul(m, p); }\n"
+        "O main(float4 t : TANGENT, float4 b : BINORMAL, float4 w : BLENDWEIGHT, float4 i : BLENDINDICES, "
+        "float4 s : PSIZE, float4 a : ATTR3, float4 free, I in1) { O o; I in2 = in1; float4 q; put(in2.m, "
+        "in2.place, q); o.p = q; o.c = float4(t.x + b.y, w.x + i.y, s.x + a.y, free.w); return o; }",
+        CG_PROFILE_ARBVP1);
+    const float one[] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    cgGLSetMatrixParameterfr(cgGetNamedParameter(program, "in1.m"), one);
+    const float corners[] = {-1, -1, 1, -1, 1, 1, -1, 1};
+    const float values[] = {0.25F, 0.5F, 0, 1, 0.25F, 0.5F, 0, 1, 0.25F, 0.5F, 0, 1, 0.25F, 0.5F, 0, 1};
+    std::vector<CGparameter> arrays;
+    for (const char* name : {"t", "b", "w", "i", "s", "a", "free", "in1.place"}) {
+        arrays.push_back(cgGetNamedParameter(program, name));
+        const bool isPlace = arrays.size() == 8;
+        cgGLSetParameterPointer(arrays.back(), isPlace ? 2 : 4, GL_FLOAT, 0, isPlace ? corners : values);
+        cgGLEnableClientState(arrays.back());
+    }
+    gl().glClear(GL_COLOR_BUFFER_BIT);
+    gl().glDrawArrays(GL_QUADS, 0, 4);
+    for (const CGparameter array : arrays)
+        cgGLDisableClientState(array);
+    gl().glClientActiveTexture(GL_TEXTURE0);
+    const Pixel pixel = readPixel(1, 1);
+    for (size_t i = 0; i < 4; ++i)
+        EXPECT_NEAR(pixel[i], i < 3 ? 191 : 255, 2) << "channel " << i;
+}
+
+TEST_F(DriverCgGL, takesEachMemberOfAStructForWhatItIs) {
+    const char* source =
+        "struct input { float2 tex_coord; float4 color; float4 vertex_coord; uniform float4x4 mvp_matrix; "
+        "uniform sampler2D texture; };\n"
+        "struct data { float2 tex; float4 color; };\n"
+        "void main_vertex(out float4 p : POSITION, input IN, out data d) { p = mul(IN.mvp_matrix, "
+        "IN.vertex_coord); d = data(IN.tex_coord, IN.color); }\n"
+        "float4 main_fragment(input IN, data d, uniform sampler2D s : TEXUNIT0) : COLOR { return d.color * "
+        "tex2D(s, d.tex); }\n"
+        // A semantic holds, and a sampler makes nothing else uniform.
+        "struct lit { float2 t : TEXCOORD1; float gain[2] : TEXCOORD2; sampler2D map; };\n"
+        "void lit_vertex(float4 v : POSITION, float2 t : TEXCOORD0, out float4 p : POSITION, out float2 u : "
+        "TEXCOORD1, out float2 g[2] : TEXCOORD2) { p = v; u = t; g[0] = g[1] = 0.5; }\n"
+        "float4 lit_fragment(lit IN) : COLOR { return tex2D(IN.map, IN.t) * IN.gain[1]; }";
+    const auto bind = [&](const char* entry, CGprofile profile) {
+        const CGprogram program = cgCreateProgram(fContext, CG_SOURCE, source, profile, entry, nullptr);
+        EXPECT_NE(program, nullptr) << cgGetLastListing(fContext);
+        cgGLLoadProgram(program);
+        cgGLBindProgram(program);
+        cgGLEnableProfile(profile);
+        return program;
+    };
+    const float corners[] = {-1, -1, 0, 1, 1, -1, 0, 1, 1, 1, 0, 1, -1, 1, 0, 1};
+    const float coordinates[] = {0, 0, 1, 0, 1, 1, 0, 1};
+    const float colors[] = {1, 0.5F, 1, 1, 1, 0.5F, 1, 1, 1, 0.5F, 1, 1, 1, 0.5F, 1, 1};
+    const float one[] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    GLuint texture = 0;
+    gl().glGenTextures(1, &texture);
+    gl().glBindTexture(GL_TEXTURE_2D, texture);
+    gl().glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    gl().glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    const GLubyte texels[] = {255, 255, 0, 255, 0, 255, 255, 255}; // yellow, cyan
+    gl().glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 2, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels);
+    const auto draw = [&](CGprogram vertex,
+                          std::initializer_list<std::pair<const char*, const float*>> arrays,
+                          const std::array<Pixel, 2>& expected) {
+        for (const auto& [name, values] : arrays) {
+            const CGparameter p = cgGetNamedParameter(vertex, name);
+            cgGLSetParameterPointer(p, values == coordinates ? 2 : 4, GL_FLOAT, 0, values);
+            cgGLEnableClientState(p);
+        }
+        gl().glClear(GL_COLOR_BUFFER_BIT);
+        gl().glDrawArrays(GL_QUADS, 0, 4);
+        for (const auto& [name, values] : arrays)
+            cgGLDisableClientState(cgGetNamedParameter(vertex, name));
+        gl().glClientActiveTexture(GL_TEXTURE0);
+        for (size_t i = 0; i < 8; ++i)
+            EXPECT_NEAR(readPixel(i < 4 ? 0 : 3, 1)[i % 4], expected[i / 4][i % 4], 2) << "number " << i;
+    };
+    const CGprogram vertex = bind("main_vertex", CG_PROFILE_ARBVP1);
+    bind("main_fragment", CG_PROFILE_ARBFP1);
+    EXPECT_EQ(cgGetParameterVariability(cgGetNamedParameter(vertex, "IN.color")), CG_VARYING);
+    EXPECT_EQ(cgGetParameterVariability(cgGetNamedParameter(vertex, "IN.mvp_matrix")), CG_UNIFORM);
+    cgGLSetMatrixParameterfr(cgGetNamedParameter(vertex, "IN.mvp_matrix"), one);
+    draw(vertex, {{"IN.vertex_coord", corners}, {"IN.tex_coord", coordinates}, {"IN.color", colors}},
+         {Pixel{255, 128, 0, 255}, Pixel{0, 128, 255, 255}});
+
+    const CGprogram second = bind("lit_vertex", CG_PROFILE_ARBVP1);
+    const CGparameter map = cgGetNamedParameter(bind("lit_fragment", CG_PROFILE_ARBFP1), "IN.map");
+    cgGLSetTextureParameter(map, texture);
+    cgGLEnableTextureParameter(map);
+    draw(second, {{"v", corners}, {"t", coordinates}}, {Pixel{128, 128, 0, 128}, Pixel{0, 128, 128, 128}});
+    cgGLDisableTextureParameter(map);
+    gl().glDeleteTextures(1, &texture);
+}
+
 TEST_F(DriverCgGL, saysWhyItCantBeLoaded) {
     const CGprogram program = cgCreateProgram(fContext, CG_SOURCE,
                                               "float4 main(uniform float4 big[60000]) : COLOR { float4 s = "
