@@ -278,8 +278,9 @@ void bindTexture(CGparameter handle, bool on) {
     const LeafState& state = stateOf(*p);
     if (state.location < 0)
         return; // the program doesn't use it
-    constexpr std::array<GLenum, 6> kTargets = {GL_TEXTURE_2D, GL_TEXTURE_1D,        GL_TEXTURE_2D,
-                                                GL_TEXTURE_3D, GL_TEXTURE_RECTANGLE, GL_TEXTURE_CUBE_MAP};
+    constexpr std::array<GLenum, 8> kTargets = {
+        GL_TEXTURE_2D,        GL_TEXTURE_1D,       GL_TEXTURE_2D,       GL_TEXTURE_3D,
+        GL_TEXTURE_RECTANGLE, GL_TEXTURE_CUBE_MAP, GL_TEXTURE_1D_ARRAY, GL_TEXTURE_2D_ARRAY};
     gl->activeTexture(GL_TEXTURE0 + static_cast<GLenum>(p->unit));
     gl->bindTexture(kTargets[static_cast<size_t>(p->type->sampler)], on ? state.texture : 0);
     gl->activeTexture(GL_TEXTURE0);

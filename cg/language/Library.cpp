@@ -95,6 +95,7 @@ const LibraryFunction* findLibrary(std::string_view name) {
 unsigned TextureCall::dimensions() const {
     switch (sampler) {
     case SamplerKind::Dim1:
+    case SamplerKind::Dim1Array:
         return 1;
     case SamplerKind::Dim3:
     case SamplerKind::Cube:
@@ -112,12 +113,14 @@ std::optional<TextureCall> parseTextureCall(std::string_view name) {
     if (!name.starts_with("tex"))
         return std::nullopt;
     name.remove_prefix(3);
-    constexpr std::array<std::pair<std::string_view, SamplerKind>, 5> kKinds = {
+    constexpr std::array<std::pair<std::string_view, SamplerKind>, 7> kKinds = {
         {{"1D", SamplerKind::Dim1},
          {"2D", SamplerKind::Dim2},
          {"3D", SamplerKind::Dim3},
          {"RECT", SamplerKind::Rect},
-         {"CUBE", SamplerKind::Cube}}};
+         {"CUBE", SamplerKind::Cube},
+         {"1DARRAY", SamplerKind::Dim1Array},
+         {"2DARRAY", SamplerKind::Dim2Array}}};
     constexpr std::array<std::pair<std::string_view, TextureCall::Form>, 6> kForms = {
         {{"", TextureCall::Form::Plain},
          {"proj", TextureCall::Form::Projective},

@@ -47,8 +47,10 @@ struct TextureCall {
     SamplerKind sampler;
     Form form;
 
-    /// Numbers in a plain coordinate.
     unsigned dimensions() const;
+    bool isOfLayers() const { return sampler == SamplerKind::Dim1Array || sampler == SamplerKind::Dim2Array; }
+    /// Numbers in a plain coordinate: the last may be the layer's.
+    unsigned coordinates() const { return dimensions() + (isOfLayers() ? 1 : 0); }
 };
 
 std::optional<TextureCall> parseTextureCall(std::string_view name);

@@ -109,8 +109,9 @@ CGtype typeOf(const Type* type) {
     case Type::Kind::Array:
         return CG_ARRAY;
     case Type::Kind::Sampler: {
-        constexpr std::array<CGtype, 6> kSamplers = {CG_SAMPLER2D, CG_SAMPLER1D,   CG_SAMPLER2D,
-                                                     CG_SAMPLER3D, CG_SAMPLERRECT, CG_SAMPLERCUBE};
+        constexpr std::array<CGtype, 8> kSamplers = {CG_SAMPLER2D,    CG_SAMPLER1D,   CG_SAMPLER2D,
+                                                     CG_SAMPLER3D,    CG_SAMPLERRECT, CG_SAMPLERCUBE,
+                                                     CG_UNKNOWN_TYPE, CG_UNKNOWN_TYPE};
         return kSamplers[static_cast<size_t>(type->sampler)];
     }
     case Type::Kind::Numeric:
