@@ -81,6 +81,16 @@ void LibraryCalls::check(Expression& e, const LibraryFunction& function) {
         return checkMatrixFunction(e, rule);
     case Rule::Multiply:
         return checkMultiply(e);
+    case Rule::Pack2:
+    case Rule::Pack4:
+        convertAll(e, 1, fTypes.vector(Scalar::Float, rule == Rule::Pack2 ? 2 : 4));
+        e.type = fTypes.scalar(Scalar::Float);
+        break;
+    case Rule::Unpack2:
+    case Rule::Unpack4:
+        convertAll(e, 1, fTypes.scalar(Scalar::Float));
+        e.type = fTypes.vector(Scalar::Float, rule == Rule::Unpack2 ? 2 : 4);
+        break;
     case Rule::Clip:
         e.type = unify(e, 1, 1);
         break;

@@ -547,6 +547,10 @@ std::string GlslWriter::writeLibraryCall(const Expression& e) {
     if (function.rule == LibraryRule::Inverse && first->size() == 1)
         return "(1.0 / " + operands[0] + ")";
     std::string name(function.glsl);
+    if (name == "cg_noise")
+        helper(name, "vec3");
+    if (name.starts_with("cg_pack_") || name.starts_with("cg_unpack_"))
+        fExtensions.insert({"GL_ARB_shader_bit_encoding", "GL_ARB_shading_language_packing"});
     if (name.starts_with("cg_"))
         helper(name, typeName(first));
     std::string text;

@@ -27,8 +27,12 @@ enum class LibraryRule : uint8_t {
     Inverse,
     Multiply, ///< mul
     SinCos,   ///< (T, out T, out T)
-    Clip,     ///< (T), and gives nothing back
-    Split     ///< (T, out T) to T
+    Pack2,    ///< (float2) to a float of its bits
+    Pack4,
+    Unpack2, ///< and back
+    Unpack4,
+    Clip, ///< (T), and gives nothing back
+    Split ///< (T, out T) to T
 };
 
 struct LibraryFunction {

@@ -338,6 +338,15 @@ TEST_F(DriverCg, controlFlow) {
 TEST_F(DriverCg, standardLibrary) {
     const double pi = 3.14159265358979;
     check({
+        {"return float4(unpack_2half(pack_2half(uv.xy)), unpack_2ushort(pack_2ushort(uv.zy)).x, 1);",
+         {0.25, 0.75, 0.5, 1}},
+        {"return unpack_4byte(pack_4byte(float4(0.5, 1, -0.5, 0.25))) + float4(0, 0, 1, 0);",
+         {0.5, 1, 0.5, 0.25}},
+        {"return unpack_4ubyte(pack_4ubyte(float4(0.5, 0, 0.2, 0.25)));", {0.5, 0, 0.2, 0.25}},
+        {"float a = noise(float3(2.5, 1.25, 0.5)), b = noise(float3(2.501, 1.25, 0.5)); return "
+         "float4(noise(float2(3, 4)) "
+         "+ noise(7.0), a != b && a != 0, abs(a - b) < 0.01, noise(uv) > -1 && abs(a) < 1);",
+         {0, 1, 1, 1}},
         {"return float4(mad(uv.x, 2, 0.25), rcp(uv.y * 4) * 1.5, atan(uv.y, -uv.y) / 3.14159265, 1.5lf - "
          "1L);",
          {0.75, 0.5, 0.75, 0.5}},
