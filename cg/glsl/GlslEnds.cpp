@@ -460,9 +460,10 @@ void GlslWriter::write(Function& entry) {
         const Type* inner = innermost(leaf.type);
         if (!inner->isSampler())
             return;
-        constexpr std::array<const char*, 6> kTypes = {"sampler2D", "sampler1D",     "sampler2D",
-                                                       "sampler3D", "sampler2DRect", "samplerCube"};
-        const bool isShadow = fShadowSamplers.count(leaf.glsl) != 0;
+        constexpr std::array<const char*, 8> kTypes = {"sampler2D",      "sampler1D",     "sampler2D",
+                                                       "sampler3D",      "sampler2DRect", "samplerCube",
+                                                       "sampler1DArray", "sampler2DArray"};
+        const bool isShadow = inner->isShadow || fShadowSamplers.count(leaf.glsl) != 0;
         if (inner->sampler == SamplerKind::Rect)
             fExtensions.insert("GL_ARB_texture_rectangle");
         samplers += std::string("uniform ") + kTypes[static_cast<size_t>(inner->sampler)] +

@@ -547,6 +547,10 @@ std::string GlslWriter::writeLibraryCall(const Expression& e) {
     if (function.rule == LibraryRule::Inverse && first->size() == 1)
         return "(1.0 / " + operands[0] + ")";
     std::string name(function.glsl);
+    if (name == "cg_noise")
+        helper(name, "vec3");
+    if (name.starts_with("cg_pack_") || name.starts_with("cg_unpack_"))
+        fExtensions.insert({"GL_ARB_shader_bit_encoding", "GL_ARB_shading_language_packing"});
     if (name.starts_with("cg_"))
         helper(name, typeName(first));
     std::string text;
@@ -591,7 +595,7 @@ std::string GlslWriter::readTexture(const Expression& e, const std::vector<std::
     using Form = TextureCall::Form;
     const TextureCall call = *parseTextureCall(e.text);
     const std::string sampler = samplerText(*e.operands[0]);
-    const unsigned n = call.dimensions();
+    const unsigned n = call.coordinates();
     const std::string& coordinate = arguments[0];
     const unsigned size = width(e.operands[1]->type);
     const bool isRect = call.sampler == SamplerKind::Rect;
@@ -600,20 +604,26 @@ std::string GlslWriter::readTexture(const Expression& e, const std::vector<std::
     constexpr std::array<const char*, 4> kPicks = {"", ".x", ".xy", ".xyz"};
     const std::string picked = "(" + coordinate + ")" + kPicks[n];
     const std::string last = "(" + coordinate + ")." + "xyzw"[std::max(size, 1U) - 1];
-    constexpr std::array<const char*, 6> kNames = {"",          "texture1D",     "texture2D",
-                                                   "texture3D", "texture2DRect", "textureCube"};
+    constexpr std::array<const char*, 8> kNames = {
+        "", "texture1D", "texture2D", "texture3D", "texture2DRect", "textureCube", "texture", "texture"};
     const std::string name = kNames[static_cast<size_t>(call.sampler)];
     const bool hasOffset = e.operands.size() == 3 || e.operands.size() == 5;
     const std::string offset = hasOffset ? arguments.back() : "";
     const std::string named = hasOffset ? "textureOffset" : name;
+    const bool isShadow = e.operands[0]->type->isShadow || (call.form == Form::Plain && size == n + 1);
+    if (isShadow)
+        fShadowSamplers.insert(sampler.substr(0, sampler.find('[')));
 
     switch (call.form) {
     case Form::Plain: {
-        if (size == n + 1) { // a depth to compare with
-            fShadowSamplers.insert(sampler.substr(0, sampler.find('[')));
+        if (isShadow) { // the last number is a depth to compare with
+            const bool isLine = call.sampler == SamplerKind::Dim1;
             const std::string depth =
-                n == 1 ? called("vec3", {picked, "0.0", "(" + coordinate + ").y"}) : coordinate;
-            return "vec4(" + called("shadow" + name.substr(7), {sampler, depth}) + ")";
+                isLine ? called("vec3", {picked, "0.0", "(" + coordinate + ").y"}) : coordinate;
+            const bool isPlain = call.isOfLayers() || call.sampler == SamplerKind::Cube;
+            const std::string compared =
+                called(isPlain ? "texture" : "shadow" + name.substr(7), {sampler, depth});
+            return "vec4(" + compared + ")";
         }
         const std::string at = size == n ? coordinate : picked;
         if (e.operands.size() < 4)
@@ -622,6 +632,11 @@ std::string GlslWriter::readTexture(const Expression& e, const std::vector<std::
                       {sampler, at, arguments[1], arguments[2], offset});
     }
     case Form::Projective:
+        if (isShadow) {
+            const std::string depth =
+                n == 1 ? called("vec4", {picked, "0.0", "(" + coordinate + ").yz"}) : coordinate;
+            return "vec4(" + called("shadow" + name.substr(7) + "Proj", {sampler, depth}) + ")";
+        }
         if (call.sampler == SamplerKind::Cube || hasOffset)
             return called(named, {sampler, picked + " / " + last, offset});
         return called(name + "Proj", {sampler, coordinate});

@@ -11,7 +11,7 @@ namespace orlocg {
 
 enum class Scalar : uint8_t { Bool, Int, Fixed, Half, Float, Double };
 
-enum class SamplerKind : uint8_t { Any, Dim1, Dim2, Dim3, Rect, Cube };
+enum class SamplerKind : uint8_t { Any, Dim1, Dim2, Dim3, Rect, Cube, Dim1Array, Dim2Array };
 
 struct StructType;
 
@@ -27,6 +27,7 @@ struct Type {
     uint8_t columns = 0;
 
     SamplerKind sampler = SamplerKind::Any;
+    bool isShadow = false; ///< of a sampler: it compares depths
     StructType* structure = nullptr;
 
     /// Arrays. No length yet: 0.
@@ -69,7 +70,7 @@ public:
     const Type* numeric(Scalar scalar, unsigned rows, unsigned columns);
     const Type* scalar(Scalar scalar) { return numeric(scalar, 0, 0); }
     const Type* vector(Scalar scalar, unsigned columns) { return numeric(scalar, 0, columns); }
-    const Type* sampler(SamplerKind kind);
+    const Type* sampler(SamplerKind kind, bool isShadow = false);
     const Type* array(const Type* element, uint32_t length);
     const Type* structure(StructType* type);
     StructType* makeStruct(std::string name);

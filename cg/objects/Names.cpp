@@ -355,7 +355,10 @@ CGtype typeOf(const Type* type) {
                                                      CG_SAMPLER3D,      CG_SAMPLERRECT,   CG_SAMPLERCUBE,
                                                      CG_SAMPLER1DARRAY, CG_SAMPLER2DARRAY};
         const CGtype plain = kSamplers[static_cast<size_t>(type->sampler)];
-        return plain;
+        if (!type->isShadow)
+            return plain;
+        return plain == CG_SAMPLER1D ? CG_SAMPLER1DSHADOW
+                                     : (plain == CG_SAMPLERRECT ? CG_SAMPLERRECTSHADOW : CG_SAMPLER2DSHADOW);
     }
     case Type::Kind::Numeric: {
         constexpr std::array<CGtype, 6> kScalars = {CG_BOOL, CG_INT, CG_FIXED, CG_HALF, CG_FLOAT, CG_FLOAT};

@@ -338,6 +338,15 @@ TEST_F(DriverCg, controlFlow) {
 TEST_F(DriverCg, standardLibrary) {
     const double pi = 3.14159265358979;
     check({
+        {"return float4(unpack_2half(pack_2half(uv.xy)), unpack_2ushort(pack_2ushort(uv.zy)).x, 1);",
+         {0.25, 0.75, 0.5, 1}},
+        {"return unpack_4byte(pack_4byte(float4(0.5, 1, -0.5, 0.25))) + float4(0, 0, 1, 0);",
+         {0.5, 1, 0.5, 0.25}},
+        {"return unpack_4ubyte(pack_4ubyte(float4(0.5, 0, 0.2, 0.25)));", {0.5, 0, 0.2, 0.25}},
+        {"float a = noise(float3(2.5, 1.25, 0.5)), b = noise(float3(2.501, 1.25, 0.5)); return "
+         "float4(noise(float2(3, 4)) "
+         "+ noise(7.0), a != b && a != 0, abs(a - b) < 0.01, noise(uv) > -1 && abs(a) < 1);",
+         {0, 1, 1, 1}},
         {"return float4(mad(uv.x, 2, 0.25), rcp(uv.y * 4) * 1.5, atan(uv.y, -uv.y) / 3.14159265, 1.5lf - "
          "1L);",
          {0.75, 0.5, 0.75, 0.5}},
@@ -380,8 +389,8 @@ TEST_F(DriverCg, standardLibrary) {
 
 TEST_F(DriverCg, textures) {
     // Unit 0: 2 x 1, red and green of different halves, blue in its small level. Unit 1: a cube and a volume.
-    GLuint names[6];
-    gl().glGenTextures(6, names);
+    GLuint names[7];
+    gl().glGenTextures(7, names);
     const auto setUp = [&](GLenum unit, GLenum target, GLuint name, GLenum minFilter = GL_NEAREST) {
         gl().glActiveTexture(GL_TEXTURE0 + unit);
         gl().glBindTexture(target, name);
@@ -407,10 +416,12 @@ TEST_F(DriverCg, textures) {
     gl().glTexImage2D(GL_TEXTURE_RECTANGLE_ARB, 0, GL_RGBA, 2, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, pair);
     setUp(5, GL_TEXTURE_2D, names[5]);
     gl().glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, blue);
-    const Given units = {{"s", {0}},         {"s1", {1}},        {"s3", {2}},          {"sc", {3}},
-                         {"sr", {4}},        {"set.a", {0}},     {"set.b", {4}},       {"many", {1, 1}},
-                         {"all[0].a", {0}},  {"all[1].a", {0}},  {"two", {0, 5}},      {"each[0].a", {0}},
-                         {"each[1].a", {5}}, {"each[0].k", {1}}, {"each[1].k", {0.5F}}};
+    setUp(6, GL_TEXTURE_2D_ARRAY, names[6]);
+    gl().glTexImage3D(GL_TEXTURE_2D_ARRAY, 0, GL_RGBA, 1, 1, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE, pair);
+    const Given units = {{"layers", {6}},    {"s", {0}},         {"s1", {1}},        {"s3", {2}},
+                         {"sc", {3}},        {"sr", {4}},        {"set.a", {0}},     {"set.b", {4}},
+                         {"many", {1, 1}},   {"all[0].a", {0}},  {"all[1].a", {0}},  {"two", {0, 5}},
+                         {"each[0].a", {0}}, {"each[1].a", {5}}, {"each[0].k", {1}}, {"each[1].k", {0.5F}}};
     const std::array<double, 4> red{1, 0, 0, 1};
     const std::array<double, 4> green{0, 1, 0, 1};
     const std::array<double, 4> blueColor{0, 0, 1, 1};
@@ -435,6 +446,12 @@ TEST_F(DriverCg, textures) {
             {"return tex1D(s1, 0.75);", green},
             {"return tex1Dproj(s1, float2(0.5, 2));", red},
             {"return tex3D(s3, float3(0, 0, 0.75));", green},
+            {"@float4 main(uniform sampler2DARRAY layers) : COLOR { return tex2DARRAY(layers, float3(0, 0, "
+             "1)) * "
+             "tex2DARRAYlod(layers, float4(0, 0, 1, 0)) * tex2DARRAYsize(layers, 0).z / 2.0 + "
+             "tex2DARRAY(layers, "
+             "float3(0, 0, 0), float2(0), float2(0)); }",
+             {1, 1, 0, 1}},
             {"return texCUBE(sc, float3(0, 0, 1));", blueColor},
             {"return texCUBE(sc, float3(0, 0, -1));", red},
             {"return texRECT(sr, float2(1.5, 0.5));", green},
@@ -474,7 +491,7 @@ TEST_F(DriverCg, textures) {
         ", uniform sampler2D s : TEXUNIT0, uniform sampler1D s1, uniform sampler3D s3, uniform samplerCUBE "
         "sc, uniform samplerRECT sr");
     gl().glActiveTexture(GL_TEXTURE0);
-    gl().glDeleteTextures(6, names);
+    gl().glDeleteTextures(7, names);
 }
 
 TEST_F(DriverCg, comparesDepths) {
@@ -503,6 +520,14 @@ TEST_F(DriverCg, comparesDepths) {
             {"return float4(texRECT(sr, float3(0.5, 0.5, 0.25)).x, texRECT(sr, float3(0.5, 0.5, 0.75)).y, 0, "
              "1);",
              {1, 0, 0, 1}},
+            {"@float4 at(sampler2DSHADOW s, float z) { return tex2D(s, float3(0.5, 0.5, z)) + tex2Dproj(s, "
+             "float4(1, 1, z "
+             "* 2, 2)); } float4 main(uniform sampler2DSHADOW s, uniform sampler1DSHADOW s1, uniform "
+             "samplerRECTSHADOW sr) "
+             ": COLOR { return float4(at(s, 0.25).x / 2, at(s, 0.75).x, tex1Dproj(s1, float3(1, 0.5, 2)).x, "
+             "texRECTproj(sr, "
+             "float4(1, 1, 0.5, 2)).x); }",
+             {1, 0, 1, 1}},
             {"return float4(tex1D(s1, float2(0.5, 0.25)).x, tex1D(s1, float2(0.5, 0.75)).z, 0, 1);",
              {1, 0, 0, 1}},
         },
