@@ -267,7 +267,7 @@ void bind(ProgramObject& program) {
     if (!loaded(program))
         return orlocg_raise(CG_PROGRAM_NOT_LOADED_ERROR);
     bind(stageOf(program), loaded(program));
-    if (!program.waiting.empty())
+    if (!program.waiting.empty() || program.readsBuffers)
         orlocg_sendWaiting(&program);
     const GL* gl = program.context->managesTextures ? usableGL() : nullptr;
     for (const ParameterObject* sampler : loaded(program)->samplers)

@@ -42,7 +42,7 @@ std::string_view takeUntil(std::string_view& text, std::string_view separator) {
     return part;
 }
 
-std::optional<int> numberOf(std::string_view text) {
+std::optional<int> wholeNumber(std::string_view text) {
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
@@ -124,7 +124,7 @@ TextNode* TextReader::follow(TextNode& from, std::string_view path) {
             return nullptr;
         size_t place = parts.size();
         if (isIndex)
-            place = static_cast<size_t>(numberOf(name).value_or(-1));
+            place = static_cast<size_t>(wholeNumber(name).value_or(-1));
         else
             place = static_cast<size_t>(
                 std::find_if(parts.begin(), parts.end(), [&](const TextNode& p) { return p.name == name; }) -
@@ -153,7 +153,7 @@ const Type* TextReader::arrayTypeNamed(std::string_view name) {
         const size_t start = name.rfind('[');
         const std::optional<int> length = start == std::string_view::npos
                                               ? std::nullopt
-                                              : numberOf(name.substr(start + 1, name.size() - start - 2));
+                                              : wholeNumber(name.substr(start + 1, name.size() - start - 2));
         if (!length || *length < 1 || leavesOf(type) * static_cast<uint64_t>(*length) > kMostNumbersOfAText)
             return nullptr;
         type = types.array(type, static_cast<uint32_t>(*length));
@@ -167,7 +167,7 @@ bool TextReader::readVariable(std::string_view line) {
     const std::string_view path = trimmed(takeUntil(line, " :"));
     std::string_view semantic = trimmed(takeUntil(line, " :"));
     const std::string_view place = trimmed(takeUntil(line, " :"));
-    const std::optional<int> number = numberOf(trimmed(takeUntil(line, " :")));
+    const std::optional<int> number = wholeNumber(trimmed(takeUntil(line, " :")));
     const std::string_view used = trimmed(line);
     if (!type || !isPath(path) || !number || (used != "0" && used != "1"))
         return false;
@@ -286,7 +286,7 @@ void findAttributes(CompiledProgram& out) {
     for (size_t at = out.glsl.find(kDeclaration); at != std::string::npos;
          at = out.glsl.find(kDeclaration, at + 1)) {
         std::string_view rest = std::string_view(out.glsl).substr(at + kDeclaration.size());
-        if (const std::optional<int> number = numberOf(takeUntil(rest, ";")); number && *number < 16)
+        if (const std::optional<int> number = wholeNumber(takeUntil(rest, ";")); number && *number < 16)
             out.genericAttributes.push_back(*number);
     }
 }

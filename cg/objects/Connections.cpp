@@ -86,7 +86,7 @@ void passAll(ParameterObject& parameter) {
 
 bool haveSameShape(const Type* a, const Type* b) {
     if (a->kind != b->kind || a->rows != b->rows || a->columns != b->columns || a->length != b->length ||
-        a->sampler != b->sampler)
+        a->sampler != b->sampler || a->isShadow != b->isShadow)
         return false;
     if (a->isArray())
         return haveSameShape(a->element, b->element);
@@ -194,6 +194,8 @@ bool orlocg_compileForUse(ProgramObject* program) {
 }
 
 void orlocg_sendWaiting(ProgramObject* program) {
+    if (program->readsBuffers)
+        readBuffers(*program);
     for (ParameterObject* leaf : std::exchange(program->waiting, {})) {
         leaf->isWaiting = false;
         if (program->extension)

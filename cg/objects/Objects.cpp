@@ -259,6 +259,7 @@ bool ProgramObject::compile() {
             if (each)
                 forget(*each);
     placeSamplers(*this);
+    placeInBuffers(*this);
     if (extension)
         global().binding->reload(*this);
     return true;

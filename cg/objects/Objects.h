@@ -4,6 +4,7 @@
 
 #include <Cg/cg.h>
 
+#include <array>
 #include <map>
 #include <memory>
 #include <optional>
@@ -49,6 +50,9 @@ struct ParameterObject {
     int location = -1;      ///< where GL has it
     bool isWaiting = false; ///< to be sent, in its program's `waiting`
 
+    int buffer = -1; ///< which of the program's buffers it is read from
+    int offset = -1; ///< its first byte there
+
     ParameterObject* source = nullptr; ///< that it is connected to
     std::vector<ParameterObject*> destinations;
 
@@ -75,6 +79,8 @@ struct ProgramObject {
     bool isStale = false;        ///< changed since it was compiled
     ParameterList parameters[2]; ///< of the entry, and globals
     std::vector<ParameterObject*> waiting;
+    std::array<CGbuffer, 12> buffers{};  ///< that parameters are read from
+    bool readsBuffers = false;           ///< some are
     std::map<CGenum, std::string> texts; ///< that cgGetProgramString gave
     std::unique_ptr<Extension> extension;
 
@@ -106,6 +112,13 @@ struct ContextObject {
     std::map<std::string, std::string> includes; ///< texts by name
     CGIncludeCallbackFunc includeCallback = nullptr;
 };
+
+/// Gives a program's parameters the values that stand in its buffers.
+void readBuffers(ProgramObject& program);
+
+/// Finds the place in a buffer of each parameter that asks for one, "BUFFER[1]" or "BUFFER[1][16]": one
+/// behind the other as OpenGL lays out uniform blocks (std140).
+void placeInBuffers(ProgramObject& program);
 
 /// What libCgGL.so does for libCg.so, where it is loaded.
 class Binding {
@@ -147,7 +160,7 @@ void orlocg_setBinding(orlocg::Binding* binding);
 /// After a leaf was set, or elements of an array of leaves: tells GL, now or later, and what is connected.
 void orlocg_changed(orlocg::ParameterObject* leaf);
 void orlocg_changedElements(orlocg::ParameterObject* array, size_t first, size_t count);
-/// Sends what waits.
+/// Sends what waits, and what stands in buffers.
 void orlocg_sendWaiting(orlocg::ProgramObject* program);
 /// Compiles a stale program where its context compiles them when they are needed. False: it isn't compiled.
 bool orlocg_compileForUse(orlocg::ProgramObject* program);

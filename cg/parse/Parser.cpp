@@ -328,7 +328,11 @@ Parser::Constant Parser::typed(double value, const Type* type) {
 std::string Parser::semanticIfAny() {
     std::string semantic;
     while (takeIf(":")) {
-        const std::string name = takeName("a semantic");
+        std::string name = takeName("a semantic");
+        while (name.starts_with("BUFFER") && takeIf("[")) { // "BUFFER[1][16]": which, and from which byte on
+            name += joined({"[", take().text, "]"});
+            expect("]", "behind an index");
+        }
         if (name != "register" && name != "packoffset") {
             semantic = name == "state" ? name + statePath() : name;
             continue;

@@ -15,6 +15,17 @@ BufferObject* findBuffer(CGbuffer handle) {
     return nullptr;
 }
 
+/// The place for a buffer of a program; null and an error: there is none.
+CGbuffer* placeOf(CGprogram handle, int index) {
+    ProgramObject* program = find(handle);
+    if (!program)
+        return nullptr;
+    if (index >= 0 && static_cast<size_t>(index) < program->buffers.size())
+        return &program->buffers[static_cast<size_t>(index)];
+    raise(CG_BUFFER_INDEX_OUT_OF_RANGE_ERROR);
+    return nullptr;
+}
+
 } // namespace
 
 CGbuffer cgCreateBuffer(CGcontext handle, int size, const void* data, CGbufferusage usage) {
@@ -97,4 +108,33 @@ void* cgMapBuffer(CGbuffer handle, CGbufferaccess access) {
 void cgUnmapBuffer(CGbuffer handle) {
     if (BufferObject* buffer = findBuffer(handle))
         buffer->isMapped = false;
+}
+
+void cgSetProgramBuffer(CGprogram program, int index, CGbuffer buffer) {
+    CGbuffer* place = placeOf(program, index);
+    if (place && (!buffer || findBuffer(buffer)))
+        *place = buffer;
+}
+
+CGbuffer cgGetProgramBuffer(CGprogram program, int index) {
+    const CGbuffer* place = placeOf(program, index);
+    return place && global().buffers.contains(reinterpret_cast<uintptr_t>(*place)) ? *place : nullptr;
+}
+
+int cgGetProgramBufferMaxIndex(CGprofile profile) {
+    return cgIsProfileSupported(profile) ? static_cast<int>(ProgramObject().buffers.size()) - 1 : -1;
+}
+
+int cgGetProgramBufferMaxSize(CGprofile profile) {
+    return cgIsProfileSupported(profile) ? 65536 : 0; // what OpenGL promises
+}
+
+int cgGetParameterBufferIndex(CGparameter handle) {
+    const ParameterObject* p = find(handle);
+    return p ? p->buffer : -1;
+}
+
+int cgGetParameterBufferOffset(CGparameter handle) {
+    const ParameterObject* p = find(handle);
+    return p ? p->offset : -1;
 }

@@ -554,7 +554,7 @@ TEST_F(CgParameters, andAllElseAreSafeFromHandlesOfOthers) {
                 cgGetProgramOutput, cgCombinePrograms2, cgCombinePrograms3, cgCombinePrograms4,
                 cgCombinePrograms5, cgGetNumProgramDomains, cgGetProgramDomainProfile,
                 cgGetProgramDomainProgram, cgGetNamedParameter, cgGetNamedProgramParameter,
-                cgGetFirstParameter, cgGetFirstLeafParameter);
+                cgGetFirstParameter, cgGetFirstLeafParameter, cgSetProgramBuffer, cgGetProgramBuffer);
     };
     const auto ofParameter = [](uintptr_t handle, CGerror error) {
         callAll(handle, error, cgGetNamedStructParameter, cgGetNamedSubParameter, cgGetNextParameter,
@@ -570,7 +570,8 @@ TEST_F(CgParameters, andAllElseAreSafeFromHandlesOfOthers) {
                 cgGetConnectedParameter, cgGetNumConnectedToParameters, cgGetConnectedToParameter,
                 cgSetParameter4f, cgSetParameter4iv, cgSetMatrixParameterfr, cgGetMatrixParameterdc,
                 cgGetMatrixParameterOrder, cgSetParameterValuefr, cgGetParameterValueic,
-                cgGetParameterDefaultValuedr, cgGetParameterValues);
+                cgGetParameterDefaultValuedr, cgGetParameterBufferIndex, cgGetParameterBufferOffset,
+                cgGetParameterValues);
     };
     const auto ofBuffer = [](uintptr_t handle, CGerror error) {
         callAll(handle, error, cgGetBufferContext, cgGetBufferSize, cgSetBufferData, cgSetBufferSubData,

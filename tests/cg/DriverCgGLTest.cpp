@@ -158,6 +158,33 @@ TEST_F(DriverCgGL, unbindsAndUnloads) {
     cgSetParameter4f(k, 0, 0.5F, 0, 1);
     expectColor(0, 0.5, 0, 1, "a constant");
 
+    const CGprogram reading =
+        load("uniform float2 a : BUFFER[1]; uniform float b[2] : BUFFER[1]; uniform int n : "
+             "BUFFER[1][48]; float4 main() : COLOR { return float4(a.y, b[1], n * 0.25, 1); }");
+    struct {
+        float a[4] = {0, 0.5F};
+        float b[8] = {0, 0, 0, 0, 0.25F};
+        int n = 3;
+    } block;
+    const CGbuffer buffer = cgCreateBuffer(fContext, sizeof block, &block, CG_BUFFER_USAGE_DYNAMIC_DRAW);
+    cgSetProgramBuffer(reading, 1, buffer);
+    EXPECT_EQ(cgGetProgramBuffer(reading, 1), buffer);
+    EXPECT_EQ(cgGetParameterBufferIndex(cgGetNamedParameter(reading, "n")), 1);
+    EXPECT_EQ(cgGetParameterBufferOffset(cgGetNamedParameter(reading, "b[1]")), 32);
+    cgGLBindProgram(reading);
+    expectColor(0.5, 0.25, 0.75, 1, "from a buffer");
+    cgSetBufferSubData(buffer, 4, 4, &block.b[4]);
+    cgUpdateProgramParameters(reading);
+    expectColor(0.25, 0.25, 0.75, 1, "from another");
+    cgDestroyBuffer(buffer);
+    EXPECT_EQ(cgGetProgramBuffer(reading, 1), nullptr);
+    cgGLBindProgram(reading);
+    expectColor(0.25, 0.25, 0.75, 1, "from none any more");
+    EXPECT_EQ(cgGetProgramBufferMaxIndex(CG_PROFILE_GLSLV), 11);
+    EXPECT_EQ(cgGetProgramBufferMaxSize(CG_PROFILE_GLSLV), 65536);
+    cgSetProgramBuffer(reading, 12, nullptr);
+    expectError(CG_BUFFER_INDEX_OUT_OF_RANGE_ERROR, "no such place");
+
     cgGLSetDebugMode(CG_TRUE);
     gl().glEnable(GL_TEXTURE_BINDING_2D);
     cgGLBindProgram(program);

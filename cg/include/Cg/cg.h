@@ -248,7 +248,9 @@ int cgGetParameterDefaultValueic(CGparameter parameter, int count, int* values);
 // (CG_DEFAULT), row by row; null: none.
 const double* cgGetParameterValues(CGparameter parameter, CGenum valueType, int* count);
 
-// Bytes that programs share.
+// Bytes that programs share. A uniform of the semantic BUFFER[1] is read from the buffer at place 1, when its
+// program is bound or cgUpdateProgramParameters is called; from byte 16 on where it is BUFFER[1][16], else
+// behind the one before, as OpenGL lays out uniform blocks (std140).
 CGbuffer cgCreateBuffer(CGcontext context, int size, const void* data, CGbufferusage usage);
 void cgDestroyBuffer(CGbuffer buffer);
 CGbool cgIsBuffer(CGbuffer buffer);
@@ -258,6 +260,12 @@ void cgSetBufferData(CGbuffer buffer, int size, const void* data);
 void cgSetBufferSubData(CGbuffer buffer, int offset, int size, const void* data);
 void* cgMapBuffer(CGbuffer buffer, CGbufferaccess access);
 void cgUnmapBuffer(CGbuffer buffer);
+void cgSetProgramBuffer(CGprogram program, int index, CGbuffer buffer);
+CGbuffer cgGetProgramBuffer(CGprogram program, int index);
+int cgGetProgramBufferMaxIndex(CGprofile profile);
+int cgGetProgramBufferMaxSize(CGprofile profile);
+int cgGetParameterBufferIndex(CGparameter parameter); // -1: it is read from none
+int cgGetParameterBufferOffset(CGparameter parameter);
 
 const char* cgGetTypeString(CGtype type);
 CGtype cgGetType(const char* name);
