@@ -272,11 +272,11 @@ void EffectParser::declaration() {
     }
     if (peek().isName() && peek(1).isName() && !peek(1).is("sampler_state")) // "arbvp1 float4 f()"
         first.type = take().text;
-    variables(std::move(first));
+    variables(first);
 }
 
 /// From the first one's name on.
-void EffectParser::variables(EffectVariable first) {
+void EffectParser::variables(const EffectVariable& first) {
     for (;;) {
         EffectVariable made = first;
         made.at = peek().at;

@@ -37,7 +37,7 @@ private:
     std::vector<EffectState> states();
     EffectState state();
     std::vector<EffectVariable> annotationsIfAny();
-    void variables(EffectVariable first);
+    void variables(const EffectVariable& first);
     void variable(EffectVariable& made);
     std::string semanticIfAny();
 

@@ -51,8 +51,8 @@ void makeConstant(ParameterObject& p, const std::string& glslName, std::string& 
         std::string values;
         appendConstants(p, type, values);
         if (declared.size() > glslName.size()) // "[2]"
-            values = type + declared.substr(glslName.size()) + "(" + values + ")";
-        glsl.replace(at, end - at, "\nconst " + type + " " + declared + " = " + values);
+            values = joined({type, std::string_view(declared).substr(glslName.size()), "(", values, ")"});
+        glsl.replace(at, end - at, joined({"\nconst ", type, " ", declared, " = ", values}));
         return;
     }
 }

@@ -120,6 +120,7 @@ CGManager::CGShader CgUserShader::load(const std::string& files,
                                        const std::vector<std::string>& options) const {
     const std::string include = "-I" + folder();
     std::vector<const char*> switches;
+    switches.reserve(options.size() + 3);
     for (const std::string& option : options)
         switches.push_back(option.c_str());
     switches.insert(switches.end(), {include.c_str(), "-posinv", nullptr});
