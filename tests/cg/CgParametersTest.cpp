@@ -502,7 +502,7 @@ TEST_F(CgParameters, leaveBuffersTheirBytes) {
     cgSetBufferSubData(buffer, 1, 2, "xy");
     const auto bytes = [&] {
         const char* mapped = static_cast<const char*>(cgMapBuffer(buffer, CG_MAP_READ));
-        const std::string copy(mapped, static_cast<size_t>(cgGetBufferSize(buffer)));
+        std::string copy(mapped, static_cast<size_t>(cgGetBufferSize(buffer)));
         cgUnmapBuffer(buffer);
         return copy;
     };
@@ -528,7 +528,7 @@ TEST_F(CgParameters, leaveBuffersTheirBytes) {
 
 template <typename Result, typename Handle, typename... Others>
 void callWith(uintptr_t handle, CGerror expected, Result (*function)(Handle, Others...)) {
-    function(reinterpret_cast<Handle>(handle), Others()...);
+    function(reinterpret_cast<Handle>(handle), Others()...); // NOLINT(performance-no-int-to-ptr)
     const CGerror error = cgGetError();
     EXPECT_TRUE(expected == CG_NO_ERROR || error == expected) << error << " not " << expected;
 }
