@@ -421,6 +421,7 @@ const Type* Checker::closed(const Type* type, const Type* given) {
 /// A function for what it is called with, where that decides what its parameters are.
 Function& Checker::closedFor(const Expression& call, Function& function) {
     constexpr size_t kMostCopies = 500;
+    constexpr size_t kMostCopied = 200'000;
     if (!isOpenFunction(function))
         return function;
     std::vector<const Type*> types = {};
@@ -433,7 +434,8 @@ Function& Checker::closedFor(const Expression& call, Function& function) {
         return *known;
     if (function.isBeingChecked)
         fail(call, "the function " + inQuotes(function.name) + " calls itself");
-    if (fCopies.size() > kMostCopies)
+    fCopied += function.tokens;
+    if (fCopies.size() > kMostCopies || fCopied > kMostCopied)
         fail(call,
              "functions for arrays of any length, or for interfaces, are called with too many kinds of them");
     std::unique_ptr<Function> copy = copyOf(function);

@@ -8,6 +8,7 @@ namespace orlocg {
 namespace {
 
 constexpr int kDeepestCalls = 64;
+constexpr int kDeepestGlobals = 500;
 
 /// What "arbvp1", "ps_2_0" and their like are for; nothing: for neither.
 std::optional<Stage> stageOfProfile(std::string_view profile) {
@@ -146,9 +147,12 @@ void Checker::checkGlobal(Variable& global) {
     global.isReferenced = true;
     if (!fCheckedGlobals.insert(&global).second)
         return;
+    if (++fGlobalsDepth > kDeepestGlobals)
+        fDiagnostics.fail(global.at, "values of globals name each other more than 500 deep");
     std::vector<Scope> scopes = std::exchange(fScopes, {});
     checkVariable(global);
     fScopes = std::move(scopes);
+    --fGlobalsDepth;
 }
 
 void Checker::checkCondition(ExpressionPtr& condition, const char* of) {

@@ -79,11 +79,13 @@ private:
     std::set<const Variable*> fCheckedGlobals;
     /// Functions for certain types of parameters, by the one that they are copies of.
     std::map<std::pair<Function*, std::vector<const Type*>>, Function*> fCopies;
+    size_t fCopied = 0; ///< tokens
     Function* fFunction = nullptr;
     bool fIsOwner = false; ///< what is checked next is one
     int fLoops = 0;
     int fSwitches = 0;
     int fDepth = 0;
+    int fGlobalsDepth = 0;
 };
 
 } // namespace orlocg

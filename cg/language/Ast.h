@@ -114,6 +114,7 @@ struct Function {
     const Type* returns = nullptr;
     std::string semantic;
     Location at;
+    size_t tokens = 0; ///< that it was parsed of
     std::vector<std::unique_ptr<Variable>> parameters;
     std::unique_ptr<Statement> body; ///< null: only declared
     const Type* owner = nullptr;     ///< of a method; it is the first parameter

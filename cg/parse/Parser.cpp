@@ -520,6 +520,7 @@ bool Parser::constantBuffer() {
 
 std::unique_ptr<Function> Parser::function(const Type* returns, const Token& name, const std::string& profile,
                                            const Type* owner) {
+    const size_t first = fNext;
     auto made = std::make_unique<Function>();
     made->profile = profile;
     if (owner) {
@@ -547,6 +548,7 @@ std::unique_ptr<Function> Parser::function(const Type* returns, const Token& nam
         made->body = block();
     else
         expect(";", "behind the declaration of a function");
+    made->tokens = fNext - first;
     return made;
 }
 
