@@ -3,6 +3,7 @@
 #include "language/State.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace orlocg {
@@ -102,6 +103,15 @@ void Checker::checkName(Expression& e) {
         const auto found = fScopes[i].find(e.text);
         if (found != fScopes[i].end())
             e.variable = found->second;
+    }
+    const Member* member =
+        e.variable || !fFunction || !fFunction->owner ? nullptr : fFunction->owner->structure->find(e.text);
+    if (member) {
+        e.kind = Expression::Kind::Member;
+        e.operands.push_back(makeThis(e.at));
+        e.type = member->type;
+        e.isAssignable = true;
+        return;
     }
     if (!e.variable) {
         const auto found = fGlobals.find(e.text);
@@ -274,7 +284,9 @@ void Checker::checkIndex(ExpressionPtr& e) {
 void Checker::checkMember(ExpressionPtr& e) {
     checkOwner(e->operands[0]);
     const Type* of = e->operands[0]->type;
-    if (of->isStruct()) {
+    if (of->isArray() && e->text == "length") {
+        makeLength(*e);
+    } else if (of->isStruct()) {
         const Member* member = of->structure->find(e->text);
         if (!member)
             fail(*e, "the struct " + of->structure->name + " has no member " + inQuotes(e->text));
@@ -287,6 +299,13 @@ void Checker::checkMember(ExpressionPtr& e) {
     } else {
         fail(*e, nameOf(of) + " has no members");
     }
+}
+
+void Checker::makeLength(Expression& e) {
+    e.number = e.operands[0]->type->length;
+    e.kind = Expression::Kind::Number;
+    e.operands.clear();
+    e.type = fTypes.scalar(Scalar::Int);
 }
 
 void Checker::makeVectorSwizzle(Expression& e, const Type* of) {
@@ -337,6 +356,12 @@ void Checker::checkCall(ExpressionPtr& e) {
         return checkConstruct(e);
     for (ExpressionPtr& operand : e->operands)
         check(operand);
+    if (e->isMethod)
+        return checkMethodCall(*e);
+    if (fFunction && fFunction->owner && hasMethod(fFunction->owner, e->text)) {
+        e->operands.insert(e->operands.begin(), makeThis(e->at));
+        return checkMethodCall(*e);
+    }
     const auto found = fFunctions.find(e->text);
     if (found != fFunctions.end())
         return checkUserCall(*e, found->second);
@@ -349,6 +374,76 @@ void Checker::checkCall(ExpressionPtr& e) {
     if (const std::optional<TextureCall> call = parseTextureCall(e->text))
         return fLibrary.check(*e, *call);
     fail(*e, "there is no function " + inQuotes(e->text));
+}
+
+bool Checker::hasMethod(const Type* type, std::string_view name) {
+    const auto& methods = type->structure->methods;
+    return std::any_of(methods.begin(), methods.end(),
+                       [&](const Function* each) { return each->name == name; });
+}
+
+/// What a method was called of.
+ExpressionPtr Checker::makeThis(const Location& at) {
+    auto made = std::make_unique<Expression>();
+    made->at = at;
+    made->kind = Expression::Kind::Name;
+    made->text = "this";
+    made->variable = fFunction->parameters[0].get();
+    made->type = made->variable->type;
+    made->isAssignable = true;
+    return made;
+}
+
+void Checker::checkMethodCall(Expression& e) {
+    const Type* owner = e.operands[0]->type;
+    if (owner->isArray() && e.text == "length" && e.operands.size() == 1)
+        return makeLength(e);
+    if (!owner->isStruct() || !hasMethod(owner, e.text))
+        fail(e, nameOf(owner) + " has no function " + inQuotes(e.text));
+    std::vector<Function*> methods;
+    std::copy_if(owner->structure->methods.begin(), owner->structure->methods.end(),
+                 std::back_inserter(methods), [&](const Function* each) { return each->name == e.text; });
+    checkUserCall(e, methods);
+}
+
+bool Checker::isOpenFunction(const Function& function) {
+    return std::any_of(function.parameters.begin(), function.parameters.end(),
+                       [](const std::unique_ptr<Variable>& each) { return isOpen(each->type); });
+}
+
+/// The type that a parameter has when it is given something.
+const Type* Checker::closed(const Type* type, const Type* given) {
+    if (type->isArray() && given->isArray())
+        return fTypes.array(closed(type->element, given->element), given->length);
+    return isOpen(type) ? given : type;
+}
+
+/// A function for what it is called with, where that decides what its parameters are.
+Function& Checker::closedFor(const Expression& call, Function& function) {
+    constexpr size_t kMostCopies = 500;
+    constexpr size_t kMostCopied = 200'000;
+    if (!isOpenFunction(function))
+        return function;
+    std::vector<const Type*> types = {};
+    for (size_t i = 0; i < function.parameters.size(); ++i) {
+        const Type* type = function.parameters[i]->type;
+        types.push_back(i < call.operands.size() ? closed(type, call.operands[i]->type) : type);
+    }
+    Function*& known = fCopies[{&function, types}];
+    if (known)
+        return *known;
+    if (function.isBeingChecked)
+        fail(call, "the function " + inQuotes(function.name) + " calls itself");
+    fCopied += function.tokens;
+    if (fCopies.size() > kMostCopies || fCopied > kMostCopied)
+        fail(call,
+             "functions for arrays of any length, or for interfaces, are called with too many kinds of them");
+    std::unique_ptr<Function> copy = copyOf(function);
+    copy->origin = &function;
+    for (size_t i = 0; i < types.size(); ++i)
+        copy->parameters[i]->type = types[i];
+    fProgram.methods.push_back(std::move(copy));
+    return *(known = fProgram.methods.back().get());
 }
 
 /// Chooses the overload whose arguments have to change least.
@@ -365,11 +460,13 @@ void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candida
             const Variable& parameter = *parameters[i];
             if (i >= e.operands.size())
                 cost += parameter.initializer ? 0 : kNever;
-            else if (parameter.direction != Direction::In && !e.operands[i]->isAssignable)
+            else if (parameter.direction != Direction::In && !e.operands[i]->isAssignable &&
+                     !(candidate->owner && i == 0)) // whether a method writes there is not known yet
                 cost = kNever;
             else
-                cost += parameter.direction == Direction::Out ? costOf(parameter.type, e.operands[i]->type)
-                                                              : costOf(e.operands[i]->type, parameter.type);
+                cost += parameter.direction == Direction::Out && !isOpen(parameter.type)
+                            ? costOf(parameter.type, e.operands[i]->type)
+                            : costOf(e.operands[i]->type, parameter.type);
         }
         // Among equals the one of the profile goes first, and a definition before its own declarations.
         const int rank = (candidate->profile.empty() ? 0 : 2) + (candidate->body ? 1 : 0);
@@ -387,6 +484,8 @@ void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candida
     }
     if (!best->body)
         fail(e, "the function " + inQuotes(e.text) + " is declared, and has no body");
+    best = &closedFor(e, *best);
+    checkFunction(*best);
     for (size_t i = 0; i < best->parameters.size(); ++i) {
         const Variable& parameter = *best->parameters[i];
         if (i < e.operands.size() && parameter.direction == Direction::In)
@@ -396,7 +495,6 @@ void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candida
     }
     e.function = best;
     e.type = best->returns;
-    checkFunction(*best);
 }
 
 } // namespace orlocg

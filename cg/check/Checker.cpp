@@ -8,6 +8,7 @@ namespace orlocg {
 namespace {
 
 constexpr int kDeepestCalls = 64;
+constexpr int kDeepestGlobals = 500;
 
 /// What "arbvp1", "ps_2_0" and their like are for; nothing: for neither.
 std::optional<Stage> stageOfProfile(std::string_view profile) {
@@ -66,15 +67,16 @@ void Checker::checkFunction(Function& function) {
     if (++fDepth > kDeepestCalls)
         fDiagnostics.fail(function.at, "functions call each other more than 64 deep");
     function.isBeingChecked = true;
+    if (function.origin)
+        function.origin->isBeingChecked = true;
     Function* const caller = std::exchange(fFunction, &function);
     std::vector<Scope> callersScopes = std::exchange(fScopes, {Scope()});
     const int callersLoops = std::exchange(fLoops, 0);
     const int callersSwitches = std::exchange(fSwitches, 0);
     for (const std::unique_ptr<Variable>& parameter : function.parameters) {
-        if (parameter->type->isArray() && parameter->type->length == 0)
-            fDiagnostics.fail(parameter->at,
-                              "the length of the array " + inQuotes(parameter->name) + " is missing");
-        if (!parameter->name.empty())
+        if (isOpen(parameter->type))
+            failOpen(*parameter);
+        if (!parameter->name.empty() && !(function.owner && parameter == function.parameters[0]))
             declare(*parameter);
         if (parameter->initializer && !parameter->initializer->type) {
             const std::vector<Scope> own = std::exchange(fScopes, {}); // it is the caller's business
@@ -89,7 +91,22 @@ void Checker::checkFunction(Function& function) {
     fFunction = caller;
     --fDepth;
     function.isBeingChecked = false;
+    if (function.origin)
+        function.origin->isBeingChecked = false;
+    if (function.owner && !function.parameters[0]->isWritten) // so it may be called of what can't be written
+        function.parameters[0]->direction = Direction::In;
     function.isChecked = true;
+}
+
+void Checker::failOpen(const Variable& variable) const {
+    const Type* type = variable.type;
+    while (type->isArray() && type->length != 0)
+        type = type->element;
+    fDiagnostics.fail(variable.at,
+                      type->isArray()
+                          ? "the length of the array " + inQuotes(variable.name) + " is missing"
+                          : "an interface as the type of a variable or of a program's parameter is not "
+                            "supported");
 }
 
 void Checker::declare(Variable& variable) {
@@ -105,6 +122,8 @@ void Checker::checkVariable(Variable& variable) {
         if (variable.type->isArray() && variable.type->length == 0)
             fDiagnostics.fail(variable.at,
                               "the array " + inQuotes(variable.name) + " has neither a length nor values");
+        if (isOpen(variable.type))
+            failOpen(variable);
         return;
     }
     checkInitializer(variable, "a value");
@@ -128,9 +147,12 @@ void Checker::checkGlobal(Variable& global) {
     global.isReferenced = true;
     if (!fCheckedGlobals.insert(&global).second)
         return;
+    if (++fGlobalsDepth > kDeepestGlobals)
+        fDiagnostics.fail(global.at, "values of globals name each other more than 500 deep");
     std::vector<Scope> scopes = std::exchange(fScopes, {});
     checkVariable(global);
     fScopes = std::move(scopes);
+    --fGlobalsDepth;
 }
 
 void Checker::checkCondition(ExpressionPtr& condition, const char* of) {

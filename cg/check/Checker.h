@@ -49,8 +49,16 @@ private:
     bool checkState(ExpressionPtr& e);
     void checkCall(ExpressionPtr& e);
     void checkUserCall(Expression& e, const std::vector<Function*>& candidates);
+    void checkMethodCall(Expression& e);
+    static bool hasMethod(const Type* type, std::string_view name);
+    ExpressionPtr makeThis(const Location& at);
+    static bool isOpenFunction(const Function& function);
+    const Type* closed(const Type* type, const Type* given);
+    Function& closedFor(const Expression& call, Function& function);
+    [[noreturn]] void failOpen(const Variable& variable) const;
     void checkConstruct(ExpressionPtr& e);
 
+    void makeLength(Expression& e);
     void makeVectorSwizzle(Expression& e, const Type* of);
     void makeMatrixSwizzle(Expression& e, const Type* of);
     void endSwizzle(Expression& e, const Type* of);
@@ -69,11 +77,15 @@ private:
     Scope fGlobals;
     std::vector<Scope> fScopes;
     std::set<const Variable*> fCheckedGlobals;
+    /// Functions for certain types of parameters, by the one that they are copies of.
+    std::map<std::pair<Function*, std::vector<const Type*>>, Function*> fCopies;
+    size_t fCopied = 0; ///< tokens
     Function* fFunction = nullptr;
     bool fIsOwner = false; ///< what is checked next is one
     int fLoops = 0;
     int fSwitches = 0;
     int fDepth = 0;
+    int fGlobalsDepth = 0;
 };
 
 } // namespace orlocg

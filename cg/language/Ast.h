@@ -73,7 +73,8 @@ struct Expression {
     const struct LibraryFunction* library = nullptr;
     const Type* constructs = nullptr; ///< by a call, or by a cast
     std::vector<uint8_t> picks;
-    bool isCast = false; ///< written as (type)
+    bool isCast = false;   ///< written as (type)
+    bool isMethod = false; ///< a call of a function of the first operand's
     std::string state;
 };
 
@@ -113,11 +114,17 @@ struct Function {
     const Type* returns = nullptr;
     std::string semantic;
     Location at;
+    size_t tokens = 0; ///< that it was parsed of
     std::vector<std::unique_ptr<Variable>> parameters;
     std::unique_ptr<Statement> body; ///< null: only declared
+    const Type* owner = nullptr;     ///< of a method; it is the first parameter
+    Function* origin = nullptr;      ///< what it is a copy of
     bool isChecked = false;
     bool isBeingChecked = false;
 };
+
+/// A copy of a function that nothing has been found out about.
+std::unique_ptr<Function> copyOf(const Function& function);
 
 /// What a program is for.
 enum class Stage : uint8_t { Vertex, Fragment };
@@ -128,6 +135,7 @@ struct Program {
     std::map<std::string, const Type*, std::less<>> typeNames; ///< structs and typedefs
     std::vector<std::unique_ptr<Variable>> globals;            ///< in the order of the source
     std::vector<std::unique_ptr<Function>> functions;          ///< definitions and declarations
+    std::vector<std::unique_ptr<Function>> methods;            ///< of structs, and copies of functions
 };
 
 } // namespace orlocg

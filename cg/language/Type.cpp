@@ -51,6 +51,16 @@ const Member* StructType::find(std::string_view member) const {
     return found == members.end() ? nullptr : &*found;
 }
 
+bool StructType::implements(const StructType* interface) const {
+    return std::find(interfaces.begin(), interfaces.end(), interface) != interfaces.end();
+}
+
+bool isOpen(const Type* type) {
+    if (type->isArray())
+        return type->length == 0 || isOpen(type->element);
+    return type->isStruct() && type->structure->isInterface;
+}
+
 const Type* Types::intern(const Type& type) {
     for (const Type& known : fTypes)
         if (known.kind == type.kind && known.scalar == type.scalar && known.rows == type.rows &&

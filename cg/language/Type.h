@@ -58,8 +58,12 @@ struct Member {
 struct StructType {
     std::string name;
     std::vector<Member> members;
+    std::vector<struct Function*> methods;
+    bool isInterface = false;                  ///< has methods without bodies, and no members
+    std::vector<const StructType*> interfaces; ///< that it has the methods of
 
     const Member* find(std::string_view member) const;
+    bool implements(const StructType* interface) const;
 };
 
 /// All types of a program.
@@ -94,6 +98,9 @@ private:
 public:
     Types() { fString.kind = Type::Kind::String; }
 };
+
+/// Whether it is one only when a function is called: an array without a length, an interface.
+bool isOpen(const Type* type);
 
 /// As a program spells it.
 std::string nameOf(const Type* type);

@@ -41,7 +41,7 @@ constexpr std::array<Unsupported, 4> kUnsupported = {
      {" Texture1D Texture1DArray Texture2D Texture2DArray Texture2DMS Texture3D TextureCube SamplerState "
       "SamplerComparisonState Buffer StructuredBuffer ByteAddressBuffer RWBuffer RWStructuredBuffer "
       "RWTexture1D "
-      "RWTexture2D RWTexture3D ConstantBuffer class interface enum union template typename namespace using "
+      "RWTexture2D RWTexture3D ConstantBuffer class enum union template typename namespace using "
       "operator "
       "virtual friend goto try catch throw new delete sizeof ",
       "`#` is not supported"}}};
@@ -202,7 +202,7 @@ bool Parser::takeIdleQualifier() {
 }
 
 const Type* Parser::type(Qualifiers& qualifiers) {
-    if (peek().is("struct"))
+    if (peek().is("struct") || startsInterface())
         return structure();
     if (!startsType())
         unexpected("a type");
@@ -221,6 +221,15 @@ const Type* Parser::structure() {
     const Token keyword = take();
     const Nesting nesting(*this);
     std::string name = peek().is("{") ? "struct" : takeName("the name of a struct");
+    std::vector<const StructType*> interfaces;
+    while (peek().is(interfaces.empty() ? ":" : ",")) {
+        take();
+        const Token implemented = peek();
+        const Type* type = typeNamed(takeName("the name of an interface"));
+        if (!type || !type->isStruct() || !type->structure->isInterface)
+            fDiagnostics.fail(implemented.at, "there is no interface " + inQuotes(implemented.text));
+        interfaces.push_back(type->structure);
+    }
     if (!takeIf("{")) {
         const auto found = fProgram.typeNames.find(name);
         if (found == fProgram.typeNames.end())
@@ -228,12 +237,22 @@ const Type* Parser::structure() {
         return found->second;
     }
     StructType* made = fProgram.types.makeStruct(name);
+    made->isInterface = keyword.is("interface");
+    made->interfaces = interfaces;
     const Type* type = fProgram.types.structure(made);
     while (!takeIf("}")) {
         if (takeIf(";"))
             continue;
         Qualifiers found = qualifiers();
         const Type* base = this->type(found);
+        if (peek().isName() && peek(1).is("(")) {
+            const Token method = take();
+            fProgram.methods.push_back(function(base, method, {}, type));
+            made->methods.push_back(fProgram.methods.back().get());
+            continue;
+        }
+        if (made->isInterface)
+            fDiagnostics.fail(peek().at, "an interface has functions, and nothing else");
         for (std::unique_ptr<Variable>& member : declarators(base, found)) {
             if (made->find(member->name))
                 fDiagnostics.fail(member->at, "the struct has two members " + inQuotes(member->name));
@@ -247,7 +266,8 @@ const Type* Parser::structure() {
         return type;
     const auto [known, isNew] =
         fProgram.typeNames.emplace(name, type); // after its members: it can't hold itself
-    if (!isNew && !(known->second->isStruct() && isSame(*known->second->structure, *made)))
+    if (!isNew &&
+        !(known->second->isStruct() && made->methods.empty() && isSame(*known->second->structure, *made)))
         known->second = type;
     return known->second; // headers say the same twice
 }
@@ -458,7 +478,8 @@ void Parser::external() {
         return;
     if (peek().isName() && peek(1).is("(")) {
         const Token name = take();
-        return function(base, name, profile);
+        fProgram.functions.push_back(function(base, name, profile, nullptr));
+        return;
     }
     for (std::unique_ptr<Variable>& variable : declarators(base, found)) {
         variable->isGlobal = true;
@@ -501,9 +522,20 @@ bool Parser::constantBuffer() {
     return true;
 }
 
-void Parser::function(const Type* returns, const Token& name, const std::string& profile) {
+std::unique_ptr<Function> Parser::function(const Type* returns, const Token& name, const std::string& profile,
+                                           const Type* owner) {
+    const size_t first = fNext;
     auto made = std::make_unique<Function>();
     made->profile = profile;
+    if (owner) {
+        made->owner = owner;
+        made->parameters.push_back(std::make_unique<Variable>());
+        made->parameters[0]->name = "this";
+        made->parameters[0]->type = owner;
+        made->parameters[0]->at = name.at;
+        made->parameters[0]->direction = Direction::InOut;
+        made->parameters[0]->isParameter = true;
+    }
     made->name = name.text;
     made->returns = returns;
     made->at = name.at;
@@ -520,7 +552,8 @@ void Parser::function(const Type* returns, const Token& name, const std::string&
         made->body = block();
     else
         expect(";", "behind the declaration of a function");
-    fProgram.functions.push_back(std::move(made));
+    made->tokens = fNext - first;
+    return made;
 }
 
 // Statements.
@@ -810,6 +843,11 @@ ExpressionPtr Parser::postfix() {
                 unexpected("a member");
             ExpressionPtr made = make(Expression::Kind::Member, take());
             adopt(*made, std::move(left));
+            if (peek().is("(")) {
+                made->kind = Expression::Kind::Call;
+                made->isMethod = true;
+                arguments(*made);
+            }
             left = std::move(made);
         } else if (peek().is("++") || peek().is("--")) {
             const Token op = take();

@@ -64,7 +64,9 @@ private:
     bool skipEffect();
     std::unique_ptr<Variable> declarator(const Type* base, const Qualifiers& qualifiers);
     std::vector<std::unique_ptr<Variable>> declarators(const Type* base, const Qualifiers& qualifiers);
-    void function(const Type* returns, const Token& name, const std::string& profile);
+    std::unique_ptr<Function> function(const Type* returns, const Token& name, const std::string& profile,
+                                       const Type* owner);
+    bool startsInterface() const { return peek().is("interface") && peek(1).isName() && peek(2).is("{"); }
     bool constantBuffer();
     bool takeIdleQualifier();
     std::unique_ptr<Variable> parameter();

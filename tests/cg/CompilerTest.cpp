@@ -159,7 +159,17 @@ TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
                 HasSubstr("no function 'main' with a body to begin with; there are 'g', 'f'\n"));
     EXPECT_THAT(compiled("TRIANGLE void main(AttribArray<float4> p : POSITION) { }").listing,
                 HasSubstr("1:1: error: geometry programs are not supported"));
-    EXPECT_THAT(compiled("interface I { float f(); };").listing, HasSubstr("`interface` is not supported"));
+    EXPECT_THAT(
+        compiled("interface I { float f(); }; float4 main(uniform I i) : COLOR { return i.f(); }").listing,
+        HasSubstr("an interface as the type of a variable or of a program's parameter"));
+    EXPECT_THAT(compiled("float f(float a[]) { float b[2] = {a[0], 1}; return f(b); } float4 main() : COLOR "
+                         "{ float c[3] = {1, 2, 3}; return f(c); }")
+                    .listing,
+                HasSubstr("calls itself"));
+    EXPECT_THAT(compiled("struct S { float k; void set() { k = 1; } }; float4 main() : COLOR { const S s = "
+                         "{1}; s.set(); return 0; }")
+                    .listing,
+                HasSubstr("this can't be assigned to"));
     for (const char* statement : {"discard;", "clip(-1);"})
         EXPECT_THAT(
             compiled(std::string("float4 main() : POSITION { ") + statement + " return 0; }", Stage::Vertex)

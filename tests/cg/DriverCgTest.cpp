@@ -281,6 +281,29 @@ TEST_F(DriverCg, controlFlow) {
          {0.75, 0.25, 0.125, 1}},
         {"discard (uv.x > 0.5); if (uv.y > 0.5) discard; return 1;", {0, 0, 0, 0}},
         {"discard uv.xy > float2(0.5, 0.8); return 1;", {1, 1, 1, 1}},
+        {"@struct C { float n; float get() { return n; } void add(float k) { n += k; } void add(float2 k) { "
+         "add(k.x); add(k.y); } "
+         "float twice() { add(get()); return n; } }; float4 main(uniform C u) : COLOR { C a = {0.125}; const "
+         "C b = {0.5}; "
+         "float t = a.twice(); a.add(float2(0.25, 0.25)); return float4(t, a.n, b.get(), u.get() + a.get()); "
+         "}",
+         {0.25, 0.75, 0.5, 0.75}},
+        {"@interface L { float2 lit(float2 n); }; struct P : L { float k; float2 lit(float2 n) { return n * "
+         "k; } }; struct Q "
+         ": L { float2 c; float2 lit(float2 n) { return c; } }; float2 shade(L l, float2 n) { return "
+         "l.lit(n); } float2 all(L "
+         "l[], float2 n) { float2 c = 0; for (int i = 0; i < l.length; i++) c += shade(l[i], n); return c; } "
+         "float4 main(float2 "
+         "uv : TEXCOORD0) : COLOR { P p = {0.5}; Q q[2] = {{0.25, 0}, {0.5, 0.125}}; return float4(shade(p, "
+         "uv), all(q, uv)); }",
+         {0.125, 0.375, 0.75, 0.125}},
+        {"@float sum(float a[]) { float s = 0; for (int i = 0; i < a.length; i++) s += a[i]; return s; } "
+         "void fill(out "
+         "float2 a[], float k) { for (int i = 0; i < a.length(); i++) a[i] = k; } float4 main() : COLOR { "
+         "float a[2] = "
+         "{0.25, 0.5}, b[3] = {0.125, 0.125, 0.25}; float2 c[4]; fill(c, 0.5); return float4(sum(a), sum(b), "
+         "c[3]); }",
+         {0.75, 0.5, 0.5, 0.5}},
         {"uv.x > 1 ? clip(-1) : clip(uv.xy - 0.1); clip(uv.x - 0.1), clip(uv.xyz - 0.3); return 1;",
          {0, 0, 0, 0}},
         {"float4 c = 0; for (int i = 0; i < 4; i++) { switch (i) { case 0: c.x = 0.5; case 1: c.y += "
