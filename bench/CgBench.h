@@ -44,16 +44,16 @@ inline void benchBindCgProgram() {
     for (int i = 0; i < 2; ++i) {
         const char* source =
             i ? "float4 main(uniform float4 k) : COLOR { return k; }" : "float4 main() : COLOR { return 1; }";
-        programs[i] = cgCreateProgram(context, CG_SOURCE, source, CG_PROFILE_ARBFP1, "main", nullptr);
+        programs[i] = cgCreateProgram(context, CG_SOURCE, source, CG_PROFILE_GLSLF, "main", nullptr);
         cgGLLoadProgram(programs[i]);
     }
     cgGLBindProgram(programs[0]);
-    cgGLEnableProfile(CG_PROFILE_ARBFP1);
+    cgGLEnableProfile(CG_PROFILE_GLSLF);
     measure("1,000 Cg programs bound/library", [&] {
         for (int i = 0; i < kBinds; ++i)
             cgGLBindProgram(programs[i & 1]);
     });
-    cgGLDisableProfile(CG_PROFILE_ARBFP1);
+    cgGLDisableProfile(CG_PROFILE_GLSLF);
 
     const PipelineCalls gl;
     GLuint names[2] = {};

@@ -3,6 +3,8 @@
 #include "language/State.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace orlocg {
 
@@ -41,6 +43,7 @@ std::optional<std::string> statePathOf(const Expression& e) {
 
 void Checker::check(ExpressionPtr& e) {
     using Kind = Expression::Kind;
+    const bool isOwner = std::exchange(fIsOwner, false);
     switch (e->kind) {
     case Kind::Number:
     case Kind::Convert:
@@ -74,6 +77,25 @@ void Checker::check(ExpressionPtr& e) {
     case Kind::List:
         fail(*e, "a list of values can stand only where a variable is declared");
     }
+    if (!isOwner)
+        noteUse(*e);
+}
+
+void Checker::checkOwner(ExpressionPtr& e) {
+    fIsOwner = true;
+    check(e);
+}
+
+/// Takes note of what of a variable is used: members down to the first element of an array.
+void Checker::noteUse(const Expression& e) {
+    using Kind = Expression::Kind;
+    std::string path;
+    const Expression* root = &e;
+    for (; root->kind == Kind::Member || root->kind == Kind::Index || root->kind == Kind::Swizzle;
+         root = root->operands[0].get())
+        path = root->kind == Kind::Member ? joined({".", root->text, path}) : std::string();
+    if (root->kind == Kind::Name)
+        root->variable->partsUsed.insert(path);
 }
 
 void Checker::checkName(Expression& e) {
@@ -81,6 +103,15 @@ void Checker::checkName(Expression& e) {
         const auto found = fScopes[i].find(e.text);
         if (found != fScopes[i].end())
             e.variable = found->second;
+    }
+    const Member* member =
+        e.variable || !fFunction || !fFunction->owner ? nullptr : fFunction->owner->structure->find(e.text);
+    if (member) {
+        e.kind = Expression::Kind::Member;
+        e.operands.push_back(makeThis(e.at));
+        e.type = member->type;
+        e.isAssignable = true;
+        return;
     }
     if (!e.variable) {
         const auto found = fGlobals.find(e.text);
@@ -161,32 +192,40 @@ void Checker::checkAssignment(Expression& e) {
 void Checker::checkChoice(Expression& e) {
     for (ExpressionPtr& operand : e.operands)
         check(operand);
-    wantNumbers(*e.operands[0], "the condition of '? :'");
-    const Type* yes = e.operands[1]->type;
-    const Type* no = e.operands[2]->type;
-    const Type* condition = e.operands[0]->type;
-    if (yes->isNumeric() && no->isNumeric()) {
-        const bool areBools = yes->isBool() && no->isBool();
-        e.type = common(e, yes, no);
-        if (condition->size() > 1 && e.type->isScalar())
-            e.type = fTypes.withScalar(condition, e.type->scalar);
-        if (areBools)
-            e.type = fTypes.withScalar(e.type, Scalar::Bool);
-        if (condition->size() > 1 && (condition->isMatrix() || condition->size() < e.type->size()))
-            fail(e,
-                 "a condition of " + nameOf(condition) + " can't choose among values of " + nameOf(e.type));
-        convert(e.operands[1], e.type, "a value of '? :'");
-        convert(e.operands[2], e.type, "a value of '? :'");
-        const Type* shape = condition->size() > 1 ? fTypes.vector(Scalar::Bool, e.type->columns)
-                                                  : fTypes.scalar(Scalar::Bool);
-        return convert(e.operands[0], shape, "the condition of '? :'");
+    const size_t last = e.operands.size() - 1;
+    const Type* type = e.operands[last]->type;
+    for (size_t i = last; i >= 2; i -= 2) { // from the inside
+        const Type* condition = e.operands[i - 2]->type;
+        const Type* value = e.operands[i - 1]->type;
+        wantNumbers(*e.operands[i - 2], "the condition of '? :'");
+        if (value->isNumeric() && type->isNumeric()) {
+            const bool areBools = value->isBool() && type->isBool();
+            type = common(e, value, type);
+            if (condition->size() > 1 && type->isScalar())
+                type = fTypes.withScalar(condition, type->scalar);
+            if (areBools)
+                type = fTypes.withScalar(type, Scalar::Bool);
+            if (condition->size() > 1 && (condition->isMatrix() || condition->size() < type->size()))
+                fail(e,
+                     "a condition of " + nameOf(condition) + " can't choose among values of " + nameOf(type));
+        } else if (value != type) {
+            fail(e, "'? :' can't choose between " + nameOf(value) + " and " + nameOf(type));
+        } else if (holdsSampler(type)) {
+            fail(e, "'? :' can't choose between samplers");
+        }
     }
-    if (yes != no)
-        fail(e, "'? :' can't choose between " + nameOf(yes) + " and " + nameOf(no));
-    if (holdsSampler(yes))
-        fail(e, "'? :' can't choose between samplers");
-    e.type = yes;
-    convert(e.operands[0], fTypes.scalar(Scalar::Bool), "the condition of '? :'");
+    e.type = type;
+    for (size_t i = 0; i <= last; ++i) {
+        if (i == last || i % 2 == 1) {
+            if (type->isNumeric())
+                convert(e.operands[i], type, "a value of '? :'");
+            continue;
+        }
+        const bool chooses = type->isNumeric() && e.operands[i]->type->size() > 1;
+        convert(e.operands[i],
+                chooses ? fTypes.vector(Scalar::Bool, type->columns) : fTypes.scalar(Scalar::Bool),
+                "the condition of '? :'");
+    }
 }
 
 bool Checker::checkState(ExpressionPtr& e) {
@@ -214,7 +253,7 @@ bool Checker::checkState(ExpressionPtr& e) {
 }
 
 void Checker::checkIndex(ExpressionPtr& e) {
-    check(e->operands[0]);
+    checkOwner(e->operands[0]);
     check(e->operands[1]);
     const Type* of = e->operands[0]->type;
     Expression& index = *e->operands[1];
@@ -243,9 +282,11 @@ void Checker::checkIndex(ExpressionPtr& e) {
 }
 
 void Checker::checkMember(ExpressionPtr& e) {
-    check(e->operands[0]);
+    checkOwner(e->operands[0]);
     const Type* of = e->operands[0]->type;
-    if (of->isStruct()) {
+    if (of->isArray() && e->text == "length") {
+        makeLength(*e);
+    } else if (of->isStruct()) {
         const Member* member = of->structure->find(e->text);
         if (!member)
             fail(*e, "the struct " + of->structure->name + " has no member " + inQuotes(e->text));
@@ -258,6 +299,13 @@ void Checker::checkMember(ExpressionPtr& e) {
     } else {
         fail(*e, nameOf(of) + " has no members");
     }
+}
+
+void Checker::makeLength(Expression& e) {
+    e.number = e.operands[0]->type->length;
+    e.kind = Expression::Kind::Number;
+    e.operands.clear();
+    e.type = fTypes.scalar(Scalar::Int);
 }
 
 void Checker::makeVectorSwizzle(Expression& e, const Type* of) {
@@ -308,20 +356,101 @@ void Checker::checkCall(ExpressionPtr& e) {
         return checkConstruct(e);
     for (ExpressionPtr& operand : e->operands)
         check(operand);
+    if (e->isMethod)
+        return checkMethodCall(*e);
+    if (fFunction && fFunction->owner && hasMethod(fFunction->owner, e->text)) {
+        e->operands.insert(e->operands.begin(), makeThis(e->at));
+        return checkMethodCall(*e);
+    }
     const auto found = fFunctions.find(e->text);
     if (found != fFunctions.end())
         return checkUserCall(*e, found->second);
-    if (const LibraryFunction* function = findLibrary(e->text))
+    const bool isOfTwo = e->text == "atan" && e->operands.size() == 2;
+    if (const LibraryFunction* function = findLibrary(isOfTwo ? "atan2" : e->text)) {
+        if (function->rule == LibraryRule::Clip && fStage == Stage::Vertex)
+            fail(*e, "a vertex program can't discard");
         return fLibrary.check(*e, *function);
+    }
     if (const std::optional<TextureCall> call = parseTextureCall(e->text))
         return fLibrary.check(*e, *call);
     fail(*e, "there is no function " + inQuotes(e->text));
+}
+
+bool Checker::hasMethod(const Type* type, std::string_view name) {
+    const auto& methods = type->structure->methods;
+    return std::any_of(methods.begin(), methods.end(),
+                       [&](const Function* each) { return each->name == name; });
+}
+
+/// What a method was called of.
+ExpressionPtr Checker::makeThis(const Location& at) {
+    auto made = std::make_unique<Expression>();
+    made->at = at;
+    made->kind = Expression::Kind::Name;
+    made->text = "this";
+    made->variable = fFunction->parameters[0].get();
+    made->type = made->variable->type;
+    made->isAssignable = true;
+    return made;
+}
+
+void Checker::checkMethodCall(Expression& e) {
+    const Type* owner = e.operands[0]->type;
+    if (owner->isArray() && e.text == "length" && e.operands.size() == 1)
+        return makeLength(e);
+    if (!owner->isStruct() || !hasMethod(owner, e.text))
+        fail(e, nameOf(owner) + " has no function " + inQuotes(e.text));
+    std::vector<Function*> methods;
+    std::copy_if(owner->structure->methods.begin(), owner->structure->methods.end(),
+                 std::back_inserter(methods), [&](const Function* each) { return each->name == e.text; });
+    checkUserCall(e, methods);
+}
+
+bool Checker::isOpenFunction(const Function& function) {
+    return std::any_of(function.parameters.begin(), function.parameters.end(),
+                       [](const std::unique_ptr<Variable>& each) { return isOpen(each->type); });
+}
+
+/// The type that a parameter has when it is given something.
+const Type* Checker::closed(const Type* type, const Type* given) {
+    if (type->isArray() && given->isArray())
+        return fTypes.array(closed(type->element, given->element), given->length);
+    return isOpen(type) ? given : type;
+}
+
+/// A function for what it is called with, where that decides what its parameters are.
+Function& Checker::closedFor(const Expression& call, Function& function) {
+    constexpr size_t kMostCopies = 500;
+    constexpr size_t kMostCopied = 200'000;
+    if (!isOpenFunction(function))
+        return function;
+    std::vector<const Type*> types = {};
+    for (size_t i = 0; i < function.parameters.size(); ++i) {
+        const Type* type = function.parameters[i]->type;
+        types.push_back(i < call.operands.size() ? closed(type, call.operands[i]->type) : type);
+    }
+    Function*& known = fCopies[{&function, types}];
+    if (known)
+        return *known;
+    if (function.isBeingChecked)
+        fail(call, "the function " + inQuotes(function.name) + " calls itself");
+    fCopied += function.tokens;
+    if (fCopies.size() > kMostCopies || fCopied > kMostCopied)
+        fail(call,
+             "functions for arrays of any length, or for interfaces, are called with too many kinds of them");
+    std::unique_ptr<Function> copy = copyOf(function);
+    copy->origin = &function;
+    for (size_t i = 0; i < types.size(); ++i)
+        copy->parameters[i]->type = types[i];
+    fProgram.methods.push_back(std::move(copy));
+    return *(known = fProgram.methods.back().get());
 }
 
 /// Chooses the overload whose arguments have to change least.
 void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candidates) {
     Function* best = nullptr;
     int bestCost = kNever;
+    int bestRank = 0;
     for (Function* candidate : candidates) {
         const auto& parameters = candidate->parameters;
         if (e.operands.size() > parameters.size())
@@ -331,16 +460,20 @@ void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candida
             const Variable& parameter = *parameters[i];
             if (i >= e.operands.size())
                 cost += parameter.initializer ? 0 : kNever;
-            else if (parameter.direction != Direction::In && !e.operands[i]->isAssignable)
+            else if (parameter.direction != Direction::In && !e.operands[i]->isAssignable &&
+                     !(candidate->owner && i == 0)) // whether a method writes there is not known yet
                 cost = kNever;
             else
-                cost += parameter.direction == Direction::Out ? costOf(parameter.type, e.operands[i]->type)
-                                                              : costOf(e.operands[i]->type, parameter.type);
+                cost += parameter.direction == Direction::Out && !isOpen(parameter.type)
+                            ? costOf(parameter.type, e.operands[i]->type)
+                            : costOf(e.operands[i]->type, parameter.type);
         }
-        // A definition stands before its own declarations.
-        if (cost < bestCost || (cost == bestCost && best && !best->body && candidate->body)) {
+        // Among equals the one of the profile goes first, and a definition before its own declarations.
+        const int rank = (candidate->profile.empty() ? 0 : 2) + (candidate->body ? 1 : 0);
+        if (cost < bestCost || (cost == bestCost && best && rank > bestRank)) {
             best = candidate;
             bestCost = cost;
+            bestRank = rank;
         }
     }
     if (!best) {
@@ -351,6 +484,8 @@ void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candida
     }
     if (!best->body)
         fail(e, "the function " + inQuotes(e.text) + " is declared, and has no body");
+    best = &closedFor(e, *best);
+    checkFunction(*best);
     for (size_t i = 0; i < best->parameters.size(); ++i) {
         const Variable& parameter = *best->parameters[i];
         if (i < e.operands.size() && parameter.direction == Direction::In)
@@ -360,7 +495,6 @@ void Checker::checkUserCall(Expression& e, const std::vector<Function*>& candida
     }
     e.function = best;
     e.type = best->returns;
-    checkFunction(*best);
 }
 
 } // namespace orlocg

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "check/LibraryCalls.h"
+#include "language/Constants.h"
 
 #include <map>
 #include <set>
@@ -21,6 +22,7 @@ public:
 private:
     using Scope = std::map<std::string, Variable*, std::less<>>;
 
+    [[noreturn]] void failWithoutEntry(const std::string& entry);
     void checkFunction(Function& function);
     void checkGlobal(Variable& global);
     void checkVariable(Variable& variable);
@@ -30,6 +32,7 @@ private:
     void checkCondition(ExpressionPtr& condition, const char* of);
     void checkReturn(Statement& statement);
     void checkDiscard(Statement& statement);
+    void checkSwitch(Statement& statement);
     void declare(Variable& variable);
 
     void check(ExpressionPtr& expression);
@@ -40,11 +43,22 @@ private:
     void checkChoice(Expression& e);
     void checkIndex(ExpressionPtr& e);
     void checkMember(ExpressionPtr& e);
+    /// Checks what a member or an element is picked of: of that, only the pick is used.
+    void checkOwner(ExpressionPtr& e);
+    static void noteUse(const Expression& e);
     bool checkState(ExpressionPtr& e);
     void checkCall(ExpressionPtr& e);
     void checkUserCall(Expression& e, const std::vector<Function*>& candidates);
+    void checkMethodCall(Expression& e);
+    static bool hasMethod(const Type* type, std::string_view name);
+    ExpressionPtr makeThis(const Location& at);
+    static bool isOpenFunction(const Function& function);
+    const Type* closed(const Type* type, const Type* given);
+    Function& closedFor(const Expression& call, Function& function);
+    [[noreturn]] void failOpen(const Variable& variable) const;
     void checkConstruct(ExpressionPtr& e);
 
+    void makeLength(Expression& e);
     void makeVectorSwizzle(Expression& e, const Type* of);
     void makeMatrixSwizzle(Expression& e, const Type* of);
     void endSwizzle(Expression& e, const Type* of);
@@ -58,13 +72,20 @@ private:
     Program& fProgram;
     Stage fStage;
     LibraryCalls fLibrary;
+    Constants fConstants;
     std::map<std::string, std::vector<Function*>, std::less<>> fFunctions;
     Scope fGlobals;
     std::vector<Scope> fScopes;
     std::set<const Variable*> fCheckedGlobals;
+    /// Functions for certain types of parameters, by the one that they are copies of.
+    std::map<std::pair<Function*, std::vector<const Type*>>, Function*> fCopies;
+    size_t fCopied = 0; ///< tokens
     Function* fFunction = nullptr;
+    bool fIsOwner = false; ///< what is checked next is one
     int fLoops = 0;
+    int fSwitches = 0;
     int fDepth = 0;
+    int fGlobalsDepth = 0;
 };
 
 } // namespace orlocg

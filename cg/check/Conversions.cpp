@@ -42,7 +42,9 @@ int Conversions::costOf(const Type* from, const Type* to) {
     if (from->isSampler() && to->isSampler())
         return from->sampler == SamplerKind::Any || to->sampler == SamplerKind::Any ? 1 : kNever;
     if (from->isArray() && to->isArray())
-        return from->length == to->length ? costOf(from->element, to->element) : kNever;
+        return from->length == to->length || to->length == 0 ? costOf(from->element, to->element) : kNever;
+    if (from->isStruct() && to->isStruct())
+        return from->structure->implements(to->structure) ? 1 : kNever;
     if (!from->isNumeric() || !to->isNumeric())
         return kNever;
     int cost = 0;

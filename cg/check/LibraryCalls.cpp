@@ -81,6 +81,19 @@ void LibraryCalls::check(Expression& e, const LibraryFunction& function) {
         return checkMatrixFunction(e, rule);
     case Rule::Multiply:
         return checkMultiply(e);
+    case Rule::Pack2:
+    case Rule::Pack4:
+        convertAll(e, 1, fTypes.vector(Scalar::Float, rule == Rule::Pack2 ? 2 : 4));
+        e.type = fTypes.scalar(Scalar::Float);
+        break;
+    case Rule::Unpack2:
+    case Rule::Unpack4:
+        convertAll(e, 1, fTypes.scalar(Scalar::Float));
+        e.type = fTypes.vector(Scalar::Float, rule == Rule::Unpack2 ? 2 : 4);
+        break;
+    case Rule::Clip:
+        e.type = unify(e, 1, 1);
+        break;
     case Rule::SinCos:
     case Rule::Split:
         e.type = unify(e, rule == Rule::SinCos ? 3 : 2, 1);
@@ -89,7 +102,7 @@ void LibraryCalls::check(Expression& e, const LibraryFunction& function) {
     }
     if (e.type->isMatrix())
         fail(e, inQuotes(e.text) + " takes no matrix");
-    if (function.rule == Rule::SinCos)
+    if (function.rule == Rule::SinCos || function.rule == Rule::Clip)
         e.type = fTypes.voidType();
 }
 
@@ -152,7 +165,12 @@ void LibraryCalls::check(Expression& e, const TextureCall& call) {
     if (!sampler->isSampler() || (sampler->sampler != call.sampler && sampler->sampler != SamplerKind::Any))
         fail(e, inQuotes(e.text) + " takes " + nameOf(fTypes.sampler(call.sampler)) + ", and is given " +
                     nameOf(sampler));
-    const unsigned n = call.dimensions();
+    const bool isPlainOrProjective = call.form == Form::Plain || call.form == Form::Projective;
+    const bool isFlat = call.sampler != SamplerKind::Cube && !call.isOfLayers();
+    if ((sampler->isShadow && !isPlainOrProjective) ||
+        (call.form == Form::Projective && (call.isOfLayers() || (sampler->isShadow && !isFlat))))
+        fail(e, inQuotes(e.text) + " can't be asked of " + nameOf(sampler));
+    const unsigned n = call.coordinates();
     Expression& coordinate = *e.operands[1];
     wantNumbers(coordinate, "a texture coordinate");
     unsigned size = std::max<unsigned>(coordinate.type->isMatrix() ? 0U : coordinate.type->columns, 1);
@@ -168,12 +186,12 @@ void LibraryCalls::check(Expression& e, const TextureCall& call) {
     case Form::Plain: {
         // One number more asks for a comparison of depths; a longer vector is cut.
         const bool compares =
-            size == n + 1 && call.sampler != SamplerKind::Dim3 && call.sampler != SamplerKind::Cube;
+            sampler->isShadow || (size == n + 1 && isFlat && call.sampler != SamplerKind::Dim3);
         want(compares ? n + 1 : n, Scalar::Float);
         break;
     }
     case Form::Projective:
-        want(size > n + 1 ? 4 : n + 1, Scalar::Float);
+        want(sampler->isShadow ? n + 2 : size > n + 1 ? 4 : n + 1, Scalar::Float);
         break;
     case Form::Biased:
     case Form::Level:
@@ -189,7 +207,7 @@ void LibraryCalls::check(Expression& e, const TextureCall& call) {
     }
     const size_t extra = e.operands.size() - 2;
     const auto shape = [&](Scalar scalar) {
-        return n == 1 ? fTypes.scalar(scalar) : fTypes.vector(scalar, n);
+        return call.dimensions() == 1 ? fTypes.scalar(scalar) : fTypes.vector(scalar, call.dimensions());
     };
     for (size_t i = 0; i < extra; ++i) {
         const bool isOffset = extra == 1 || i == 2;

@@ -3,36 +3,19 @@
 #include "OpenGL.h"
 #include "objects/Objects.h"
 
-#include <new>
 #include <vector>
 
-// What the binding keeps of programs and parameters in GL.
+// What the binding keeps of programs in GL.
 
 namespace orlocg {
-
-/// A leaf's values, and where GL keeps them.
-struct LeafState : Extension {
-    std::vector<float> values;
-    GLint location = -1;
-    GLuint texture = 0;
-};
 
 struct LoadedProgram : Extension {
     explicit LoadedProgram(GLuint program) : name(program) {}
     ~LoadedProgram() override;
 
     GLuint name;
+    std::vector<const ParameterObject*> samplers; ///< that GL kept
 };
-
-/// Calls `work`; a lack of memory becomes an error.
-template <typename Work>
-void guarded(Work&& work) {
-    try {
-        work();
-    } catch (const std::bad_alloc&) {
-        orlocg_raise(CG_MEMORY_ALLOC_ERROR);
-    }
-}
 
 /// GL with separate programs, and a current context; else null and an error.
 const GL* usableGL();
@@ -43,12 +26,15 @@ const GL* usableGL(void*& context);
 /// What was made of a program; null: it is not loaded.
 LoadedProgram* loaded(const ProgramObject& program);
 
-LeafState& stateOf(ParameterObject& leaf);
+/// Binds a texture to a sampler's unit, if the program uses it. Unit 0 is active then.
+void bindSampler(const GL& gl, const ParameterObject& sampler, GLuint texture);
 
-/// Hands a leaf's values to its program, if that is loaded and uses them.
-void upload(ParameterObject& leaf);
-
-/// The same of elements of an array, in one call.
-void uploadElements(ParameterObject& array, size_t first, size_t count);
+/// The texture coordinates and the generic attributes that a vertex program's resource can be.
+constexpr bool isTexCoord(int resource) {
+    return resource >= CG_TEXCOORD0 && resource <= CG_TEXCOORD7;
+}
+constexpr bool isGeneric(int resource) {
+    return resource >= CG_ATTR0 && resource <= CG_ATTR15;
+}
 
 } // namespace orlocg

@@ -67,6 +67,7 @@ GL findAll() {
     Finder find;
     find(gl.currentGlxContext, "glXGetCurrentContext");
     find(gl.getString, "glGetString");
+    find(gl.getError, "glGetError");
     find(gl.getFloatv, "glGetFloatv");
     find(gl.bindTexture, "glBindTexture");
     find(gl.color4f, "glColor4f");

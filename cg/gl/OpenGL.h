@@ -9,6 +9,7 @@ namespace orlocg {
 /// The entry points of OpenGL that the binding calls, found once, when the first is needed.
 struct GL {
     decltype(&::glGetString) getString;
+    decltype(&::glGetError) getError;
     decltype(&::glGetFloatv) getFloatv;
     decltype(&::glBindTexture) bindTexture;
     decltype(&::glColor4f) color4f;

@@ -1,12 +1,16 @@
 #include "Loaded.h"
+#include "objects/GlslNames.h"
 #include "objects/Names.h"
+#include "objects/Values.h"
 
 #include <Cg/cgGL.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <map>
 #include <string>
+#include <utility>
 
 // Each Cg program is a GL program of one stage. Those that are bound and enabled stand in a pipeline object,
 // of which there is one for each context; a stage that is empty is GL's own.
@@ -25,9 +29,10 @@ struct Pipeline {
     bool isBound = false;
 };
 
-struct Binding {
+struct Bound {
     const LoadedProgram* bound[2] = {}; ///< null: none, or it is gone
     bool isEnabled[2] = {};
+    bool isDebugging = false;
     std::map<void*, Pipeline> pipelines; ///< by context
 
     // The one asked for last: most programs draw in one context.
@@ -35,13 +40,13 @@ struct Binding {
     Pipeline* last = nullptr;
 };
 
-Binding& binding() {
-    static Binding theBinding;
+Bound& binding() {
+    static Bound theBinding;
     return theBinding;
 }
 
 Pipeline& pipelineOf(void* context) {
-    Binding& all = binding();
+    Bound& all = binding();
     if (!all.last || all.lastContext != context) {
         all.last = &all.pipelines[context];
         all.lastContext = context;
@@ -62,7 +67,7 @@ void send(const LoadedProgram& program, GLint location, const Type* type, size_t
     static std::vector<GLint> whole;
     whole.resize(count * size);
     std::transform(values, values + whole.size(), whole.begin(),
-                   [](float value) { return static_cast<GLint>(value); });
+                   [](float value) { return numberFrom<GLint>(value); });
     gl.uniformInts[size - 1](program.name, location, elements, whole.data());
 }
 
@@ -101,76 +106,28 @@ LoadedProgram* loaded(const ProgramObject& program) {
     return static_cast<LoadedProgram*>(program.extension.get());
 }
 
-LeafState& stateOf(ParameterObject& leaf) {
-    if (!leaf.extension) {
-        auto state = std::make_unique<LeafState>();
-        if (leaf.type->isNumeric()) {
-            state->values.assign(leaf.type->size(), 0.0F);
-            std::transform(leaf.initial.begin(), leaf.initial.end(), state->values.begin(),
-                           [](double value) { return static_cast<float>(value); });
-        }
-        leaf.extension = std::move(state);
-    }
-    return static_cast<LeafState&>(*leaf.extension);
-}
-
-void upload(ParameterObject& leaf) {
-    const LoadedProgram* program = loaded(*leaf.program);
-    const LeafState& state = stateOf(leaf);
-    if (program && state.location >= 0)
-        send(*program, state.location, leaf.type, 1, state.values.data());
-}
-
-void uploadElements(ParameterObject& array, size_t first, size_t count) {
-    const LoadedProgram* program = loaded(*array.program);
-    if (!program || count == 0 || stateOf(*array.parts[first]).location < 0)
-        return;
-    static std::vector<float> values;
-    values.clear();
-    for (size_t i = first; i < first + count; ++i) {
-        const std::vector<float>& own = stateOf(*array.parts[i]).values;
-        values.insert(values.end(), own.begin(), own.end());
-    }
-    send(*program, stateOf(*array.parts[first]).location, array.type->element, count, values.data());
+void bindSampler(const GL& gl, const ParameterObject& sampler, GLuint texture) {
+    if (sampler.location < 0)
+        return; // the program doesn't use it
+    constexpr std::array<GLenum, 8> kTargets = {
+        GL_TEXTURE_2D,        GL_TEXTURE_1D,       GL_TEXTURE_2D,       GL_TEXTURE_3D,
+        GL_TEXTURE_RECTANGLE, GL_TEXTURE_CUBE_MAP, GL_TEXTURE_1D_ARRAY, GL_TEXTURE_2D_ARRAY};
+    gl.activeTexture(GL_TEXTURE0 + static_cast<GLenum>(sampler.unit));
+    gl.bindTexture(kTargets[static_cast<size_t>(sampler.type->sampler)], texture);
+    gl.activeTexture(GL_TEXTURE0);
 }
 
 namespace {
 
 // Loading and binding.
 
-/// Calls `use` with every leaf below a parameter and its GLSL name. Arrays of arrays are one array there, in
-/// which `place` counts.
-template <typename Use>
-void forEachLeaf(ParameterObject& parameter, const std::map<std::string, std::string>& names,
-                 const std::string& whole, size_t place, Use&& use) {
-    const auto found = names.find(parameter.name);
-    const bool isNamed = found != names.end();
-    const std::string& glsl = isNamed ? found->second : whole;
-    const size_t start = isNamed ? 0 : place;
-    if (parameter.isLeaf())
-        return use(parameter, isNamed ? glsl : glsl + "[" + std::to_string(start) + "]");
-    for (size_t i = 0; i < parameter.parts.size(); ++i)
-        forEachLeaf(*parameter.parts[i], names, glsl, start * parameter.parts.size() + i, use);
-}
-
-template <typename Use>
-void forEachLeaf(ProgramObject& program, Use&& use) {
-    std::map<std::string, std::string> names;
-    for (const Parameter& parameter : program.compiled->parameters)
-        for (const Leaf& leaf : parameter.leaves)
-            names[leaf.path] = leaf.glsl;
-    for (auto& list : program.parameters)
-        for (const std::unique_ptr<ParameterObject>& parameter : list)
-            if (parameter->isUniform)
-                forEachLeaf(*parameter, names, "", 0, use);
-}
-
 /// Compiles and links; 0 where GL refuses, and the context's listing says why.
 GLuint makeProgram(const GL& gl, ProgramObject& program) {
     const bool isVertex = program.options.stage == Stage::Vertex;
     const GLuint shader = gl.createShader(isVertex ? GL_VERTEX_SHADER : GL_FRAGMENT_SHADER);
     const GLuint name = gl.createProgram();
-    const char* text = program.compiled->glsl.c_str();
+    const std::string glsl = program.glsl();
+    const char* text = glsl.c_str();
     gl.shaderSource(shader, 1, &text, nullptr);
     gl.compileShader(shader);
     gl.programParameteri(name, GL_PROGRAM_SEPARABLE, GL_TRUE);
@@ -193,24 +150,44 @@ GLuint makeProgram(const GL& gl, ProgramObject& program) {
     return isLinked ? name : 0;
 }
 
+/// Finds a loaded program's uniforms and gives them their values.
+void fill(const GL& gl, ProgramObject& program) {
+    LoadedProgram& to = *loaded(program);
+    to.samplers.clear();
+    forEachLeaf(program, [&](ParameterObject& leaf, const std::string& glsl) {
+        leaf.location = gl.getUniformLocation(to.name, glsl.c_str());
+        if (leaf.location < 0)
+            return;
+        if (leaf.type->isNumeric())
+            return send(to, leaf.location, leaf.type, 1, valuesOf(leaf).data());
+        gl.uniformInts[0](to.name, leaf.location, 1, &leaf.unit);
+        to.samplers.push_back(&leaf);
+    });
+    for (ParameterObject* waiting : std::exchange(program.waiting, {}))
+        waiting->isWaiting = false;
+}
+
+/// GL errors that a call left, in debug mode: they are an error of the runtime's then.
+void checkDebug(const GL& gl, CGerror error) {
+    bool failed = false;
+    while (binding().isDebugging && gl.getError() != GL_NO_ERROR)
+        failed = true;
+    if (failed)
+        orlocg_raise(error);
+}
+
 void load(ProgramObject& program) {
     const GL* gl = usableGL();
-    if (!gl || !program.compiled)
-        return;
+    if (!gl || !orlocg_compileForUse(&program))
+        return gl ? orlocg_raise(CG_COMPILER_ERROR) : void();
     if (!loaded(program)) {
         const GLuint name = makeProgram(*gl, program);
         if (name == 0)
             return orlocg_raise(CG_PROGRAM_LOAD_ERROR);
         program.extension = std::make_unique<LoadedProgram>(name);
     }
-    const GLuint name = loaded(program)->name;
-    forEachLeaf(program, [&](ParameterObject& leaf, const std::string& glsl) {
-        const GLint location = stateOf(leaf).location = gl->getUniformLocation(name, glsl.c_str());
-        if (leaf.type->isNumeric())
-            upload(leaf);
-        else if (leaf.type->isSampler() && location >= 0)
-            gl->uniformInts[0](name, location, 1, &leaf.unit);
-    });
+    fill(*gl, program);
+    checkDebug(*gl, CG_PROGRAM_LOAD_ERROR);
 }
 
 /// The current context's pipeline, made anew where it is none: a new context may be where an old one was.
@@ -256,9 +233,139 @@ void setEnabled(int stage, bool on) {
         guarded([&] { apply(*gl, context); });
 }
 
-int stageOf(CGprofile profile) {
-    return isVertexProfile(profile) ? kVertex : kFragment;
+int stageOf(const ProgramObject& program) {
+    return program.options.stage == Stage::Vertex ? kVertex : kFragment;
 }
+
+/// The stage that programs of a profile take; -1 and an error: there are none. Materials enable the two
+/// profiles that are the latest again and again.
+int stageOf(CGprofile profile) {
+    if (profile == CG_PROFILE_GLSLV || profile == CG_PROFILE_GLSLF)
+        return profile == CG_PROFILE_GLSLV ? kVertex : kFragment;
+    if (isCompiledFor(profile))
+        return isVertexProfile(profile) ? kVertex : kFragment;
+    orlocg_raise(CG_INVALID_PROFILE_ERROR);
+    return -1;
+}
+
+/// Puts a stage's program, null for none, in its place.
+void bind(int stage, const LoadedProgram* program) {
+    binding().bound[stage] = program;
+    void* context = nullptr;
+    const GL* gl = binding().isEnabled[stage] ? usableGL(context) : nullptr;
+    if (!gl)
+        return;
+    // Under way in this context: only the stage changes, as from material to material.
+    if (Pipeline& pipeline = pipelineOf(context); pipeline.isBound && program)
+        fillStages(*gl, pipeline);
+    else
+        apply(*gl, context);
+    checkDebug(*gl, CG_PROGRAM_BIND_ERROR);
+}
+
+void bind(ProgramObject& program) {
+    if (!loaded(program))
+        return orlocg_raise(CG_PROGRAM_NOT_LOADED_ERROR);
+    bind(stageOf(program), loaded(program));
+    if (!program.waiting.empty() || program.readsBuffers)
+        orlocg_sendWaiting(&program);
+    const GL* gl = program.context->managesTextures ? usableGL() : nullptr;
+    for (const ParameterObject* sampler : loaded(program)->samplers)
+        if (gl && sampler->texture != 0)
+            bindSampler(*gl, *sampler, sampler->texture);
+}
+
+void unload(ProgramObject& program) {
+    if (!loaded(program))
+        return;
+    const int stage = stageOf(program);
+    if (binding().bound[stage] == loaded(program))
+        bind(stage, nullptr);
+    forEachLeaf(program, [](ParameterObject& leaf, const std::string&) { leaf.location = -1; });
+    program.extension.reset();
+}
+
+/// Calls `use` with the programs that a program is made of, itself where it isn't combined.
+template <typename Use>
+void forEachStage(CGprogram handle, Use&& use) {
+    ProgramObject* program = orlocg_findProgram(handle);
+    if (!program)
+        return;
+    guarded([&] {
+        for (const std::unique_ptr<ProgramObject>& stage : program->domains)
+            use(*stage);
+        if (program->domains.empty())
+            use(*program);
+    });
+}
+
+class GLBinding : public Binding {
+public:
+    GLBinding() { orlocg_setBinding(this); }
+    ~GLBinding() override { orlocg_setBinding(nullptr); }
+
+    void send(const ParameterObject& leaf) override {
+        if (leaf.location >= 0)
+            orlocg::send(*loaded(*leaf.program), leaf.location, leaf.type, 1, leaf.values.data());
+    }
+
+    void sendElements(const ParameterObject& array, size_t first, size_t count) override {
+        if (count == 0 || array.parts[first]->location < 0)
+            return;
+        static std::vector<float> values;
+        values.clear();
+        for (size_t i = first; i < first + count; ++i) {
+            const std::vector<float>& own = valuesOf(*array.parts[i]);
+            values.insert(values.end(), own.begin(), own.end());
+        }
+        orlocg::send(*loaded(*array.program), array.parts[first]->location, array.type->element, count,
+                     values.data());
+    }
+
+    void setAttribute(const ParameterObject& p, const float (&v)[4]) override;
+    void reload(ProgramObject& program) override;
+};
+
+void GLBinding::setAttribute(const ParameterObject& p, const float (&v)[4]) {
+    const GL* gl = usableGL();
+    const int resource = p.resource;
+    if (!gl || p.isOutput || p.program->options.stage != Stage::Vertex)
+        return;
+    if (isTexCoord(resource))
+        gl->multiTexCoord4f(GL_TEXTURE0 + static_cast<GLenum>(resource - CG_TEXCOORD0), v[0], v[1], v[2],
+                            v[3]);
+    else if (resource == CG_COLOR0)
+        gl->color4f(v[0], v[1], v[2], v[3]);
+    else if (resource == CG_COLOR1)
+        gl->secondaryColor3f(v[0], v[1], v[2]);
+    else if (resource == CG_NORMAL0)
+        gl->normal3f(v[0], v[1], v[2]);
+    else if (resource == CG_FOGCOORD)
+        gl->fogCoordf(v[0]);
+    else if (isGeneric(resource))
+        gl->vertexAttrib4f(static_cast<GLuint>(resource - CG_ATTR0), v[0], v[1], v[2], v[3]);
+    else
+        orlocg_raise(CG_INVALID_PARAMETER_ERROR);
+}
+
+/// What is bound stays bound. A program that GL refuses, or that there is no context for, is not loaded any
+/// more.
+void GLBinding::reload(ProgramObject& program) {
+    LoadedProgram& to = *loaded(program);
+    const GL* gl = usableGL();
+    const GLuint name = gl ? makeProgram(*gl, program) : 0;
+    if (name == 0) {
+        unload(program);
+        return gl ? orlocg_raise(CG_PROGRAM_LOAD_ERROR) : void();
+    }
+    gl->deleteProgram(std::exchange(to.name, name));
+    fill(*gl, program);
+    const int stage = stageOf(program);
+    if (binding().bound[stage] == &to)
+        bind(stage, &to);
+}
+
+const GLBinding theGLBinding;
 
 } // namespace
 
@@ -267,57 +374,105 @@ int stageOf(CGprofile profile) {
 using namespace orlocg;
 
 CGbool cgGLIsProfileSupported(CGprofile profile) {
-    return isKnown(profile) && usableGL() != nullptr;
+    return isCompiledFor(profile) && usableGL() != nullptr;
 }
 
 void cgGLEnableProfile(CGprofile profile) {
-    if (!isKnown(profile))
-        return orlocg_raise(CG_INVALID_PROFILE_ERROR);
-    setEnabled(stageOf(profile), true);
+    if (const int stage = stageOf(profile); stage >= 0)
+        setEnabled(stage, true);
 }
 
 void cgGLDisableProfile(CGprofile profile) {
-    if (!isKnown(profile))
-        return orlocg_raise(CG_INVALID_PROFILE_ERROR);
-    setEnabled(stageOf(profile), false);
+    if (const int stage = stageOf(profile); stage >= 0)
+        setEnabled(stage, false);
+}
+
+void cgGLEnableProgramProfiles(CGprogram program) {
+    forEachStage(program, [](const ProgramObject& stage) { cgGLEnableProfile(stage.profile); });
+}
+
+void cgGLDisableProgramProfiles(CGprogram program) {
+    forEachStage(program, [](const ProgramObject& stage) { cgGLDisableProfile(stage.profile); });
 }
 
 CGprofile cgGLGetLatestProfile(CGGLenum profileType) {
-    if (profileType != CG_GL_VERTEX && profileType != CG_GL_FRAGMENT) {
+    switch (profileType) {
+    case CG_GL_VERTEX:
+        return cgGLIsProfileSupported(CG_PROFILE_GLSLV) ? CG_PROFILE_GLSLV : CG_PROFILE_UNKNOWN;
+    case CG_GL_FRAGMENT:
+        return cgGLIsProfileSupported(CG_PROFILE_GLSLF) ? CG_PROFILE_GLSLF : CG_PROFILE_UNKNOWN;
+    case CG_GL_GEOMETRY:
+    case CG_GL_TESSELLATION_CONTROL:
+    case CG_GL_TESSELLATION_EVALUATION:
+        return CG_PROFILE_UNKNOWN;
+    default:
         orlocg_raise(CG_INVALID_ENUMERANT_ERROR);
         return CG_PROFILE_UNKNOWN;
     }
-    const CGprofile latest = profileType == CG_GL_VERTEX ? CG_PROFILE_GLSLV : CG_PROFILE_GLSLF;
-    return cgGLIsProfileSupported(latest) ? latest : CG_PROFILE_UNKNOWN;
 }
 
 void cgGLSetOptimalOptions(CGprofile profile) {
-    if (!isKnown(profile))
+    if (!isCompiledFor(profile))
         orlocg_raise(CG_INVALID_PROFILE_ERROR);
 }
 
-void cgGLLoadProgram(CGprogram handle) {
-    if (ProgramObject* program = orlocg_findProgram(handle))
-        guarded([&] { load(*program); });
+void cgGLSetContextOptimalOptions(CGcontext context, CGprofile profile) {
+    if (orlocg_findContext(context))
+        cgGLSetOptimalOptions(profile);
 }
 
-void cgGLBindProgram(CGprogram handle) {
+const char** cgGLGetOptimalOptions(CGprofile profile) {
+    static const char* none[] = {nullptr};
+    cgGLSetOptimalOptions(profile);
+    return isCompiledFor(profile) ? none : nullptr;
+}
+
+const char** cgGLGetContextOptimalOptions(CGcontext context, CGprofile profile) {
+    return orlocg_findContext(context) ? cgGLGetOptimalOptions(profile) : nullptr;
+}
+
+void cgGLSetDebugMode(CGbool on) {
+    binding().isDebugging = on != CG_FALSE;
+}
+
+void cgGLSetManageTextureParameters(CGcontext handle, CGbool on) {
+    if (ContextObject* context = orlocg_findContext(handle))
+        context->managesTextures = on != CG_FALSE;
+}
+
+CGbool cgGLGetManageTextureParameters(CGcontext handle) {
+    const ContextObject* context = orlocg_findContext(handle);
+    return context && context->managesTextures;
+}
+
+void cgGLLoadProgram(CGprogram program) {
+    forEachStage(program, [](ProgramObject& stage) { load(stage); });
+}
+
+void cgGLUnloadProgram(CGprogram program) {
+    forEachStage(program, [](ProgramObject& stage) { unload(stage); });
+}
+
+CGbool cgGLIsProgramLoaded(CGprogram program) {
+    bool areAll = orlocg_findProgram(program) != nullptr;
+    if (areAll)
+        forEachStage(program, [&](const ProgramObject& stage) { areAll = areAll && loaded(stage); });
+    return areAll;
+}
+
+GLuint cgGLGetProgramID(CGprogram handle) {
     const ProgramObject* program = orlocg_findProgram(handle);
-    if (!program)
-        return;
-    if (!loaded(*program))
-        return orlocg_raise(CG_PROGRAM_NOT_LOADED_ERROR);
-    const int stage = stageOf(program->profile);
-    binding().bound[stage] = loaded(*program);
-    void* context = nullptr;
-    const GL* gl = binding().isEnabled[stage] ? usableGL(context) : nullptr;
-    if (!gl)
-        return;
-    guarded([&] {
-        // Under way in this context: only the stage changes, as from material to material.
-        if (Pipeline& pipeline = pipelineOf(context); pipeline.isBound)
-            fillStages(*gl, pipeline);
-        else
-            apply(*gl, context);
-    });
+    const LoadedProgram* found = program ? loaded(*program) : nullptr;
+    if (program && !found)
+        orlocg_raise(CG_PROGRAM_NOT_LOADED_ERROR);
+    return found ? found->name : 0;
+}
+
+void cgGLBindProgram(CGprogram program) {
+    forEachStage(program, [](ProgramObject& stage) { bind(stage); });
+}
+
+void cgGLUnbindProgram(CGprofile profile) {
+    if (const int stage = stageOf(profile); stage >= 0)
+        guarded([&] { bind(stage, nullptr); });
 }

@@ -1,9 +1,11 @@
 #include "glsl/GlslTypes.h"
 #include "glsl/GlslWriter.h"
+#include "glsl/PositionInput.h"
 #include "language/State.h"
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <utility>
 
@@ -11,56 +13,73 @@
 
 namespace orlocg {
 
-void GlslWriter::addLeaves(const Type* type, const std::string& path, const std::string& glsl,
+namespace {
+
+/// A name for what is at a path.
+std::string nameFor(std::string path) {
+    std::replace_if(
+        path.begin(), path.end(), [](char c) { return c == '.' || c == '[' || c == ']'; }, '_');
+    return path;
+}
+
+/// "[1][0]", of the element of arrays of arrays that is the i-th of one array.
+std::string indicesOf(const Type* array, uint32_t i) {
+    std::string text;
+    for (const Type* each = array; each->isArray(); each = each->element) {
+        const uint32_t stride = flatLength(each->element);
+        text += "[" + std::to_string(i / stride) + "]";
+        i %= stride;
+    }
+    return text;
+}
+
+/// Whether a member in it says that it is uniform, or is a sampler.
+bool holdsUniform(const Type* type) {
+    if (type->isArray())
+        return holdsUniform(type->element);
+    if (!type->isStruct())
+        return type->isSampler();
+    return std::any_of(type->structure->members.begin(), type->structure->members.end(),
+                       [](const Member& member) { return member.isUniform || holdsUniform(member.type); });
+}
+
+} // namespace
+
+void GlslWriter::addLeaves(const Member& of, const std::string& path, const std::string& glsl,
                            Parameter& parameter) {
+    const Type* type = of.type;
     const Type* inner = innermost(type);
+    const std::string below = path.substr(parameter.variable->name.size());
+    const bool isUsed = parameter.variable->uses(below);
     if (type->isStruct()) {
         for (const Member& member : type->structure->members) {
             const bool isSampler = holdsSampler(member.type);
             const std::string name =
                 isSampler && !hasValue(member.type) ? glsl : glsl + "." + memberName(member.name);
-            addLeaves(member.type, path + "." + member.name, name, parameter);
+            addLeaves(member, path + "." + member.name, name, parameter);
         }
     } else if (type->isArray() && inner->isStruct()) {
         for (uint32_t i = 0; i < type->length; ++i) {
             const std::string index = "[" + std::to_string(i) + "]";
-            addLeaves(type->element, path + index, glsl + index, parameter);
+            addLeaves({of.name, type->element, of.semantic}, path + index, glsl + index, parameter);
         }
     } else if (inner->isSampler()) {
-        std::string wanted;
-        for (const char c : path)
-            wanted += c == '.' || c == '[' || c == ']' ? '_' : c;
-        fSamplers[path] = uniqueName(wanted);
-        parameter.leaves.push_back({path, fSamplers[path], type});
+        fSamplers[path] = uniqueName(nameFor(path));
+        parameter.leaves.push_back({path, fSamplers[path], type, of.semantic, isUsed});
     } else if (inner->isNumeric()) {
-        parameter.leaves.push_back({path, glsl, type});
+        parameter.leaves.push_back({path, glsl, type, of.semantic, isUsed});
     }
 }
 
-void GlslWriter::collectInitial(const Expression* e, const Type* type, std::vector<double>& values,
-                                bool& isKnown) const {
-    using Kind = Expression::Kind;
-    std::vector<double> inner;
-    if (e->kind == Kind::Number) {
-        inner.push_back(e->number);
-    } else if (e->kind == Kind::Convert || (e->kind == Kind::Call && e->constructs && !e->isCast) ||
-               (e->kind == Kind::Unary && e->text == "-")) {
-        for (const ExpressionPtr& operand : e->operands)
-            collectInitial(operand.get(), operand->type, inner, isKnown);
-        if (e->kind == Kind::Unary)
-            for (double& value : inner)
-                value = -value;
-    } else {
-        isKnown = false;
-    }
-    const uint64_t wanted = type->isNumeric() ? type->size() : inner.size();
-    if (inner.size() == 1)
-        inner.resize(wanted, inner[0]);
-    if (inner.size() < wanted)
-        isKnown = false;
-    inner.resize(wanted);
-    for (const double value : inner)
-        values.push_back(type->isNumeric() && type->isInt() ? std::trunc(value) : value);
+/// What a uniform is unless it is set.
+void GlslWriter::addInitial(const Variable& variable, Parameter& parameter) {
+    if (!variable.initializer || !hasValue(variable.type))
+        return;
+    if (std::optional<Constants::Values> values = fConstants.of(*variable.initializer))
+        parameter.initial = std::move(*values);
+    else
+        fDiagnostics.warn(variable.at, "the value of " + inQuotes(variable.name) +
+                                           " is no constant; it is 0 until it is set");
 }
 
 /// What of GL's state a uniform stands for, converted to its type.
@@ -81,7 +100,7 @@ std::string GlslWriter::stateFor(const Variable& variable) {
 
 /// A uniform: its declaration, and what a runtime has to know of it.
 void GlslWriter::addParameter(const Variable& variable) {
-    Parameter parameter{&variable, variable.isGlobal, {}, {}};
+    Parameter parameter{&variable, variable.isGlobal, {}, {}, {}};
     const bool isState = variable.semantic.starts_with("state.");
     const std::string name = isState                   ? stateFor(variable)
                              : hasValue(variable.type) ? uniqueName(variable.name)
@@ -98,40 +117,41 @@ void GlslWriter::addParameter(const Variable& variable) {
     }
     if (isState)
         return fOut.parameters.push_back(std::move(parameter));
-    addLeaves(variable.type, variable.name, name, parameter);
-    bool isKnown = variable.initializer != nullptr;
-    if (isKnown)
-        collectInitial(variable.initializer.get(), variable.type, parameter.initial, isKnown);
-    if (!isKnown)
-        parameter.initial.clear();
+    addLeaves({variable.name, variable.type, variable.semantic}, variable.name, name, parameter);
+    addInitial(variable, parameter);
     fOut.parameters.push_back(std::move(parameter));
 }
 
 /// Takes note of the texture coordinates that a varying value's semantic asks for.
-void GlslWriter::reserve(const Type* type, const std::string& semantic, bool isOutput) {
-    if (type->isStruct()) {
-        for (const Member& member : type->structure->members)
-            reserve(member.type, member.semantic, isOutput);
-        return;
-    }
-    const int first = semantic.empty() ? -1 : texCoordOf(Semantic(semantic));
-    const uint32_t count = flatLength(type) * std::max<uint32_t>(innermost(type)->rows, 1);
+void GlslWriter::reserve(const End& end, bool isOutput) {
+    const int first = end.semantic.empty() ? -1 : texCoordOf(Semantic(end.semantic));
+    const uint32_t count = flatLength(end.type) * std::max<uint32_t>(innermost(end.type)->rows, 1);
     for (uint32_t i = 0; first >= 0 && i < std::min<uint32_t>(count, 8); ++i)
         fUsedTexCoords[isOutput].insert(first + static_cast<int>(i));
+    if (isOutput || fOptions.stage == Stage::Fragment || end.semantic.empty())
+        return;
+    // What has a place under another name: "TANGENT", "ATTR9".
+    const Slot slot = inputSlot(Stage::Vertex, Semantic(end.semantic));
+    if (slot.resource.starts_with("TEXCOORD"))
+        fUsedTexCoords[isOutput].insert(texCoordOf(Semantic(slot.resource)));
+    fUsedAttributes.insert(slot.attribute);
 }
 
 /// Where a value goes or comes from, a free texture coordinate where the program doesn't say.
-Semantic GlslWriter::slotFor(const std::string& text, const Type* type, bool isOutput, bool isReturn) {
+Semantic GlslWriter::slotFor(const End& end, bool isOutput) {
+    if (end.isPosition)
+        return {"POSITION", 0};
     const auto slotOf = [&](const Semantic& semantic) {
         return isOutput ? outputSlot(fOptions.stage, semantic) : inputSlot(fOptions.stage, semantic);
     };
-    if (!text.empty() && !slotOf(Semantic(text)).glsl.empty())
-        return Semantic(text);
+    if (!end.semantic.empty() && !slotOf(Semantic(end.semantic)).glsl.empty())
+        return Semantic(end.semantic);
     if (isOutput && fOptions.stage == Stage::Fragment)
         return {"COLOR", 0};
-    if (isOutput && isReturn)
+    if (isOutput && end.isReturn() && end.path.find('.') == std::string::npos)
         return {"POSITION", 0};
-    const int count = static_cast<int>(flatLength(type) * std::max<uint32_t>(innermost(type)->rows, 1));
+    const int count =
+        static_cast<int>(flatLength(end.type) * std::max<uint32_t>(innermost(end.type)->rows, 1));
     for (int first = 0; first + count <= 8; ++first) {
         bool isFree = true;
         for (int i = 0; i < count; ++i)
@@ -142,32 +162,77 @@ Semantic GlslWriter::slotFor(const std::string& text, const Type* type, bool isO
             fUsedTexCoords[isOutput].insert(first + i);
         return {"TEXCOORD", first};
     }
-    return {"VARYING", fVaryings[isOutput]++};
+    if (isOutput || fOptions.stage == Stage::Fragment)
+        return {"VARYING", fVaryings[isOutput]++};
+    constexpr std::array<int, 3> kGeneric = {1, 6, 7}; // that are none of GL's own
+    for (const int attribute : kGeneric)
+        if (count == 1 && fUsedAttributes.insert(attribute).second)
+            return {"ATTR", attribute};
+    fDiagnostics.fail(end.at, "there are more inputs than a vertex has places for");
+}
+
+/// Nothing is drawn from arrays without one of positions: where no input says that it is the position, the
+/// one that it is made of is.
+void GlslWriter::choosePosition(const Function& entry) {
+    std::vector<End*> candidates;
+    std::vector<std::string> paths;
+    for (End& end : fEnds[0]) {
+        const Slot slot = inputSlot(Stage::Vertex, Semantic(end.semantic));
+        if (slot.resource == "POSITION0")
+            return;
+        if (!end.semantic.empty() || !end.type->isVector() || end.type->columns < 2)
+            continue;
+        candidates.push_back(&end);
+        paths.push_back(end.path);
+    }
+    if (candidates.empty())
+        return;
+    std::string position = entry.name;
+    for (const End& end : fEnds[1])
+        if (outputSlot(Stage::Vertex, Semantic(end.semantic)).resource == "HPOS")
+            position = end.path;
+    candidates[findPositionInput(entry, position, paths)]->isPosition = true;
+}
+
+/// Where what is told of an end's leaves is kept.
+std::vector<VaryingLeaf>& GlslWriter::leavesOf(const End& end) {
+    return end.isReturn() ? fOut.results : fOut.parameters[end.parameter].varyings;
 }
 
 /// Moves a varying value between GL and a variable.
-void GlslWriter::varyings(const Type* type, const Semantic& semantic, bool isOutput, const std::string& glsl,
-                          const Location& at, std::string& out) {
+void GlslWriter::varyings(const End& end, const Semantic& semantic, bool isOutput, std::string& out) {
     Types& types = fOut.program->types;
-    const auto part = [&](const Type* of, unsigned i, unsigned stride, const std::string& text) {
-        varyings(of, {semantic.name, semantic.number() + static_cast<int>(i * stride)}, isOutput, text, at,
-                 out);
+    const Type* type = end.type;
+    const auto part = [&](const Type* of, uint32_t i, uint32_t stride, const std::string& path) {
+        varyings(end.part(of, path, end.glsl + "[" + std::to_string(i) + "]"),
+                 {semantic.name, semantic.number() + static_cast<int>(i * stride)}, isOutput, out);
     };
     const Type* inner = innermost(type);
     if (type->isArray()) {
         for (uint32_t i = 0; i < flatLength(type) && i < 16; ++i)
-            part(inner, i, std::max<unsigned>(inner->rows, 1), glsl + "[" + std::to_string(i) + "]");
-        return;
-    }
-    if (isGlslMatrix(type)) {
-        for (unsigned i = 0; i < type->rows; ++i)
-            part(types.vector(type->scalar, type->columns), i, 1, glsl + "[" + std::to_string(i) + "]");
+            part(inner, i, std::max<unsigned>(inner->rows, 1), indicesOf(type, i));
         return;
     }
     const Slot slot = isOutput ? outputSlot(fOptions.stage, semantic) : inputSlot(fOptions.stage, semantic);
     if (slot.glsl.empty() || !type->isNumeric())
-        fDiagnostics.fail(at, "there is no " + std::string(isOutput ? "output " : "input ") + semantic.name +
-                                  std::to_string(semantic.number()) + " here");
+        fDiagnostics.fail(end.at, "there is no " + std::string(isOutput ? "output " : "input ") +
+                                      semantic.name + std::to_string(semantic.number()) + " here");
+    const Parameter* parameter = end.isReturn() ? nullptr : &fOut.parameters[end.parameter];
+    const bool isUsed =
+        !parameter || parameter->variable->uses(end.path.substr(parameter->variable->name.size()));
+    if (!end.isRow)
+        leavesOf(end).push_back({end.path, type, end.semantic, slot.resource, isOutput, isUsed});
+    if (isGlslMatrix(type)) {
+        for (unsigned i = 0; i < type->rows; ++i) {
+            End row = end.part(types.vector(type->scalar, type->columns), "",
+                               end.glsl + "[" + std::to_string(i) + "]");
+            row.isRow = true;
+            varyings(row, {semantic.name, semantic.number() + static_cast<int>(i)}, isOutput, out);
+        }
+        return;
+    }
+    if (!slot.extension.empty())
+        fExtensions.insert(slot.extension);
     if (slot.isDeclared)
         fDeclaredVaryings.insert(slot.glsl);
     if (slot.attribute >= 0 && std::find(fOut.genericAttributes.begin(), fOut.genericAttributes.end(),
@@ -185,10 +250,10 @@ void GlslWriter::varyings(const Type* type, const Semantic& semantic, bool isOut
     if (!isOutput) {
         const bool isWide = size > slot.size;
         const std::string from = isWide ? padded(slot.glsl, slot.size) : slot.glsl;
-        line(out, glsl + " = " + convert(from, vector(isWide ? 4 : slot.size), type) + ";");
+        line(out, end.glsl + " = " + convert(from, vector(isWide ? 4 : slot.size), type) + ";");
         return;
     }
-    const std::string number = convert(glsl, type, vector(size));
+    const std::string number = convert(end.glsl, type, vector(size));
     const bool isNarrow = size < slot.size;
     line(out, slot.glsl + " = " +
                   convert(isNarrow ? padded(number, size) : number, vector(isNarrow ? 4 : size),
@@ -196,7 +261,7 @@ void GlslWriter::varyings(const Type* type, const Semantic& semantic, bool isOut
                   ";");
 }
 
-/// The same member by member, down to what isn't a struct.
+/// The same member by member, down to what isn't a struct. What is uniform neither comes in nor goes out.
 void GlslWriter::addEnds(const End& end, bool isOutput) {
     if (!end.type->isStruct())
         return fEnds[isOutput].push_back(end);
@@ -204,17 +269,81 @@ void GlslWriter::addEnds(const End& end, bool isOutput) {
     const Semantic whole(end.semantic);
     int next = whole.number();
     for (const Member& member : end.type->structure->members) {
+        if (member.isUniform || isAllUniform(member.type))
+            continue;
         const bool isNumbered = !end.semantic.empty() && member.semantic.empty();
-        addEnds({member.type, isNumbered ? whole.name + std::to_string(next++) : member.semantic,
-                 end.glsl + "." + memberName(member.name), end.at},
-                isOutput);
+        End part = end.part(member.type, "." + member.name, end.glsl + "." + memberName(member.name));
+        part.semantic = isNumbered ? whole.name + std::to_string(next++) : member.semantic;
+        addEnds(part, isOutput);
     }
 }
 
 void GlslWriter::moveEnds(bool isOutput, std::string& out) {
-    for (const End& end : fEnds[isOutput])
-        varyings(end.type, slotFor(end.semantic, end.type, isOutput, end.isReturn), isOutput, end.glsl,
-                 end.at, out);
+    for (const End& end : fEnds[isOutput]) {
+        const Semantic place = slotFor(end, isOutput);
+        const Semantic wanted(end.semantic);
+        if (!end.semantic.empty() && (place.name != wanted.name || place.number() != wanted.number()))
+            fDiagnostics.warn(end.at, joined({"there is no ", isOutput ? "output " : "input ", end.semantic,
+                                              " here; it is ", place.name, std::to_string(place.number())}));
+        varyings(end, place, isOutput, out);
+    }
+}
+
+/// Declares a uniform for a part of a parameter that varies in others.
+std::string GlslWriter::addUniform(const Member& of, const std::string& path, Parameter& parameter) {
+    const std::string name = hasValue(of.type) ? uniqueName(nameFor(path)) : nameFor(path);
+    if (hasValue(of.type))
+        fUniforms += "uniform " + declaration(of.type, name) + ";\n";
+    addLeaves(of, path, name, parameter);
+    return name;
+}
+
+/// What is uniform of a parameter that varies otherwise: uniforms of their own, from which the variable that
+/// stands for all of it is filled.
+void GlslWriter::addMixed(const End& end, std::string& out) {
+    if (end.type->isArray() && !isAllUniform(end.type))
+        for (uint32_t i = 0; holdsUniform(end.type) && i < flatLength(end.type); ++i)
+            addMixed(end.part(innermost(end.type), indicesOf(end.type, i),
+                              end.glsl + "[" + std::to_string(i) + "]"),
+                     out);
+    if (!end.type->isStruct())
+        return;
+    for (const Member& member : end.type->structure->members) {
+        const End part = end.part(member.type, "." + member.name, end.glsl + "." + memberName(member.name));
+        if (!member.isUniform && !isAllUniform(member.type)) {
+            addMixed(part, out);
+            continue;
+        }
+        const std::string name = addUniform(member, part.path, fOut.parameters[end.parameter]);
+        if (hasValue(member.type))
+            line(out, part.glsl + " = " + name + ";");
+    }
+}
+
+/// A parameter of which something varies; `glsl` is the variable that stands for it.
+void GlslWriter::addVarying(const Variable& variable, const std::string& glsl, std::string& out) {
+    fOut.parameters.push_back({&variable, variable.isGlobal, {}, {}, {}});
+    const End end = {variable.type, variable.semantic, glsl,
+                     variable.at,   variable.name,     fOut.parameters.size() - 1};
+    addMixed(end, out);
+    const auto add = [&](bool isOutput) {
+        const size_t before = fEnds[isOutput].size();
+        addEnds(end, isOutput);
+        // A struct of which only uniforms are read, in one stage, takes no place from what the stages share.
+        std::vector<End>& all = fEnds[isOutput];
+        const bool isUsed = std::any_of(all.begin() + before, all.end(), [&](const End& each) {
+            return variable.uses(each.path.substr(variable.name.size()));
+        });
+        if (isOutput || isUsed || !holdsUniform(variable.type))
+            return;
+        for (size_t i = before; i < all.size(); ++i)
+            leavesOf(end).push_back({all[i].path, all[i].type, all[i].semantic, "", false, false});
+        all.resize(before);
+    };
+    if (variable.direction != Direction::Out)
+        add(false);
+    if (variable.direction != Direction::In)
+        add(true);
 }
 
 /// What the entry is called with; declares the variables for what isn't uniform.
@@ -222,31 +351,25 @@ std::string GlslWriter::entryArguments(Function& entry, std::vector<Bindings>& b
     std::string arguments;
     for (size_t i = 0; i < entry.parameters.size(); ++i) {
         const Variable& parameter = *entry.parameters[i];
+        if (holdsSampler(parameter.type))
+            bindings[i] = {{"", parameter.name}};
         std::string argument;
-        if (parameter.isUniform || holdsSampler(parameter.type)) {
+        if (parameter.isUniform || isAllUniform(parameter.type)) {
             addParameter(parameter);
-            if (holdsSampler(parameter.type))
-                bindings[i] = {{"", parameter.name}};
-            if (!hasValue(parameter.type))
-                continue;
             argument = fNames[&parameter];
         } else {
             argument = uniqueName(parameter.name.empty() ? "unnamed" : parameter.name);
-            fOut.parameters.push_back({&parameter, false, {}, {}});
             line(out, declaration(parameter.type, argument) + ";");
-            const End end = {parameter.type, parameter.semantic, argument, parameter.at};
-            if (parameter.direction != Direction::Out)
-                addEnds(end, false);
-            if (parameter.direction != Direction::In)
-                addEnds(end, true);
+            addVarying(parameter, argument, out);
         }
-        arguments += (arguments.empty() ? "" : ", ") + argument;
+        if (hasValue(parameter.type))
+            arguments += (arguments.empty() ? "" : ", ") + argument;
     }
     return arguments;
 }
 
 /// Uniform and varying globals: all that are reached, before a function names them.
-void GlslWriter::addGlobals() {
+void GlslWriter::addGlobals(std::string& out) {
     for (const std::unique_ptr<Variable>& global : fOut.program->globals) {
         if (!global->isReferenced)
             continue;
@@ -255,8 +378,7 @@ void GlslWriter::addGlobals() {
         } else if (global->isVarying) {
             const std::string& name = fNames[global.get()] = uniqueName(global->name);
             fGlobalTexts += declaration(global->type, name) + ";\n";
-            fOut.parameters.push_back({global.get(), true, {}, {}});
-            addEnds({global->type, global->semantic, name, global->at}, false);
+            addVarying(*global, name, out);
         }
     }
 }
@@ -267,17 +389,19 @@ void GlslWriter::mainFunction(Function& entry) {
     std::string text;
     std::vector<Bindings> bindings(entry.parameters.size());
     const std::string arguments = entryArguments(entry, bindings, text);
-    addGlobals();
+    addGlobals(text);
     const std::string call = functionName(entry, bindings) + "(" + arguments + ")";
     const bool hasResult = entry.returns->kind != Type::Kind::Void;
     std::string result;
     if (hasResult) {
         result = uniqueName("result");
-        addEnds({entry.returns, entry.semantic, result, entry.at, true}, true);
+        addEnds({entry.returns, entry.semantic, result, entry.at, entry.name}, true);
     }
+    if (fOptions.stage == Stage::Vertex)
+        choosePosition(entry);
     for (const bool isOutput : {false, true})
         for (const End& end : fEnds[isOutput])
-            reserve(end.type, end.semantic, isOutput);
+            reserve(end, isOutput);
     for (const Variable* global : fGlobalsToSet)
         line(text, fNames[global] + " = " + fGlobalValues[global] + ";");
     moveEnds(false, text);
@@ -289,6 +413,46 @@ void GlslWriter::mainFunction(Function& entry) {
     fBody = nullptr;
 }
 
+/// A comment for each variable, which engines read: its type, name, semantic, where it is in GLSL or among
+/// GL's own, which parameter of the entry it is part of, and whether it is used.
+std::string GlslWriter::variableList() const {
+    std::string text;
+    const auto add = [&](const Type* type, const std::string& name, const std::string& semantic,
+                         const std::string& place, int number, bool isUsed) {
+        text += joined({"//var ", orlocg::nameOf(type), " ", name, " : ", semantic, " : ", place, " : ",
+                        std::to_string(number), isUsed ? " : 1\n" : " : 0\n"});
+    };
+    const auto inCapitals = [](std::string semantic) {
+        std::transform(semantic.begin(), semantic.end(), semantic.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+        return semantic;
+    };
+    const auto addVaryings = [&](const std::vector<VaryingLeaf>& leaves, int number) {
+        for (const VaryingLeaf& leaf : leaves)
+            add(leaf.type, leaf.path,
+                (leaf.isOutput ? "$vout." : "$vin.") +
+                    inCapitals(leaf.semantic.empty() ? leaf.resource : leaf.semantic),
+                leaf.resource, number, leaf.isUsed);
+    };
+    int next = 0;
+    for (const Parameter& parameter : fOut.parameters) {
+        const int number = parameter.isGlobal ? -1 : next++;
+        for (const Leaf& leaf : parameter.leaves) {
+            constexpr uint32_t kMostElements = 256;
+            const uint32_t length = flatLength(leaf.type);
+            const bool isListed = leaf.type->isArray() && length <= kMostElements;
+            for (uint32_t i = 0; i < (isListed ? length : 1); ++i)
+                add(isListed ? innermost(leaf.type) : leaf.type,
+                    isListed ? leaf.path + indicesOf(leaf.type, i) : leaf.path, inCapitals(leaf.semantic),
+                    isListed ? joined({leaf.glsl, "[", std::to_string(i), "]"}) : leaf.glsl, number,
+                    leaf.isUsed);
+        }
+        addVaryings(parameter.varyings, number);
+    }
+    addVaryings(fOut.results, -1);
+    return text;
+}
+
 void GlslWriter::write(Function& entry) {
     mainFunction(entry);
     std::string samplers;
@@ -296,10 +460,12 @@ void GlslWriter::write(Function& entry) {
         const Type* inner = innermost(leaf.type);
         if (!inner->isSampler())
             return;
-        constexpr std::array<const char*, 6> kTypes = {"sampler2D", "sampler1D",     "sampler2D",
-                                                       "sampler3D", "sampler2DRect", "samplerCube"};
-        const bool isShadow = fShadowSamplers.count(leaf.glsl) != 0;
-        fUsesRect = fUsesRect || inner->sampler == SamplerKind::Rect;
+        constexpr std::array<const char*, 8> kTypes = {"sampler2D",      "sampler1D",     "sampler2D",
+                                                       "sampler3D",      "sampler2DRect", "samplerCube",
+                                                       "sampler1DArray", "sampler2DArray"};
+        const bool isShadow = inner->isShadow || fShadowSamplers.count(leaf.glsl) != 0;
+        if (inner->sampler == SamplerKind::Rect)
+            fExtensions.insert("GL_ARB_texture_rectangle");
         samplers += std::string("uniform ") + kTypes[static_cast<size_t>(inner->sampler)] +
                     (isShadow ? "Shadow " : " ") + leaf.glsl +
                     (leaf.type->isArray() ? "[" + std::to_string(flatLength(leaf.type)) + "]" : "") + ";\n";
@@ -308,9 +474,9 @@ void GlslWriter::write(Function& entry) {
         for (const Leaf& leaf : parameter.leaves)
             addSamplers(leaf);
     std::string& out = fOut.glsl;
-    out = "#version 130\n";
-    if (fUsesRect)
-        out += "#extension GL_ARB_texture_rectangle : enable\n";
+    out = variableList() + "#version 130\n";
+    for (const std::string& extension : fExtensions)
+        out += joined({"#extension ", extension, " : enable\n"});
     for (const int attribute : fOut.genericAttributes)
         out += "attribute vec4 cg_attribute" + std::to_string(attribute) + ";\n";
     for (const std::string& varying : fDeclaredVaryings)

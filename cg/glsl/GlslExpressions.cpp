@@ -78,14 +78,8 @@ std::string GlslWriter::write(const Expression& e) {
         return writeUnary(e);
     case Kind::Binary:
         return writeBinary(e);
-    case Kind::Choice: {
-        const std::string condition = write(*e.operands[0]);
-        const std::string yes = write(*e.operands[1]);
-        const std::string no = write(*e.operands[2]);
-        if (width(e.operands[0]->type) == 1)
-            return "(" + condition + " ? " + yes + " : " + no + ")";
-        return helper("cg_select", typeName(e.type)) + "(" + condition + ", " + yes + ", " + no + ")";
-    }
+    case Kind::Choice:
+        return writeChoice(e);
     case Kind::Call:
         if (e.constructs)
             return writeConstruct(e);
@@ -105,6 +99,37 @@ std::string GlslWriter::write(const Expression& e) {
         break;
     }
     return {};
+}
+
+std::string GlslWriter::writeChoice(const Expression& e) {
+    const bool isFlat = e.operands.size() > 2 * kDeepestBranches &&
+                        std::all_of(e.operands.begin(), e.operands.end(), [&](const ExpressionPtr& each) {
+                            return each->type == e.type || width(each->type) == 1;
+                        });
+    if (isFlat)
+        return writeFlatChoice(e);
+    std::string text = "(";
+    size_t selects = 0;
+    for (size_t i = 0; i + 2 < e.operands.size(); i += 2) {
+        const bool isSingle = width(e.operands[i]->type) == 1;
+        selects += isSingle ? 0 : 1;
+        text += isSingle ? "" : helper("cg_select", typeName(e.type)) + "(";
+        text += write(*e.operands[i]) + (isSingle ? " ? " : ", ");
+        text += write(*e.operands[i + 1]) + (isSingle ? " : " : ", ");
+    }
+    return text + write(*e.operands.back()) + std::string(selects + 1, ')');
+}
+
+/// Each condition by itself, as long as none before it was met.
+std::string GlslWriter::writeFlatChoice(const Expression& e) {
+    const std::string result = temporary(e.type);
+    const std::string isOpen = temporary(fOut.program->types.scalar(Scalar::Bool));
+    std::string text = joined({"(", isOpen, " = true, "});
+    for (size_t i = 0; i + 1 < e.operands.size(); i += 2) {
+        text += joined({"(", isOpen, " && ", write(*e.operands[i]), ") ? (", result, " = "});
+        text += joined({write(*e.operands[i + 1]), ", ", isOpen, " = false) : ", isOpen, ", "});
+    }
+    return joined({text, "(", isOpen, " ? ", write(*e.operands.back()), " : ", result, "))"});
 }
 
 std::string GlslWriter::writeUnary(const Expression& e) {
@@ -306,6 +331,56 @@ std::string GlslWriter::bound(const Variable& variable, const std::string& below
     return best;
 }
 
+/// The index of an element, as far as it is known when the GLSL is written.
+std::optional<int> GlslWriter::knownIndex(const Expression& element) {
+    const auto chosen = fChosen.find(&element);
+    if (chosen != fChosen.end())
+        return chosen->second;
+    const std::optional<Constants::Values> values = fConstants.of(*element.operands[1]);
+    const bool isIn = values && (*values)[0] >= 0 && (*values)[0] < element.operands[0]->type->length;
+    return isIn ? std::optional(static_cast<int>((*values)[0])) : std::nullopt;
+}
+
+bool GlslWriter::picksSampler(const std::vector<const Expression*>& samplers) {
+    using Kind = Expression::Kind;
+    for (const Expression* e : samplers)
+        for (; e->kind == Kind::Member || e->kind == Kind::Index; e = e->operands[0].get())
+            if (e->kind == Kind::Index && !knownIndex(*e))
+                return true;
+    return false;
+}
+
+/// Writes what reads samplers once for each that an index may pick: GLSL picks by constants alone.
+std::string GlslWriter::choose(const std::vector<const Expression*>& samplers,
+                               const std::function<std::string()>& writeOne) {
+    constexpr uint32_t kMostSamplers = 64;
+    for (const Expression* sampler : samplers) {
+        for (const Expression* e = sampler;
+             e->kind == Expression::Kind::Member || e->kind == Expression::Kind::Index;
+             e = e->operands[0].get()) {
+            const bool isOpen = e->kind == Expression::Kind::Index && !knownIndex(*e);
+            if (!isOpen)
+                continue;
+            const uint32_t length = e->operands[0]->type->length;
+            const uint32_t around = std::exchange(fChoices, fChoices * length);
+            if (fChoices > kMostSamplers)
+                fDiagnostics.fail(e->at, "more than 64 samplers can be picked only by constant indices");
+            const std::string index = temporary(fOut.program->types.scalar(Scalar::Int));
+            std::string text = joined({"(", index, " = ", write(*e->operands[1])});
+            for (uint32_t i = 0; i < length; ++i) {
+                fChosen[e] = static_cast<int>(i);
+                text += i == 0 ? ", " : " : ";
+                text += i + 1 < length ? joined({index, " == ", std::to_string(i), " ? "}) : "";
+                text += choose(samplers, writeOne);
+            }
+            fChosen.erase(e);
+            fChoices = around;
+            return text + ")";
+        }
+    }
+    return writeOne();
+}
+
 /// The path of a parameter that a sampler, or what holds some, comes from. Empty: it can't be told.
 std::string GlslWriter::pathOf(const Expression& e) {
     std::string below;
@@ -314,12 +389,10 @@ std::string GlslWriter::pathOf(const Expression& e) {
         if (root->kind == Expression::Kind::Member) {
             below = joined({".", root->text, below});
         } else if (root->kind == Expression::Kind::Index) {
-            const Expression* index = root->operands[1].get();
-            while (index->kind == Expression::Kind::Convert)
-                index = index->operands[0].get();
-            if (index->kind != Expression::Kind::Number)
+            const std::optional<int> index = knownIndex(*root);
+            if (!index)
                 return {};
-            below = joined({"[", std::to_string(static_cast<int>(index->number)), "]", below});
+            below = joined({"[", std::to_string(*index), "]", below});
         } else {
             break;
         }
@@ -350,12 +423,6 @@ GlslWriter::Bindings GlslWriter::bindingsOf(const Expression& e, const Type* typ
 }
 
 std::string GlslWriter::samplerText(const Expression& e) {
-    if (e.kind == Expression::Kind::Index) {
-        const std::string whole = pathOf(*e.operands[0]);
-        const auto found = fSamplers.find(whole);
-        if (found != fSamplers.end())
-            return found->second + "[" + write(*e.operands[1]) + "]";
-    }
     const std::string path = pathOf(e);
     const auto found = fSamplers.find(path);
     if (found != fSamplers.end())
@@ -371,34 +438,77 @@ std::string GlslWriter::samplerText(const Expression& e) {
 
 // Calls.
 
+/// Defaults that call functions are functions themselves: written out, each level would double the next.
+std::string GlslWriter::writeDefault(const Function& function, const Variable& parameter) {
+    const auto calls = [](const auto& self, const Expression& e) -> bool {
+        return e.function || std::any_of(e.operands.begin(), e.operands.end(),
+                                         [&](const ExpressionPtr& each) { return self(self, *each); });
+    };
+    if (!calls(calls, *parameter.initializer))
+        return write(*parameter.initializer);
+    std::string& name = fInstances[keyOf(&parameter, {})];
+    if (name.empty()) {
+        const std::string made = name = uniqueName(function.name + "_" + parameter.name);
+        Body own;
+        Body* const caller = std::exchange(fBody, &own);
+        const std::string value = write(*parameter.initializer);
+        fBody = caller;
+        addFunction(joined({typeName(parameter.type), " ", made, "()"}), own,
+                    joined({"    return ", value, ";\n"}), parameter.at);
+        return made + "()";
+    }
+    return name + "()";
+}
+
 std::string GlslWriter::writeUserCall(const Expression& e) {
     Function& function = *e.function;
-    std::vector<Bindings> bindings(function.parameters.size());
     std::vector<std::string> before;
     std::vector<std::string> after;
+    std::vector<const Expression*> samplers; // one behind the other, with their parameters
+    std::vector<size_t> samplerPlaces;
+    for (size_t i = 0; i < function.parameters.size(); ++i)
+        if (holdsSampler(function.parameters[i]->type)) {
+            const bool isGiven = i < e.operands.size();
+            samplers.push_back(isGiven ? e.operands[i].get() : function.parameters[i]->initializer.get());
+            samplerPlaces.push_back(i);
+        }
+    const bool picks = picksSampler(samplers);
     std::string arguments;
     for (size_t i = 0; i < function.parameters.size(); ++i) {
         const Variable& parameter = *function.parameters[i];
-        const Expression& operand = i < e.operands.size() ? *e.operands[i] : *parameter.initializer;
-        if (holdsSampler(parameter.type))
-            bindings[i] = bindingsOf(operand, parameter.type);
+        const bool isGiven = i < e.operands.size();
+        const Expression& operand = isGiven ? *e.operands[i] : *parameter.initializer;
         if (!hasValue(parameter.type))
             continue;
-        std::string text = write(operand);
+        std::string text = isGiven ? write(operand) : writeDefault(function, parameter);
         const bool isMatrixPick =
             operand.kind == Expression::Kind::Swizzle && operand.operands[0]->type->isMatrix();
+        if (parameter.direction == Direction::In && picks) {
+            const std::string kept = temporary(parameter.type);
+            before.push_back(joined({kept, " = ", text}));
+            text = kept;
+        }
         if (parameter.direction != Direction::In &&
             (typeName(operand.type) != typeName(parameter.type) || isMatrixPick)) {
             // Through a variable of the parameter's type.
             const std::string kept = temporary(parameter.type);
             if (parameter.direction == Direction::InOut)
-                before.push_back(kept + " = " + convert(text, operand.type, parameter.type));
+                before.push_back(joined({kept, " = ", convert(text, operand.type, parameter.type)}));
             after.push_back(assign(operand, convert(kept, parameter.type, operand.type), operand.type));
             text = kept;
         }
         arguments += (arguments.empty() ? "" : ", ") + text;
     }
-    std::string call = functionName(function, bindings) + "(" + arguments + ")";
+    if (picks && e.type->kind == Type::Kind::Void)
+        fDiagnostics.fail(e.at,
+                          "a function that gives nothing back takes samplers by constant indices alone");
+    const std::string call = choose(samplers, [&] {
+        std::vector<Bindings> bindings(function.parameters.size());
+        for (size_t i = 0; i < samplers.size(); ++i)
+            bindings[samplerPlaces[i]] =
+                bindingsOf(*samplers[i], function.parameters[samplerPlaces[i]]->type);
+        return functionName(function, bindings) + "(" + arguments + ")";
+    });
     if (before.empty() && after.empty())
         return call;
     const bool hasResult = e.type->kind != Type::Kind::Void;
@@ -437,6 +547,10 @@ std::string GlslWriter::writeLibraryCall(const Expression& e) {
     if (function.rule == LibraryRule::Inverse && first->size() == 1)
         return "(1.0 / " + operands[0] + ")";
     std::string name(function.glsl);
+    if (name == "cg_noise")
+        helper(name, "vec3");
+    if (name.starts_with("cg_pack_") || name.starts_with("cg_unpack_"))
+        fExtensions.insert({"GL_ARB_shader_bit_encoding", "GL_ARB_shading_language_packing"});
     if (name.starts_with("cg_"))
         helper(name, typeName(first));
     std::string text;
@@ -459,39 +573,70 @@ std::string called(const std::string& name, std::initializer_list<std::string> a
 } // namespace
 
 std::string GlslWriter::writeTexture(const Expression& e) {
+    const std::vector<const Expression*> samplers = {e.operands[0].get()};
+    const bool picks = picksSampler(samplers);
+    std::vector<std::string> arguments;
+    std::string before;
+    for (size_t i = 1; i < e.operands.size(); ++i) {
+        std::string text = write(*e.operands[i]);
+        if (picks) {
+            const std::string kept = temporary(e.operands[i]->type);
+            before += joined({kept, " = ", text, ", "});
+            text = kept;
+        }
+        arguments.push_back(std::move(text));
+    }
+    const std::string read = choose(samplers, [&] { return readTexture(e, arguments); });
+    return picks ? joined({"(", before, read, ")"}) : read;
+}
+
+/// Reads the sampler that is chosen; `arguments` are those behind it.
+std::string GlslWriter::readTexture(const Expression& e, const std::vector<std::string>& arguments) {
     using Form = TextureCall::Form;
     const TextureCall call = *parseTextureCall(e.text);
     const std::string sampler = samplerText(*e.operands[0]);
-    const unsigned n = call.dimensions();
-    const std::string coordinate = write(*e.operands[1]);
+    const unsigned n = call.coordinates();
+    const std::string& coordinate = arguments[0];
     const unsigned size = width(e.operands[1]->type);
     const bool isRect = call.sampler == SamplerKind::Rect;
-    fUsesRect = fUsesRect || isRect;
+    if (isRect)
+        fExtensions.insert("GL_ARB_texture_rectangle");
     constexpr std::array<const char*, 4> kPicks = {"", ".x", ".xy", ".xyz"};
     const std::string picked = "(" + coordinate + ")" + kPicks[n];
     const std::string last = "(" + coordinate + ")." + "xyzw"[std::max(size, 1U) - 1];
-    constexpr std::array<const char*, 6> kNames = {"",          "texture1D",     "texture2D",
-                                                   "texture3D", "texture2DRect", "textureCube"};
+    constexpr std::array<const char*, 8> kNames = {
+        "", "texture1D", "texture2D", "texture3D", "texture2DRect", "textureCube", "texture", "texture"};
     const std::string name = kNames[static_cast<size_t>(call.sampler)];
     const bool hasOffset = e.operands.size() == 3 || e.operands.size() == 5;
-    const std::string offset = hasOffset ? write(*e.operands.back()) : "";
+    const std::string offset = hasOffset ? arguments.back() : "";
     const std::string named = hasOffset ? "textureOffset" : name;
+    const bool isShadow = e.operands[0]->type->isShadow || (call.form == Form::Plain && size == n + 1);
+    if (isShadow)
+        fShadowSamplers.insert(sampler.substr(0, sampler.find('[')));
 
     switch (call.form) {
     case Form::Plain: {
-        if (size == n + 1) { // a depth to compare with
-            fShadowSamplers.insert(sampler.substr(0, sampler.find('[')));
+        if (isShadow) { // the last number is a depth to compare with
+            const bool isLine = call.sampler == SamplerKind::Dim1;
             const std::string depth =
-                n == 1 ? called("vec3", {picked, "0.0", "(" + coordinate + ").y"}) : coordinate;
-            return "vec4(" + called("shadow" + name.substr(7), {sampler, depth}) + ")";
+                isLine ? called("vec3", {picked, "0.0", "(" + coordinate + ").y"}) : coordinate;
+            const bool isPlain = call.isOfLayers() || call.sampler == SamplerKind::Cube;
+            const std::string compared =
+                called(isPlain ? "texture" : "shadow" + name.substr(7), {sampler, depth});
+            return "vec4(" + compared + ")";
         }
         const std::string at = size == n ? coordinate : picked;
         if (e.operands.size() < 4)
             return called(named, {sampler, at, offset});
         return called(hasOffset ? "textureGradOffset" : "textureGrad",
-                      {sampler, at, write(*e.operands[2]), write(*e.operands[3]), offset});
+                      {sampler, at, arguments[1], arguments[2], offset});
     }
     case Form::Projective:
+        if (isShadow) {
+            const std::string depth =
+                n == 1 ? called("vec4", {picked, "0.0", "(" + coordinate + ").yz"}) : coordinate;
+            return "vec4(" + called("shadow" + name.substr(7) + "Proj", {sampler, depth}) + ")";
+        }
         if (call.sampler == SamplerKind::Cube || hasOffset)
             return called(named, {sampler, picked + " / " + last, offset});
         return called(name + "Proj", {sampler, coordinate});

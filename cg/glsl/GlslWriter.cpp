@@ -177,14 +177,28 @@ void GlslWriter::line(std::string& out, const std::string& text) const {
     out.append(static_cast<size_t>(fBody->indent) * 4, ' ').append(text).append("\n");
 }
 
-const std::string& GlslWriter::functionName(Function& function, const std::vector<Bindings>& bindings) {
-    std::string key = std::to_string(reinterpret_cast<uintptr_t>(&function));
+/// What tells functions apart that are written once for each set of samplers.
+std::string GlslWriter::keyOf(const void* what, const std::vector<Bindings>& bindings) const {
+    std::string key = std::to_string(reinterpret_cast<uintptr_t>(what));
     for (const Bindings& each : bindings)
         for (const auto& [below, path] : each)
             key += joined({"|", below, "=", path});
     for (const auto& [variable, each] : fGlobalBindings)
         for (const auto& [below, path] : each)
             key += joined({"|", variable->name, below, "=", path});
+    return key;
+}
+
+void GlslWriter::addFunction(const std::string& head, const Body& body, const std::string& text,
+                             const Location& at) {
+    fFunctionTexts += head + " {\n" + body.temporaries + text + "}\n\n";
+    fLength += text.size();
+    if (fLength > kLongestProgram)
+        fDiagnostics.fail(at, "what the program comes to is longer than 8 MB");
+}
+
+const std::string& GlslWriter::functionName(Function& function, const std::vector<Bindings>& bindings) {
+    const std::string key = keyOf(&function, bindings);
     std::string& name = fInstances[key];
     if (!name.empty())
         return name;
@@ -211,11 +225,8 @@ const std::string& GlslWriter::functionName(Function& function, const std::vecto
     for (const std::unique_ptr<Statement>& each : function.body->statements)
         statement(*each, text);
     fBody = caller;
-    fFunctionTexts += typeName(function.returns) + " " + made + "(" + parameters + ") {\n" + own.temporaries +
-                      text + "}\n\n";
-    fLength += text.size();
-    if (fLength > kLongestProgram)
-        fDiagnostics.fail(function.at, "what the program comes to is longer than 8 MB");
+    addFunction(joined({typeName(function.returns), " ", made, "(", parameters, ")"}), own, text,
+                function.at);
     return fInstances[key];
 }
 
@@ -252,10 +263,33 @@ const GlslWriter::Bindings* GlslWriter::findBindings(const Variable& variable) c
 
 /// A head, a body in braces, and what stands behind it.
 void GlslWriter::block(const std::string& head, const Statement& inner, std::string& out,
-                       const std::string& tail) {
+                       const std::string& tail, const std::string& first) {
     line(out, head + " {");
+    if (!first.empty())
+        line(out, "    " + first);
     body(inner, out);
     line(out, "}" + tail);
+}
+
+void GlslWriter::branches(const Statement& s, std::string& out) {
+    const bool isFlat = s.statements.size() > kDeepestBranches;
+    const std::string isOpen = isFlat ? temporary(fOut.program->types.scalar(Scalar::Bool)) : "";
+    if (isFlat)
+        line(out, isOpen + " = true;");
+    for (size_t i = 0; i < s.statements.size(); ++i) {
+        const Expression* condition = i == 0                         ? s.condition.get()
+                                      : i <= s.elseConditions.size() ? s.elseConditions[i - 1].get()
+                                                                     : nullptr;
+        if (!isFlat) {
+            const std::string head = i ? "else" : "";
+            block(condition ? joined({head, i ? " if (" : "if (", write(*condition), ")"}) : head,
+                  *s.statements[i], out);
+            continue;
+        }
+        // Each by itself, as long as none before it was met.
+        block(joined({"if (", isOpen, condition ? " && " + write(*condition) : "", ")"}), *s.statements[i],
+              out, "", isOpen + " = false;");
+    }
 }
 
 void GlslWriter::forLoop(const Statement& s, std::string& out) {
@@ -287,9 +321,7 @@ void GlslWriter::statement(const Statement& s, std::string& out) {
             line(out, text + ";");
         break;
     case Kind::If:
-        block("if (" + write(*s.condition) + ")", *s.statements[0], out);
-        if (s.hasElse)
-            block("else", *s.statements[1], out);
+        branches(s, out);
         break;
     case Kind::For:
         forLoop(s, out);
@@ -299,6 +331,19 @@ void GlslWriter::statement(const Statement& s, std::string& out) {
         break;
     case Kind::DoWhile:
         block("do", *s.statements[0], out, " while (" + write(*s.condition) + ");");
+        break;
+    case Kind::Switch:
+        line(out, "switch (" + write(*s.condition) + ") {");
+        ++fBody->indent;
+        for (const std::unique_ptr<Statement>& each : s.statements)
+            statement(*each, out);
+        // GLSL wants a label, and a statement behind the last.
+        line(out, s.statements.empty() ? "default: break;" : "break;");
+        --fBody->indent;
+        line(out, "}");
+        break;
+    case Kind::Case:
+        line(out, s.condition ? joined({"case ", write(*s.condition), ":"}) : "default:");
         break;
     case Kind::Return:
         line(out, s.condition ? "return " + write(*s.condition) + ";" : "return;");

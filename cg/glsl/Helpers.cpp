@@ -14,7 +14,7 @@ struct Helper {
     std::string_view text; ///< T: the type
 };
 
-constexpr std::array<Helper, 20> kHelpers = {{
+constexpr std::array<Helper, 35> kHelpers = {{
     {"cg_saturate", "T cg_saturate(T x) { return clamp(x, 0.0, 1.0); }"},
     {"cg_round", "T cg_round(T x) { return floor(x + 0.5); }"},
     {"cg_trunc", "T cg_trunc(T x) { return sign(x) * floor(abs(x)); }"},
@@ -28,6 +28,9 @@ constexpr std::array<Helper, 20> kHelpers = {{
     {"cg_frexp",
      "T cg_frexp(T x, out T n) { n = floor(log2(max(abs(x), 1e-37))) + 1.0; n *= sign(abs(x)); return x / "
      "exp2(n); }"},
+    {"cg_mad", "T cg_mad(T a, T b, T c) { return a * b + c; }"},
+    {"cg_rcp", "T cg_rcp(T x) { return 1.0 / x; }"},
+    {"cg_clip", "void cg_clip(T x) { if (any(lessThan(x, T(0.0)))) discard; }"},
     {"cg_sincos", "void cg_sincos(T x, out T s, out T c) { s = sin(x); c = cos(x); }"},
     {"cg_lit",
      "vec4 cg_lit(float d, float s, float m) { return vec4(1.0, max(d, 0.0), d > 0.0 ? pow(max(s, 0.0), m) : "
@@ -56,6 +59,40 @@ constexpr std::array<Helper, 20> kHelpers = {{
                     "m[e][y], m[e][z]); c[i][j] = ((i + j) % 2 == 0 ? 1.0 : -1.0) * dot(p, cross(q, t)); } } "
                     "return transpose(c) / "
                     "dot(m[0], c[0]); }"},
+    // The first number in the lowest bits.
+    {"cg_pack_2half", "float cg_pack_2half(vec2 v) { return uintBitsToFloat(packHalf2x16(v)); }"},
+    {"cg_unpack_2half", "vec2 cg_unpack_2half(float x) { return unpackHalf2x16(floatBitsToUint(x)); }"},
+    {"cg_pack_2ushort",
+     "float cg_pack_2ushort(vec2 v) { uvec2 u = uvec2(floor(clamp(v, 0.0, 1.0) * 65535.0 + 0.5)); "
+     "return uintBitsToFloat(u.x | u.y << 16); }"},
+    {"cg_unpack_2ushort",
+     "vec2 cg_unpack_2ushort(float x) { uint u = floatBitsToUint(x); return vec2(u & 0xFFFFu, u >> "
+     "16) / 65535.0; }"},
+    {"cg_pack_4byte",
+     "float cg_pack_4byte(vec4 v) { uvec4 u = uvec4(floor(clamp(v * 127.0, -128.0, 127.0) + 128.5)); "
+     "return uintBitsToFloat(u.x | u.y << 8 | u.z << 16 | u.w << 24); }"},
+    {"cg_unpack_4byte",
+     "vec4 cg_unpack_4byte(float x) { uint u = floatBitsToUint(x); return (vec4(u & 0xFFu, u >> 8 & "
+     "0xFFu, u >> 16 & 0xFFu, u >> 24) - 128.0) / 127.0; }"},
+    {"cg_pack_4ubyte",
+     "float cg_pack_4ubyte(vec4 v) { uvec4 u = uvec4(floor(clamp(v, 0.0, 1.0) * 255.0 + 0.5)); return "
+     "uintBitsToFloat(u.x | u.y << 8 | u.z << 16 | u.w << 24); }"},
+    {"cg_unpack_4ubyte",
+     "vec4 cg_unpack_4ubyte(float x) { uint u = floatBitsToUint(x); return vec4(u & 0xFFu, u >> 8 & "
+     "0xFFu, u >> 16 & 0xFFu, u >> 24) / 255.0; }"},
+    // Of gradients at the corners of a lattice, from -1 to 1 and 0 there.
+    {"cg_noise3", "float cg_noise(vec3 p) { vec3 c = floor(p), f = p - c, w = f * f * f * (f * (f * 6.0 - "
+                  "15.0) + 10.0); float r "
+                  "= 0.0; for (int i = 0; i < 8; ++i) { vec3 o = vec3(i & 1, i >> 1 & 1, i >> 2); uvec3 q = "
+                  "uvec3(ivec3(c + o)); "
+                  "uint h = q.x * 1597334677u ^ q.y * 3812015801u ^ q.z * 2798796415u; h = (h ^ h >> 15) * "
+                  "2246822519u; h ^= h >> "
+                  "13; vec3 g = vec3(h & 1023u, h >> 10 & 1023u, h >> 20 & 1023u) / 511.5 - 1.0, k = mix(1.0 "
+                  "- w, w, o); r += k.x "
+                  "* k.y * k.z * dot(g, f - o); } return r; }"},
+    {"cg_noiset", "float cg_noise(float x) { return cg_noise(vec3(x, 0.0, 0.0)); }"},
+    {"cg_noise2", "float cg_noise(vec2 p) { return cg_noise(vec3(p, 0.0)); }"},
+    {"cg_noise4", "float cg_noise(vec4 p) { return cg_noise(p.xyz + p.w * vec3(0.71, 0.53, 0.61)); }"},
     {"cg_flat", "vec4 cg_flat(mat2 m) { return vec4(m[0], m[1]); }"},
 }};
 
@@ -107,6 +144,8 @@ std::string fill(const std::string& type) {
 } // namespace
 
 std::string helperText(const std::string& name, const std::string& type) {
+    if (name == "cg_clip" && type == "float")
+        return "void cg_clip(float x) { if (x < 0.0) discard; }";
     if (name == "cg_isfinite")
         return perComponent(name, type, "!(# != #) && abs(#) <= 3.4e38");
     if (name == "cg_isinf")
@@ -121,7 +160,8 @@ std::string helperText(const std::string& name, const std::string& type) {
         return ofVectors(name, type, "", "a# || b#");
     if (name.starts_with("cg_fill_"))
         return fill(type);
-    const std::string wanted = name == "cg_determinant" || name == "cg_inverse" ? name + type.back() : name;
+    const std::string wanted =
+        name == "cg_determinant" || name == "cg_inverse" || name == "cg_noise" ? name + type.back() : name;
     for (const Helper& helper : kHelpers) {
         if (helper.name != wanted)
             continue;

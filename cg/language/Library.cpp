@@ -20,6 +20,7 @@ constexpr std::array kFunctions = {
     LibraryFunction{"atan2", Map2, "atan"},
     LibraryFunction{"ceil", Map1, "ceil"},
     LibraryFunction{"clamp", Keep3, "clamp"},
+    LibraryFunction{"clip", Clip, "cg_clip"},
     LibraryFunction{"cos", Map1, "cos"},
     LibraryFunction{"cosh", Map1, "cg_cosh"},
     LibraryFunction{"cross", Cross, "cross"},
@@ -49,15 +50,22 @@ constexpr std::array kFunctions = {
     LibraryFunction{"log", Map1, "log"},
     LibraryFunction{"log10", Map1, "cg_log10"},
     LibraryFunction{"log2", Map1, "log2"},
+    LibraryFunction{"mad", Map3, "cg_mad"},
     LibraryFunction{"max", Keep2, "max"},
     LibraryFunction{"min", Keep2, "min"},
     LibraryFunction{"mix", Map3, "mix"},
     LibraryFunction{"mod", Map2, "mod"},
     LibraryFunction{"modf", Split, "cg_modf"},
     LibraryFunction{"mul", Multiply, ""},
+    LibraryFunction{"noise", Reduce1, "cg_noise"},
     LibraryFunction{"normalize", Map1, "normalize"},
+    LibraryFunction{"pack_2half", Pack2, "cg_pack_2half"},
+    LibraryFunction{"pack_2ushort", Pack2, "cg_pack_2ushort"},
+    LibraryFunction{"pack_4byte", Pack4, "cg_pack_4byte"},
+    LibraryFunction{"pack_4ubyte", Pack4, "cg_pack_4ubyte"},
     LibraryFunction{"pow", Map2, "pow"},
     LibraryFunction{"radians", Map1, "radians"},
+    LibraryFunction{"rcp", Map1, "cg_rcp"},
     LibraryFunction{"reflect", Map2, "reflect"},
     LibraryFunction{"refract", Refract, "refract"},
     LibraryFunction{"round", Map1, "cg_round"},
@@ -74,6 +82,10 @@ constexpr std::array kFunctions = {
     LibraryFunction{"tanh", Map1, "cg_tanh"},
     LibraryFunction{"transpose", Transpose, "transpose"},
     LibraryFunction{"trunc", Map1, "cg_trunc"},
+    LibraryFunction{"unpack_2half", Unpack2, "cg_unpack_2half"},
+    LibraryFunction{"unpack_2ushort", Unpack2, "cg_unpack_2ushort"},
+    LibraryFunction{"unpack_4byte", Unpack4, "cg_unpack_4byte"},
+    LibraryFunction{"unpack_4ubyte", Unpack4, "cg_unpack_4ubyte"},
 };
 static_assert(std::is_sorted(kFunctions.begin(), kFunctions.end(),
                              [](const LibraryFunction& a, const LibraryFunction& b) {
@@ -92,6 +104,7 @@ const LibraryFunction* findLibrary(std::string_view name) {
 unsigned TextureCall::dimensions() const {
     switch (sampler) {
     case SamplerKind::Dim1:
+    case SamplerKind::Dim1Array:
         return 1;
     case SamplerKind::Dim3:
     case SamplerKind::Cube:
@@ -109,12 +122,14 @@ std::optional<TextureCall> parseTextureCall(std::string_view name) {
     if (!name.starts_with("tex"))
         return std::nullopt;
     name.remove_prefix(3);
-    constexpr std::array<std::pair<std::string_view, SamplerKind>, 5> kKinds = {
+    constexpr std::array<std::pair<std::string_view, SamplerKind>, 7> kKinds = {
         {{"1D", SamplerKind::Dim1},
          {"2D", SamplerKind::Dim2},
          {"3D", SamplerKind::Dim3},
          {"RECT", SamplerKind::Rect},
-         {"CUBE", SamplerKind::Cube}}};
+         {"CUBE", SamplerKind::Cube},
+         {"1DARRAY", SamplerKind::Dim1Array},
+         {"2DARRAY", SamplerKind::Dim2Array}}};
     constexpr std::array<std::pair<std::string_view, TextureCall::Form>, 6> kForms = {
         {{"", TextureCall::Form::Plain},
          {"proj", TextureCall::Form::Projective},

@@ -27,7 +27,12 @@ enum class LibraryRule : uint8_t {
     Inverse,
     Multiply, ///< mul
     SinCos,   ///< (T, out T, out T)
-    Split     ///< (T, out T) to T
+    Pack2,    ///< (float2) to a float of its bits
+    Pack4,
+    Unpack2, ///< and back
+    Unpack4,
+    Clip, ///< (T), and gives nothing back
+    Split ///< (T, out T) to T
 };
 
 struct LibraryFunction {
@@ -46,8 +51,10 @@ struct TextureCall {
     SamplerKind sampler;
     Form form;
 
-    /// Numbers in a plain coordinate.
     unsigned dimensions() const;
+    bool isOfLayers() const { return sampler == SamplerKind::Dim1Array || sampler == SamplerKind::Dim2Array; }
+    /// Numbers in a plain coordinate: the last may be the layer's.
+    unsigned coordinates() const { return dimensions() + (isOfLayers() ? 1 : 0); }
 };
 
 std::optional<TextureCall> parseTextureCall(std::string_view name);

@@ -20,7 +20,8 @@ struct Semantic {
 
 /// Where a varying value of a program comes from or goes to: GLSL, and how many numbers it has.
 struct Slot {
-    std::string glsl; ///< empty: there is no such slot
+    std::string glsl;     ///< empty: there is no such slot
+    std::string resource; ///< its name among those of the runtime, "TEXCOORD3"; empty: it has none
     unsigned size = 4;
 
     /// A generic vertex attribute that has to be declared; -1: it is GL's own.
@@ -28,6 +29,8 @@ struct Slot {
 
     /// A varying that has to be declared, of four floats: more than GL has texture coordinates for.
     bool isDeclared = false;
+
+    std::string extension = {}; ///< of GLSL, that it takes
 };
 
 Slot inputSlot(Stage stage, const Semantic& semantic);

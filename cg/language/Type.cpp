@@ -33,12 +33,14 @@ struct SamplerName {
     std::string_view name;
     SamplerKind kind;
 };
-constexpr std::array<SamplerName, 7> kSamplers = {{{"sampler", SamplerKind::Any},
+constexpr std::array<SamplerName, 9> kSamplers = {{{"sampler", SamplerKind::Any},
                                                    {"sampler1D", SamplerKind::Dim1},
                                                    {"sampler2D", SamplerKind::Dim2},
                                                    {"sampler3D", SamplerKind::Dim3},
                                                    {"samplerRECT", SamplerKind::Rect},
                                                    {"samplerCUBE", SamplerKind::Cube},
+                                                   {"sampler1DARRAY", SamplerKind::Dim1Array},
+                                                   {"sampler2DARRAY", SamplerKind::Dim2Array},
                                                    {"sampler2DRect", SamplerKind::Rect}}};
 
 } // namespace
@@ -49,11 +51,22 @@ const Member* StructType::find(std::string_view member) const {
     return found == members.end() ? nullptr : &*found;
 }
 
+bool StructType::implements(const StructType* interface) const {
+    return std::find(interfaces.begin(), interfaces.end(), interface) != interfaces.end();
+}
+
+bool isOpen(const Type* type) {
+    if (type->isArray())
+        return type->length == 0 || isOpen(type->element);
+    return type->isStruct() && type->structure->isInterface;
+}
+
 const Type* Types::intern(const Type& type) {
     for (const Type& known : fTypes)
         if (known.kind == type.kind && known.scalar == type.scalar && known.rows == type.rows &&
             known.columns == type.columns && known.sampler == type.sampler &&
-            known.structure == type.structure && known.element == type.element && known.length == type.length)
+            known.isShadow == type.isShadow && known.structure == type.structure &&
+            known.element == type.element && known.length == type.length)
             return &known;
     fTypes.push_back(type);
     return &fTypes.back();
@@ -68,10 +81,11 @@ const Type* Types::numeric(Scalar scalar, unsigned rows, unsigned columns) {
     return intern(type);
 }
 
-const Type* Types::sampler(SamplerKind kind) {
+const Type* Types::sampler(SamplerKind kind, bool isShadow) {
     Type type;
     type.kind = Type::Kind::Sampler;
     type.sampler = kind;
+    type.isShadow = isShadow;
     return intern(type);
 }
 
@@ -101,9 +115,13 @@ const Type* Types::named(std::string_view name) {
         return voidType();
     if (name == "string")
         return stringType();
+    constexpr std::string_view kShadow = "SHADOW";
+    const bool isShadow = name.size() > 9 && name.ends_with(kShadow);
+    const std::string_view plain = name.substr(0, name.size() - (isShadow ? kShadow.size() : 0));
     for (const SamplerName& candidate : kSamplers)
-        if (name == candidate.name)
-            return sampler(candidate.kind);
+        if (plain == candidate.name &&
+            !(isShadow && (candidate.kind == SamplerKind::Any || candidate.kind == SamplerKind::Dim3)))
+            return sampler(candidate.kind, isShadow);
     const auto digit = [](char c) { return c >= '1' && c <= '4' ? static_cast<unsigned>(c - '0') : 0U; };
     const auto shaped = [&](const ScalarName& scalar) -> const Type* {
         if (!name.starts_with(scalar.name))
@@ -143,7 +161,8 @@ std::string nameOf(const Type* type) {
     case Type::Kind::Array:
         return nameOf(type->element) + "[" + (type->length ? std::to_string(type->length) : "") + "]";
     case Type::Kind::Sampler:
-        return std::string(kSamplers[static_cast<size_t>(type->sampler)].name);
+        return std::string(kSamplers[static_cast<size_t>(type->sampler)].name) +
+               (type->isShadow ? "SHADOW" : "");
     case Type::Kind::Numeric:
         break;
     }
@@ -159,6 +178,16 @@ bool holdsSampler(const Type* type) {
     if (type->isStruct())
         return std::any_of(type->structure->members.begin(), type->structure->members.end(),
                            [](const Member& member) { return holdsSampler(member.type); });
+    return type->isSampler();
+}
+
+bool isAllUniform(const Type* type) {
+    if (type->isArray())
+        return isAllUniform(type->element);
+    if (type->isStruct())
+        return std::all_of(
+            type->structure->members.begin(), type->structure->members.end(),
+            [](const Member& member) { return member.isUniform || isAllUniform(member.type); });
     return type->isSampler();
 }
 

@@ -11,7 +11,7 @@ namespace orlocg {
 
 enum class Scalar : uint8_t { Bool, Int, Fixed, Half, Float, Double };
 
-enum class SamplerKind : uint8_t { Any, Dim1, Dim2, Dim3, Rect, Cube };
+enum class SamplerKind : uint8_t { Any, Dim1, Dim2, Dim3, Rect, Cube, Dim1Array, Dim2Array };
 
 struct StructType;
 
@@ -27,6 +27,7 @@ struct Type {
     uint8_t columns = 0;
 
     SamplerKind sampler = SamplerKind::Any;
+    bool isShadow = false; ///< of a sampler: it compares depths
     StructType* structure = nullptr;
 
     /// Arrays. No length yet: 0.
@@ -51,13 +52,18 @@ struct Member {
     std::string name;
     const Type* type;
     std::string semantic;
+    bool isUniform = false; ///< said so itself
 };
 
 struct StructType {
     std::string name;
     std::vector<Member> members;
+    std::vector<struct Function*> methods;
+    bool isInterface = false;                  ///< has methods without bodies, and no members
+    std::vector<const StructType*> interfaces; ///< that it has the methods of
 
     const Member* find(std::string_view member) const;
+    bool implements(const StructType* interface) const;
 };
 
 /// All types of a program.
@@ -68,7 +74,7 @@ public:
     const Type* numeric(Scalar scalar, unsigned rows, unsigned columns);
     const Type* scalar(Scalar scalar) { return numeric(scalar, 0, 0); }
     const Type* vector(Scalar scalar, unsigned columns) { return numeric(scalar, 0, columns); }
-    const Type* sampler(SamplerKind kind);
+    const Type* sampler(SamplerKind kind, bool isShadow = false);
     const Type* array(const Type* element, uint32_t length);
     const Type* structure(StructType* type);
     StructType* makeStruct(std::string name);
@@ -93,11 +99,17 @@ public:
     Types() { fString.kind = Type::Kind::String; }
 };
 
+/// Whether it is one only when a function is called: an array without a length, an interface.
+bool isOpen(const Type* type);
+
 /// As a program spells it.
 std::string nameOf(const Type* type);
 
 /// Whether a sampler is in it somewhere.
 bool holdsSampler(const Type* type);
+
+/// Whether nothing in it varies, wherever it stands: samplers, and members that say so.
+bool isAllUniform(const Type* type);
 
 /// Numbers and samplers in it, as long as they are counted with 64 bits.
 uint64_t leavesOf(const Type* type);

@@ -8,15 +8,27 @@ Global& global() {
 }
 
 ContextObject* find(CGcontext handle) {
-    return findOrRaise(global().contexts, handle, CG_INVALID_CONTEXT_HANDLE_ERROR);
+    global().asked = nullptr;
+    ContextObject* context = findOrRaise(global().contexts, handle, CG_INVALID_CONTEXT_HANDLE_ERROR);
+    if (context)
+        global().asked = handle;
+    return context;
 }
 
 ProgramObject* find(CGprogram handle) {
-    return findOrRaise(global().programs, handle, CG_INVALID_PROGRAM_HANDLE_ERROR);
+    global().asked = nullptr;
+    ProgramObject* program = findOrRaise(global().programs, handle, CG_INVALID_PROGRAM_HANDLE_ERROR);
+    if (program)
+        global().asked = program->context->handle;
+    return program;
 }
 
 ParameterObject* find(CGparameter handle) {
-    return findOrRaise(global().parameters, handle, CG_INVALID_PARAM_HANDLE_ERROR);
+    global().asked = nullptr;
+    ParameterObject* parameter = findOrRaise(global().parameters, handle, CG_INVALID_PARAM_HANDLE_ERROR);
+    if (parameter)
+        global().asked = parameter->context->handle;
+    return parameter;
 }
 
 void raise(CGerror error) {
@@ -24,11 +36,17 @@ void raise(CGerror error) {
         global().error = error;
     if (global().callback)
         global().callback();
+    if (global().handler)
+        global().handler(global().asked, error, global().handlerData);
 }
 
 } // namespace orlocg
 
 using namespace orlocg;
+
+ContextObject* orlocg_findContext(CGcontext handle) {
+    return find(handle);
+}
 
 ProgramObject* orlocg_findProgram(CGprogram handle) {
     return find(handle);
@@ -40,4 +58,8 @@ ParameterObject* orlocg_findParameter(CGparameter handle) {
 
 void orlocg_raise(CGerror error) {
     raise(error);
+}
+
+void orlocg_setBinding(Binding* binding) {
+    global().binding = binding;
 }

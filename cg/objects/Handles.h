@@ -13,15 +13,27 @@
 
 namespace orlocg {
 
+struct BufferObject {
+    CGbuffer handle = nullptr;
+    ContextObject* context = nullptr;
+    std::vector<unsigned char> bytes;
+    bool isMapped = false;
+};
+
 /// What is there once for the whole process.
 struct Global {
     std::unordered_map<uintptr_t, ContextObject*> contexts;
     std::unordered_map<uintptr_t, ProgramObject*> programs;
     std::unordered_map<uintptr_t, ParameterObject*> parameters;
+    std::unordered_map<uintptr_t, std::unique_ptr<BufferObject>> buffers;
     std::vector<std::unique_ptr<ContextObject>> owned;
     uintptr_t lastHandle = 0; ///< of all kinds together, so that a handle of another kind is none
     CGerror error = CG_NO_ERROR;
     CGerrorCallbackFunc callback = nullptr;
+    CGerrorHandlerFunc handler = nullptr;
+    void* handlerData = nullptr;
+    CGcontext asked = nullptr; ///< the context of what was found last, for the handler
+    Binding* binding = nullptr;
 };
 
 /// Stays to the end of the process: what hangs on programs may need an OpenGL that is gone by then.

@@ -59,22 +59,34 @@ const char* nameOf(Direction direction) {
     return direction == Direction::In ? "in" : (direction == Direction::Out ? "out" : "inout");
 }
 
-/// A line for each parameter, and for each part of it that has a value of its own.
+/// A line for each parameter, and for each part of it that has a value of its own: a uniform's name in GLSL,
+/// or where what varies comes from or goes to.
 void printParameters(const CompiledProgram& program) {
-    std::printf("%-32s %-16s %-8s %-6s %-12s %s\n", "parameter", "type", "kind", "way", "semantic", "GLSL");
+    const auto print = [](const std::string& name, const Type* type, const char* kind, const char* way,
+                          const std::string& semantic, const std::string& place) {
+        std::printf("%-32s %-16s %-8s %-6s %-12s %s\n", name.c_str(), nameOf(type).c_str(), kind, way,
+                    semantic.empty() ? "-" : semantic.c_str(), place.empty() ? "-" : place.c_str());
+    };
+    std::printf("%-32s %-16s %-8s %-6s %-12s %s\n", "parameter", "type", "kind", "way", "semantic", "place");
     for (const Parameter& parameter : program.parameters) {
         const Variable& variable = *parameter.variable;
-        const bool isUniform = !parameter.leaves.empty() || variable.isUniform;
-        std::printf("%-32s %-16s %-8s %-6s %-12s %s\n", variable.name.c_str(), nameOf(variable.type).c_str(),
-                    isUniform ? "uniform" : "varying", nameOf(variable.direction),
-                    variable.semantic.empty() ? "-" : variable.semantic.c_str(),
-                    parameter.leaves.size() == 1 && parameter.leaves[0].path == variable.name
-                        ? parameter.leaves[0].glsl.c_str()
-                        : "-");
+        const char* way = nameOf(variable.direction);
+        const char* kind = parameter.varyings.empty() ? "uniform"
+                           : parameter.leaves.empty() ? "varying"
+                                                      : "mixed";
+        std::string place;
+        for (const Leaf& leaf : parameter.leaves)
+            place = leaf.path == variable.name ? leaf.glsl : place;
+        for (const VaryingLeaf& leaf : parameter.varyings)
+            place = leaf.path == variable.name ? leaf.resource : place;
+        print(variable.name, variable.type, kind, way, variable.semantic, place);
         for (const Leaf& leaf : parameter.leaves)
             if (leaf.path != variable.name)
-                std::printf("  %-30s %-16s %-8s %-6s %-12s %s\n", leaf.path.c_str(),
-                            nameOf(leaf.type).c_str(), "uniform", "in", "-", leaf.glsl.c_str());
+                print("  " + leaf.path, leaf.type, "uniform", "in", leaf.semantic, leaf.glsl);
+        for (const VaryingLeaf& leaf : parameter.varyings)
+            if (leaf.path != variable.name)
+                print("  " + leaf.path, leaf.type, "varying", leaf.isOutput ? "out" : "in", leaf.semantic,
+                      leaf.resource);
     }
 }
 

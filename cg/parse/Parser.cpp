@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 
@@ -12,15 +13,65 @@ namespace orlocg {
 namespace {
 
 constexpr int kDeepest = 200;
+constexpr size_t kLongestChain = 4096;
 constexpr uint32_t kLongestArray = 65536;
 constexpr uint64_t kMostLeaves = 262144;
 
 constexpr std::array<std::string_view, 11> kAssignments = {
     "=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "<<=", ">>="};
 
-constexpr std::array<std::string_view, 19> kReserved = {
+constexpr std::array<std::string_view, 20> kReserved = {
     "if",    "else",   "for",     "while",   "do",      "return", "break", "continue", "discard", "struct",
-    "const", "static", "uniform", "varying", "typedef", "in",     "out",   "inout",    "packed"};
+    "const", "static", "uniform", "varying", "typedef", "in",     "out",   "inout",    "packed",  "switch"};
+
+constexpr std::array<std::string_view, 8> kProfileStarts = {"arbvp", "arbfp", "vp",  "fp",
+                                                            "gp4",   "gp5",   "vs_", "ps_"};
+
+/// Words that begin what there isn't, and what that is. They are names where they can be.
+struct Unsupported {
+    std::string_view words; ///< between blanks
+    std::string_view what;  ///< # stands for the word
+};
+constexpr std::array<Unsupported, 4> kUnsupported = {
+    {{" asm asm_fragment ", "`#` blocks are not supported"},
+     {" POINT LINE LINE_ADJ TRIANGLE TRIANGLE_ADJ POINT_OUT LINE_OUT TRIANGLE_OUT AttribArray TriangleStream "
+      "LineStream PointStream maxvertexcount ",
+      "geometry programs are not supported (`#`)"},
+     {" PATCH_1 PATCH_3 PATCH_4 InputPatch OutputPatch ", "tessellation programs are not supported (`#`)"},
+     {" Texture1D Texture1DArray Texture2D Texture2DArray Texture2DMS Texture3D TextureCube SamplerState "
+      "SamplerComparisonState Buffer StructuredBuffer ByteAddressBuffer RWBuffer RWStructuredBuffer "
+      "RWTexture1D "
+      "RWTexture2D RWTexture3D ConstantBuffer class enum union template typename namespace using "
+      "operator "
+      "virtual friend goto try catch throw new delete sizeof ",
+      "`#` is not supported"}}};
+
+/// Such a message, where the token is such a word; empty: it is none.
+std::string whyUnsupported(const Token& token) {
+    if (!token.isName() || token.text.size() > 40)
+        return {};
+    for (const Unsupported& each : kUnsupported) {
+        if (each.words.find(joined({" ", token.text, " "})) == each.words.npos)
+            continue;
+        std::string what(each.what);
+        return what.replace(what.find('#'), 1, token.text);
+    }
+    return {};
+}
+
+/// Kinds of interpolation and of packing, which change nothing here, and others that say nothing.
+constexpr std::array<std::string_view, 12> kIdleQualifiers = {
+    "inline",  "extern",   "volatile", "row_major", "column_major",  "shared",
+    "precise", "centroid", "linear",   "sample",    "noperspective", "groupshared"};
+
+/// Whether functions may be for such a profile alone: "arbvp1 float f(float x)".
+bool isProfile(std::string_view name) {
+    const bool isKnown =
+        std::any_of(kProfileStarts.begin(), kProfileStarts.end(), [&](std::string_view start) {
+            return name.starts_with(start) && name.size() > start.size();
+        });
+    return isKnown || name == "glslv" || name == "glslf" || name == "hlslv" || name == "hlslf";
+}
 
 template <size_t kCount>
 bool isOneOf(const Token& token, const std::array<std::string_view, kCount>& words) {
@@ -31,7 +82,8 @@ bool isOneOf(const Token& token, const std::array<std::string_view, kCount>& wor
 bool isSame(const StructType& a, const StructType& b) {
     return std::equal(a.members.begin(), a.members.end(), b.members.begin(), b.members.end(),
                       [](const Member& x, const Member& y) {
-                          return x.name == y.name && x.type == y.type && x.semantic == y.semantic;
+                          return x.name == y.name && x.type == y.type && x.semantic == y.semantic &&
+                                 x.isUniform == y.isUniform;
                       });
 }
 
@@ -80,6 +132,9 @@ bool Parser::takeIf(std::string_view spelling) {
 void Parser::expect(std::string_view spelling, const char* after) {
     if (takeIf(spelling))
         return;
+    for (const size_t at : {fNext - std::min<size_t>(fNext, 1), fNext})
+        if (const std::string why = whyUnsupported(fTokens[at]); !why.empty())
+            fDiagnostics.fail(fTokens[at].at, why);
     const bool atEnd = peek().kind == TokenKind::End;
     fDiagnostics.fail(peek().at, "'" + std::string(spelling) + "' is missing " + after + ", before " +
                                      (atEnd ? "the end of the source" : inQuotes(peek().text)));
@@ -92,6 +147,8 @@ std::string Parser::takeName(const char* what) {
 }
 
 void Parser::unexpected(const char* wanted) {
+    if (const std::string why = whyUnsupported(peek()); !why.empty())
+        fDiagnostics.fail(peek().at, why);
     const bool atEnd = peek().kind == TokenKind::End;
     fDiagnostics.fail(peek().at, std::string(wanted) + " is wanted, and there is " +
                                      (atEnd ? "the end of the source" : inQuotes(peek().text)));
@@ -125,14 +182,27 @@ Parser::Qualifiers Parser::qualifiers() {
             found.isOut = true;
         else if (takeIf("inout"))
             found.isIn = found.isOut = true;
-        else if (!takeIf("inline") && !takeIf("extern") && !takeIf("volatile") && !takeIf("row_major") &&
-                 !takeIf("shared"))
+        else if (takeIdleQualifier())
+            continue;
+        else
             return found;
     }
 }
 
+/// Qualifiers are names where no type or other qualifier follows.
+bool Parser::takeIdleQualifier() {
+    const bool isFlat = peek().is("nointerpolation");
+    const bool isOne = isFlat || isOneOf(peek(), kIdleQualifiers);
+    if (!isOne || !(startsType(1) || isOneOf(peek(1), kReserved) || isOneOf(peek(1), kIdleQualifiers)))
+        return false;
+    if (isFlat)
+        fDiagnostics.warn(peek().at, "'nointerpolation' changes nothing: the value is interpolated");
+    take();
+    return true;
+}
+
 const Type* Parser::type(Qualifiers& qualifiers) {
-    if (peek().is("struct"))
+    if (peek().is("struct") || startsInterface())
         return structure();
     if (!startsType())
         unexpected("a type");
@@ -151,6 +221,15 @@ const Type* Parser::structure() {
     const Token keyword = take();
     const Nesting nesting(*this);
     std::string name = peek().is("{") ? "struct" : takeName("the name of a struct");
+    std::vector<const StructType*> interfaces;
+    while (peek().is(interfaces.empty() ? ":" : ",")) {
+        take();
+        const Token implemented = peek();
+        const Type* type = typeNamed(takeName("the name of an interface"));
+        if (!type || !type->isStruct() || !type->structure->isInterface)
+            fDiagnostics.fail(implemented.at, "there is no interface " + inQuotes(implemented.text));
+        interfaces.push_back(type->structure);
+    }
     if (!takeIf("{")) {
         const auto found = fProgram.typeNames.find(name);
         if (found == fProgram.typeNames.end())
@@ -158,16 +237,26 @@ const Type* Parser::structure() {
         return found->second;
     }
     StructType* made = fProgram.types.makeStruct(name);
+    made->isInterface = keyword.is("interface");
+    made->interfaces = interfaces;
     const Type* type = fProgram.types.structure(made);
     while (!takeIf("}")) {
         if (takeIf(";"))
             continue;
         Qualifiers found = qualifiers();
         const Type* base = this->type(found);
+        if (peek().isName() && peek(1).is("(")) {
+            const Token method = take();
+            fProgram.methods.push_back(function(base, method, {}, type));
+            made->methods.push_back(fProgram.methods.back().get());
+            continue;
+        }
+        if (made->isInterface)
+            fDiagnostics.fail(peek().at, "an interface has functions, and nothing else");
         for (std::unique_ptr<Variable>& member : declarators(base, found)) {
             if (made->find(member->name))
                 fDiagnostics.fail(member->at, "the struct has two members " + inQuotes(member->name));
-            made->members.push_back({member->name, member->type, member->semantic});
+            made->members.push_back({member->name, member->type, member->semantic, member->isUniform});
         }
         expect(";", "behind the member of a struct");
     }
@@ -177,7 +266,8 @@ const Type* Parser::structure() {
         return type;
     const auto [known, isNew] =
         fProgram.typeNames.emplace(name, type); // after its members: it can't hold itself
-    if (!isNew && !(known->second->isStruct() && isSame(*known->second->structure, *made)))
+    if (!isNew &&
+        !(known->second->isStruct() && made->methods.empty() && isSame(*known->second->structure, *made)))
         known->second = type;
     return known->second; // headers say the same twice
 }
@@ -206,51 +296,63 @@ const Type* Parser::withDimensions(const Type* element, bool isPacked) {
 uint32_t Parser::arrayLength() {
     const Token at = peek();
     const ExpressionPtr length = assignment();
-    const std::optional<double> value = constantOf(*length);
-    if (!value)
+    const std::optional<Constant> constant = constantOf(*length);
+    if (!constant)
         fDiagnostics.fail(at.at, "the length of an array has to be a constant");
-    if (!(*value >= 1 && *value <= kLongestArray) || *value != std::floor(*value))
+    const double value = constant->value;
+    if (!(value >= 1 && value <= kLongestArray) || value != std::floor(value))
         fDiagnostics.fail(at.at, "the length of an array has to be a whole number from 1 to 65536");
-    return static_cast<uint32_t>(*value);
+    return static_cast<uint32_t>(value);
 }
 
-std::optional<double> Parser::constantOf(const Expression& e) const {
+std::optional<Parser::Constant> Parser::constantOf(const Expression& e) const {
     if (e.kind == Expression::Kind::Number)
-        return e.number;
+        return Constant{e.number, !e.type || e.type->isInt()};
     if (e.kind == Expression::Kind::Name) {
         const auto found = fConstants.find(e.text);
         return found == fConstants.end() ? std::nullopt : std::optional(found->second);
     }
-    std::vector<double> values;
+    std::vector<Constant> values;
     for (const ExpressionPtr& operand : e.operands) {
-        const std::optional<double> value = constantOf(*operand);
+        const std::optional<Constant> value = constantOf(*operand);
         if (!value)
             return std::nullopt;
         values.push_back(*value);
     }
     if (e.kind == Expression::Kind::Unary && e.text == "-")
-        return -values[0];
+        return Constant{-values[0].value, values[0].isInt};
     if (e.kind == Expression::Kind::Call && e.constructs && e.constructs->isScalar() && values.size() == 1)
-        return e.constructs->isInt() ? std::trunc(values[0]) : values[0];
+        return typed(values[0].value, e.constructs);
     if (e.kind != Expression::Kind::Binary)
         return std::nullopt;
+    const double a = values[0].value;
+    const double b = values[1].value;
+    const bool areInts = values[0].isInt && values[1].isInt;
     if (e.text == "+")
-        return values[0] + values[1];
+        return Constant{a + b, areInts};
     if (e.text == "-")
-        return values[0] - values[1];
+        return Constant{a - b, areInts};
     if (e.text == "*")
-        return values[0] * values[1];
-    if (e.text == "/" && values[1] != 0.0)
-        return std::trunc(values[0] / values[1]);
-    if (e.text == "%" && values[1] != 0.0)
-        return std::fmod(values[0], values[1]);
+        return Constant{a * b, areInts};
+    if (e.text == "/" && b != 0.0)
+        return Constant{areInts ? std::trunc(a / b) : a / b, areInts};
+    if (e.text == "%" && b != 0.0)
+        return Constant{std::fmod(a, b), areInts};
     return std::nullopt;
+}
+
+Parser::Constant Parser::typed(double value, const Type* type) {
+    return {type->isInt() ? std::trunc(value) : value, type->isInt()};
 }
 
 std::string Parser::semanticIfAny() {
     std::string semantic;
     while (takeIf(":")) {
-        const std::string name = takeName("a semantic");
+        std::string name = takeName("a semantic");
+        while (name.starts_with("BUFFER") && takeIf("[")) { // "BUFFER[1][16]": which, and from which byte on
+            name += joined({"[", take().text, "]"});
+            expect("]", "behind an index");
+        }
         if (name != "register" && name != "packoffset") {
             semantic = name == "state" ? name + statePath() : name;
             continue;
@@ -297,7 +399,11 @@ void Parser::skipTo(std::string_view end) {
 
 /// Techniques, and the textures and strings that they name. True: there was one.
 bool Parser::skipEffect() {
-    if (peek().is("technique")) {
+    std::string word(peek().text.substr(0, 20)); // in any letters
+    std::transform(word.begin(), word.end(), word.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (peek().isName() && (word == "technique" || word == "technique10" || word == "technique11") &&
+        (peek(1).isName() || peek(1).is("{") || peek(1).is("<"))) {
         while (!peek().is("{") && peek().kind != TokenKind::End)
             take();
         expect("{", "behind 'technique'");
@@ -339,8 +445,8 @@ std::unique_ptr<Variable> Parser::declarator(const Type* base, const Qualifiers&
         }
     }
     if (variable->isConst && variable->initializer && variable->type->isScalar())
-        if (const std::optional<double> value = constantOf(*variable->initializer))
-            fConstants[variable->name] = variable->type->isInt() ? std::trunc(*value) : *value;
+        if (const std::optional<Constant> constant = constantOf(*variable->initializer))
+            fConstants[variable->name] = typed(constant->value, variable->type);
     return variable;
 }
 
@@ -353,8 +459,12 @@ std::vector<std::unique_ptr<Variable>> Parser::declarators(const Type* base, con
 }
 
 void Parser::external() {
-    if (takeIf(";") || skipEffect())
+    if (takeIf(";") || skipEffect() || constantBuffer())
         return;
+    std::string profile;
+    if (isProfile(peek().text) && !startsType() &&
+        (startsType(1) || isOneOf(peek(1), kReserved) || peek(1).is("inline")))
+        profile = take().text;
     Qualifiers found = qualifiers();
     const Type* base = type(found);
     if (found.isTypedef) {
@@ -368,7 +478,8 @@ void Parser::external() {
         return;
     if (peek().isName() && peek(1).is("(")) {
         const Token name = take();
-        return function(base, name);
+        fProgram.functions.push_back(function(base, name, profile, nullptr));
+        return;
     }
     for (std::unique_ptr<Variable>& variable : declarators(base, found)) {
         variable->isGlobal = true;
@@ -396,8 +507,35 @@ std::unique_ptr<Variable> Parser::parameter() {
     return variable;
 }
 
-void Parser::function(const Type* returns, const Token& name) {
+/// "cbuffer name { float4 x; }": its variables are globals like others. True: there was one.
+bool Parser::constantBuffer() {
+    if (!(peek().is("cbuffer") || peek().is("tbuffer")) || !(peek(1).isName() || peek(1).is("{")))
+        return false;
+    const Nesting nesting(*this);
+    take();
+    if (peek().isName())
+        take();
+    semanticIfAny();
+    expect("{", "behind the name of a buffer");
+    while (!takeIf("}"))
+        external();
+    return true;
+}
+
+std::unique_ptr<Function> Parser::function(const Type* returns, const Token& name, const std::string& profile,
+                                           const Type* owner) {
+    const size_t first = fNext;
     auto made = std::make_unique<Function>();
+    made->profile = profile;
+    if (owner) {
+        made->owner = owner;
+        made->parameters.push_back(std::make_unique<Variable>());
+        made->parameters[0]->name = "this";
+        made->parameters[0]->type = owner;
+        made->parameters[0]->at = name.at;
+        made->parameters[0]->direction = Direction::InOut;
+        made->parameters[0]->isParameter = true;
+    }
     made->name = name.text;
     made->returns = returns;
     made->at = name.at;
@@ -414,12 +552,8 @@ void Parser::function(const Type* returns, const Token& name) {
         made->body = block();
     else
         expect(";", "behind the declaration of a function");
-    fProgram.functions.push_back(std::move(made));
-}
-
-bool Parser::hasFunction(std::string_view name) const {
-    return std::any_of(fProgram.functions.begin(), fProgram.functions.end(),
-                       [name](const std::unique_ptr<Function>& function) { return function->name == name; });
+    made->tokens = fNext - first;
+    return made;
 }
 
 // Statements.
@@ -446,6 +580,8 @@ bool Parser::startsDeclaration() const {
     for (const char* word : {"const", "static", "uniform", "varying", "packed", "struct"})
         if (peek().is(word))
             return true;
+    if (isOneOf(peek(), kIdleQualifiers) && startsType(1))
+        return true;
     if (!startsType())
         return false;
     size_t next = 1;
@@ -480,17 +616,10 @@ std::unique_ptr<Statement> Parser::statement() {
         made->kind = Statement::Kind::Block;
         return made;
     }
-    if (takeIf("if")) {
-        made->kind = Statement::Kind::If;
-        expect("(", "behind 'if'");
-        made->condition = expression();
-        expect(")", "behind the condition of 'if'");
-        made->statements.push_back(statement());
-        made->hasElse = takeIf("else");
-        if (made->hasElse)
-            made->statements.push_back(statement());
-        return made;
-    }
+    if (takeIf("if"))
+        return branches(std::move(made));
+    if (peek().is("switch"))
+        return switchStatement();
     if (takeIf("return")) {
         made->kind = Statement::Kind::Return;
         if (!peek().is(";"))
@@ -503,18 +632,57 @@ std::unique_ptr<Statement> Parser::statement() {
         made->kind = Statement::Kind::Discard;
         if (!peek().is(";")) // "discard condition"
             made->condition = expression();
-    } else if (peek().is("clip") && peek(1).is("(") && !hasFunction("clip")) {
-        made->kind = Statement::Kind::Discard;
-        made->condition = make(Expression::Kind::Binary, take());
-        made->condition->text = "<";
-        adopt(*made->condition, primary());
-        ExpressionPtr nothing = make(Expression::Kind::Number, peek());
-        nothing->type = fProgram.types.scalar(Scalar::Float);
-        adopt(*made->condition, std::move(nothing));
     } else {
         made->condition = expression();
     }
     expect(";", "behind a statement");
+    return made;
+}
+
+/// Behind "if". A chain of "else if" is one statement, however long.
+std::unique_ptr<Statement> Parser::branches(std::unique_ptr<Statement> made) {
+    made->kind = Statement::Kind::If;
+    const auto branch = [&] {
+        expect("(", "behind 'if'");
+        ExpressionPtr condition = expression();
+        expect(")", "behind the condition of 'if'");
+        made->statements.push_back(statement());
+        return condition;
+    };
+    made->condition = branch();
+    while (!made->hasElse && takeIf("else")) {
+        if (takeIf("if")) {
+            made->elseConditions.push_back(branch());
+        } else {
+            made->hasElse = true;
+            made->statements.push_back(statement());
+        }
+        if (made->statements.size() > kLongestChain)
+            fDiagnostics.fail(made->at, "this 'if' has too many branches");
+    }
+    return made;
+}
+
+std::unique_ptr<Statement> Parser::switchStatement() {
+    auto made = make(Statement::Kind::Switch);
+    take();
+    expect("(", "behind 'switch'");
+    made->condition = expression();
+    expect(")", "behind the value of 'switch'");
+    expect("{", "behind 'switch'");
+    while (!takeIf("}")) {
+        auto label = make(Statement::Kind::Case);
+        if (takeIf("case"))
+            label->condition = choice();
+        else if (!takeIf("default")) {
+            if (made->statements.empty() || peek().kind == TokenKind::End)
+                unexpected("'case'");
+            made->statements.push_back(statement());
+            continue;
+        }
+        expect(":", "behind 'case'");
+        made->statements.push_back(std::move(label));
+    }
     return made;
 }
 
@@ -606,11 +774,22 @@ ExpressionPtr Parser::choice() {
     ExpressionPtr condition = binary(1);
     if (!peek().is("?"))
         return condition;
-    ExpressionPtr made = make(Expression::Kind::Choice, take());
+    ExpressionPtr made = make(Expression::Kind::Choice, peek());
+    while (takeIf("?")) {
+        adopt(*made, std::move(condition));
+        adopt(*made, assignment());
+        expect(":", "in '? :'");
+        condition = binary(1);
+        if (made->operands.size() > 2 * kLongestChain)
+            fDiagnostics.fail(made->at, "this '? :' has too many values");
+    }
+    if (isOneOf(peek(), kAssignments)) { // "a ? b : c = d" assigns to c
+        ExpressionPtr assigned = make(Expression::Kind::Binary, take());
+        adopt(*assigned, std::move(condition));
+        adopt(*assigned, assignment());
+        condition = std::move(assigned);
+    }
     adopt(*made, std::move(condition));
-    adopt(*made, assignment());
-    expect(":", "in '? :'");
-    adopt(*made, assignment());
     return made;
 }
 
@@ -664,6 +843,11 @@ ExpressionPtr Parser::postfix() {
                 unexpected("a member");
             ExpressionPtr made = make(Expression::Kind::Member, take());
             adopt(*made, std::move(left));
+            if (peek().is("(")) {
+                made->kind = Expression::Kind::Call;
+                made->isMethod = true;
+                arguments(*made);
+            }
             left = std::move(made);
         } else if (peek().is("++") || peek().is("--")) {
             const Token op = take();
@@ -724,6 +908,24 @@ ExpressionPtr Parser::primary() {
     return made;
 }
 
+/// What stands behind a number says of it. False: it says nothing that is known.
+bool Parser::takeSuffix(std::string_view suffix, Scalar& scalar) {
+    std::string word(suffix.substr(0, 4));
+    std::transform(word.begin(), word.end(), word.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (word == "f" || (scalar != Scalar::Int && word == "l"))
+        scalar = Scalar::Float;
+    else if (word == "h")
+        scalar = Scalar::Half;
+    else if (word == "x")
+        scalar = Scalar::Fixed;
+    else if (word == "d" || word == "lf")
+        scalar = Scalar::Double;
+    else
+        return scalar == Scalar::Int && word.size() <= 3 && word.find_first_not_of("ulist") == word.npos;
+    return true;
+}
+
 ExpressionPtr Parser::number() {
     const Token token = take();
     ExpressionPtr made = make(Expression::Kind::Number, token);
@@ -745,15 +947,7 @@ ExpressionPtr Parser::number() {
             scalar = Scalar::Float;
     }
     const std::string_view suffix(stopped, static_cast<size_t>(end - stopped));
-    if (suffix == "f" || suffix == "F")
-        scalar = Scalar::Float;
-    else if (suffix == "h" || suffix == "H")
-        scalar = Scalar::Half;
-    else if (suffix == "x" || suffix == "X")
-        scalar = Scalar::Fixed;
-    else if (suffix == "d" || suffix == "D")
-        scalar = Scalar::Double;
-    else if (!suffix.empty() && !(scalar == Scalar::Int && suffix.find_first_not_of("uUlL") == suffix.npos))
+    if (!suffix.empty() && !takeSuffix(suffix, scalar))
         fDiagnostics.fail(token.at, inQuotes(token.text) + " is no number");
     if (scalar == Scalar::Int && std::abs(made->number) > 4294967295.0)
         scalar = Scalar::Float;

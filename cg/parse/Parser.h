@@ -26,6 +26,11 @@ private:
         bool isOut = false;
     };
 
+    struct Constant {
+        double value;
+        bool isInt;
+    };
+
     /// Counts how deep things are nested for as long as it lives.
     class Nesting {
     public:
@@ -59,14 +64,19 @@ private:
     bool skipEffect();
     std::unique_ptr<Variable> declarator(const Type* base, const Qualifiers& qualifiers);
     std::vector<std::unique_ptr<Variable>> declarators(const Type* base, const Qualifiers& qualifiers);
-    void function(const Type* returns, const Token& name);
+    std::unique_ptr<Function> function(const Type* returns, const Token& name, const std::string& profile,
+                                       const Type* owner);
+    bool startsInterface() const { return peek().is("interface") && peek(1).isName() && peek(2).is("{"); }
+    bool constantBuffer();
+    bool takeIdleQualifier();
     std::unique_ptr<Variable> parameter();
-    bool hasFunction(std::string_view name) const;
 
     std::unique_ptr<Statement> statement();
     std::unique_ptr<Statement> block();
     std::unique_ptr<Statement> declaration();
     bool startsDeclaration() const;
+    std::unique_ptr<Statement> switchStatement();
+    std::unique_ptr<Statement> branches(std::unique_ptr<Statement> made);
     std::unique_ptr<Statement> loop();
     std::unique_ptr<Statement> make(Statement::Kind kind) const;
 
@@ -80,18 +90,20 @@ private:
     ExpressionPtr postfix();
     ExpressionPtr primary();
     ExpressionPtr number();
+    static bool takeSuffix(std::string_view suffix, Scalar& scalar);
     ExpressionPtr initializer();
     ExpressionPtr construct(const Type* type, const Token& at);
     void arguments(Expression& call);
     uint32_t arrayLength();
-    std::optional<double> constantOf(const Expression& expression) const;
+    std::optional<Constant> constantOf(const Expression& expression) const;
+    static Constant typed(double value, const Type* type);
 
     std::vector<Token> fTokens;
     size_t fNext = 0;
     int fDepth = 0;
     Program& fProgram;
     Diagnostics& fDiagnostics;
-    std::map<std::string, double, std::less<>> fConstants; ///< what lengths of arrays may name
+    std::map<std::string, Constant, std::less<>> fConstants; ///< what lengths of arrays may name
 };
 
 } // namespace orlocg

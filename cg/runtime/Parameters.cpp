@@ -1,6 +1,8 @@
+#include "objects/GlslNames.h"
 #include "objects/Handles.h"
 #include "objects/Names.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -15,20 +17,41 @@ ParameterObject* firstLeaf(ParameterObject* parameter) {
     return parameter;
 }
 
-std::vector<std::unique_ptr<ParameterObject>>& siblingsOf(ParameterObject& parameter) {
-    if (parameter.parent)
-        return parameter.parent->parts;
-    auto& own = parameter.program->parameters[0];
-    const bool isOfEntry = parameter.place < own.size() && own[parameter.place].get() == &parameter;
-    return parameter.program->parameters[isOfEntry ? 0 : 1];
+/// Whether a parameter, not one of another's parts, is among the program's globals.
+bool isGlobal(const ParameterObject& parameter) {
+    const ParameterList& own = parameter.program->parameters[0];
+    return parameter.place >= own.size() || own[parameter.place].get() != &parameter;
+}
+
+/// The first of a name space in the stages of a combined program, from one on; or in the only one.
+ParameterObject* firstIn(const ProgramObject& program, bool isGlobal, size_t stage = 0) {
+    if (program.domains.empty())
+        return program.parameters[isGlobal].empty() ? nullptr : program.parameters[isGlobal].front().get();
+    for (; stage < program.domains.size(); ++stage)
+        if (ParameterObject* first = firstIn(*program.domains[stage], isGlobal))
+            return first;
+    return nullptr;
 }
 
 ParameterObject* nextOf(ParameterObject& parameter) {
-    const auto& siblings = siblingsOf(parameter);
-    return parameter.place + 1 < siblings.size() ? siblings[parameter.place + 1].get() : nullptr;
+    if (!parameter.parent && !parameter.program)
+        return nullptr; // a context's own
+    const auto next = [&](const ParameterList& siblings) {
+        return parameter.place + 1 < siblings.size() ? siblings[parameter.place + 1].get() : nullptr;
+    };
+    if (parameter.parent)
+        return next(parameter.parent->parts);
+    const bool global = isGlobal(parameter);
+    ParameterObject* found = next(parameter.program->parameters[global]);
+    const ProgramObject* combined = parameter.program->combined;
+    if (found || !combined)
+        return found;
+    const auto own = std::find_if(combined->domains.begin(), combined->domains.end(),
+                                  [&](const auto& each) { return each.get() == parameter.program; });
+    return firstIn(*combined, global, static_cast<size_t>(own - combined->domains.begin()) + 1);
 }
 
-ParameterObject* named(const std::vector<std::unique_ptr<ParameterObject>>& among, std::string_view name) {
+ParameterObject* named(const ParameterList& among, std::string_view name) {
     for (const std::unique_ptr<ParameterObject>& each : among) {
         if (each->name == name)
             return each.get();
@@ -41,20 +64,29 @@ ParameterObject* named(const std::vector<std::unique_ptr<ParameterObject>>& amon
     return nullptr;
 }
 
+ParameterObject* named(const ProgramObject& program, bool isGlobal, std::string_view name) {
+    for (const std::unique_ptr<ProgramObject>& stage : program.domains)
+        if (ParameterObject* found = named(*stage, isGlobal, name))
+            return found;
+    return named(program.parameters[isGlobal], name);
+}
+
 CGparameter handleOf(const ParameterObject* parameter) {
     return parameter ? parameter->handle : nullptr;
 }
 
-/// The parameters of a name space; null and an error for another constant.
-std::vector<std::unique_ptr<ParameterObject>>* listOf(CGprogram handle, CGenum nameSpace) {
-    ProgramObject* program = find(handle);
-    if (!program)
-        return nullptr;
-    if (nameSpace != CG_PROGRAM && nameSpace != CG_GLOBAL) {
+/// Whether a constant is one of a name space; an error if not.
+bool checkNameSpace(CGenum nameSpace) {
+    const bool isOne = nameSpace == CG_PROGRAM || nameSpace == CG_GLOBAL;
+    if (!isOne)
         raise(CG_INVALID_ENUMERANT_ERROR);
-        return nullptr;
-    }
-    return &program->parameters[nameSpace == CG_GLOBAL ? 1 : 0];
+    return isOne;
+}
+
+/// The first parameter of a name space; null: there is none.
+ParameterObject* firstOf(CGprogram handle, CGenum nameSpace) {
+    const ProgramObject* program = find(handle);
+    return program && checkNameSpace(nameSpace) ? firstIn(*program, nameSpace == CG_GLOBAL) : nullptr;
 }
 
 /// What `answer` says of a parameter; `otherwise` for a handle that is none.
@@ -62,6 +94,35 @@ template <typename Result, typename Answer>
 Result ofParameter(CGparameter handle, Result otherwise, Answer&& answer) {
     ParameterObject* parameter = find(handle);
     return parameter ? static_cast<Result>(answer(*parameter)) : otherwise;
+}
+
+const Type* innermostOf(const ParameterObject& p) {
+    const Type* type = p.type;
+    while (type->isArray())
+        type = type->element;
+    return type;
+}
+
+const ParameterObject& wholeOf(const ParameterObject& p) {
+    return p.parent ? wholeOf(*p.parent) : p;
+}
+
+/// A parameter's name in GLSL, or its resource's.
+std::string resourceName(ParameterObject& p) {
+    std::string name = p.isUniform ? "" : nameOf(p.resource);
+    if (p.isUniform && p.program && p.program->compiled)
+        forEachLeaf(*p.program, [&](ParameterObject& leaf, const std::string& glsl) {
+            if (&leaf == &p)
+                name = glsl;
+        });
+    return name;
+}
+
+bool isUsed(const ParameterObject& p, const ProgramObject& program) {
+    if (p.isReferenced() && (p.program == &program || p.program->combined == &program))
+        return true;
+    return std::any_of(p.destinations.begin(), p.destinations.end(),
+                       [&](const ParameterObject* to) { return isUsed(*to, program); });
 }
 
 /// An array's element type and length at a depth; null and an error where there is none.
@@ -93,13 +154,36 @@ CGparameter cgGetNamedParameter(CGprogram handle, const char* name) {
     const ProgramObject* program = find(handle);
     if (!program || !name)
         return nullptr;
-    ParameterObject* found = named(program->parameters[0], name);
-    return handleOf(found ? found : named(program->parameters[1], name));
+    ParameterObject* found = named(*program, false, name);
+    return handleOf(found ? found : named(*program, true, name));
+}
+
+CGparameter cgGetNamedProgramParameter(CGprogram handle, CGenum nameSpace, const char* name) {
+    const ProgramObject* program = find(handle);
+    if (!program || !checkNameSpace(nameSpace) || !name)
+        return nullptr;
+    return handleOf(named(*program, nameSpace == CG_GLOBAL, name));
+}
+
+CGparameter cgGetNamedSubParameter(CGparameter handle, const char* name) {
+    const ParameterObject* p = find(handle);
+    if (!p || !name)
+        return nullptr;
+    return guarded<CGparameter>(nullptr, [&] {
+        const std::string separator = *name == '[' || p->name.empty() ? "" : ".";
+        return handleOf(named(p->parts, p->name + separator + name));
+    });
+}
+
+CGparameter cgGetNamedStructParameter(CGparameter handle, const char* member) {
+    const ParameterObject* p = find(handle);
+    if (p && !p->type->isStruct())
+        raise(CG_INVALID_PARAMETER_ERROR);
+    return p && p->type->isStruct() ? cgGetNamedSubParameter(handle, member) : nullptr;
 }
 
 CGparameter cgGetFirstParameter(CGprogram program, CGenum nameSpace) {
-    const auto* list = listOf(program, nameSpace);
-    return list && !list->empty() ? list->front()->handle : nullptr;
+    return handleOf(firstOf(program, nameSpace));
 }
 
 CGparameter cgGetNextParameter(CGparameter handle) {
@@ -107,8 +191,8 @@ CGparameter cgGetNextParameter(CGparameter handle) {
 }
 
 CGparameter cgGetFirstLeafParameter(CGprogram program, CGenum nameSpace) {
-    const auto* list = listOf(program, nameSpace);
-    return list && !list->empty() ? firstLeaf(list->front().get())->handle : nullptr;
+    ParameterObject* first = firstOf(program, nameSpace);
+    return first ? firstLeaf(first)->handle : nullptr;
 }
 
 CGparameter cgGetNextLeafParameter(CGparameter handle) {
@@ -159,9 +243,31 @@ int cgGetArraySize(CGparameter handle, int dimension) {
     return type ? static_cast<int>(type->length) : -1;
 }
 
+int cgGetArrayTotalSize(CGparameter handle) {
+    return ofParameter(handle, 0, [](const ParameterObject& p) {
+        uint32_t size = p.type->isArray() ? 1 : 0;
+        for (const Type* type = p.type; type->isArray(); type = type->element)
+            size *= type->length;
+        return size;
+    });
+}
+
+CGtype cgGetArrayType(CGparameter handle) {
+    return ofParameter(handle, CG_UNKNOWN_TYPE, [](const ParameterObject& p) {
+        if (!p.type->isArray())
+            raise(CG_ARRAY_PARAM_ERROR);
+        return p.type->isArray() ? typeOf(innermostOf(p)) : CG_UNKNOWN_TYPE;
+    });
+}
+
 CGprogram cgGetParameterProgram(CGparameter handle) {
-    return ofParameter<CGprogram>(handle, nullptr,
-                                  [](const ParameterObject& p) { return p.program->handle; });
+    return ofParameter<CGprogram>(
+        handle, nullptr, [](const ParameterObject& p) { return p.program ? p.program->handle : nullptr; });
+}
+
+CGcontext cgGetParameterContext(CGparameter handle) {
+    return ofParameter<CGcontext>(handle, nullptr,
+                                  [](const ParameterObject& p) { return p.context->handle; });
 }
 
 CGbool cgIsParameter(CGparameter parameter) {
@@ -174,6 +280,34 @@ const char* cgGetParameterName(CGparameter handle) {
 
 CGtype cgGetParameterType(CGparameter handle) {
     return ofParameter(handle, CG_UNKNOWN_TYPE, [](const ParameterObject& p) { return typeOf(p.type); });
+}
+
+CGtype cgGetParameterBaseType(CGparameter handle) {
+    return ofParameter(handle, CG_UNKNOWN_TYPE,
+                       [](const ParameterObject& p) { return cgGetTypeBase(typeOf(innermostOf(p))); });
+}
+
+CGtype cgGetParameterNamedType(CGparameter handle) {
+    return cgGetParameterType(handle);
+}
+
+CGparameterclass cgGetParameterClass(CGparameter handle) {
+    return ofParameter(handle, CG_PARAMETERCLASS_UNKNOWN,
+                       [](const ParameterObject& p) { return classOf(typeOf(p.type)); });
+}
+
+int cgGetParameterRows(CGparameter handle) {
+    return ofParameter(handle, 0, [](const ParameterObject& p) {
+        const Type* type = innermostOf(p);
+        return type->isNumeric() ? std::max<int>(type->rows, 1) : 0;
+    });
+}
+
+int cgGetParameterColumns(CGparameter handle) {
+    return ofParameter(handle, 0, [](const ParameterObject& p) {
+        const Type* type = innermostOf(p);
+        return type->isNumeric() ? std::max<int>(type->columns, 1) : 0;
+    });
 }
 
 const char* cgGetParameterSemantic(CGparameter handle) {
@@ -193,34 +327,54 @@ unsigned long cgGetParameterResourceIndex(CGparameter handle) {
     return ofParameter<unsigned long>(handle, 0, [](const ParameterObject& p) { return p.resourceIndex; });
 }
 
+const char* cgGetParameterResourceName(CGparameter handle) {
+    return ofParameter<const char*>(handle, nullptr, [](ParameterObject& p) {
+        return guarded<const char*>(nullptr, [&] {
+            p.glslName = resourceName(p);
+            return p.glslName.c_str();
+        });
+    });
+}
+
 CGenum cgGetParameterVariability(CGparameter handle) {
-    return ofParameter(handle, CG_UNKNOWN,
-                       [](const ParameterObject& p) { return p.isUniform ? CG_UNIFORM : CG_VARYING; });
+    return ofParameter(handle, CG_UNKNOWN, [](const ParameterObject& p) {
+        if (wholeOf(p).isLiteral)
+            return CG_LITERAL;
+        return p.isUniform ? CG_UNIFORM : CG_VARYING;
+    });
 }
 
 CGenum cgGetParameterDirection(CGparameter handle) {
     return ofParameter(handle, CG_UNKNOWN, [](const ParameterObject& p) {
         constexpr std::array<CGenum, 3> kDirections = {CG_IN, CG_OUT, CG_INOUT};
-        return kDirections[static_cast<size_t>(p.variable->direction)];
+        return kDirections[static_cast<size_t>(p.direction())];
+    });
+}
+
+int cgGetParameterIndex(CGparameter handle) {
+    return ofParameter(handle, -1, [](const ParameterObject& p) {
+        return p.parent && p.parent->type->isArray() ? static_cast<int>(p.place) : -1;
+    });
+}
+
+int cgGetParameterOrdinalNumber(CGparameter handle) {
+    return ofParameter(handle, -1, [](const ParameterObject& p) { return static_cast<int>(p.place); });
+}
+
+CGbool cgIsParameterGlobal(CGparameter handle) {
+    return ofParameter(handle, CG_FALSE, [](const ParameterObject& p) {
+        const ParameterObject& whole = wholeOf(p);
+        return whole.program && isGlobal(whole);
     });
 }
 
 CGbool cgIsParameterReferenced(CGparameter handle) {
-    return ofParameter(handle, CG_FALSE, [](const ParameterObject& p) { return p.variable->isReferenced; });
+    return ofParameter(handle, CG_FALSE, [](const ParameterObject& p) { return p.isReferenced(); });
 }
 
-const double* cgGetParameterValues(CGparameter handle, CGenum valueType, int* count) {
-    if (count)
-        *count = 0;
-    return ofParameter<const double*>(handle, nullptr, [&](const ParameterObject& p) -> const double* {
-        if (valueType != CG_DEFAULT && valueType != CG_CONSTANT) {
-            raise(CG_INVALID_ENUMERANT_ERROR);
-            return nullptr;
-        }
-        if (valueType == CG_CONSTANT || p.initial.empty())
-            return nullptr;
-        if (count)
-            *count = static_cast<int>(p.initial.size());
-        return p.initial.data();
+CGbool cgIsParameterUsed(CGparameter handle, CGhandle program) {
+    return ofParameter(handle, CG_FALSE, [&](const ParameterObject& p) {
+        const ProgramObject* container = find(static_cast<CGprogram>(program));
+        return container && isUsed(p, *container);
     });
 }

@@ -110,6 +110,8 @@ TEST(Compiler, refusesWhatHasTheWrongType) {
         {"float a[];", "neither a length nor values"},
         {"float a[v.x];", "has to be a constant"},
         {"float a[0];", "from 1 to 65536"},
+        {"float a[7 / 2.0];", "a whole number"},
+        {"const float n = 7; float a[n / 2];", "a whole number"},
         {"float a[4 / 0];", "has to be a constant"},
         {"float a[1 << 2];", "has to be a constant"},
         {"float x = 1 2;", "';' is missing"},
@@ -122,6 +124,14 @@ TEST(Compiler, refusesWhatHasTheWrongType) {
         {"else ;", "an expression is wanted"},
         {"struct { float y } q;", "';' is missing"},
         {"missing x;", "';' is missing"},
+        {"asm { MOV };", "`asm` blocks are not supported"},
+        {"goto end;", "`goto` is not supported"},
+        {"SamplerState x;", "`SamplerState` is not supported"},
+        {"switch (v) { case 1: ; }", "the value of 'switch' has to be a single number"},
+        {"switch (1) { case 1: ; case 1: ; }", "two cases of this value"},
+        {"switch (1) { case a[0]: ; }", "has to be a constant"},
+        {"switch (1) { v = 1; }", "'case' is wanted"},
+        {"switch (1) { case 1: continue; }", "'continue' outside a loop"},
     };
     EXPECT_GE(std::size(refusals), 80U);
     for (const Refusal& refusal : refusals) {
@@ -145,9 +155,26 @@ TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
                 HasSubstr("there is no state.nothing"));
     EXPECT_THAT(compiled("float4 main(uniform float4 c : state.matrix.mvp) : COLOR { return c; }").listing,
                 HasSubstr("state.matrix.mvp is float4x4, not float4"));
-    EXPECT_THAT(compiled("float4 main();").listing, HasSubstr("no function 'main'"));
-    EXPECT_THAT(compiled("float4 main() : POSITION { discard; return 0; }", Stage::Vertex).listing,
-                HasSubstr("can't discard"));
+    EXPECT_THAT(compiled("float4 main(); float g() { return 1; } float4 f() { return 1; }").listing,
+                HasSubstr("no function 'main' with a body to begin with; there are 'g', 'f'\n"));
+    EXPECT_THAT(compiled("TRIANGLE void main(AttribArray<float4> p : POSITION) { }").listing,
+                HasSubstr("1:1: error: geometry programs are not supported"));
+    EXPECT_THAT(
+        compiled("interface I { float f(); }; float4 main(uniform I i) : COLOR { return i.f(); }").listing,
+        HasSubstr("an interface as the type of a variable or of a program's parameter"));
+    EXPECT_THAT(compiled("float f(float a[]) { float b[2] = {a[0], 1}; return f(b); } float4 main() : COLOR "
+                         "{ float c[3] = {1, 2, 3}; return f(c); }")
+                    .listing,
+                HasSubstr("calls itself"));
+    EXPECT_THAT(compiled("struct S { float k; void set() { k = 1; } }; float4 main() : COLOR { const S s = "
+                         "{1}; s.set(); return 0; }")
+                    .listing,
+                HasSubstr("this can't be assigned to"));
+    for (const char* statement : {"discard;", "clip(-1);"})
+        EXPECT_THAT(
+            compiled(std::string("float4 main() : POSITION { ") + statement + " return 0; }", Stage::Vertex)
+                .listing,
+            HasSubstr("can't discard"));
     EXPECT_THAT(compiled("void main(out float4 c[9] : COLOR) { }").listing, HasSubstr("no output COLOR8"));
     EXPECT_THAT(compiled("float f(float x) { return f(x); } float4 main() : COLOR { return f(1); }").listing,
                 HasSubstr("calls itself"));
@@ -168,6 +195,15 @@ TEST(Compiler, warnsOfWhatIsCut) {
         compiled("float4 main(float4 v : TEXCOORD0) : COLOR {\nfloat2 x = v;\nreturn x.xyxy; }");
     EXPECT_NE(result.program, nullptr);
     EXPECT_EQ(result.listing, "a.cg:2:12: warning: float4 is cut to float2\n");
+}
+
+TEST(Compiler, warnsOfSemanticsThatThereAreNone) {
+    const Result result =
+        compiled("void main(float2 t : TEXCOORD0, float k : GLOW,\nuniform float u : Exposure, out "
+                 "float4 c : SV_Target, out float4 d : TARGET5) { c = d = k; }");
+    EXPECT_NE(result.program, nullptr);
+    EXPECT_EQ(result.listing, "a.cg:1:39: warning: there is no input GLOW here; it is TEXCOORD1\n"
+                              "a.cg:2:66: warning: there is no output TARGET5 here; it is COLOR0\n");
 }
 
 TEST(Compiler, tellsOfItsParameters) {
@@ -192,6 +228,84 @@ TEST(Compiler, tellsOfItsParameters) {
                     "k: k=k 5\n"
                     "d:DEPTH\n"
                     "scale: scale=scale 10 20 30 40\n");
+    EXPECT_THAT(result.program->glsl,
+                testing::StartsWith("//var float2 uv : $vin.TEXCOORD1 : TEX1 : 0 : 1\n"
+                                    "//var float3 lights[0].c :  : lights[0].c : 1 : 1\n"
+                                    "//var sampler2D lights[0].t :  : lights_0_t : 1 : 1\n"
+                                    "//var float3 lights[1].c :  : lights[1].c : 1 : 1\n"
+                                    "//var sampler2D lights[1].t :  : lights_1_t : 1 : 1\n"
+                                    "//var float k :  : k : 2 : 1\n"
+                                    "//var float d : $vout.DEPTH : DEPTH0 : 3 : 1\n"
+                                    "//var float2 scale[0] :  : scale[0] : -1 : 1\n"
+                                    "//var float2 scale[1] :  : scale[1] : -1 : 1\n"
+                                    "//var float4 main : $vout.COLOR : COL0 : -1 : 1\n"
+                                    "#version 130\n"));
+}
+
+TEST(Compiler, worksOutWhatUniformsAreUnlessTheyAreSet) {
+    struct Default {
+        const char* type;
+        const char* value;
+        std::vector<double> numbers;
+    };
+    const Default defaults[] = {
+        {"float", "1.0 / 2.0", {0.5}},
+        {"float", "7 / 2", {3}},
+        {"int", "7 / 2.0", {3}},
+        {"float2", "float2(1.0 / 2.0, 2)", {0.5, 2}},
+        {"float", "sqrt(4.0) + kHalf", {2.5}},
+        {"float4", "float4(kPair.yx, -kPair)", {0.75, 0.25, -0.25, -0.75}},
+        {"float3", "lerp(0.25, float3(1, 0, 1), 0.5) * 8", {5, 1, 5}},
+        {"float2x2", "float2x2(kPair, 1, 2) * 2", {0.5, 1.5, 2, 4}},
+        {"float", "kTable[1 + 1]", {9}},
+        {"float", "kLight.at.y", {4}},
+        {"float2", "(float2)float3x3(1, 2, 3, 4, 5, 6, 7, 8, 9)[1]", {4, 5}},
+        {"float", "true && !(2 > 3) ? dot(float2(1, 2), float2(3, 4)) : 1", {11}},
+        {"float3", "normalize(float3(0, 3, 4)) + cross(float3(1, 0, 0), float3(0, 1, 0))", {0, 0.6, 1.8}},
+        {"float2", "{ kHalf, max(1, 3) % 2 }", {0.5, 1}},
+        {"int", "(6 & 3) | (1 << 3)", {10}},
+    };
+    for (const Default& each : defaults) {
+        const std::string declared = std::string("uniform ") + each.type + " x = " + each.value;
+        const std::string constants =
+            "struct L { float k; float2 at; }; static const float kHalf = 0.5; const float2 kPair = "
+            "float2(kHalf / "
+            "2, 0.75); static const float kTable[3] = {1, 2, 9}; static const L kLight = {1, 3, 4};";
+        for (const bool isGlobal : {true, false}) {
+            const Result result = compiled(constants + (isGlobal ? declared + ";" : "") + "float4 main(" +
+                                           (isGlobal ? "" : declared) + ") : COLOR { x; return 0; }");
+            ASSERT_NE(result.program, nullptr) << declared << result.listing;
+            const std::vector<double>& initial = result.program->parameters[0].initial;
+            EXPECT_THAT(initial, testing::Pointwise(testing::DoubleNear(1e-12), each.numbers)) << declared;
+        }
+    }
+    EXPECT_THAT(compiled("uniform float y; uniform float x = y; float4 main() : COLOR { return x; }").listing,
+                HasSubstr("1:32: warning: the value of 'x' is no constant"));
+}
+
+TEST(Compiler, writesLongChainsInProportion) {
+    // What a driver is given, and so what it costs to make, grows no faster than the source.
+    const auto lengthOf = [](int count) {
+        std::string branches = "if (x < 0) y = 1;";
+        std::string values = "x < 0 ? 0 :";
+        std::string functions = "float f0(float a = 1, float b = 2) { return a + b; }";
+        for (int i = 1; i <= count; ++i) {
+            const std::string n = std::to_string(i);
+            branches += " else if (x == " + n + ") y = " + n + ";";
+            values += " x == " + n + " ? " + n + " :";
+            const std::string before = "f" + std::to_string(i % 60 ? i % 60 - 1 : 0) + "()";
+            if (i < 60)
+                functions +=
+                    "float f" + n + "(float a = " + before + ", float b = " + before + ") { return a + b; }";
+        }
+        const Result result = compiled(functions + "float4 main(float x : TEXCOORD0) : COLOR { float y = f" +
+                                       std::to_string(std::min(count, 59)) + "(); " + branches +
+                                       " return y + (" + values + " 1); }");
+        EXPECT_NE(result.program, nullptr) << result.listing;
+        return result.program ? result.program->glsl.size() : 0;
+    };
+    EXPECT_LT(lengthOf(2000), 2.2 * static_cast<double>(lengthOf(1000)));
+    EXPECT_LT(lengthOf(40), 30'000U);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <Cg/cgGL.h>
 
+#include <array>
 #include <cmath>
 #include <dlfcn.h>
 #include <memory>
@@ -106,7 +107,133 @@ TEST_F(DriverCgGL, bindsAndEnablesEachSideByItself) {
     cgDestroyProgram(red);
     cgGLEnableProfile(CG_PROFILE_ARBFP1);
     expectColor(0.25, 0.5, 0.75, 1, "which is gone");
+    for (const CGGLenum other : {CG_GL_GEOMETRY, CG_GL_TESSELLATION_CONTROL, CG_GL_TESSELLATION_EVALUATION})
+        EXPECT_EQ(cgGLGetLatestProfile(other), CG_PROFILE_UNKNOWN) << other;
+    EXPECT_FALSE(cgGLIsProfileSupported(CG_PROFILE_GP4GP));
     cgGLSetOptimalOptions(CG_PROFILE_ARBFP1);
+    cgGLSetContextOptimalOptions(fContext, CG_PROFILE_ARBFP1);
+    EXPECT_EQ(cgGLGetOptimalOptions(CG_PROFILE_ARBFP1)[0], nullptr);
+    EXPECT_EQ(cgGLGetContextOptimalOptions(fContext, CG_PROFILE_ARBFP1)[0], nullptr);
+}
+
+TEST_F(DriverCgGL, unbindsAndUnloads) {
+    gl().glColor4f(0, 0, 1, 1);
+    const CGprogram program = use("uniform float4 k = {1, 0, 0, 1}; float4 main() : COLOR { return k; }");
+    const CGparameter k = cgGetNamedParameter(program, "k");
+    expectColor(1, 0, 0, 1);
+    EXPECT_TRUE(cgGLIsProgramLoaded(program));
+    EXPECT_NE(cgGLGetProgramID(program), 0U);
+    cgGLUnbindProgram(CG_PROFILE_ARBFP1);
+    expectColor(0, 0, 1, 1, "unbound, though enabled");
+    cgGLBindProgram(program);
+    expectColor(1, 0, 0, 1, "bound again");
+    cgGLUnloadProgram(program);
+    EXPECT_FALSE(cgGLIsProgramLoaded(program));
+    expectColor(0, 0, 1, 1, "not there any more");
+    EXPECT_EQ(cgGLGetProgramID(program), 0U);
+    expectError(CG_PROGRAM_NOT_LOADED_ERROR, "no name");
+    cgSetParameter4f(k, 0, 1, 0, 1); // meanwhile
+    cgGLLoadProgram(program);
+    cgGLBindProgram(program);
+    expectColor(0, 1, 0, 1);
+
+    // What is set waits, the last of it counts.
+    cgSetParameterSettingMode(fContext, CG_DEFERRED_PARAMETER_SETTING);
+    cgSetParameter4f(k, 1, 1, 1, 1);
+    cgGLSetParameter4f(k, 1, 1, 0, 1);
+    expectColor(0, 1, 0, 1, "deferred");
+    cgUpdateProgramParameters(program);
+    expectColor(1, 1, 0, 1, "updated");
+    cgSetParameter1f(k, 0.5F);
+    cgGLBindProgram(program);
+    expectColor(0.5, 0.5, 0.5, 0.5, "bound");
+    cgSetParameter1f(k, 1);
+    cgSetParameterSettingMode(fContext, CG_IMMEDIATE_PARAMETER_SETTING);
+    expectColor(1, 1, 1, 1, "not deferred any more");
+
+    // Compiled once more it stays loaded, bound and set.
+    cgCompileProgram(program);
+    expectColor(1, 1, 1, 1, "compiled once more");
+    cgSetParameterVariability(k, CG_LITERAL);
+    cgSetParameter4f(k, 0, 0.5F, 0, 1);
+    expectColor(0, 0.5, 0, 1, "a constant");
+
+    const CGprogram reading =
+        load("uniform float2 a : BUFFER[1]; uniform float b[2] : BUFFER[1]; uniform int n : "
+             "BUFFER[1][48]; float4 main() : COLOR { return float4(a.y, b[1], n * 0.25, 1); }");
+    struct {
+        float a[4] = {0, 0.5F};
+        float b[8] = {0, 0, 0, 0, 0.25F};
+        int n = 3;
+    } block;
+    const CGbuffer buffer = cgCreateBuffer(fContext, sizeof block, &block, CG_BUFFER_USAGE_DYNAMIC_DRAW);
+    cgSetProgramBuffer(reading, 1, buffer);
+    EXPECT_EQ(cgGetProgramBuffer(reading, 1), buffer);
+    EXPECT_EQ(cgGetParameterBufferIndex(cgGetNamedParameter(reading, "n")), 1);
+    EXPECT_EQ(cgGetParameterBufferOffset(cgGetNamedParameter(reading, "b[1]")), 32);
+    cgGLBindProgram(reading);
+    expectColor(0.5, 0.25, 0.75, 1, "from a buffer");
+    cgSetBufferSubData(buffer, 4, 4, &block.b[4]);
+    cgUpdateProgramParameters(reading);
+    expectColor(0.25, 0.25, 0.75, 1, "from another");
+    cgDestroyBuffer(buffer);
+    EXPECT_EQ(cgGetProgramBuffer(reading, 1), nullptr);
+    cgGLBindProgram(reading);
+    expectColor(0.25, 0.25, 0.75, 1, "from none any more");
+    EXPECT_EQ(cgGetProgramBufferMaxIndex(CG_PROFILE_GLSLV), 11);
+    EXPECT_EQ(cgGetProgramBufferMaxSize(CG_PROFILE_GLSLV), 65536);
+    cgSetProgramBuffer(reading, 12, nullptr);
+    expectError(CG_BUFFER_INDEX_OUT_OF_RANGE_ERROR, "no such place");
+
+    cgGLSetDebugMode(CG_TRUE);
+    gl().glEnable(GL_TEXTURE_BINDING_2D);
+    cgGLBindProgram(program);
+    expectError(CG_PROGRAM_BIND_ERROR, "an error of OpenGL's");
+    cgGLSetDebugMode(CG_FALSE);
+    cgGLUnbindProgram(CG_PROFILE_UNKNOWN);
+    expectError(CG_INVALID_PROFILE_ERROR, "unbind");
+}
+
+TEST_F(DriverCgGL, drawsWithCombinedStagesAndCompiledTexts) {
+    const char* vertices =
+        "void main(float4 p : POSITION, uniform float4 tone, out float4 o : POSITION, out float4 c : "
+        "COLOR) { o = p; c = tone; }";
+    const char* fragments = "uniform float4 k[2]; uniform float2x2 m = float2x2(1, 0.5, 0.25, 1); "
+                            "float4 main(float4 c : COLOR) : COLOR { return c * k[1] * float4(m[0], m[1]); }";
+    CGprogram stages[] = {load(vertices, CG_PROFILE_GLSLV), load(fragments, CG_PROFILE_GLSLF)};
+    for (CGprogram& stage : stages) { // by way of their texts
+        const CGprofile profile = cgGetProgramProfile(stage);
+        const std::string text = cgGetProgramString(stage, CG_COMPILED_PROGRAM);
+        cgDestroyProgram(stage);
+        stage = cgCreateProgram(fContext, CG_OBJECT, text.c_str(), profile, "main", nullptr);
+        ASSERT_NE(stage, nullptr) << cgGetLastListing(fContext);
+    }
+    const CGprogram both = cgCombinePrograms(2, stages);
+    cgGLLoadProgram(both);
+    EXPECT_TRUE(cgGLIsProgramLoaded(both));
+    cgGLBindProgram(both);
+    cgGLEnableProgramProfiles(both);
+    const float all[] = {0, 0, 0, 0, 0.5F, 1, 1, 1};
+    cgSetParameterValuefr(cgGetNamedParameter(both, "k"), 8, all);
+    cgSetParameter4f(cgGetNamedParameter(both, "tone"), 1, 1, 1, 0.5F);
+    expectColor(0.5, 0.5, 0.25, 0.5);
+    // One parameter for many programs.
+    const CGparameter shared = cgCreateParameterArray(fContext, CG_FLOAT4, 2);
+    cgConnectParameter(shared, cgGetNamedParameter(both, "k"));
+    cgGLSetParameterArray4f(shared, 1, 1, std::array{1.0F, 1.0F, 0.0F, 1.0F}.data());
+    expectColor(1, 0.5, 0, 0.5, "by what it is connected to");
+    cgGLDisableProgramProfiles(both);
+    gl().glColor4f(0, 0, 1, 1);
+    expectColor(0, 0, 1, 1, "neither");
+    for (const CGprogram handle : {CGprogram{}, reinterpret_cast<CGprogram>(shared)}) {
+        cgGLIsProgramLoaded(handle);
+        expectError(CG_INVALID_PROGRAM_HANDLE_ERROR, "loaded");
+        for (const auto function : {cgGLEnableProgramProfiles, cgGLDisableProgramProfiles, cgGLUnloadProgram,
+                                    cgGLLoadProgram, cgGLBindProgram}) {
+            function(handle);
+            expectError(CG_INVALID_PROGRAM_HANDLE_ERROR, "none");
+        }
+    }
 }
 
 TEST_F(DriverCgGL, setsNumbersOfEveryKind) {
@@ -402,7 +529,19 @@ TEST_F(DriverCgGL, bindsTexturesToTheUnitsOfTheirSamplers) {
     expectColor(0.5, 0.25, 0, 0.75);
     cgGLDisableTextureParameter(b);
     expectColor(0.5, 0, 0, 0.75);
+    EXPECT_FALSE(cgGLGetManageTextureParameters(fContext));
+    cgGLSetManageTextureParameters(fContext, CG_TRUE);
+    EXPECT_TRUE(cgGLGetManageTextureParameters(fContext));
     cgGLDisableTextureParameter(a);
+    cgGLBindProgram(program);
+    expectColor(0.5, 0.25, 0, 0.75, "with the program");
+    const CGparameter own = cgCreateParameter(fContext, CG_SAMPLER2D);
+    cgConnectParameter(own, a);
+    cgGLSetTextureParameter(own, names[1]);
+    cgGLEnableTextureParameter(a);
+    expectColor(0, 0.75, 0, 0.75, "a shared sampler");
+    cgGLDisableTextureParameter(a);
+    cgGLDisableTextureParameter(b);
     gl().glDeleteTextures(2, names);
     cgGLSetTextureParameter(cgGetNamedParameter(program, "nothing"), 1);
     expectError(CG_INVALID_PARAM_HANDLE_ERROR, "no such sampler");
@@ -453,6 +592,103 @@ TEST_F(DriverCgGL, drawsFromClientArrays) {
     cgGLDisableClientState(cgGetNamedParameter(program, "p"));
     cgGLSetParameterPointer(cgGetNamedParameter(program, "color"), 4, GL_FLOAT, 0, colors);
     expectError(CG_INVALID_PARAMETER_ERROR, "an output");
+}
+
+TEST_F(DriverCgGL, drawsFromArraysOfInputsWithoutAPlaceOfTheirOwn) {
+    // The position is found by what is made of it, behind a copy, a function and a struct.
+    const CGprogram program = use(
+        "struct I { float4 idle; float4 place; uniform float4x4 m; }; struct O { float4 p : POSITION; float4 "
+        "c "
+        ": COLOR; }; void put(float4x4 m, float4 p, out float4 q) { q = mul(m, p); }\n"
+        "O main(float4 t : TANGENT, float4 b : BINORMAL, float4 w : BLENDWEIGHT, float4 i : BLENDINDICES, "
+        "float4 s : PSIZE, float4 a : ATTR3, float4 free, I in1) { O o; I in2 = in1; float4 q; put(in2.m, "
+        "in2.place, q); o.p = q; o.c = float4(t.x + b.y, w.x + i.y, s.x + a.y, free.w); return o; }",
+        CG_PROFILE_ARBVP1);
+    const float one[] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    cgGLSetMatrixParameterfr(cgGetNamedParameter(program, "in1.m"), one);
+    const float corners[] = {-1, -1, 1, -1, 1, 1, -1, 1};
+    const float values[] = {0.25F, 0.5F, 0, 1, 0.25F, 0.5F, 0, 1, 0.25F, 0.5F, 0, 1, 0.25F, 0.5F, 0, 1};
+    std::vector<CGparameter> arrays;
+    for (const char* name : {"t", "b", "w", "i", "s", "a", "free", "in1.place"}) {
+        arrays.push_back(cgGetNamedParameter(program, name));
+        const bool isPlace = arrays.size() == 8;
+        cgGLSetParameterPointer(arrays.back(), isPlace ? 2 : 4, GL_FLOAT, 0, isPlace ? corners : values);
+        cgGLEnableClientState(arrays.back());
+    }
+    gl().glClear(GL_COLOR_BUFFER_BIT);
+    gl().glDrawArrays(GL_QUADS, 0, 4);
+    for (const CGparameter array : arrays)
+        cgGLDisableClientState(array);
+    gl().glClientActiveTexture(GL_TEXTURE0);
+    const Pixel pixel = readPixel(1, 1);
+    for (size_t i = 0; i < 4; ++i)
+        EXPECT_NEAR(pixel[i], i < 3 ? 191 : 255, 2) << "channel " << i;
+}
+
+TEST_F(DriverCgGL, takesEachMemberOfAStructForWhatItIs) {
+    const char* source =
+        "struct input { float2 tex_coord; float4 color; float4 vertex_coord; uniform float4x4 mvp_matrix; "
+        "uniform sampler2D texture; };\n"
+        "struct data { float2 tex; float4 color; };\n"
+        "void main_vertex(out float4 p : POSITION, input IN, out data d) { p = mul(IN.mvp_matrix, "
+        "IN.vertex_coord); d = data(IN.tex_coord, IN.color); }\n"
+        "float4 main_fragment(input IN, data d, uniform sampler2D s : TEXUNIT0) : COLOR { return d.color * "
+        "tex2D(s, d.tex); }\n"
+        // A semantic holds, and a sampler makes nothing else uniform.
+        "struct lit { float2 t : TEXCOORD1; float gain[2] : TEXCOORD2; sampler2D map; };\n"
+        "void lit_vertex(float4 v : POSITION, float2 t : TEXCOORD0, out float4 p : POSITION, out float2 u : "
+        "TEXCOORD1, out float2 g[2] : TEXCOORD2) { p = v; u = t; g[0] = g[1] = 0.5; }\n"
+        "float4 lit_fragment(lit IN) : COLOR { return tex2D(IN.map, IN.t) * IN.gain[1]; }";
+    const auto bind = [&](const char* entry, CGprofile profile) {
+        const CGprogram program = cgCreateProgram(fContext, CG_SOURCE, source, profile, entry, nullptr);
+        EXPECT_NE(program, nullptr) << cgGetLastListing(fContext);
+        cgGLLoadProgram(program);
+        cgGLBindProgram(program);
+        cgGLEnableProfile(profile);
+        return program;
+    };
+    const float corners[] = {-1, -1, 0, 1, 1, -1, 0, 1, 1, 1, 0, 1, -1, 1, 0, 1};
+    const float coordinates[] = {0, 0, 1, 0, 1, 1, 0, 1};
+    const float colors[] = {1, 0.5F, 1, 1, 1, 0.5F, 1, 1, 1, 0.5F, 1, 1, 1, 0.5F, 1, 1};
+    const float one[] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    GLuint texture = 0;
+    gl().glGenTextures(1, &texture);
+    gl().glBindTexture(GL_TEXTURE_2D, texture);
+    gl().glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    gl().glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    const GLubyte texels[] = {255, 255, 0, 255, 0, 255, 255, 255}; // yellow, cyan
+    gl().glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 2, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels);
+    const auto draw = [&](CGprogram vertex,
+                          std::initializer_list<std::pair<const char*, const float*>> arrays,
+                          const std::array<Pixel, 2>& expected) {
+        for (const auto& [name, values] : arrays) {
+            const CGparameter p = cgGetNamedParameter(vertex, name);
+            cgGLSetParameterPointer(p, values == coordinates ? 2 : 4, GL_FLOAT, 0, values);
+            cgGLEnableClientState(p);
+        }
+        gl().glClear(GL_COLOR_BUFFER_BIT);
+        gl().glDrawArrays(GL_QUADS, 0, 4);
+        for (const auto& [name, values] : arrays)
+            cgGLDisableClientState(cgGetNamedParameter(vertex, name));
+        gl().glClientActiveTexture(GL_TEXTURE0);
+        for (size_t i = 0; i < 8; ++i)
+            EXPECT_NEAR(readPixel(i < 4 ? 0 : 3, 1)[i % 4], expected[i / 4][i % 4], 2) << "number " << i;
+    };
+    const CGprogram vertex = bind("main_vertex", CG_PROFILE_ARBVP1);
+    bind("main_fragment", CG_PROFILE_ARBFP1);
+    EXPECT_EQ(cgGetParameterVariability(cgGetNamedParameter(vertex, "IN.color")), CG_VARYING);
+    EXPECT_EQ(cgGetParameterVariability(cgGetNamedParameter(vertex, "IN.mvp_matrix")), CG_UNIFORM);
+    cgGLSetMatrixParameterfr(cgGetNamedParameter(vertex, "IN.mvp_matrix"), one);
+    draw(vertex, {{"IN.vertex_coord", corners}, {"IN.tex_coord", coordinates}, {"IN.color", colors}},
+         {Pixel{255, 128, 0, 255}, Pixel{0, 128, 255, 255}});
+
+    const CGprogram second = bind("lit_vertex", CG_PROFILE_ARBVP1);
+    const CGparameter map = cgGetNamedParameter(bind("lit_fragment", CG_PROFILE_ARBFP1), "IN.map");
+    cgGLSetTextureParameter(map, texture);
+    cgGLEnableTextureParameter(map);
+    draw(second, {{"v", corners}, {"t", coordinates}}, {Pixel{128, 128, 0, 128}, Pixel{0, 128, 128, 128}});
+    cgGLDisableTextureParameter(map);
+    gl().glDeleteTextures(1, &texture);
 }
 
 TEST_F(DriverCgGL, saysWhyItCantBeLoaded) {

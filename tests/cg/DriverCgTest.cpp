@@ -281,6 +281,44 @@ TEST_F(DriverCg, controlFlow) {
          {0.75, 0.25, 0.125, 1}},
         {"discard (uv.x > 0.5); if (uv.y > 0.5) discard; return 1;", {0, 0, 0, 0}},
         {"discard uv.xy > float2(0.5, 0.8); return 1;", {1, 1, 1, 1}},
+        {"@struct C { float n; float get() { return n; } void add(float k) { n += k; } void add(float2 k) { "
+         "add(k.x); add(k.y); } "
+         "float twice() { add(get()); return n; } }; float4 main(uniform C u) : COLOR { C a = {0.125}; const "
+         "C b = {0.5}; "
+         "float t = a.twice(); a.add(float2(0.25, 0.25)); return float4(t, a.n, b.get(), u.get() + a.get()); "
+         "}",
+         {0.25, 0.75, 0.5, 0.75}},
+        {"@interface L { float2 lit(float2 n); }; struct P : L { float k; float2 lit(float2 n) { return n * "
+         "k; } }; struct Q "
+         ": L { float2 c; float2 lit(float2 n) { return c; } }; float2 shade(L l, float2 n) { return "
+         "l.lit(n); } float2 all(L "
+         "l[], float2 n) { float2 c = 0; for (int i = 0; i < l.length; i++) c += shade(l[i], n); return c; } "
+         "float4 main(float2 "
+         "uv : TEXCOORD0) : COLOR { P p = {0.5}; Q q[2] = {{0.25, 0}, {0.5, 0.125}}; return float4(shade(p, "
+         "uv), all(q, uv)); }",
+         {0.125, 0.375, 0.75, 0.125}},
+        {"@float sum(float a[]) { float s = 0; for (int i = 0; i < a.length; i++) s += a[i]; return s; } "
+         "void fill(out "
+         "float2 a[], float k) { for (int i = 0; i < a.length(); i++) a[i] = k; } float4 main() : COLOR { "
+         "float a[2] = "
+         "{0.25, 0.5}, b[3] = {0.125, 0.125, 0.25}; float2 c[4]; fill(c, 0.5); return float4(sum(a), sum(b), "
+         "c[3]); }",
+         {0.75, 0.5, 0.5, 0.5}},
+        {"uv.x > 1 ? clip(-1) : clip(uv.xy - 0.1); clip(uv.x - 0.1), clip(uv.xyz - 0.3); return 1;",
+         {0, 0, 0, 0}},
+        {"float4 c = 0; for (int i = 0; i < 4; i++) { switch (i) { case 0: c.x = 0.5; case 1: c.y += "
+         "0.25; break; "
+         "case 2: continue; default: c.z = 0.75; } c.w += 0.25; } switch (9) { } return c;",
+         {0.5, 0.5, 0.75, 0.75}},
+        {"@vp20 float side() { return 0.25; } fp20 float side() { return 0.5; } float side() { return 0.75; "
+         "} arbvp1 "
+         "float4 main() : POSITION { return 0; } float4 main() : COLOR { return side(); }",
+         {0.5, 0.5, 0.5, 0.5}},
+        {"@cbuffer b : register(b0) { column_major float4x4 m; float k = 0.5; } nointerpolation float4 "
+         "main(centroid float4 uv : TEXCOORD0) : COLOR { precise float4 c = uv; return c; } technique10 T { "
+         "pass P "
+         "{ SetVertexShader(0); } }",
+         {0.25, 0.75, 0.5, 1}},
         {"float x = 1; { float x = 0.5; x *= 2; } float input = x * 0.5, output = 0.25, mix = 0.125; return "
          "float4(input, output, mix, x);",
          {0.5, 0.25, 0.125, 1}},
@@ -323,6 +361,18 @@ TEST_F(DriverCg, controlFlow) {
 TEST_F(DriverCg, standardLibrary) {
     const double pi = 3.14159265358979;
     check({
+        {"return float4(unpack_2half(pack_2half(uv.xy)), unpack_2ushort(pack_2ushort(uv.zy)).x, 1);",
+         {0.25, 0.75, 0.5, 1}},
+        {"return unpack_4byte(pack_4byte(float4(0.5, 1, -0.5, 0.25))) + float4(0, 0, 1, 0);",
+         {0.5, 1, 0.5, 0.25}},
+        {"return unpack_4ubyte(pack_4ubyte(float4(0.5, 0, 0.2, 0.25)));", {0.5, 0, 0.2, 0.25}},
+        {"float a = noise(float3(2.5, 1.25, 0.5)), b = noise(float3(2.501, 1.25, 0.5)); return "
+         "float4(noise(float2(3, 4)) "
+         "+ noise(7.0), a != b && a != 0, abs(a - b) < 0.01, noise(uv) > -1 && abs(a) < 1);",
+         {0, 1, 1, 1}},
+        {"return float4(mad(uv.x, 2, 0.25), rcp(uv.y * 4) * 1.5, atan(uv.y, -uv.y) / 3.14159265, 1.5lf - "
+         "1L);",
+         {0.75, 0.5, 0.75, 0.5}},
         {"return float4(abs(-0.5), sign(-2) + 1.5, floor(1.75) / 4, ceil(0.25) / 2);", {0.5, 0.5, 0.25, 0.5}},
         {"return float4(frac(1.25), fmod(-1.25, 1) + 1, round(0.75) / 2, trunc(-1.5) + 1.5);",
          {0.25, 0.75, 0.5, 0.5}},
@@ -362,8 +412,8 @@ TEST_F(DriverCg, standardLibrary) {
 
 TEST_F(DriverCg, textures) {
     // Unit 0: 2 x 1, red and green of different halves, blue in its small level. Unit 1: a cube and a volume.
-    GLuint names[5];
-    gl().glGenTextures(5, names);
+    GLuint names[7];
+    gl().glGenTextures(7, names);
     const auto setUp = [&](GLenum unit, GLenum target, GLuint name, GLenum minFilter = GL_NEAREST) {
         gl().glActiveTexture(GL_TEXTURE0 + unit);
         gl().glBindTexture(target, name);
@@ -387,9 +437,14 @@ TEST_F(DriverCg, textures) {
                           GL_UNSIGNED_BYTE, side == 4 ? blue : pair);
     setUp(4, GL_TEXTURE_RECTANGLE_ARB, names[4]);
     gl().glTexImage2D(GL_TEXTURE_RECTANGLE_ARB, 0, GL_RGBA, 2, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, pair);
-    const Given units = {{"s", {0}},        {"s1", {1}},      {"s3", {2}},    {"sc", {3}},
-                         {"sr", {4}},       {"set.a", {0}},   {"set.b", {4}}, {"many", {1, 1}},
-                         {"all[0].a", {0}}, {"all[1].a", {0}}};
+    setUp(5, GL_TEXTURE_2D, names[5]);
+    gl().glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, blue);
+    setUp(6, GL_TEXTURE_2D_ARRAY, names[6]);
+    gl().glTexImage3D(GL_TEXTURE_2D_ARRAY, 0, GL_RGBA, 1, 1, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE, pair);
+    const Given units = {{"layers", {6}},    {"s", {0}},         {"s1", {1}},        {"s3", {2}},
+                         {"sc", {3}},        {"sr", {4}},        {"set.a", {0}},     {"set.b", {4}},
+                         {"many", {1, 1}},   {"all[0].a", {0}},  {"all[1].a", {0}},  {"two", {0, 5}},
+                         {"each[0].a", {0}}, {"each[1].a", {5}}, {"each[0].k", {1}}, {"each[1].k", {0.5F}}};
     const std::array<double, 4> red{1, 0, 0, 1};
     const std::array<double, 4> green{0, 1, 0, 1};
     const std::array<double, 4> blueColor{0, 0, 1, 1};
@@ -414,6 +469,12 @@ TEST_F(DriverCg, textures) {
             {"return tex1D(s1, 0.75);", green},
             {"return tex1Dproj(s1, float2(0.5, 2));", red},
             {"return tex3D(s3, float3(0, 0, 0.75));", green},
+            {"@float4 main(uniform sampler2DARRAY layers) : COLOR { return tex2DARRAY(layers, float3(0, 0, "
+             "1)) * "
+             "tex2DARRAYlod(layers, float4(0, 0, 1, 0)) * tex2DARRAYsize(layers, 0).z / 2.0 + "
+             "tex2DARRAY(layers, "
+             "float3(0, 0, 0), float2(0), float2(0)); }",
+             {1, 1, 0, 1}},
             {"return texCUBE(sc, float3(0, 0, 1));", blueColor},
             {"return texCUBE(sc, float3(0, 0, -1));", red},
             {"return texRECT(sr, float2(1.5, 0.5));", green},
@@ -427,6 +488,24 @@ TEST_F(DriverCg, textures) {
             {"@struct One { sampler2D a; }; float4 main(uniform One all[2], uniform sampler1D many[2]) : "
              "COLOR { return tex2D(all[1].a, float2(0.75, 0)) * tex1D(many[1], 0.75); }",
              green},
+            // Which of an array's is known only when it runs.
+            {"@float4 main(uniform sampler2D two[2]) : COLOR { float4 c = 0; for (int i = 0; i < 2; i++) c "
+             "+= "
+             "tex2D(two[i], float2(0.75, 0)) * 0.5; return c; }",
+             {0, 0.5, 0.5, 1}},
+            {"@float4 look(sampler2D t, float2 at, float k) { return tex2D(t, at) * k; } float4 "
+             "sum(sampler2D "
+             "t[2]) { float4 c = 0; for (int i = 0; i < 2; i++) c += look(t[i], float2(0.75, 0), 0.5 + i * "
+             "0.25); "
+             "return c; } float4 main(uniform sampler2D two[2]) : COLOR { return sum(two); }",
+             {0, 0.5, 0.75, 1}},
+            {"@struct E { sampler2D a; float k; }; float4 look(E e) { return tex2D(e.a, float2(0.75, 0)) * "
+             "e.k; } "
+             "float4 main(uniform E each[2]) : COLOR { float4 c = 0; int n = 2; while (n-- > 0) c += "
+             "tex2D(each[n].a, tex2D(each[1 - n].a, float2(0.75, 0)).gb) * each[n].k * 0.5 + look(each[n]) * "
+             "0.5; "
+             "return c; }",
+             {0.5, 0.5, 0.5, 1}},
             {"@sampler2D kept; float4 look() { return tex2D(kept, float2(0.75, 0)); } float4 main(uniform "
              "sampler2D s) : COLOR { kept = s; return look(); }",
              green},
@@ -435,7 +514,7 @@ TEST_F(DriverCg, textures) {
         ", uniform sampler2D s : TEXUNIT0, uniform sampler1D s1, uniform sampler3D s3, uniform samplerCUBE "
         "sc, uniform samplerRECT sr");
     gl().glActiveTexture(GL_TEXTURE0);
-    gl().glDeleteTextures(5, names);
+    gl().glDeleteTextures(7, names);
 }
 
 TEST_F(DriverCg, comparesDepths) {
@@ -464,6 +543,14 @@ TEST_F(DriverCg, comparesDepths) {
             {"return float4(texRECT(sr, float3(0.5, 0.5, 0.25)).x, texRECT(sr, float3(0.5, 0.5, 0.75)).y, 0, "
              "1);",
              {1, 0, 0, 1}},
+            {"@float4 at(sampler2DSHADOW s, float z) { return tex2D(s, float3(0.5, 0.5, z)) + tex2Dproj(s, "
+             "float4(1, 1, z "
+             "* 2, 2)); } float4 main(uniform sampler2DSHADOW s, uniform sampler1DSHADOW s1, uniform "
+             "samplerRECTSHADOW sr) "
+             ": COLOR { return float4(at(s, 0.25).x / 2, at(s, 0.75).x, tex1Dproj(s1, float3(1, 0.5, 2)).x, "
+             "texRECTproj(sr, "
+             "float4(1, 1, 0.5, 2)).x); }",
+             {1, 0, 1, 1}},
             {"return float4(tex1D(s1, float2(0.5, 0.25)).x, tex1D(s1, float2(0.5, 0.75)).z, 0, 1);",
              {1, 0, 0, 1}},
         },
@@ -497,6 +584,14 @@ TEST_F(DriverCg, semantics) {
          "float4 f(float a[3] : TEXCOORD1, float4 w : WPOS) : COL0 { return float4(a[0], a[1], a[2], w.x / "
          "3); }",
          {0.5, 0.75, 0.25, 0.5});
+    // As sources say that are written for others too.
+    pair("struct O { float4 p : SV_Position; float4 c : Color0; int n : TEXCOORD1; }; O v(float4 p : "
+         "SV_POSITION, int n : "
+         "SV_VertexID) { O o; o.p = p; o.c = 0.25; o.n = n >= 0 ? 1 : 5; return o; }"
+         "float4 f(O o, float4 w : VPOS, float face : VFACE, bool isFront : SV_IsFrontFace) : SV_Target0 { "
+         "return float4(o.c.x, o.n * "
+         "0.5, face * isFront, w.x / 3); }",
+         {0.25, 0.5, 1, 0.5});
     // More than there are texture coordinates.
     pair("struct O { float4 p : POSITION; float4 a[8] : TEXCOORD0; float x; float4 y : TEXCOORD9; }; O "
          "v(float4 p : POSITION) { O o; o.p = p; for (int i = 0; i < 8; i++) o.a[i] = i / 8.0; o.x = 0.25; "
@@ -544,6 +639,18 @@ TEST_F(DriverCg, semantics) {
                  ": COLOR) { o = mul(glstate.matrix.mvp, p); c = t.zyxw; }",
                  Stage::Vertex);
     expectNear(drawn(vertex.get(), nullptr), {0.25, 0.5, 1, 1}, "vertex alone");
+}
+
+TEST_F(DriverCg, longChains) {
+    std::string branches = "int n = uv.x * 240 + 0.5; float4 c = 0; if (n < 0) c = 1;";
+    std::string values = "int n = uv.y * 80 + 0.5; return n < 0 ? 1.0 :";
+    for (int i = 0; i < 120; ++i) {
+        branches += joined({" else if (n == ", std::to_string(i), ") c = ", std::to_string(i), " / 120.0;"});
+        values +=
+            joined({" n == ", std::to_string(i), " ? float4(", std::to_string(i), " / 120.0, 0, 0, 1) :"});
+    }
+    check({{(branches + " return c;").c_str(), {0.5, 0.5, 0.5, 0.5}},
+           {(values + " 1;").c_str(), {0.5, 0, 0, 1}}});
 }
 
 TEST_F(DriverCg, drawsPointsAsLargeAsItSays) {

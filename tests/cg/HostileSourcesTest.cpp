@@ -15,6 +15,10 @@ constexpr const char* kProgram = R"(
 struct Light { float3 color; float weight[2]; sampler2D map; };
 static const int kCount = 3;
 float4x4 bones[2];
+sampler2D maps[2];
+interface Shape { float first(); };
+struct Box : Shape { float weight[2]; float first() { return weight[0]; } };
+float sum(float a[]) { float s = 0; for (int i = 0; i < a.length; i++) s += a[i]; return s; }
 float3 shade(Light light, float3 n, out float k) {
     k = dot(n, light.color.zyx);
     for (int i = 0; i < kCount; i++) { if (k > 0.5f) continue; else k += TWICE(light.weight[i % 2]); }
@@ -25,6 +29,8 @@ float4 main(float2 uv : TEXCOORD0, uniform Light light, uniform float gain = 0.5
     float3 c = shade(light, float3(uv, 1), k);
     c.xy = mul((float2x2)bones[0], c.xy) + bones[1]._m00_m11;
     while (k < 4) k++;
+    switch (kCount) { case 1: k = k > 0 ? 1 : k < -1 ? 2 : 3; break; default: ; }
+    Box box; box.weight[0] = sum(light.weight); for (int i = 0; i < 2; i++) c += tex2D(maps[i], uv).rgb * box.first();
     return tex2D(light.map, uv) * float4(c, saturate(gain));
 }
 )";
@@ -143,6 +149,32 @@ TEST(HostileSources, nestedLongAndEndless) {
                  text += "float f" + std::to_string(i) + "(float x) { return f" + std::to_string(i - 1) + "(x); }\n";
              return text;
          }() + inMain("f999(1);")},
+        {"a chain of constants", [] {
+             std::string text = "static const float a0 = 1;\n";
+             for (int i = 1; i < 20'000; ++i)
+                 text += "static const float a" + std::to_string(i) + " = a" + std::to_string(i - 1) + " + 1;\n";
+             return text;
+         }() + inMain("a19999;")},
+        {"copies of functions", "float f(float a[]) { " + repeated("a[0] += 1;", 3000) + " return 0; }" + inMain([] {
+             std::string text;
+             for (int i = 1; i < 400; ++i)
+                 text += "float b" + std::to_string(i) + "[" + std::to_string(i) + "]; f(b" + std::to_string(i) + ");";
+             return text;
+         }())},
+        {"functions that swap their arrays", [] {
+             std::string text = "float f0(float a[], float b[], float c[]) { return a[0]; }\n";
+             for (int i = 1; i < 60; ++i) {
+                 const std::string before = "f" + std::to_string(i - 1);
+                 text += "float f" + std::to_string(i) + "(float a[], float b[], float c[]) { return " + before +
+                         "(b, a, c) + " + before + "(a, c, b); }\n";
+             }
+             return text;
+         }() + inMain("float g[1], h[2], i[3]; f59(g, h, i); q;")},
+        {"samplers picked in picks", "uniform sampler2D s[32];" + inMain("int i = 1; " + repeated("tex2D(s[i], ", 90) + "0" +
+                                                                 repeated(")", 90) + ";")},
+        {"methods", inMain("float x; x" + repeated(".f(", deep))},
+        {"structs in functions of structs", repeated("struct A { void f() { ", deep)},
+        {"cases", inMain(repeated("switch (1) { case 1: ", deep))},
         {"a zero", std::string("float4 main() : COLOR { return 0; \0 } }", 40)},
         {"bytes", "\x80\xFF\x01 float4 main() : COLOR { return \xC3\x28; }"},
         {"nothing", ""},

@@ -52,7 +52,7 @@ class Orlocg(unittest.TestCase):
     def test_parameters_are_listed(self):
         table = self.run_compiler("a.cg", "--entry", "glow", "-Iinc", "-DAMOUNT", "--params").stdout
         rows = [line.split() for line in table.splitlines()]
-        self.assertIn(["uv", "float2", "varying", "in", "TEXCOORD0", "-"], rows)
+        self.assertIn(["uv", "float2", "varying", "in", "TEXCOORD0", "TEX0"], rows)
         self.assertIn(["look.gain", "float", "uniform", "in", "-", "look.gain"], rows)
         self.assertIn(["look.map", "sampler2D", "uniform", "in", "-", "look_map"], rows)
 

@@ -20,7 +20,7 @@ struct CgRequest {
         std::vector<float> numbers; ///< 1 to 4, or 16: a matrix row by row
     };
 
-    std::string name;                 ///< its files are NAME_vertex.cg and NAME_fragment.cg
+    std::string name;                 ///< or path: its files are NAME_vertex.cg and NAME_fragment.cg
     std::vector<std::string> options; ///< of the compiler, for both
     std::vector<Value> values;        ///< of its parameters
 };

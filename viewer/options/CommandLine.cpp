@@ -380,7 +380,10 @@ void Switches::addShading() {
          "Draw with a GLSL shader of your own in the place of all materials: NAME.vert and NAME.frag",
          fOptions.shader);
     word("--cg", "NAME",
-         "Draw with a Cg shader of those that lie beside the viewer in the place of all materials", fCg.name);
+         "Draw with a Cg shader in the place of all materials: one of those that lie beside the viewer, or a "
+         "path: "
+         "NAME_vertex.cg and NAME_fragment.cg",
+         fCg.name);
     fApp.add_option("--cg-option", fCg.options,
                     "With --cg: a switch of the Cg compiler, such as --cg-option=-DBANDS=3")
         ->type_name("SWITCH")

@@ -33,9 +33,17 @@ CgSupport neededCg() {
     return cg;
 }
 
+constexpr std::array kEnds = {"_vertex.cg", "_fragment.cg"};
+
+/// A path, or a name that stands for files in the current folder and for none beside the viewer.
+bool isFileOfTheUsers(const std::string& name) {
+    return name.find('/') != std::string::npos ||
+           (!fileExists((folder() + name + kEnds[0]).c_str()) && fileExists((name + kEnds[0]).c_str()));
+}
+
 /// The shaders that there are, by their names.
 std::vector<std::string> shaderNames() {
-    constexpr std::string_view kEnd = "_vertex.cg";
+    constexpr std::string_view kEnd = kEnds[0];
     std::set<std::string> names;
     std::error_code error;
     for (const auto& file : std::filesystem::directory_iterator(folder(), error)) {
@@ -43,7 +51,7 @@ std::vector<std::string> shaderNames() {
         if (!name.ends_with(kEnd))
             continue;
         name.resize(name.size() - kEnd.size());
-        if (fileExists((folder() + name + "_fragment.cg").c_str()))
+        if (fileExists((folder() + name + kEnds[1]).c_str()))
             names.insert(name);
     }
     return {names.begin(), names.end()};
@@ -83,25 +91,44 @@ CgUserShader::CgUserShader(const CgRequest& request, const SceneLights& lights, 
 
 CGManager::CGShader CgUserShader::compile(const CgRequest& request) {
     const std::string asked = "--cg " + request.name + ": ";
-    const std::string files = folder() + request.name;
-    for (const char* end : {"_vertex.cg", "_fragment.cg"}) {
+    const bool isOwn = isFileOfTheUsers(request.name);
+    const std::string files = isOwn ? request.name : folder() + request.name;
+    for (const char* end : kEnds) {
         std::string file = files;
         if (!fileExists(file.append(end).c_str()))
             throw Failure(kExitUsage, std::string(asked)
                                           .append("there is no ")
                                           .append(file)
-                                          .append("; there are ")
-                                          .append(joined(shaderNames())));
+                                          .append(isOwn ? "" : "; there are ")
+                                          .append(isOwn ? "" : joined(shaderNames())));
     }
     while (F_cgGetError() != CG_NO_ERROR) {
     }
     std::vector<koString::CString> options;
     for (const std::string& option : request.options)
         options.emplace_back(option.c_str());
-    const CGManager::CGShader shader = fManager.bindShader(request.name.c_str(), options, options);
+    const CGManager::CGShader shader =
+        isOwn ? load(files, request.options) : fManager.bindShader(request.name.c_str(), options, options);
     shader.disable();
     if (const CGerror error = F_cgGetError(); error != CG_NO_ERROR)
         throw Failure(kExitUsage, asked + F_cgGetErrorString(error) + cgListing());
+    return shader;
+}
+
+/// What the manager does for files of its own folder; the programs go with the context.
+CGManager::CGShader CgUserShader::load(const std::string& files,
+                                       const std::vector<std::string>& options) const {
+    const std::string include = "-I" + folder();
+    std::vector<const char*> switches;
+    switches.reserve(options.size() + 3);
+    for (const std::string& option : options)
+        switches.push_back(option.c_str());
+    switches.insert(switches.end(), {include.c_str(), "-posinv", nullptr});
+    CGManager::CGShader shader{nullptr, nullptr, fManager.fVertexProfile, fManager.fFragmentProfile};
+    const bool hasVertices = shader.loadVertexProgram((files + kEnds[0]).c_str(), switches.data());
+    switches[switches.size() - 2] = nullptr; // there are no positions among fragments
+    if (hasVertices && shader.loadFragmentProgram((files + kEnds[1]).c_str(), switches.data()))
+        shader.enable();
     return shader;
 }
 

@@ -6,10 +6,12 @@
 #include "shading/UserShader.h"
 
 #include <string>
+#include <vector>
 
 namespace orloview {
 
-/// A Cg shader of those that lie beside the viewer, "bin/Cg" in HWEnvironment::orlo_path.
+/// A Cg shader of those that lie beside the viewer, "bin/Cg" in HWEnvironment::orlo_path, or of the user's
+/// own files.
 class CgUserShader final : public UserShader {
 public:
     /// Throws Failure (kExitUsage) where there is no such shader, it doesn't compile, or it has no such
@@ -30,6 +32,7 @@ private:
 
     CgUserShader(const CgRequest& request, const SceneLights& lights, const CgSupport& cg);
     CGManager::CGShader compile(const CgRequest& request);
+    CGManager::CGShader load(const std::string& files, const std::vector<std::string>& options) const;
     CGparameter ofFragments(const char* name) const;
     static void put(Slot& slot, const TextureLayer* layer);
     void setValue(const std::string& shader, const CgRequest::Value& value) const;

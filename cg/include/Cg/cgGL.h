@@ -1,6 +1,6 @@
 #pragma once
 
-// The interface of the Cg runtime's OpenGL binding, libCgGL.so, as far as hosts of ours use it. Plain C.
+// The interface of the Cg runtime's OpenGL binding, libCgGL.so, without its effects. Plain C.
 //
 //     cgGLLoadProgram(program);
 //     cgGLBindProgram(program);
@@ -30,16 +30,39 @@ typedef enum {
     CG_GL_TEXTURE_MATRIX,
     CG_GL_MODELVIEW_PROJECTION_MATRIX,
     CG_GL_VERTEX,
-    CG_GL_FRAGMENT
+    CG_GL_FRAGMENT,
+    CG_GL_GEOMETRY,
+    CG_GL_TESSELLATION_CONTROL,
+    CG_GL_TESSELLATION_EVALUATION
 } CGGLenum;
 
 CGbool cgGLIsProfileSupported(CGprofile profile);
 void cgGLEnableProfile(CGprofile profile);
 void cgGLDisableProfile(CGprofile profile);
-CGprofile cgGLGetLatestProfile(CGGLenum profileType); // of CG_GL_VERTEX or CG_GL_FRAGMENT
-void cgGLSetOptimalOptions(CGprofile profile);        // there are none to choose among
+void cgGLEnableProgramProfiles(CGprogram program); // of all stages of a combined one
+void cgGLDisableProgramProfiles(CGprogram program);
+// Of CG_GL_VERTEX or CG_GL_FRAGMENT; of the other stages there is none, CG_PROFILE_UNKNOWN.
+CGprofile cgGLGetLatestProfile(CGGLenum profileType);
+// There are none to choose among: lists of a null.
+void cgGLSetOptimalOptions(CGprofile profile);
+const char** cgGLGetOptimalOptions(CGprofile profile);
+void cgGLSetContextOptimalOptions(CGcontext context, CGprofile profile);
+const char** cgGLGetContextOptimalOptions(CGcontext context, CGprofile profile);
+
+// On: OpenGL's errors are looked for after programs are loaded and bound, and become errors of the runtime's.
+// Off at first: it takes the caller's own errors too.
+void cgGLSetDebugMode(CGbool on);
+
 void cgGLLoadProgram(CGprogram program);
+void cgGLUnloadProgram(CGprogram program);
+CGbool cgGLIsProgramLoaded(CGprogram program);
+GLuint cgGLGetProgramID(CGprogram program); // OpenGL's name; of one stage
 void cgGLBindProgram(CGprogram program);
+void cgGLUnbindProgram(CGprofile profile); // its stage is OpenGL's own again
+
+// Whether binding a program binds the textures of its samplers too. Off at first.
+void cgGLSetManageTextureParameters(CGcontext context, CGbool on);
+CGbool cgGLGetManageTextureParameters(CGcontext context);
 
 // Numbers of a scalar or vector. Too many are cut; of too few the last stands for those that are missing. A
 // varying parameter becomes GL's current attribute.
