@@ -37,7 +37,9 @@ std::string vertexSource(const ShaderParts& parts) {
     }
     if (parts.takesColor)
         source += "    gl_FrontColor = gl_Color;\n    gl_BackColor = gl_Color;\n";
-    return source + "    gl_Position = ftransform();\n}\n";
+    // GL's clip planes cut what a shader draws only where that is said.
+    return source +
+           "    gl_ClipVertex = gl_ModelViewMatrix * gl_Vertex;\n    gl_Position = ftransform();\n}\n";
 }
 
 std::string fragmentSource(const ShaderParts& parts) {

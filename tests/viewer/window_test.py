@@ -567,16 +567,18 @@ class WindowTest(unittest.TestCase):
         window.press("m")
         window.press("t")
         self.click(window, WIDTH * 3 // 4, HEIGHT - 5)
-        for key in ("i", "n"):
+        for key in ("i", "n", "v"):
             before = window.settle()
             self.assertTrue(window.after(key) != before, key)
             window.press(key)
+        self.click(window, WIDTH * 3 // 4, HEIGHT - 28)  # the cut's slider, above the other: along y by now
         shown = window.settle()
         window.press("question", "Shift_L")
         line = self.quit(window).splitlines()[-1]
         words = shlex.split(line, comments=True)
         given = {name: value for name, value in zip(words, words[1:])}
-        self.assertEqual(given["--part"], "1")
+        self.assertEqual((given["--part"], given["--clip"][:2]), ("1", "y,"))
+        self.assertAlmostEqual(float(given["--clip"][2:]), 0.25, delta=0.01)
         self.assertAlmostEqual(float(given["--exposure"]), 3, delta=0.1)
         places = [float(value) for value in line.split("--measure=")[1].split()[0].split(",")]
         for place, wanted in zip(places, (-1, 0, 0, 1, 0, 0)):

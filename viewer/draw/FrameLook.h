@@ -4,10 +4,25 @@
 #include "output/ToneMap.h"
 
 #include <algorithm>
+#include <array>
+#include <optional>
 
 #include <orlohost/koColor.h>
 
 namespace orloview {
+
+/// A plane across an axis of the world, beyond which nothing is shown.
+struct Clip {
+    int axis = 0;
+    double place = 0.0;
+
+    /// As GL takes it.
+    std::array<double, 4> plane() const {
+        std::array<double, 4> plane{0.0, 0.0, 0.0, place};
+        plane[static_cast<size_t>(axis)] = -1.0;
+        return plane;
+    }
+};
 
 /// How a frame looks, apart from what is in it.
 struct FrameLook {
@@ -24,11 +39,12 @@ struct FrameLook {
     bool axes = false;
     bool ground = false;
     bool ambientOcclusion = false;
-    bool sky = false;       ///< shown behind everything
-    bool edges = false;     ///< of triangles, over what is drawn
-    float gain = 1.0F;      ///< multiplies all light once it is drawn; for who shows the frame
-    float exposure = 1.0F;  ///< multiplies light that is neither a light's, the sky's nor a material's
-    float pointSize = 3.0F; ///< pixels
+    bool sky = false;         ///< shown behind everything
+    bool edges = false;       ///< of triangles, over what is drawn
+    std::optional<Clip> clip; ///< cuts off what lies beyond
+    float gain = 1.0F;        ///< multiplies all light once it is drawn; for who shows the frame
+    float exposure = 1.0F;    ///< multiplies light that is neither a light's, the sky's nor a material's
+    float pointSize = 3.0F;   ///< pixels
     float lineWidth = 1.0F;
 };
 

@@ -311,6 +311,10 @@ void draw(GLFrameBuffer& target, const View& view, const FrameContent& content, 
     camera.fProjection = view.projection;
     camera.bind();
     content.lights.bind(view.worldToEye);
+    if (look.clip) {
+        GLFunctionTable::fpGlobalFunctionTable->glClipPlane(GL_CLIP_PLANE0, look.clip->plane().data());
+        enable(GL_CLIP_PLANE0, true);
+    }
 
     TextureUnits units;
     if (look.grid)
@@ -324,6 +328,7 @@ void draw(GLFrameBuffer& target, const View& view, const FrameContent& content, 
     units.set(nullptr, nullptr);
     if (look.edges && !look.wireframe)
         drawEdges(content, look);
+    enable(GL_CLIP_PLANE0, false);
     content.marks.draw(view, look);
     if (content.culling && content.answers == Answers::AsTheyCome)
         content.culling->ask();

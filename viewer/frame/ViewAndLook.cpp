@@ -74,6 +74,7 @@ FrameLook lookOf(const Options& options, const Scene& scene) {
     look.ambientOcclusion = options.ambientOcclusion;
     look.sky = options.showSky;
     look.edges = options.edges;
+    look.clip = options.clip;
     look.exposure = options.exposure;
     look.pointSize = options.pointSize;
     return look;

@@ -420,6 +420,8 @@ void Switches::addParticles() {
 void Switches::addDrawing() {
     fApp.add_flag("--wireframe", fOptions.wireframe, "Draw edges only");
     fApp.add_flag("--edges", fOptions.edges, "Draw the edges of triangles over what is drawn");
+    word("--clip", "AXIS,PLACE", "Leave out what lies beyond a place of an axis, such as y,1.5",
+         [this](const std::string& text) { fOptions.clip = parseClip(text); });
     word("--part", "NAME|INDEX", "Draw a line round a part of the file",
          [this](const std::string& text) { fOptions.part = text; });
     word("--measure", "X,Y,Z,X,Y,Z", "Draw a line between two points; in a window, with their distance",

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/ImportLimits.h"
+#include "draw/FrameLook.h"
 #include "draw/Particles.h"
 #include "draw/Shading.h"
 #include "output/Progress.h"
@@ -145,6 +146,9 @@ struct Options {
     /// The switch that asks for a shader in the place of all materials; null: none does.
     const char* ownShaderSwitch() const { return cg ? "--cg" : shader.empty() ? nullptr : "--shader"; }
 
+    /// Whether GL's clip planes cut what is drawn: other shaders don't say where their vertices are.
+    bool canClip() const { return !ownShaderSwitch() && shading != Shading::Cg; }
+
     /// The switches given that say how the scene is shaded, each with a space before it.
     std::string shadingSwitches;
 
@@ -154,6 +158,8 @@ struct Options {
     /// Name or index of a part that is outlined, and two points whose distance is.
     std::optional<std::string> part;
     std::optional<std::array<koLinear::Point, 2>> measure;
+
+    std::optional<Clip> clip;
 
     bool orthographic = false;
     bool wireframe = false;

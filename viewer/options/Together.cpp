@@ -145,6 +145,12 @@ void checkTogether(const Options& options) {
         throw Failure(kExitUsage,
                       "--offscreen pbuffer: what --cull, --shadows and --ao need lives in another context; "
                       "leave these or --offscreen pbuffer out");
+    if (options.clip && !options.canClip())
+        throw Failure(
+            kExitUsage,
+            "--clip: only what GLSL and OpenGL's own functions draw can be cut; leave --clip, or " +
+                std::string(options.ownShaderSwitch() ? options.ownShaderSwitch() : "--shading cg") +
+                ", out");
     if (options.compare && options.shading)
         throw Failure(kExitUsage, "--compare draws with both; leave --shading out");
     if (!options.dumpShaders.empty() && options.shading == Shading::Fixed)

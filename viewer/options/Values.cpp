@@ -113,6 +113,16 @@ double parseRate(const std::string& text) {
     return *rate;
 }
 
+Clip parseClip(const std::string& text) {
+    const size_t axis = text.empty() ? text.npos : std::string_view("xyz").find(text.front());
+    const std::optional<double> place = text.size() > 2 && text[1] == ','
+                                            ? parseNumber<double>(std::string_view(text).substr(2))
+                                            : std::nullopt;
+    if (axis == text.npos || !place || !std::isfinite(*place))
+        wrong("--clip", text, "give an axis and a place on it, such as --clip y,1.5");
+    return {static_cast<int>(axis), *place};
+}
+
 std::array<koLinear::Point, 2> parsePoints(const std::string& text) {
     constexpr int kNumbers = 3;
     size_t comma = text.find(',');

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/ExitCode.h"
+#include "draw/FrameLook.h"
 #include "draw/Shading.h"
 #include "output/Share.h"
 #include "shading/Sky.h"
@@ -98,6 +99,9 @@ Triple parseTriple(const std::string& name, const std::string& text) {
     }
     return triple;
 }
+
+/// "y,1.5".
+Clip parseClip(const std::string& text);
 
 /// Two points, six numbers.
 std::array<koLinear::Point, 2> parsePoints(const std::string& text);

@@ -31,6 +31,7 @@ enum class Command {
     Warnings,
     Exposure,
     Measure,
+    Clip,
     Statistics,
     PlayOrStop,
     StepBack,

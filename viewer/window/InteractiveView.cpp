@@ -198,6 +198,8 @@ std::string InteractiveView::switches() const {
         if (given)
             text += name;
     }
+    if (fLook.clip)
+        text += std::string(" --clip ") + "xyz"[fLook.clip->axis] + "," + number(fLook.clip->place);
     text += " --background " + shellWord(backgroundSwitch(fLook.background));
     return text + " --size " + std::to_string(fLook.width) + "x" + std::to_string(fLook.height);
 }

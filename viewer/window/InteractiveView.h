@@ -54,6 +54,8 @@ public:
     /// Nearer by steps of the wheel (farther where negative); what is under the pointer stays there.
     void zoom(int steps, int x, int y);
 
+    void setClip(const std::optional<Clip>& clip) { fLook.clip = clip; }
+
     /// Multiplies the light of all that has been drawn.
     void setGain(float gain) { fLook.gain = gain; }
 

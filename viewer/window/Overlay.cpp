@@ -115,23 +115,6 @@ void writeSlider(TextPainter& text, const SliderPlace& place, double share, cons
     text.addText(text.characterWidth(), place.top + (place.height - text.lineHeight()) / 2, words, kText);
 }
 
-void writeTimeLine(TextPainter& text, const TimeLine& line, const SliderPlace& place) {
-    const Playback& playback = line.playback;
-    const double share = playback.length() > 0.0 ? playback.time() / playback.length() : 0.0;
-    char time[64];
-    std::snprintf(time, sizeof time, "%.2f of %.2f s", playback.time(), playback.length());
-    char speed[32] = "stopped";
-    if (playback.plays())
-        std::snprintf(speed, sizeof speed, "x %.4g", playback.speed());
-    writeSlider(text, place, share, line.name + (line.name.empty() ? "" : "  ") + time + "  " + speed);
-}
-
-void writeExposure(TextPainter& text, double exposure, const SliderPlace& place) {
-    char words[48];
-    std::snprintf(words, sizeof words, "exposure %+.2f", exposure);
-    writeSlider(text, place, std::clamp(0.5 + exposure / kMostExposure / 2.0, 0.0, 1.0), words);
-}
-
 /// Down the right side as far as there is room; what isn't shown is counted.
 void writePanels(TextPainter& text, const std::vector<TextPanel>& panels, int windowWidth, int bottom) {
     constexpr size_t kWidest = 60;
@@ -182,21 +165,18 @@ void writeProgress(TextPainter& text, const ShownProgress& progress, int windowW
     text.addText(text.characterWidth(), y + height / 4, progress.what + " (Esc stops it)", kText);
 }
 
-SliderPlace placeOfTimeLine(int windowWidth, int windowHeight, int lineHeight) {
+SliderPlace placeOfSlider(size_t number, int windowWidth, int windowHeight, int lineHeight) {
     const int height = lineHeight * 5 / 4;
-    return {windowHeight - height, windowWidth, height};
-}
-
-SliderPlace placeOfSlider(int windowWidth, int windowHeight, int lineHeight, bool hasTimeLine) {
-    const SliderPlace lowest = placeOfTimeLine(windowWidth, windowHeight, lineHeight);
-    return hasTimeLine ? SliderPlace{lowest.top - lowest.height, lowest.width, lowest.height} : lowest;
+    return {windowHeight - static_cast<int>(number + 1) * height, windowWidth, height};
 }
 
 void writeOverlay(TextPainter& text, const Overlay& overlay, int lineHeight) {
     const InteractiveView& view = overlay.view;
     const int width = view.look().width;
     const int height = view.look().height;
-    const SliderPlace place = placeOfTimeLine(width, height, lineHeight);
+    const auto placeOf = [width, height, lineHeight](size_t number) {
+        return placeOfSlider(number, width, height, lineHeight);
+    };
     const std::vector<Line> help = view.shown.help ? helpLines(view) : std::vector<Line>();
     if (!help.empty()) {
         // A character is a little over half as wide as a line is high.
@@ -209,19 +189,16 @@ void writeOverlay(TextPainter& text, const Overlay& overlay, int lineHeight) {
         writeHelp(text, help, width, height);
     if (view.shown.statistics)
         writeStatistics(text, statisticsLines(overlay.scene, overlay.statistics));
-    const SliderPlace slider = placeOfSlider(width, height, lineHeight, overlay.timeLine != nullptr);
-    const int bottom = overlay.exposure ? slider.top : overlay.timeLine ? place.top : height;
+    const int bottom = placeOf(overlay.sliders.size()).top + placeOf(0).height;
     writePanels(text, overlay.panels, width, bottom);
     if (overlay.label)
         writeLabel(text, *overlay.label);
-    if (overlay.exposure)
-        writeExposure(text, *overlay.exposure, slider);
+    for (size_t i = 0; i < overlay.sliders.size(); ++i)
+        writeSlider(text, placeOf(i), overlay.sliders[i].share, overlay.sliders[i].words);
     if (!overlay.progress.what.empty())
         writeProgress(text, overlay.progress, width, bottom);
     else if (!overlay.message.empty())
         writeMessage(text, overlay.message, bottom);
-    if (overlay.timeLine)
-        writeTimeLine(text, *overlay.timeLine, place);
 }
 
 } // namespace orloview

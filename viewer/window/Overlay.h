@@ -4,9 +4,9 @@
 #include "draw/Culling.h"
 #include "draw/TextPainter.h"
 #include "window/InteractiveView.h"
-#include "window/Playback.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,13 +29,16 @@ struct ShownProgress {
 /// A line about it, with a bar, above a row of the window.
 void writeProgress(TextPainter& text, const ShownProgress& progress, int windowWidth, int bottom);
 
-/// The time line of an animation.
-struct TimeLine {
-    std::string name;
-    const Playback& playback;
+/// What is dragged along the bottom.
+enum class SliderKind : std::uint8_t { TimeLine, Exposure, Clip };
+
+struct Slider {
+    SliderKind kind;
+    double share; ///< where it stands, 0 to 1
+    std::string words;
 };
 
-/// Where the time line or another slider is, in pixels from the window's top left corner.
+/// Where a slider is, the lowest being the first, in pixels from the window's top left corner.
 struct SliderPlace {
     int top;
     int width;
@@ -43,11 +46,12 @@ struct SliderPlace {
 
     bool contains(int y) const { return y >= top && y < top + height; }
 
-    /// The share of the whole at a place.
-    double shareAt(int x) const { return static_cast<double>(x) / std::max(width - 1, 1); }
+    /// The share at a place.
+    double shareAt(int x) const {
+        return std::clamp(static_cast<double>(x) / std::max(width - 1, 1), 0.0, 1.0);
+    }
 };
-SliderPlace placeOfTimeLine(int windowWidth, int windowHeight, int lineHeight);
-SliderPlace placeOfSlider(int windowWidth, int windowHeight, int lineHeight, bool hasTimeLine);
+SliderPlace placeOfSlider(size_t number, int windowWidth, int windowHeight, int lineHeight);
 
 struct Label {
     std::string text;
@@ -61,18 +65,14 @@ struct TextPanel {
     std::vector<std::string> lines;
 };
 
-/// The exposure's slider, in powers of two either way.
-constexpr double kMostExposure = 6.0;
-
 /// What is written over a frame, as far as it is shown.
 struct Overlay {
     const InteractiveView& view;
     const Scene& scene;
     FrameStatistics statistics;
-    const TimeLine* timeLine;             ///< null: nothing moves
-    const std::optional<double> exposure; ///< none: its slider isn't shown
-    const std::vector<TextPanel> panels;  ///< down the right side
-    const std::optional<Label> label;     ///< at a place of the window
+    std::vector<Slider> sliders;   ///< from the bottom
+    std::vector<TextPanel> panels; ///< down the right side
+    std::optional<Label> label;    ///< at a place of the window
     std::string message;
     ShownProgress progress; ///< in the place of the message
 };

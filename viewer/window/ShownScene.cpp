@@ -4,13 +4,18 @@
 #include "frame/ViewAndLook.h"
 #include "scene/Guides.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <utility>
 
 namespace orloview {
 
 namespace {
+
+/// The slider's ends, in powers of two.
+constexpr double kMostExposure = 6.0;
 
 Bounds preparedBounds(const Options& options, Scene& scene, const Poser& poser) {
     prepareForDrawing(options, scene);
@@ -97,8 +102,60 @@ double ShownScene::exposure() const {
     return std::log2(static_cast<double>(fOptions.exposure) * fView.look().gain);
 }
 
-void ShownScene::setExposure(double exposure) {
-    fView.setGain(static_cast<float>(std::exp2(exposure) / fOptions.exposure));
+std::vector<Slider> ShownScene::sliders() const {
+    std::vector<Slider> sliders;
+    char words[64];
+    if (const std::optional<std::string> name = animation()) {
+        const double length = fPlayback.length();
+        std::snprintf(words, sizeof words, "%.2f of %.2f s  ", fPlayback.time(), length);
+        std::string line = *name + (name->empty() ? "" : "  ") + words;
+        std::snprintf(words, sizeof words, fPlayback.plays() ? "x %.4g" : "stopped", fPlayback.speed());
+        sliders.push_back(
+            {SliderKind::TimeLine, length > 0.0 ? fPlayback.time() / length : 0.0, line + words});
+    }
+    if (fView.shown.exposure) {
+        std::snprintf(words, sizeof words, "exposure %+.2f", exposure());
+        const double share = std::clamp(0.5 + exposure() / kMostExposure / 2.0, 0.0, 1.0);
+        sliders.push_back({SliderKind::Exposure, share, words});
+    }
+    if (const std::optional<Clip>& clip = fView.look().clip) {
+        std::snprintf(words, sizeof words, "cut at %c %.6g", "xyz"[clip->axis], clip -> place);
+        const auto [least, most] = extent(clip->axis);
+        sliders.push_back(
+            {SliderKind::Clip, std::clamp((clip->place - least) / (most - least), 0.0, 1.0), words});
+    }
+    return sliders;
+}
+
+void ShownScene::slide(SliderKind kind, double share) {
+    constexpr double kSteps = 20.0; // of each power of two
+    switch (kind) {
+    case SliderKind::TimeLine:
+        fPlayback.seek(share);
+        break;
+    case SliderKind::Exposure: {
+        const double exposure = std::round((share - 0.5) * 2.0 * kMostExposure * kSteps) / kSteps;
+        fView.setGain(static_cast<float>(std::exp2(exposure) / fOptions.exposure));
+        break;
+    }
+    case SliderKind::Clip: {
+        const int axis = fView.look().clip->axis;
+        const auto [least, most] = extent(axis);
+        fView.setClip(Clip{axis, least + share * (most - least)});
+        break;
+    }
+    }
+}
+
+void ShownScene::clipNext() {
+    const int axis = fView.look().clip ? fView.look().clip->axis + 1 : 0;
+    const auto [least, most] = extent(axis % 3);
+    fView.setClip(axis < 3 ? std::optional(Clip{axis, (least + most) / 2.0}) : std::nullopt);
+}
+
+std::pair<double, double> ShownScene::extent(int axis) const {
+    const double least = fBounds.min[axis];
+    return {least, std::max(fBounds.max[axis], std::nextafter(least, std::numeric_limits<double>::max()))};
 }
 
 std::vector<std::string> ShownScene::warnings() const {
@@ -108,14 +165,13 @@ std::vector<std::string> ShownScene::warnings() const {
     return warnings;
 }
 
-Overlay ShownScene::overlay(const FrameStatistics& statistics, const TimeLine* timeLine,
-                            const std::string& message, const ShownProgress& progress) const {
+Overlay ShownScene::overlay(const FrameStatistics& statistics, const std::string& message,
+                            const ShownProgress& progress) const {
     const FrameLook& look = fView.look();
     return {fView,
             fScene,
             statistics,
-            timeLine,
-            fView.shown.exposure ? std::optional(exposure()) : std::nullopt,
+            sliders(),
             fInspector.panels(fView.shown, fView.shown.warnings ? warnings() : std::vector<std::string>()),
             fInspector.distance(currentView(), look.width, look.height),
             message,

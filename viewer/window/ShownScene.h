@@ -10,6 +10,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orloview {
@@ -33,15 +34,18 @@ public:
     /// What lies under a pixel of the window.
     Ray rayAt(int x, int y) const;
 
-    /// In powers of two.
-    double exposure() const;
-    void setExposure(double exposure);
+    /// What can be dragged, from the bottom, and to a share of its length.
+    std::vector<Slider> sliders() const;
+    void slide(SliderKind kind, double share);
+
+    /// Cuts along the next axis, in the middle, or not at all behind the last.
+    void clipNext();
 
     /// What was left out of it, a line each.
     std::vector<std::string> warnings() const;
 
     /// What is written over its frame.
-    Overlay overlay(const FrameStatistics& statistics, const TimeLine* timeLine, const std::string& message,
+    Overlay overlay(const FrameStatistics& statistics, const std::string& message,
                     const ShownProgress& progress) const;
 
     /// Whether time changes anything.
@@ -74,6 +78,12 @@ public:
     bool lookThroughNextCamera(std::string& which);
 
 private:
+    /// In powers of two.
+    double exposure() const;
+
+    /// From where to where the scene reaches along an axis.
+    std::pair<double, double> extent(int axis) const;
+
     Options fOptions;
     Scene fScene;
     Poser fPoser;

@@ -139,10 +139,8 @@ private:
     void release(const XButtonEvent& event);
     void click(int x, int y);
     void slide(int x);
-    SliderPlace timeLine() const { return placeOfTimeLine(fWindow->width(), fWindow->height(), fLineHeight); }
-    SliderPlace exposureSlider() const {
-        const bool hasTimeLine = fShown->animation().has_value();
-        return placeOfSlider(fWindow->width(), fWindow->height(), fLineHeight, hasTimeLine);
+    SliderPlace placeOf(size_t slider) const {
+        return placeOfSlider(slider, fWindow->width(), fWindow->height(), fLineHeight);
     }
     void openBeside(int steps);
     void screenshot();
@@ -176,8 +174,7 @@ private:
     bool fIsReload = false; ///< of what is being read: the view stays
     int fPointerX = 0;
     int fPointerY = 0;
-    enum class Grip : std::uint8_t { View, TimeLine, Exposure };
-    Grip fGrip = Grip::View; ///< what the left button went down on
+    std::optional<SliderKind> fGrip; ///< that the left button went down on; none: on the scene
     int fPressedX = 0;
     int fPressedY = 0;
     std::optional<Clock::time_point> fClickedAt; ///< the last click, until it was a double one's second
@@ -279,6 +276,7 @@ void ViewerWindow::openOthers(std::vector<std::string> models) {
     options.target.reset();
     options.part.reset();
     options.measure.reset();
+    options.clip.reset();
     fIsReload = false;
     open(options);
 }
@@ -344,8 +342,10 @@ void ViewerWindow::show(const Options& options, Scene&& scene) {
         shown->drawn().dumpShaders(options.dumpShaders);
     if (fShown)
         shown->view().takeSwitches(fShown->view());
-    if (fShown && fIsReload)
+    if (fShown && fIsReload) {
         shown->view().look(fShown->view().navigation().viewpoint());
+        shown->view().setClip(fShown->view().look().clip);
+    }
     shown->view().resize(fWindow->width(), fWindow->height());
     fShown = std::move(shown);
     fBusy = {};
@@ -428,12 +428,13 @@ void ViewerWindow::press(const XButtonEvent& event) {
     }
     if (event.button != Button1)
         return;
-    fGrip = Grip::View;
-    if (fShown->animation() && timeLine().contains(event.y))
-        fGrip = Grip::TimeLine;
-    else if (fShown->view().shown.exposure && exposureSlider().contains(event.y))
-        fGrip = Grip::Exposure;
-    if (fGrip != Grip::View)
+    fGrip.reset();
+    const std::vector<Slider> sliders = fShown->sliders();
+    for (size_t i = 0; i < sliders.size(); ++i) {
+        if (placeOf(i).contains(event.y))
+            fGrip = sliders[i].kind;
+    }
+    if (fGrip)
         slide(event.x);
 }
 
@@ -444,7 +445,7 @@ void ViewerWindow::drag(const XMotionEvent& event) {
     fPointerY = event.y;
     if (!fShown)
         return;
-    if (fGrip != Grip::View && (event.state & Button1Mask))
+    if (fGrip && (event.state & Button1Mask))
         slide(event.x);
     else if ((event.state & Button2Mask) || ((event.state & Button1Mask) && (event.state & ShiftMask)))
         fShown->view().move(right, down);
@@ -497,6 +498,12 @@ void ViewerWindow::executeOnScene(Command command) {
     case Command::NextAnimation:
         moveOn(command);
         break;
+    case Command::Clip:
+        if (!fOptions.canClip())
+            return note("what Cg and shaders of your own draw can't be cut");
+        fShown->clipNext();
+        fChanged = true;
+        break;
     case Command::NextCamera:
         if (std::string which; fShown->lookThroughNextCamera(which))
             return note(which);
@@ -528,12 +535,8 @@ void ViewerWindow::moveOn(Command command) {
 
 /// Takes what is held to a place.
 void ViewerWindow::slide(int x) {
+    fShown->slide(*fGrip, placeOf(0).shareAt(x));
     fChanged = true;
-    if (fGrip == Grip::TimeLine)
-        return fShown->playback().seek(timeLine().shareAt(x));
-    constexpr double kSteps = 20.0; // of each power of two
-    const double exposure = (exposureSlider().shareAt(x) - 0.5) * 2.0 * kMostExposure;
-    fShown->setExposure(std::round(std::clamp(exposure, -kMostExposure, kMostExposure) * kSteps) / kSteps);
 }
 
 /// Where a button goes up near where it went down, that was a click.
@@ -541,7 +544,7 @@ void ViewerWindow::release(const XButtonEvent& event) {
     constexpr int kSteady = 3;
     const bool isSteady =
         std::abs(event.x - fPressedX) <= kSteady && std::abs(event.y - fPressedY) <= kSteady;
-    if (fShown && event.button == Button1 && fGrip == Grip::View && isSteady)
+    if (fShown && event.button == Button1 && !fGrip && isSteady)
         click(event.x, event.y);
 }
 
@@ -718,9 +721,7 @@ void ViewerWindow::paintScene(int factor) {
     if (!fPainter->develops())
         shown.culling = nullptr; // its questions are the start-up context's
     const InteractiveView& view = fShown->view();
-    const std::optional<std::string> animation = fShown->animation();
-    const TimeLine line{animation.value_or(""), fShown->playback()};
-    const Overlay overlay = fShown->overlay(fStatistics, animation ? &line : nullptr, fMessage, fBusy);
+    const Overlay overlay = fShown->overlay(fStatistics, fMessage, fBusy);
     fPainter->paint(fShown->currentView(), shown, view.look(), factor,
                     [&](TextPainter& text) { writeOverlay(text, overlay, fLineHeight); });
 }
