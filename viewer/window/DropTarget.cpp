@@ -89,9 +89,11 @@ bool DropTarget::handle(const XEvent& event) {
     const auto source = static_cast<Window>(message.data.l[0]);
     if (message.message_type == atom("XdndEnter")) {
         enter(message);
-    } else if (source != fSource) {
+        return true;
+    }
+    if (source != fSource)
         return false;
-    } else if (message.message_type == atom("XdndPosition")) {
+    if (message.message_type == atom("XdndPosition")) {
         answer("XdndStatus", fHasFiles ? 1 : 0, fHasFiles ? static_cast<long>(atom("XdndActionCopy")) : 0);
     } else if (message.message_type == atom("XdndLeave")) {
         fSource = None;
