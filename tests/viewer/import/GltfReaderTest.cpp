@@ -4,6 +4,7 @@
 #include "import/ModelReader.h"
 #include "scene/Poser.h"
 
+#include <cmath>
 #include <limits>
 
 namespace orloview {
@@ -183,6 +184,20 @@ TEST(GltfReader, morphsAllThatATargetMoves) {
     EXPECT_THAT(mesh.uvSets.at(0), ElementsAre(1, 1));
     EXPECT_THAT(mesh.positions, ElementsAre(0, 0, 0));
     EXPECT_THAT(scene.warnings, testing::Contains(HasSubstr("morph target 1 of mesh")));
+}
+
+TEST(GltfReader, keepsTrianglesFlatThatMorph) {
+    GltfFile file = withPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+    file.primitive()["indices"] = file.accessor({1, 0, 2}, 5121, "SCALAR", 3);
+    file.primitive()["targets"] = {{{"POSITION", file.floats({0, 0, 1, 0, 0, 0, 0, 0, 1}, "VEC3")}}};
+    const Json sampler{{"input", file.floats({0}, "SCALAR")}, {"output", file.floats({1}, "SCALAR")}};
+    const Json channel{{"sampler", 0}, {"target", {{"node", 0}, {"path", "weights"}}}};
+    file.json["animations"] = {{{"samplers", {sampler}}, {"channels", {channel}}}};
+    Scene scene = read(file);
+    const Poser poser(scene);
+    EXPECT_THAT(scene.meshes.at(0).positions, ElementsAre(1, 0, 0, 0, 0, 1, 0, 1, 1));
+    EXPECT_NEAR(scene.meshes[0].normals.at(6), -std::sqrt(0.5), 1e-6);
+    EXPECT_EQ(scene.meshes[0].normals[7], 0.0F);
 }
 
 TEST(GltfReader, posesSkinnedMeshes) {
