@@ -13,7 +13,7 @@ namespace orlocg {
 
 namespace {
 
-using Kind = EffectPart::Kind;
+using PartKind = EffectPart::Kind;
 using Parts = std::vector<std::unique_ptr<EffectPart>>;
 
 constexpr std::array<CGerror, 6> kErrorsOfKinds = {
@@ -22,13 +22,13 @@ constexpr std::array<CGerror, 6> kErrorsOfKinds = {
     CG_INVALID_ANNOTATION_HANDLE_ERROR, CG_INVALID_STATE_HANDLE_ERROR};
 
 /// One of that kind; null without an error.
-EffectPart* seek(const void* handle, Kind kind) {
+EffectPart* seekPart(const void* handle, PartKind kind) {
     EffectPart* part = findIn(global().effectParts, handle);
     return part && part->kind == kind ? part : nullptr;
 }
 
-EffectPart* find(const void* handle, Kind kind) {
-    EffectPart* part = seek(handle, kind);
+EffectPart* findPart(const void* handle, PartKind kind) {
+    EffectPart* part = seekPart(handle, kind);
     global().asked = part ? part->context->handle : nullptr;
     if (!part)
         raise(kErrorsOfKinds[static_cast<size_t>(kind)]);
@@ -36,33 +36,33 @@ EffectPart* find(const void* handle, Kind kind) {
 }
 
 template <typename Handle>
-Handle handleOf(const EffectPart* part) {
+Handle handleOfPart(const EffectPart* part) {
     return part ? reinterpret_cast<Handle>(part->handle) : nullptr; // NOLINT(performance-no-int-to-ptr)
 }
 
-EffectPart* firstOf(const Parts& parts) {
+EffectPart* firstPart(const Parts& parts) {
     return parts.empty() ? nullptr : parts.front().get();
 }
 
-EffectPart* named(const Parts& parts, const char* name) {
+EffectPart* namedPart(const Parts& parts, const char* name) {
     const auto found = std::find_if(parts.begin(), parts.end(),
                                     [&](const auto& part) { return name && part->name == name; });
     return found == parts.end() ? nullptr : found->get();
 }
 
 EffectObject* findEffect(CGeffect handle) {
-    return static_cast<EffectObject*>(find(handle, Kind::Effect));
+    return static_cast<EffectObject*>(findPart(handle, PartKind::Effect));
 }
 
 /// The annotations of an effect's parameter; an empty list for one that is none.
 const Parts& annotationsOf(CGparameter handle) {
     static const Parts none;
-    const ParameterObject* p = orlocg::find(handle);
+    const ParameterObject* p = find(handle);
     return p && p->effect ? p->effect->parameterAnnotations[p->place] : none;
 }
 
-CGeffect create(CGcontext handle, std::string source, std::string fileName, const char** arguments) {
-    ContextObject* context = orlocg::find(handle);
+CGeffect createEffect(CGcontext handle, std::string source, std::string fileName, const char** arguments) {
+    ContextObject* context = find(handle);
     if (!context)
         return nullptr;
     CompileOptions options;
@@ -79,7 +79,7 @@ CGeffect create(CGcontext handle, std::string source, std::string fileName, cons
     if (!context->effects.empty())
         context->effects.back()->next = made.get();
     context->effects.push_back(std::move(made));
-    return handleOf<CGeffect>(context->effects.back().get());
+    return handleOfPart<CGeffect>(context->effects.back().get());
 }
 
 /// A program of the effect's text, whose globals follow the parameters of the same name.
@@ -95,7 +95,7 @@ CGprogram createProgramOf(EffectObject& effect, CGprofile profile, const char* e
                                          entry, switches.data());
     if (!made)
         return nullptr;
-    for (const std::unique_ptr<ParameterObject>& to : orlocg::find(made)->parameters[1]) {
+    for (const std::unique_ptr<ParameterObject>& to : find(made)->parameters[1]) {
         const auto from = std::find_if(effect.parameters.begin(), effect.parameters.end(),
                                        [&](const auto& each) { return each->name == to->name; });
         if (from != effect.parameters.end() && to->isUniform && haveSameShape((*from)->type, to->type))
@@ -127,7 +127,7 @@ void giveArguments(const EffectObject& effect, ProgramObject& program,
 }
 
 template <typename Number>
-const Number* numbers(EffectPart* part, std::vector<Number> EffectPart::*kept, int* count) {
+const Number* partNumbers(EffectPart* part, std::vector<Number> EffectPart::*kept, int* count) {
     if (count)
         *count = 0;
     if (!part)
@@ -144,7 +144,7 @@ const Number* numbers(EffectPart* part, std::vector<Number> EffectPart::*kept, i
 }
 
 /// A string, or the name of a constant or of a parameter.
-const char* text(EffectPart* part) {
+const char* partText(EffectPart* part) {
     if (!part)
         return nullptr;
     return guarded<const char*>(nullptr, [&] {
@@ -161,7 +161,7 @@ using namespace orlocg;
 
 CGeffect cgCreateEffect(CGcontext context, const char* source, const char** args) {
     if (source)
-        return guarded<CGeffect>(nullptr, [&] { return create(context, source, "effect", args); });
+        return guarded<CGeffect>(nullptr, [&] { return createEffect(context, source, "effect", args); });
     raise(CG_INVALID_POINTER_ERROR);
     return nullptr;
 }
@@ -170,7 +170,7 @@ CGeffect cgCreateEffectFromFile(CGcontext context, const char* fileName, const c
     return guarded<CGeffect>(nullptr, [&]() -> CGeffect {
         std::optional<std::string> source = readFile(fileName ? fileName : "");
         if (source)
-            return create(context, std::move(*source), fileName, args);
+            return createEffect(context, std::move(*source), fileName, args);
         raise(CG_FILE_READ_ERROR);
         return nullptr;
     });
@@ -190,7 +190,7 @@ void cgDestroyEffect(CGeffect handle) {
 }
 
 CGbool cgIsEffect(CGeffect effect) {
-    return seek(effect, Kind::Effect) != nullptr;
+    return seekPart(effect, PartKind::Effect) != nullptr;
 }
 
 CGcontext cgGetEffectContext(CGeffect handle) {
@@ -199,14 +199,14 @@ CGcontext cgGetEffectContext(CGeffect handle) {
 }
 
 CGeffect cgGetFirstEffect(CGcontext handle) {
-    const ContextObject* context = orlocg::find(handle);
-    return context && !context->effects.empty() ? handleOf<CGeffect>(context->effects.front().get())
+    const ContextObject* context = find(handle);
+    return context && !context->effects.empty() ? handleOfPart<CGeffect>(context->effects.front().get())
                                                 : nullptr;
 }
 
 CGeffect cgGetNextEffect(CGeffect handle) {
     const EffectObject* effect = findEffect(handle);
-    return effect ? handleOf<CGeffect>(effect->next) : nullptr;
+    return effect ? handleOfPart<CGeffect>(effect->next) : nullptr;
 }
 
 CGbool cgSetEffectName(CGeffect handle, const char* name) {
@@ -256,12 +256,12 @@ CGparameter cgGetEffectParameterBySemantic(CGeffect handle, const char* semantic
 }
 
 CGeffect cgGetParameterEffect(CGparameter handle) {
-    const ParameterObject* p = orlocg::find(handle);
-    return p ? handleOf<CGeffect>(p->effect) : nullptr;
+    const ParameterObject* p = find(handle);
+    return p ? handleOfPart<CGeffect>(p->effect) : nullptr;
 }
 
 const char* cgGetStringParameterValue(CGparameter handle) {
-    const ParameterObject* p = orlocg::find(handle);
+    const ParameterObject* p = find(handle);
     if (p && p->objectType == CG_STRING)
         return p->effect->strings[p->place].c_str();
     if (p)
@@ -270,7 +270,7 @@ const char* cgGetStringParameterValue(CGparameter handle) {
 }
 
 void cgSetStringParameterValue(CGparameter handle, const char* value) {
-    const ParameterObject* p = orlocg::find(handle);
+    const ParameterObject* p = find(handle);
     if (p && p->objectType == CG_STRING && value)
         guarded([&] { p->effect->strings[p->place] = value; });
     else if (p)
@@ -281,87 +281,87 @@ void cgSetStringParameterValue(CGparameter handle, const char* value) {
 
 #define CG_EFFECT_PARTS(Part, CGpart, kind, Owner, CGowner, ownerKind)                                       \
     CGpart cgGetFirst##Part(CGowner handle) {                                                                \
-        const EffectPart* owner = find(handle, ownerKind);                                                   \
-        return owner ? handleOf<CGpart>(firstOf(owner->parts)) : nullptr;                                    \
+        const EffectPart* owner = findPart(handle, ownerKind);                                               \
+        return owner ? handleOfPart<CGpart>(firstPart(owner->parts)) : nullptr;                              \
     }                                                                                                        \
     CGpart cgGetNext##Part(CGpart handle) {                                                                  \
-        const EffectPart* part = find(handle, kind);                                                         \
-        return part ? handleOf<CGpart>(part->next) : nullptr;                                                \
+        const EffectPart* part = findPart(handle, kind);                                                     \
+        return part ? handleOfPart<CGpart>(part->next) : nullptr;                                            \
     }                                                                                                        \
     CGpart cgGetNamed##Part(CGowner handle, const char* name) {                                              \
-        const EffectPart* owner = find(handle, ownerKind);                                                   \
-        return owner ? handleOf<CGpart>(named(owner->parts, name)) : nullptr;                                \
+        const EffectPart* owner = findPart(handle, ownerKind);                                               \
+        return owner ? handleOfPart<CGpart>(namedPart(owner->parts, name)) : nullptr;                        \
     }                                                                                                        \
     CGbool cgIs##Part(CGpart part) {                                                                         \
-        return seek(part, kind) != nullptr;                                                                  \
+        return seekPart(part, kind) != nullptr;                                                              \
     }                                                                                                        \
     CGowner cgGet##Part##Owner(CGpart handle) {                                                              \
-        const EffectPart* part = find(handle, kind);                                                         \
-        return part ? handleOf<CGowner>(part->owner) : nullptr;                                              \
+        const EffectPart* part = findPart(handle, kind);                                                     \
+        return part ? handleOfPart<CGowner>(part->owner) : nullptr;                                          \
     }
 #define cgGetTechniqueOwner cgGetTechniqueEffect
 #define cgGetPassOwner cgGetPassTechnique
 #define cgGetStateAssignmentOwner cgGetStateAssignmentPass
 
-CG_EFFECT_PARTS(Technique, CGtechnique, Kind::Technique, Effect, CGeffect, Kind::Effect)
-CG_EFFECT_PARTS(Pass, CGpass, Kind::Pass, Technique, CGtechnique, Kind::Technique)
-CG_EFFECT_PARTS(StateAssignment, CGstateassignment, Kind::Assignment, Pass, CGpass, Kind::Pass)
+CG_EFFECT_PARTS(Technique, CGtechnique, PartKind::Technique, Effect, CGeffect, PartKind::Effect)
+CG_EFFECT_PARTS(Pass, CGpass, PartKind::Pass, Technique, CGtechnique, PartKind::Technique)
+CG_EFFECT_PARTS(StateAssignment, CGstateassignment, PartKind::Assignment, Pass, CGpass, PartKind::Pass)
 
 const char* cgGetTechniqueName(CGtechnique handle) {
-    const EffectPart* part = find(handle, Kind::Technique);
+    const EffectPart* part = findPart(handle, PartKind::Technique);
     return part ? part->name.c_str() : nullptr;
 }
 
 const char* cgGetPassName(CGpass handle) {
-    const EffectPart* part = find(handle, Kind::Pass);
+    const EffectPart* part = findPart(handle, PartKind::Pass);
     return part ? part->name.c_str() : nullptr;
 }
 
 CGstate cgGetStateAssignmentState(CGstateassignment handle) {
-    const EffectPart* part = find(handle, Kind::Assignment);
-    return part ? handleOf<CGstate>(part->state) : nullptr;
+    const EffectPart* part = findPart(handle, PartKind::Assignment);
+    return part ? handleOfPart<CGstate>(part->state) : nullptr;
 }
 
 CGstate cgGetFirstState(CGcontext handle) {
-    const ContextObject* context = orlocg::find(handle);
-    return context ? handleOf<CGstate>(firstOf(context->states)) : nullptr;
+    const ContextObject* context = find(handle);
+    return context ? handleOfPart<CGstate>(firstPart(context->states)) : nullptr;
 }
 
 CGstate cgGetNextState(CGstate handle) {
-    const EffectPart* part = find(handle, Kind::State);
-    return part ? handleOf<CGstate>(part->next) : nullptr;
+    const EffectPart* part = findPart(handle, PartKind::State);
+    return part ? handleOfPart<CGstate>(part->next) : nullptr;
 }
 
 CGstate cgGetNamedState(CGcontext handle, const char* name) {
-    const ContextObject* context = orlocg::find(handle);
-    return context ? handleOf<CGstate>(named(context->states, name)) : nullptr;
+    const ContextObject* context = find(handle);
+    return context ? handleOfPart<CGstate>(namedPart(context->states, name)) : nullptr;
 }
 
 CGbool cgIsState(CGstate state) {
-    return seek(state, Kind::State) != nullptr;
+    return seekPart(state, PartKind::State) != nullptr;
 }
 
 const char* cgGetStateName(CGstate handle) {
-    const EffectPart* part = find(handle, Kind::State);
+    const EffectPart* part = findPart(handle, PartKind::State);
     return part ? part->name.c_str() : nullptr;
 }
 
 CGcontext cgGetStateContext(CGstate handle) {
-    const EffectPart* part = find(handle, Kind::State);
+    const EffectPart* part = findPart(handle, PartKind::State);
     return part ? part->context->handle : nullptr;
 }
 
 int cgGetStateAssignmentIndex(CGstateassignment handle) {
-    const EffectPart* part = find(handle, Kind::Assignment);
+    const EffectPart* part = findPart(handle, PartKind::Assignment);
     return part ? std::max(part->index, 0) : 0;
 }
 
 const float* cgGetFloatStateAssignmentValues(CGstateassignment handle, int* count) {
-    return numbers(find(handle, Kind::Assignment), &EffectPart::floats, count);
+    return partNumbers(findPart(handle, PartKind::Assignment), &EffectPart::floats, count);
 }
 
 const int* cgGetIntStateAssignmentValues(CGstateassignment handle, int* count) {
-    return numbers(find(handle, Kind::Assignment), &EffectPart::ints, count);
+    return partNumbers(findPart(handle, PartKind::Assignment), &EffectPart::ints, count);
 }
 
 const CGbool* cgGetBoolStateAssignmentValues(CGstateassignment handle, int* count) {
@@ -369,11 +369,11 @@ const CGbool* cgGetBoolStateAssignmentValues(CGstateassignment handle, int* coun
 }
 
 const char* cgGetStringStateAssignmentValue(CGstateassignment handle) {
-    return text(find(handle, Kind::Assignment));
+    return partText(findPart(handle, PartKind::Assignment));
 }
 
 CGprogram cgGetProgramStateAssignmentValue(CGstateassignment handle) {
-    EffectPart* part = find(handle, Kind::Assignment);
+    EffectPart* part = findPart(handle, PartKind::Assignment);
     if (!part)
         return nullptr;
     const EffectValue& value = *part->value;
@@ -391,7 +391,7 @@ CGprogram cgGetProgramStateAssignmentValue(CGstateassignment handle) {
         part->program =
             createProgramOf(*part->effect, profileNamed(value.profile), value.text.c_str(), switches.data());
         if (part->program)
-            giveArguments(*part->effect, *orlocg::find(part->program), value.parts);
+            giveArguments(*part->effect, *find(part->program), value.parts);
         return part->program;
     });
 }
@@ -399,58 +399,58 @@ CGprogram cgGetProgramStateAssignmentValue(CGstateassignment handle) {
 // Annotations.
 
 CGannotation cgGetFirstTechniqueAnnotation(CGtechnique handle) {
-    const EffectPart* part = find(handle, Kind::Technique);
-    return part ? handleOf<CGannotation>(firstOf(part->annotations)) : nullptr;
+    const EffectPart* part = findPart(handle, PartKind::Technique);
+    return part ? handleOfPart<CGannotation>(firstPart(part->annotations)) : nullptr;
 }
 
 CGannotation cgGetFirstPassAnnotation(CGpass handle) {
-    const EffectPart* part = find(handle, Kind::Pass);
-    return part ? handleOf<CGannotation>(firstOf(part->annotations)) : nullptr;
+    const EffectPart* part = findPart(handle, PartKind::Pass);
+    return part ? handleOfPart<CGannotation>(firstPart(part->annotations)) : nullptr;
 }
 
 CGannotation cgGetFirstParameterAnnotation(CGparameter handle) {
-    return handleOf<CGannotation>(firstOf(annotationsOf(handle)));
+    return handleOfPart<CGannotation>(firstPart(annotationsOf(handle)));
 }
 
 CGannotation cgGetNamedTechniqueAnnotation(CGtechnique handle, const char* name) {
-    const EffectPart* part = find(handle, Kind::Technique);
-    return part ? handleOf<CGannotation>(named(part->annotations, name)) : nullptr;
+    const EffectPart* part = findPart(handle, PartKind::Technique);
+    return part ? handleOfPart<CGannotation>(namedPart(part->annotations, name)) : nullptr;
 }
 
 CGannotation cgGetNamedPassAnnotation(CGpass handle, const char* name) {
-    const EffectPart* part = find(handle, Kind::Pass);
-    return part ? handleOf<CGannotation>(named(part->annotations, name)) : nullptr;
+    const EffectPart* part = findPart(handle, PartKind::Pass);
+    return part ? handleOfPart<CGannotation>(namedPart(part->annotations, name)) : nullptr;
 }
 
 CGannotation cgGetNamedParameterAnnotation(CGparameter handle, const char* name) {
-    return handleOf<CGannotation>(named(annotationsOf(handle), name));
+    return handleOfPart<CGannotation>(namedPart(annotationsOf(handle), name));
 }
 
 CGannotation cgGetNextAnnotation(CGannotation handle) {
-    const EffectPart* part = find(handle, Kind::Annotation);
-    return part ? handleOf<CGannotation>(part->next) : nullptr;
+    const EffectPart* part = findPart(handle, PartKind::Annotation);
+    return part ? handleOfPart<CGannotation>(part->next) : nullptr;
 }
 
 CGbool cgIsAnnotation(CGannotation annotation) {
-    return seek(annotation, Kind::Annotation) != nullptr;
+    return seekPart(annotation, PartKind::Annotation) != nullptr;
 }
 
 const char* cgGetAnnotationName(CGannotation handle) {
-    const EffectPart* part = find(handle, Kind::Annotation);
+    const EffectPart* part = findPart(handle, PartKind::Annotation);
     return part ? part->name.c_str() : nullptr;
 }
 
 CGtype cgGetAnnotationType(CGannotation handle) {
-    const EffectPart* part = find(handle, Kind::Annotation);
+    const EffectPart* part = findPart(handle, PartKind::Annotation);
     return part ? part->type : CG_UNKNOWN_TYPE;
 }
 
 const float* cgGetFloatAnnotationValues(CGannotation handle, int* count) {
-    return numbers(find(handle, Kind::Annotation), &EffectPart::floats, count);
+    return partNumbers(findPart(handle, PartKind::Annotation), &EffectPart::floats, count);
 }
 
 const int* cgGetIntAnnotationValues(CGannotation handle, int* count) {
-    return numbers(find(handle, Kind::Annotation), &EffectPart::ints, count);
+    return partNumbers(findPart(handle, PartKind::Annotation), &EffectPart::ints, count);
 }
 
 const CGbool* cgGetBoolAnnotationValues(CGannotation handle, int* count) {
@@ -458,5 +458,5 @@ const CGbool* cgGetBoolAnnotationValues(CGannotation handle, int* count) {
 }
 
 const char* cgGetStringAnnotationValue(CGannotation handle) {
-    return text(find(handle, Kind::Annotation));
+    return partText(findPart(handle, PartKind::Annotation));
 }
