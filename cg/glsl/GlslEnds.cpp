@@ -291,7 +291,7 @@ void GlslWriter::moveEnds(bool isOutput, std::string& out) {
 
 /// Declares a uniform for a part of a parameter that varies in others.
 std::string GlslWriter::addUniform(const Member& of, const std::string& path, Parameter& parameter) {
-    const std::string name = hasValue(of.type) ? uniqueName(nameFor(path)) : nameFor(path);
+    std::string name = hasValue(of.type) ? uniqueName(nameFor(path)) : nameFor(path);
     if (hasValue(of.type))
         fUniforms += "uniform " + declaration(of.type, name) + ";\n";
     addLeaves(of, path, name, parameter);
