@@ -15,6 +15,8 @@ namespace orlocg {
 
 namespace {
 
+constexpr std::string_view kState = "state."; ///< how semantics of GL's state begin
+
 /// A name for what is at a path.
 std::string nameFor(std::string path) {
     std::replace_if(
@@ -83,26 +85,26 @@ void GlslWriter::addInitial(const Variable& variable, Parameter& parameter) {
 }
 
 /// What of GL's state a uniform stands for, converted to its type.
-std::string GlslWriter::stateFor(const Variable& variable) {
-    const std::optional<State> state = stateOfSemantic(variable.semantic);
+std::string GlslWriter::stateFor(const std::string& semantic, const Type* wanted, const Location& at) {
+    const std::optional<State> state = stateOfSemantic(semantic);
     if (!state)
-        fDiagnostics.fail(variable.at, "there is no " + variable.semantic);
+        fDiagnostics.fail(at, "there is no " + semantic);
     Types& types = fOut.program->types;
     const Type* type = state->rows || state->columns
                            ? types.numeric(Scalar::Float, state->rows, state->columns)
                            : types.scalar(Scalar::Float);
-    if (!variable.type->isNumeric() || variable.type->rows > type->rows ||
-        variable.type->columns > type->columns || (variable.type->rows == 0) != (type->rows == 0))
-        fDiagnostics.fail(variable.at, joined({variable.semantic, " is ", orlocg::nameOf(type), ", not ",
-                                               orlocg::nameOf(variable.type)}));
-    return convert(state->glsl, type, variable.type);
+    if (!wanted->isNumeric() || wanted->rows > type->rows || wanted->columns > type->columns ||
+        (wanted->rows == 0) != (type->rows == 0))
+        fDiagnostics.fail(at,
+                          joined({semantic, " is ", orlocg::nameOf(type), ", not ", orlocg::nameOf(wanted)}));
+    return convert(state->glsl, type, wanted);
 }
 
 /// A uniform: its declaration, and what a runtime has to know of it.
 void GlslWriter::addParameter(const Variable& variable) {
     Parameter parameter{&variable, variable.isGlobal, {}, {}, {}};
-    const bool isState = variable.semantic.starts_with("state.");
-    const std::string name = isState                   ? stateFor(variable)
+    const bool isState = variable.semantic.starts_with(kState);
+    const std::string name = isState ? stateFor(variable.semantic, variable.type, variable.at)
                              : hasValue(variable.type) ? uniqueName(variable.name)
                                                        : variable.name;
     fNames[&variable] = name;
@@ -291,7 +293,7 @@ void GlslWriter::moveEnds(bool isOutput, std::string& out) {
 
 /// Declares a uniform for a part of a parameter that varies in others.
 std::string GlslWriter::addUniform(const Member& of, const std::string& path, Parameter& parameter) {
-    const std::string name = hasValue(of.type) ? uniqueName(nameFor(path)) : nameFor(path);
+    std::string name = hasValue(of.type) ? uniqueName(nameFor(path)) : nameFor(path);
     if (hasValue(of.type))
         fUniforms += "uniform " + declaration(of.type, name) + ";\n";
     addLeaves(of, path, name, parameter);
@@ -314,7 +316,9 @@ void GlslWriter::addMixed(const End& end, std::string& out) {
             addMixed(part, out);
             continue;
         }
-        const std::string name = addUniform(member, part.path, fOut.parameters[end.parameter]);
+        const bool isState = member.semantic.starts_with(kState);
+        const std::string name = isState ? stateFor(member.semantic, member.type, end.at)
+                                         : addUniform(member, part.path, fOut.parameters[end.parameter]);
         if (hasValue(member.type))
             line(out, part.glsl + " = " + name + ";");
     }

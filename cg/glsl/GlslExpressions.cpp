@@ -502,7 +502,7 @@ std::string GlslWriter::writeUserCall(const Expression& e) {
     if (picks && e.type->kind == Type::Kind::Void)
         fDiagnostics.fail(e.at,
                           "a function that gives nothing back takes samplers by constant indices alone");
-    const std::string call = choose(samplers, [&] {
+    std::string call = choose(samplers, [&] {
         std::vector<Bindings> bindings(function.parameters.size());
         for (size_t i = 0; i < samplers.size(); ++i)
             bindings[samplerPlaces[i]] =

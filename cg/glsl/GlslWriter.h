@@ -116,7 +116,7 @@ private:
 
     // The program's ends.
     void addParameter(const Variable& variable);
-    std::string stateFor(const Variable& variable);
+    std::string stateFor(const std::string& semantic, const Type* wanted, const Location& at);
     void addLeaves(const Member& of, const std::string& path, const std::string& glsl, Parameter& parameter);
     std::string addUniform(const Member& of, const std::string& path, Parameter& parameter);
     void addMixed(const End& end, std::string& out);

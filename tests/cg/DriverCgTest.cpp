@@ -754,6 +754,10 @@ TEST_F(DriverCg, readsTheStateOfGL) {
             {"return mul(moved, float4(0.5, 0.5, 0, 1));", {0.75, 0.75, 0, 1}},
             {"return mul(back, float4(0.75, 0.75, 0, 1));", {0.5, 0.5, 0, 1}},
             {"return float4(lit, turned[0][0] / 4);", {0.25, 0.5, 0.75, 0.5}},
+            {"@struct I { float4 t : TEXCOORD0; uniform float4 fog : state.fog.color; }; float4 main(I i) : "
+             "COLOR { return "
+             "i.fog * i.t.w; }",
+             {0.25, 0.5, 0.75, 1}},
             {"@uniform float4 fog : state.fog.color; float4 f() { fog.x += 0.25; return fog; } float4 main() "
              ": COLOR { return f(); }",
              {0.5, 0.5, 0.75, 1}},
