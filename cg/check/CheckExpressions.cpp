@@ -441,7 +441,7 @@ const Type* Checker::closed(const Type* type, const Type* given) {
 /// A function for what it is called with, where that decides what its parameters are.
 Function& Checker::closedFor(const Expression& call, Function& function) {
     constexpr size_t kMostCopies = 500;
-    constexpr size_t kMostCopied = 200'000;
+    constexpr size_t kMostCopied = 100'000;
     if (!isOpenFunction(function))
         return function;
     std::vector<const Type*> types = {};

@@ -64,9 +64,10 @@ void setClientState(CGparameter handle, bool on) {
 
 // Textures.
 
+/// A sampler, or a texture of an effect's.
 ParameterObject* findSampler(CGparameter handle) {
     ParameterObject* parameter = orlocg_findParameter(handle);
-    if (parameter && parameter->type->isSampler())
+    if (parameter && (parameter->type->isSampler() || parameter->objectType == CG_TEXTURE))
         return parameter;
     if (parameter)
         orlocg_raise(CG_INVALID_PARAMETER_ERROR);

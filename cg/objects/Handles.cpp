@@ -1,11 +1,16 @@
 #include "objects/Handles.h"
 
+#include "objects/Effects.h"
+
 namespace orlocg {
 
 Global& global() {
     static auto* const theGlobal = new Global;
     return *theGlobal;
 }
+
+ContextObject::ContextObject() = default;
+ContextObject::~ContextObject() = default;
 
 ContextObject* find(CGcontext handle) {
     global().asked = nullptr;

@@ -26,6 +26,7 @@ struct Global {
     std::unordered_map<uintptr_t, ProgramObject*> programs;
     std::unordered_map<uintptr_t, ParameterObject*> parameters;
     std::unordered_map<uintptr_t, std::unique_ptr<BufferObject>> buffers;
+    std::unordered_map<uintptr_t, EffectPart*> effectParts;
     std::vector<std::unique_ptr<ContextObject>> owned;
     uintptr_t lastHandle = 0; ///< of all kinds together, so that a handle of another kind is none
     CGerror error = CG_NO_ERROR;

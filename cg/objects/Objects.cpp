@@ -165,27 +165,6 @@ std::string folderNameOf(const std::string& path) {
     return path.substr(0, path.rfind('/') + 1);
 }
 
-/// What a file holds that a program includes: one of the context's own, else one on the disk. The context's
-/// have the names that programs write, whatever folder those are in.
-std::optional<std::string> readIncluded(ContextObject& context, const CompileOptions& options,
-                                        const std::string& path) {
-    std::string written = path;
-    if (const std::string folder = folderNameOf(options.fileName); path.starts_with(folder))
-        written = path.substr(folder.size());
-    const auto known = [&] {
-        for (const std::string& name : {path, "/" + path, written})
-            if (const auto found = context.includes.find(name); found != context.includes.end())
-                return std::optional(found->second);
-        return std::optional<std::string>();
-    };
-    std::optional<std::string> text = known();
-    if (!text && context.includeCallback) {
-        context.includeCallback(context.handle, written.c_str());
-        text = known();
-    }
-    return text ? text : readFile(path);
-}
-
 void makeUniform(ParameterObject& parameter) {
     parameter.isUniform = true;
     for (const std::unique_ptr<ParameterObject>& part : parameter.parts)
@@ -203,6 +182,25 @@ std::unique_ptr<ParameterObject> makeOwnParameter(ContextObject& context, const 
     makeUniform(*made);
     registerAll(*made);
     return made;
+}
+
+std::optional<std::string> readIncluded(ContextObject& context, const CompileOptions& options,
+                                        const std::string& path) {
+    std::string written = path;
+    if (const std::string folder = folderNameOf(options.fileName); path.starts_with(folder))
+        written = path.substr(folder.size());
+    const auto known = [&] {
+        for (const std::string& name : {path, "/" + path, written})
+            if (const auto found = context.includes.find(name); found != context.includes.end())
+                return std::optional(found->second);
+        return std::optional<std::string>();
+    };
+    std::optional<std::string> text = known();
+    if (!text && context.includeCallback) {
+        context.includeCallback(context.handle, written.c_str());
+        text = known();
+    }
+    return text ? text : readFile(path);
 }
 
 std::optional<std::string> readFile(const std::string& path) {

@@ -14,6 +14,8 @@
 namespace orlocg {
 
 struct ContextObject;
+struct EffectObject;
+struct EffectPart;
 struct ProgramObject;
 
 /// What libCgGL.so hangs on a program; goes with it.
@@ -28,7 +30,9 @@ struct Extension {
 struct ParameterObject {
     CGparameter handle = nullptr;
     ContextObject* context = nullptr;
-    ProgramObject* program = nullptr; ///< null: the context's own
+    EffectObject* effect = nullptr;      ///< of a whole that is one of an effect's
+    CGtype objectType = CG_UNKNOWN_TYPE; ///< CG_STRING or CG_TEXTURE, of that
+    ProgramObject* program = nullptr;    ///< null: the context's own
     ParameterObject* parent = nullptr;
     const Variable* variable = nullptr; ///< of the whole; null where there is no program
     const Type* type = nullptr;
@@ -98,12 +102,19 @@ struct ProgramObject {
 };
 
 struct ContextObject {
+    ContextObject();
+    ~ContextObject();
+
     CGcontext handle = nullptr;
     std::string listing;
     bool hasListing = false;
     std::vector<std::unique_ptr<ProgramObject>> programs;
 
-    Types types; ///< of its own parameters
+    std::vector<std::unique_ptr<EffectObject>> effects;
+    std::vector<std::unique_ptr<EffectPart>> states; ///< that effects name
+    std::map<std::string, EffectPart*> statesByName;
+
+    Types types; ///< of its own parameters, and its effects'
     ParameterList parameters;
 
     CGenum autoCompile = CG_COMPILE_IMMEDIATE;
@@ -140,6 +151,11 @@ public:
 ContextObject* find(CGcontext handle);
 ProgramObject* find(CGprogram handle);
 ParameterObject* find(CGparameter handle);
+
+/// What a file holds that a program or an effect includes: one of the context's own, else one on the disk.
+/// The context's have the names that programs write, whatever folder those are in.
+std::optional<std::string> readIncluded(ContextObject& context, const CompileOptions& options,
+                                        const std::string& path);
 
 /// A file of the disk; nothing where it can't be read.
 std::optional<std::string> readFile(const std::string& path);

@@ -35,7 +35,7 @@ struct Unsupported {
 constexpr std::array<Unsupported, 4> kUnsupported = {
     {{" asm asm_fragment ", "`#` blocks are not supported"},
      {" POINT LINE LINE_ADJ TRIANGLE TRIANGLE_ADJ POINT_OUT LINE_OUT TRIANGLE_OUT AttribArray TriangleStream "
-      "LineStream PointStream maxvertexcount ",
+      "LineStream PointStream emitVertex ",
       "geometry programs are not supported (`#`)"},
      {" PATCH_1 PATCH_3 PATCH_4 InputPatch OutputPatch ", "tessellation programs are not supported (`#`)"},
      {" Texture1D Texture1DArray Texture2D Texture2DArray Texture2DMS Texture3D TextureCube SamplerState "
@@ -895,6 +895,8 @@ ExpressionPtr Parser::primary() {
     }
     take();
     if (peek().is("(")) {
+        if (name.is("emitVertex")) // its arguments are none of an expression's
+            fDiagnostics.fail(name.at, whyUnsupported(name));
         ExpressionPtr made = make(Expression::Kind::Call, name);
         arguments(*made);
         return made;

@@ -1,4 +1,5 @@
 #include "objects/Connections.h"
+#include "objects/Effects.h"
 #include "objects/Handles.h"
 #include "objects/Values.h"
 
@@ -38,6 +39,10 @@ void cgDestroyContext(CGcontext handle) {
         return;
     while (!context->programs.empty())
         cgDestroyProgram(context->programs.back()->handle);
+    for (const std::unique_ptr<EffectObject>& effect : context->effects)
+        forget(*effect);
+    for (const std::unique_ptr<EffectPart>& state : context->states)
+        forget(*state);
     for (const std::unique_ptr<ParameterObject>& parameter : context->parameters)
         forget(*parameter);
     std::erase_if(global().buffers, [&](const auto& each) { return each.second->context == context; });

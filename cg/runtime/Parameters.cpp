@@ -1,3 +1,4 @@
+#include "objects/Effects.h"
 #include "objects/GlslNames.h"
 #include "objects/Handles.h"
 #include "objects/Names.h"
@@ -34,13 +35,13 @@ ParameterObject* firstIn(const ProgramObject& program, bool isGlobal, size_t sta
 }
 
 ParameterObject* nextOf(ParameterObject& parameter) {
-    if (!parameter.parent && !parameter.program)
-        return nullptr; // a context's own
     const auto next = [&](const ParameterList& siblings) {
         return parameter.place + 1 < siblings.size() ? siblings[parameter.place + 1].get() : nullptr;
     };
     if (parameter.parent)
         return next(parameter.parent->parts);
+    if (!parameter.program) // a context's own, or an effect's
+        return parameter.effect ? next(parameter.effect->parameters) : nullptr;
     const bool global = isGlobal(parameter);
     ParameterObject* found = next(parameter.program->parameters[global]);
     const ProgramObject* combined = parameter.program->combined;
@@ -279,7 +280,9 @@ const char* cgGetParameterName(CGparameter handle) {
 }
 
 CGtype cgGetParameterType(CGparameter handle) {
-    return ofParameter(handle, CG_UNKNOWN_TYPE, [](const ParameterObject& p) { return typeOf(p.type); });
+    return ofParameter(handle, CG_UNKNOWN_TYPE, [](const ParameterObject& p) {
+        return p.objectType == CG_UNKNOWN_TYPE ? typeOf(p.type) : p.objectType;
+    });
 }
 
 CGtype cgGetParameterBaseType(CGparameter handle) {
@@ -292,8 +295,9 @@ CGtype cgGetParameterNamedType(CGparameter handle) {
 }
 
 CGparameterclass cgGetParameterClass(CGparameter handle) {
-    return ofParameter(handle, CG_PARAMETERCLASS_UNKNOWN,
-                       [](const ParameterObject& p) { return classOf(typeOf(p.type)); });
+    return ofParameter(handle, CG_PARAMETERCLASS_UNKNOWN, [](const ParameterObject& p) {
+        return classOf(p.objectType == CG_UNKNOWN_TYPE ? typeOf(p.type) : p.objectType);
+    });
 }
 
 int cgGetParameterRows(CGparameter handle) {

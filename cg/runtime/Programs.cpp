@@ -1,3 +1,5 @@
+#include "runtime/Programs.h"
+
 #include "objects/CompiledText.h"
 #include "objects/Handles.h"
 #include "objects/Names.h"
@@ -10,24 +12,6 @@
 namespace orlocg {
 
 namespace {
-
-void readArguments(const char** arguments, CompileOptions& options) {
-    for (; arguments && *arguments; ++arguments) {
-        std::string_view argument = *arguments;
-        if (argument == "-posinv") {
-            options.isPositionInvariant = true;
-            continue;
-        }
-        if (!argument.starts_with("-I") && !argument.starts_with("-D"))
-            continue;
-        auto& list = argument[1] == 'I' ? options.preprocess.includeFolders : options.preprocess.defines;
-        argument.remove_prefix(2);
-        if (argument.empty() && arguments[1])
-            argument = *++arguments;
-        argument.remove_prefix(std::min(argument.find_first_not_of(' '), argument.size())); // "-I folder"
-        list.emplace_back(argument);
-    }
-}
 
 CGprogram makeProgramHandle(ProgramObject& program) {
     program.handle = makeHandle<CGprogram>();
@@ -44,27 +28,6 @@ CGprogram adopt(std::unique_ptr<ProgramObject> program) {
     auto& programs = program->context->programs;
     programs.push_back(std::move(program));
     return makeProgramHandle(*programs.back());
-}
-
-/// What a program is made from; null and an error where that can't be.
-CGprogram create(ContextObject& context, CGenum programType, std::string source, const std::string& fileName,
-                 CGprofile profile, const char* entry, const char** arguments) {
-    if (!isCompiledFor(profile)) {
-        raise(CG_UNKNOWN_PROFILE_ERROR);
-        return nullptr;
-    }
-    auto program = std::make_unique<ProgramObject>();
-    program->context = &context;
-    program->profile = profile;
-    program->source = std::move(source);
-    program->isObject = programType == CG_OBJECT;
-    program->options.stage = isVertexProfile(profile) ? Stage::Vertex : Stage::Fragment;
-    program->options.entry = entry ? entry : "main";
-    program->options.fileName = fileName;
-    readArguments(arguments, program->options);
-    for (; arguments && *arguments; ++arguments)
-        program->arguments.emplace_back(*arguments);
-    return adopt(std::move(program));
 }
 
 std::unique_ptr<ProgramObject> copyOf(const ProgramObject& program) {
@@ -168,6 +131,45 @@ std::string programText(ProgramObject& program, CGenum name) {
 
 } // namespace
 
+void readArguments(const char** arguments, CompileOptions& options) {
+    for (; arguments && *arguments; ++arguments) {
+        std::string_view argument = *arguments;
+        if (argument == "-posinv") {
+            options.isPositionInvariant = true;
+            continue;
+        }
+        if (!argument.starts_with("-I") && !argument.starts_with("-D"))
+            continue;
+        auto& list = argument[1] == 'I' ? options.preprocess.includeFolders : options.preprocess.defines;
+        argument.remove_prefix(2);
+        if (argument.empty() && arguments[1])
+            argument = *++arguments;
+        argument.remove_prefix(std::min(argument.find_first_not_of(' '), argument.size())); // "-I folder"
+        list.emplace_back(argument);
+    }
+}
+
+CGprogram createProgram(ContextObject& context, CGenum programType, std::string source,
+                        const std::string& fileName, CGprofile profile, const char* entry,
+                        const char** arguments) {
+    if (!isCompiledFor(profile)) {
+        raise(CG_UNKNOWN_PROFILE_ERROR);
+        return nullptr;
+    }
+    auto program = std::make_unique<ProgramObject>();
+    program->context = &context;
+    program->profile = profile;
+    program->source = std::move(source);
+    program->isObject = programType == CG_OBJECT;
+    program->options.stage = isVertexProfile(profile) ? Stage::Vertex : Stage::Fragment;
+    program->options.entry = entry ? entry : "main";
+    program->options.fileName = fileName;
+    readArguments(arguments, program->options);
+    for (; arguments && *arguments; ++arguments)
+        program->arguments.emplace_back(*arguments);
+    return adopt(std::move(program));
+}
+
 } // namespace orlocg
 
 using namespace orlocg;
@@ -181,8 +183,9 @@ CGprogram cgCreateProgram(CGcontext handle, CGenum programType, const char* prog
         raise(CG_INVALID_PARAMETER_ERROR);
         return nullptr;
     }
-    return guarded<CGprogram>(
-        nullptr, [&] { return create(*context, programType, program, "program", profile, entry, args); });
+    return guarded<CGprogram>(nullptr, [&] {
+        return createProgram(*context, programType, program, "program", profile, entry, args);
+    });
 }
 
 CGprogram cgCreateProgramFromFile(CGcontext handle, CGenum programType, const char* fileName,
@@ -196,7 +199,7 @@ CGprogram cgCreateProgramFromFile(CGcontext handle, CGenum programType, const ch
             raise(CG_FILE_READ_ERROR);
             return nullptr;
         }
-        return create(*context, programType, std::move(*source), fileName, profile, entry, args);
+        return createProgram(*context, programType, std::move(*source), fileName, profile, entry, args);
     });
 }
 

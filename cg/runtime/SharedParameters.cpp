@@ -65,8 +65,8 @@ void cgDestroyParameter(CGparameter handle) {
     ParameterObject* p = find(handle);
     if (!p)
         return;
-    if (p->program || p->parent)
-        return raise(p->program ? CG_CANNOT_DESTROY_PARAMETER_ERROR : CG_NOT_ROOT_PARAMETER_ERROR);
+    if (p->program || p->parent || p->effect)
+        return raise(!p->parent ? CG_CANNOT_DESTROY_PARAMETER_ERROR : CG_NOT_ROOT_PARAMETER_ERROR);
     forget(*p);
     std::erase_if(p->context->parameters, [&](const auto& each) { return each.get() == p; });
 }

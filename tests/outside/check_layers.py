@@ -27,7 +27,7 @@ BELOW = {
     "cg/compile": {"cg/preprocess", "cg/language", "cg/parse", "cg/check", "cg/glsl"},
     "cg/effects": {"cg/preprocess"},
     "cg/objects": {"cg/include", "cg/language", "cg/compile", "cg/effects"},
-    "cg/runtime": {"cg/include", "cg/language", "cg/objects"},
+    "cg/runtime": {"cg/include", "cg/language", "cg/objects", "cg/effects"},
     "cg/gl": {"cg/include", "cg/language", "cg/objects"},
     "cg/orlocg": {"cg/preprocess", "cg/language", "cg/compile"},
     "cg/corpus": set(),

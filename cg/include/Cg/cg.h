@@ -1,6 +1,7 @@
 #pragma once
 
-// The interface of the Cg core runtime, libCg.so: programs and their parameters; not its effects. Plain C.
+// The interface of the Cg core runtime, libCg.so: programs and their parameters; of its effects what they are
+// made of. Plain C.
 //
 //     CGcontext context = cgCreateContext();
 //     CGprogram program = cgCreateProgram(context, CG_SOURCE, source, CG_PROFILE_ARBFP1, "main", 0);
@@ -266,6 +267,78 @@ int cgGetProgramBufferMaxIndex(CGprofile profile);
 int cgGetProgramBufferMaxSize(CGprofile profile);
 int cgGetParameterBufferIndex(CGparameter parameter); // -1: it is read from none
 int cgGetParameterBufferOffset(CGparameter parameter);
+
+// Effects: files of parameters, techniques, passes and states, to be walked through; nothing sets the states
+// of a pass yet. Null at the end.
+CGeffect cgCreateEffect(CGcontext context, const char* source, const char** args);
+CGeffect cgCreateEffectFromFile(CGcontext context, const char* fileName, const char** args);
+void cgDestroyEffect(CGeffect effect);
+CGbool cgIsEffect(CGeffect effect);
+CGcontext cgGetEffectContext(CGeffect effect);
+CGeffect cgGetFirstEffect(CGcontext context);
+CGeffect cgGetNextEffect(CGeffect effect);
+CGbool cgSetEffectName(CGeffect effect, const char* name);
+const char* cgGetEffectName(CGeffect effect);
+// A program whose globals follow the effect's parameters of the same names.
+CGprogram cgCreateProgramFromEffect(CGeffect effect, CGprofile profile, const char* entry, const char** args);
+
+// Its uniforms, textures and strings, but for structs.
+CGparameter cgGetFirstEffectParameter(CGeffect effect);
+CGparameter cgGetNamedEffectParameter(CGeffect effect, const char* name);
+CGparameter cgGetEffectParameterBySemantic(CGeffect effect, const char* semantic);
+CGeffect cgGetParameterEffect(CGparameter parameter); // null: it is none of an effect's
+const char* cgGetStringParameterValue(CGparameter parameter);
+void cgSetStringParameterValue(CGparameter parameter, const char* value);
+
+CGtechnique cgGetFirstTechnique(CGeffect effect);
+CGtechnique cgGetNextTechnique(CGtechnique technique);
+CGtechnique cgGetNamedTechnique(CGeffect effect, const char* name);
+CGbool cgIsTechnique(CGtechnique technique);
+const char* cgGetTechniqueName(CGtechnique technique);
+CGeffect cgGetTechniqueEffect(CGtechnique technique);
+
+CGpass cgGetFirstPass(CGtechnique technique);
+CGpass cgGetNextPass(CGpass pass);
+CGpass cgGetNamedPass(CGtechnique technique, const char* name);
+CGbool cgIsPass(CGpass pass);
+const char* cgGetPassName(CGpass pass);
+CGtechnique cgGetPassTechnique(CGpass pass);
+
+// The states that a pass sets. Values that name a constant or a parameter are strings.
+CGstateassignment cgGetFirstStateAssignment(CGpass pass);
+CGstateassignment cgGetNextStateAssignment(CGstateassignment assignment);
+CGstateassignment cgGetNamedStateAssignment(CGpass pass, const char* name);
+CGbool cgIsStateAssignment(CGstateassignment assignment);
+CGstate cgGetStateAssignmentState(CGstateassignment assignment);
+CGpass cgGetStateAssignmentPass(CGstateassignment assignment);
+CGstate cgGetFirstState(CGcontext context); // that effects of the context have named
+CGstate cgGetNextState(CGstate state);
+CGstate cgGetNamedState(CGcontext context, const char* name);
+CGbool cgIsState(CGstate state);
+const char* cgGetStateName(CGstate state);
+CGcontext cgGetStateContext(CGstate state);
+int cgGetStateAssignmentIndex(CGstateassignment assignment);
+const float* cgGetFloatStateAssignmentValues(CGstateassignment assignment, int* count);
+const int* cgGetIntStateAssignmentValues(CGstateassignment assignment, int* count);
+const CGbool* cgGetBoolStateAssignmentValues(CGstateassignment assignment, int* count);
+const char* cgGetStringStateAssignmentValue(CGstateassignment assignment);
+// The program of "compile arbvp1 main(tint, 2)", compiled when this is called first.
+CGprogram cgGetProgramStateAssignmentValue(CGstateassignment assignment);
+
+CGannotation cgGetFirstTechniqueAnnotation(CGtechnique technique);
+CGannotation cgGetFirstPassAnnotation(CGpass pass);
+CGannotation cgGetFirstParameterAnnotation(CGparameter parameter);
+CGannotation cgGetNamedTechniqueAnnotation(CGtechnique technique, const char* name);
+CGannotation cgGetNamedPassAnnotation(CGpass pass, const char* name);
+CGannotation cgGetNamedParameterAnnotation(CGparameter parameter, const char* name);
+CGannotation cgGetNextAnnotation(CGannotation annotation);
+CGbool cgIsAnnotation(CGannotation annotation);
+const char* cgGetAnnotationName(CGannotation annotation);
+CGtype cgGetAnnotationType(CGannotation annotation);
+const float* cgGetFloatAnnotationValues(CGannotation annotation, int* count);
+const int* cgGetIntAnnotationValues(CGannotation annotation, int* count);
+const CGbool* cgGetBoolAnnotationValues(CGannotation annotation, int* count);
+const char* cgGetStringAnnotationValue(CGannotation annotation);
 
 const char* cgGetTypeString(CGtype type);
 CGtype cgGetType(const char* name);

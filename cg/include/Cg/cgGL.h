@@ -1,6 +1,6 @@
 #pragma once
 
-// The interface of the Cg runtime's OpenGL binding, libCgGL.so, without its effects. Plain C.
+// The interface of the Cg runtime's OpenGL binding, libCgGL.so, without the states of effects. Plain C.
 //
 //     cgGLLoadProgram(program);
 //     cgGLBindProgram(program);
