@@ -1,13 +1,11 @@
 #include "window/ViewerWindow.h"
 
 #include "base/ExitCode.h"
-#include "base/FileWatch.h"
 #include "base/Say.h"
 #include "draw/Fountain.h"
 #include "frame/PictureRenderer.h"
 #include "frame/ViewAndLook.h"
-#include "load/FolderOfModels.h"
-#include "load/Opening.h"
+#include "load/ModelFeed.h"
 #include "output/PictureFile.h"
 #include "session/GLSession.h"
 #include "window/DropTarget.h"
@@ -91,9 +89,6 @@ void print(const std::string& line) {
     std::fflush(stdout);
 }
 
-/// A file that has changed is read again once nobody has written to it for so long.
-constexpr auto kQuiet = std::chrono::milliseconds(200);
-
 /// As often the screen shows how far reading is.
 constexpr auto kProgressStep = std::chrono::milliseconds(100);
 
@@ -117,13 +112,7 @@ private:
     void waitForModel();
 
     // What is shown.
-    void takeFolder(const std::string& folder);
-    void open(const Options& options);
-    void watch(const std::vector<std::string>& files);
-    void openOthers(std::vector<std::string> models);
-    void reload();
-    void finishOpening();
-    void openNextOfFolder();
+    void finishReading();
     void show(const Options& options, Scene&& scene);
     void onUpload(const std::string& name, double fraction);
 
@@ -142,7 +131,6 @@ private:
     SliderPlace placeOf(size_t slider) const {
         return placeOfSlider(slider, fWindow->width(), fWindow->height(), fLineHeight);
     }
-    void openBeside(int steps);
     void screenshot();
     void note(const std::string& message);
 
@@ -155,23 +143,19 @@ private:
     void doWhatIsDue();
     void play();
 
-    Options fOptions; ///< of what is shown, or will be at first
+    ModelFeed fModels;
     Progress& fProgress;
     Clock::time_point fPlayedAt = Clock::now(); ///< when the time last went on by itself
-    std::optional<Opening> fOpening;
     std::unique_ptr<GLSession> fGL;
     Display* fDisplay = nullptr;
     std::unique_ptr<ShownScene> fShown; ///< null until the first is read
     std::optional<HostWindow> fWindow;
     std::optional<WindowPainter> fPainter;
     std::optional<DropTarget> fDrops;
-    FileWatch fWatch;
     int fLineHeight = 0;
 
     bool fChanged = true; ///< what is shown is not what is on the screen
     bool fQuit = false;
-    size_t fLeftToTry = 0;  ///< of a folder, while nothing is shown
-    bool fIsReload = false; ///< of what is being read: the view stays
     int fPointerX = 0;
     int fPointerY = 0;
     std::optional<SliderKind> fGrip; ///< that the left button went down on; none: on the scene
@@ -183,18 +167,17 @@ private:
     ShownProgress fBusy;
     std::optional<Clock::time_point> fSmoothAt;
     std::optional<Clock::time_point> fMessageEnds;
-    std::optional<Clock::time_point> fReloadAt;
     Clock::time_point fLastPainted;
     size_t fFrames = 0;
     double fTotalMilliseconds = 0.0;
 };
 
 ViewerWindow::ViewerWindow(const Options& options, Progress& progress)
-    : fOptions(options), fProgress(progress) {
-    if (const std::string& model = options.subject(); std::filesystem::is_directory(model))
-        takeFolder(model);
-    if (!options.demo)
-        open(fOptions);
+    : fModels(options), fProgress(progress) {
+    if (!options.demo) {
+        progress.begin(Progress::Stage::Read);
+        fModels.openFirst();
+    }
     openWindow();
     fPainter.emplace(fWindow->buffer());
     fDrops.emplace(fDisplay, fWindow->window());
@@ -210,11 +193,12 @@ void ViewerWindow::openWindow() {
     GLSession::startAhead(GLRoad::X11);
     if (!GLSession::hasWorkedAhead())
         waitForModel();
-    fGL = GLSession::forWindow(fOptions.glWatch());
+    fGL = GLSession::forWindow(fModels.options().glWatch());
     fDisplay = fGL->display();
     fLineHeight = lineHeightOn(fDisplay);
     try {
-        fWindow.emplace(fDisplay, titleOf(fOptions), fOptions.width, fOptions.height);
+        const Options& options = fModels.options();
+        fWindow.emplace(fDisplay, titleOf(options), options.width, options.height);
     } catch (const Failure&) {
         waitForModel();
         throw;
@@ -223,9 +207,9 @@ void ViewerWindow::openWindow() {
 
 /// Throws where it can't be read.
 void ViewerWindow::waitForModel() {
-    if (fOpening)
-        fOpening->take();
-    fOpening.reset();
+    if (fModels.opening())
+        fModels.take();
+    fModels.stop();
 }
 
 ViewerWindow::~ViewerWindow() {
@@ -237,94 +221,31 @@ ViewerWindow::~ViewerWindow() {
 
 // What is shown.
 
-/// The first of its models that can be read is shown first.
-void ViewerWindow::takeFolder(const std::string& folder) {
-    const std::vector<std::string> models = modelsIn(folder);
-    if (models.empty())
-        throw Failure(kExitNoInput,
-                      folder + ": no model lies in this folder; --list-formats lists what is read");
-    fOptions.models = {models.front()};
-    fLeftToTry = models.size() - 1;
-}
-
-void ViewerWindow::open(const Options& options) {
-    if (!fShown)
-        fProgress.begin(Progress::Stage::Read);
-    fSmoothAt.reset();
-    watch(options.models);
-    fOpening.emplace(options);
-    fChanged = true;
-}
-
-/// What has happened to those that were watched before isn't lost.
-void ViewerWindow::watch(const std::vector<std::string>& files) {
-    if (fWatch.takeChange())
-        fReloadAt = Clock::now() + kQuiet;
-    fWatch.watch(files);
-}
-
-/// By the same switches, but those that are about what a file holds.
-void ViewerWindow::openOthers(std::vector<std::string> models) {
-    Options options = fOptions;
-    options.models = std::move(models);
-    options.demo = false;
-    options.camera.reset();
-    options.variant.reset();
-    options.animation.reset();
-    options.time.reset();
-    options.eye.reset();
-    options.target.reset();
-    options.part.reset();
-    options.measure.reset();
-    options.clip.reset();
-    fIsReload = false;
-    open(options);
-}
-
-void ViewerWindow::reload() {
-    fReloadAt.reset();
-    if (fOptions.demo)
-        return;
-    fIsReload = true;
-    open(fOptions);
-}
-
-void ViewerWindow::finishOpening() {
-    const Options options = fOpening->options();
+void ViewerWindow::finishReading() {
+    const std::vector<std::string>& lines = fModels.opening()->lines();
     try {
-        Loaded loaded = fOpening->take();
+        Loaded loaded = fModels.take();
         fProgress.clear();
-        for (const std::string& line : fOpening->lines())
+        for (const std::string& line : lines)
             say(line);
-        show(options, std::move(loaded.scene));
-        fOptions = options;
-        fLeftToTry = 0;
-        fWindow->setTitle(titleOf(options));
-        watch(fShown->files());
-        if (!fOpening->lines().empty())
-            note(fOpening->lines().back());
+        show(fModels.opening()->options(), std::move(loaded.scene));
+        if (!lines.empty())
+            note(lines.back());
+        fModels.accept(fShown->files());
+        fWindow->setTitle(titleOf(fModels.options()));
     } catch (const Failure& failure) {
         fProgress.clear();
-        if (!fShown && fLeftToTry == 0)
+        if (!fModels.refuse() && !fShown)
             throw;
         say(failure.what());
         note(failure.what());
-        fOptions.models = options.models; // where the next file is looked for
     } catch (const Stopped&) {
+        fModels.stop();
         note("stopped");
         fQuit |= !fShown;
     }
-    fOpening.reset();
     fBusy = {};
     fChanged = true;
-    if (!fShown && !fQuit)
-        openNextOfFolder();
-}
-
-void ViewerWindow::openNextOfFolder() {
-    --fLeftToTry;
-    fOptions.models = {modelBeside(fOptions.models.front(), 1)};
-    open(fOptions);
 }
 
 void ViewerWindow::show(const Options& options, Scene&& scene) {
@@ -342,7 +263,7 @@ void ViewerWindow::show(const Options& options, Scene&& scene) {
         shown->drawn().dumpShaders(options.dumpShaders);
     if (fShown)
         shown->view().takeSwitches(fShown->view());
-    if (fShown && fIsReload) {
+    if (fShown && fModels.isReload()) {
         shown->view().look(fShown->view().navigation().viewpoint());
         shown->view().setClip(fShown->view().look().clip);
     }
@@ -386,9 +307,10 @@ void ViewerWindow::handleEvents() {
 void ViewerWindow::handle(XEvent& event) {
     if (fDrops->handle(event)) {
         if (std::vector<std::string> files = fDrops->take(); !files.empty())
-            openOthers(std::move(files));
+            fModels.openOthers(std::move(files));
+        fChanged = true;
     } else if (fWindow->isClose(event)) {
-        if (event.type == DestroyNotify && !fOptions.quiet)
+        if (event.type == DestroyNotify && !fModels.options().quiet)
             say("another program has destroyed the window");
         fQuit = true;
     } else if (fWindow->followResize(event)) {
@@ -462,18 +384,21 @@ void ViewerWindow::execute(Command command) {
         fQuit = true;
         break;
     case Command::Stop:
-        fQuit = !fOpening || !fShown;
-        if (fOpening)
+        fQuit = !fModels.opening() || !fShown;
+        if (fModels.opening())
             note("stopped");
-        fOpening.reset();
+        fModels.stop();
         fBusy = {};
         break;
     case Command::NextFile:
     case Command::PreviousFile:
-        openBeside(command == Command::NextFile ? 1 : -1);
+        if (!fModels.openBeside(command == Command::NextFile ? 1 : -1))
+            note("there is no folder to look for others in");
+        fChanged = true;
         break;
     case Command::Reload:
-        reload();
+        fModels.reload();
+        fChanged = true;
         break;
     default:
         if (fShown)
@@ -499,7 +424,7 @@ void ViewerWindow::executeOnScene(Command command) {
         moveOn(command);
         break;
     case Command::Clip:
-        if (!fOptions.canClip())
+        if (!fModels.options().canClip())
             return note("what Cg and shaders of your own draw can't be cut");
         fShown->clipNext();
         fChanged = true;
@@ -510,7 +435,7 @@ void ViewerWindow::executeOnScene(Command command) {
         executeOnScene(Command::Culling);
         break;
     default:
-        if (command == Command::Sky && !fOptions.hasSky())
+        if (command == Command::Sky && !fModels.options().hasSky())
             return note("there is no sky: --sky none");
         if (command == Command::Exposure && !isToneMapped(fShown->view().look()))
             return note("nothing is lit by shaders here: --exposure says how bright it is");
@@ -564,15 +489,6 @@ void ViewerWindow::click(int x, int y) {
     }
 }
 
-/// The file whose name comes before or behind. Of several files that are shown, or were to be, the first
-/// counts.
-void ViewerWindow::openBeside(int steps) {
-    if (fOptions.demo || fOptions.models.front() == "-")
-        return note("there is no folder to look for others in");
-    const std::string& from = (fOpening ? fOpening->options() : fOptions).models.front();
-    openOthers({modelBeside(from, steps)});
-}
-
 void ViewerWindow::screenshot() {
     const std::string path = screenshotPath(fShown->options());
     try {
@@ -581,7 +497,7 @@ void ViewerWindow::screenshot() {
         const auto picture =
             createPicture(path, PictureFormat::Png, look.width, look.height, developmentOf(look), workers);
         picture->open();
-        PictureRenderer renderer(look, fOptions.sampling, 1, workers);
+        PictureRenderer renderer(look, fModels.options().sampling, 1, workers);
         renderer.render(fShown->currentView(), fShown->drawn().content(), *picture);
         renderer.finish();
         picture->finish();
@@ -606,19 +522,19 @@ void ViewerWindow::run() {
         handleEvents();
         if (fQuit)
             break;
-        if (fOpening && fOpening->isDone()) {
-            finishOpening();
+        if (fModels.opening() && fModels.opening()->isDone()) {
+            finishReading();
         } else if (fShown && fShown->playback().plays()) {
             play();
         } else if (fChanged) {
             paint(1);
-            if (!fOpening)
+            if (!fModels.opening())
                 fSmoothAt = Clock::now() + kRest;
         } else {
             wait();
         }
     }
-    if (fOptions.stats && fFrames > 0)
+    if (fModels.options().stats && fFrames > 0)
         std::fprintf(stderr, "window: %zu frames, %.1f ms each, %.1f per second\n", fFrames,
                      fTotalMilliseconds / static_cast<double>(fFrames),
                      1000.0 * static_cast<double>(fFrames) / fTotalMilliseconds);
@@ -643,11 +559,11 @@ void ViewerWindow::wait() {
         if (due && (!next || *due < *next))
             next = due;
     };
-    if (fOpening) {
+    if (fModels.opening()) {
         wakeAt(fLastPainted + kProgressStep);
     } else {
         wakeAt(fSmoothAt);
-        wakeAt(fReloadAt);
+        wakeAt(fModels.reloadAt());
     }
     if (!sleepUntil(next))
         doWhatIsDue();
@@ -661,11 +577,11 @@ bool ViewerWindow::sleepUntil(std::optional<Clock::time_point> end) {
         milliseconds = static_cast<int>(std::max<decltype(left)>(left, 0));
     }
     std::array<pollfd, 3> ready{{{ConnectionNumber(fDisplay), POLLIN, 0},
-                                 {fWatch.descriptor(), POLLIN, 0},
-                                 {fOpening ? fOpening->descriptor() : -1, POLLIN, 0}}};
+                                 {fModels.changes(), POLLIN, 0},
+                                 {fModels.opening() ? fModels.opening()->descriptor() : -1, POLLIN, 0}}};
     const bool hasCome = poll(ready.data(), ready.size(), milliseconds) != 0;
-    if (hasCome && ready[1].revents != 0 && fWatch.takeChange())
-        fReloadAt = Clock::now() + kQuiet;
+    if (hasCome && ready[1].revents != 0)
+        fModels.noteChanges();
     return hasCome;
 }
 
@@ -681,14 +597,15 @@ void ViewerWindow::doWhatIsDue() {
         fMessage.clear();
         fSmoothAt = now;
     }
-    if (fOpening) {
-        const double fraction = fOpening->fraction();
+    if (const Opening* opening = fModels.opening()) {
+        const double fraction = opening->fraction();
         if (!fShown)
             fProgress.update(fraction);
         fChanged |= fBusy.what.empty() || fBusy.fraction != fraction;
-        fBusy = {"reading " + nameOf(fOpening->options()), fraction};
-    } else if (isDue(fReloadAt)) {
-        reload();
+        fBusy = {"reading " + nameOf(opening->options()), fraction};
+    } else if (fModels.reloadAt() && *fModels.reloadAt() <= now) {
+        fModels.reload();
+        fChanged = true;
     } else if (isDue(fSmoothAt) && !fShown->playback().plays()) {
         paint(supersampling(fShown->view().look()));
     }
@@ -727,7 +644,7 @@ void ViewerWindow::paintScene(int factor) {
 }
 
 void ViewerWindow::paintNothing() {
-    FrameLook look = lookOf(fOptions, Scene());
+    FrameLook look = lookOf(fModels.options(), Scene());
     look.width = fWindow->width();
     look.height = fWindow->height();
     fPainter->paintBare(look, [&](TextPainter& text) {
