@@ -4,6 +4,7 @@
 #include "objects/Connections.h"
 #include "objects/Handles.h"
 #include "objects/Names.h"
+#include "objects/Values.h"
 
 #include <algorithm>
 #include <cmath>
@@ -37,25 +38,6 @@ void addAnnotations(const std::vector<EffectVariable>& from, EffectObject& effec
         made.type = typeNamed(each.type);
         made.value = &each.value;
     }
-}
-
-/// A context's state of that name, made where it is new.
-EffectPart& stateNamed(ContextObject& context, const std::string& name) {
-    Parts& states = context.states;
-    EffectPart*& known = context.statesByName[name];
-    if (known)
-        return *known;
-    states.push_back(std::make_unique<EffectPart>());
-    EffectPart& made = *states.back();
-    made.kind = EffectPart::Kind::State;
-    made.context = &context;
-    made.name = name;
-    made.handle = reinterpret_cast<uintptr_t>(makeHandle<CGstate>());
-    global().effectParts.emplace(made.handle, &made);
-    if (states.size() > 1)
-        states[states.size() - 2]->next = &made;
-    known = &made;
-    return made;
 }
 
 void addTechniques(EffectObject& effect) {
@@ -138,7 +120,25 @@ void addParameters(EffectObject& effect) {
 
 } // namespace
 
-std::vector<double> numbersOf(const EffectValue& value) {
+EffectPart& stateNamed(ContextObject& context, const std::string& name) {
+    Parts& states = context.states;
+    EffectPart*& known = context.statesByName[name];
+    if (known)
+        return *known;
+    states.push_back(std::make_unique<EffectPart>());
+    EffectPart& made = *states.back();
+    made.kind = EffectPart::Kind::State;
+    made.context = &context;
+    made.name = name;
+    made.handle = reinterpret_cast<uintptr_t>(makeHandle<CGstate>());
+    global().effectParts.emplace(made.handle, &made);
+    if (states.size() > 1)
+        states[states.size() - 2]->next = &made;
+    known = &made;
+    return made;
+}
+
+std::vector<double> numbersOf(const EffectValue& value, const std::map<std::string, int>& names) {
     using Kind = EffectValue::Kind;
     if (value.kind == Kind::Number)
         return {value.number};
@@ -146,17 +146,22 @@ std::vector<double> numbersOf(const EffectValue& value) {
         return {1.0};
     if (value.kind == Kind::Name && (value.text == "false" || value.text == "FALSE"))
         return {0.0};
+    if (value.kind == Kind::Name)
+        if (const auto found = names.find(value.text); found != names.end())
+            return {static_cast<double>(found->second)};
     if (value.kind == Kind::Operation && value.parts.size() == 1) {
-        std::vector<double> numbers = numbersOf(value.parts[0]);
+        std::vector<double> numbers = numbersOf(value.parts[0], names);
         for (double& number : numbers)
             number = value.text == "-" ? -number : (value.text == "!" ? number == 0.0 : number);
         return value.text == "~" ? std::vector<double>() : numbers;
     }
     if (value.kind == Kind::Operation) {
-        const std::vector<double> a = numbersOf(value.parts[0]);
-        const std::vector<double> b = numbersOf(value.parts[1]);
+        const std::vector<double> a = numbersOf(value.parts[0], names);
+        const std::vector<double> b = numbersOf(value.parts[1], names);
         if (a.size() != 1 || b.size() != 1)
             return {};
+        if (value.text == "|")
+            return {static_cast<double>(numberFrom<int>(a[0]) | numberFrom<int>(b[0]))};
         if (value.text == "+")
             return {a[0] + b[0]};
         if (value.text == "-")
@@ -172,7 +177,7 @@ std::vector<double> numbersOf(const EffectValue& value) {
         return {};
     std::vector<double> numbers;
     for (const EffectValue& part : value.parts) {
-        const std::vector<double> own = numbersOf(part);
+        const std::vector<double> own = numbersOf(part, names);
         if (own.empty())
             return {};
         numbers.insert(numbers.end(), own.begin(), own.end());
