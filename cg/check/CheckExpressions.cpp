@@ -86,16 +86,30 @@ void Checker::checkOwner(ExpressionPtr& e) {
     check(e);
 }
 
-/// Takes note of what of a variable is used: members down to the first element of an array.
-void Checker::noteUse(const Expression& e) {
+/// Takes note of what of a variable is used: members down to the first element of an array. Of what a
+/// function is given, that is what the function uses of its parameter.
+void Checker::noteUse(const Expression& e, const Variable* parameter) {
     using Kind = Expression::Kind;
     std::string path;
     const Expression* root = &e;
-    for (; root->kind == Kind::Member || root->kind == Kind::Index || root->kind == Kind::Swizzle;
-         root = root->operands[0].get())
+    bool isWhole = parameter != nullptr;
+    for (; root->kind == Kind::Member || root->kind == Kind::Index || root->kind == Kind::Swizzle ||
+           root->kind == Kind::Convert;
+         root = root->operands[0].get()) {
+        isWhole = isWhole && root->kind == Kind::Member;
         path = root->kind == Kind::Member ? joined({".", root->text, path}) : std::string();
-    if (root->kind == Kind::Name)
-        root->variable->partsUsed.insert(path);
+    }
+    if (root->kind != Kind::Name)
+        return;
+    std::set<std::string>& used = root->variable->partsUsed;
+    constexpr size_t kMostParts = 32; // to be told apart at each call
+    if (!isWhole || !parameter->type->isStruct() || parameter->direction != Direction::In ||
+        parameter->partsUsed.size() > kMostParts) {
+        used.insert(path);
+        return;
+    }
+    for (const std::string& part : parameter->partsUsed)
+        used.insert(path + part);
 }
 
 void Checker::checkName(Expression& e) {
@@ -355,7 +369,13 @@ void Checker::checkCall(ExpressionPtr& e) {
     if (e->constructs)
         return checkConstruct(e);
     for (ExpressionPtr& operand : e->operands)
-        check(operand);
+        checkOwner(operand);
+    resolveCall(e);
+    for (size_t i = 0; i < e->operands.size(); ++i)
+        noteUse(*e->operands[i], e->function ? e->function->parameters[i].get() : nullptr);
+}
+
+void Checker::resolveCall(ExpressionPtr& e) {
     if (e->isMethod)
         return checkMethodCall(*e);
     if (fFunction && fFunction->owner && hasMethod(fFunction->owner, e->text)) {

@@ -45,9 +45,10 @@ private:
     void checkMember(ExpressionPtr& e);
     /// Checks what a member or an element is picked of: of that, only the pick is used.
     void checkOwner(ExpressionPtr& e);
-    static void noteUse(const Expression& e);
+    static void noteUse(const Expression& e, const Variable* parameter = nullptr);
     bool checkState(ExpressionPtr& e);
     void checkCall(ExpressionPtr& e);
+    void resolveCall(ExpressionPtr& e);
     void checkUserCall(Expression& e, const std::vector<Function*>& candidates);
     void checkMethodCall(Expression& e);
     static bool hasMethod(const Type* type, std::string_view name);

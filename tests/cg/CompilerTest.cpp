@@ -240,6 +240,19 @@ TEST(Compiler, tellsOfItsParameters) {
                                     "//var float2 scale[1] :  : scale[1] : -1 : 1\n"
                                     "//var float4 main : $vout.COLOR : COL0 : -1 : 1\n"
                                     "#version 130\n"));
+    // What only a function's parameter has, and nobody reads.
+    const Result second = compiled(
+        "struct I { float2 t; uniform float k; float2 u : TEXCOORD3; }; float g(I i) { return i.k; } float "
+        "h(I i) { "
+        "return g(i) + i.u.x; } float4 main(I a, I b, float2 c) : COLOR { return g(a) + h(b) + c.x; }");
+    ASSERT_NE(second.program, nullptr) << second.listing;
+    EXPECT_THAT(second.program->glsl, testing::StartsWith("//var float a.k :  : a_k : 0 : 1\n"
+                                                          "//var float2 a.t :  :  : 0 : 0\n"
+                                                          "//var float2 a.u : $vin.TEXCOORD3 :  : 0 : 0\n"
+                                                          "//var float b.k :  : b_k : 1 : 1\n"
+                                                          "//var float2 b.t : $vin.TEX0 : TEX0 : 1 : 0\n"
+                                                          "//var float2 b.u : $vin.TEXCOORD3 : TEX3 : 1 : 1\n"
+                                                          "//var float2 c : $vin.TEX1 : TEX1 : 2 : 1\n"));
 }
 
 TEST(Compiler, worksOutWhatUniformsAreUnlessTheyAreSet) {
