@@ -83,6 +83,7 @@ private:
     size_t fCopied = 0; ///< tokens
     Function* fFunction = nullptr;
     bool fIsOwner = false; ///< what is checked next is one
+    bool fReturns = false; ///< the function somewhere
     int fLoops = 0;
     int fSwitches = 0;
     int fDepth = 0;

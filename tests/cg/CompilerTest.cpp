@@ -157,6 +157,8 @@ TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
                 HasSubstr("state.matrix.mvp is float4x4, not float4"));
     EXPECT_THAT(compiled("float4 main(); float g() { return 1; } float4 f() { return 1; }").listing,
                 HasSubstr("no function 'main' with a body to begin with; there are 'g', 'f'\n"));
+    EXPECT_THAT(compiled("float4 main() : COLOR { }").listing,
+                HasSubstr("1:8: error: the function 'main' gives back float4, and has no 'return'"));
     EXPECT_THAT(compiled("TRIANGLE void main(AttribArray<float4> p : POSITION) { }").listing,
                 HasSubstr("1:1: error: geometry programs are not supported"));
     EXPECT_THAT(
