@@ -359,6 +359,9 @@ std::string GlslWriter::entryArguments(Function& entry, std::vector<Bindings>& b
             bindings[i] = {{"", parameter.name}};
         std::string argument;
         if (parameter.isUniform || isAllUniform(parameter.type)) {
+            if (parameter.direction != Direction::In)
+                fDiagnostics.fail(parameter.at, "the parameter " + inQuotes(parameter.name) +
+                                                    " can't be uniform and go out of the program");
             addParameter(parameter);
             argument = fNames[&parameter];
         } else {

@@ -159,6 +159,8 @@ TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
                 HasSubstr("no function 'main' with a body to begin with; there are 'g', 'f'\n"));
     EXPECT_THAT(compiled("float4 main() : COLOR { }").listing,
                 HasSubstr("1:8: error: the function 'main' gives back float4, and has no 'return'"));
+    EXPECT_THAT(compiled("float4 main(inout uniform float x) : COLOR { return x; }").listing,
+                HasSubstr("'x' can't be uniform and go out of the program"));
     EXPECT_THAT(compiled("TRIANGLE void main(AttribArray<float4> p : POSITION) { }").listing,
                 HasSubstr("1:1: error: geometry programs are not supported"));
     EXPECT_THAT(
