@@ -139,9 +139,15 @@ void Checker::checkName(Expression& e) {
     e.isAssignable = !e.variable->isConst;
 }
 
+void Checker::failOfMatrices(const Expression& e) const {
+    fail(e, "there is no " + inQuotes(e.text) + " of matrices; take their rows");
+}
+
 void Checker::checkUnary(Expression& e) {
     ExpressionPtr& operand = e.operands[0];
     wantNumbers(*operand, "an operand");
+    if (operand->type->isMatrix() && (e.text == "!" || e.text == "~"))
+        failOfMatrices(e);
     if (e.text == "!") {
         cast(operand, fTypes.withScalar(operand->type, Scalar::Bool));
     } else if (e.text == "~") {
@@ -168,6 +174,8 @@ void Checker::checkBinary(ExpressionPtr& e) {
     for (const ExpressionPtr& operand : e->operands)
         wantNumbers(*operand, "an operand");
     const Type* type = common(*e, e->operands[0]->type, e->operands[1]->type);
+    if (type->isMatrix() && isBitOperation(e->text))
+        failOfMatrices(*e);
     if (e->text == "&&" || e->text == "||")
         type = fTypes.withScalar(type, Scalar::Bool);
     else if (isBitOperation(e->text) && !(e->text == "%" && type->scalar > Scalar::Int))
@@ -197,6 +205,8 @@ void Checker::checkAssignment(Expression& e) {
     wantNumbers(*e.operands[0], "what is assigned to");
     wantNumbers(*e.operands[1], "an operand");
     const Type* type = fTypes.withScalar(to, wider(to->scalar, e.operands[1]->type->scalar));
+    if (type->isMatrix() && isBitOperation(e.text.substr(0, e.text.size() - 1)))
+        failOfMatrices(e);
     if (isBitOperation(e.text.substr(0, e.text.size() - 1)) &&
         !(e.text == "%=" && type->scalar > Scalar::Int))
         type = fTypes.withScalar(to, Scalar::Int);

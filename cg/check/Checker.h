@@ -37,6 +37,7 @@ private:
 
     void check(ExpressionPtr& expression);
     void checkName(Expression& e);
+    [[noreturn]] void failOfMatrices(const Expression& e) const;
     void checkUnary(Expression& e);
     void checkBinary(ExpressionPtr& e);
     void checkAssignment(Expression& e);
