@@ -86,16 +86,30 @@ void Checker::checkOwner(ExpressionPtr& e) {
     check(e);
 }
 
-/// Takes note of what of a variable is used: members down to the first element of an array.
-void Checker::noteUse(const Expression& e) {
+/// Takes note of what of a variable is used: members down to the first element of an array. Of what a
+/// function is given, that is what the function uses of its parameter.
+void Checker::noteUse(const Expression& e, const Variable* parameter) {
     using Kind = Expression::Kind;
     std::string path;
     const Expression* root = &e;
-    for (; root->kind == Kind::Member || root->kind == Kind::Index || root->kind == Kind::Swizzle;
-         root = root->operands[0].get())
+    bool isWhole = parameter != nullptr;
+    for (; root->kind == Kind::Member || root->kind == Kind::Index || root->kind == Kind::Swizzle ||
+           root->kind == Kind::Convert;
+         root = root->operands[0].get()) {
+        isWhole = isWhole && root->kind == Kind::Member;
         path = root->kind == Kind::Member ? joined({".", root->text, path}) : std::string();
-    if (root->kind == Kind::Name)
-        root->variable->partsUsed.insert(path);
+    }
+    if (root->kind != Kind::Name)
+        return;
+    std::set<std::string>& used = root->variable->partsUsed;
+    constexpr size_t kMostParts = 32; // to be told apart at each call
+    if (!isWhole || !parameter->type->isStruct() || parameter->direction != Direction::In ||
+        parameter->partsUsed.size() > kMostParts) {
+        used.insert(path);
+        return;
+    }
+    for (const std::string& part : parameter->partsUsed)
+        used.insert(path + part);
 }
 
 void Checker::checkName(Expression& e) {
@@ -125,9 +139,15 @@ void Checker::checkName(Expression& e) {
     e.isAssignable = !e.variable->isConst;
 }
 
+void Checker::failOfMatrices(const Expression& e) const {
+    fail(e, "there is no " + inQuotes(e.text) + " of matrices; take their rows");
+}
+
 void Checker::checkUnary(Expression& e) {
     ExpressionPtr& operand = e.operands[0];
     wantNumbers(*operand, "an operand");
+    if (operand->type->isMatrix() && (e.text == "!" || e.text == "~"))
+        failOfMatrices(e);
     if (e.text == "!") {
         cast(operand, fTypes.withScalar(operand->type, Scalar::Bool));
     } else if (e.text == "~") {
@@ -154,6 +174,8 @@ void Checker::checkBinary(ExpressionPtr& e) {
     for (const ExpressionPtr& operand : e->operands)
         wantNumbers(*operand, "an operand");
     const Type* type = common(*e, e->operands[0]->type, e->operands[1]->type);
+    if (type->isMatrix() && isBitOperation(e->text))
+        failOfMatrices(*e);
     if (e->text == "&&" || e->text == "||")
         type = fTypes.withScalar(type, Scalar::Bool);
     else if (isBitOperation(e->text) && !(e->text == "%" && type->scalar > Scalar::Int))
@@ -183,6 +205,8 @@ void Checker::checkAssignment(Expression& e) {
     wantNumbers(*e.operands[0], "what is assigned to");
     wantNumbers(*e.operands[1], "an operand");
     const Type* type = fTypes.withScalar(to, wider(to->scalar, e.operands[1]->type->scalar));
+    if (type->isMatrix() && isBitOperation(e.text.substr(0, e.text.size() - 1)))
+        failOfMatrices(e);
     if (isBitOperation(e.text.substr(0, e.text.size() - 1)) &&
         !(e.text == "%=" && type->scalar > Scalar::Int))
         type = fTypes.withScalar(to, Scalar::Int);
@@ -355,7 +379,13 @@ void Checker::checkCall(ExpressionPtr& e) {
     if (e->constructs)
         return checkConstruct(e);
     for (ExpressionPtr& operand : e->operands)
-        check(operand);
+        checkOwner(operand);
+    resolveCall(e);
+    for (size_t i = 0; i < e->operands.size(); ++i)
+        noteUse(*e->operands[i], e->function ? e->function->parameters[i].get() : nullptr);
+}
+
+void Checker::resolveCall(ExpressionPtr& e) {
     if (e->isMethod)
         return checkMethodCall(*e);
     if (fFunction && fFunction->owner && hasMethod(fFunction->owner, e->text)) {

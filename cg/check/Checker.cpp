@@ -71,6 +71,7 @@ void Checker::checkFunction(Function& function) {
         function.origin->isBeingChecked = true;
     Function* const caller = std::exchange(fFunction, &function);
     std::vector<Scope> callersScopes = std::exchange(fScopes, {Scope()});
+    const bool callerReturns = fReturns;
     const int callersLoops = std::exchange(fLoops, 0);
     const int callersSwitches = std::exchange(fSwitches, 0);
     for (const std::unique_ptr<Variable>& parameter : function.parameters) {
@@ -84,8 +85,13 @@ void Checker::checkFunction(Function& function) {
             fScopes = own;
         }
     }
+    fReturns = false;
     checkStatement(*function.body);
+    if (!fReturns && function.returns->kind != Type::Kind::Void)
+        fDiagnostics.fail(function.at, joined({"the function ", inQuotes(function.name), " gives back ",
+                                               nameOf(function.returns), ", and has no 'return'"}));
     fScopes = std::move(callersScopes);
+    fReturns = callerReturns;
     fLoops = callersLoops;
     fSwitches = callersSwitches;
     fFunction = caller;
@@ -283,6 +289,7 @@ void Checker::checkDiscard(Statement& s) {
 
 void Checker::checkReturn(Statement& s) {
     const Type* returns = fFunction->returns;
+    fReturns = true;
     if (!s.condition) {
         if (returns->kind != Type::Kind::Void)
             fDiagnostics.fail(s.at, "'return' needs a value here: " + inQuotes(fFunction->name) +

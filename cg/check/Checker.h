@@ -37,6 +37,7 @@ private:
 
     void check(ExpressionPtr& expression);
     void checkName(Expression& e);
+    [[noreturn]] void failOfMatrices(const Expression& e) const;
     void checkUnary(Expression& e);
     void checkBinary(ExpressionPtr& e);
     void checkAssignment(Expression& e);
@@ -45,9 +46,10 @@ private:
     void checkMember(ExpressionPtr& e);
     /// Checks what a member or an element is picked of: of that, only the pick is used.
     void checkOwner(ExpressionPtr& e);
-    static void noteUse(const Expression& e);
+    static void noteUse(const Expression& e, const Variable* parameter = nullptr);
     bool checkState(ExpressionPtr& e);
     void checkCall(ExpressionPtr& e);
+    void resolveCall(ExpressionPtr& e);
     void checkUserCall(Expression& e, const std::vector<Function*>& candidates);
     void checkMethodCall(Expression& e);
     static bool hasMethod(const Type* type, std::string_view name);
@@ -82,6 +84,7 @@ private:
     size_t fCopied = 0; ///< tokens
     Function* fFunction = nullptr;
     bool fIsOwner = false; ///< what is checked next is one
+    bool fReturns = false; ///< the function somewhere
     int fLoops = 0;
     int fSwitches = 0;
     int fDepth = 0;

@@ -359,6 +359,9 @@ std::string GlslWriter::entryArguments(Function& entry, std::vector<Bindings>& b
             bindings[i] = {{"", parameter.name}};
         std::string argument;
         if (parameter.isUniform || isAllUniform(parameter.type)) {
+            if (parameter.direction != Direction::In)
+                fDiagnostics.fail(parameter.at, "the parameter " + inQuotes(parameter.name) +
+                                                    " can't be uniform and go out of the program");
             addParameter(parameter);
             argument = fNames[&parameter];
         } else {
@@ -432,11 +435,11 @@ std::string GlslWriter::variableList() const {
         return semantic;
     };
     const auto addVaryings = [&](const std::vector<VaryingLeaf>& leaves, int number) {
-        for (const VaryingLeaf& leaf : leaves)
-            add(leaf.type, leaf.path,
-                (leaf.isOutput ? "$vout." : "$vin.") +
-                    inCapitals(leaf.semantic.empty() ? leaf.resource : leaf.semantic),
-                leaf.resource, number, leaf.isUsed);
+        for (const VaryingLeaf& leaf : leaves) {
+            const std::string semantic = inCapitals(leaf.semantic.empty() ? leaf.resource : leaf.semantic);
+            const char* start = semantic.empty() ? "" : leaf.isOutput ? "$vout." : "$vin.";
+            add(leaf.type, leaf.path, start + semantic, leaf.resource, number, leaf.isUsed);
+        }
     };
     int next = 0;
     for (const Parameter& parameter : fOut.parameters) {

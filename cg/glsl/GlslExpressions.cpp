@@ -39,6 +39,10 @@ std::string GlslWriter::convert(const std::string& text, const Type* from, const
     if (isGlslMatrix(from)) {
         if (width(to) == 1)
             return typeName(fOut.program->types.scalar(to->scalar)) + "(" + text + "[0][0])";
+        if (to->isMatrix()) { // its first row or column
+            const std::string cut = to->rows == 1 ? text + "[0]" : "transpose(" + text + ")[0]";
+            return name + "(" + cut + ")";
+        }
         const std::string flat = helper("cg_flat", "mat2") + "(" + text + ")";
         return name == "vec4" ? flat : name + "(" + flat + ")";
     }

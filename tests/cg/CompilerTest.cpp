@@ -65,6 +65,9 @@ TEST(Compiler, refusesWhatHasTheWrongType) {
         {"float x; x[0] = 1;", "has no elements"},
         {"float x = v + m;", "mul(...)"},
         {"float3x3 n; float x = n * m2 == 1;", "compare"},
+        {"m2 = ~m2;", "there is no '~' of matrices"},
+        {"m2 = m2 & m2;", "there is no '&' of matrices"},
+        {"m2 %= 2;", "there is no '%=' of matrices"},
         {"float x = t + 1;", "has to be numbers, and is S"},
         {"float x = -s;", "has to be numbers"},
         {"bool b; b++;", "a bool can't be counted"},
@@ -157,6 +160,10 @@ TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
                 HasSubstr("state.matrix.mvp is float4x4, not float4"));
     EXPECT_THAT(compiled("float4 main(); float g() { return 1; } float4 f() { return 1; }").listing,
                 HasSubstr("no function 'main' with a body to begin with; there are 'g', 'f'\n"));
+    EXPECT_THAT(compiled("float4 main() : COLOR { }").listing,
+                HasSubstr("1:8: error: the function 'main' gives back float4, and has no 'return'"));
+    EXPECT_THAT(compiled("float4 main(inout uniform float x) : COLOR { return x; }").listing,
+                HasSubstr("'x' can't be uniform and go out of the program"));
     EXPECT_THAT(compiled("TRIANGLE void main(AttribArray<float4> p : POSITION) { }").listing,
                 HasSubstr("1:1: error: geometry programs are not supported"));
     EXPECT_THAT(
@@ -240,6 +247,19 @@ TEST(Compiler, tellsOfItsParameters) {
                                     "//var float2 scale[1] :  : scale[1] : -1 : 1\n"
                                     "//var float4 main : $vout.COLOR : COL0 : -1 : 1\n"
                                     "#version 130\n"));
+    // What only a function's parameter has, and nobody reads.
+    const Result second = compiled(
+        "struct I { float2 t; uniform float k; float2 u : TEXCOORD3; }; float g(I i) { return i.k; } float "
+        "h(I i) { "
+        "return g(i) + i.u.x; } float4 main(I a, I b, float2 c) : COLOR { return g(a) + h(b) + c.x; }");
+    ASSERT_NE(second.program, nullptr) << second.listing;
+    EXPECT_THAT(second.program->glsl, testing::StartsWith("//var float a.k :  : a_k : 0 : 1\n"
+                                                          "//var float2 a.t :  :  : 0 : 0\n"
+                                                          "//var float2 a.u : $vin.TEXCOORD3 :  : 0 : 0\n"
+                                                          "//var float b.k :  : b_k : 1 : 1\n"
+                                                          "//var float2 b.t : $vin.TEX0 : TEX0 : 1 : 0\n"
+                                                          "//var float2 b.u : $vin.TEXCOORD3 : TEX3 : 1 : 1\n"
+                                                          "//var float2 c : $vin.TEX1 : TEX1 : 2 : 1\n"));
 }
 
 TEST(Compiler, worksOutWhatUniformsAreUnlessTheyAreSet) {

@@ -253,6 +253,8 @@ TEST_F(DriverCg, matrices) {
             {"int i = uv.x * 8; return m[i] + float4(m[i][i] * 0, 0, 0, 0);", {0.9, 1, 0, 0.15}},
             {"float4x4 a = m; a[0].yz = 1; return a[0];", {0.1, 1, 1, 0.4}},
             {"float4x4 w[2] = {m, transpose(m)}; return w[1][0];", {0.1, 0.5, 0.9, 0.25}},
+            {"float1x3 a = m; float3x1 b = m; return float4(a[0].yz, b[1][0], b[2][0]);",
+             {0.2, 0.3, 0.5, 0.9}},
         },
         given, ", uniform float4x4 m, uniform float3x3 n");
 }
