@@ -52,7 +52,7 @@ void addTechniques(EffectObject& effect) {
                 EffectPart& assignment = add(own.parts, Kind::Assignment, effect, &own, state.name);
                 assignment.value = &state.value;
                 assignment.index = state.index;
-                assignment.state = &stateNamed(*effect.context, state.name);
+                assignment.state = &stateNamed(*effect.context, state.name, false);
             }
         }
     }
@@ -115,14 +115,23 @@ void addParameters(EffectObject& effect) {
         effect.strings.push_back(variable.value.kind == EffectValue::Kind::Text ? variable.value.text : "");
         effect.parameterAnnotations.emplace_back();
         addAnnotations(variable.annotations, effect, nullptr, effect.parameterAnnotations.back());
+        effect.samplerStates.emplace_back();
+        for (const EffectState& state : variable.value.states) {
+            EffectPart& assignment =
+                add(effect.samplerStates.back(), EffectPart::Kind::Assignment, effect, nullptr, state.name);
+            assignment.value = &state.value;
+            assignment.index = state.index;
+            assignment.sampler = made.handle;
+            assignment.state = &stateNamed(*effect.context, state.name, true);
+        }
     }
 }
 
 } // namespace
 
-EffectPart& stateNamed(ContextObject& context, const std::string& name) {
-    Parts& states = context.states;
-    EffectPart*& known = context.statesByName[name];
+EffectPart& stateNamed(ContextObject& context, const std::string& name, bool isOfSamplers) {
+    Parts& states = context.states[isOfSamplers];
+    EffectPart*& known = context.statesByName[isOfSamplers][name];
     if (known)
         return *known;
     states.push_back(std::make_unique<EffectPart>());
@@ -228,9 +237,10 @@ void forget(const EffectPart& part) {
 
 void forget(EffectObject& effect) {
     forget(static_cast<const EffectPart&>(effect));
-    for (const auto& annotations : effect.parameterAnnotations)
-        for (const std::unique_ptr<EffectPart>& each : annotations)
-            forget(*each);
+    for (const auto* lists : {&effect.parameterAnnotations, &effect.samplerStates})
+        for (const Parts& parts : *lists)
+            for (const std::unique_ptr<EffectPart>& each : parts)
+                forget(*each);
     for (const std::unique_ptr<ParameterObject>& parameter : effect.parameters)
         forget(*parameter);
 }

@@ -30,6 +30,7 @@ struct EffectPart {
     EffectPart* state = nullptr;        ///< of an assignment
     CGtype type = CG_UNKNOWN_TYPE;      ///< of an annotation, or of a state that somebody knows
     CGprogram program = nullptr;        ///< that an assignment was compiled to
+    CGparameter sampler = nullptr;      ///< that an assignment is of
 
     // Of a state.
     CGstatecallback set = nullptr;
@@ -52,6 +53,7 @@ struct EffectObject : EffectPart {
     std::unique_ptr<Effect> syntax;
     ParameterList parameters; ///< of numbers, samplers, textures and strings
     std::vector<std::vector<std::unique_ptr<EffectPart>>> parameterAnnotations; ///< by the parameter's place
+    std::vector<std::vector<std::unique_ptr<EffectPart>>> samplerStates;        ///< assignments, by the same
     std::vector<std::string> strings;                                           ///< values, by the same
 };
 
@@ -66,7 +68,7 @@ void forget(const EffectPart& part);
 void forget(EffectObject& effect);
 
 /// A context's state of that name, made where it is new.
-EffectPart& stateNamed(ContextObject& context, const std::string& name);
+EffectPart& stateNamed(ContextObject& context, const std::string& name, bool isOfSamplers);
 
 /// The numbers of a value that needs no parameter to be known, true, false and constants by name among them;
 /// else none.

@@ -175,6 +175,32 @@ bool callAll(const std::vector<const EffectPart*>& passes, CGstatecallback Effec
     return isRight;
 }
 
+CGstate createState(CGcontext handle, const char* name, CGtype type, bool isOfSamplers) {
+    ContextObject* context = find(handle);
+    if (!context)
+        return nullptr;
+    if (!name || nameOf(type).empty()) {
+        raise(name ? CG_INVALID_PARAMETER_TYPE_ERROR : CG_INVALID_POINTER_ERROR);
+        return nullptr;
+    }
+    return guarded<CGstate>(nullptr, [&]() -> CGstate {
+        EffectPart& state = stateNamed(*context, name, isOfSamplers);
+        if (state.type != CG_UNKNOWN_TYPE) {
+            raise(CG_DUPLICATE_NAME_ERROR);
+            return nullptr;
+        }
+        state.type = type;
+        return handleOfPart<CGstate>(&state);
+    });
+}
+
+/// The assignments that an effect's sampler is written with; an empty list for another parameter.
+const Parts& samplerStatesOf(CGparameter handle) {
+    static const Parts none;
+    const ParameterObject* p = find(handle);
+    return p && p->effect ? p->effect->samplerStates[p->place] : none;
+}
+
 CGbool call(CGstateassignment handle, CGstatecallback EffectPart::*callback) {
     const EffectPart* part = findPart(handle, PartKind::Assignment);
     const CGstatecallback function = part ? part->state->*callback : nullptr;
@@ -352,7 +378,7 @@ CGstate cgGetStateAssignmentState(CGstateassignment handle) {
 
 CGstate cgGetFirstState(CGcontext handle) {
     const ContextObject* context = find(handle);
-    return context ? handleOfPart<CGstate>(firstPart(context->states)) : nullptr;
+    return context ? handleOfPart<CGstate>(firstPart(context->states[0])) : nullptr;
 }
 
 CGstate cgGetNextState(CGstate handle) {
@@ -362,7 +388,7 @@ CGstate cgGetNextState(CGstate handle) {
 
 CGstate cgGetNamedState(CGcontext handle, const char* name) {
     const ContextObject* context = find(handle);
-    return context ? handleOfPart<CGstate>(namedPart(context->states, name)) : nullptr;
+    return context ? handleOfPart<CGstate>(namedPart(context->states[0], name)) : nullptr;
 }
 
 CGbool cgIsState(CGstate state) {
@@ -422,6 +448,32 @@ CGprogram cgGetProgramStateAssignmentValue(CGstateassignment handle) {
             giveArguments(*part->effect, *find(part->program), value.parts);
         return part->program;
     });
+}
+
+CGparameter cgGetTextureStateAssignmentValue(CGstateassignment handle) {
+    const EffectPart* part = findPart(handle, PartKind::Assignment);
+    if (!part)
+        return nullptr;
+    return guarded<CGparameter>(nullptr, [&] {
+        return cgGetNamedEffectParameter(handleOfPart<CGeffect>(part->effect), textOf(*part->value).c_str());
+    });
+}
+
+CGstateassignment cgGetFirstSamplerStateAssignment(CGparameter sampler) {
+    return handleOfPart<CGstateassignment>(firstPart(samplerStatesOf(sampler)));
+}
+
+CGstateassignment cgGetNamedSamplerStateAssignment(CGparameter sampler, const char* name) {
+    return handleOfPart<CGstateassignment>(namedPart(samplerStatesOf(sampler), name));
+}
+
+CGstate cgGetSamplerStateAssignmentState(CGstateassignment assignment) {
+    return cgGetStateAssignmentState(assignment);
+}
+
+CGparameter cgGetSamplerStateAssignmentParameter(CGstateassignment handle) {
+    const EffectPart* part = findPart(handle, PartKind::Assignment);
+    return part ? part->sampler : nullptr;
 }
 
 // Annotations.
@@ -491,23 +543,12 @@ const char* cgGetStringAnnotationValue(CGannotation handle) {
 
 // States of the caller's.
 
-CGstate cgCreateState(CGcontext handle, const char* name, CGtype type) {
-    ContextObject* context = find(handle);
-    if (!context)
-        return nullptr;
-    if (!name || nameOf(type).empty()) {
-        raise(name ? CG_INVALID_PARAMETER_TYPE_ERROR : CG_INVALID_POINTER_ERROR);
-        return nullptr;
-    }
-    return guarded<CGstate>(nullptr, [&]() -> CGstate {
-        EffectPart& state = stateNamed(*context, name);
-        if (state.type != CG_UNKNOWN_TYPE) {
-            raise(CG_DUPLICATE_NAME_ERROR);
-            return nullptr;
-        }
-        state.type = type;
-        return handleOfPart<CGstate>(&state);
-    });
+CGstate cgCreateState(CGcontext context, const char* name, CGtype type) {
+    return createState(context, name, type, false);
+}
+
+CGstate cgCreateSamplerState(CGcontext context, const char* name, CGtype type) {
+    return createState(context, name, type, true);
 }
 
 CGtype cgGetStateType(CGstate handle) {

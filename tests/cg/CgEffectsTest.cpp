@@ -99,6 +99,15 @@ TEST_F(CgEffects, tellWhatTheyAreMadeOf) {
     EXPECT_EQ(cgGetStateAssignmentState(cgGetFirstStateAssignment(cgGetNextPass(pass))), depth);
     EXPECT_STREQ(cgGetStateName(cgGetNextState(cgGetFirstState(fContext))), "BlendFunc");
 
+    const CGstateassignment texture = cgGetFirstSamplerStateAssignment(parameter("s"));
+    EXPECT_EQ(cgGetTextureStateAssignmentValue(texture), parameter("map"));
+    EXPECT_EQ(cgGetSamplerStateAssignmentParameter(texture), parameter("s"));
+    EXPECT_EQ(cgGetNamedSamplerStateAssignment(parameter("s"), "Texture"), texture);
+    EXPECT_STREQ(cgGetStateName(cgGetSamplerStateAssignmentState(texture)), "Texture");
+    EXPECT_EQ(cgCreateSamplerState(fContext, "Texture", CG_TEXTURE),
+              cgGetSamplerStateAssignmentState(texture));
+    EXPECT_EQ(cgGetNamedState(fContext, "Texture"), nullptr) << "those of passes are others";
+    EXPECT_EQ(cgGetFirstSamplerStateAssignment(parameter("tint")), nullptr);
     std::vector<std::string> names;
     for (CGparameter p = cgGetFirstEffectParameter(fEffect); p; p = cgGetNextParameter(p))
         names.emplace_back(cgGetParameterName(p));

@@ -325,9 +325,19 @@ const char* cgGetStringStateAssignmentValue(CGstateassignment assignment);
 // The program of "compile arbvp1 main(tint, 2)", compiled when this is called first.
 CGprogram cgGetProgramStateAssignmentValue(CGstateassignment assignment);
 
+// The parameter that a value names.
+CGparameter cgGetTextureStateAssignmentValue(CGstateassignment assignment);
+
+// The states that a sampler is written with, "sampler_state { MinFilter = Linear; }".
+CGstateassignment cgGetFirstSamplerStateAssignment(CGparameter sampler);
+CGstateassignment cgGetNamedSamplerStateAssignment(CGparameter sampler, const char* name);
+CGstate cgGetSamplerStateAssignmentState(CGstateassignment assignment);
+CGparameter cgGetSamplerStateAssignmentParameter(CGstateassignment assignment);
+
 // States of the caller's, by the names that effects use: what sets one, sets it back, and says whether its
 // value can be. Nobody else knows any. Constants by name are numbers of its assignments then.
 CGstate cgCreateState(CGcontext context, const char* name, CGtype type);
+CGstate cgCreateSamplerState(CGcontext context, const char* name, CGtype type);
 CGtype cgGetStateType(CGstate state); // CG_UNKNOWN_TYPE: an effect names it, nobody made it
 void cgSetStateCallbacks(CGstate state, CGstatecallback set, CGstatecallback reset, CGstatecallback validate);
 CGstatecallback cgGetStateSetCallback(CGstate state);
