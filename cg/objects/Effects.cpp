@@ -4,6 +4,7 @@
 #include "objects/Connections.h"
 #include "objects/Handles.h"
 #include "objects/Names.h"
+#include "objects/Values.h"
 
 #include <algorithm>
 #include <cmath>
@@ -39,25 +40,6 @@ void addAnnotations(const std::vector<EffectVariable>& from, EffectObject& effec
     }
 }
 
-/// A context's state of that name, made where it is new.
-EffectPart& stateNamed(ContextObject& context, const std::string& name) {
-    Parts& states = context.states;
-    EffectPart*& known = context.statesByName[name];
-    if (known)
-        return *known;
-    states.push_back(std::make_unique<EffectPart>());
-    EffectPart& made = *states.back();
-    made.kind = EffectPart::Kind::State;
-    made.context = &context;
-    made.name = name;
-    made.handle = reinterpret_cast<uintptr_t>(makeHandle<CGstate>());
-    global().effectParts.emplace(made.handle, &made);
-    if (states.size() > 1)
-        states[states.size() - 2]->next = &made;
-    known = &made;
-    return made;
-}
-
 void addTechniques(EffectObject& effect) {
     using Kind = EffectPart::Kind;
     for (const EffectTechnique& technique : effect.syntax->techniques) {
@@ -70,7 +52,7 @@ void addTechniques(EffectObject& effect) {
                 EffectPart& assignment = add(own.parts, Kind::Assignment, effect, &own, state.name);
                 assignment.value = &state.value;
                 assignment.index = state.index;
-                assignment.state = &stateNamed(*effect.context, state.name);
+                assignment.state = &stateNamed(*effect.context, state.name, false);
             }
         }
     }
@@ -133,12 +115,39 @@ void addParameters(EffectObject& effect) {
         effect.strings.push_back(variable.value.kind == EffectValue::Kind::Text ? variable.value.text : "");
         effect.parameterAnnotations.emplace_back();
         addAnnotations(variable.annotations, effect, nullptr, effect.parameterAnnotations.back());
+        effect.samplerStates.emplace_back();
+        for (const EffectState& state : variable.value.states) {
+            EffectPart& assignment =
+                add(effect.samplerStates.back(), EffectPart::Kind::Assignment, effect, nullptr, state.name);
+            assignment.value = &state.value;
+            assignment.index = state.index;
+            assignment.sampler = made.handle;
+            assignment.state = &stateNamed(*effect.context, state.name, true);
+        }
     }
 }
 
 } // namespace
 
-std::vector<double> numbersOf(const EffectValue& value) {
+EffectPart& stateNamed(ContextObject& context, const std::string& name, bool isOfSamplers) {
+    Parts& states = context.states[isOfSamplers];
+    EffectPart*& known = context.statesByName[isOfSamplers][name];
+    if (known)
+        return *known;
+    states.push_back(std::make_unique<EffectPart>());
+    EffectPart& made = *states.back();
+    made.kind = EffectPart::Kind::State;
+    made.context = &context;
+    made.name = name;
+    made.handle = reinterpret_cast<uintptr_t>(makeHandle<CGstate>());
+    global().effectParts.emplace(made.handle, &made);
+    if (states.size() > 1)
+        states[states.size() - 2]->next = &made;
+    known = &made;
+    return made;
+}
+
+std::vector<double> numbersOf(const EffectValue& value, const std::map<std::string, int>& names) {
     using Kind = EffectValue::Kind;
     if (value.kind == Kind::Number)
         return {value.number};
@@ -146,17 +155,22 @@ std::vector<double> numbersOf(const EffectValue& value) {
         return {1.0};
     if (value.kind == Kind::Name && (value.text == "false" || value.text == "FALSE"))
         return {0.0};
+    if (value.kind == Kind::Name)
+        if (const auto found = names.find(value.text); found != names.end())
+            return {static_cast<double>(found->second)};
     if (value.kind == Kind::Operation && value.parts.size() == 1) {
-        std::vector<double> numbers = numbersOf(value.parts[0]);
+        std::vector<double> numbers = numbersOf(value.parts[0], names);
         for (double& number : numbers)
             number = value.text == "-" ? -number : (value.text == "!" ? number == 0.0 : number);
         return value.text == "~" ? std::vector<double>() : numbers;
     }
     if (value.kind == Kind::Operation) {
-        const std::vector<double> a = numbersOf(value.parts[0]);
-        const std::vector<double> b = numbersOf(value.parts[1]);
+        const std::vector<double> a = numbersOf(value.parts[0], names);
+        const std::vector<double> b = numbersOf(value.parts[1], names);
         if (a.size() != 1 || b.size() != 1)
             return {};
+        if (value.text == "|")
+            return {static_cast<double>(numberFrom<int>(a[0]) | numberFrom<int>(b[0]))};
         if (value.text == "+")
             return {a[0] + b[0]};
         if (value.text == "-")
@@ -172,7 +186,7 @@ std::vector<double> numbersOf(const EffectValue& value) {
         return {};
     std::vector<double> numbers;
     for (const EffectValue& part : value.parts) {
-        const std::vector<double> own = numbersOf(part);
+        const std::vector<double> own = numbersOf(part, names);
         if (own.empty())
             return {};
         numbers.insert(numbers.end(), own.begin(), own.end());
@@ -223,9 +237,10 @@ void forget(const EffectPart& part) {
 
 void forget(EffectObject& effect) {
     forget(static_cast<const EffectPart&>(effect));
-    for (const auto& annotations : effect.parameterAnnotations)
-        for (const std::unique_ptr<EffectPart>& each : annotations)
-            forget(*each);
+    for (const auto* lists : {&effect.parameterAnnotations, &effect.samplerStates})
+        for (const Parts& parts : *lists)
+            for (const std::unique_ptr<EffectPart>& each : parts)
+                forget(*each);
     for (const std::unique_ptr<ParameterObject>& parameter : effect.parameters)
         forget(*parameter);
 }

@@ -4,6 +4,7 @@
 #include "objects/Objects.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,8 +28,17 @@ struct EffectPart {
     const EffectValue* value = nullptr; ///< of an assignment or an annotation
     int index = -1;                     ///< of an assignment
     EffectPart* state = nullptr;        ///< of an assignment
-    CGtype type = CG_UNKNOWN_TYPE;      ///< of an annotation
+    CGtype type = CG_UNKNOWN_TYPE;      ///< of an annotation, or of a state that somebody knows
     CGprogram program = nullptr;        ///< that an assignment was compiled to
+    CGparameter sampler = nullptr;      ///< that an assignment is of
+
+    // Of a state.
+    CGstatecallback set = nullptr;
+    CGstatecallback reset = nullptr;
+    CGstatecallback validate = nullptr;
+    std::map<std::string, int> enumerants;
+
+    bool isValidated = false; ///< a technique, and it can be used
 
     // What is given back of a value.
     std::vector<float> floats;
@@ -43,6 +53,7 @@ struct EffectObject : EffectPart {
     std::unique_ptr<Effect> syntax;
     ParameterList parameters; ///< of numbers, samplers, textures and strings
     std::vector<std::vector<std::unique_ptr<EffectPart>>> parameterAnnotations; ///< by the parameter's place
+    std::vector<std::vector<std::unique_ptr<EffectPart>>> samplerStates;        ///< assignments, by the same
     std::vector<std::string> strings;                                           ///< values, by the same
 };
 
@@ -56,8 +67,12 @@ void forget(const EffectPart& part);
 /// Ends the handles of an effect, of its parts and of its parameters.
 void forget(EffectObject& effect);
 
-/// The numbers of a value that needs no parameter to be known, true and false among them; else none.
-std::vector<double> numbersOf(const EffectValue& value);
+/// A context's state of that name, made where it is new.
+EffectPart& stateNamed(ContextObject& context, const std::string& name, bool isOfSamplers);
+
+/// The numbers of a value that needs no parameter to be known, true, false and constants by name among them;
+/// else none.
+std::vector<double> numbersOf(const EffectValue& value, const std::map<std::string, int>& names = {});
 
 /// What it is made of where that is a constant's name, a string or a parameter's name; else empty.
 std::string textOf(const EffectValue& value);

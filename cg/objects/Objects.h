@@ -111,8 +111,8 @@ struct ContextObject {
     std::vector<std::unique_ptr<ProgramObject>> programs;
 
     std::vector<std::unique_ptr<EffectObject>> effects;
-    std::vector<std::unique_ptr<EffectPart>> states; ///< that effects name
-    std::map<std::string, EffectPart*> statesByName;
+    std::vector<std::unique_ptr<EffectPart>> states[2]; ///< that effects name, of passes and of samplers
+    std::map<std::string, EffectPart*> statesByName[2];
 
     Types types; ///< of its own parameters, and its effects'
     ParameterList parameters;

@@ -41,8 +41,9 @@ void cgDestroyContext(CGcontext handle) {
         cgDestroyProgram(context->programs.back()->handle);
     for (const std::unique_ptr<EffectObject>& effect : context->effects)
         forget(*effect);
-    for (const std::unique_ptr<EffectPart>& state : context->states)
-        forget(*state);
+    for (const auto& states : context->states)
+        for (const std::unique_ptr<EffectPart>& state : states)
+            forget(*state);
     for (const std::unique_ptr<ParameterObject>& parameter : context->parameters)
         forget(*parameter);
     std::erase_if(global().buffers, [&](const auto& each) { return each.second->context == context; });

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-// Effects, to be walked through, and their programs. Nothing sets the states of passes yet.
+// Effects, to be walked through, their programs, and states with callbacks of the caller's.
 
 namespace orlocg {
 
@@ -135,7 +135,8 @@ const Number* partNumbers(EffectPart* part, std::vector<Number> EffectPart::*kep
     return guarded<const Number*>(nullptr, [&]() -> const Number* {
         std::vector<Number>& out = part->*kept;
         out.clear();
-        for (const double number : numbersOf(*part->value))
+        const std::map<std::string, int> none;
+        for (const double number : numbersOf(*part->value, part->state ? part->state->enumerants : none))
             out.push_back(numberFrom<Number>(number));
         if (count)
             *count = static_cast<int>(out.size());
@@ -151,6 +152,59 @@ const char* partText(EffectPart* part) {
         part->text = textOf(*part->value);
         return part->text.c_str();
     });
+}
+
+/// Calls one of the callbacks of the states that passes set, in their order. False: one of them said so, or
+/// there is none where `needsAll`.
+bool callAll(const std::vector<const EffectPart*>& passes, CGstatecallback EffectPart::*callback,
+             bool needsAll) {
+    std::vector<uintptr_t> assignments; // a callback may end the effect
+    for (const EffectPart* pass : passes)
+        for (const std::unique_ptr<EffectPart>& assignment : pass->parts)
+            assignments.push_back(assignment->handle);
+    bool isRight = true;
+    for (const uintptr_t handle : assignments) {
+        const auto found = global().effectParts.find(handle);
+        if (found == global().effectParts.end())
+            return false;
+        const CGstatecallback function = found->second->state->*callback;
+        const bool isDone =
+            function ? function(handleOfPart<CGstateassignment>(found->second)) != CG_FALSE : !needsAll;
+        isRight = isRight && isDone;
+    }
+    return isRight;
+}
+
+CGstate createState(CGcontext handle, const char* name, CGtype type, bool isOfSamplers) {
+    ContextObject* context = find(handle);
+    if (!context)
+        return nullptr;
+    if (!name || nameOf(type).empty()) {
+        raise(name ? CG_INVALID_PARAMETER_TYPE_ERROR : CG_INVALID_POINTER_ERROR);
+        return nullptr;
+    }
+    return guarded<CGstate>(nullptr, [&]() -> CGstate {
+        EffectPart& state = stateNamed(*context, name, isOfSamplers);
+        if (state.type != CG_UNKNOWN_TYPE) {
+            raise(CG_DUPLICATE_NAME_ERROR);
+            return nullptr;
+        }
+        state.type = type;
+        return handleOfPart<CGstate>(&state);
+    });
+}
+
+/// The assignments that an effect's sampler is written with; an empty list for another parameter.
+const Parts& samplerStatesOf(CGparameter handle) {
+    static const Parts none;
+    const ParameterObject* p = find(handle);
+    return p && p->effect ? p->effect->samplerStates[p->place] : none;
+}
+
+CGbool call(CGstateassignment handle, CGstatecallback EffectPart::*callback) {
+    const EffectPart* part = findPart(handle, PartKind::Assignment);
+    const CGstatecallback function = part ? part->state->*callback : nullptr;
+    return function ? function(handle) : CG_FALSE;
 }
 
 } // namespace
@@ -324,7 +378,7 @@ CGstate cgGetStateAssignmentState(CGstateassignment handle) {
 
 CGstate cgGetFirstState(CGcontext handle) {
     const ContextObject* context = find(handle);
-    return context ? handleOfPart<CGstate>(firstPart(context->states)) : nullptr;
+    return context ? handleOfPart<CGstate>(firstPart(context->states[0])) : nullptr;
 }
 
 CGstate cgGetNextState(CGstate handle) {
@@ -334,7 +388,7 @@ CGstate cgGetNextState(CGstate handle) {
 
 CGstate cgGetNamedState(CGcontext handle, const char* name) {
     const ContextObject* context = find(handle);
-    return context ? handleOfPart<CGstate>(namedPart(context->states, name)) : nullptr;
+    return context ? handleOfPart<CGstate>(namedPart(context->states[0], name)) : nullptr;
 }
 
 CGbool cgIsState(CGstate state) {
@@ -394,6 +448,32 @@ CGprogram cgGetProgramStateAssignmentValue(CGstateassignment handle) {
             giveArguments(*part->effect, *find(part->program), value.parts);
         return part->program;
     });
+}
+
+CGparameter cgGetTextureStateAssignmentValue(CGstateassignment handle) {
+    const EffectPart* part = findPart(handle, PartKind::Assignment);
+    if (!part)
+        return nullptr;
+    return guarded<CGparameter>(nullptr, [&] {
+        return cgGetNamedEffectParameter(handleOfPart<CGeffect>(part->effect), textOf(*part->value).c_str());
+    });
+}
+
+CGstateassignment cgGetFirstSamplerStateAssignment(CGparameter sampler) {
+    return handleOfPart<CGstateassignment>(firstPart(samplerStatesOf(sampler)));
+}
+
+CGstateassignment cgGetNamedSamplerStateAssignment(CGparameter sampler, const char* name) {
+    return handleOfPart<CGstateassignment>(namedPart(samplerStatesOf(sampler), name));
+}
+
+CGstate cgGetSamplerStateAssignmentState(CGstateassignment assignment) {
+    return cgGetStateAssignmentState(assignment);
+}
+
+CGparameter cgGetSamplerStateAssignmentParameter(CGstateassignment handle) {
+    const EffectPart* part = findPart(handle, PartKind::Assignment);
+    return part ? part->sampler : nullptr;
 }
 
 // Annotations.
@@ -459,4 +539,108 @@ const CGbool* cgGetBoolAnnotationValues(CGannotation handle, int* count) {
 
 const char* cgGetStringAnnotationValue(CGannotation handle) {
     return partText(findPart(handle, PartKind::Annotation));
+}
+
+// States of the caller's.
+
+CGstate cgCreateState(CGcontext context, const char* name, CGtype type) {
+    return createState(context, name, type, false);
+}
+
+CGstate cgCreateSamplerState(CGcontext context, const char* name, CGtype type) {
+    return createState(context, name, type, true);
+}
+
+CGtype cgGetStateType(CGstate handle) {
+    const EffectPart* state = findPart(handle, PartKind::State);
+    return state ? state->type : CG_UNKNOWN_TYPE;
+}
+
+void cgSetStateCallbacks(CGstate handle, CGstatecallback set, CGstatecallback reset,
+                         CGstatecallback validate) {
+    EffectPart* state = findPart(handle, PartKind::State);
+    if (!state)
+        return;
+    state->set = set;
+    state->reset = reset;
+    state->validate = validate;
+}
+
+CGstatecallback cgGetStateSetCallback(CGstate handle) {
+    const EffectPart* state = findPart(handle, PartKind::State);
+    return state ? state->set : nullptr;
+}
+
+CGstatecallback cgGetStateResetCallback(CGstate handle) {
+    const EffectPart* state = findPart(handle, PartKind::State);
+    return state ? state->reset : nullptr;
+}
+
+CGstatecallback cgGetStateValidateCallback(CGstate handle) {
+    const EffectPart* state = findPart(handle, PartKind::State);
+    return state ? state->validate : nullptr;
+}
+
+void cgAddStateEnumerant(CGstate handle, const char* name, int value) {
+    EffectPart* state = findPart(handle, PartKind::State);
+    if (state && checkPointer(name))
+        guarded([&] { state->enumerants[name] = value; });
+}
+
+int cgGetStateEnumerantValue(CGstate handle, const char* name) {
+    const EffectPart* state = findPart(handle, PartKind::State);
+    const auto found =
+        state && name ? state->enumerants.find(name) : std::map<std::string, int>::const_iterator();
+    return state && name && found != state->enumerants.end() ? found->second : -1;
+}
+
+const char* cgGetStateEnumerantName(CGstate handle, int value) {
+    const EffectPart* state = findPart(handle, PartKind::State);
+    if (state)
+        for (const auto& [name, number] : state->enumerants)
+            if (number == value)
+                return name.c_str();
+    return nullptr;
+}
+
+CGbool cgCallStateSetCallback(CGstateassignment assignment) {
+    return call(assignment, &EffectPart::set);
+}
+
+CGbool cgCallStateResetCallback(CGstateassignment assignment) {
+    return call(assignment, &EffectPart::reset);
+}
+
+CGbool cgCallStateValidateCallback(CGstateassignment assignment) {
+    return call(assignment, &EffectPart::validate);
+}
+
+void cgSetPassState(CGpass handle) {
+    if (const EffectPart* pass = findPart(handle, PartKind::Pass))
+        guarded([&] { callAll({pass}, &EffectPart::set, false); });
+}
+
+void cgResetPassState(CGpass handle) {
+    if (const EffectPart* pass = findPart(handle, PartKind::Pass))
+        guarded([&] { callAll({pass}, &EffectPart::reset, false); });
+}
+
+CGbool cgValidateTechnique(CGtechnique handle) {
+    const EffectPart* technique = findPart(handle, PartKind::Technique);
+    if (!technique)
+        return CG_FALSE;
+    return guarded<CGbool>(CG_FALSE, [&]() -> CGbool {
+        std::vector<const EffectPart*> passes;
+        for (const std::unique_ptr<EffectPart>& pass : technique->parts)
+            passes.push_back(pass.get());
+        const bool isRight = callAll(passes, &EffectPart::validate, true);
+        if (EffectPart* still = seekPart(handle, PartKind::Technique))
+            still->isValidated = isRight;
+        return isRight;
+    });
+}
+
+CGbool cgIsTechniqueValidated(CGtechnique handle) {
+    const EffectPart* technique = findPart(handle, PartKind::Technique);
+    return technique && technique->isValidated;
 }

@@ -99,6 +99,15 @@ TEST_F(CgEffects, tellWhatTheyAreMadeOf) {
     EXPECT_EQ(cgGetStateAssignmentState(cgGetFirstStateAssignment(cgGetNextPass(pass))), depth);
     EXPECT_STREQ(cgGetStateName(cgGetNextState(cgGetFirstState(fContext))), "BlendFunc");
 
+    const CGstateassignment texture = cgGetFirstSamplerStateAssignment(parameter("s"));
+    EXPECT_EQ(cgGetTextureStateAssignmentValue(texture), parameter("map"));
+    EXPECT_EQ(cgGetSamplerStateAssignmentParameter(texture), parameter("s"));
+    EXPECT_EQ(cgGetNamedSamplerStateAssignment(parameter("s"), "Texture"), texture);
+    EXPECT_STREQ(cgGetStateName(cgGetSamplerStateAssignmentState(texture)), "Texture");
+    EXPECT_EQ(cgCreateSamplerState(fContext, "Texture", CG_TEXTURE),
+              cgGetSamplerStateAssignmentState(texture));
+    EXPECT_EQ(cgGetNamedState(fContext, "Texture"), nullptr) << "those of passes are others";
+    EXPECT_EQ(cgGetFirstSamplerStateAssignment(parameter("tint")), nullptr);
     std::vector<std::string> names;
     for (CGparameter p = cgGetFirstEffectParameter(fEffect); p; p = cgGetNextParameter(p))
         names.emplace_back(cgGetParameterName(p));
@@ -154,6 +163,55 @@ TEST_F(CgEffects, makeProgramsThatFollowTheirParameters) {
     expectError(CG_CANNOT_DESTROY_PARAMETER_ERROR);
     cgDestroyProgram(program);
     EXPECT_NE(cgGetProgramStateAssignmentValue(assignment), program) << "made once more";
+}
+
+TEST_F(CgEffects, setStatesByCallbacks) {
+    static std::vector<std::string> calls;
+    static CGeffect doomed = nullptr;
+    static const auto note = [](const char* what, CGstateassignment a) {
+        int count = 0;
+        const int* values = cgGetIntStateAssignmentValues(a, &count);
+        calls.push_back(std::string(what) + (count == 1 ? std::to_string(values[0]) : "?"));
+    };
+    const CGeffect effect =
+        cgCreateEffect(fContext, "technique T { pass p { A = Low | High; B = 3; A = Unknown; } }", nullptr);
+    const CGtechnique technique = cgGetFirstTechnique(effect);
+    const CGpass pass = cgGetFirstPass(technique);
+    const CGstate a = cgCreateState(fContext, "A", CG_INT);
+    EXPECT_EQ(cgGetStateType(a), CG_INT);
+    EXPECT_EQ(cgGetStateAssignmentState(cgGetFirstStateAssignment(pass)), a);
+    EXPECT_EQ(cgCreateState(fContext, "A", CG_INT), nullptr);
+    expectError(CG_DUPLICATE_NAME_ERROR);
+    cgAddStateEnumerant(a, "Low", 1);
+    cgAddStateEnumerant(a, "High", 4);
+    EXPECT_EQ(cgGetStateEnumerantValue(a, "High"), 4);
+    EXPECT_EQ(cgGetStateEnumerantValue(a, "None"), -1);
+    EXPECT_STREQ(cgGetStateEnumerantName(a, 1), "Low");
+    const auto set = [](CGstateassignment s) -> CGbool { return note("set ", s), CG_TRUE; };
+    const auto reset = [](CGstateassignment s) -> CGbool { return note("reset ", s), CG_TRUE; };
+    const auto validate = [](CGstateassignment s) -> CGbool { return note("validate ", s), CG_TRUE; };
+    cgSetStateCallbacks(a, set, reset, validate);
+    EXPECT_TRUE(cgGetStateSetCallback(a) && cgGetStateResetCallback(a) && cgGetStateValidateCallback(a));
+    EXPECT_FALSE(cgValidateTechnique(technique)) << "nobody knows B";
+    EXPECT_FALSE(cgIsTechniqueValidated(technique));
+    cgSetStateCallbacks(cgCreateState(fContext, "B", CG_INT), set, nullptr, validate);
+    EXPECT_TRUE(cgValidateTechnique(technique));
+    EXPECT_TRUE(cgIsTechniqueValidated(technique));
+    calls.clear();
+    cgSetPassState(pass);
+    cgResetPassState(pass);
+    EXPECT_THAT(calls, testing::ElementsAre("set 5", "set 3", "set ?", "reset 5", "reset ?"));
+    const CGstateassignment second = cgGetNextStateAssignment(cgGetFirstStateAssignment(pass));
+    EXPECT_TRUE(cgCallStateSetCallback(second) && cgCallStateValidateCallback(second));
+    EXPECT_FALSE(cgCallStateResetCallback(second)) << "it has none";
+    // One that ends the effect under way.
+    doomed = effect;
+    cgSetStateCallbacks(
+        a, [](CGstateassignment) -> CGbool { return cgDestroyEffect(doomed), CG_TRUE; }, nullptr, nullptr);
+    cgSetPassState(pass);
+    EXPECT_FALSE(cgIsPass(pass));
+    cgSetPassState(pass);
+    expectError(CG_INVALID_PASS_HANDLE_ERROR);
 }
 
 TEST_F(CgEffects, comeFromFilesAndGo) {

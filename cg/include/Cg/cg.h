@@ -42,6 +42,7 @@ typedef void* CGhandle;
 
 typedef void (*CGerrorCallbackFunc)(void);
 typedef void (*CGerrorHandlerFunc)(CGcontext context, CGerror error, void* data);
+typedef CGbool (*CGstatecallback)(CGstateassignment assignment);
 typedef void (*CGIncludeCallbackFunc)(CGcontext context, const char* fileName);
 
 // Contexts own programs, programs own parameters; what is owned goes with its owner.
@@ -268,8 +269,7 @@ int cgGetProgramBufferMaxSize(CGprofile profile);
 int cgGetParameterBufferIndex(CGparameter parameter); // -1: it is read from none
 int cgGetParameterBufferOffset(CGparameter parameter);
 
-// Effects: files of parameters, techniques, passes and states, to be walked through; nothing sets the states
-// of a pass yet. Null at the end.
+// Effects: files of parameters, techniques, passes and states, to be walked through. Null at the end.
 CGeffect cgCreateEffect(CGcontext context, const char* source, const char** args);
 CGeffect cgCreateEffectFromFile(CGcontext context, const char* fileName, const char** args);
 void cgDestroyEffect(CGeffect effect);
@@ -324,6 +324,37 @@ const CGbool* cgGetBoolStateAssignmentValues(CGstateassignment assignment, int* 
 const char* cgGetStringStateAssignmentValue(CGstateassignment assignment);
 // The program of "compile arbvp1 main(tint, 2)", compiled when this is called first.
 CGprogram cgGetProgramStateAssignmentValue(CGstateassignment assignment);
+
+// The parameter that a value names.
+CGparameter cgGetTextureStateAssignmentValue(CGstateassignment assignment);
+
+// The states that a sampler is written with, "sampler_state { MinFilter = Linear; }".
+CGstateassignment cgGetFirstSamplerStateAssignment(CGparameter sampler);
+CGstateassignment cgGetNamedSamplerStateAssignment(CGparameter sampler, const char* name);
+CGstate cgGetSamplerStateAssignmentState(CGstateassignment assignment);
+CGparameter cgGetSamplerStateAssignmentParameter(CGstateassignment assignment);
+
+// States of the caller's, by the names that effects use: what sets one, sets it back, and says whether its
+// value can be. Nobody else knows any. Constants by name are numbers of its assignments then.
+CGstate cgCreateState(CGcontext context, const char* name, CGtype type);
+CGstate cgCreateSamplerState(CGcontext context, const char* name, CGtype type);
+CGtype cgGetStateType(CGstate state); // CG_UNKNOWN_TYPE: an effect names it, nobody made it
+void cgSetStateCallbacks(CGstate state, CGstatecallback set, CGstatecallback reset, CGstatecallback validate);
+CGstatecallback cgGetStateSetCallback(CGstate state);
+CGstatecallback cgGetStateResetCallback(CGstate state);
+CGstatecallback cgGetStateValidateCallback(CGstate state);
+void cgAddStateEnumerant(CGstate state, const char* name, int value);
+int cgGetStateEnumerantValue(CGstate state, const char* name); // -1: none
+const char* cgGetStateEnumerantName(CGstate state, int value);
+CGbool cgCallStateSetCallback(CGstateassignment assignment); // false: there is none
+CGbool cgCallStateResetCallback(CGstateassignment assignment);
+CGbool cgCallStateValidateCallback(CGstateassignment assignment);
+// The callbacks of all states of a pass, in its order. A technique is valid where all of its states have one
+// that says so.
+void cgSetPassState(CGpass pass);
+void cgResetPassState(CGpass pass);
+CGbool cgValidateTechnique(CGtechnique technique);
+CGbool cgIsTechniqueValidated(CGtechnique technique);
 
 CGannotation cgGetFirstTechniqueAnnotation(CGtechnique technique);
 CGannotation cgGetFirstPassAnnotation(CGpass pass);
