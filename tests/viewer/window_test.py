@@ -267,6 +267,52 @@ class WindowTest(unittest.TestCase):
         self.assertEqual((code, err), (0, ""))
         return out
 
+    def first_eye(self, window):
+        """The eye of a window that has another shape than it began with, as switches without the size."""
+        window.press("question", "Shift_L")
+        return shlex.split(window.process.stdout.readline(), comments=True)[:-2]
+
+    def write(self, name, *arguments, **more):
+        """A model under that name, put there in one go; its path."""
+        path = os.path.join(self.folder, name)
+        with open(path + "~", "w") as file:
+            file.write(arguments[0] if isinstance(arguments[0], str) else gltf(*arguments, **more))
+        os.rename(path + "~", path)
+        return path
+
+    def wait_for_colour(self, window, colour):
+        """Until the middle of the window has it."""
+        window.wait_for(lambda: tuple(window.picture()[HEIGHT // 2][WIDTH // 2 * 3 :][:3]) == colour)
+
+    def reader_of(self, window):
+        """The process that reads for it, once it is there: a child of a child."""
+
+        def found():
+            parents = {}
+            for stat in pathlib.Path("/proc").glob("[0-9]*/stat"):
+                with contextlib.suppress(OSError):
+                    parents[int(stat.parent.name)] = int(stat.read_text().rsplit(")", 1)[1].split()[1])
+            return next((pid for pid, parent in parents.items() if parents.get(parent) == window.process.pid), None)
+
+        return window.wait_for(found)
+
+    def click(self, window, x, y, times=1):
+        window.move_pointer(x, y)
+        for _ in range(times):
+            xtest.fake_input(window.display, X.ButtonPress, 1)
+            xtest.fake_input(window.display, X.ButtonRelease, 1)
+        window.display.sync()
+        time.sleep(0.5)  # no other click's second half
+
+    def destroy(self, window, doomed, out=""):
+        doomed.destroy()
+        window.display.sync()
+        self.assertEqual(window.end(), (0, out, "orloview: another program has destroyed the window\n"))
+
+
+class Looking(WindowTest):
+    """How what is shown is looked at."""
+
     def test_the_window_shows_what_a_picture_shows(self):
         for switches in ((), ("--background", "#c0ffee", "--axes"), ("--orthographic", "--wireframe", "--up", "0,0,1")):
             window = self.open("m.gltf", *switches)
@@ -375,6 +421,19 @@ class WindowTest(unittest.TestCase):
         self.assertEqual(window.process.poll(), None)
         self.quit(window)
 
+    def test_an_idle_window_uses_no_processor_time(self):
+        window = self.open("m.gltf")
+        time.sleep(5)  # until the message has gone
+        window.settle()
+        before = window.ticks()
+        time.sleep(2)
+        self.assertEqual(window.ticks(), before)
+        self.quit(window)
+
+
+class Changing(WindowTest):
+    """What moves, what is read in its place, and how it ends."""
+
     def test_an_animation_plays_stops_steps_and_is_dragged(self):
         file = File()
         file.json["meshes"] = [{"primitives": [{"attributes": {"POSITION": file.accessor([[-0.1, -0.1, 0], [0.1, -0.1, 0], [0, 0.1, 0]])}, "material": 0}]}]
@@ -451,23 +510,6 @@ class WindowTest(unittest.TestCase):
         window.wait_for(lambda: os.path.exists(shot))
         self.destroy(window, window.window.query_tree().children[0], "fountain_1.png\n")
 
-    def first_eye(self, window):
-        """The eye of a window that has another shape than it began with, as switches without the size."""
-        window.press("question", "Shift_L")
-        return shlex.split(window.process.stdout.readline(), comments=True)[:-2]
-
-    def write(self, name, *arguments, **more):
-        """A model under that name, put there in one go; its path."""
-        path = os.path.join(self.folder, name)
-        with open(path + "~", "w") as file:
-            file.write(arguments[0] if isinstance(arguments[0], str) else gltf(*arguments, **more))
-        os.rename(path + "~", path)
-        return path
-
-    def wait_for_colour(self, window, colour):
-        """Until the middle of the window has it."""
-        window.wait_for(lambda: tuple(window.picture()[HEIGHT // 2][WIDTH // 2 * 3 :][:3]) == colour)
-
     def test_a_folder_is_shown_file_by_file(self):
         os.mkdir(os.path.join(self.folder, "many"))
         for name, *model in (
@@ -517,18 +559,6 @@ class WindowTest(unittest.TestCase):
         first, second = out.splitlines()
         self.assertEqual((code, first), (0, second), "the eye stays")
 
-    def reader_of(self, window):
-        """The process that reads for it, once it is there: a child of a child."""
-
-        def found():
-            parents = {}
-            for stat in pathlib.Path("/proc").glob("[0-9]*/stat"):
-                with contextlib.suppress(OSError):
-                    parents[int(stat.parent.name)] = int(stat.read_text().rsplit(")", 1)[1].split()[1])
-            return next((pid for pid, parent in parents.items() if parents.get(parent) == window.process.pid), None)
-
-        return window.wait_for(found)
-
     def test_reading_goes_on_beside_the_window_and_escape_stops_it(self):
         window = self.open("m.gltf")
         first = window.settle()
@@ -546,14 +576,6 @@ class WindowTest(unittest.TestCase):
         self.assertEqual(window.after("Right"), first)
         self.assertEqual(window.after("Left"), turned)
         self.quit(window, "Escape")
-
-    def click(self, window, x, y, times=1):
-        window.move_pointer(x, y)
-        for _ in range(times):
-            xtest.fake_input(window.display, X.ButtonPress, 1)
-            xtest.fake_input(window.display, X.ButtonRelease, 1)
-        window.display.sync()
-        time.sleep(0.5)  # no other click's second half
 
     def test_parts_are_named_distances_measured_and_light_is_turned_up(self):
         nodes = [{"name": "left", "mesh": 0, "translation": [-1, 0, 0]}, {"name": "right", "mesh": 0, "translation": [1, 0, 0]}]
@@ -622,20 +644,6 @@ class WindowTest(unittest.TestCase):
     def test_a_window_that_another_client_destroys_ends_with_0(self):
         window = self.open("m.gltf")
         self.destroy(window, window.window)
-
-    def destroy(self, window, doomed, out=""):
-        doomed.destroy()
-        window.display.sync()
-        self.assertEqual(window.end(), (0, out, "orloview: another program has destroyed the window\n"))
-
-    def test_an_idle_window_uses_no_processor_time(self):
-        window = self.open("m.gltf")
-        time.sleep(5)  # until the message has gone
-        window.settle()
-        before = window.ticks()
-        time.sleep(2)
-        self.assertEqual(window.ticks(), before)
-        self.quit(window)
 
     def test_a_lost_server_ends_with_one_line(self):
         window = self.open("m.gltf")
