@@ -106,7 +106,8 @@ public:
         for (Bytes chunk = readChunk(); !isNamed(chunk, "IEND"); chunk = readChunk()) {
             if (!isNamed(chunk, "IDAT"))
                 refuse();
-            out.write(last.data(), last.size());
+            if (!last.empty())
+                out.write(last.data(), last.size());
             last = std::move(chunk);
         }
         constexpr size_t kLengthAndName = 8;
