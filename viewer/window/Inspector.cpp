@@ -9,14 +9,14 @@ namespace orloview {
 
 namespace {
 
-std::string number(double value) {
+std::string shortNumber(double value) {
     char text[32];
     std::snprintf(text, sizeof text, "%.6g", value);
     return text;
 }
 
-std::string triple(const Point& p, const char* comma) {
-    return number(p[0]) + comma + number(p[1]) + comma + number(p[2]);
+std::string shortTriple(const Point& p, const char* comma) {
+    return shortNumber(p[0]) + comma + shortNumber(p[1]) + comma + shortNumber(p[2]);
 }
 
 double lengthOf(const std::vector<Point>& points) {
@@ -59,7 +59,7 @@ TextPanel Inspector::partPanel(size_t index) const {
         bounds.extend(instance.toWorld.transform(
             Point(mesh.positions[i], mesh.positions[i + 1], mesh.positions[i + 2])));
     const Vector size = between(bounds.min, bounds.max);
-    add("size", triple({size[0], size[1], size[2]}, " x "));
+    add("size", shortTriple({size[0], size[1], size[2]}, " x "));
     return panel;
 }
 
@@ -88,7 +88,8 @@ std::vector<TextPanel> Inspector::panels(const Panels& shown,
         panels.push_back(partPanel(*fMarks.outlined()));
     if (fMarks.measured().size() > 1) {
         const Vector way = between(fMarks.measured().front(), fMarks.measured().back());
-        panels.push_back({"distance " + number(length(way)), {triple({way[0], way[1], way[2]}, ", ")}});
+        panels.push_back(
+            {"distance " + shortNumber(length(way)), {shortTriple({way[0], way[1], way[2]}, ", ")}});
     }
     if (shown.warnings) {
         panels.push_back({warnings.empty() ? "nothing was left out" : "left out", {}});
@@ -113,7 +114,7 @@ std::optional<Label> Inspector::distance(const View& view, int width, int height
     const double w = clip(3);
     if (w <= 0.0)
         return std::nullopt;
-    return Label{number(lengthOf(points)), static_cast<int>((clip(0) / w + 1.0) / 2.0 * width),
+    return Label{shortNumber(lengthOf(points)), static_cast<int>((clip(0) / w + 1.0) / 2.0 * width),
                  static_cast<int>((1.0 - clip(1) / w) / 2.0 * height)};
 }
 
@@ -123,7 +124,7 @@ std::string Inspector::switches() const {
         text += " --part " + std::to_string(*fMarks.outlined());
     if (fMarks.measured().size() > 1) {
         const std::string points =
-            triple(fMarks.measured().front(), ",") + "," + triple(fMarks.measured().back(), ",");
+            shortTriple(fMarks.measured().front(), ",") + "," + shortTriple(fMarks.measured().back(), ",");
         text += (points.starts_with('-') ? " --measure=" : " --measure ") + points;
     }
     return text;
