@@ -577,6 +577,19 @@ class Changing(WindowTest):
         self.assertEqual(window.after("Left"), turned)
         self.quit(window, "Escape")
 
+    def test_a_file_that_changes_while_it_is_read_is_read_once_more(self):
+        apart = "".join(f"v {x} {y} 0\n" for x in (-9, 8) for x, y in ((x, -1), (x + 1, -1), (x, 1))) + "f 1 2 3\nf 4 5 6\n"
+        window = self.open(self.write("small.obj", apart), "--background", "#ff0000")
+        self.wait_for_colour(window, RED)  # nothing is in the middle
+        tiny = "v -9 -0.9999 0\nv -8.9999 -1 0\n" + "f 1 7 8\n" * 300000  # long to read, not to draw
+        drop(window, [self.write("large.obj", apart + tiny)])
+        reader = self.reader_of(window)
+        os.kill(reader, signal.SIGSTOP)
+        self.write("large.obj", "v -9 -9 0\nv 9 -9 0\nv 0 9 0\nf 1 2 3\n")
+        os.kill(reader, signal.SIGCONT)  # and reads what was there
+        window.wait_for(lambda: tuple(window.picture()[HEIGHT // 2][WIDTH // 2 * 3 :][:3]) != RED)
+        self.quit(window)
+
     def test_parts_are_named_distances_measured_and_light_is_turned_up(self):
         nodes = [{"name": "left", "mesh": 0, "translation": [-1, 0, 0]}, {"name": "right", "mesh": 0, "translation": [1, 0, 0]}]
         positions = ((-0.5, -0.5, 0), (0.5, -0.5, 0), (0, 0.5, 0))

@@ -81,11 +81,14 @@ TextPanel Inspector::treePanel() const {
     return panel;
 }
 
-std::vector<TextPanel> Inspector::panels(const Panels& shown,
-                                         const std::vector<std::string>& warnings) const {
+std::vector<TextPanel> Inspector::panels(const Panels& shown, const std::vector<std::string>& warnings) {
     std::vector<TextPanel> panels;
-    if (fMarks.outlined())
-        panels.push_back(partPanel(*fMarks.outlined()));
+    if (fMarks.outlined() != fNamed) {
+        fNamed = fMarks.outlined();
+        fPart = fNamed ? partPanel(*fNamed) : TextPanel();
+    }
+    if (fNamed)
+        panels.push_back(fPart);
     if (fMarks.measured().size() > 1) {
         const Vector way = between(fMarks.measured().front(), fMarks.measured().back());
         panels.push_back(
@@ -96,8 +99,10 @@ std::vector<TextPanel> Inspector::panels(const Panels& shown,
         for (const std::string& warning : warnings)
             panels.back().lines.push_back(printable(warning));
     }
+    if (shown.tree && fTree.heading.empty())
+        fTree = treePanel();
     if (shown.tree)
-        panels.push_back(treePanel());
+        panels.push_back(fTree);
     return panels;
 }
 

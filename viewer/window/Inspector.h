@@ -23,7 +23,7 @@ public:
     bool measure(const Ray& ray);
 
     /// What is shown beside the frame; `warnings` as they were told.
-    std::vector<TextPanel> panels(const Panels& shown, const std::vector<std::string>& warnings) const;
+    std::vector<TextPanel> panels(const Panels& shown, const std::vector<std::string>& warnings);
 
     /// The measured distance, in the middle of its line; none where there is none, or it is out of sight.
     std::optional<Label> distance(const View& view, int width, int height) const;
@@ -37,6 +37,11 @@ private:
 
     const Scene& fScene;
     Marks& fMarks;
+
+    // Made once, when they are first shown: frames come many times a second, and parts may be large.
+    std::optional<size_t> fNamed; ///< the part that fPart is of
+    TextPanel fPart;
+    TextPanel fTree;
 };
 
 } // namespace orloview

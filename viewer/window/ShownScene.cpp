@@ -166,7 +166,7 @@ std::vector<std::string> ShownScene::warnings() const {
 }
 
 Overlay ShownScene::overlay(const FrameStatistics& statistics, const std::string& message,
-                            const ShownProgress& progress) const {
+                            const ShownProgress& progress) {
     const FrameLook& look = fView.look();
     return {fView,
             fScene,

@@ -46,7 +46,7 @@ public:
 
     /// What is written over its frame.
     Overlay overlay(const FrameStatistics& statistics, const std::string& message,
-                    const ShownProgress& progress) const;
+                    const ShownProgress& progress);
 
     /// Whether time changes anything.
     bool moves() const { return fOptions.demo || fPoser.moves(); }
