@@ -34,8 +34,6 @@ void Marks::outline(std::optional<size_t> instance) {
 }
 
 void Marks::draw(const View& view, const FrameLook& look) {
-    if (!fOutlined && fPoints.empty())
-        return;
     const PassGroup group("marks");
     GLPassState().applyGL(false);
     setLineState(look);

@@ -24,6 +24,8 @@ public:
     void measure(std::vector<koLinear::Point> points) { fPoints = std::move(points); }
     const std::vector<koLinear::Point>& measured() const { return fPoints; }
 
+    bool any() const { return fOutlined || !fPoints.empty(); }
+
     /// Over a frame that is drawn, with its camera set.
     void draw(const View& view, const FrameLook& look);
 

@@ -325,11 +325,15 @@ void draw(GLFrameBuffer& target, const View& view, const FrameContent& content, 
         drawSceneShaded(content, view, look, units, clearThings);
     else
         drawSceneFixed(content, view, look, units);
-    units.set(nullptr, nullptr);
-    if (look.edges && !look.wireframe)
+    const bool hasEdges = look.edges && !look.wireframe;
+    if (hasEdges || content.marks.any())
+        units.set(nullptr, nullptr);
+    if (hasEdges)
         drawEdges(content, look);
-    enable(GL_CLIP_PLANE0, false);
-    content.marks.draw(view, look);
+    if (look.clip)
+        enable(GL_CLIP_PLANE0, false);
+    if (content.marks.any())
+        content.marks.draw(view, look);
     if (content.culling && content.answers == Answers::AsTheyCome)
         content.culling->ask();
 }
