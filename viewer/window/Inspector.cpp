@@ -19,10 +19,6 @@ std::string shortTriple(const Point& p, const char* comma) {
     return shortNumber(p[0]) + comma + shortNumber(p[1]) + comma + shortNumber(p[2]);
 }
 
-double lengthOf(const std::vector<Point>& points) {
-    return length(between(points.front(), points.back()));
-}
-
 } // namespace
 
 void Inspector::pick(const Ray& ray) {
@@ -111,16 +107,13 @@ std::optional<Label> Inspector::distance(const View& view, int width, int height
     if (points.size() < 2)
         return std::nullopt;
     const Point middle = offset(points.front(), scaled(between(points.front(), points.back()), 0.5));
-    const Point eye = view.worldToEye.transform(middle);
-    const koLinear::ProjMatrix& p = view.projection;
-    const auto clip = [&](int axis) {
-        return eye[0] * p[0][axis] + eye[1] * p[1][axis] + eye[2] * p[2][axis] + p[3][axis];
-    };
-    const double w = clip(3);
-    if (w <= 0.0)
+    const koLinear::HPoint clip =
+        koLinear::ProjMatrix(view.worldToEye).then(view.projection).transform(koLinear::HPoint(middle));
+    if (clip[3] <= 0.0)
         return std::nullopt;
-    return Label{shortNumber(lengthOf(points)), static_cast<int>((clip(0) / w + 1.0) / 2.0 * width),
-                 static_cast<int>((1.0 - clip(1) / w) / 2.0 * height)};
+    return Label{shortNumber(length(between(points.front(), points.back()))),
+                 static_cast<int>((clip[0] / clip[3] + 1.0) / 2.0 * width),
+                 static_cast<int>((1.0 - clip[1] / clip[3]) / 2.0 * height)};
 }
 
 std::string Inspector::switches() const {
