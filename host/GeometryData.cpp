@@ -1,7 +1,30 @@
 #include "orlohost/GeometryData.h"
 
 #include <algorithm>
+#include <memory_resource>
 #include <utility>
+
+namespace {
+
+/// Never ended: groups of static storage may outlive any other object.
+std::pmr::memory_resource& pool() {
+#ifdef __SANITIZE_ADDRESS__
+    return *std::pmr::new_delete_resource(); // who reads what is gone is to be caught
+#else
+    static auto* resource = new std::pmr::synchronized_pool_resource({.max_blocks_per_chunk = 1024});
+    return *resource;
+#endif
+}
+
+} // namespace
+
+void* PooledGeometry::operator new(size_t size) {
+    return pool().allocate(size);
+}
+
+void PooledGeometry::operator delete(void* memory, size_t size) {
+    pool().deallocate(memory, size);
+}
 
 GeometryData::GeometryData(DataType type, uint32_t componentsPerElement, std::vector<float> values)
     : fDataType(type), fComponentsPerElement(componentsPerElement), fKept(std::move(values)) {

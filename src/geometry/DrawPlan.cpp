@@ -10,6 +10,9 @@ namespace {
 
 constexpr size_t kMostTexCoords = 4;
 
+/// Comparing more streams than these costs as much as finding the right ones.
+constexpr size_t kMostCompared = 32;
+
 #ifdef ORLOGL_TRAP_HOOKS
 constexpr bool kSkipsWrappers = false;
 #else
@@ -121,6 +124,8 @@ std::unique_ptr<DrawPlan> DrawPlan::make(const GLFunctionTable& gl, const GLRout
         return nullptr;
     const auto used = std::ranges::count_if(routing.fLayout, [](uint8_t slot) { return slot != 0; });
     const size_t room = std::max(static_cast<size_t>(used), routing.fGroup->streamCount());
+    if (room > kMostCompared)
+        return nullptr;
     std::unique_ptr<DrawPlan> plan(new (room, std::nothrow) DrawPlan(routing, draw));
     if (!plan)
         return nullptr;

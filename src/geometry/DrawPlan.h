@@ -89,8 +89,8 @@ private:
     Draw fDraw;
     GeometryLogicalGroup& fGroup;
     std::array<uint8_t, 16> fLayout;
-    uint32_t fArrayCount = 0;
-    uint32_t fComparedCount = 0; ///< the arrays and the watched streams
+    uint16_t fArrayCount = 0;
+    uint16_t fComparedCount = 0; ///< the arrays and the watched streams
 
     /// Texture units without which not all slots are reached.
     int32_t fUnits = 0;

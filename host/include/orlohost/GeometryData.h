@@ -15,11 +15,22 @@
 //     group.addStream(GeometryData::kPosition, 3, {0, 0, 0, 1, 0, 0, 0, 1, 0});
 //     group.addIndexRecord(GeometryDataIndex::kTriangles, {0, 1, 2});
 
+/// Where streams, records and groups lie: side by side in the order of their making, so that drawing many
+/// groups reads on in memory. From the heap they would lie among their elements, a page or more apart, and a
+/// scene of ten thousand groups would wait for memory at each of them. What is given back is used again by
+/// later ones.
+class ORLOHOST_API PooledGeometry {
+public:
+    static void* operator new(size_t size);
+    static void operator delete(void* memory, size_t size);
+    static void* operator new(size_t, void* place) { return place; } ///< the placement form, hidden otherwise
+};
+
 /// A stream of data: one element per vertex.
 ///
 /// Keeps the elements that it is made with as a vector; others stay where they are as long as the stream is
 /// drawn. Owns its hanger (the buffer object that a renderer made of it) and deletes it.
-class ORLOHOST_API GeometryData {
+class ORLOHOST_API GeometryData : public PooledGeometry {
 public:
     /// What the elements mean. A renderer that is asked to substitute reads kSubstituteNormal wherever a
     /// routing names kNormal: smooth-shaded and faceted normals, say, of the same group.
@@ -85,7 +96,7 @@ public:
 ///
 /// Keeps indices that it is made with as a vector. Does not own the hanger: several records may share one, so
 /// the group that owns the records deletes them (GeometryLogicalGroup::deleteHangers).
-class GeometryDataIndex {
+class GeometryDataIndex : public PooledGeometry {
 public:
     /// The kinds of primitive. A record of type 0 draws nothing.
     enum PrimitiveType : uint32_t { kNothing = 0, kTriangles = 5, kTriangleStrip = 6, kQuads = 8 };
@@ -156,7 +167,7 @@ private:
 /// Owns its streams, its records and every hanger on them. Hangers may be GL objects: end the group, or call
 /// deleteHangers, while a context that shares them is current. Records of a block: one block per group, added
 /// before other records.
-class ORLOHOST_API GeometryLogicalGroup {
+class ORLOHOST_API GeometryLogicalGroup : public PooledGeometry {
 public:
     GeometryLogicalGroup() = default;
     ~GeometryLogicalGroup();
