@@ -55,11 +55,11 @@ bool less(const IString& a, const IString& b) {
 }
 
 bool equal(const CString& a, const CString& b) {
-    return std::strcmp(a.asChar(), b.asChar()) == 0;
+    return a == b;
 }
 
 bool equal(const IString& a, const IString& b) {
-    return std::strcmp(a.asMultibyte(), b.asMultibyte()) == 0;
+    return a == b;
 }
 
 } // namespace koString

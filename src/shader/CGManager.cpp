@@ -197,7 +197,7 @@ const CGManager::CGShader* CGManager::bindKOSLShader(koShadingDag::ShadingNodeSp
     auto* manager = managerOf<CGManager>(node, fVertexProfile, fFragmentProfile);
     if (!manager)
         return nullptr;
-    const CGShader* shader = onlyShader(manager->fShaderMap, key.asChar());
+    const CGShader* shader = onlyShader(manager->fShaderMap, key);
     try {
         if (!shader)
             shader = manager->findOrCompileMaterial(node, IString(key), lights, emptyShader());

@@ -25,7 +25,7 @@ GlslShader* GlslManager::bindKOSLShader(koShadingDag::ShadingNodeSpec& node, con
     auto* manager = managerOf<GlslManager>(node);
     if (!manager)
         return nullptr;
-    GlslShader* shader = onlyShader(manager->fShaders, key.asChar());
+    GlslShader* shader = onlyShader(manager->fShaders, key);
     if (!shader)
         shader = manager->findOrCompile(node, key, lights);
     if (shader)

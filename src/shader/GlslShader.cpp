@@ -52,13 +52,18 @@ void GlslShader::enable() {
     GLFunctionTable* gl = shaderObjectTable();
     if (!gl)
         return;
-    if (fNeedsLink) {
-        gl->glLinkProgramARB(fProgram);
-        fNeedsLink = !objectHas(*gl, fProgram, GL_OBJECT_LINK_STATUS_ARB);
-        if (fNeedsLink)
-            std::puts("### GLSL PROGRAM LINK FAILED:");
-    }
+    if (fNeedsLink)
+        return linkAndUse(*gl);
     gl->glUseProgramObjectARB(fProgram);
+}
+
+/// Apart from enable, whose usual road so ends in a jump.
+void GlslShader::linkAndUse(GLFunctionTable& gl) {
+    gl.glLinkProgramARB(fProgram);
+    fNeedsLink = !objectHas(gl, fProgram, GL_OBJECT_LINK_STATUS_ARB);
+    if (fNeedsLink)
+        std::puts("### GLSL PROGRAM LINK FAILED:");
+    gl.glUseProgramObjectARB(fProgram);
 }
 
 void GlslShader::destroy() {

@@ -9,6 +9,7 @@
 #include <orlohost/koColor.h>
 #include <orlohost/koString.h>
 
+class GLFunctionTable;
 class IGLTexture;
 
 /// A GLSL program of one vertex and one fragment shader, and the texture units of its samplers.
@@ -73,5 +74,6 @@ public:
 
 private:
     void compile(uint32_t shader, const koString::CString& source, const char* failure);
+    void linkAndUse(GLFunctionTable& gl);
     int32_t activateSampler(const koString::CString& name, uint32_t& unit) const;
 };

@@ -13,25 +13,25 @@ Manager* managerOf(koShadingDag::ShadingNodeSpec& node, Arguments... arguments) 
     if (!node.shaderManager())
         node.assignShaderManager(new (std::nothrow) Manager(arguments...));
     IHWShaderManager* manager = node.shaderManager();
-    if (manager && typeid(*manager) == typeid(Manager)) // the usual case, without the search of a cast
+    if (manager && &typeid(*manager) == &typeid(Manager)) // the usual case, without the search of a cast
         return static_cast<Manager*>(manager);
     return dynamic_cast<Manager*>(manager);
 }
 
-inline const char* textOf(const koString::CString& key) {
-    return key.asChar();
+inline bool isKey(const koString::CString& known, const koString::CString& key) {
+    return known == key;
 }
 
-inline const char* textOf(const koString::IString& key) {
-    return key.asMultibyte();
+inline bool isKey(const koString::IString& known, const koString::CString& key) {
+    return std::strcmp(known.asMultibyte(), key.asChar()) == 0;
 }
 
 /// The shader of that key, if it is the only one of a node's: the usual case, for a node that is always lit
 /// alike, and one comparison instead of a map's two. Else null.
 template <typename Shaders>
-auto* onlyShader(Shaders& shaders, const char* key) {
+auto* onlyShader(Shaders& shaders, const koString::CString& key) {
     using Shader = typename Shaders::mapped_type;
-    if (shaders.size() != 1 || std::strcmp(textOf(shaders.begin()->first), key) != 0)
+    if (shaders.size() != 1 || !isKey(shaders.begin()->first, key))
         return static_cast<Shader*>(nullptr);
     return &shaders.begin()->second;
 }

@@ -17,6 +17,8 @@ public:
     const char* asChar() const { return fText.c_str(); } ///< ends with a null byte; until the string changes
     bool empty() const { return fText.empty(); }         ///< whether it has no characters
 
+    bool operator==(const CString&) const = default; ///< whether the texts are the same
+
     CString plus(const CString& tail) const; ///< a new string of both
     CString& plusEqual(const CString& tail); ///< adds to this one
     CString& plusEqual(const char* tail);    ///< the same; null adds nothing
@@ -39,6 +41,8 @@ public:
     const char* asMultibyte() const { return fText.c_str(); }
     bool empty() const { return fText.empty(); } ///< whether it has no characters
     CString convertToCString() const;            ///< the same text
+
+    bool operator==(const IString&) const = default; ///< whether the texts are the same
 
     IString plus(const IString& tail) const; ///< a new string of both
     IString& plusEqual(const IString& tail); ///< adds to this one
