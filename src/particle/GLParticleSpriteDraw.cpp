@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 #include <emmintrin.h>
 
@@ -20,11 +21,53 @@ struct Quad {
     static constexpr float kCoordinates[4][2] = {{0.0F, 0.0F}, {1.0F, 0.0F}, {1.0F, 1.0F}, {0.0F, 1.0F}};
 };
 
+constexpr double kLargest = std::numeric_limits<double>::max();
+
 /// Two coordinates at once, with the very results that each has alone.
 using Pair = __m128d;
 
 Pair pair(float first, float second) {
     return _mm_set_pd(second, first);
+}
+
+Pair splat(double value) {
+    return _mm_set1_pd(value);
+}
+
+Pair roundedToFloats(Pair value) {
+    return _mm_cvtps_pd(_mm_cvtpd_ps(value));
+}
+
+koLinear::VectorFlt normalized(koLinear::VectorFlt v) {
+    v.normalize();
+    return v;
+}
+
+/// Two directions: the first two coordinates of each, and the third.
+struct Axes {
+    Pair xs[2];
+    Pair ys[2];
+};
+
+/// The directions of right and up, with the very results of normalize, but both at once.
+Axes axesOf(const koLinear::VectorFlt& right, const koLinear::VectorFlt& up) {
+    const Pair coordinates[3] = {pair(right[0], up[0]), pair(right[1], up[1]), pair(right[2], up[2])};
+    const Pair square =
+        coordinates[0] * coordinates[0] + coordinates[1] * coordinates[1] + coordinates[2] * coordinates[2];
+    Pair scaled[3];
+    if (_mm_movemask_pd(
+            _mm_and_pd(_mm_cmpgt_pd(square, _mm_setzero_pd()), _mm_cmple_pd(square, splat(kLargest)))) == 3) {
+        const Pair inverse = splat(1.0) / _mm_sqrt_pd(square);
+        for (int i = 0; i < 3; ++i)
+            scaled[i] = roundedToFloats(coordinates[i] * inverse);
+    } else {
+        const koLinear::VectorFlt x = normalized(right);
+        const koLinear::VectorFlt y = normalized(up);
+        for (int i = 0; i < 3; ++i)
+            scaled[i] = pair(x[i], y[i]);
+    }
+    return {{_mm_unpacklo_pd(scaled[0], scaled[1]), scaled[2]},
+            {_mm_unpackhi_pd(scaled[0], scaled[1]), _mm_unpackhi_pd(scaled[2], scaled[2])}};
 }
 
 void store(double* corner, Pair first, Pair third) {
@@ -35,11 +78,9 @@ void store(double* corner, Pair first, Pair third) {
 /// What the matrix of the base (right, up and place), turned and scaled, makes of the corners of the unit
 /// square, to the bit: halves are exact, opposite corners differ by signs alone, and the third coordinate of
 /// all corners is 0.
-Quad makeQuad(const koLinear::VectorFlt& right, const koLinear::VectorFlt& up, const float* place,
-              double cosine, double sine, double scaleX, double scaleY) {
-    // The first two coordinates, and the third.
-    const Pair xs[2] = {pair(right[0], right[1]), pair(right[2], 0.0F)};
-    const Pair ys[2] = {pair(up[0], up[1]), pair(up[2], 0.0F)};
+Quad makeQuad(const Axes& axes, const float* place, double cosine, double sine, double scaleX,
+              double scaleY) {
+    const auto& [xs, ys] = axes;
     const Pair places[2] = {pair(place[0], place[1]), pair(place[2], 0.0F)};
     Pair corners[4][2];
     for (int i = 0; i < 2; ++i) {
@@ -100,11 +141,6 @@ const float* findValues(const ParticleData& data, const char* name) {
     const int32_t index = data.getDataIndex(name);
     const ParticleData::Data* found = index < 0 ? nullptr : data.getData(index);
     return found ? found->fValues.data() : nullptr;
-}
-
-koLinear::VectorFlt normalized(koLinear::VectorFlt v) {
-    v.normalize();
-    return v;
 }
 
 } // namespace
@@ -203,8 +239,7 @@ void GLParticleSpriteDraw::drawGLQuadAt(unsigned int index, float x, float y, fl
         fTurnedBy = fCurrentTwist;
     }
     const float place[3] = {x, y, z};
-    const Quad quad =
-        makeQuad(normalized(right), normalized(up), place, fCosine, fSine, fCurrentScaleX, fCurrentScaleY);
+    const Quad quad = makeQuad(axesOf(right, up), place, fCosine, fSine, fCurrentScaleX, fCurrentScaleY);
 
     const bool isBound = fTextureCycling && fTextureNumberData && applyTextureCycling(index);
     if (fTextureCycling && (isBound || !fTextureNumberData))
