@@ -74,7 +74,8 @@ void GLRouting::drawByOtherPlan() {
     firstPlan(*fGroup)->draw(*GLFunctionTable::fpGlobalFunctionTable, *this);
 }
 
-void GLRouting::drawAndPlan() {
+/// Apart, so that drawGroup needs no frame for it.
+[[gnu::noinline]] void GLRouting::drawAndPlan() {
     constexpr int kMostPlans = 4;
     drawUnplanned(fGroup, nullptr, nullptr, nullptr, 0, false);
     if (fGroup->indexRecordCount() != 1 || fGroup->streamCount() == 0)
