@@ -3,6 +3,7 @@
 #include "shading/Microfacets.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -36,25 +37,21 @@ void overCell(int cell, int cells, int count, const Add& add) {
     }
 }
 
-void add(Color& sum, const float* color, float weight) {
-    for (size_t channel = 0; channel < 3; ++channel)
-        sum[channel] += weight * color[channel];
-}
-
 Image resized(const SkyPicture& picture) {
     Image wide(kWidth, picture.height);
     const float* row = picture.rgb.data();
     for (int y = 0; y < picture.height; ++y, row += static_cast<size_t>(picture.width) * 3) {
         for (int x = 0; x < kWidth; ++x)
             overCell(x, kWidth, picture.width, [&](int from, float share) {
-                add(wide.row(y)[x], row + static_cast<size_t>(from) * 3, share);
+                const float* color = row + static_cast<size_t>(from) * 3;
+                wide.row(y)[x] += share * Color{color[0], color[1], color[2]};
             });
     }
     Image result(kWidth, kHeight);
     for (int y = 0; y < kHeight; ++y) {
         overCell(y, kHeight, picture.height, [&](int from, float share) {
             for (int x = 0; x < kWidth; ++x)
-                add(result.row(y)[x], wide.row(from)[x].data(), share);
+                result.row(y)[x] += share * wide.row(from)[x];
         });
     }
     return result;
@@ -63,7 +60,7 @@ Image resized(const SkyPicture& picture) {
 Image halfAsWide(const Image& image) {
     Image half(image.width / 2, image.height);
     for (size_t i = 0; i < image.texels.size(); ++i)
-        add(half.texels[i / 2], image.texels[i].data(), 0.5F);
+        half.texels[i / 2] += 0.5F * image.texels[i];
     return half;
 }
 
@@ -75,7 +72,7 @@ Image halfAsHigh(const Image& image) {
         const double other = std::sin(angleOf((y ^ 1) + 0.5, image.height));
         const auto share = static_cast<float>(length / (length + other));
         for (int x = 0; x < image.width; ++x)
-            add(half.row(y / 2)[x], image.row(y)[x].data(), share);
+            half.row(y / 2)[x] += share * image.row(y)[x];
     }
     return half;
 }
@@ -85,6 +82,14 @@ Image halfAsHigh(const Image& image) {
 SkyFilter::Image::Image(int imageWidth, int imageHeight)
     : width(imageWidth), height(imageHeight),
       texels(static_cast<size_t>(imageWidth) * static_cast<size_t>(imageHeight)) {}
+
+std::vector<float> SkyFilter::Image::rgb() const {
+    std::vector<float> result;
+    result.reserve(texels.size() * 3);
+    for (const Color& color : texels)
+        result.insert(result.end(), {color[0], color[1], color[2]});
+    return result;
+}
 
 SkyFilter::SkyFilter(const SkyPicture& picture) {
     fPieces.push_back({resized(picture)});
@@ -167,11 +172,7 @@ void SkyFilter::addSample(const Sample& sample, Image& image, int y) {
         const auto whole = static_cast<unsigned>(x);
         const float second = sample.weight * static_cast<float>(x - whole);
         const float first = sample.weight - second;
-        const Color& a = from[whole & mask];
-        const Color& b = from[(whole + 1) & mask];
-        (*sum)[0] += first * a[0] + second * b[0];
-        (*sum)[1] += first * a[1] + second * b[1];
-        (*sum)[2] += first * a[2] + second * b[2];
+        *sum += first * from[whole & mask] + second * from[(whole + 1) & mask];
     }
 }
 

@@ -2,10 +2,8 @@
 
 #include "texture/SkyPicture.h"
 
-#include <array>
 #include <cstddef>
 #include <functional>
-#include <span>
 #include <vector>
 
 namespace orloview {
@@ -16,7 +14,8 @@ namespace orloview {
 /// of a few texels leaves no pattern.
 class SkyFilter {
 public:
-    using Color = std::array<float, 3>;
+    /// Red, green, blue and nothing: what the processor works on at once.
+    using Color [[gnu::vector_size(16)]] = float;
 
     /// Rows from the top down.
     struct Image {
@@ -30,7 +29,7 @@ public:
         const Color* row(int y) const {
             return texels.data() + static_cast<size_t>(y) * static_cast<size_t>(width);
         }
-        std::span<const float> channels() const { return {texels.front().data(), texels.size() * 3}; }
+        std::vector<float> rgb() const;
     };
 
     explicit SkyFilter(const SkyPicture& picture);

@@ -201,8 +201,8 @@ void SkyMaps::addPicture(const SkyPicture& picture, float factor) {
     const SkyFilter filter(picture);
     const SkyFilter::Image diffuse = filter.diffuse();
     const SkyFilter::Image reflection = filter.reflection();
-    add("skyDiffuse", diffuse.width, diffuse.height, diffuse.channels(), factor);
-    add("skyReflection", reflection.width, reflection.height, reflection.channels(), factor);
+    add("skyDiffuse", diffuse.width, diffuse.height, diffuse.rgb(), factor);
+    add("skyReflection", reflection.width, reflection.height, reflection.rgb(), factor);
 }
 
 void SkyMaps::addHeights(const Sky& sky, float factor) {
