@@ -1,9 +1,8 @@
 #include "GroupBench.h"
+#include "Timing.h"
 
 #include <malloc.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 
 // What a group costs when there are many: time, in which unlike in instructions the caches show, and memory.
@@ -25,18 +24,6 @@ void draw(GLRouting& routing, const Groups& groups) {
         routing.drawGroup(group.get(), nullptr, nullptr, nullptr, 0, false);
 }
 
-/// Nanoseconds that one of `count` groups takes when all are drawn again and again for a while.
-template <typename Draw>
-double timePerGroup(size_t count, const Draw& drawAll) {
-    constexpr size_t kGroupsPerRound = 400'000;
-    const size_t repetitions = std::max<size_t>(1, kGroupsPerRound / count);
-    const auto start = std::chrono::steady_clock::now();
-    for (size_t i = 0; i < repetitions; ++i)
-        drawAll();
-    const std::chrono::duration<double, std::nano> taken = std::chrono::steady_clock::now() - start;
-    return taken.count() / static_cast<double>(repetitions * count);
-}
-
 struct Scene {
     size_t count;
     Groups groups;
@@ -51,11 +38,6 @@ Scene makeScene(size_t count, GLRouting& routing) {
     for (const auto& group : scene.groups)
         scene.handGroups.push_back(handGroupOf(*group));
     return scene;
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 /// All counts take turns, so that a machine that grows slower meanwhile is slow for each of them.
