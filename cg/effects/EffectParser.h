@@ -11,7 +11,7 @@
 
 namespace orlocg {
 
-/// Reads an effect file's tokens; functions and structs are passed over. Throws CompileError, also for what
+/// Reads an effect file's tokens; functions are passed over. Throws CompileError, also for what
 /// there is in other effect files and isn't here, by its name.
 class EffectParser {
 public:
@@ -32,6 +32,10 @@ private:
 
     // The file.
     void declaration();
+    std::string structure();
+    bool members(std::vector<EffectVariable>& out);
+    void typeDefinition();
+    bool qualifiers();
     void technique();
     EffectPass pass();
     std::vector<EffectState> states();

@@ -114,7 +114,7 @@ struct ContextObject {
     std::vector<std::unique_ptr<EffectPart>> states[2]; ///< that effects name, of passes and of samplers
     std::map<std::string, EffectPart*> statesByName[2];
 
-    Types types; ///< of its own parameters, and its effects'
+    Types types; ///< of its own parameters
     ParameterList parameters;
 
     CGenum autoCompile = CG_COMPILE_IMMEDIATE;

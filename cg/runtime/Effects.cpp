@@ -58,7 +58,7 @@ EffectObject* findEffect(CGeffect handle) {
 const Parts& annotationsOf(CGparameter handle) {
     static const Parts none;
     const ParameterObject* p = find(handle);
-    return p && p->effect ? p->effect->parameterAnnotations[p->place] : none;
+    return p && p->effect && !p->parent ? p->effect->parameterAnnotations[p->place] : none;
 }
 
 CGeffect createEffect(CGcontext handle, std::string source, std::string fileName, const char** arguments) {
@@ -126,6 +126,22 @@ void giveArguments(const EffectObject& effect, ProgramObject& program,
     }
 }
 
+/// Programs of effects that were written for Direct3D are compiled for OpenGL.
+CGprofile profileOfEffects(CGprofile profile) {
+    if (!hasProperty(profile, CG_IS_DIRECT3D_PROFILE))
+        return profile;
+    const CGdomain domain = domainOf(profile);
+    return domain == CG_VERTEX_DOMAIN     ? CG_PROFILE_GLSLV
+           : domain == CG_FRAGMENT_DOMAIN ? CG_PROFILE_GLSLF
+                                          : profile;
+}
+
+/// No program: "NULL", or 0.
+bool isNone(const EffectValue& value) {
+    return value.text == "NULL" || value.text == "null" ||
+           (value.kind == EffectValue::Kind::Number && value.number == 0.0);
+}
+
 template <typename Number>
 const Number* partNumbers(EffectPart* part, std::vector<Number> EffectPart::*kept, int* count) {
     if (count)
@@ -135,8 +151,7 @@ const Number* partNumbers(EffectPart* part, std::vector<Number> EffectPart::*kep
     return guarded<const Number*>(nullptr, [&]() -> const Number* {
         std::vector<Number>& out = part->*kept;
         out.clear();
-        const std::map<std::string, int> none;
-        for (const double number : numbersOf(*part->value, part->state ? part->state->enumerants : none))
+        for (const double number : numbersOf(*part->effect, *part->value, part->state))
             out.push_back(numberFrom<Number>(number));
         if (count)
             *count = static_cast<int>(out.size());
@@ -154,14 +169,10 @@ const char* partText(EffectPart* part) {
     });
 }
 
-/// Calls one of the callbacks of the states that passes set, in their order. False: one of them said so, or
+/// Calls one of the callbacks of the assignments' states, in their order. False: one of them said so, or
 /// there is none where `needsAll`.
-bool callAll(const std::vector<const EffectPart*>& passes, CGstatecallback EffectPart::*callback,
-             bool needsAll) {
-    std::vector<uintptr_t> assignments; // a callback may end the effect
-    for (const EffectPart* pass : passes)
-        for (const std::unique_ptr<EffectPart>& assignment : pass->parts)
-            assignments.push_back(assignment->handle);
+bool callEach(const std::vector<uintptr_t>& assignments, CGstatecallback EffectPart::*callback,
+              bool needsAll) {
     bool isRight = true;
     for (const uintptr_t handle : assignments) {
         const auto found = global().effectParts.find(handle);
@@ -173,6 +184,16 @@ bool callAll(const std::vector<const EffectPart*>& passes, CGstatecallback Effec
         isRight = isRight && isDone;
     }
     return isRight;
+}
+
+/// The same for all that passes assign.
+bool callAll(const std::vector<const EffectPart*>& passes, CGstatecallback EffectPart::*callback,
+             bool needsAll) {
+    std::vector<uintptr_t> assignments; // a callback may end the effect
+    for (const EffectPart* pass : passes)
+        for (const std::unique_ptr<EffectPart>& assignment : pass->parts)
+            assignments.push_back(assignment->handle);
+    return callEach(assignments, callback, needsAll);
 }
 
 CGstate createState(CGcontext handle, const char* name, CGtype type, bool isOfSamplers) {
@@ -190,6 +211,7 @@ CGstate createState(CGcontext handle, const char* name, CGtype type, bool isOfSa
             return nullptr;
         }
         state.type = type;
+        state.name = name;
         return handleOfPart<CGstate>(&state);
     });
 }
@@ -311,13 +333,14 @@ CGparameter cgGetEffectParameterBySemantic(CGeffect handle, const char* semantic
 
 CGeffect cgGetParameterEffect(CGparameter handle) {
     const ParameterObject* p = find(handle);
-    return p ? handleOfPart<CGeffect>(p->effect) : nullptr;
+    const ParameterObject* whole = p ? wholeOfEffect(*p) : nullptr;
+    return whole ? handleOfPart<CGeffect>(whole->effect) : nullptr;
 }
 
 const char* cgGetStringParameterValue(CGparameter handle) {
     const ParameterObject* p = find(handle);
     if (p && p->objectType == CG_STRING)
-        return p->effect->strings[p->place].c_str();
+        return wholeOfEffect(*p)->effect->strings[handle].c_str();
     if (p)
         raise(CG_INVALID_PARAMETER_TYPE_ERROR);
     return nullptr;
@@ -326,7 +349,7 @@ const char* cgGetStringParameterValue(CGparameter handle) {
 void cgSetStringParameterValue(CGparameter handle, const char* value) {
     const ParameterObject* p = find(handle);
     if (p && p->objectType == CG_STRING && value)
-        guarded([&] { p->effect->strings[p->place] = value; });
+        guarded([&] { wholeOfEffect(*p)->effect->strings[handle] = value; });
     else if (p)
         raise(value ? CG_INVALID_PARAMETER_TYPE_ERROR : CG_INVALID_POINTER_ERROR);
 }
@@ -430,20 +453,23 @@ CGprogram cgGetProgramStateAssignmentValue(CGstateassignment handle) {
     EffectPart* part = findPart(handle, PartKind::Assignment);
     if (!part)
         return nullptr;
-    const EffectValue& value = *part->value;
-    if (value.kind != EffectValue::Kind::Compile) {
-        raise(CG_STATE_ASSIGNMENT_TYPE_MISMATCH_ERROR);
-        return nullptr;
-    }
-    if (part->program && cgIsProgram(part->program))
-        return part->program;
-    return guarded<CGprogram>(nullptr, [&] {
+    return guarded<CGprogram>(nullptr, [&]() -> CGprogram {
+        const EffectValue* program = programOf(*part->effect, *part->value);
+        if (!program) {
+            if (!isNone(*part->value))
+                raise(CG_STATE_ASSIGNMENT_TYPE_MISMATCH_ERROR);
+            return nullptr;
+        }
+        if (part->program && part->compiledOf == program && cgIsProgram(part->program))
+            return part->program;
+        const EffectValue& value = *program;
+        part->compiledOf = program;
         std::vector<const char*> switches;
         for (const std::string& option : value.options)
             switches.push_back(option.c_str());
         switches.push_back(nullptr);
-        part->program =
-            createProgramOf(*part->effect, profileNamed(value.profile), value.text.c_str(), switches.data());
+        part->program = createProgramOf(*part->effect, profileOfEffects(profileNamed(value.profile)),
+                                        value.text.c_str(), switches.data());
         if (part->program)
             giveArguments(*part->effect, *find(part->program), value.parts);
         return part->program;
@@ -474,6 +500,15 @@ CGstate cgGetSamplerStateAssignmentState(CGstateassignment assignment) {
 CGparameter cgGetSamplerStateAssignmentParameter(CGstateassignment handle) {
     const EffectPart* part = findPart(handle, PartKind::Assignment);
     return part ? part->sampler : nullptr;
+}
+
+void cgSetSamplerState(CGparameter sampler) {
+    guarded([&] {
+        std::vector<uintptr_t> assignments; // a callback may end the effect
+        for (const std::unique_ptr<EffectPart>& assignment : samplerStatesOf(sampler))
+            assignments.push_back(assignment->handle);
+        callEach(assignments, &EffectPart::set, false);
+    });
 }
 
 // Annotations.
@@ -589,9 +624,7 @@ void cgAddStateEnumerant(CGstate handle, const char* name, int value) {
 
 int cgGetStateEnumerantValue(CGstate handle, const char* name) {
     const EffectPart* state = findPart(handle, PartKind::State);
-    const auto found =
-        state && name ? state->enumerants.find(name) : std::map<std::string, int>::const_iterator();
-    return state && name && found != state->enumerants.end() ? found->second : -1;
+    return state && name ? enumerantOf(*state, name).value_or(-1) : -1;
 }
 
 const char* cgGetStateEnumerantName(CGstate handle, int value) {
