@@ -24,13 +24,12 @@ class Finder {
 public:
     template <typename Function>
     void operator()(Function& slot, const char* name) {
-        slot = fAsk ? reinterpret_cast<Function>(fAsk(reinterpret_cast<const GLubyte*>(name))) : nullptr;
+        slot = reinterpret_cast<Function>(findEntryPoint(name));
         fIsComplete = fIsComplete && slot;
     }
     bool isComplete() const { return fIsComplete; }
 
 private:
-    AskByName fAsk = findAsker();
     bool fIsComplete = true;
 };
 
@@ -114,6 +113,11 @@ GL findAll() {
 }
 
 } // namespace
+
+EntryPoint findEntryPoint(const char* name) {
+    static const AskByName ask = findAsker();
+    return ask ? ask(reinterpret_cast<const GLubyte*>(name)) : nullptr;
+}
 
 void* GL::currentContext() const {
     void* const context = currentGlxContext();

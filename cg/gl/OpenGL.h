@@ -61,6 +61,10 @@ struct GL {
     bool isComplete = false;
 };
 
+/// An entry point by its name; null: there is none.
+using EntryPoint = void (*)();
+EntryPoint findEntryPoint(const char* name);
+
 /// Whether there is an OpenGL with all of that; a current context is needed to ask first.
 const GL* openGL();
 

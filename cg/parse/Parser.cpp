@@ -60,6 +60,11 @@ std::string whyUnsupported(const Token& token) {
 }
 
 /// Kinds of interpolation and of packing, which change nothing here, and others that say nothing.
+/// Types of what effects declare beside their variables, in small letters.
+constexpr std::array<std::string_view, 10> kEffectTypes = {
+    "texture",     "texture1d", "texture2d",   "texture3d",    "texturerect",
+    "texturecube", "string",    "pixelshader", "vertexshader", "geometryshader"};
+
 constexpr std::array<std::string_view, 12> kIdleQualifiers = {
     "inline",  "extern",   "volatile", "row_major", "column_major",  "shared",
     "precise", "centroid", "linear",   "sample",    "noperspective", "groupshared"};
@@ -397,7 +402,7 @@ void Parser::skipTo(std::string_view end) {
     take();
 }
 
-/// Techniques, and the textures and strings that they name. True: there was one.
+/// Techniques, and the textures, strings and programs that they name. True: there was one.
 bool Parser::skipEffect() {
     std::string word(peek().text.substr(0, 20)); // in any letters
     std::transform(word.begin(), word.end(), word.begin(),
@@ -410,17 +415,15 @@ bool Parser::skipEffect() {
         skipTo("}");
         return true;
     }
-    for (const char* type :
-         {"texture", "texture1D", "texture2D", "texture3D", "textureRECT", "textureCUBE", "string"}) {
-        if (peek().is(type) && peek(1).isName()) {
-            take();
-            take();
-            skipAnnotation();
-            skipTo(";");
-            return true;
-        }
-    }
-    return false;
+    const auto* found = std::find(kEffectTypes.begin(), kEffectTypes.end(), word);
+    if (found == kEffectTypes.end() || !peek().isName() || !peek(1).isName())
+        return false;
+    take();
+    while (!peek().is("<") && !peek().is("=") && !peek().is(";") && peek().kind != TokenKind::End)
+        take();
+    skipAnnotation();
+    skipTo(";");
+    return true;
 }
 
 std::unique_ptr<Variable> Parser::declarator(const Type* base, const Qualifiers& qualifiers) {
@@ -436,7 +439,9 @@ std::unique_ptr<Variable> Parser::declarator(const Type* base, const Qualifiers&
         variable->direction = qualifiers.isIn ? Direction::InOut : Direction::Out;
     variable->semantic = semanticIfAny();
     skipAnnotation();
-    if (takeIf("=")) {
+    if (base->isSampler() && takeIf("{")) { // "sampler2D s { ... }"
+        skipTo("}");
+    } else if (takeIf("=")) {
         if (takeIf("sampler_state")) { // how effects set the sampler up
             expect("{", "behind 'sampler_state'");
             skipTo("}");
@@ -466,6 +471,8 @@ void Parser::external() {
         (startsType(1) || isOneOf(peek(1), kReserved) || peek(1).is("inline")))
         profile = take().text;
     Qualifiers found = qualifiers();
+    if (skipEffect()) // "shared texture t;"
+        return;
     const Type* base = type(found);
     if (found.isTypedef) {
         do {
@@ -487,7 +494,8 @@ void Parser::external() {
             variable->isUniform || !(variable->isStatic || variable->isConst || variable->isVarying);
         fProgram.globals.push_back(std::move(variable));
     }
-    expect(";", "behind a declaration");
+    if (!(base->isSampler() && fTokens[fNext - 1].is("}"))) // effects leave it out there
+        expect(";", "behind a declaration");
 }
 
 std::unique_ptr<Variable> Parser::parameter() {

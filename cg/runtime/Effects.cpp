@@ -226,7 +226,7 @@ const Parts& samplerStatesOf(CGparameter handle) {
 CGbool call(CGstateassignment handle, CGstatecallback EffectPart::*callback) {
     const EffectPart* part = findPart(handle, PartKind::Assignment);
     const CGstatecallback function = part ? part->state->*callback : nullptr;
-    return function ? function(handle) : CG_FALSE;
+    return function ? guarded<CGbool>(CG_FALSE, [&] { return function(handle); }) : CG_FALSE;
 }
 
 } // namespace
