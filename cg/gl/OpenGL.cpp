@@ -107,6 +107,11 @@ GL findAll() {
     find(gl.isProgramPipeline, "glIsProgramPipeline");
     find(gl.bindProgramPipeline, "glBindProgramPipeline");
     find(gl.useProgramStages, "glUseProgramStages");
+    find(gl.genBuffers, "glGenBuffers");
+    find(gl.deleteBuffers, "glDeleteBuffers");
+    find(gl.bindBuffer, "glBindBuffer");
+    find(gl.bufferData, "glBufferData");
+    find(gl.getBufferSubData, "glGetBufferSubData");
     findUniforms(gl, find);
     gl.isComplete = find.isComplete();
     return gl;

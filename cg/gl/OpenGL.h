@@ -50,6 +50,11 @@ struct GL {
     PFNGLISPROGRAMPIPELINEPROC isProgramPipeline;
     PFNGLBINDPROGRAMPIPELINEPROC bindProgramPipeline;
     PFNGLUSEPROGRAMSTAGESPROC useProgramStages;
+    PFNGLGENBUFFERSPROC genBuffers;
+    PFNGLDELETEBUFFERSPROC deleteBuffers;
+    PFNGLBINDBUFFERPROC bindBuffer;
+    PFNGLBUFFERDATAPROC bufferData;
+    PFNGLGETBUFFERSUBDATAPROC getBufferSubData;
     PFNGLPROGRAMUNIFORM1FVPROC uniformVectors[4]; ///< of 1 to 4 floats
     PFNGLPROGRAMUNIFORM1IVPROC uniformInts[4];
     PFNGLPROGRAMUNIFORMMATRIX4FVPROC uniformMatrices[3][3]; ///< by columns and rows, from 2

@@ -328,6 +328,8 @@ public:
 
     void setAttribute(const ParameterObject& p, const float (&v)[4]) override;
     void reload(ProgramObject& program) override;
+    void store(const BufferObject& buffer) override { storeBuffer(buffer); }
+    void fetch(BufferObject& buffer) override { fetchBuffer(buffer); }
 };
 
 void GLBinding::setAttribute(const ParameterObject& p, const float (&v)[4]) {

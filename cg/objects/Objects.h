@@ -124,6 +124,15 @@ struct ContextObject {
     CGIncludeCallbackFunc includeCallback = nullptr;
 };
 
+struct BufferObject {
+    CGbuffer handle = nullptr;
+    ContextObject* context = nullptr;
+    CGbufferusage usage = CG_BUFFER_USAGE_STATIC_DRAW;
+    std::vector<unsigned char> bytes;
+    bool isMapped = false;
+    std::unique_ptr<Extension> extension; ///< where OpenGL has the bytes too
+};
+
 /// Gives a program's parameters the values that stand in its buffers.
 void readBuffers(ProgramObject& program);
 
@@ -144,6 +153,9 @@ public:
     virtual void setAttribute(const ParameterObject& p, const float (&v)[4]) = 0;
     /// Loads a program whose text is another, if it is loaded.
     virtual void reload(ProgramObject& program) = 0;
+    /// Takes a buffer's bytes to OpenGL, where it has them too, and back.
+    virtual void store(const BufferObject& buffer) = 0;
+    virtual void fetch(BufferObject& buffer) = 0;
 };
 
 /// Handles are numbers, never addresses: one that is stale is found out, whoever has its memory now. All of
@@ -170,6 +182,7 @@ extern "C" {
 orlocg::ContextObject* orlocg_findContext(CGcontext handle);
 orlocg::ProgramObject* orlocg_findProgram(CGprogram handle);
 orlocg::ParameterObject* orlocg_findParameter(CGparameter handle);
+orlocg::BufferObject* orlocg_findBuffer(CGbuffer handle);
 void orlocg_raise(CGerror error);
 void orlocg_setBinding(orlocg::Binding* binding);
 

@@ -142,6 +142,11 @@ void cgGLEnableTextureParameter(CGparameter parameter);
 void cgGLDisableTextureParameter(CGparameter parameter);
 GLenum cgGLGetTextureEnum(CGparameter parameter); // GL_TEXTURE0 and so on
 
+// A buffer that OpenGL has too, as its GL_STATIC_DRAW and so on; and OpenGL's name of a buffer, which it has from
+// then on. What is written to either is in both when a program is bound or the buffer is mapped.
+CGbuffer cgGLCreateBuffer(CGcontext context, int size, const void* data, GLenum usage);
+GLuint cgGLGetBufferObject(CGbuffer buffer);
+
 // Makes OpenGL's states known to the effects of a context: those of passes (VertexProgram, BlendFunc,
 // DepthTestEnable, CullFace, ..., and what Direct3D calls them: VertexShader, SrcBlend, ZEnable, CullMode) and of
 // samplers (MinFilter, WrapS, AddressU, ...). What sets one back sets what OpenGL begins with. A value that isn't
