@@ -238,16 +238,14 @@ void setCullFace(StateNumbers v, GLenum, int) {
     gl().glCullFace(word(v[0]));
 }
 
-/// Which way round the triangles are that aren't drawn, as they are seen.
+/// The side that isn't drawn. Direct3D names it by the way round its corners are seen, and its fronts are
+/// clockwise: CCW are backs, whichever way round they are here.
 void setCullMode(StateNumbers v, GLenum, int) {
     const GLenum mode = word(v[0]);
     if (mode == GL_NONE)
         return gl().glDisable(GL_CULL_FACE);
     gl().glEnable(GL_CULL_FACE);
-    if (mode == GL_CW || mode == GL_CCW)
-        gl().glCullFace(static_cast<GLenum>(current(GL_FRONT_FACE)) == mode ? GL_FRONT : GL_BACK);
-    else
-        gl().glCullFace(mode);
+    gl().glCullFace(mode == GL_CCW ? GL_BACK : (mode == GL_CW ? GL_FRONT : mode));
 }
 
 void setDepthFunc(StateNumbers v, GLenum, int) {

@@ -5,6 +5,7 @@
 #include "frame/ViewAndLook.h"
 #include "options/Values.h"
 #include "shading/CgUserShader.h"
+#include "shading/EffectShader.h"
 #include "shading/GlslLanguage.h"
 #include "shading/GlslUserShader.h"
 
@@ -67,7 +68,9 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
         fParticles.emplace(scene, ParticleOptions{*options.particles, options.lit, options.spriteImages});
     if (options.demo)
         fFountain.emplace();
-    if (options.cg)
+    if (options.cg && options.cg->isEffect)
+        fUserShader = std::make_unique<EffectShader>(*options.cg, scene, fLights, options.exposure);
+    else if (options.cg)
         fUserShader = std::make_unique<CgUserShader>(*options.cg, fLights);
     else if (!options.shader.empty())
         fUserShader = std::make_unique<GlslUserShader>(options.shader, fLights);
@@ -120,6 +123,7 @@ std::vector<std::string> DrawnScene::warnings() const {
     std::vector<std::string> warnings = fDrawable.warnings();
     for (const std::vector<std::string>& more :
          {fLights.warnings(), fShaders ? fShaders->warnings() : std::vector<std::string>(),
+          fUserShader ? fUserShader->warnings() : std::vector<std::string>(),
           fParticles ? fParticles->warnings() : std::vector<std::string>()})
         warnings.insert(warnings.end(), more.begin(), more.end());
     return warnings;
