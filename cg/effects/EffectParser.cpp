@@ -140,8 +140,6 @@ void EffectParser::technique() {
                               joined({"a technique is made of passes, not of ", inQuotes(peek().text)}));
         made.passes.push_back(pass());
     }
-    if (!made.name.empty() && !fTechniqueNames.insert(made.name).second)
-        fDiagnostics.fail(made.at, joined({"there is a technique ", inQuotes(made.name), " already"}));
     fOut.techniques.push_back(std::move(made));
 }
 

@@ -4,7 +4,6 @@
 #include "preprocess/Preprocessor.h"
 
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -58,7 +57,6 @@ private:
     std::vector<Token> fTokens;
     size_t fNext = 0;
     int fDepth = 0;
-    std::set<std::string> fTechniqueNames;
     Effect& fOut;
     Diagnostics& fDiagnostics;
 };

@@ -59,12 +59,24 @@ std::string whyUnsupported(const Token& token) {
     return {};
 }
 
-/// Kinds of interpolation and of packing, which change nothing here, and others that say nothing.
 /// Types of what effects declare beside their variables, in small letters.
 constexpr std::array<std::string_view, 10> kEffectTypes = {
     "texture",     "texture1d", "texture2d",   "texture3d",    "texturerect",
     "texturecube", "string",    "pixelshader", "vertexshader", "geometryshader"};
 
+std::string inSmallLetters(std::string_view text) {
+    std::string small(text.substr(0, 20)); // longer than all that is looked for
+    std::transform(small.begin(), small.end(), small.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return small;
+}
+
+bool isEffectType(const Token& token) {
+    return token.isName() && std::find(kEffectTypes.begin(), kEffectTypes.end(),
+                                       inSmallLetters(token.text)) != kEffectTypes.end();
+}
+
+/// Kinds of interpolation and of packing, which change nothing here, and others that say nothing.
 constexpr std::array<std::string_view, 12> kIdleQualifiers = {
     "inline",  "extern",   "volatile", "row_major", "column_major",  "shared",
     "precise", "centroid", "linear",   "sample",    "noperspective", "groupshared"};
@@ -198,7 +210,8 @@ Parser::Qualifiers Parser::qualifiers() {
 bool Parser::takeIdleQualifier() {
     const bool isFlat = peek().is("nointerpolation");
     const bool isOne = isFlat || isOneOf(peek(), kIdleQualifiers);
-    if (!isOne || !(startsType(1) || isOneOf(peek(1), kReserved) || isOneOf(peek(1), kIdleQualifiers)))
+    if (!isOne || !(startsType(1) || isEffectType(peek(1)) || isOneOf(peek(1), kReserved) ||
+                    isOneOf(peek(1), kIdleQualifiers)))
         return false;
     if (isFlat)
         fDiagnostics.warn(peek().at, "'nointerpolation' changes nothing: the value is interpolated");
@@ -404,9 +417,7 @@ void Parser::skipTo(std::string_view end) {
 
 /// Techniques, and the textures, strings and programs that they name. True: there was one.
 bool Parser::skipEffect() {
-    std::string word(peek().text.substr(0, 20)); // in any letters
-    std::transform(word.begin(), word.end(), word.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string word = inSmallLetters(peek().text);
     if (peek().isName() && (word == "technique" || word == "technique10" || word == "technique11") &&
         (peek(1).isName() || peek(1).is("{") || peek(1).is("<"))) {
         while (!peek().is("{") && peek().kind != TokenKind::End)
@@ -415,8 +426,7 @@ bool Parser::skipEffect() {
         skipTo("}");
         return true;
     }
-    const auto* found = std::find(kEffectTypes.begin(), kEffectTypes.end(), word);
-    if (found == kEffectTypes.end() || !peek().isName() || !peek(1).isName())
+    if (!isEffectType(peek()) || !peek(1).isName())
         return false;
     take();
     while (!peek().is("<") && !peek().is("=") && !peek().is(";") && peek().kind != TokenKind::End)

@@ -126,14 +126,21 @@ void giveArguments(const EffectObject& effect, ProgramObject& program,
     }
 }
 
-/// Programs of effects that were written for Direct3D are compiled for OpenGL.
-CGprofile profileOfEffects(CGprofile profile) {
-    if (!hasProperty(profile, CG_IS_DIRECT3D_PROFILE))
+/// What a program is compiled for: the profile that is written or, where that is the latest or one of
+/// Direct3D's, OpenGL's of the stage that the state is for.
+CGprofile profileOf(const EffectPart& assignment, const std::string& written) {
+    const CGprofile profile = profileNamed(written);
+    if (isCompiledFor(profile) || domainOf(profile) == CG_GEOMETRY_DOMAIN)
         return profile;
-    const CGdomain domain = domainOf(profile);
-    return domain == CG_VERTEX_DOMAIN     ? CG_PROFILE_GLSLV
-           : domain == CG_FRAGMENT_DOMAIN ? CG_PROFILE_GLSLF
-                                          : profile;
+    switch (std::tolower(static_cast<unsigned char>(assignment.name[0]))) {
+    case 'v':
+        return CG_PROFILE_GLSLV;
+    case 'p':
+    case 'f':
+        return CG_PROFILE_GLSLF;
+    default:
+        return profile;
+    }
 }
 
 /// No program: "NULL", or 0.
@@ -468,8 +475,8 @@ CGprogram cgGetProgramStateAssignmentValue(CGstateassignment handle) {
         for (const std::string& option : value.options)
             switches.push_back(option.c_str());
         switches.push_back(nullptr);
-        part->program = createProgramOf(*part->effect, profileOfEffects(profileNamed(value.profile)),
-                                        value.text.c_str(), switches.data());
+        part->program = createProgramOf(*part->effect, profileOf(*part, value.profile), value.text.c_str(),
+                                        switches.data());
         if (part->program)
             giveArguments(*part->effect, *find(part->program), value.parts);
         return part->program;
