@@ -11,6 +11,7 @@ namespace orlocg {
 namespace {
 
 constexpr int kDeepestValue = 64;
+constexpr size_t kLongestList = 1 << 18;
 constexpr int kLongestChain = 32; ///< each part takes those before it in: a chain is a deep tree
 
 struct Refusal {
@@ -429,6 +430,8 @@ EffectValue EffectParser::compiled() {
 /// Behind the opening token, with the one that closes them; a comma may stand behind the last.
 void EffectParser::arguments(std::vector<EffectValue>& out, const char* close) {
     while (!takeIf(close)) {
+        if (out.size() == kLongestList)
+            fDiagnostics.fail(peek().at, "this list has too many parts");
         out.push_back(value());
         if (!peek().is(close))
             expect(",", "between values");

@@ -60,6 +60,7 @@ void addTechniques(EffectObject& effect) {
 
 constexpr uint64_t kMostNumbers = 1 << 18; ///< of a parameter
 constexpr uint64_t kMostOfStruct = 1 << 12;
+constexpr size_t kMostStructs = 1 << 10;
 constexpr uint64_t kMostParts = 1 << 16; ///< of all parameters together
 constexpr size_t kMostNamed = 16;        ///< numbers that a name in a value stands for
 
@@ -95,14 +96,21 @@ void addConstants(EffectObject& effect) {
 void addStructs(EffectObject& effect) {
     Types& types = effect.types;
     for (const EffectStruct& written : effect.syntax->structs) {
+        if (effect.structs.size() == kMostStructs)
+            return;
         std::vector<Member> members;
         uint64_t size = 0;
         for (const EffectVariable& variable : written.members) {
             const Type* type = typeOfVariable(effect, variable);
-            if (type && !type->isArray() && type == types.stringType())
-                type = nullptr;
+            const Type* innermost = type;
+            while (innermost && innermost->isArray())
+                innermost = innermost->element;
+            if (innermost == types.stringType())
+                innermost = nullptr;
+            size += innermost ? leavesOf(type) : kMostNumbers;
+            if (size > kMostOfStruct)
+                break;
             members.push_back({variable.name, type, variable.semantic});
-            size += type ? leavesOf(type) : kMostNumbers;
         }
         if (members.empty() || size > kMostOfStruct)
             continue;
@@ -179,6 +187,7 @@ bool addParameters(EffectObject& effect) {
         effect.parameters.push_back(makeOwnParameter(*effect.context, type));
         ParameterObject& made = *effect.parameters.back();
         putNameBefore(made, variable.name);
+        effect.parametersByName.emplace(made.name, &made);
         made.semantic = variable.semantic;
         made.place = effect.parameters.size() - 1;
         made.effect = &effect;
@@ -303,23 +312,15 @@ std::string pathOf(const EffectValue& value, const NumbersOfName& named) {
 }
 
 ParameterObject* partAt(const EffectObject& effect, std::string_view path) {
-    const std::string_view name = path.substr(0, path.find_first_of(".["));
-    for (const std::unique_ptr<ParameterObject>& whole : effect.parameters) {
-        if (whole->name != name)
-            continue;
-        ParameterObject* at = whole.get();
-        while (at->name != path) {
-            const auto next = std::find_if(at->parts.begin(), at->parts.end(), [&](const auto& part) {
-                const char behind = part->name.size() < path.size() ? path[part->name.size()] : '.';
-                return path.starts_with(part->name) && (behind == '.' || behind == '[');
-            });
-            if (next == at->parts.end())
-                return nullptr;
-            at = next->get();
-        }
-        return at;
+    ParameterObject* at = parameterNamed(effect, std::string(path.substr(0, path.find_first_of(".["))));
+    while (at && at->name != path) {
+        const auto next = std::find_if(at->parts.begin(), at->parts.end(), [&](const auto& part) {
+            const char behind = part->name.size() < path.size() ? path[part->name.size()] : '.';
+            return path.starts_with(part->name) && (behind == '.' || behind == '[');
+        });
+        at = next == at->parts.end() ? nullptr : next->get();
     }
-    return nullptr;
+    return at;
 }
 
 } // namespace
@@ -367,6 +368,11 @@ std::vector<double> numbersOf(const EffectObject& effect, const EffectValue& val
         const std::vector<float>& values = valuesOf(*p);
         return {values.begin(), values.end()};
     });
+}
+
+ParameterObject* parameterNamed(const EffectObject& effect, const std::string& name) {
+    const auto found = effect.parametersByName.find(name);
+    return found == effect.parametersByName.end() ? nullptr : found->second;
 }
 
 std::optional<int> enumerantOf(const EffectPart& state, const std::string& name) {

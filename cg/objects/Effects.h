@@ -58,6 +58,7 @@ struct EffectObject : EffectPart {
     std::map<std::string, std::vector<double>> constants;
     std::map<std::string, const Type*> structs;
     ParameterList parameters; ///< of numbers, samplers, structs of these, textures and strings
+    std::map<std::string, ParameterObject*> parametersByName;
     std::vector<std::vector<std::unique_ptr<EffectPart>>> parameterAnnotations; ///< by the parameter's place
     std::vector<std::vector<std::unique_ptr<EffectPart>>> samplerStates;        ///< assignments, by the same
     std::map<CGparameter, std::string> strings; ///< values of parameters and elements
@@ -90,6 +91,9 @@ std::vector<double> numbersOf(const EffectObject& effect, const EffectValue& val
 /// A state's constant, where no other is spelled the same in small letters and capitals; nothing: it has
 /// none.
 std::optional<int> enumerantOf(const EffectPart& state, const std::string& name);
+
+/// Of an effect; null: there is none.
+ParameterObject* parameterNamed(const EffectObject& effect, const std::string& name);
 
 /// The whole that an effect's parameter is, or is part of; null: it is none of an effect's.
 const ParameterObject* wholeOfEffect(const ParameterObject& parameter);

@@ -96,10 +96,9 @@ CGprogram createProgramOf(EffectObject& effect, CGprofile profile, const char* e
     if (!made)
         return nullptr;
     for (const std::unique_ptr<ParameterObject>& to : find(made)->parameters[1]) {
-        const auto from = std::find_if(effect.parameters.begin(), effect.parameters.end(),
-                                       [&](const auto& each) { return each->name == to->name; });
-        if (from != effect.parameters.end() && to->isUniform && haveSameShape((*from)->type, to->type))
-            connect(**from, *to);
+        ParameterObject* from = parameterNamed(effect, to->name);
+        if (from && to->isUniform && haveSameShape(from->type, to->type))
+            connect(*from, *to);
     }
     return made;
 }
@@ -113,12 +112,10 @@ void giveArguments(const EffectObject& effect, ProgramObject& program,
         if (!to->isUniform || next == values.size())
             continue;
         const EffectValue& value = values[next++];
-        const std::string name = textOf(value);
-        const auto from = std::find_if(effect.parameters.begin(), effect.parameters.end(),
-                                       [&](const auto& each) { return each->name == name; });
-        const std::vector<double> numbers = numbersOf(value);
-        if (from != effect.parameters.end() && haveSameShape((*from)->type, to->type))
-            connect(**from, *to);
+        ParameterObject* from = parameterNamed(effect, textOf(value));
+        const std::vector<double> numbers = numbersOf(effect, value);
+        if (from && haveSameShape(from->type, to->type))
+            connect(*from, *to);
         else if (!numbers.empty() && to->type->isMatrix() && numbers.size() >= to->type->size())
             setMatrix(to->handle, numbers.data(), Order::Rows);
         else if (!numbers.empty() && to->type->isNumeric() && !to->type->isMatrix())
@@ -324,10 +321,10 @@ CGparameter cgGetFirstEffectParameter(CGeffect handle) {
 
 CGparameter cgGetNamedEffectParameter(CGeffect handle, const char* name) {
     const EffectObject* effect = findEffect(handle);
-    for (size_t i = 0; effect && name && i < effect->parameters.size(); ++i)
-        if (effect->parameters[i]->name == name)
-            return effect->parameters[i]->handle;
-    return nullptr;
+    const ParameterObject* found =
+        effect && name ? guarded<ParameterObject*>(nullptr, [&] { return parameterNamed(*effect, name); })
+                       : nullptr;
+    return found ? found->handle : nullptr;
 }
 
 CGparameter cgGetEffectParameterBySemantic(CGeffect handle, const char* semantic) {

@@ -179,7 +179,7 @@ void EffectShader::chooseTechnique() {
         return;
     std::string all = "--cgfx: none of the techniques can be used";
     for (const std::string& note : fNotes)
-        all.append("\n").append(note);
+        all.append("\n  ").append(note);
     throw Failure(kExitUsage, all);
 }
 
