@@ -58,9 +58,11 @@ constexpr StateWord kEquations[] = {{"FuncAdd", GL_FUNC_ADD},
 
 constexpr StateWord kFaces[] = {{"Front", GL_FRONT}, {"Back", GL_BACK}, {"FrontAndBack", GL_FRONT_AND_BACK}};
 
-constexpr StateWord kCullModes[] = {{"None", GL_NONE}, {"CW", GL_CW},
-                                    {"CCW", GL_CCW},   {"Front", GL_FRONT},
-                                    {"Back", GL_BACK}, {"FrontAndBack", GL_FRONT_AND_BACK}};
+/// Numbers are those of Direct3D, which programs set parameters to.
+constexpr StateWord kCullModes[] = {
+    {"D3DCULL_NONE", 1}, {"D3DCULL_CW", 2}, {"D3DCULL_CCW", 3},
+    {"None", GL_NONE},   {"CW", GL_CW},     {"CCW", GL_CCW},
+    {"Front", GL_FRONT}, {"Back", GL_BACK}, {"FrontAndBack", GL_FRONT_AND_BACK}};
 
 constexpr StateWord kWindings[] = {{"CW", GL_CW}, {"CCW", GL_CCW}};
 
@@ -241,7 +243,9 @@ void setCullFace(StateNumbers v, GLenum, int) {
 /// The side that isn't drawn. Direct3D names it by the way round its corners are seen, and its fronts are
 /// clockwise: CCW are backs, whichever way round they are here.
 void setCullMode(StateNumbers v, GLenum, int) {
-    const GLenum mode = word(v[0]);
+    constexpr std::array<GLenum, 4> kNumbers = {GL_NONE, GL_NONE, GL_CW, GL_CCW};
+    const GLenum given = word(v[0]);
+    const GLenum mode = given < kNumbers.size() ? kNumbers[given] : given;
     if (mode == GL_NONE)
         return gl().glDisable(GL_CULL_FACE);
     gl().glEnable(GL_CULL_FACE);

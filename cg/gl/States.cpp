@@ -128,10 +128,10 @@ ProgramStage stageOf(CGstateassignment assignment) {
 }
 
 /// The sampler of an effect's that one of a program follows; null: none.
-ParameterObject* effectSamplerOf(const ParameterObject& sampler) {
+const ParameterObject* effectSamplerOf(const ParameterObject& sampler) {
     std::vector<size_t> places; // from the sampler up
     for (const ParameterObject* at = &sampler; at; at = at->parent) {
-        if (ParameterObject* from = at->source) {
+        if (const ParameterObject* from = at->source) {
             for (size_t i = places.size(); i > 0; --i)
                 from = from->parts[places[i - 1]].get();
             return from;
@@ -149,16 +149,20 @@ CGstateassignment samplerState(CGparameter sampler, std::string_view name) {
     return found;
 }
 
-/// Gives a program's samplers the textures of the parameters that their states name, and binds what they
-/// have.
+/// Gives an effect's sampler the texture of the parameter that its state names.
+void takeNamedTexture(const ParameterObject& sampler) {
+    const CGstateassignment named = samplerState(sampler.handle, "Texture");
+    const CGparameter texture = named ? cgGetTextureStateAssignmentValue(named) : nullptr;
+    const GLuint name = texture ? cgGLGetTextureParameter(texture) : 0;
+    if (name != 0 && sampler.texture != name)
+        cgGLSetupSampler(sampler.handle, name);
+}
+
+/// Does so for all that a program reads, and binds what they have.
 void bindTextures(const GL& gl, const ProgramObject& program) {
     for (const ParameterObject* sampler : loaded(program)->samplers) {
-        ParameterObject* from = effectSamplerOf(*sampler);
-        const CGstateassignment named = from ? samplerState(from->handle, "Texture") : nullptr;
-        const CGparameter texture = named ? cgGetTextureStateAssignmentValue(named) : nullptr;
-        const GLuint name = texture ? cgGLGetTextureParameter(texture) : 0;
-        if (name != 0 && from->texture != name)
-            cgGLSetupSampler(from->handle, name);
+        if (const ParameterObject* from = effectSamplerOf(*sampler))
+            takeNamedTexture(*from);
         if (sampler->texture != 0)
             bindSampler(gl, *sampler, sampler->texture);
     }
@@ -192,7 +196,8 @@ ProgramObject* loadedProgramOf(CGstateassignment assignment) {
     return cgGLIsProgramLoaded(program) ? orlocg_findProgram(program) : nullptr;
 }
 
-bool isNoProgram(CGstateassignment assignment) {
+/// "NULL", or 0.
+bool isNothing(CGstateassignment assignment) {
     const char* text = cgGetStringStateAssignmentValue(assignment);
     int count = 0;
     const int* number = cgGetIntStateAssignmentValues(assignment, &count);
@@ -200,7 +205,7 @@ bool isNoProgram(CGstateassignment assignment) {
 }
 
 CGbool setProgramState(CGstateassignment assignment) {
-    if (isNoProgram(assignment))
+    if (isNothing(assignment))
         return resetProgramState(assignment);
     const ProgramObject* program = loadedProgramOf(assignment);
     if (!program)
@@ -212,7 +217,7 @@ CGbool setProgramState(CGstateassignment assignment) {
 }
 
 CGbool validateProgramState(CGstateassignment assignment) {
-    return isNoProgram(assignment) || loadedProgramOf(assignment) != nullptr;
+    return isNothing(assignment) || loadedProgramOf(assignment) != nullptr;
 }
 
 // Textures of OpenGL's own functions.
@@ -227,35 +232,40 @@ constexpr TextureState kTextureStates[] = {{"Texture1D", GL_TEXTURE_1D},
                                            {"Texture3D", GL_TEXTURE_3D},
                                            {"TextureCubeMap", GL_TEXTURE_CUBE_MAP},
                                            {"TextureRectangle", GL_TEXTURE_RECTANGLE},
-                                           {"Texture", GL_TEXTURE_2D}};
-
-void bindTo(CGstateassignment assignment, GLuint texture) {
-    const TextureState* state = stateIn(kTextureStates, assignment);
-    const GL& gl = *openGL();
-    gl.activeTexture(GL_TEXTURE0 + static_cast<GLenum>(cgGetStateAssignmentIndex(assignment)));
-    gl.bindTexture(state ? state->target : GL_TEXTURE_2D, texture);
-    gl.activeTexture(GL_TEXTURE0);
-}
+                                           {"Texture", GL_TEXTURE_2D},
+                                           {"Sampler", GL_TEXTURE_2D}};
 
 constexpr int kMostTextures = 16;
 
 CGbool validateTextureState(CGstateassignment assignment) {
     return cgGetStateAssignmentIndex(assignment) < kMostTextures &&
-           cgGetTextureStateAssignmentValue(assignment) != nullptr;
+           (isNothing(assignment) || cgGetTextureStateAssignmentValue(assignment) != nullptr);
+}
+
+/// Binds a parameter's texture, null for none, to the unit with the assignment's index.
+CGbool bindTo(CGstateassignment assignment, const ParameterObject* parameter) {
+    if (!validateTextureState(assignment) || !canSetStates())
+        return CG_FALSE;
+    const TextureState* state = stateIn(kTextureStates, assignment);
+    const bool isSampler = parameter && parameter->type->isSampler();
+    const GLenum target = isSampler ? targetOf(*parameter) : (state ? state->target : GL_TEXTURE_2D);
+    const GL& gl = *openGL();
+    gl.activeTexture(GL_TEXTURE0 + static_cast<GLenum>(cgGetStateAssignmentIndex(assignment)));
+    gl.bindTexture(target, parameter ? parameter->texture : 0);
+    gl.activeTexture(GL_TEXTURE0);
+    return CG_TRUE;
 }
 
 CGbool setTextureState(CGstateassignment assignment) {
-    if (!validateTextureState(assignment) || !canSetStates())
-        return CG_FALSE;
-    bindTo(assignment, cgGLGetTextureParameter(cgGetTextureStateAssignmentValue(assignment)));
-    return CG_TRUE;
+    const CGparameter handle = cgGetTextureStateAssignmentValue(assignment);
+    const ParameterObject* parameter = handle ? orlocg_findParameter(handle) : nullptr;
+    if (parameter && parameter->type->isSampler())
+        takeNamedTexture(*parameter);
+    return bindTo(assignment, parameter);
 }
 
 CGbool resetTextureState(CGstateassignment assignment) {
-    if (cgGetStateAssignmentIndex(assignment) >= kMostTextures || !canSetStates())
-        return CG_FALSE;
-    bindTo(assignment, 0);
-    return CG_TRUE;
+    return bindTo(assignment, nullptr);
 }
 
 // States of samplers: of the texture that is bound to what the sampler reads.

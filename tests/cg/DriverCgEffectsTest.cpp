@@ -113,7 +113,7 @@ TEST_F(DriverCgEffects, setStatesAndWhatOpenGLBeginsWith) {
         {"ColorWriteEnable = Red | Alpha;", GL_COLOR_WRITEMASK, {1, 0, 0, 1}, {1, 1, 1, 1}},
         {"CullFace = FrontAndBack;", GL_CULL_FACE_MODE, {GL_FRONT_AND_BACK}, {GL_BACK}},
         {"CullMode = CW;", GL_CULL_FACE_MODE, {GL_FRONT}, {GL_FRONT}},
-        {"CullMode = CCW;", GL_CULL_FACE, {1}, {0}},
+        {"CullMode = 3;", GL_CULL_FACE, {1}, {0}},
         {"DepthBias = 0.5;", GL_POLYGON_OFFSET_UNITS, {1 << 23}, {0}},
         {"SlopeScaleDepthBias = 2;", GL_POLYGON_OFFSET_FILL, {1}, {0}},
         {"DepthFunc = LEqual;", GL_DEPTH_FUNC, {GL_LEQUAL}, {GL_LESS}},
@@ -152,7 +152,7 @@ TEST_F(DriverCgEffects, setStatesAndWhatOpenGLBeginsWith) {
          {GL_KEEP}},
         {"StencilZFail = IncrSat;", GL_STENCIL_PASS_DEPTH_FAIL, {GL_INCR}, {GL_KEEP}},
         {"StencilMask = 15;", GL_STENCIL_WRITEMASK, {15}, {4294967295.0}},
-        {"TextureEnvMode[0] = Replace;", 0, {}, {}},
+        {"TextureEnvMode[0] = Replace; Texture[1] = NULL;", 0, {}, {}},
         {"LightDiffuse[1] = {1, 0, 0, 1}; MaterialShininess = 5; TextureMatrix[1] = {1,0,0,0, 0,1,0,0, "
          "0,0,1,0, 0,0,0,1};",
          0,
@@ -256,6 +256,7 @@ sampler2D idle { Texture = <map>; MinFilter = Sometimes; };
 void place(float4 p : POSITION, float2 t : TEXCOORD0, out float4 o : POSITION, out float2 u : TEXCOORD0) { o = p; u = t; }
 float4 show(float2 u : TEXCOORD0, uniform sampler2D s, uniform float far) : COLOR { return tex2D(s, u * far); }
 technique Named { pass { VertexProgram = compile glslv place(); FragmentProgram = compile glslf show(tiled, 9); } }
+technique Unit { pass { Sampler[0] = <tiled>; Texture2DEnable[0] = true; TextureEnvMode[0] = Replace; } }
 technique Given { pass { VertexProgram = compile glslv place(); FragmentProgram = compile glslf show(given, 0.25); } }
 )");
     GLuint textures[2];
@@ -283,6 +284,9 @@ technique Given { pass { VertexProgram = compile glslv place(); FragmentProgram 
     EXPECT_EQ(number(textures[0], GL_TEXTURE_MIN_FILTER), GLenum{GL_NEAREST});
     EXPECT_EQ(number(textures[0], GL_TEXTURE_WRAP_S), GLenum{GL_CLAMP_TO_EDGE});
     EXPECT_EQ(number(textures[0], GL_TEXTURE_WRAP_T), GLenum{GL_REPEAT});
+    gl().glClear(GL_COLOR_BUFFER_BIT);
+    drawBy(cgGetNamedTechnique(effect, "Unit"));
+    expectPixel({0, 0, 255, 255}, "by OpenGL's own functions", 3);
     EXPECT_EQ(cgGLGetTextureParameter(given), textures[1]);
     EXPECT_EQ(number(textures[1], GL_TEXTURE_MIN_FILTER), GLenum{GL_LINEAR_MIPMAP_LINEAR});
     EXPECT_EQ(number(textures[1], GL_TEXTURE_MAG_FILTER), GLenum{GL_NEAREST});
