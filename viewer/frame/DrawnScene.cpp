@@ -19,6 +19,13 @@ bool hasUserShader(const Options& options) {
     return options.cg || !options.shader.empty();
 }
 
+DrawableScene::Extras extrasOf(const Options& options) {
+    using Extras = DrawableScene::Extras;
+    if (options.cg && options.cg->isEffect)
+        return Extras::NormalMapsAndTangents;
+    return hasUserShader(options) ? Extras::NormalMaps : Extras::Nothing;
+}
+
 size_t partOf(const Scene& scene, const std::string& wanted) {
     std::vector<std::string> names;
     for (const Instance& instance : scene.instances)
@@ -56,7 +63,7 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
                        const ProgressReport& report)
     : fShading(chooseShading(options)), fSky(skyOf(options)),
       fLights(scene, !isLitBySkyAlone(options), options.exposure),
-      fDrawable(scene, fShading, report, hasUserShader(options)), fGround(guides.ground), fMarks(scene),
+      fDrawable(scene, fShading, report, extrasOf(options)), fGround(guides.ground), fMarks(scene),
       fGrid(guides.grid), fAxes(guides.axes) {
     if (options.part)
         fMarks.outline(partOf(scene, *options.part));
