@@ -1,7 +1,6 @@
 #pragma once
 
-// The interface of the Cg core runtime, libCg.so: programs and their parameters; of its effects what they are
-// made of. Plain C.
+// The interface of the Cg core runtime, libCg.so: programs and their parameters, effects and their states. Plain C.
 //
 //     CGcontext context = cgCreateContext();
 //     CGprogram program = cgCreateProgram(context, CG_SOURCE, source, CG_PROFILE_ARBFP1, "main", 0);
