@@ -1,6 +1,7 @@
 #pragma once
 
-// The interface of the Cg core runtime, libCg.so: programs and their parameters, effects and their states. Plain C.
+// The interface of the Cg core runtime, libCg.so: programs and their parameters, effects and their states.
+// Plain C.
 //
 //     CGcontext context = cgCreateContext();
 //     CGprogram program = cgCreateProgram(context, CG_SOURCE, source, CG_PROFILE_ARBFP1, "main", 0);
@@ -303,8 +304,9 @@ CGbool cgIsPass(CGpass pass);
 const char* cgGetPassName(CGpass pass);
 CGtechnique cgGetPassTechnique(CGpass pass);
 
-// The states that a pass sets. A name of the effect's, a constant or a parameter as it is now, has its numbers,
-// and is a string too. Names of states and of their constants are the same in small letters and capitals.
+// The states that a pass sets. A name of the effect's, a constant or a parameter as it is now, has its
+// numbers, and is a string too. Names of states and of their constants are the same in small letters and
+// capitals.
 CGstateassignment cgGetFirstStateAssignment(CGpass pass);
 CGstateassignment cgGetNextStateAssignment(CGstateassignment assignment);
 CGstateassignment cgGetNamedStateAssignment(CGpass pass, const char* name);
@@ -322,8 +324,8 @@ const float* cgGetFloatStateAssignmentValues(CGstateassignment assignment, int* 
 const int* cgGetIntStateAssignmentValues(CGstateassignment assignment, int* count);
 const CGbool* cgGetBoolStateAssignmentValues(CGstateassignment assignment, int* count);
 const char* cgGetStringStateAssignmentValue(CGstateassignment assignment);
-// The program of "compile arbvp1 main(tint, 2)", compiled when this is called first; for OpenGL where it is for
-// Direct3D. Null without an error: the value is NULL.
+// The program of "compile arbvp1 main(tint, 2)", compiled when this is called first; for OpenGL where it is
+// for Direct3D. Null without an error: the value is NULL.
 CGprogram cgGetProgramStateAssignmentValue(CGstateassignment assignment);
 
 // The parameter that a value names.
