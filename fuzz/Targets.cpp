@@ -12,6 +12,7 @@
 #include "texture/PictureDecoder.h"
 #include "texture/SkyRows.h"
 
+#include <Cg/cg.h>
 #include <gl/GLFunctionTable.h>
 #include <orlohost/ShadingNodeSpec.h>
 #include <shader/GL2Shader.h>
@@ -137,6 +138,47 @@ void compileCg(Bytes bytes) {
     }
 }
 
+/// Walks through an effect, and compiles a few of its programs.
+void readEffect(Bytes bytes) {
+    static const CGcontext context = [] {
+        const CGcontext made = cgCreateContext();
+        cgSetCompilerIncludeCallback(made, [](CGcontext asking, const char* name) {
+            cgSetCompilerIncludeString(asking, name, "float f;\n");
+        });
+        return made;
+    }();
+    cgSetCompilerIncludeString(context, nullptr, nullptr);
+    const std::string source(bytes.begin(), bytes.end());
+    const CGeffect effect = cgCreateEffect(context, source.c_str(), nullptr);
+    demand(effect || *cgGetLastListing(context) != 0, "refused without a word");
+    if (!effect)
+        return;
+    int programs = 4;
+    const auto walk = [&](CGstateassignment at) {
+        for (; at; at = cgGetNextStateAssignment(at)) {
+            int count = 0;
+            cgGetFloatStateAssignmentValues(at, &count);
+            cgGetTextureStateAssignmentValue(at);
+            demand(cgGetStringStateAssignmentValue(at) != nullptr, "a value without a text");
+            if (programs-- > 0)
+                cgGetProgramStateAssignmentValue(at);
+        }
+    };
+    for (CGtechnique technique = cgGetFirstTechnique(effect); technique;
+         technique = cgGetNextTechnique(technique))
+        for (CGpass pass = cgGetFirstPass(technique); pass; pass = cgGetNextPass(pass))
+            walk(cgGetFirstStateAssignment(pass));
+    for (CGparameter p = cgGetFirstEffectParameter(effect); p; p = cgGetNextParameter(p)) {
+        walk(cgGetFirstSamplerStateAssignment(p));
+        for (CGannotation a = cgGetFirstParameterAnnotation(p); a; a = cgGetNextAnnotation(a))
+            cgGetStringAnnotationValue(a);
+        demand(cgGetParameterEffect(p) == effect, "another effect's parameter");
+    }
+    while (const CGprogram program = cgGetFirstProgram(context))
+        cgDestroyProgram(program);
+    cgDestroyEffect(effect);
+}
+
 /// The bytes build a network: of three each, the first says what is done and to which node.
 void compileNetwork(Bytes bytes) {
     using namespace koShadingDag;
@@ -205,12 +247,19 @@ void searchExtensions(Bytes bytes) {
 }
 
 constexpr FuzzTarget kTargets[] = {
-    {"gltf", readGltf},         {"obj", readObj},
-    {"mtl", readMtl},           {"ply", readPly},
-    {"stl", readStl},           {"table", readTable},
-    {"picture", decodePicture}, {"radiance", readRadiance},
-    {"cg", compileCg},          {"network", compileNetwork},
-    {"shader", readShader},     {"extensions", searchExtensions},
+    {"gltf", readGltf},
+    {"obj", readObj},
+    {"mtl", readMtl},
+    {"ply", readPly},
+    {"stl", readStl},
+    {"table", readTable},
+    {"picture", decodePicture},
+    {"radiance", readRadiance},
+    {"cg", compileCg},
+    {"effect", readEffect},
+    {"network", compileNetwork},
+    {"shader", readShader},
+    {"extensions", searchExtensions},
 };
 
 } // namespace

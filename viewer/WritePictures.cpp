@@ -155,6 +155,7 @@ private:
 
     /// Shows what moves at a time, in seconds.
     void show(double time) {
+        fDrawn.setTime(time);
         if (fOptions.demo)
             fDrawn.animate(time);
         const Moved& moved = fPoser.pose(time);

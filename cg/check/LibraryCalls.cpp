@@ -147,9 +147,14 @@ void LibraryCalls::checkMultiply(Expression& e) {
         convert(e.operands[1], fTypes.vector(scalar, a->columns), "a vector of mul");
         e.type = fTypes.vector(scalar, a->rows);
     } else if (b->isMatrix()) {
-        if (a->columns < b->rows)
+        const unsigned rows = std::min(a->columns, b->rows);
+        if (rows < 2)
             wrong();
-        convert(e.operands[0], fTypes.vector(scalar, b->rows), "a vector of mul");
+        if (rows < b->rows) { // effects for Direct3D leave rows out
+            fDiagnostics.warn(e.at, "mul leaves rows of " + nameOf(b) + " out");
+            cast(e.operands[1], fTypes.numeric(scalar, rows, b->columns));
+        }
+        convert(e.operands[0], fTypes.vector(scalar, rows), "a vector of mul");
         e.type = fTypes.vector(scalar, b->columns);
     } else {
         if (a->columns != b->columns)

@@ -7,7 +7,7 @@
 #include <vector>
 
 // An effect file as it stands: parameters with their annotations, techniques of passes, passes of states. Its
-// functions and structs are the compiler's.
+// functions are the compiler's.
 
 namespace orlocg {
 
@@ -71,8 +71,15 @@ struct EffectTechnique {
     std::vector<EffectPass> passes;
 };
 
+struct EffectStruct {
+    std::string name;
+    std::vector<EffectVariable> members; ///< none: it has more in it than these
+};
+
 struct Effect {
     std::vector<EffectVariable> parameters;
+    std::vector<EffectVariable> constants; ///< static, const or varying variables with a value
+    std::vector<EffectStruct> structs;
     std::vector<EffectTechnique> techniques;
 };
 

@@ -11,6 +11,7 @@ namespace orlocg {
 namespace {
 
 constexpr int kDeepestValue = 64;
+constexpr size_t kLongestList = 1 << 18;
 constexpr int kLongestChain = 32; ///< each part takes those before it in: a chain is a deep tree
 
 struct Refusal {
@@ -140,8 +141,6 @@ void EffectParser::technique() {
                               joined({"a technique is made of passes, not of ", inQuotes(peek().text)}));
         made.passes.push_back(pass());
     }
-    if (!made.name.empty() && !fTechniqueNames.insert(made.name).second)
-        fDiagnostics.fail(made.at, joined({"there is a technique ", inQuotes(made.name), " already"}));
     fOut.techniques.push_back(std::move(made));
 }
 
@@ -240,24 +239,13 @@ void EffectParser::declaration() {
             fDiagnostics.fail(peek().at, refusal.message);
     EffectVariable first;
     first.at = peek().at;
-    for (const auto* found = kQualifiers.begin();
-         (found = std::find(kQualifiers.begin(), kQualifiers.end(), peek().text)) != kQualifiers.end();) {
-        first.isUniform = first.isUniform && found < kQualifiers.begin() + kFirstFixed;
-        take();
-    }
+    first.isUniform = qualifiers();
     if (takeIf("[")) // a hint to a compiler
         return skipBlock("[", "]");
-    if (takeIf("typedef")) {
-        while (peek().kind != TokenKind::End && !takeIf(";")) {
-            if (take().is("{"))
-                skipBlock("{", "}");
-        }
-        return;
-    }
+    if (takeIf("typedef"))
+        return typeDefinition();
     if (takeIf("struct")) {
-        first.type = peek().isName() ? std::string(take().text) : "";
-        if (takeIf("{"))
-            skipBlock("{", "}");
+        first.type = structure();
         if (takeIf(";"))
             return;
     } else {
@@ -273,6 +261,71 @@ void EffectParser::declaration() {
     if (peek().isName() && peek(1).isName() && !peek(1).is("sampler_state")) // "arbvp1 float4 f()"
         first.type = take().text;
     variables(first);
+}
+
+/// Whether what they stand before is one that its user sets.
+bool EffectParser::qualifiers() {
+    bool isUniform = true;
+    for (const auto* found = kQualifiers.begin();
+         (found = std::find(kQualifiers.begin(), kQualifiers.end(), peek().text)) != kQualifiers.end();) {
+        isUniform = isUniform && found < kQualifiers.begin() + kFirstFixed;
+        take();
+    }
+    return isUniform;
+}
+
+/// Behind "struct": its name.
+std::string EffectParser::structure() {
+    EffectStruct made;
+    if (peek().isName())
+        made.name = take().text;
+    if (takeIf(":")) // the interfaces that it has the methods of
+        while (peek().isName() || peek().is(","))
+            take();
+    if (!takeIf("{"))
+        return made.name;
+    if (const size_t start = fNext; !members(made.members)) {
+        fNext = start;
+        made.members.clear();
+        skipBlock("{", "}");
+    }
+    fOut.structs.push_back(made);
+    return made.name;
+}
+
+/// Behind "{", with the "}". False: there is something else than plain members.
+bool EffectParser::members(std::vector<EffectVariable>& out) {
+    while (!takeIf("}")) {
+        if (takeIf(";"))
+            continue;
+        EffectVariable first;
+        qualifiers();
+        if (!peek().isName() || !peek(1).isName())
+            return false;
+        first.type = take().text;
+        do {
+            out.push_back(first);
+            if (!peek().isName() || peek(1).is("("))
+                return false;
+            out.back().name = take().text;
+            variable(out.back());
+        } while (takeIf(","));
+        if (!takeIf(";"))
+            return false;
+    }
+    return true;
+}
+
+/// Behind "typedef": of structs the one name, else passed over.
+void EffectParser::typeDefinition() {
+    if (takeIf("struct")) {
+        structure();
+        if (peek().isName() && peek(1).is(";") && !fOut.structs.empty())
+            fOut.structs.back().name = peek().text;
+    }
+    while (peek().kind != TokenKind::End && !takeIf(";"))
+        if (take().is("{"))
+            skipBlock("{", "}");
 }
 
 /// From the first one's name on.
@@ -294,6 +347,8 @@ void EffectParser::variables(const EffectVariable& first) {
                                    peek().kind != TokenKind::End && !peek().is(";") && !peek().is(",");
         if (made.isUniform)
             fOut.parameters.push_back(std::move(made));
+        else if (made.value.kind != EffectValue::Kind::None)
+            fOut.constants.push_back(std::move(made));
         if (takeIf(",") || endsWithBlock) {
             if (endsWithBlock)
                 return;
@@ -375,6 +430,8 @@ EffectValue EffectParser::compiled() {
 /// Behind the opening token, with the one that closes them; a comma may stand behind the last.
 void EffectParser::arguments(std::vector<EffectValue>& out, const char* close) {
     while (!takeIf(close)) {
+        if (out.size() == kLongestList)
+            fDiagnostics.fail(peek().at, "this list has too many parts");
         out.push_back(value());
         if (!peek().is(close))
             expect(",", "between values");

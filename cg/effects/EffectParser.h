@@ -4,14 +4,13 @@
 #include "preprocess/Preprocessor.h"
 
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace orlocg {
 
-/// Reads an effect file's tokens; functions and structs are passed over. Throws CompileError, also for what
+/// Reads an effect file's tokens; functions are passed over. Throws CompileError, also for what
 /// there is in other effect files and isn't here, by its name.
 class EffectParser {
 public:
@@ -32,6 +31,10 @@ private:
 
     // The file.
     void declaration();
+    std::string structure();
+    bool members(std::vector<EffectVariable>& out);
+    void typeDefinition();
+    bool qualifiers();
     void technique();
     EffectPass pass();
     std::vector<EffectState> states();
@@ -54,7 +57,6 @@ private:
     std::vector<Token> fTokens;
     size_t fNext = 0;
     int fDepth = 0;
-    std::set<std::string> fTechniqueNames;
     Effect& fOut;
     Diagnostics& fDiagnostics;
 };

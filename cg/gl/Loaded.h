@@ -29,6 +29,13 @@ LoadedProgram* loaded(const ProgramObject& program);
 /// Binds a texture to a sampler's unit, if the program uses it. Unit 0 is active then.
 void bindSampler(const GL& gl, const ParameterObject& sampler, GLuint texture);
 
+/// What OpenGL calls the textures that a sampler reads.
+GLenum targetOf(const ParameterObject& sampler);
+
+/// Takes a buffer's bytes to OpenGL and back.
+void storeBuffer(const BufferObject& buffer);
+void fetchBuffer(BufferObject& buffer);
+
 /// The texture coordinates and the generic attributes that a vertex program's resource can be.
 constexpr bool isTexCoord(int resource) {
     return resource >= CG_TEXCOORD0 && resource <= CG_TEXCOORD7;

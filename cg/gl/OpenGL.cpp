@@ -24,13 +24,12 @@ class Finder {
 public:
     template <typename Function>
     void operator()(Function& slot, const char* name) {
-        slot = fAsk ? reinterpret_cast<Function>(fAsk(reinterpret_cast<const GLubyte*>(name))) : nullptr;
+        slot = reinterpret_cast<Function>(findEntryPoint(name));
         fIsComplete = fIsComplete && slot;
     }
     bool isComplete() const { return fIsComplete; }
 
 private:
-    AskByName fAsk = findAsker();
     bool fIsComplete = true;
 };
 
@@ -108,12 +107,22 @@ GL findAll() {
     find(gl.isProgramPipeline, "glIsProgramPipeline");
     find(gl.bindProgramPipeline, "glBindProgramPipeline");
     find(gl.useProgramStages, "glUseProgramStages");
+    find(gl.genBuffers, "glGenBuffers");
+    find(gl.deleteBuffers, "glDeleteBuffers");
+    find(gl.bindBuffer, "glBindBuffer");
+    find(gl.bufferData, "glBufferData");
+    find(gl.getBufferSubData, "glGetBufferSubData");
     findUniforms(gl, find);
     gl.isComplete = find.isComplete();
     return gl;
 }
 
 } // namespace
+
+EntryPoint findEntryPoint(const char* name) {
+    static const AskByName ask = findAsker();
+    return ask ? ask(reinterpret_cast<const GLubyte*>(name)) : nullptr;
+}
 
 void* GL::currentContext() const {
     void* const context = currentGlxContext();

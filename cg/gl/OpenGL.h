@@ -50,6 +50,11 @@ struct GL {
     PFNGLISPROGRAMPIPELINEPROC isProgramPipeline;
     PFNGLBINDPROGRAMPIPELINEPROC bindProgramPipeline;
     PFNGLUSEPROGRAMSTAGESPROC useProgramStages;
+    PFNGLGENBUFFERSPROC genBuffers;
+    PFNGLDELETEBUFFERSPROC deleteBuffers;
+    PFNGLBINDBUFFERPROC bindBuffer;
+    PFNGLBUFFERDATAPROC bufferData;
+    PFNGLGETBUFFERSUBDATAPROC getBufferSubData;
     PFNGLPROGRAMUNIFORM1FVPROC uniformVectors[4]; ///< of 1 to 4 floats
     PFNGLPROGRAMUNIFORM1IVPROC uniformInts[4];
     PFNGLPROGRAMUNIFORMMATRIX4FVPROC uniformMatrices[3][3]; ///< by columns and rows, from 2
@@ -60,6 +65,10 @@ struct GL {
 
     bool isComplete = false;
 };
+
+/// An entry point by its name; null: there is none.
+using EntryPoint = void (*)();
+EntryPoint findEntryPoint(const char* name);
 
 /// Whether there is an OpenGL with all of that; a current context is needed to ask first.
 const GL* openGL();

@@ -106,14 +106,18 @@ LoadedProgram* loaded(const ProgramObject& program) {
     return static_cast<LoadedProgram*>(program.extension.get());
 }
 
-void bindSampler(const GL& gl, const ParameterObject& sampler, GLuint texture) {
-    if (sampler.location < 0)
-        return; // the program doesn't use it
+GLenum targetOf(const ParameterObject& sampler) {
     constexpr std::array<GLenum, 8> kTargets = {
         GL_TEXTURE_2D,        GL_TEXTURE_1D,       GL_TEXTURE_2D,       GL_TEXTURE_3D,
         GL_TEXTURE_RECTANGLE, GL_TEXTURE_CUBE_MAP, GL_TEXTURE_1D_ARRAY, GL_TEXTURE_2D_ARRAY};
+    return kTargets[static_cast<size_t>(sampler.type->sampler)];
+}
+
+void bindSampler(const GL& gl, const ParameterObject& sampler, GLuint texture) {
+    if (sampler.location < 0)
+        return; // the program doesn't use it
     gl.activeTexture(GL_TEXTURE0 + static_cast<GLenum>(sampler.unit));
-    gl.bindTexture(kTargets[static_cast<size_t>(sampler.type->sampler)], texture);
+    gl.bindTexture(targetOf(sampler), texture);
     gl.activeTexture(GL_TEXTURE0);
 }
 
@@ -324,6 +328,8 @@ public:
 
     void setAttribute(const ParameterObject& p, const float (&v)[4]) override;
     void reload(ProgramObject& program) override;
+    void store(const BufferObject& buffer) override { storeBuffer(buffer); }
+    void fetch(BufferObject& buffer) override { fetchBuffer(buffer); }
 };
 
 void GLBinding::setAttribute(const ParameterObject& p, const float (&v)[4]) {

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstring>
 #include <optional>
+#include <set>
 #include <string_view>
 
 // Parameters that are read from buffers.
@@ -72,15 +73,20 @@ void readLeaf(ParameterObject& leaf, const std::vector<unsigned char>& bytes) {
         global().binding->send(leaf);
 }
 
-void readAll(ParameterObject& p) {
+/// What OpenGL has is read but once.
+void readAll(ParameterObject& p, std::set<BufferObject*>& read) {
     if (p.isLeaf() && p.type->isNumeric()) {
         const CGbuffer handle = p.program->buffers[static_cast<size_t>(p.buffer)];
         const auto found = global().buffers.find(reinterpret_cast<uintptr_t>(handle));
-        if (found != global().buffers.end())
-            readLeaf(p, found->second->bytes);
+        if (found != global().buffers.end()) {
+            BufferObject& buffer = *found->second;
+            if (buffer.extension && !buffer.isMapped && read.insert(&buffer).second)
+                global().binding->fetch(buffer);
+            readLeaf(p, buffer.bytes);
+        }
     }
     for (const std::unique_ptr<ParameterObject>& part : p.parts)
-        readAll(*part);
+        readAll(*part, read);
 }
 
 } // namespace
@@ -105,10 +111,11 @@ void placeInBuffers(ProgramObject& program) {
 }
 
 void readBuffers(ProgramObject& program) {
+    std::set<BufferObject*> read;
     for (const ParameterList& list : program.parameters)
         for (const std::unique_ptr<ParameterObject>& p : list)
             if (p->buffer >= 0)
-                readAll(*p);
+                readAll(*p, read);
 }
 
 } // namespace orlocg

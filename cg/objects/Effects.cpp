@@ -58,15 +58,23 @@ void addTechniques(EffectObject& effect) {
     }
 }
 
-/// The type of a parameter that an effect can have; null: the compiler's alone, such as a struct.
-const Type* typeOfVariable(Types& types, const EffectVariable& variable) {
+constexpr uint64_t kMostNumbers = 1 << 18; ///< of a parameter
+constexpr uint64_t kMostOfStruct = 1 << 12;
+constexpr size_t kMostStructs = 1 << 10;
+constexpr uint64_t kMostParts = 1 << 16; ///< of all parameters together
+constexpr size_t kMostNamed = 16;        ///< numbers that a name in a value stands for
+
+/// The type of a parameter that an effect can have; null: the compiler's alone, or too large.
+const Type* typeOfVariable(EffectObject& effect, const EffectVariable& variable) {
+    Types& types = effect.types;
     const bool isTexture = variable.type.starts_with("texture") || variable.type.starts_with("Texture");
     const Type* type = isTexture ? types.stringType() : types.named(variable.type);
+    if (const auto known = effect.structs.find(variable.type); known != effect.structs.end())
+        type = known->second;
     if (!type || type == types.voidType())
         return nullptr;
     for (size_t i = variable.lengths.size(); i > 0; --i) {
-        const std::vector<double> length = numbersOf(variable.lengths[i - 1]);
-        constexpr uint64_t kMostNumbers = 1 << 18;
+        const std::vector<double> length = numbersOf(effect, variable.lengths[i - 1]);
         if (length.size() != 1 || !(length[0] >= 1) || !(length[0] <= kMostNumbers) ||
             leavesOf(type) * static_cast<uint64_t>(length[0]) > kMostNumbers)
             return nullptr;
@@ -75,44 +83,117 @@ const Type* typeOfVariable(Types& types, const EffectVariable& variable) {
     return type;
 }
 
-void nameAll(ParameterObject& p, const std::string& name) {
-    p.name = name;
-    for (size_t i = 0; i < p.parts.size(); ++i)
-        nameAll(*p.parts[i], name + "[" + std::to_string(i) + "]");
-}
-
-void giveInitial(ParameterObject& p, std::vector<double>::const_iterator& at) {
-    if (p.isLeaf() && p.type->isNumeric()) {
-        p.initial.assign(at, at + p.type->size());
-        at += p.type->size();
+/// Takes over what constants are, each by those before it.
+void addConstants(EffectObject& effect) {
+    for (const EffectVariable& constant : effect.syntax->constants) {
+        std::vector<double> numbers = numbersOf(effect, constant.value);
+        if (!numbers.empty() && numbers.size() <= kMostNamed)
+            effect.constants.insert_or_assign(constant.name, std::move(numbers));
     }
-    for (const std::unique_ptr<ParameterObject>& part : p.parts)
-        giveInitial(*part, at);
 }
 
-void addParameters(EffectObject& effect) {
+/// Makes types of structs; of those with strings, textures or something else in them there are none.
+void addStructs(EffectObject& effect) {
+    Types& types = effect.types;
+    for (const EffectStruct& written : effect.syntax->structs) {
+        if (effect.structs.size() == kMostStructs)
+            return;
+        std::vector<Member> members;
+        uint64_t size = 0;
+        for (const EffectVariable& variable : written.members) {
+            const Type* type = typeOfVariable(effect, variable);
+            const Type* innermost = type;
+            while (innermost && innermost->isArray())
+                innermost = innermost->element;
+            if (innermost == types.stringType())
+                innermost = nullptr;
+            size += innermost ? leavesOf(type) : kMostNumbers;
+            if (size > kMostOfStruct)
+                break;
+            members.push_back({variable.name, type, variable.semantic});
+        }
+        if (members.empty() || size > kMostOfStruct)
+            continue;
+        StructType* structure = types.makeStruct(written.name);
+        structure->members = std::move(members);
+        effect.structs.insert_or_assign(written.name, types.structure(structure));
+    }
+}
+
+uint64_t partsOf(const Type* type) {
+    if (type->isArray())
+        return 1 + partsOf(type->element) * type->length;
+    uint64_t sum = 1;
+    if (type->isStruct())
+        for (const Member& member : type->structure->members)
+            sum += partsOf(member.type);
+    return sum;
+}
+
+template <typename Use>
+void forEachLeafOf(ParameterObject& p, Use&& use) {
+    if (p.isLeaf())
+        use(p);
+    for (const std::unique_ptr<ParameterObject>& part : p.parts)
+        forEachLeafOf(*part, use);
+}
+
+void putNameBefore(ParameterObject& p, const std::string& name) {
+    p.name.insert(0, name);
+    for (const std::unique_ptr<ParameterObject>& part : p.parts)
+        putNameBefore(*part, name);
+}
+
+/// Gives a parameter the value that it is written with.
+void giveInitial(EffectObject& effect, ParameterObject& made, const EffectVariable& variable) {
+    if (made.objectType == CG_UNKNOWN_TYPE && !made.isLeaf())
+        forEachLeafOf(made, [&](ParameterObject& leaf) {
+            if (leaf.type == effect.types.stringType())
+                leaf.objectType = variable.type == "string" ? CG_STRING : CG_TEXTURE;
+        });
+    const EffectValue& value = variable.value;
+    size_t next = 0;
+    const bool isList = value.kind == EffectValue::Kind::List;
+    forEachLeafOf(made, [&](const ParameterObject& leaf) {
+        if (leaf.objectType != CG_STRING)
+            return;
+        const EffectValue* own =
+            !isList ? &value : (next < value.parts.size() ? &value.parts[next++] : nullptr);
+        effect.strings[leaf.handle] = own && own->kind == EffectValue::Kind::Text ? own->text : std::string();
+    });
+    std::vector<double> numbers = numbersOf(effect, value);
+    const uint64_t wanted = leavesOf(made.type);
+    if (numbers.size() == 1)
+        numbers.resize(wanted, numbers[0]);
+    if (numbers.size() != wanted || holdsSampler(made.type))
+        return;
+    auto at = numbers.cbegin();
+    forEachLeafOf(made, [&](ParameterObject& leaf) {
+        if (leaf.type->isNumeric())
+            leaf.initial.assign(at, at + leaf.type->size());
+        at += leaf.type->isNumeric() ? leaf.type->size() : 1;
+    });
+}
+
+/// False: they are too many.
+bool addParameters(EffectObject& effect) {
+    uint64_t parts = 0;
     for (const EffectVariable& variable : effect.syntax->parameters) {
-        Types& types = effect.context->types;
-        const Type* type = typeOfVariable(types, variable);
+        const Type* type = typeOfVariable(effect, variable);
         if (!type)
             continue;
+        if ((parts += partsOf(type)) > kMostParts)
+            return false;
         effect.parameters.push_back(makeOwnParameter(*effect.context, type));
         ParameterObject& made = *effect.parameters.back();
-        nameAll(made, variable.name);
+        putNameBefore(made, variable.name);
+        effect.parametersByName.emplace(made.name, &made);
         made.semantic = variable.semantic;
         made.place = effect.parameters.size() - 1;
         made.effect = &effect;
-        if (type == types.stringType())
+        if (type == effect.types.stringType())
             made.objectType = variable.type == "string" ? CG_STRING : CG_TEXTURE;
-        std::vector<double> numbers = numbersOf(variable.value);
-        const uint64_t wanted = leavesOf(type);
-        if (numbers.size() == 1)
-            numbers.resize(wanted, numbers[0]);
-        if (numbers.size() == wanted && !holdsSampler(type) && made.objectType == CG_UNKNOWN_TYPE) {
-            auto at = numbers.cbegin();
-            giveInitial(made, at);
-        }
-        effect.strings.push_back(variable.value.kind == EffectValue::Kind::Text ? variable.value.text : "");
+        giveInitial(effect, made, variable);
         effect.parameterAnnotations.emplace_back();
         addAnnotations(variable.annotations, effect, nullptr, effect.parameterAnnotations.back());
         effect.samplerStates.emplace_back();
@@ -125,13 +206,20 @@ void addParameters(EffectObject& effect) {
             assignment.state = &stateNamed(*effect.context, state.name, true);
         }
     }
+    return true;
+}
+
+std::string inSmallLetters(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
 }
 
 } // namespace
 
 EffectPart& stateNamed(ContextObject& context, const std::string& name, bool isOfSamplers) {
     Parts& states = context.states[isOfSamplers];
-    EffectPart*& known = context.statesByName[isOfSamplers][name];
+    EffectPart*& known = context.statesByName[isOfSamplers][inSmallLetters(name)];
     if (known)
         return *known;
     states.push_back(std::make_unique<EffectPart>());
@@ -147,46 +235,59 @@ EffectPart& stateNamed(ContextObject& context, const std::string& name, bool isO
     return made;
 }
 
-std::vector<double> numbersOf(const EffectValue& value, const std::map<std::string, int>& names) {
-    using Kind = EffectValue::Kind;
-    if (value.kind == Kind::Number)
-        return {value.number};
-    if (value.kind == Kind::Name && (value.text == "true" || value.text == "TRUE"))
-        return {1.0};
-    if (value.kind == Kind::Name && (value.text == "false" || value.text == "FALSE"))
-        return {0.0};
-    if (value.kind == Kind::Name)
-        if (const auto found = names.find(value.text); found != names.end())
-            return {static_cast<double>(found->second)};
-    if (value.kind == Kind::Operation && value.parts.size() == 1) {
-        std::vector<double> numbers = numbersOf(value.parts[0], names);
-        for (double& number : numbers)
-            number = value.text == "-" ? -number : (value.text == "!" ? number == 0.0 : number);
-        return value.text == "~" ? std::vector<double>() : numbers;
-    }
-    if (value.kind == Kind::Operation) {
-        const std::vector<double> a = numbersOf(value.parts[0], names);
-        const std::vector<double> b = numbersOf(value.parts[1], names);
-        if (a.size() != 1 || b.size() != 1)
+namespace {
+
+double calculated(const std::string& operation, double a, double b) {
+    if (operation == "|")
+        return numberFrom<int>(a) | numberFrom<int>(b);
+    if (operation == "&")
+        return numberFrom<int>(a) & numberFrom<int>(b);
+    if (operation == "+")
+        return a + b;
+    if (operation == "-")
+        return a - b;
+    if (operation == "*")
+        return a * b;
+    return operation == "/" && b != 0.0 ? a / b : std::nan("");
+}
+
+/// ".x" or ".rgb" of numbers; none: they have no such.
+std::vector<double> swizzled(const std::vector<double>& numbers, const std::string& members) {
+    std::vector<double> found;
+    for (const char member : members) {
+        size_t place = std::string_view("xyzw").find(member);
+        if (place == std::string_view::npos)
+            place = std::string_view("rgba").find(member);
+        if (place >= numbers.size() || found.size() == 4)
             return {};
-        if (value.text == "|")
-            return {static_cast<double>(numberFrom<int>(a[0]) | numberFrom<int>(b[0]))};
-        if (value.text == "+")
-            return {a[0] + b[0]};
-        if (value.text == "-")
-            return {a[0] - b[0]};
-        if (value.text == "*")
-            return {a[0] * b[0]};
-        return value.text == "/" && b[0] != 0.0 ? std::vector{a[0] / b[0]} : std::vector<double>();
+        found.push_back(numbers[place]);
     }
-    // Lists, and constructors of types.
+    return found;
+}
+
+std::vector<double> numbersOfOperation(const EffectValue& value, const NumbersOfName& named) {
+    std::vector<double> a = numbersOf(value.parts[0], named);
+    if (value.parts.size() == 1) {
+        for (double& number : a)
+            number = value.text == "-" ? -number : (value.text == "!" ? number == 0.0 : number);
+        return value.text == "~" ? std::vector<double>() : a;
+    }
+    const std::vector<double> b = numbersOf(value.parts[1], named);
+    if (a.size() != 1 || b.size() != 1)
+        return {};
+    const double result = calculated(value.text, a[0], b[0]);
+    return std::isnan(result) ? std::vector<double>() : std::vector{result};
+}
+
+/// Of lists, and of constructors of types.
+std::vector<double> numbersOfParts(const EffectValue& value, const NumbersOfName& named) {
     Types types;
-    const Type* type = value.kind == Kind::Call ? types.named(value.text) : nullptr;
-    if (value.kind != Kind::List && !type)
+    const Type* type = value.kind == EffectValue::Kind::Call ? types.named(value.text) : nullptr;
+    if (value.kind != EffectValue::Kind::List && !type)
         return {};
     std::vector<double> numbers;
     for (const EffectValue& part : value.parts) {
-        const std::vector<double> own = numbersOf(part, names);
+        const std::vector<double> own = numbersOf(part, named);
         if (own.empty())
             return {};
         numbers.insert(numbers.end(), own.begin(), own.end());
@@ -194,6 +295,121 @@ std::vector<double> numbersOf(const EffectValue& value, const std::map<std::stri
     if (type && type->isNumeric() && numbers.size() == 1)
         numbers.resize(type->size(), numbers[0]);
     return numbers;
+}
+
+/// What a parameter, an element of one or a member is called in a value; empty: it is no such.
+std::string pathOf(const EffectValue& value, const NumbersOfName& named) {
+    using Kind = EffectValue::Kind;
+    if (value.kind == Kind::Name || value.kind == Kind::Reference)
+        return value.text;
+    if (value.kind != Kind::Index && value.kind != Kind::Member)
+        return {};
+    const std::string owner = pathOf(value.parts[0], named);
+    if (owner.empty() || value.kind == Kind::Member)
+        return owner.empty() ? owner : owner + "." + value.text;
+    const std::vector<double> index = numbersOf(value.parts[1], named);
+    return index.size() == 1 ? owner + "[" + std::to_string(numberFrom<int>(index[0])) + "]" : std::string();
+}
+
+ParameterObject* partAt(const EffectObject& effect, std::string_view path) {
+    ParameterObject* at = parameterNamed(effect, std::string(path.substr(0, path.find_first_of(".["))));
+    while (at && at->name != path) {
+        const auto next = std::find_if(at->parts.begin(), at->parts.end(), [&](const auto& part) {
+            const char behind = part->name.size() < path.size() ? path[part->name.size()] : '.';
+            return path.starts_with(part->name) && (behind == '.' || behind == '[');
+        });
+        at = next == at->parts.end() ? nullptr : next->get();
+    }
+    return at;
+}
+
+} // namespace
+
+std::vector<double> numbersOf(const EffectValue& value, const NumbersOfName& named) {
+    using Kind = EffectValue::Kind;
+    switch (value.kind) {
+    case Kind::Number:
+        return {value.number};
+    case Kind::Name:
+        if (value.text == "true" || value.text == "TRUE" || value.text == "True")
+            return {1.0};
+        if (value.text == "false" || value.text == "FALSE" || value.text == "False")
+            return {0.0};
+        [[fallthrough]];
+    case Kind::Reference:
+        return named ? named(value.text) : std::vector<double>();
+    case Kind::Operation:
+        return numbersOfOperation(value, named);
+    case Kind::Member:
+    case Kind::Index: {
+        const std::string path = named ? pathOf(value, named) : std::string();
+        std::vector<double> numbers = path.empty() ? std::vector<double>() : named(path);
+        if (numbers.empty() && value.kind == Kind::Member)
+            return swizzled(numbersOf(value.parts[0], named), value.text);
+        return numbers;
+    }
+    case Kind::List:
+    case Kind::Call:
+        return numbersOfParts(value, named);
+    default:
+        return {};
+    }
+}
+
+std::vector<double> numbersOf(const EffectObject& effect, const EffectValue& value, const EffectPart* state) {
+    return numbersOf(value, [&](const std::string& name) -> std::vector<double> {
+        if (const std::optional<int> constant = state ? enumerantOf(*state, name) : std::nullopt)
+            return {static_cast<double>(*constant)};
+        if (const auto found = effect.constants.find(name); found != effect.constants.end())
+            return found->second;
+        ParameterObject* p = partAt(effect, name);
+        if (!p || !p->isLeaf() || !p->type->isNumeric() || p->type->size() > kMostNamed)
+            return {};
+        const std::vector<float>& values = valuesOf(*p);
+        return {values.begin(), values.end()};
+    });
+}
+
+ParameterObject* parameterNamed(const EffectObject& effect, const std::string& name) {
+    const auto found = effect.parametersByName.find(name);
+    return found == effect.parametersByName.end() ? nullptr : found->second;
+}
+
+std::optional<int> enumerantOf(const EffectPart& state, const std::string& name) {
+    if (const auto found = state.enumerants.find(name); found != state.enumerants.end())
+        return found->second;
+    const std::string small = inSmallLetters(name);
+    for (const auto& [each, value] : state.enumerants)
+        if (inSmallLetters(each) == small)
+            return value;
+    return std::nullopt;
+}
+
+const ParameterObject* wholeOfEffect(const ParameterObject& parameter) {
+    const ParameterObject* whole = &parameter;
+    while (whole->parent)
+        whole = whole->parent;
+    return whole->effect ? whole : nullptr;
+}
+
+const EffectValue* programOf(const EffectObject& effect, const EffectValue& value) {
+    using Kind = EffectValue::Kind;
+    if (value.kind == Kind::Compile)
+        return &value;
+    const EffectValue& owner = value.kind == Kind::Index ? value.parts[0] : value;
+    const auto& all = effect.syntax->parameters;
+    const auto named =
+        std::find_if(all.begin(), all.end(), [&](const auto& each) { return each.name == textOf(owner); });
+    if (named == all.end() || textOf(owner).empty())
+        return nullptr;
+    const EffectValue* found = &named->value;
+    if (value.kind == Kind::Index) {
+        const std::vector<double> index = numbersOf(effect, value.parts[1]);
+        const bool isThere = index.size() == 1 && found->kind == Kind::List && index[0] >= 0.0 &&
+                             index[0] < static_cast<double>(found->parts.size());
+        found = isThere ? &found->parts[static_cast<size_t>(index[0])] : nullptr;
+    }
+    return found && found->kind == Kind::Compile ? found : nullptr;
 }
 
 std::string textOf(const EffectValue& value) {
@@ -218,7 +434,13 @@ std::unique_ptr<EffectObject> makeEffect(ContextObject& context, std::string sou
     made->handle = reinterpret_cast<uintptr_t>(makeHandle<CGeffect>());
     global().effectParts.emplace(made->handle, made.get());
     try {
-        addParameters(*made);
+        addConstants(*made);
+        addStructs(*made);
+        if (!addParameters(*made)) {
+            context.listing += made->fileName + ": error: its parameters have too many parts\n";
+            forget(*made);
+            return nullptr;
+        }
         addTechniques(*made);
     } catch (...) {
         forget(*made);

@@ -4,8 +4,10 @@
 #include "objects/Objects.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,7 +32,8 @@ struct EffectPart {
     EffectPart* state = nullptr;        ///< of an assignment
     CGtype type = CG_UNKNOWN_TYPE;      ///< of an annotation, or of a state that somebody knows
     CGprogram program = nullptr;        ///< that an assignment was compiled to
-    CGparameter sampler = nullptr;      ///< that an assignment is of
+    const EffectValue* compiledOf = nullptr;
+    CGparameter sampler = nullptr; ///< that an assignment is of
 
     // Of a state.
     CGstatecallback set = nullptr;
@@ -51,10 +54,14 @@ struct EffectObject : EffectPart {
     std::string fileName;
     std::vector<std::string> arguments;
     std::unique_ptr<Effect> syntax;
-    ParameterList parameters; ///< of numbers, samplers, textures and strings
+    Types types;
+    std::map<std::string, std::vector<double>> constants;
+    std::map<std::string, const Type*> structs;
+    ParameterList parameters; ///< of numbers, samplers, structs of these, textures and strings
+    std::map<std::string, ParameterObject*> parametersByName;
     std::vector<std::vector<std::unique_ptr<EffectPart>>> parameterAnnotations; ///< by the parameter's place
     std::vector<std::vector<std::unique_ptr<EffectPart>>> samplerStates;        ///< assignments, by the same
-    std::vector<std::string> strings;                                           ///< values, by the same
+    std::map<CGparameter, std::string> strings; ///< values of parameters and elements
 };
 
 /// Reads an effect and gives it and all of its parts handles. Null: the context's listing says why.
@@ -67,12 +74,33 @@ void forget(const EffectPart& part);
 /// Ends the handles of an effect, of its parts and of its parameters.
 void forget(EffectObject& effect);
 
-/// A context's state of that name, made where it is new.
+/// A context's state of that name, made where it is new. Small letters and capitals are the same.
 EffectPart& stateNamed(ContextObject& context, const std::string& name, bool isOfSamplers);
 
-/// The numbers of a value that needs no parameter to be known, true, false and constants by name among them;
-/// else none.
-std::vector<double> numbersOf(const EffectValue& value, const std::map<std::string, int>& names = {});
+/// What a name in a value stands for; none: it is no numbers.
+using NumbersOfName = std::function<std::vector<double>(const std::string&)>;
+
+/// The numbers of a value, true and false among them; none where there is something else in it.
+std::vector<double> numbersOf(const EffectValue& value, const NumbersOfName& named = {});
+
+/// The same, where names are the effect's constants and parameters, as they are now, before them those of the
+/// state that it is assigned to.
+std::vector<double> numbersOf(const EffectObject& effect, const EffectValue& value,
+                              const EffectPart* state = nullptr);
+
+/// A state's constant, where no other is spelled the same in small letters and capitals; nothing: it has
+/// none.
+std::optional<int> enumerantOf(const EffectPart& state, const std::string& name);
+
+/// Of an effect; null: there is none.
+ParameterObject* parameterNamed(const EffectObject& effect, const std::string& name);
+
+/// The whole that an effect's parameter is, or is part of; null: it is none of an effect's.
+const ParameterObject* wholeOfEffect(const ParameterObject& parameter);
+
+/// "compile arbvp1 main(tint, 2)", as it stands or as the value of a variable that is named, also an
+/// element's by a number; null: the value is no program.
+const EffectValue* programOf(const EffectObject& effect, const EffectValue& value);
 
 /// What it is made of where that is a constant's name, a string or a parameter's name; else empty.
 std::string textOf(const EffectValue& value);

@@ -13,13 +13,6 @@
 
 namespace orlocg {
 
-struct BufferObject {
-    CGbuffer handle = nullptr;
-    ContextObject* context = nullptr;
-    std::vector<unsigned char> bytes;
-    bool isMapped = false;
-};
-
 /// What is there once for the whole process.
 struct Global {
     std::unordered_map<uintptr_t, ContextObject*> contexts;

@@ -114,7 +114,7 @@ struct ContextObject {
     std::vector<std::unique_ptr<EffectPart>> states[2]; ///< that effects name, of passes and of samplers
     std::map<std::string, EffectPart*> statesByName[2];
 
-    Types types; ///< of its own parameters, and its effects'
+    Types types; ///< of its own parameters
     ParameterList parameters;
 
     CGenum autoCompile = CG_COMPILE_IMMEDIATE;
@@ -122,6 +122,15 @@ struct ContextObject {
     bool managesTextures = false;
     std::map<std::string, std::string> includes; ///< texts by name
     CGIncludeCallbackFunc includeCallback = nullptr;
+};
+
+struct BufferObject {
+    CGbuffer handle = nullptr;
+    ContextObject* context = nullptr;
+    CGbufferusage usage = CG_BUFFER_USAGE_STATIC_DRAW;
+    std::vector<unsigned char> bytes;
+    bool isMapped = false;
+    std::unique_ptr<Extension> extension; ///< where OpenGL has the bytes too
 };
 
 /// Gives a program's parameters the values that stand in its buffers.
@@ -144,6 +153,9 @@ public:
     virtual void setAttribute(const ParameterObject& p, const float (&v)[4]) = 0;
     /// Loads a program whose text is another, if it is loaded.
     virtual void reload(ProgramObject& program) = 0;
+    /// Takes a buffer's bytes to OpenGL, where it has them too, and back.
+    virtual void store(const BufferObject& buffer) = 0;
+    virtual void fetch(BufferObject& buffer) = 0;
 };
 
 /// Handles are numbers, never addresses: one that is stale is found out, whoever has its memory now. All of
@@ -170,6 +182,7 @@ extern "C" {
 orlocg::ContextObject* orlocg_findContext(CGcontext handle);
 orlocg::ProgramObject* orlocg_findProgram(CGprogram handle);
 orlocg::ParameterObject* orlocg_findParameter(CGparameter handle);
+orlocg::BufferObject* orlocg_findBuffer(CGbuffer handle);
 void orlocg_raise(CGerror error);
 void orlocg_setBinding(orlocg::Binding* binding);
 

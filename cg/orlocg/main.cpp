@@ -1,10 +1,12 @@
 // orlocg: compiles a Cg program and prints the GLSL.
 
 #include "compile/Compiler.h"
+#include "effects/EffectParser.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cctype>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +16,7 @@
 #include <iostream>
 #include <iterator>
 #include <optional>
+#include <set>
 
 namespace {
 
@@ -90,12 +93,64 @@ void printParameters(const CompiledProgram& program) {
     }
 }
 
+/// What stage a state's program is for; nothing: it is none that is compiled.
+std::optional<Stage> stageOf(std::string state) {
+    std::transform(state.begin(), state.end(), state.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (state == "vertexshader" || state == "vertexprogram")
+        return Stage::Vertex;
+    return state == "pixelshader" || state == "fragmentprogram" ? std::optional(Stage::Fragment)
+                                                                : std::nullopt;
+}
+
+/// The program that a state is given, as it stands or by the name of a variable; null: none.
+const EffectValue* programOf(const Effect& effect, const EffectValue& value) {
+    if (value.kind == EffectValue::Kind::Compile)
+        return &value;
+    const auto named = std::find_if(effect.parameters.begin(), effect.parameters.end(),
+                                    [&](const auto& each) { return each.name == value.text; });
+    const bool isOne = named != effect.parameters.end() && named->value.kind == EffectValue::Kind::Compile;
+    return isOne ? &named->value : nullptr;
+}
+
+/// Compiles the programs of an effect's passes, each once, and prints a line for each pass.
+int checkEffect(const std::string& source, CompileOptions options) {
+    std::string listing;
+    const std::unique_ptr<Effect> effect = readEffect(source, options.fileName, options.preprocess, listing);
+    tell(listing);
+    if (!effect)
+        return kDoesNotCompile;
+    bool isRight = true;
+    std::set<std::pair<Stage, std::string>> compiled;
+    for (const EffectTechnique& technique : effect->techniques)
+        for (const EffectPass& pass : technique.passes) {
+            std::printf("technique %s, pass %s:", technique.name.c_str(), pass.name.c_str());
+            for (const EffectState& state : pass.states) {
+                const std::optional<Stage> stage = stageOf(state.name);
+                const EffectValue* program = stage ? programOf(*effect, state.value) : nullptr;
+                if (!program)
+                    continue;
+                std::printf(" %s %s", state.name.c_str(), program->text.c_str());
+                options.stage = *stage;
+                options.entry = program->text;
+                if (!compiled.insert({*stage, options.entry}).second)
+                    continue;
+                const bool compiles = compile(source, options, listing) != nullptr;
+                tell(listing);
+                isRight = isRight && compiles;
+            }
+            std::printf("\n");
+        }
+    return isRight ? kDone : kDoesNotCompile;
+}
+
 int run(int argc, char** argv) {
     CompileOptions options;
     std::string file;
     std::string stage = "fragment";
     std::string output;
     bool parameters = false;
+    bool isEffect = false;
     CLI::App app("Compiles a Cg program and prints GLSL that OpenGL's compatibility contexts take.",
                  "orlocg");
     app.add_option("file", file, "The program; - for standard input")->required()->type_name("FILE");
@@ -112,6 +167,8 @@ int run(int argc, char** argv) {
         ->allow_extra_args(false);
     app.add_option("-o,--output", output, "Write the GLSL here")->type_name("FILE");
     app.add_flag("--params", parameters, "Print a table of the parameters instead");
+    app.add_flag("--effect", isEffect,
+                 "Compile the programs of an effect's passes instead, and list the passes");
     app.add_flag("--posinv", options.isPositionInvariant,
                  "Let the position be that of OpenGL's own functions");
     try {
@@ -126,6 +183,8 @@ int run(int argc, char** argv) {
     }
     options.stage = stage == "vertex" ? Stage::Vertex : Stage::Fragment;
     options.fileName = file;
+    if (isEffect)
+        return checkEffect(*source, options);
     std::string listing;
     const std::unique_ptr<CompiledProgram> program = compile(*source, options, listing);
     tell(listing);

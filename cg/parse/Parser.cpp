@@ -59,6 +59,23 @@ std::string whyUnsupported(const Token& token) {
     return {};
 }
 
+/// Types of what effects declare beside their variables, in small letters.
+constexpr std::array<std::string_view, 10> kEffectTypes = {
+    "texture",     "texture1d", "texture2d",   "texture3d",    "texturerect",
+    "texturecube", "string",    "pixelshader", "vertexshader", "geometryshader"};
+
+std::string inSmallLetters(std::string_view text) {
+    std::string small(text.substr(0, 20)); // longer than all that is looked for
+    std::transform(small.begin(), small.end(), small.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return small;
+}
+
+bool isEffectType(const Token& token) {
+    return token.isName() && std::find(kEffectTypes.begin(), kEffectTypes.end(),
+                                       inSmallLetters(token.text)) != kEffectTypes.end();
+}
+
 /// Kinds of interpolation and of packing, which change nothing here, and others that say nothing.
 constexpr std::array<std::string_view, 12> kIdleQualifiers = {
     "inline",  "extern",   "volatile", "row_major", "column_major",  "shared",
@@ -193,7 +210,8 @@ Parser::Qualifiers Parser::qualifiers() {
 bool Parser::takeIdleQualifier() {
     const bool isFlat = peek().is("nointerpolation");
     const bool isOne = isFlat || isOneOf(peek(), kIdleQualifiers);
-    if (!isOne || !(startsType(1) || isOneOf(peek(1), kReserved) || isOneOf(peek(1), kIdleQualifiers)))
+    if (!isOne || !(startsType(1) || isEffectType(peek(1)) || isOneOf(peek(1), kReserved) ||
+                    isOneOf(peek(1), kIdleQualifiers)))
         return false;
     if (isFlat)
         fDiagnostics.warn(peek().at, "'nointerpolation' changes nothing: the value is interpolated");
@@ -397,11 +415,9 @@ void Parser::skipTo(std::string_view end) {
     take();
 }
 
-/// Techniques, and the textures and strings that they name. True: there was one.
+/// Techniques, and the textures, strings and programs that they name. True: there was one.
 bool Parser::skipEffect() {
-    std::string word(peek().text.substr(0, 20)); // in any letters
-    std::transform(word.begin(), word.end(), word.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string word = inSmallLetters(peek().text);
     if (peek().isName() && (word == "technique" || word == "technique10" || word == "technique11") &&
         (peek(1).isName() || peek(1).is("{") || peek(1).is("<"))) {
         while (!peek().is("{") && peek().kind != TokenKind::End)
@@ -410,17 +426,14 @@ bool Parser::skipEffect() {
         skipTo("}");
         return true;
     }
-    for (const char* type :
-         {"texture", "texture1D", "texture2D", "texture3D", "textureRECT", "textureCUBE", "string"}) {
-        if (peek().is(type) && peek(1).isName()) {
-            take();
-            take();
-            skipAnnotation();
-            skipTo(";");
-            return true;
-        }
-    }
-    return false;
+    if (!isEffectType(peek()) || !peek(1).isName())
+        return false;
+    take();
+    while (!peek().is("<") && !peek().is("=") && !peek().is(";") && peek().kind != TokenKind::End)
+        take();
+    skipAnnotation();
+    skipTo(";");
+    return true;
 }
 
 std::unique_ptr<Variable> Parser::declarator(const Type* base, const Qualifiers& qualifiers) {
@@ -436,7 +449,9 @@ std::unique_ptr<Variable> Parser::declarator(const Type* base, const Qualifiers&
         variable->direction = qualifiers.isIn ? Direction::InOut : Direction::Out;
     variable->semantic = semanticIfAny();
     skipAnnotation();
-    if (takeIf("=")) {
+    if (base->isSampler() && takeIf("{")) { // "sampler2D s { ... }"
+        skipTo("}");
+    } else if (takeIf("=")) {
         if (takeIf("sampler_state")) { // how effects set the sampler up
             expect("{", "behind 'sampler_state'");
             skipTo("}");
@@ -466,6 +481,8 @@ void Parser::external() {
         (startsType(1) || isOneOf(peek(1), kReserved) || peek(1).is("inline")))
         profile = take().text;
     Qualifiers found = qualifiers();
+    if (skipEffect()) // "shared texture t;"
+        return;
     const Type* base = type(found);
     if (found.isTypedef) {
         do {
@@ -487,7 +504,8 @@ void Parser::external() {
             variable->isUniform || !(variable->isStatic || variable->isConst || variable->isVarying);
         fProgram.globals.push_back(std::move(variable));
     }
-    expect(";", "behind a declaration");
+    if (!(base->isSampler() && fTokens[fNext - 1].is("}"))) // effects leave it out there
+        expect(";", "behind a declaration");
 }
 
 std::unique_ptr<Variable> Parser::parameter() {

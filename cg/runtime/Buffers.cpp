@@ -2,17 +2,26 @@
 #include "objects/Values.h"
 
 #include <cstring>
+#include <utility>
 
 using namespace orlocg;
 
-namespace {
-
-BufferObject* findBuffer(CGbuffer handle) {
+BufferObject* orlocg_findBuffer(CGbuffer handle) {
     const auto found = global().buffers.find(reinterpret_cast<uintptr_t>(handle));
     if (found != global().buffers.end())
         return found->second.get();
     raise(CG_INVALID_BUFFER_HANDLE_ERROR);
     return nullptr;
+}
+
+namespace {
+
+constexpr auto findBuffer = orlocg_findBuffer;
+
+/// After its bytes were changed.
+void store(const BufferObject& buffer) {
+    if (buffer.extension)
+        global().binding->store(buffer);
 }
 
 /// The place for a buffer of a program; null and an error: there is none.
@@ -39,6 +48,7 @@ CGbuffer cgCreateBuffer(CGcontext handle, int size, const void* data, CGbufferus
     return guarded<CGbuffer>(nullptr, [&] {
         auto buffer = std::make_unique<BufferObject>();
         buffer->context = context;
+        buffer->usage = usage;
         buffer->bytes.resize(static_cast<size_t>(size));
         if (data && size > 0)
             std::memcpy(buffer->bytes.data(), data, buffer->bytes.size());
@@ -77,6 +87,7 @@ void cgSetBufferData(CGbuffer handle, int size, const void* data) {
         buffer->bytes.assign(static_cast<size_t>(size), 0);
         if (data && size > 0)
             std::memcpy(buffer->bytes.data(), data, buffer->bytes.size());
+        store(*buffer);
     });
 }
 
@@ -89,8 +100,11 @@ void cgSetBufferSubData(CGbuffer handle, int offset, int size, const void* data)
         return raise(CG_BUFFER_INDEX_OUT_OF_RANGE_ERROR);
     if (buffer->isMapped || !data)
         return raise(data ? CG_BUFFER_UPDATE_NOT_ALLOWED_ERROR : CG_INVALID_POINTER_ERROR);
+    if (buffer->extension)
+        global().binding->fetch(*buffer);
     if (size > 0)
         std::memcpy(buffer->bytes.data() + offset, data, static_cast<size_t>(size));
+    store(*buffer);
 }
 
 void* cgMapBuffer(CGbuffer handle, CGbufferaccess access) {
@@ -101,13 +115,16 @@ void* cgMapBuffer(CGbuffer handle, CGbufferaccess access) {
         raise(buffer->isMapped ? CG_BUFFER_ALREADY_MAPPED_ERROR : CG_INVALID_ENUMERANT_ERROR);
         return nullptr;
     }
+    if (buffer->extension)
+        global().binding->fetch(*buffer);
     buffer->isMapped = true;
     return buffer->bytes.data();
 }
 
 void cgUnmapBuffer(CGbuffer handle) {
-    if (BufferObject* buffer = findBuffer(handle))
-        buffer->isMapped = false;
+    BufferObject* buffer = findBuffer(handle);
+    if (buffer && std::exchange(buffer->isMapped, false))
+        store(*buffer);
 }
 
 void cgSetProgramBuffer(CGprogram program, int index, CGbuffer buffer) {

@@ -58,7 +58,7 @@ EffectObject* findEffect(CGeffect handle) {
 const Parts& annotationsOf(CGparameter handle) {
     static const Parts none;
     const ParameterObject* p = find(handle);
-    return p && p->effect ? p->effect->parameterAnnotations[p->place] : none;
+    return p && p->effect && !p->parent ? p->effect->parameterAnnotations[p->place] : none;
 }
 
 CGeffect createEffect(CGcontext handle, std::string source, std::string fileName, const char** arguments) {
@@ -96,10 +96,9 @@ CGprogram createProgramOf(EffectObject& effect, CGprofile profile, const char* e
     if (!made)
         return nullptr;
     for (const std::unique_ptr<ParameterObject>& to : find(made)->parameters[1]) {
-        const auto from = std::find_if(effect.parameters.begin(), effect.parameters.end(),
-                                       [&](const auto& each) { return each->name == to->name; });
-        if (from != effect.parameters.end() && to->isUniform && haveSameShape((*from)->type, to->type))
-            connect(**from, *to);
+        ParameterObject* from = parameterNamed(effect, to->name);
+        if (from && to->isUniform && haveSameShape(from->type, to->type))
+            connect(*from, *to);
     }
     return made;
 }
@@ -113,17 +112,38 @@ void giveArguments(const EffectObject& effect, ProgramObject& program,
         if (!to->isUniform || next == values.size())
             continue;
         const EffectValue& value = values[next++];
-        const std::string name = textOf(value);
-        const auto from = std::find_if(effect.parameters.begin(), effect.parameters.end(),
-                                       [&](const auto& each) { return each->name == name; });
-        const std::vector<double> numbers = numbersOf(value);
-        if (from != effect.parameters.end() && haveSameShape((*from)->type, to->type))
-            connect(**from, *to);
+        ParameterObject* from = parameterNamed(effect, textOf(value));
+        const std::vector<double> numbers = numbersOf(effect, value);
+        if (from && haveSameShape(from->type, to->type))
+            connect(*from, *to);
         else if (!numbers.empty() && to->type->isMatrix() && numbers.size() >= to->type->size())
             setMatrix(to->handle, numbers.data(), Order::Rows);
         else if (!numbers.empty() && to->type->isNumeric() && !to->type->isMatrix())
             setNumbers(to->handle, numbers.data(), numbers.size());
     }
+}
+
+/// What a program is compiled for: the profile that is written or, where that is the latest or one of
+/// Direct3D's, OpenGL's of the stage that the state is for.
+CGprofile profileOf(const EffectPart& assignment, const std::string& written) {
+    const CGprofile profile = profileNamed(written);
+    if (isCompiledFor(profile) || domainOf(profile) == CG_GEOMETRY_DOMAIN)
+        return profile;
+    switch (std::tolower(static_cast<unsigned char>(assignment.name[0]))) {
+    case 'v':
+        return CG_PROFILE_GLSLV;
+    case 'p':
+    case 'f':
+        return CG_PROFILE_GLSLF;
+    default:
+        return profile;
+    }
+}
+
+/// No program: "NULL", or 0.
+bool isNone(const EffectValue& value) {
+    return value.text == "NULL" || value.text == "null" ||
+           (value.kind == EffectValue::Kind::Number && value.number == 0.0);
 }
 
 template <typename Number>
@@ -135,8 +155,7 @@ const Number* partNumbers(EffectPart* part, std::vector<Number> EffectPart::*kep
     return guarded<const Number*>(nullptr, [&]() -> const Number* {
         std::vector<Number>& out = part->*kept;
         out.clear();
-        const std::map<std::string, int> none;
-        for (const double number : numbersOf(*part->value, part->state ? part->state->enumerants : none))
+        for (const double number : numbersOf(*part->effect, *part->value, part->state))
             out.push_back(numberFrom<Number>(number));
         if (count)
             *count = static_cast<int>(out.size());
@@ -154,14 +173,10 @@ const char* partText(EffectPart* part) {
     });
 }
 
-/// Calls one of the callbacks of the states that passes set, in their order. False: one of them said so, or
+/// Calls one of the callbacks of the assignments' states, in their order. False: one of them said so, or
 /// there is none where `needsAll`.
-bool callAll(const std::vector<const EffectPart*>& passes, CGstatecallback EffectPart::*callback,
-             bool needsAll) {
-    std::vector<uintptr_t> assignments; // a callback may end the effect
-    for (const EffectPart* pass : passes)
-        for (const std::unique_ptr<EffectPart>& assignment : pass->parts)
-            assignments.push_back(assignment->handle);
+bool callEach(const std::vector<uintptr_t>& assignments, CGstatecallback EffectPart::*callback,
+              bool needsAll) {
     bool isRight = true;
     for (const uintptr_t handle : assignments) {
         const auto found = global().effectParts.find(handle);
@@ -173,6 +188,16 @@ bool callAll(const std::vector<const EffectPart*>& passes, CGstatecallback Effec
         isRight = isRight && isDone;
     }
     return isRight;
+}
+
+/// The same for all that passes assign.
+bool callAll(const std::vector<const EffectPart*>& passes, CGstatecallback EffectPart::*callback,
+             bool needsAll) {
+    std::vector<uintptr_t> assignments; // a callback may end the effect
+    for (const EffectPart* pass : passes)
+        for (const std::unique_ptr<EffectPart>& assignment : pass->parts)
+            assignments.push_back(assignment->handle);
+    return callEach(assignments, callback, needsAll);
 }
 
 CGstate createState(CGcontext handle, const char* name, CGtype type, bool isOfSamplers) {
@@ -190,6 +215,7 @@ CGstate createState(CGcontext handle, const char* name, CGtype type, bool isOfSa
             return nullptr;
         }
         state.type = type;
+        state.name = name;
         return handleOfPart<CGstate>(&state);
     });
 }
@@ -204,7 +230,7 @@ const Parts& samplerStatesOf(CGparameter handle) {
 CGbool call(CGstateassignment handle, CGstatecallback EffectPart::*callback) {
     const EffectPart* part = findPart(handle, PartKind::Assignment);
     const CGstatecallback function = part ? part->state->*callback : nullptr;
-    return function ? function(handle) : CG_FALSE;
+    return function ? guarded<CGbool>(CG_FALSE, [&] { return function(handle); }) : CG_FALSE;
 }
 
 } // namespace
@@ -295,10 +321,10 @@ CGparameter cgGetFirstEffectParameter(CGeffect handle) {
 
 CGparameter cgGetNamedEffectParameter(CGeffect handle, const char* name) {
     const EffectObject* effect = findEffect(handle);
-    for (size_t i = 0; effect && name && i < effect->parameters.size(); ++i)
-        if (effect->parameters[i]->name == name)
-            return effect->parameters[i]->handle;
-    return nullptr;
+    const ParameterObject* found =
+        effect && name ? guarded<ParameterObject*>(nullptr, [&] { return parameterNamed(*effect, name); })
+                       : nullptr;
+    return found ? found->handle : nullptr;
 }
 
 CGparameter cgGetEffectParameterBySemantic(CGeffect handle, const char* semantic) {
@@ -311,13 +337,14 @@ CGparameter cgGetEffectParameterBySemantic(CGeffect handle, const char* semantic
 
 CGeffect cgGetParameterEffect(CGparameter handle) {
     const ParameterObject* p = find(handle);
-    return p ? handleOfPart<CGeffect>(p->effect) : nullptr;
+    const ParameterObject* whole = p ? wholeOfEffect(*p) : nullptr;
+    return whole ? handleOfPart<CGeffect>(whole->effect) : nullptr;
 }
 
 const char* cgGetStringParameterValue(CGparameter handle) {
     const ParameterObject* p = find(handle);
     if (p && p->objectType == CG_STRING)
-        return p->effect->strings[p->place].c_str();
+        return wholeOfEffect(*p)->effect->strings[handle].c_str();
     if (p)
         raise(CG_INVALID_PARAMETER_TYPE_ERROR);
     return nullptr;
@@ -326,7 +353,7 @@ const char* cgGetStringParameterValue(CGparameter handle) {
 void cgSetStringParameterValue(CGparameter handle, const char* value) {
     const ParameterObject* p = find(handle);
     if (p && p->objectType == CG_STRING && value)
-        guarded([&] { p->effect->strings[p->place] = value; });
+        guarded([&] { wholeOfEffect(*p)->effect->strings[handle] = value; });
     else if (p)
         raise(value ? CG_INVALID_PARAMETER_TYPE_ERROR : CG_INVALID_POINTER_ERROR);
 }
@@ -430,20 +457,23 @@ CGprogram cgGetProgramStateAssignmentValue(CGstateassignment handle) {
     EffectPart* part = findPart(handle, PartKind::Assignment);
     if (!part)
         return nullptr;
-    const EffectValue& value = *part->value;
-    if (value.kind != EffectValue::Kind::Compile) {
-        raise(CG_STATE_ASSIGNMENT_TYPE_MISMATCH_ERROR);
-        return nullptr;
-    }
-    if (part->program && cgIsProgram(part->program))
-        return part->program;
-    return guarded<CGprogram>(nullptr, [&] {
+    return guarded<CGprogram>(nullptr, [&]() -> CGprogram {
+        const EffectValue* program = programOf(*part->effect, *part->value);
+        if (!program) {
+            if (!isNone(*part->value))
+                raise(CG_STATE_ASSIGNMENT_TYPE_MISMATCH_ERROR);
+            return nullptr;
+        }
+        if (part->program && part->compiledOf == program && cgIsProgram(part->program))
+            return part->program;
+        const EffectValue& value = *program;
+        part->compiledOf = program;
         std::vector<const char*> switches;
         for (const std::string& option : value.options)
             switches.push_back(option.c_str());
         switches.push_back(nullptr);
-        part->program =
-            createProgramOf(*part->effect, profileNamed(value.profile), value.text.c_str(), switches.data());
+        part->program = createProgramOf(*part->effect, profileOf(*part, value.profile), value.text.c_str(),
+                                        switches.data());
         if (part->program)
             giveArguments(*part->effect, *find(part->program), value.parts);
         return part->program;
@@ -474,6 +504,15 @@ CGstate cgGetSamplerStateAssignmentState(CGstateassignment assignment) {
 CGparameter cgGetSamplerStateAssignmentParameter(CGstateassignment handle) {
     const EffectPart* part = findPart(handle, PartKind::Assignment);
     return part ? part->sampler : nullptr;
+}
+
+void cgSetSamplerState(CGparameter sampler) {
+    guarded([&] {
+        std::vector<uintptr_t> assignments; // a callback may end the effect
+        for (const std::unique_ptr<EffectPart>& assignment : samplerStatesOf(sampler))
+            assignments.push_back(assignment->handle);
+        callEach(assignments, &EffectPart::set, false);
+    });
 }
 
 // Annotations.
@@ -589,9 +628,7 @@ void cgAddStateEnumerant(CGstate handle, const char* name, int value) {
 
 int cgGetStateEnumerantValue(CGstate handle, const char* name) {
     const EffectPart* state = findPart(handle, PartKind::State);
-    const auto found =
-        state && name ? state->enumerants.find(name) : std::map<std::string, int>::const_iterator();
-    return state && name && found != state->enumerants.end() ? found->second : -1;
+    return state && name ? enumerantOf(*state, name).value_or(-1) : -1;
 }
 
 const char* cgGetStateEnumerantName(CGstate handle, int value) {

@@ -10,6 +10,11 @@
 /// alone tells. Until then each call tries again. Prints nothing.
 ORLOGL_API bool init_explicit_Cg();
 
+/// An entry point of the run time that has no pointer of its own, such as those of effects; null: there is
+/// none, or no run time. Needs init_explicit_Cg.
+using CgFunction = void (*)();
+ORLOGL_API CgFunction findCgFunction(const char* name);
+
 /// The one Cg context of the process. It is made, and the run time loaded, when somebody first asks for it;
 /// any CGManager that ends takes it down, and the next who asks gets a new one.
 ///

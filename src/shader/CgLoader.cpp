@@ -13,6 +13,10 @@ namespace {
 
 bool isLoaded = false;
 
+// Neither library is closed: the pointers lead into them for as long as the process lives.
+void* coreLibrary = nullptr;
+void* bindingLibrary = nullptr;
+
 /// Whether it was missing, 1 or 0.
 template <typename Function>
 int resolve(void* library, const char* name, Function& entry) {
@@ -45,15 +49,21 @@ bool init_explicit_Cg() {
     // dynamic loader finds them, whatever a host says about its own place.
     [[maybe_unused]] const char* const location = OrloGetEnv("ORLO_LOCATION");
 
-    // Neither library is closed: the pointers lead into them for as long as the process lives.
-    void* const core = dlopen("libCg.so", RTLD_LAZY);
-    if (!core)
+    coreLibrary = dlopen("libCg.so", RTLD_LAZY);
+    if (!coreLibrary)
         return false;
-    const int missingOfCore = resolveCore(core);
-    void* const binding = dlopen("libCgGL.so", RTLD_LAZY);
-    if (!binding)
+    const int missingOfCore = resolveCore(coreLibrary);
+    bindingLibrary = dlopen("libCgGL.so", RTLD_LAZY);
+    if (!bindingLibrary)
         return false;
-    const int missingOfBinding = resolveGL(binding);
+    const int missingOfBinding = resolveGL(bindingLibrary);
     isLoaded = true; // also with gaps: hosts that ask once more go on with what is there
     return missingOfCore + missingOfBinding == 0;
+}
+
+CgFunction findCgFunction(const char* name) {
+    for (void* library : {coreLibrary, bindingLibrary})
+        if (void* found = library ? dlsym(library, name) : nullptr)
+            return reinterpret_cast<CgFunction>(found);
+    return nullptr;
 }

@@ -13,17 +13,24 @@ namespace {
 
 constexpr const char* kEffect = R"(
 struct Light { float3 at; };
+static const int kLights = 2;
 Light sun;
+Light lamps[kLights] = {{1, 2, 3}, {4, 5, 6}};
 float4 tint : DIFFUSE < string UIName = "Tint"; float UIMax = 1.5; int steps = 3; bool on = true; > = {1, 0.5, 0.25, 1};
 float weights[2] = {4, 5};
 texture2D map < string File = "a.dds"; >;
 sampler2D s = sampler_state { Texture = <map>; };
 string title = "first";
-float4 shade(uniform float gain, uniform float4 more) : COLOR { return tint * weights[1] * gain + more + tex2D(s, float2(0, 0)); }
+string names[2] = {"a", "b"};
+int which = 1;
+float4 shade(uniform float gain, uniform float4 more) : COLOR { return tint * weights[1] * gain + more + tex2D(s, float2(0, 0)) + lamps[1].at.z; }
 technique One < float version = 2; > {
     pass p0 < string note = "n"; > {
         FragmentProgram = compile glslf "-DX=1" shade(0.5, tint);
         BlendFunc = int2(SrcAlpha, One);
+        AlphaRef = tint * 2;
+        StencilRef = which + kLights * 4;
+        Fog = lamps[which].at.zy;
         DepthFunc = LEqual;
         LightEnable[2] = true;
         PointSize = 1.5 * 2 + 1;
@@ -79,8 +86,8 @@ TEST_F(CgEffects, tellWhatTheyAreMadeOf) {
     std::vector<std::string> states;
     for (CGstateassignment a = cgGetFirstStateAssignment(pass); a; a = cgGetNextStateAssignment(a))
         states.emplace_back(cgGetStateName(cgGetStateAssignmentState(a)));
-    EXPECT_THAT(states, ElementsAre("FragmentProgram", "BlendFunc", "DepthFunc", "LightEnable", "PointSize",
-                                    "ClearColor"));
+    EXPECT_THAT(states, ElementsAre("FragmentProgram", "BlendFunc", "AlphaRef", "StencilRef", "Fog",
+                                    "DepthFunc", "LightEnable", "PointSize", "ClearColor"));
     const auto assignment = [&](const char* name) { return cgGetNamedStateAssignment(pass, name); };
     EXPECT_TRUE(cgIsStateAssignment(assignment("DepthFunc")));
     EXPECT_EQ(cgGetStateAssignmentPass(assignment("DepthFunc")), pass);
@@ -92,6 +99,12 @@ TEST_F(CgEffects, tellWhatTheyAreMadeOf) {
     EXPECT_THAT(numbers(cgGetFloatStateAssignmentValues, assignment("ClearColor")),
                 ElementsAre(0, 0.5F, -1, 1));
     EXPECT_THAT(numbers(cgGetFloatStateAssignmentValues, assignment("BlendFunc")), testing::IsEmpty());
+    // Numbers of the effect's, as they are now.
+    EXPECT_THAT(numbers(cgGetIntStateAssignmentValues, assignment("StencilRef")), ElementsAre(9));
+    EXPECT_THAT(numbers(cgGetFloatStateAssignmentValues, assignment("Fog")), ElementsAre(6, 5));
+    cgSetParameter1i(parameter("which"), 0);
+    EXPECT_THAT(numbers(cgGetFloatStateAssignmentValues, assignment("Fog")), ElementsAre(3, 2));
+    EXPECT_THAT(numbers(cgGetFloatStateAssignmentValues, assignment("AlphaRef")), testing::IsEmpty());
     // One state for all that set it.
     const CGstate depth = cgGetNamedState(fContext, "DepthFunc");
     EXPECT_TRUE(cgIsState(depth));
@@ -111,7 +124,7 @@ TEST_F(CgEffects, tellWhatTheyAreMadeOf) {
     std::vector<std::string> names;
     for (CGparameter p = cgGetFirstEffectParameter(fEffect); p; p = cgGetNextParameter(p))
         names.emplace_back(cgGetParameterName(p));
-    EXPECT_THAT(names, ElementsAre("tint", "weights", "map", "s", "title"));
+    EXPECT_THAT(names, ElementsAre("sun", "lamps", "tint", "weights", "map", "s", "title", "names", "which"));
     EXPECT_EQ(cgGetParameterType(parameter("map")), CG_TEXTURE);
     EXPECT_EQ(cgGetParameterClass(parameter("title")), CG_PARAMETERCLASS_OBJECT);
     EXPECT_EQ(cgGetEffectParameterBySemantic(fEffect, "DIFFUSE"), parameter("tint"));
@@ -120,6 +133,14 @@ TEST_F(CgEffects, tellWhatTheyAreMadeOf) {
     EXPECT_STREQ(cgGetStringParameterValue(parameter("title")), "first");
     cgSetStringParameterValue(parameter("title"), "second");
     EXPECT_STREQ(cgGetStringParameterValue(parameter("title")), "second");
+    const CGparameter name = cgGetArrayParameter(parameter("names"), 1);
+    EXPECT_STREQ(cgGetStringParameterValue(name), "b");
+    EXPECT_EQ(cgGetParameterType(name), CG_STRING);
+    EXPECT_EQ(cgGetParameterType(parameter("names")), CG_ARRAY);
+    EXPECT_EQ(cgGetParameterEffect(name), fEffect);
+    EXPECT_EQ(cgGetFirstParameterAnnotation(name), nullptr);
+    EXPECT_EQ(cgGetParameterClass(parameter("sun")), CG_PARAMETERCLASS_STRUCT);
+    EXPECT_STREQ(cgGetParameterName(cgGetNamedSubParameter(parameter("lamps"), "[1].at")), "lamps[1].at");
     cgGetStringParameterValue(parameter("tint"));
     expectError(CG_INVALID_PARAMETER_TYPE_ERROR);
     const auto annotation = [&](const char* name) {
@@ -149,6 +170,7 @@ TEST_F(CgEffects, makeProgramsThatFollowTheirParameters) {
     };
     EXPECT_EQ(value("tint"), 0.5) << "what the effect says";
     EXPECT_EQ(value("weights"), 5);
+    EXPECT_EQ(value("lamps[1].at"), 5) << "a struct's";
     cgSetParameter1f(parameter("tint"), 7);
     EXPECT_EQ(value("tint"), 7);
     EXPECT_EQ(value("more"), 7) << "an argument";
@@ -174,7 +196,7 @@ TEST_F(CgEffects, setStatesByCallbacks) {
         calls.push_back(std::string(what) + (count == 1 ? std::to_string(values[0]) : "?"));
     };
     const CGeffect effect =
-        cgCreateEffect(fContext, "technique T { pass p { A = Low | High; B = 3; A = Unknown; } }", nullptr);
+        cgCreateEffect(fContext, "technique T { pass p { A = Low | HIGH; B = 3; a = Unknown; } }", nullptr);
     const CGtechnique technique = cgGetFirstTechnique(effect);
     const CGpass pass = cgGetFirstPass(technique);
     const CGstate a = cgCreateState(fContext, "A", CG_INT);
@@ -184,7 +206,7 @@ TEST_F(CgEffects, setStatesByCallbacks) {
     expectError(CG_DUPLICATE_NAME_ERROR);
     cgAddStateEnumerant(a, "Low", 1);
     cgAddStateEnumerant(a, "High", 4);
-    EXPECT_EQ(cgGetStateEnumerantValue(a, "High"), 4);
+    EXPECT_EQ(cgGetStateEnumerantValue(a, "high"), 4);
     EXPECT_EQ(cgGetStateEnumerantValue(a, "None"), -1);
     EXPECT_STREQ(cgGetStateEnumerantName(a, 1), "Low");
     const auto set = [](CGstateassignment s) -> CGbool { return note("set ", s), CG_TRUE; };

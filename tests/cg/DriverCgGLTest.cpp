@@ -547,6 +547,42 @@ TEST_F(DriverCgGL, bindsTexturesToTheUnitsOfTheirSamplers) {
     expectError(CG_INVALID_PARAM_HANDLE_ERROR, "no such sampler");
 }
 
+TEST_F(DriverCgGL, readsBuffersThatOpenGLHasToo) {
+    const CGprogram program = use("float4 tint : BUFFER[0]; float4 main() : COLOR { return tint; }");
+    const float tint[] = {1, 0.5F, 0, 1};
+    const CGbuffer buffer = cgGLCreateBuffer(fContext, sizeof tint, tint, GL_STATIC_DRAW);
+    const GLuint name = cgGLGetBufferObject(buffer);
+    ASSERT_NE(name, 0U);
+    EXPECT_EQ(cgGLGetBufferObject(buffer), name);
+    cgSetProgramBuffer(program, 0, buffer);
+    const auto read = [&](float* v) {
+        gl().glBindBufferARB(GL_ARRAY_BUFFER, name);
+        gl().glGetBufferSubDataARB(GL_ARRAY_BUFFER, 0, sizeof tint, v);
+        gl().glBindBufferARB(GL_ARRAY_BUFFER, 0);
+    };
+    cgGLBindProgram(program);
+    expectColor(1, 0.5, 0, 1, "as made");
+    const float other[] = {0, 0.25F, 1, 1};
+    gl().glBindBufferARB(GL_ARRAY_BUFFER, name);
+    gl().glBufferSubDataARB(GL_ARRAY_BUFFER, 0, sizeof other, other);
+    gl().glBindBufferARB(GL_ARRAY_BUFFER, 0);
+    cgUpdateProgramParameters(program);
+    expectColor(0, 0.25, 1, 1, "written to OpenGL's");
+    const float half = 0.5F;
+    cgSetBufferSubData(buffer, 4, sizeof half, &half);
+    static_cast<float*>(cgMapBuffer(buffer, CG_MAP_READ_WRITE))[2] = 0;
+    cgUnmapBuffer(buffer);
+    float got[4] = {};
+    read(got);
+    EXPECT_THAT(got, testing::ElementsAre(0, 0.5F, 0, 1)) << "taken to OpenGL's";
+    EXPECT_EQ(cgGLCreateBuffer(fContext, 4, nullptr, GL_NONE), nullptr);
+    expectError(CG_INVALID_ENUMERANT_ERROR, "no usage");
+    EXPECT_EQ(cgGLGetBufferObject(nullptr), 0U);
+    expectError(CG_INVALID_BUFFER_HANDLE_ERROR, "no buffer");
+    cgDestroyBuffer(buffer);
+    EXPECT_FALSE(gl().glIsBufferARB(name));
+}
+
 TEST_F(DriverCgGL, drawsFromClientArrays) {
     const CGprogram program = use("void main(float4 p : POSITION, float3 n : NORMAL, float4 c : COLOR, "
                                   "float2 t : TEXCOORD1, float4 g : ATTR6, float x : TEXCOORD2,\n"

@@ -127,7 +127,6 @@ TEST(EffectParser, namesWhatIsNotThere) {
         {"technique T { pass p { SetBlendState(b); } }",
          "is a call as in Direct3D 10; write a state and its value"},
         {"technique T { state p { } }", "a technique is made of passes, not of 'state'"},
-        {"technique T { } technique T { }", "there is a technique 'T' already"},
         {"technique T { pass p { A[x] = 1; } }", "the index of a state is a number"},
         {"technique T { pass p { A 1; } }", "'=' is missing behind a state's name, before '1'"},
         {"technique T { pass p { A = ; } }", "a value is missing, before ';'"},

@@ -56,6 +56,21 @@ class Orlocg(unittest.TestCase):
         self.assertIn(["look.gain", "float", "uniform", "in", "-", "look.gain"], rows)
         self.assertIn(["look.map", "sampler2D", "uniform", "in", "-", "look_map"], rows)
 
+    def test_programs_of_effects_are_compiled(self):
+        effect = (
+            '#include "half.h"\nfloat4 paint(uniform float g) : COLOR { return g * HALF; }\nPixelShader late = compile ps_2_0 nothing();\n'
+            "technique T { pass a { PixelShader = compile ps_2_0 paint(1); } pass b { PixelShader = (%s); CullMode = CCW; } }\n"
+        )
+        self.write("e.fx", effect % "NULL")
+        result = self.run_compiler("e.fx", "--effect", "-Iinc", "-DAMOUNT=0.5")
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "technique T, pass a: PixelShader paint\ntechnique T, pass b:\n", ""))
+        self.write("e.fx", effect % "late")
+        result = self.run_compiler("e.fx", "--effect", "-Iinc", "-DAMOUNT=0.5")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn("there is no function 'nothing'", result.stderr)
+        self.write("e.fx", "technique { pass { A = ; } }")
+        self.assertEqual(self.run_compiler("e.fx", "--effect").stderr, "e.fx:1:24: error: a value is missing, before ';'\n")
+
     def test_what_is_wrong_is_said(self):
         result = self.run_compiler("a.cg", "--entry", "glow", "-Iinc")
         self.assertEqual((result.returncode, result.stdout), (2, ""))

@@ -29,7 +29,7 @@ BELOW = {
     "cg/objects": {"cg/include", "cg/language", "cg/compile", "cg/effects"},
     "cg/runtime": {"cg/include", "cg/language", "cg/objects", "cg/effects"},
     "cg/gl": {"cg/include", "cg/language", "cg/objects"},
-    "cg/orlocg": {"cg/preprocess", "cg/language", "cg/compile"},
+    "cg/orlocg": {"cg/preprocess", "cg/language", "cg/compile", "cg/effects"},
     "cg/corpus": set(),
 }
 LIBRARY = {"host", "gl", "texture", "state", "geometry", "framebuffer", "shader", "particle", "cg/include"}

@@ -274,7 +274,7 @@ void frameBuffers() {
 }
 
 void cgShaders() {
-    use(&init_explicit_Cg, &fileExists);
+    use(&init_explicit_Cg, &findCgFunction, &fileExists);
 #define CG_CORE(name) use(F_##name);
 #define CG_GL(name) use(F_##name);
 #include <shader/CgEntryPoints.inc>

@@ -330,6 +330,59 @@ class CgShading(ShadedPictures):
         oblique = self.floats(model, "--cg", "fresnel", "--orthographic", "--eye", "1.7320508,0,1", "--size", "33x33", "--cg-set", "bodyBrightness=0")
         self.near(oblique[2][16][16], (0.4 / 8, 0.7 / 8, 1 / 8))
 
+    EFFECT = """
+        float4x4 wvp : WorldViewProjection; float4x4 WorldIT;
+        float3 way : Direction < string Object = "DirectionalLight0"; >; float3 lamp : Diffuse < string Object = "Light0"; >;
+        float3 tint < string UIName = "Tint"; > = {1, 0.5, 0.25}; float now : Time; float2 size : ViewportPixelSize; float3 eye : CameraPosition;
+        texture picture < string ResourceName = "halves.png"; >; texture baseMap;
+        sampler2D own = sampler_state { Texture = <picture>; MinFilter = Point; MagFilter = Point; AddressV = Clamp; };
+        sampler2D base = sampler_state { Texture = <baseMap>; };
+        void vs(float4 p : POSITION, float3 n : NORMAL, float2 t : TEXCOORD0, out float4 o : POSITION, out float3 m : TEXCOORD0, out float2 u : TEXCOORD1)
+        { o = %s; m = mul(%s, n); u = t; }
+        float4 lit(float3 n : TEXCOORD0) : COLOR { return float4(tint * lamp * saturate(dot(n, -way)), 1); }
+        float4 mapped(float2 u : TEXCOORD1, uniform float v) : COLOR { return float4(tex2D(own, float2(u.x, v)).rgb * 0.5, 1); }
+        float4 painted(float2 u : TEXCOORD1) : COLOR { return float4(tex2D(base, u).rgb * 0.25, 1); }
+        float4 told() : COLOR { return float4(now, size.x / 1000, eye.z / 100, 1); }
+        void frame(float4 p : POSITION, float3 t : TANGENT, float3 b : BINORMAL, float2 u : TEXCOORD0, out float4 o : POSITION, out float3 c : TEXCOORD0)
+        { o = %s; c = float3(t.x, -b.y, u.x); }
+        float4 plain(float3 c : TEXCOORD0) : COLOR { return float4(c, 1); }
+        technique Frame { pass { VertexProgram = compile latest frame(); FragmentProgram = compile latest plain(); } }
+        technique Broken { pass { FragmentProgram = compile latest nothing(); } }
+        technique Lit { pass { VertexProgram = compile latest vs(); FragmentProgram = compile latest lit(); } }
+        technique Above { pass { VertexProgram = compile arbvp1 vs(); FragmentProgram = compile arbfp1 mapped(-3); } }
+        technique Both { pass { VertexShader = compile vs_3_0 vs(); PixelShader = compile ps_3_0 mapped(3); }
+                         pass { VertexShader = compile vs_3_0 vs(); PixelShader = compile ps_3_0 painted(); AlphaBlendEnable = true; SrcBlend = One; DestBlend = One; ZFunc = LessEqual; } }
+        technique Told { pass { VertexShader = compile vs_3_0 vs(); PixelShader = compile ps_3_0 told(); } }
+        """
+
+    def test_effects(self):
+        self.write("e.cgfx", self.EFFECT % ("mul(wvp, p)", "(float3x3)WorldIT", "mul(wvp, p)"))
+        self.write("halves.png", png([[(255, 0, 0, 255)], [(0, 0, 255, 255)]]))
+        by = lambda *switches, **more: self.quad({"pbrMetallicRoughness": {"baseColorFactor": [*self.BASE, 1], "baseColorTexture": {"index": 0}}}, switches=("--cgfx", self.path("e.cgfx"), *switches), pictures=[[[(255, 255, 255, 255)]]], **more)
+        self.near(by("--technique", "Lit"), (FILE_LIGHT, FILE_LIGHT / 2, FILE_LIGHT / 4))
+        self.near(by("--technique", "Lit", "--cg-set", "tint=0,1,2", lights=[self.OBLIQUE]), (0, FILE_LIGHT / 2, FILE_LIGHT))
+        self.near(by("--technique", "Above"), (0.5, 0, 0))
+        self.near(self.quad({}, switches=("--cgfx", self.path("e.cgfx"))), (1, 1, 0.5))
+        self.near(by("--technique", "Both"), (0.25, 0.25, 0.75))
+        model = self.path("m.gltf")
+        _, _, rows = self.floats(model, "--cgfx", self.path("e.cgfx"), "--technique", "Told", "--time", "0.5", "--eye", "0,0,10", "--target", "0,0,0", "--size", "50x50", "--samples", "1")
+        self.near(rows[25][25], (0.5, 0.05, 0.1))
+        out = (model, "--cgfx", self.path("e.cgfx"), "-o", self.path("out.png"), "--size", "16x16")
+        told = self.run_viewer(*out[:3], "--technique", "Broken", "-o", self.path("good.png"), "--size", "16x16").stderr.decode()
+        self.assertIn("e.cgfx: the technique 'Broken' can't be used: its state 'FragmentProgram' can't be set: ", told)
+        self.fails(1, [*out, "--technique", "nope"], "--technique nope: ", " has no such technique; its techniques: Frame, Broken, Lit, Above, Both, Told\n")
+        self.fails(1, [*out, "--cg-set", "glow=1"], "--cg-set glow: ", " has no such parameter; its parameters: wvp, WorldIT, way, ")
+        self.fails(1, [*out, "--cg", "toon"], "--cg and --cgfx: each takes the place of all materials; give one")
+        self.fails(1, [model, "--technique", "x", "-o", self.path("out.png")], "--technique: it is of an effect; give --cgfx FILE")
+        self.fails(1, [model, "--cgfx", "nope.cgfx", "-o", self.path("out.png")], "--cgfx nope.cgfx: it can't be read")
+        # Vectors before matrices, as Direct3D has them.
+        self.write("e.cgfx", self.EFFECT.replace("mul(%s, n)", "mul(n, %s)") % ("mul(p, wvp)", "(float3x3)WorldIT", "mul(p, wvp)"))
+        self.near(by("--technique", "Lit"), (FILE_LIGHT, FILE_LIGHT / 2, FILE_LIGHT / 4))
+        self.write("e.cgfx", "technique A { pass { Nonsense = 1; } } technique B { }")
+        self.fails(1, out, "--cgfx: none of the techniques can be used\n  ", "'A' can't be used: its state 'Nonsense' can't be set\n", "'B' can't be used: it has no passes\n")
+        self.write("e.cgfx", "float x = ;")
+        self.fails(1, out, "e.cgfx:1:11: error: a value is missing, before ';'\n")
+
     def test_where_it_is_said_to_be_changes_nothing(self):
         model = self.write("m.gltf", textured([{"material": 0, "at": WHOLE}], [{}], []))
         switches = (model, "--cg", "toon", "--size", "32x32")
@@ -345,7 +398,7 @@ class CgShading(ShadedPictures):
         self.fails(1, [*out, "--cg", "toon", "--cg-set", "baseColorMap=1"], "--cg-set baseColorMap: ")
         for value in ("lineWidth", "=1", "lineWidth=", "lineWidth=x", "lineWidth=1,2,3,4,5"):
             self.fails(1, [*out, "--cg", "toon", "--cg-set", value], f"--cg-set {value}: give NAME= and 1 to 4 numbers")
-        self.fails(1, [*out, "--cg-set", "a=1"], "--cg-option and --cg-set: they are of a Cg shader; give --cg NAME")
+        self.fails(1, [*out, "--cg-set", "a=1"], "--cg-option and --cg-set: they are of a Cg shader; give --cg NAME or --cgfx FILE")
         self.fails(1, [*out, "--cg", "toon", "--shader", "s"], "--cg and --shader: each takes the place of all materials; give one")
         self.fails(1, [*out, "--cg", "toon", "--shading", "cg"], "--cg takes the place of all materials; leave --shading, ")
         self.fails(1, [*out, "--cg", "toon", "--shadows"], "--shadows: the materials' shaders draw them; leave --cg out")

@@ -84,10 +84,9 @@ koColor::Color storedColor(const Material& material, const koColor::Color& color
     return {color[0] * color[3], color[1] * color[3], color[2] * color[3], color[3]};
 }
 
-DrawableScene::DrawableScene(const Scene& scene, Shading shading, const ProgressReport& report,
-                             bool withNormalMaps)
-    : fScene(scene),
-      fTextures(shading == Shading::Fixed ? std::make_unique<SceneTextures>(scene, withNormalMaps)
+DrawableScene::DrawableScene(const Scene& scene, Shading shading, const ProgressReport& report, Extras extras)
+    : fScene(scene), fHasExtraTangents(extras == Extras::NormalMapsAndTangents),
+      fTextures(shading == Shading::Fixed ? std::make_unique<SceneTextures>(scene, extras != Extras::Nothing)
                                           : nullptr) {
     const auto routeTo = [this](GLRouting::GLInterpolant interpolant, GeometryData::DataType type) {
         GLRouting::Slot& slot = fRouting.fSlots[interpolant];
@@ -140,6 +139,11 @@ std::unique_ptr<DrawableScene::Drawable> DrawableScene::makeDrawable(const Mesh&
     drawable->hasTangents = !fTextures && fScene.showsTangents(mesh);
     if (drawable->hasTangents)
         addStream(GeometryData::kTangent, 4, mesh.tangents);
+    if (fHasExtraTangents) {
+        drawable->extras = tangentsOf(mesh);
+        addStream(GeometryData::kTangent, 3, drawable->extras.tangents);
+        addStream(GeometryData::kTangent, 3, drawable->extras.binormals);
+    }
 
     if (mesh.topology == Topology::Triangles)
         drawable->group.addIndexRecord(std::make_unique<GeometryDataIndex>(
@@ -165,8 +169,8 @@ void DrawableScene::addUvStreams(const Mesh& mesh, Drawable& drawable) const {
     sets.fill(-1);
     if (fTextures) {
         const MaterialLayers& layers = fTextures->layersOf(mesh.material);
-        sets[0] = layers.base.uvSet.value_or(-1);
-        sets[1] = layers.emission.uvSet.value_or(-1);
+        sets[0] = layers.base.uvSet.value_or(fHasExtraTangents ? 0 : -1); // textures of an effect's own
+        sets[1] = layers.emission.uvSet.value_or(fHasExtraTangents ? 1 : -1);
         sets[2] = layers.normal.uvSet.value_or(-1);
     } else if (mesh.material >= 0) {
         const Material& material = fScene.materials[static_cast<size_t>(mesh.material)];
@@ -241,12 +245,19 @@ void DrawableScene::route(const Drawable& drawable) {
         slot.fDataType = GeometryData::kTexCoord;
         slot.fIndex = drawable.uvStreams[i];
     }
-    if (drawable.hasTangents) {
-        GLRouting::Slot& slot = fRouting.fSlots[texCoord(kTangentUnit)];
-        slot.fMode = GLRouting::kFromGeometry;
-        slot.fDataType = GeometryData::kTangent;
-        slot.fIndex = 0;
+    if (drawable.hasTangents)
+        routeTangents(kTangentUnit, 0);
+    if (!drawable.extras.tangents.empty()) {
+        routeTangents(kExtraTangentUnit, 0);
+        routeTangents(kExtraBinormalUnit, 1);
     }
+}
+
+void DrawableScene::routeTangents(int unit, int stream) {
+    GLRouting::Slot& slot = fRouting.fSlots[texCoord(static_cast<size_t>(unit))];
+    slot.fMode = GLRouting::kFromGeometry;
+    slot.fDataType = GeometryData::kTangent;
+    slot.fIndex = stream;
 }
 
 void DrawableScene::drawMesh(size_t instance) {

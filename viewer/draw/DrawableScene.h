@@ -5,9 +5,11 @@
 #include "draw/Shading.h"
 #include "scene/Poser.h"
 #include "scene/Scene.h"
+#include "scene/Tangents.h"
 #include "texture/SceneTextures.h"
 
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,9 +25,11 @@ namespace orloview {
 /// outlive it.
 class DrawableScene {
 public:
-    /// `withNormalMaps`: of GL's own functions, for a shader of the user's among them.
+    /// What GL's own functions have no use for, and shaders of the user's among them have.
+    enum class Extras : std::uint8_t { Nothing, NormalMaps, NormalMapsAndTangents };
+
     explicit DrawableScene(const Scene& scene, Shading shading = Shading::Fixed,
-                           const ProgressReport& report = {}, bool withNormalMaps = false);
+                           const ProgressReport& report = {}, Extras extras = Extras::Nothing);
     ~DrawableScene();
 
     DrawableScene(const DrawableScene&) = delete;
@@ -81,6 +85,10 @@ public:
     /// The texture coordinates that shaders of materials find tangents in.
     static constexpr int kTangentUnit = 7;
 
+    /// The same of the extra ones, and of binormals.
+    static constexpr int kExtraTangentUnit = 6;
+    static constexpr int kExtraBinormalUnit = 7;
+
 private:
     static constexpr size_t kMostUvSets = 8;
 
@@ -90,6 +98,7 @@ private:
         bool hasNormals = false;
         bool hasColors = false;
         bool hasTangents = false;
+        Tangents extras;                   ///< without any: none
         std::vector<float> colors;         ///< vertex colours times base colour, for GL's own functions
         std::unique_ptr<GLObject> indices; ///< of points and lines, made when first needed
         bool indicesTried = false;
@@ -102,11 +111,13 @@ private:
     const Mesh& meshOf(size_t instance) const { return fScene.meshes[fScene.instances[instance].mesh]; }
     Drawable& drawableOf(size_t instance) { return *fDrawables[fScene.instances[instance].mesh]; }
     void route(const Drawable& drawable);
+    void routeTangents(int unit, int stream);
     static void uploadIndices(const Mesh& mesh, Drawable& drawable);
     void drawRouted(size_t instance);
     static void drawElements(const Mesh& mesh, size_t count, const void* indices);
 
     const Scene& fScene;
+    const bool fHasExtraTangents;
     std::unique_ptr<SceneTextures> fTextures; ///< for GL's own functions
     GLRouting fRouting;
     std::vector<std::unique_ptr<Drawable>> fDrawables; ///< as Scene::meshes

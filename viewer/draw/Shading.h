@@ -13,14 +13,16 @@ enum class Shading : std::uint8_t {
     Cg     ///< the same, in Cg
 };
 
-/// A Cg shader in the place of all materials.
+/// A Cg shader, or an effect, in the place of all materials.
 struct CgRequest {
     struct Value {
         std::string name;
         std::vector<float> numbers; ///< 1 to 4, or 16: a matrix row by row
     };
 
-    std::string name;                 ///< or path: its files are NAME_vertex.cg and NAME_fragment.cg
+    bool isEffect = false;
+    std::string name;      ///< or path: its files are NAME_vertex.cg and NAME_fragment.cg; an effect's
+    std::string technique; ///< of an effect, which is tried first; empty: that of the file
     std::vector<std::string> options; ///< of the compiler, for both
     std::vector<Value> values;        ///< of its parameters
 };

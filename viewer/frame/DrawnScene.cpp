@@ -5,6 +5,7 @@
 #include "frame/ViewAndLook.h"
 #include "options/Values.h"
 #include "shading/CgUserShader.h"
+#include "shading/EffectShader.h"
 #include "shading/GlslLanguage.h"
 #include "shading/GlslUserShader.h"
 
@@ -16,6 +17,13 @@ namespace {
 
 bool hasUserShader(const Options& options) {
     return options.cg || !options.shader.empty();
+}
+
+DrawableScene::Extras extrasOf(const Options& options) {
+    using Extras = DrawableScene::Extras;
+    if (options.cg && options.cg->isEffect)
+        return Extras::NormalMapsAndTangents;
+    return hasUserShader(options) ? Extras::NormalMaps : Extras::Nothing;
 }
 
 size_t partOf(const Scene& scene, const std::string& wanted) {
@@ -55,7 +63,7 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
                        const ProgressReport& report)
     : fShading(chooseShading(options)), fSky(skyOf(options)),
       fLights(scene, !isLitBySkyAlone(options), options.exposure),
-      fDrawable(scene, fShading, report, hasUserShader(options)), fGround(guides.ground), fMarks(scene),
+      fDrawable(scene, fShading, report, extrasOf(options)), fGround(guides.ground), fMarks(scene),
       fGrid(guides.grid), fAxes(guides.axes) {
     if (options.part)
         fMarks.outline(partOf(scene, *options.part));
@@ -67,7 +75,9 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
         fParticles.emplace(scene, ParticleOptions{*options.particles, options.lit, options.spriteImages});
     if (options.demo)
         fFountain.emplace();
-    if (options.cg)
+    if (options.cg && options.cg->isEffect)
+        fUserShader = std::make_unique<EffectShader>(*options.cg, scene, fLights, options.exposure);
+    else if (options.cg)
         fUserShader = std::make_unique<CgUserShader>(*options.cg, fLights);
     else if (!options.shader.empty())
         fUserShader = std::make_unique<GlslUserShader>(options.shader, fLights);
@@ -120,6 +130,7 @@ std::vector<std::string> DrawnScene::warnings() const {
     std::vector<std::string> warnings = fDrawable.warnings();
     for (const std::vector<std::string>& more :
          {fLights.warnings(), fShaders ? fShaders->warnings() : std::vector<std::string>(),
+          fUserShader ? fUserShader->warnings() : std::vector<std::string>(),
           fParticles ? fParticles->warnings() : std::vector<std::string>()})
         warnings.insert(warnings.end(), more.begin(), more.end());
     return warnings;

@@ -37,6 +37,12 @@ public:
             fShaders->dump(folder);
     }
 
+    /// What time it is from now on, in seconds, for a shader of the user's.
+    void setTime(double seconds) {
+        if (fUserShader)
+            fUserShader->setTime(seconds);
+    }
+
     /// Shows the demo at a time, in seconds.
     void animate(double seconds) { fParticles->replace(fFountain->dropsAt(seconds)); }
 

@@ -138,11 +138,20 @@ void fillAlpha(DrawableScene& drawable, size_t index, TextureUnits& units) {
     drawable.drawShape(index);
 }
 
+/// Lets a shader of the user's draw an instance; null: there is none.
+template <typename Draw>
+void drawBy(UserShader* shader, const DrawableScene& drawable, size_t index, const Draw& draw) {
+    if (shader)
+        shader->draw(drawable.scene().instances[index].toWorld, draw);
+    else
+        draw();
+}
+
 void drawFixed(DrawableScene& drawable, size_t index, const FrameLook& look, TextureUnits& units,
                UserShader* shader = nullptr) {
     setFixedMaterial(drawable, index, look, units, shader);
     drawPlaced(drawable, index, [&] {
-        drawable.drawMesh(index);
+        drawBy(shader, drawable, index, [&] { drawable.drawMesh(index); });
         const bool mayBeSeenThrough = look.background[3] < 1.0F || isToneMapped(look);
         if (drawable.materialOf(index).alphaMode == AlphaMode::Mask && mayBeSeenThrough)
             fillAlpha(drawable, index, units);
@@ -179,8 +188,10 @@ void drawSceneFixed(const FrameContent& content, const View& view, const FrameLo
                     TextureUnits& units) {
     DrawableScene& drawable = content.drawable;
     UserShader* shader = content.userShader;
-    if (shader)
+    if (shader) {
+        shader->beginFrame(view, look.width, look.height);
         shader->bind();
+    }
     for (const size_t index : drawable.opaqueInstances()) {
         if (isSeen(content, index))
             drawFixed(drawable, index, look, units, shader);
@@ -194,7 +205,8 @@ void drawSceneFixed(const FrameContent& content, const View& view, const FrameLo
         if (!isSeen(content, run.instance))
             continue;
         setFixedMaterial(drawable, run.instance, look, units, shader);
-        drawPlaced(drawable, run.instance, [&] { drawable.drawRun(run); });
+        drawPlaced(drawable, run.instance,
+                   [&] { drawBy(shader, drawable, run.instance, [&] { drawable.drawRun(run); }); });
     }
     if (shader)
         shader->unbind();

@@ -45,7 +45,8 @@ void showVariant(const std::string& name, Scene& scene) {
 
 /// What moves is asked for of a model in which nothing does.
 void checkMoves(const Options& options, const Poser& poser) {
-    if (options.demo || poser.moves())
+    const bool hasEffect = options.cg && options.cg->isEffect; // which may go by the time itself
+    if (options.demo || hasEffect || poser.moves())
         return;
     for (const auto& [isGiven, name] :
          {std::pair{options.time.has_value(), "--time"}, {options.frames > 0, "--frames"}})

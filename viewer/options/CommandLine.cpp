@@ -169,9 +169,10 @@ public:
         std::erase(extras, "--"); // behind which names of files may begin with a dash
         if (!extras.empty())
             unknownSwitch(fApp, extras.front());
-        for (const char* name : {"--variant", "--shading", "--sky", "--sky-rotation", "--tone-map",
-                                 "--shader", "--cg", "--cg-option", "--cg-set", "--shadows", "--cull",
-                                 "--particles", "--sprite-images", "--point-size", "--lit"})
+        for (const char* name :
+             {"--variant", "--shading", "--sky", "--sky-rotation", "--tone-map", "--shader", "--cg", "--cgfx",
+              "--technique", "--cg-option", "--cg-set", "--shadows", "--cull", "--particles",
+              "--sprite-images", "--point-size", "--lit"})
             fOptions.shadingSwitches += asGiven(name, *fApp.get_option(name));
         return {};
     }
@@ -182,8 +183,11 @@ public:
         return option && option->count() > 0;
     }
 
-    /// Of --cg-option and --cg-set, without which --cg has none.
+    /// Of --cg-option, --cg-set and --technique, without which --cg and --cgfx have none.
     CgRequest& cg() { return fCg; }
+
+    /// The file of --cgfx; empty: it isn't given.
+    const std::string& effect() const { return fEffect; }
 
 private:
     /// A switch with one word, which `take` gets; an empty one is refused. `names` may begin with a short
@@ -241,6 +245,7 @@ private:
 
     Options& fOptions;
     CgRequest fCg;
+    std::string fEffect;
     CLI::App fApp{
         "Shows 3D models, drawn through OrloGL, in a window or writes a picture of them: several models "
         "make one scene. H in the window lists its keys.",
@@ -384,8 +389,12 @@ void Switches::addShading() {
          "path: "
          "NAME_vertex.cg and NAME_fragment.cg",
          fCg.name);
+    word("--cgfx", "FILE",
+         "Draw with an effect of Cg in the place of all materials: a file of techniques and passes", fEffect);
+    word("--technique", "NAME",
+         "With --cgfx: the technique that is tried first, the file's first unless given", fCg.technique);
     fApp.add_option("--cg-option", fCg.options,
-                    "With --cg: a switch of the Cg compiler, such as --cg-option=-DBANDS=3")
+                    "With --cg or --cgfx: a switch of the Cg compiler, such as --cg-option=-DBANDS=3")
         ->type_name("SWITCH")
         ->allow_extra_args(false);
     fApp.add_option_function<std::vector<std::string>>(
@@ -394,7 +403,7 @@ void Switches::addShading() {
                 for (const std::string& value : values)
                     fCg.values.push_back(parseCgValue(value));
             },
-            "With --cg: set a parameter, such as --cg-set bodyColor=1,0.5,0")
+            "With --cg or --cgfx: set a parameter, such as --cg-set bodyColor=1,0.5,0")
         ->type_name("NAME=NUMBERS")
         ->allow_extra_args(false);
     word("--dump-shaders", "FOLDER", "Write the sources of the materials' shaders", fOptions.dumpShaders);
@@ -512,17 +521,25 @@ std::string fileOfSwitches() {
 }
 
 /// What one switch makes of another.
-void settle(Options& options, const CgRequest& cg) {
+void settle(Options& options, CgRequest cg, const std::string& effect) {
     if (options.quiet)
         options.progress = Progress::Mode::Silent;
     if (options.demo && !options.particles)
         options.particles = ParticleKind::Sprites;
     if (options.sampling.pbuffer && options.glRoad == GLRoad::Auto)
         options.glRoad = GLRoad::X11; // where pbuffers are
+    if (!cg.name.empty() && !effect.empty())
+        throw Failure(kExitUsage, "--cg and --cgfx: each takes the place of all materials; give one");
+    if (effect.empty() && !cg.technique.empty())
+        throw Failure(kExitUsage, "--technique: it is of an effect; give --cgfx FILE");
+    cg.isEffect = !effect.empty();
+    if (cg.isEffect)
+        cg.name = effect;
     if (!cg.name.empty())
-        options.cg = cg;
+        options.cg = std::move(cg);
     else if (!cg.options.empty() || !cg.values.empty())
-        throw Failure(kExitUsage, "--cg-option and --cg-set: they are of a Cg shader; give --cg NAME");
+        throw Failure(kExitUsage,
+                      "--cg-option and --cg-set: they are of a Cg shader; give --cg NAME or --cgfx FILE");
 }
 
 } // namespace
@@ -538,7 +555,7 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     Switches switches(options);
     line.printAndStop = switches.parse(std::move(words));
     if (line.printAndStop.empty()) {
-        settle(options, switches.cg());
+        settle(options, switches.cg(), switches.effect());
         checkTogether(options);
     }
     return line;

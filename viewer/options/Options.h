@@ -140,11 +140,13 @@ struct Options {
     /// The files of the user's own shader, without .vert and .frag; empty: none.
     std::string shader;
 
-    /// A Cg shader in the place of all materials.
+    /// A Cg shader, or an effect, in the place of all materials.
     std::optional<CgRequest> cg;
 
     /// The switch that asks for a shader in the place of all materials; null: none does.
-    const char* ownShaderSwitch() const { return cg ? "--cg" : shader.empty() ? nullptr : "--shader"; }
+    const char* ownShaderSwitch() const {
+        return cg ? (cg->isEffect ? "--cgfx" : "--cg") : shader.empty() ? nullptr : "--shader";
+    }
 
     /// Whether GL's clip planes cut what is drawn: other shaders don't say where their vertices are.
     bool canClip() const { return !ownShaderSwitch() && shading != Shading::Cg; }

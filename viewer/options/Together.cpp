@@ -34,7 +34,8 @@ void checkOwnShader(const Options& options) {
     if (!own)
         return;
     if (options.cg && !options.shader.empty())
-        throw Failure(kExitUsage, "--cg and --shader: each takes the place of all materials; give one");
+        throw Failure(kExitUsage,
+                      own + std::string(" and --shader: each takes the place of all materials; give one"));
     if (options.shading || options.compare || !options.dumpShaders.empty())
         throw Failure(kExitUsage, own + std::string(" takes the place of all materials; leave --shading, "
                                                     "--compare and --dump-shaders out"));

@@ -1,6 +1,11 @@
 #pragma once
 
+#include "scene/View.h"
 #include "texture/SceneTextures.h"
+
+#include <functional>
+#include <string>
+#include <vector>
 
 namespace orloview {
 
@@ -25,8 +30,23 @@ public:
     /// Tells it of the textures that lie on units 0 and 2; null for none. Needs it current.
     virtual void setTextures(const TextureLayer* base, const TextureLayer* normal) = 0;
 
+    /// Draws something by `draw`, whose own space leads to the world so; as often as it has to be. Needs it
+    /// current.
+    virtual void draw(const koLinear::AffineMatrix& /*toWorld*/, const std::function<void()>& draw) {
+        draw();
+    }
+
     /// Leaves no shader current.
     virtual void unbind() = 0;
+
+    /// What holds for a frame of that view and so many pixels.
+    virtual void beginFrame(const View& /*view*/, int /*width*/, int /*height*/) {}
+
+    /// What time it is from now on, in seconds.
+    virtual void setTime(double /*seconds*/) {}
+
+    /// What it does without, a line each.
+    virtual std::vector<std::string> warnings() const { return {}; }
 };
 
 } // namespace orloview

@@ -56,6 +56,7 @@ void ShownScene::followTime(GLSession& gl) {
         return;
     fShownTime = fPlayback.time();
     gl.makeCurrent();
+    fDrawn.setTime(fShownTime);
     if (fOptions.demo)
         return fDrawn.animate(fShownTime);
     fDrawn.follow(fPoser.pose(fShownTime), fPoser.bounds());

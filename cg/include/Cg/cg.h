@@ -1,7 +1,7 @@
 #pragma once
 
-// The interface of the Cg core runtime, libCg.so: programs and their parameters; of its effects what they are
-// made of. Plain C.
+// The interface of the Cg core runtime, libCg.so: programs and their parameters, effects and their states.
+// Plain C.
 //
 //     CGcontext context = cgCreateContext();
 //     CGprogram program = cgCreateProgram(context, CG_SOURCE, source, CG_PROFILE_ARBFP1, "main", 0);
@@ -282,7 +282,7 @@ const char* cgGetEffectName(CGeffect effect);
 // A program whose globals follow the effect's parameters of the same names.
 CGprogram cgCreateProgramFromEffect(CGeffect effect, CGprofile profile, const char* entry, const char** args);
 
-// Its uniforms, textures and strings, but for structs.
+// Its uniforms, textures and strings, but for structs that hold textures or strings.
 CGparameter cgGetFirstEffectParameter(CGeffect effect);
 CGparameter cgGetNamedEffectParameter(CGeffect effect, const char* name);
 CGparameter cgGetEffectParameterBySemantic(CGeffect effect, const char* semantic);
@@ -304,7 +304,9 @@ CGbool cgIsPass(CGpass pass);
 const char* cgGetPassName(CGpass pass);
 CGtechnique cgGetPassTechnique(CGpass pass);
 
-// The states that a pass sets. Values that name a constant or a parameter are strings.
+// The states that a pass sets. A name of the effect's, a constant or a parameter as it is now, has its
+// numbers, and is a string too. Names of states and of their constants are the same in small letters and
+// capitals.
 CGstateassignment cgGetFirstStateAssignment(CGpass pass);
 CGstateassignment cgGetNextStateAssignment(CGstateassignment assignment);
 CGstateassignment cgGetNamedStateAssignment(CGpass pass, const char* name);
@@ -322,7 +324,8 @@ const float* cgGetFloatStateAssignmentValues(CGstateassignment assignment, int* 
 const int* cgGetIntStateAssignmentValues(CGstateassignment assignment, int* count);
 const CGbool* cgGetBoolStateAssignmentValues(CGstateassignment assignment, int* count);
 const char* cgGetStringStateAssignmentValue(CGstateassignment assignment);
-// The program of "compile arbvp1 main(tint, 2)", compiled when this is called first.
+// The program of "compile arbvp1 main(tint, 2)", compiled when this is called first; for OpenGL where it is
+// for Direct3D. Null without an error: the value is NULL.
 CGprogram cgGetProgramStateAssignmentValue(CGstateassignment assignment);
 
 // The parameter that a value names.
@@ -333,6 +336,7 @@ CGstateassignment cgGetFirstSamplerStateAssignment(CGparameter sampler);
 CGstateassignment cgGetNamedSamplerStateAssignment(CGparameter sampler, const char* name);
 CGstate cgGetSamplerStateAssignmentState(CGstateassignment assignment);
 CGparameter cgGetSamplerStateAssignmentParameter(CGstateassignment assignment);
+void cgSetSamplerState(CGparameter sampler); // calls what sets each
 
 // States of the caller's, by the names that effects use: what sets one, sets it back, and says whether its
 // value can be. Nobody else knows any. Constants by name are numbers of its assignments then.

@@ -1,6 +1,6 @@
 #pragma once
 
-// The interface of the Cg runtime's OpenGL binding, libCgGL.so, without the states of effects. Plain C.
+// The interface of the Cg runtime's OpenGL binding, libCgGL.so. Plain C.
 //
 //     cgGLLoadProgram(program);
 //     cgGLBindProgram(program);
@@ -141,6 +141,21 @@ GLuint cgGLGetTextureParameter(CGparameter parameter);
 void cgGLEnableTextureParameter(CGparameter parameter);
 void cgGLDisableTextureParameter(CGparameter parameter);
 GLenum cgGLGetTextureEnum(CGparameter parameter); // GL_TEXTURE0 and so on
+
+// A buffer that OpenGL has too, as its GL_STATIC_DRAW and so on; and OpenGL's name of a buffer, which it has
+// from then on. What is written to either is in both when a program is bound or the buffer is mapped.
+CGbuffer cgGLCreateBuffer(CGcontext context, int size, const void* data, GLenum usage);
+GLuint cgGLGetBufferObject(CGbuffer buffer);
+
+// Makes OpenGL's states known to the effects of a context: those of passes (VertexProgram, BlendFunc,
+// DepthTestEnable, CullFace, ..., and what Direct3D calls them: VertexShader, SrcBlend, ZEnable, CullMode)
+// and of samplers (MinFilter, WrapS, AddressU, ...). CullMode CCW hides backs, as in Direct3D. What sets one
+// back sets what OpenGL begins with. A value that isn't known, or no such number or word, makes a technique
+// invalid.
+void cgGLRegisterStates(CGcontext context);
+// Gives a texture to an effect's sampler, and the sampler's states to the texture. A sampler whose state
+// "Texture" names a parameter has the texture of that when a pass sets a program that reads it.
+void cgGLSetupSampler(CGparameter sampler, GLuint texture);
 
 #ifdef __cplusplus
 }
