@@ -214,11 +214,12 @@ TEST(Compiler, warnsOfSemanticsThatThereAreNone) {
 }
 
 TEST(Compiler, tellsOfItsParameters) {
-    const Result result = compiled("struct L { float3 c; sampler2D t; };\n"
-                                   "uniform float unused;\nuniform float2 scale[2] = {1, 2, 3, 4};\n"
-                                   "float4 main(float2 uv : TEXCOORD1, uniform L lights[2], uniform float k "
-                                   "= 0.5, out float d : DEPTH) : COLOR {\n"
-                                   "d = k; return tex2D(lights[1].t, uv * scale[1]) + lights[0].c.xyzz; }");
+    const Result result =
+        compiled("struct L { float3 c; sampler2D t; };\n"
+                 "uniform float unused;\nuniform float2 scale[2] = {1, 2, 3, 4};\n"
+                 "float4 main(float2 uv : TEXCOORD1, uniform L lights[2], uniform float "
+                 "sample = 0.5, out float d : DEPTH) : COLOR {\n"
+                 "d = sample; return tex2D(lights[1].t, uv * scale[1]) + lights[0].c.xyzz; }");
     ASSERT_NE(result.program, nullptr) << result.listing;
     std::string told;
     for (const Parameter& parameter : result.program->parameters) {
@@ -232,7 +233,7 @@ TEST(Compiler, tellsOfItsParameters) {
     EXPECT_EQ(told, "uv:TEXCOORD1\n"
                     "lights: lights[0].c=lights[0].c lights[0].t=lights_0_t lights[1].c=lights[1].c "
                     "lights[1].t=lights_1_t\n"
-                    "k: k=k 5\n"
+                    "sample: sample=_sample 5\n"
                     "d:DEPTH\n"
                     "scale: scale=scale 10 20 30 40\n");
     EXPECT_THAT(result.program->glsl,
@@ -241,7 +242,7 @@ TEST(Compiler, tellsOfItsParameters) {
                                     "//var sampler2D lights[0].t :  : lights_0_t : 1 : 1\n"
                                     "//var float3 lights[1].c :  : lights[1].c : 1 : 1\n"
                                     "//var sampler2D lights[1].t :  : lights_1_t : 1 : 1\n"
-                                    "//var float k :  : k : 2 : 1\n"
+                                    "//var float sample :  : _sample : 2 : 1\n"
                                     "//var float d : $vout.DEPTH : DEPTH0 : 3 : 1\n"
                                     "//var float2 scale[0] :  : scale[0] : -1 : 1\n"
                                     "//var float2 scale[1] :  : scale[1] : -1 : 1\n"
