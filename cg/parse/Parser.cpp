@@ -392,7 +392,7 @@ void Parser::skipTo(std::string_view end) {
     for (int depth = 0; depth > 0 || !peek().is(end); take()) {
         if (peek().kind == TokenKind::End)
             unexpected(inQuotes(end).c_str());
-        depth += (peek().is("{") ? 1 : 0) - (peek().is("}") ? 1 : 0);
+        depth += (peek().is("{") || peek().is("(") ? 1 : 0) - (peek().is("}") || peek().is(")") ? 1 : 0);
     }
     take();
 }
@@ -421,6 +421,26 @@ bool Parser::skipEffect() {
         }
     }
     return false;
+}
+
+/// "TRIANGLE void main(...) { ... }": programs of stages that there aren't may stand beside those that there
+/// are. True: one did.
+bool Parser::skipOtherStage() {
+    if (!peek().isName() || !peek(1).isName() || startsType())
+        return false;
+    const std::string why = whyUnsupported(peek());
+    if (!why.starts_with("geometry") && !why.starts_with("tessellation"))
+        return false;
+    auto made = std::make_unique<Function>();
+    made->at = peek().at;
+    made->unsupported = why;
+    while (peek().isName())
+        made->name = take().text;
+    made->body = make(Statement::Kind::Block);
+    skipTo("{");
+    skipTo("}");
+    fProgram.functions.push_back(std::move(made));
+    return true;
 }
 
 std::unique_ptr<Variable> Parser::declarator(const Type* base, const Qualifiers& qualifiers) {
@@ -459,7 +479,7 @@ std::vector<std::unique_ptr<Variable>> Parser::declarators(const Type* base, con
 }
 
 void Parser::external() {
-    if (takeIf(";") || skipEffect() || constantBuffer())
+    if (takeIf(";") || skipEffect() || skipOtherStage() || constantBuffer())
         return;
     std::string profile;
     if (isProfile(peek().text) && !startsType() &&
@@ -895,10 +915,13 @@ ExpressionPtr Parser::primary() {
     }
     take();
     if (peek().is("(")) {
-        if (name.is("emitVertex")) // its arguments are none of an expression's
-            fDiagnostics.fail(name.at, whyUnsupported(name));
         ExpressionPtr made = make(Expression::Kind::Call, name);
-        arguments(*made);
+        if (name.is("emitVertex")) { // its arguments are none of an expression's
+            take();
+            skipTo(")");
+        } else {
+            arguments(*made);
+        }
         return made;
     }
     ExpressionPtr made = make(Expression::Kind::Name, name);

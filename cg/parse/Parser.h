@@ -62,6 +62,7 @@ private:
     void skipAnnotation();
     void skipTo(std::string_view end);
     bool skipEffect();
+    bool skipOtherStage();
     std::unique_ptr<Variable> declarator(const Type* base, const Qualifiers& qualifiers);
     std::vector<std::unique_ptr<Variable>> declarators(const Type* base, const Qualifiers& qualifiers);
     std::unique_ptr<Function> function(const Type* returns, const Token& name, const std::string& profile,

@@ -164,8 +164,13 @@ TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
                 HasSubstr("1:8: error: the function 'main' gives back float4, and has no 'return'"));
     EXPECT_THAT(compiled("float4 main(inout uniform float x) : COLOR { return x; }").listing,
                 HasSubstr("'x' can't be uniform and go out of the program"));
-    EXPECT_THAT(compiled("TRIANGLE void main(AttribArray<float4> p : POSITION) { }").listing,
-                HasSubstr("1:1: error: geometry programs are not supported"));
+    const std::string geometry =
+        "TRIANGLE void main(AttribArray<float4> p : POSITION) { if (p) { } } void emit() { "
+        "emitVertex((1) : POSITION); }";
+    EXPECT_THAT(compiled(geometry).listing, HasSubstr("1:1: error: geometry programs are not supported"));
+    EXPECT_NE(compiled(geometry + "float4 main() : COLOR { return 0; }").program, nullptr);
+    EXPECT_THAT(compiled(geometry + "float4 main() : COLOR { emit(); return 0; }").listing,
+                HasSubstr("(`emitVertex`)"));
     EXPECT_THAT(
         compiled("interface I { float f(); }; float4 main(uniform I i) : COLOR { return i.f(); }").listing,
         HasSubstr("an interface as the type of a variable or of a program's parameter"));

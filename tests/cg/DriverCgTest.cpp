@@ -467,6 +467,7 @@ TEST_F(DriverCg, textures) {
             {"return tex2D(s, float2(0.25, 0.5), int2(1, 0));", green},
             {"return tex2Dfetch(s, int4(1, 0, 0, 0));", green},
             {"return tex2Dfetch(s, int4(0, 0, 0, 1));", blueColor},
+            {"return texelFetchOffset(s, int2(0, 1), 0, int2(1, -1));", green},
             {"return float4(tex2Dsize(s, 0).xy / 4.0, tex2Dsize(s, 1.0).x / 4.0, 1);", {0.5, 0.25, 0.25, 1}},
             {"return tex1D(s1, 0.75);", green},
             {"return tex1Dproj(s1, float2(0.5, 2));", red},
