@@ -496,6 +496,8 @@ void Parser::external() {
     }
     if (takeIf(";"))
         return;
+    if (peek().isName() && peek(1).is("::"))
+        return methodOutside(base);
     if (peek().isName() && peek(1).is("(")) {
         const Token name = take();
         fProgram.functions.push_back(function(base, name, profile, nullptr));
@@ -508,6 +510,30 @@ void Parser::external() {
         fProgram.globals.push_back(std::move(variable));
     }
     expect(";", "behind a declaration");
+}
+
+/// "float S::f(float x) { ... }", behind the struct that declares it.
+void Parser::methodOutside(const Type* returns) {
+    const Token owner = take();
+    take();
+    const Token name = peek();
+    takeName("the name of a function");
+    const Type* type = typeNamed(owner.text);
+    if (!type || !type->isStruct() || type->structure->isInterface)
+        fDiagnostics.fail(owner.at, "there is no struct " + inQuotes(owner.text));
+    std::unique_ptr<Function> made = function(returns, name, {}, type);
+    const auto isSameType = [](const std::unique_ptr<Variable>& a, const std::unique_ptr<Variable>& b) {
+        return a->type == b->type;
+    };
+    for (Function* declared : type->structure->methods)
+        if (declared->name == made->name && !declared->body &&
+            std::equal(declared->parameters.begin(), declared->parameters.end(), made->parameters.begin(),
+                       made->parameters.end(), isSameType)) {
+            *declared = std::move(*made);
+            return;
+        }
+    fDiagnostics.fail(name.at, "the struct " + inQuotes(owner.text) + " declares no such function " +
+                                   inQuotes(name.text));
 }
 
 std::unique_ptr<Variable> Parser::parameter() {

@@ -67,6 +67,7 @@ private:
     std::vector<std::unique_ptr<Variable>> declarators(const Type* base, const Qualifiers& qualifiers);
     std::unique_ptr<Function> function(const Type* returns, const Token& name, const std::string& profile,
                                        const Type* owner);
+    void methodOutside(const Type* returns);
     bool startsInterface() const { return peek().is("interface") && peek(1).isName() && peek(2).is("{"); }
     bool constantBuffer();
     bool takeIdleQualifier();

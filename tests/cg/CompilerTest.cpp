@@ -182,6 +182,8 @@ TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
                          "{1}; s.set(); return 0; }")
                     .listing,
                 HasSubstr("this can't be assigned to"));
+    EXPECT_THAT(compiled("struct S { float f(); }; float S::f(int x) { return x; }").listing,
+                HasSubstr("1:35: error: the struct 'S' declares no such function 'f'"));
     for (const char* statement : {"discard;", "clip(-1);"})
         EXPECT_THAT(
             compiled(std::string("float4 main() : POSITION { ") + statement + " return 0; }", Stage::Vertex)

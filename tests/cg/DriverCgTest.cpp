@@ -290,8 +290,8 @@ TEST_F(DriverCg, controlFlow) {
          "float t = a.twice(); a.add(float2(0.25, 0.25)); return float4(t, a.n, b.get(), u.get() + a.get()); "
          "}",
          {0.25, 0.75, 0.5, 0.75}},
-        {"@interface L { float2 lit(float2 n); }; struct P : L { float k; float2 lit(float2 n) { return n * "
-         "k; } }; struct Q "
+        {"@interface L { float2 lit(float2 n); }; struct P : L { float k; float2 lit(float2 n); }; float2 "
+         "P::lit(float2 n) { return n * k; } struct Q "
          ": L { float2 c; float2 lit(float2 n) { return c; } }; float2 shade(L l, float2 n) { return "
          "l.lit(n); } float2 all(L "
          "l[], float2 n) { float2 c = 0; for (int i = 0; i < l.length; i++) c += shade(l[i], n); return c; } "
