@@ -34,7 +34,7 @@ constexpr unsigned kSetStartsAlone = 18;
 ShowFrame showFrame = nullptr;
 void (*pollInput)() = nullptr;
 unsigned frame = 0;
-std::array<std::uint32_t, kWidth * kHeight> picture;
+std::array<std::uint32_t, std::size_t{kWidth} * kHeight> picture;
 
 std::uint32_t gray(unsigned level) {
     return level * 0x010101U;
