@@ -606,6 +606,15 @@ TEST_F(DriverCg, semantics) {
          "POSITION, out T u : TEXCOORD4) { o = p; u = t; }"
          "float4 f(float4 a : TEXCOORD4, float4 b : TEXCOORD5) : COLOR { return float4(a.xy, b.yz); }",
          {0.25, 0.75, 0.5, 0.25});
+    // As those of an array's structs do, from element to element.
+    pair(
+        "struct T { float a : TEXCOORD1; float2x2 b : TEXCOORD2; float c; }; void v(float4 p : POSITION, out "
+        "float4 o : POSITION, out T t[2]) { o = p; T u = {0.25, {0, 0, 0, 0.5}, 0.75}; t[0] = t[1] = u; "
+        "t[1].c = "
+        "1; }"
+        "float4 f(float a : TEXCOORD4, float2 b : TEXCOORD6, T t[2]) : COLOR { return float4(a, b.y, t[0].c, "
+        "t[1].c); }",
+        {0.25, 0.5, 0.75, 1});
     pair("void v(float4 p : POSITION, out float4 o : POSITION, out float clip : CLP0) { o = p; clip = 1; }"
          "float4 f(float face : FACE) : COLOR { return face; }",
          {1, 1, 1, 1});
