@@ -375,9 +375,29 @@ void Checker::makeMatrixSwizzle(Expression& e, const Type* of) {
     endSwizzle(e, of);
 }
 
+/// GLSL's "texelFetchOffset(s, at, level, offset)", which sources written for GLSL profiles call, is
+/// "tex2Dfetch(s, int4(at, 0, level), offset)".
+void Checker::makeFetch(Expression& e) {
+    auto place = std::make_unique<Expression>();
+    place->at = e.operands[1]->at;
+    place->kind = Expression::Kind::Call;
+    place->constructs = fTypes.vector(Scalar::Int, 4);
+    auto zero = std::make_unique<Expression>();
+    zero->at = place->at;
+    zero->type = fTypes.scalar(Scalar::Int);
+    place->operands.push_back(std::move(e.operands[1]));
+    place->operands.push_back(std::move(zero));
+    place->operands.push_back(std::move(e.operands[2]));
+    e.operands[1] = std::move(place);
+    e.operands.erase(e.operands.begin() + 2);
+    e.text = "tex2Dfetch";
+}
+
 void Checker::checkCall(ExpressionPtr& e) {
     if (e->constructs)
         return checkConstruct(e);
+    if (e->text == "texelFetchOffset" && e->operands.size() == 4 && !fFunctions.contains(e->text))
+        makeFetch(*e);
     for (ExpressionPtr& operand : e->operands)
         checkOwner(operand);
     resolveCall(e);
@@ -403,6 +423,8 @@ void Checker::resolveCall(ExpressionPtr& e) {
     }
     if (const std::optional<TextureCall> call = parseTextureCall(e->text))
         return fLibrary.check(*e, *call);
+    if (e->text == "emitVertex")
+        fail(*e, "geometry programs are not supported (`emitVertex`)");
     fail(*e, "there is no function " + inQuotes(e->text));
 }
 

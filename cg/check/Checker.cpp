@@ -42,6 +42,8 @@ Function& Checker::check(const std::string& entry) {
             found = candidate;
     if (!found)
         failWithoutEntry(entry);
+    if (!found->unsupported.empty())
+        fDiagnostics.fail(found->at, found->unsupported);
     checkFunction(*found);
     return *found;
 }

@@ -50,6 +50,7 @@ private:
     bool checkState(ExpressionPtr& e);
     void checkCall(ExpressionPtr& e);
     void resolveCall(ExpressionPtr& e);
+    void makeFetch(Expression& e);
     void checkUserCall(Expression& e, const std::vector<Function*>& candidates);
     void checkMethodCall(Expression& e);
     static bool hasMethod(const Type* type, std::string_view name);

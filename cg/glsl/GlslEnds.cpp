@@ -35,6 +35,11 @@ std::string indicesOf(const Type* array, uint32_t i) {
     return text;
 }
 
+/// How many places a varying value takes.
+uint32_t placesOf(const Type* type) {
+    return flatLength(type) * std::max<uint32_t>(innermost(type)->rows, 1);
+}
+
 /// Whether a member in it says that it is uniform, or is a sampler.
 bool holdsUniform(const Type* type) {
     if (type->isArray())
@@ -127,7 +132,7 @@ void GlslWriter::addParameter(const Variable& variable) {
 /// Takes note of the texture coordinates that a varying value's semantic asks for.
 void GlslWriter::reserve(const End& end, bool isOutput) {
     const int first = end.semantic.empty() ? -1 : texCoordOf(Semantic(end.semantic));
-    const uint32_t count = flatLength(end.type) * std::max<uint32_t>(innermost(end.type)->rows, 1);
+    const uint32_t count = placesOf(end.type);
     for (uint32_t i = 0; first >= 0 && i < std::min<uint32_t>(count, 8); ++i)
         fUsedTexCoords[isOutput].insert(first + static_cast<int>(i));
     if (isOutput || fOptions.stage == Stage::Fragment || end.semantic.empty())
@@ -152,8 +157,7 @@ Semantic GlslWriter::slotFor(const End& end, bool isOutput) {
         return {"COLOR", 0};
     if (isOutput && end.isReturn() && end.path.find('.') == std::string::npos)
         return {"POSITION", 0};
-    const int count =
-        static_cast<int>(flatLength(end.type) * std::max<uint32_t>(innermost(end.type)->rows, 1));
+    const int count = static_cast<int>(placesOf(end.type));
     for (int first = 0; first + count <= 8; ++first) {
         bool isFree = true;
         for (int i = 0; i < count; ++i)
@@ -265,6 +269,8 @@ void GlslWriter::varyings(const End& end, const Semantic& semantic, bool isOutpu
 
 /// The same member by member, down to what isn't a struct. What is uniform neither comes in nor goes out.
 void GlslWriter::addEnds(const End& end, bool isOutput) {
+    if (end.type->isArray() && innermost(end.type)->isStruct())
+        return addElements(end, isOutput);
     if (!end.type->isStruct())
         return fEnds[isOutput].push_back(end);
     // A semantic of the whole counts on from member to member.
@@ -277,6 +283,29 @@ void GlslWriter::addEnds(const End& end, bool isOutput) {
         End part = end.part(member.type, "." + member.name, end.glsl + "." + memberName(member.name));
         part.semantic = isNumbered ? whole.name + std::to_string(next++) : member.semantic;
         addEnds(part, isOutput);
+    }
+}
+
+/// The structs of an array: the semantics of each count on from those before.
+void GlslWriter::addElements(const End& end, bool isOutput) {
+    constexpr uint32_t kMostElements = 16; // no stage has places for more
+    if (flatLength(end.type) > kMostElements)
+        fDiagnostics.fail(end.at, inQuotes(end.path) + " has more elements than there are places for");
+    std::vector<End>& all = fEnds[isOutput];
+    for (uint32_t i = 0; i < flatLength(end.type); ++i) {
+        const size_t first = all.size();
+        addEnds(
+            end.part(innermost(end.type), indicesOf(end.type, i), end.glsl + "[" + std::to_string(i) + "]"),
+            isOutput);
+        std::map<std::string, uint32_t> places;
+        for (size_t k = first; k < all.size(); ++k)
+            places[Semantic(all[k].semantic).name] += placesOf(all[k].type);
+        for (size_t k = first; k < all.size(); ++k) {
+            const Semantic of(all[k].semantic);
+            if (!of.name.empty())
+                all[k].semantic =
+                    of.name + std::to_string(of.number() + static_cast<int>(i * places[of.name]));
+        }
     }
 }
 

@@ -71,8 +71,9 @@ std::string GlslWriter::uniqueName(const std::string& wanted) {
     for (const char c : wanted.substr(0, 200))
         if (!(c == '_' && !base.empty() && base.back() == '_')) // two in a row are GLSL's own
             base += c;
+    // Programs that undo what was renamed look for names that begin with '_'.
     if (base.empty() || base.starts_with("gl_") || base.starts_with("cg_") || isGlslWord(base))
-        base = "v_" + base;
+        base = base.empty() ? "v" : "_" + base;
     std::string name = base;
     for (int n = 1; !fTaken.insert(name).second; ++n)
         name = base + (base.back() == '_' ? "" : "_") + std::to_string(n);

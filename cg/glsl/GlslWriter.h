@@ -128,6 +128,7 @@ private:
     void addVarying(const Variable& variable, const std::string& glsl, std::string& out);
     std::vector<VaryingLeaf>& leavesOf(const End& end);
     void addEnds(const End& end, bool isOutput);
+    void addElements(const End& end, bool isOutput);
     void moveEnds(bool isOutput, std::string& out);
     void varyings(const End& end, const Semantic& semantic, bool isOutput, std::string& out);
     void reserve(const End& end, bool isOutput);

@@ -117,6 +117,7 @@ struct Function {
     size_t tokens = 0; ///< that it was parsed of
     std::vector<std::unique_ptr<Variable>> parameters;
     std::unique_ptr<Statement> body; ///< null: only declared
+    std::string unsupported;         ///< why it can't be a program's beginning; empty: it may be
     const Type* owner = nullptr;     ///< of a method; it is the first parameter
     Function* origin = nullptr;      ///< what it is a copy of
     bool isChecked = false;

@@ -410,7 +410,7 @@ void Parser::skipTo(std::string_view end) {
     for (int depth = 0; depth > 0 || !peek().is(end); take()) {
         if (peek().kind == TokenKind::End)
             unexpected(inQuotes(end).c_str());
-        depth += (peek().is("{") ? 1 : 0) - (peek().is("}") ? 1 : 0);
+        depth += (peek().is("{") || peek().is("(") ? 1 : 0) - (peek().is("}") || peek().is(")") ? 1 : 0);
     }
     take();
 }
@@ -433,6 +433,26 @@ bool Parser::skipEffect() {
         take();
     skipAnnotation();
     skipTo(";");
+    return true;
+}
+
+/// "TRIANGLE void main(...) { ... }": programs of stages that there aren't may stand beside those that there
+/// are. True: one did.
+bool Parser::skipOtherStage() {
+    if (!peek().isName() || !peek(1).isName() || startsType())
+        return false;
+    const std::string why = whyUnsupported(peek());
+    if (!why.starts_with("geometry") && !why.starts_with("tessellation"))
+        return false;
+    auto made = std::make_unique<Function>();
+    made->at = peek().at;
+    made->unsupported = why;
+    while (peek().isName())
+        made->name = take().text;
+    made->body = make(Statement::Kind::Block);
+    skipTo("{");
+    skipTo("}");
+    fProgram.functions.push_back(std::move(made));
     return true;
 }
 
@@ -474,7 +494,7 @@ std::vector<std::unique_ptr<Variable>> Parser::declarators(const Type* base, con
 }
 
 void Parser::external() {
-    if (takeIf(";") || skipEffect() || constantBuffer())
+    if (takeIf(";") || skipEffect() || skipOtherStage() || constantBuffer())
         return;
     std::string profile;
     if (isProfile(peek().text) && !startsType() &&
@@ -493,6 +513,8 @@ void Parser::external() {
     }
     if (takeIf(";"))
         return;
+    if (peek().isName() && peek(1).is("::"))
+        return methodOutside(base);
     if (peek().isName() && peek(1).is("(")) {
         const Token name = take();
         fProgram.functions.push_back(function(base, name, profile, nullptr));
@@ -506,6 +528,30 @@ void Parser::external() {
     }
     if (!(base->isSampler() && fTokens[fNext - 1].is("}"))) // effects leave it out there
         expect(";", "behind a declaration");
+}
+
+/// "float S::f(float x) { ... }", behind the struct that declares it.
+void Parser::methodOutside(const Type* returns) {
+    const Token owner = take();
+    take();
+    const Token name = peek();
+    takeName("the name of a function");
+    const Type* type = typeNamed(owner.text);
+    if (!type || !type->isStruct() || type->structure->isInterface)
+        fDiagnostics.fail(owner.at, "there is no struct " + inQuotes(owner.text));
+    std::unique_ptr<Function> made = function(returns, name, {}, type);
+    const auto isSameType = [](const std::unique_ptr<Variable>& a, const std::unique_ptr<Variable>& b) {
+        return a->type == b->type;
+    };
+    for (Function* declared : type->structure->methods)
+        if (declared->name == made->name && !declared->body &&
+            std::equal(declared->parameters.begin(), declared->parameters.end(), made->parameters.begin(),
+                       made->parameters.end(), isSameType)) {
+            *declared = std::move(*made);
+            return;
+        }
+    fDiagnostics.fail(name.at, "the struct " + inQuotes(owner.text) + " declares no such function " +
+                                   inQuotes(name.text));
 }
 
 std::unique_ptr<Variable> Parser::parameter() {
@@ -913,10 +959,13 @@ ExpressionPtr Parser::primary() {
     }
     take();
     if (peek().is("(")) {
-        if (name.is("emitVertex")) // its arguments are none of an expression's
-            fDiagnostics.fail(name.at, whyUnsupported(name));
         ExpressionPtr made = make(Expression::Kind::Call, name);
-        arguments(*made);
+        if (name.is("emitVertex")) { // its arguments are none of an expression's
+            take();
+            skipTo(")");
+        } else {
+            arguments(*made);
+        }
         return made;
     }
     ExpressionPtr made = make(Expression::Kind::Name, name);

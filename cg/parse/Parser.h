@@ -62,10 +62,12 @@ private:
     void skipAnnotation();
     void skipTo(std::string_view end);
     bool skipEffect();
+    bool skipOtherStage();
     std::unique_ptr<Variable> declarator(const Type* base, const Qualifiers& qualifiers);
     std::vector<std::unique_ptr<Variable>> declarators(const Type* base, const Qualifiers& qualifiers);
     std::unique_ptr<Function> function(const Type* returns, const Token& name, const std::string& profile,
                                        const Type* owner);
+    void methodOutside(const Type* returns);
     bool startsInterface() const { return peek().is("interface") && peek(1).isName() && peek(2).is("{"); }
     bool constantBuffer();
     bool takeIdleQualifier();

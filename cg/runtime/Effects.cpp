@@ -210,7 +210,7 @@ CGstate createState(CGcontext handle, const char* name, CGtype type, bool isOfSa
     }
     return guarded<CGstate>(nullptr, [&]() -> CGstate {
         EffectPart& state = stateNamed(*context, name, isOfSamplers);
-        if (state.type != CG_UNKNOWN_TYPE) {
+        if (state.type != CG_UNKNOWN_TYPE && state.type != type) {
             raise(CG_DUPLICATE_NAME_ERROR);
             return nullptr;
         }

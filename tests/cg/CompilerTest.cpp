@@ -164,8 +164,13 @@ TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
                 HasSubstr("1:8: error: the function 'main' gives back float4, and has no 'return'"));
     EXPECT_THAT(compiled("float4 main(inout uniform float x) : COLOR { return x; }").listing,
                 HasSubstr("'x' can't be uniform and go out of the program"));
-    EXPECT_THAT(compiled("TRIANGLE void main(AttribArray<float4> p : POSITION) { }").listing,
-                HasSubstr("1:1: error: geometry programs are not supported"));
+    const std::string geometry =
+        "TRIANGLE void main(AttribArray<float4> p : POSITION) { if (p) { } } void emit() { "
+        "emitVertex((1) : POSITION); }";
+    EXPECT_THAT(compiled(geometry).listing, HasSubstr("1:1: error: geometry programs are not supported"));
+    EXPECT_NE(compiled(geometry + "float4 main() : COLOR { return 0; }").program, nullptr);
+    EXPECT_THAT(compiled(geometry + "float4 main() : COLOR { emit(); return 0; }").listing,
+                HasSubstr("(`emitVertex`)"));
     EXPECT_THAT(
         compiled("interface I { float f(); }; float4 main(uniform I i) : COLOR { return i.f(); }").listing,
         HasSubstr("an interface as the type of a variable or of a program's parameter"));
@@ -177,6 +182,8 @@ TEST(Compiler, refusesProgramsThatDoNotFitTheirStage) {
                          "{1}; s.set(); return 0; }")
                     .listing,
                 HasSubstr("this can't be assigned to"));
+    EXPECT_THAT(compiled("struct S { float f(); }; float S::f(int x) { return x; }").listing,
+                HasSubstr("1:35: error: the struct 'S' declares no such function 'f'"));
     for (const char* statement : {"discard;", "clip(-1);"})
         EXPECT_THAT(
             compiled(std::string("float4 main() : POSITION { ") + statement + " return 0; }", Stage::Vertex)
@@ -214,11 +221,12 @@ TEST(Compiler, warnsOfSemanticsThatThereAreNone) {
 }
 
 TEST(Compiler, tellsOfItsParameters) {
-    const Result result = compiled("struct L { float3 c; sampler2D t; };\n"
-                                   "uniform float unused;\nuniform float2 scale[2] = {1, 2, 3, 4};\n"
-                                   "float4 main(float2 uv : TEXCOORD1, uniform L lights[2], uniform float k "
-                                   "= 0.5, out float d : DEPTH) : COLOR {\n"
-                                   "d = k; return tex2D(lights[1].t, uv * scale[1]) + lights[0].c.xyzz; }");
+    const Result result =
+        compiled("struct L { float3 c; sampler2D t; };\n"
+                 "uniform float unused;\nuniform float2 scale[2] = {1, 2, 3, 4};\n"
+                 "float4 main(float2 uv : TEXCOORD1, uniform L lights[2], uniform float "
+                 "sample = 0.5, out float d : DEPTH) : COLOR {\n"
+                 "d = sample; return tex2D(lights[1].t, uv * scale[1]) + lights[0].c.xyzz; }");
     ASSERT_NE(result.program, nullptr) << result.listing;
     std::string told;
     for (const Parameter& parameter : result.program->parameters) {
@@ -232,7 +240,7 @@ TEST(Compiler, tellsOfItsParameters) {
     EXPECT_EQ(told, "uv:TEXCOORD1\n"
                     "lights: lights[0].c=lights[0].c lights[0].t=lights_0_t lights[1].c=lights[1].c "
                     "lights[1].t=lights_1_t\n"
-                    "k: k=k 5\n"
+                    "sample: sample=_sample 5\n"
                     "d:DEPTH\n"
                     "scale: scale=scale 10 20 30 40\n");
     EXPECT_THAT(result.program->glsl,
@@ -241,7 +249,7 @@ TEST(Compiler, tellsOfItsParameters) {
                                     "//var sampler2D lights[0].t :  : lights_0_t : 1 : 1\n"
                                     "//var float3 lights[1].c :  : lights[1].c : 1 : 1\n"
                                     "//var sampler2D lights[1].t :  : lights_1_t : 1 : 1\n"
-                                    "//var float k :  : k : 2 : 1\n"
+                                    "//var float sample :  : _sample : 2 : 1\n"
                                     "//var float d : $vout.DEPTH : DEPTH0 : 3 : 1\n"
                                     "//var float2 scale[0] :  : scale[0] : -1 : 1\n"
                                     "//var float2 scale[1] :  : scale[1] : -1 : 1\n"

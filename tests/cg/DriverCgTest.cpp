@@ -290,8 +290,8 @@ TEST_F(DriverCg, controlFlow) {
          "float t = a.twice(); a.add(float2(0.25, 0.25)); return float4(t, a.n, b.get(), u.get() + a.get()); "
          "}",
          {0.25, 0.75, 0.5, 0.75}},
-        {"@interface L { float2 lit(float2 n); }; struct P : L { float k; float2 lit(float2 n) { return n * "
-         "k; } }; struct Q "
+        {"@interface L { float2 lit(float2 n); }; struct P : L { float k; float2 lit(float2 n); }; float2 "
+         "P::lit(float2 n) { return n * k; } struct Q "
          ": L { float2 c; float2 lit(float2 n) { return c; } }; float2 shade(L l, float2 n) { return "
          "l.lit(n); } float2 all(L "
          "l[], float2 n) { float2 c = 0; for (int i = 0; i < l.length; i++) c += shade(l[i], n); return c; } "
@@ -467,6 +467,7 @@ TEST_F(DriverCg, textures) {
             {"return tex2D(s, float2(0.25, 0.5), int2(1, 0));", green},
             {"return tex2Dfetch(s, int4(1, 0, 0, 0));", green},
             {"return tex2Dfetch(s, int4(0, 0, 0, 1));", blueColor},
+            {"return texelFetchOffset(s, int2(0, 1), 0, int2(1, -1));", green},
             {"return float4(tex2Dsize(s, 0).xy / 4.0, tex2Dsize(s, 1.0).x / 4.0, 1);", {0.5, 0.25, 0.25, 1}},
             {"return tex1D(s1, 0.75);", green},
             {"return tex1Dproj(s1, float2(0.5, 2));", red},
@@ -605,6 +606,15 @@ TEST_F(DriverCg, semantics) {
          "POSITION, out T u : TEXCOORD4) { o = p; u = t; }"
          "float4 f(float4 a : TEXCOORD4, float4 b : TEXCOORD5) : COLOR { return float4(a.xy, b.yz); }",
          {0.25, 0.75, 0.5, 0.25});
+    // As those of an array's structs do, from element to element.
+    pair(
+        "struct T { float a : TEXCOORD1; float2x2 b : TEXCOORD2; float c; }; void v(float4 p : POSITION, out "
+        "float4 o : POSITION, out T t[2]) { o = p; T u = {0.25, {0, 0, 0, 0.5}, 0.75}; t[0] = t[1] = u; "
+        "t[1].c = "
+        "1; }"
+        "float4 f(float a : TEXCOORD4, float2 b : TEXCOORD6, T t[2]) : COLOR { return float4(a, b.y, t[0].c, "
+        "t[1].c); }",
+        {0.25, 0.5, 0.75, 1});
     pair("void v(float4 p : POSITION, out float4 o : POSITION, out float clip : CLP0) { o = p; clip = 1; }"
          "float4 f(float face : FACE) : COLOR { return face; }",
          {1, 1, 1, 1});
