@@ -339,8 +339,8 @@ CGparameter cgGetSamplerStateAssignmentParameter(CGstateassignment assignment);
 void cgSetSamplerState(CGparameter sampler); // calls what sets each
 
 // States of the caller's, by the names that effects use: what sets one, sets it back, and says whether its
-// value can be. Nobody else knows any. Constants by name are numbers of its assignments then. One that is made
-// once more, with the same type, is the one that there is.
+// value can be. Nobody else knows any. Constants by name are numbers of its assignments then. One that is
+// made once more, with the same type, is the one that there is.
 CGstate cgCreateState(CGcontext context, const char* name, CGtype type);
 CGstate cgCreateSamplerState(CGcontext context, const char* name, CGtype type);
 CGtype cgGetStateType(CGstate state); // CG_UNKNOWN_TYPE: an effect names it, nobody made it

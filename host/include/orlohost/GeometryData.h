@@ -21,8 +21,8 @@
 /// later ones.
 class ORLOHOST_API PooledGeometry {
 public:
-    static void* operator new(size_t size);
-    static void operator delete(void* memory, size_t size);
+    static void* operator new(size_t size);                          ///< from the pool
+    static void operator delete(void* memory, size_t size);          ///< back to the pool
     static void* operator new(size_t, void* place) { return place; } ///< the placement form, hidden otherwise
 };
 
