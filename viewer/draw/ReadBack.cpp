@@ -93,9 +93,10 @@ void ReadBack::readStrips(const ReadPart& part) {
             strip.pixels = std::make_unique<PixelArray2D>(format, width, rowsOfStrip(part) * part.factor);
         if (!strip.pixels->data())
             failForMemory();
-        fCanvas.target().readColorBuffer(format.pixelType(), static_cast<unsigned>(read.x * part.factor),
-                                         static_cast<unsigned>(row * part.factor), width, rows * part.factor,
-                                         strip.pixels.get());
+        fCanvas.target().readColorBuffer(format.pixelType(),
+                                         static_cast<unsigned>((read.x - part.left) * part.factor),
+                                         static_cast<unsigned>((row - part.bottom) * part.factor), width,
+                                         rows * part.factor, strip.pixels.get());
         strip.taken = part.take(row, rows, {strip.pixels->data(), fAreHalves, read.x, read.x + read.width});
     });
 }
@@ -113,8 +114,8 @@ void ReadBack::fetch(const ReadPart& part, Buffer& buffer) {
                          static_cast<GLsizeiptrARB>(width) * height * (fAreHalves ? 8 : 16), nullptr,
                          GL_STREAM_READ_ARB);
     gl().glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    gl().glReadPixels(read.x * part.factor, read.y * part.factor, width, height, GL_RGBA,
-                      fAreHalves ? GL_HALF_FLOAT_ARB : GL_FLOAT, nullptr);
+    gl().glReadPixels((read.x - part.left) * part.factor, (read.y - part.bottom) * part.factor, width, height,
+                      GL_RGBA, fAreHalves ? GL_HALF_FLOAT_ARB : GL_FLOAT, nullptr);
     gl().glBindBufferARB(GL_PIXEL_PACK_BUFFER_ARB, 0);
 }
 

@@ -13,7 +13,7 @@
 
 namespace orloview {
 
-/// Part of a frame that is read from the lower left corner of a canvas, and who takes it.
+/// Part of a frame that is read from a canvas, and who takes it.
 struct ReadPart {
     int width;  ///< in squares of factor x factor
     int height; ///< the same
@@ -26,9 +26,12 @@ struct ReadPart {
     std::function<void()> begin = [] {}; ///< called before the first strip
     std::function<void()> end = [] {};   ///< called behind the last
 
-    /// Where of the part something may be, within it; the rest isn't read, and a canvas needn't hold what
-    /// lies above and to the right of it. None: everywhere.
+    /// Where of the part something may be, within it; the rest isn't read, and a canvas needn't hold it.
+    /// None: everywhere.
     std::optional<Block> drawn = std::nullopt;
+
+    int left = 0; ///< what of the part the canvas holds begins here, in squares
+    int bottom = 0;
 
     Block read() const { return drawn.value_or(Block{0, 0, width, height}); }
 };

@@ -165,13 +165,14 @@ PictureRenderer::PictureRenderer(const FrameLook& look, const Sampling& sampling
 void PictureRenderer::makeCanvas(const Block& drawn) {
     if (fCanvas)
         return;
-    // Mesa turns pbuffers upside down, and what is drawn there moves by a rounding error with their height.
-    const bool isFitted = fIsSingle && !fSampling.pbuffer;
-    const auto sideOf = [&](int whole, int end) {
-        return std::min(fSide, isFitted ? std::max(end, 1) : whole) * fSampling.samples;
+    if (fIsSingle) {
+        fLeft = drawn.x;
+        fBottom = drawn.y;
+    }
+    const auto sideOf = [&](int whole, int part) {
+        return std::min(fSide, fIsSingle ? std::max(part, 1) : whole) * fSampling.samples;
     };
-    fCanvas.emplace(kindFor(fSampling), sideOf(fLook.width, drawn.x + drawn.width),
-                    sideOf(fLook.height, drawn.y + drawn.height));
+    fCanvas.emplace(kindFor(fSampling), sideOf(fLook.width, drawn.width), sideOf(fLook.height, drawn.height));
     fReadBack.emplace(*fCanvas, fMostStrips,
                       fIsSingle || drawsInSoftware() ? ReadBack::Order::AtOnce : ReadBack::Order::Later);
 }
@@ -193,7 +194,8 @@ void PictureRenderer::render(const View& view, const FrameContent& content, Pict
     makeCanvas(drawn);
     prepareFrame(view, content, large);
     const auto draw = [&](int x, int y) {
-        const FramePart part = partAt(view, large, x * factor, y * factor, fSide * factor);
+        const FramePart part =
+            partAt(view, large, (x + fLeft) * factor, (y + fBottom) * factor, fSide * factor);
         fCanvas->makeCurrent();
         drawFrame(fCanvas->target(), part.view, content, part.look);
     };
@@ -212,6 +214,8 @@ void PictureRenderer::render(const View& view, const FrameContent& content, Pict
                               return picture.add({x, row, width, count}, samples, factor);
                           }};
             part.drawn = within(drawn, {x, bottom, width, rows});
+            part.left = fLeft;
+            part.bottom = fBottom;
             if (part.drawn->width > 0)
                 draw(x, bottom);
             if (x == 0)

@@ -66,6 +66,8 @@ private:
     int fSide; ///< of the tiles, in pixels of the picture
     Share::Range fBands;
     bool fIsSingle; ///< one tile, drawn once
+    int fLeft = 0;  ///< what of a tile the canvas holds begins here
+    int fBottom = 0;
     size_t fMostStrips;
     std::optional<Canvas> fCanvas;
     std::optional<ReadBack> fReadBack;
