@@ -192,6 +192,7 @@ void PictureRenderer::render(const View& view, const FrameContent& content, Pict
     const FrameLook large = enlarged(fLook, factor);
     const Block drawn = drawnPart(view, content, fLook);
     makeCanvas(drawn);
+    content.drawable.drawInPieces(drawsInSoftware());
     prepareFrame(view, content, large);
     const auto draw = [&](int x, int y) {
         const FramePart part =
@@ -226,6 +227,7 @@ void PictureRenderer::render(const View& view, const FrameContent& content, Pict
         }
         tell(report, band + 1 - fBands.first, fBands.end - fBands.first);
     }
+    content.drawable.drawInPieces(false);
     if (costs)
         costs(isOneTile() ? 2 : 1, CallCounter::take());
 }
