@@ -192,7 +192,7 @@ void PictureRenderer::render(const View& view, const FrameContent& content, Pict
     const FrameLook large = enlarged(fLook, factor);
     const Block drawn = drawnPart(view, content, fLook);
     makeCanvas(drawn);
-    content.drawable.drawInPieces(drawsInSoftware());
+    content.drawable.drawInPieces(fIsSingle && drawsInSoftware()); // large tiles take too long to begin
     prepareFrame(view, content, large);
     const auto draw = [&](int x, int y) {
         const FramePart part =
