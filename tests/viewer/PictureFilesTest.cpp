@@ -205,6 +205,22 @@ TEST(Texels, areLinearWithTheAlphaThatTheMaterialWants) {
                 {0.25F, 1.0F, 0.5F, 0.5F});
 }
 
+TEST(Texels, haveLevelsOfWhatLiesBetween) {
+    Texels texels{5, 2, {}};
+    for (int i = 0; i < 10; ++i) {
+        for (const float value : {static_cast<float>(i), 0x1p-20F * static_cast<float>(i), -1.0F, 1.0F})
+            texels.halves.push_back(toHalf(value));
+    }
+    const std::vector<Texels> levels = levelsBelow(texels);
+    ASSERT_EQ(levels.size(), 2U);
+    EXPECT_EQ(std::pair(levels[0].width, levels[0].height), std::pair(2, 1));
+    EXPECT_EQ(std::pair(levels[1].width, levels[1].height), std::pair(1, 1));
+    const std::vector<std::uint16_t> expected{toHalf(3.25F), toHalf(0x1.AP-19F), toHalf(-1.0F), toHalf(1.0F),
+                                              toHalf(5.75F), toHalf(0x1.7P-18F), toHalf(-1.0F), toHalf(1.0F)};
+    EXPECT_EQ(levels[0].halves, expected); // 0.75 and 3.25 along the rows, between the two
+    EXPECT_EQ(levels[1].halves[0], toHalf(4.5F));
+}
+
 /// The last ones here: from now on pictures are decoded elsewhere.
 TEST(Decoders, giveWhatIsMadeHere) {
     const std::string header = "P6\n7 400\n255\n";

@@ -134,5 +134,32 @@ TEST(Picture, takesHalvesAsTheFloatsThatTheyAre) {
     }
 }
 
+TEST(Picture, hasNothingBesideTheColumnsOfItsSamples) {
+    constexpr int kWidth = 40;
+    constexpr int kLeft = 3;
+    constexpr int kRight = 38;
+    std::vector<float> whole(size_t{kWidth} * 2 * 4);
+    std::vector<float> part;
+    for (int i = 0; i < kWidth * 2; ++i) {
+        if (i % kWidth < kLeft || i % kWidth >= kRight)
+            continue;
+        for (const float value : {0.01F * static_cast<float>(i), 0.5F, 2.0F, 0.75F}) {
+            whole[static_cast<size_t>(i) * 4 + part.size() % 4] = value;
+            part.push_back(value);
+        }
+    }
+    const std::vector<float> none(whole.size());
+    for (const int bytes : {3, 4, 12}) {
+        const auto developed = [bytes](const Samples& samples) {
+            Picture picture(kWidth, 2, bytes);
+            developBlock(picture, {0, 0, kWidth, 2}, samples, 1,
+                         {false, ToneMap::Soft, {0.2F, 0.1F, 0.0F, 0.5F}, 1.5F});
+            return bytesOf(picture);
+        };
+        EXPECT_EQ(developed({part.data(), false, kLeft, kRight}), developed({whole.data()})) << bytes;
+        EXPECT_EQ(developed({nullptr}), developed({none.data()})) << bytes;
+    }
+}
+
 } // namespace
 } // namespace orloview

@@ -142,6 +142,18 @@ class Program(ViewerProgram):
             self.assertGreater(lit, 12 if mode == 0 else 60)
             self.assertLess(rows[32][32 * 3], 60, "the middle is empty")
 
+    def test_only_what_is_empty_is_left_out(self):
+        model = self.write("m.obj", "v -1 0 0\nv 1 0 0\nv 0 0.5 0\nf 1 2 3\nv 0 2 0\np 4\nl 2 4\n")
+        for switches in ((), ("--wireframe",), ("--edges",), ("--point-size", "30"), ("--orthographic",), ("--eye", "0,0,0.1"), ("--turntable", "1")):
+            name = "o_001.png" if "--turntable" in switches else "o.png"
+            written = []
+            for more in ((), ("--measure", "47,34,81,48,34,81")):  # behind the eye: for it the whole frame is drawn
+                result = self.run_viewer(model, "-o", self.path("o.png"), "--size", "160x120", *switches, *more)
+                self.assertEqual(result.returncode, 0, result.stderr)
+                with open(self.path(name), "rb") as file:
+                    written.append(file.read())
+            self.assertEqual(written[0], written[1], switches)
+
     def test_cameras_of_the_file(self):
         cameras = [
             {"type": "orthographic", "name": "flat", "orthographic": {"xmag": 4, "ymag": 4, "znear": 0.1, "zfar": 20}},

@@ -276,18 +276,22 @@ void DrawableScene::drawShape(size_t instance) {
 void DrawableScene::drawRouted(size_t instance) {
     const Mesh& mesh = meshOf(instance);
     Drawable& drawable = drawableOf(instance);
-    if (mesh.topology == Topology::Triangles) {
+    if (mesh.topology == Topology::Triangles && mesh.indices.size() <= fIndicesAtOnce) {
         fRouting.drawGroup(&drawable.group, nullptr, nullptr, nullptr, 0, false);
+        noteDrawn(mesh.indices.size());
         return;
     }
-    // The routing draws triangles and quads only; its arrays serve here too.
+    // The routing draws whole groups of triangles and quads only; its arrays serve here too.
     fRouting.fGroup = &drawable.group;
     fRouting.setVertexArrays(false, false);
     uploadIndices(mesh, drawable);
-    const bool buffered = drawable.indices && drawable.indices->bind();
+    GLObject* const indices = mesh.topology == Topology::Triangles
+                                  ? GLObject::from(drawable.group.indexRecord(0)->fHanger)
+                                  : drawable.indices.get();
+    const bool buffered = indices && indices->bind();
     drawElements(mesh, mesh.indices.size(), buffered ? nullptr : mesh.indices.data());
     if (buffered)
-        drawable.indices->unbind();
+        indices->unbind();
     fRouting.unsetVertexArrays();
 }
 
@@ -301,8 +305,25 @@ void DrawableScene::drawRun(const BlendedElements::Run& run) {
 }
 
 void DrawableScene::drawElements(const Mesh& mesh, size_t count, const void* indices) {
-    GLFunctionTable::fpGlobalFunctionTable->glDrawElements(modeOf(mesh.topology), static_cast<GLsizei>(count),
-                                                           GL_UNSIGNED_INT, indices);
+    const auto address = reinterpret_cast<std::uintptr_t>(indices); // or an offset into a buffer
+    for (size_t first = 0; first < count;) {
+        const size_t piece = std::min(count - first, fIndicesAtOnce);
+        GLFunctionTable::fpGlobalFunctionTable->glDrawElements(
+            modeOf(mesh.topology), static_cast<GLsizei>(piece), GL_UNSIGNED_INT,
+            reinterpret_cast<const void*>(address + first * sizeof(std::uint32_t)));
+        noteDrawn(piece);
+        first += piece;
+    }
+}
+
+/// While the driver draws some pieces it can be given the next.
+void DrawableScene::noteDrawn(size_t indices) {
+    fDrawnOfPiece += indices;
+    if (fDrawnOfPiece < fIndicesAtOnce)
+        return;
+    fDrawnOfPiece = 0;
+    const GLFunctionTable* gl = GLFunctionTable::fpGlobalFunctionTable;
+    ++fPieces % kPiecesAtOnce == 0 ? gl->glFinish() : gl->glFlush();
 }
 
 void DrawableScene::uploadIndices(const Mesh& mesh, Drawable& drawable) {

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -73,6 +74,10 @@ public:
     /// Whether any instance's material lets see what stands behind it.
     bool hasClear() const;
 
+    /// For drivers that keep every triangle of a frame in memory until they are asked for it: lets them draw
+    /// after each few thousand.
+    void drawInPieces(bool inPieces) { fIndicesAtOnce = inPieces ? kPiece : kAll; }
+
     /// Draws an instance's mesh in its own space, with whatever matrices and material are set.
     void drawMesh(size_t instance);
 
@@ -114,7 +119,12 @@ private:
     void routeTangents(int unit, int stream);
     static void uploadIndices(const Mesh& mesh, Drawable& drawable);
     void drawRouted(size_t instance);
-    static void drawElements(const Mesh& mesh, size_t count, const void* indices);
+    void drawElements(const Mesh& mesh, size_t count, const void* indices);
+    void noteDrawn(size_t indices);
+
+    static constexpr size_t kAll = std::numeric_limits<size_t>::max();
+    static constexpr size_t kPiece = 18000; ///< whole triangles and whole lines
+    static constexpr size_t kPiecesAtOnce = 4;
 
     const Scene& fScene;
     const bool fHasExtraTangents;
@@ -124,6 +134,9 @@ private:
     std::vector<size_t> fOpaque;
     std::vector<size_t> fBlendedInstances;
     bool fHasUnlit = false;
+    size_t fIndicesAtOnce = kAll;
+    size_t fDrawnOfPiece = 0; ///< indices
+    size_t fPieces = 0;       ///< that the driver was told to draw
     std::unique_ptr<BlendedElements> fBlended;
 };
 

@@ -17,6 +17,21 @@ int rowsOfStrip(const ReadPart& part) {
     return std::max(kStripRows / part.factor, 1);
 }
 
+/// Lets those strips of a part be given in which something may be, and gives the others.
+void giveStrips(const ReadPart& part, const std::function<void(int row, int rows)>& give) {
+    const Block read = part.read();
+    const auto giveFrom = [&](int row, int end, const std::function<void(int, int)>& giveStrip) {
+        for (; row < end; row += rowsOfStrip(part))
+            giveStrip(row, std::min(rowsOfStrip(part), end - row));
+    };
+    const auto giveNothing = [&](int row, int rows) { part.take(row, rows, {nullptr}); };
+    part.begin();
+    giveFrom(0, read.y, giveNothing);
+    giveFrom(read.y, read.y + read.height, give);
+    giveFrom(read.y + read.height, part.height, giveNothing);
+    part.end();
+}
+
 [[noreturn]] void failForMemory() {
     throw Failure(kExitNoGL, "there is no memory for a picture of this size; try a smaller --size");
 }
@@ -50,6 +65,10 @@ ReadBack::~ReadBack() {
 void ReadBack::read(ReadPart part) {
     if (!fHasBuffers)
         return readStrips(part);
+    if (part.read().width == 0) {
+        finish();
+        return giveStrips(part, {});
+    }
     fetch(part, fBuffers[fNextBuffer]);
     finish();
     fFetched = std::move(part);
@@ -64,10 +83,9 @@ void ReadBack::finish() {
 void ReadBack::readStrips(const ReadPart& part) {
     const auto format =
         fAreHalves ? koSysPixelFormat(kRasterRGBA16F, 8) : koSysPixelFormat(kRasterRGBA32F, 16);
-    const int width = part.width * part.factor;
-    part.begin();
-    for (int row = 0; row < part.height; row += rowsOfStrip(part)) {
-        const int rows = std::min(rowsOfStrip(part), part.height - row);
+    const Block read = part.read();
+    const int width = read.width * part.factor;
+    giveStrips(part, [&](int row, int rows) {
         Strip& strip = fStrips[fNextStrip++ % fStrips.size()];
         if (strip.taken.valid())
             strip.taken.get();
@@ -75,18 +93,20 @@ void ReadBack::readStrips(const ReadPart& part) {
             strip.pixels = std::make_unique<PixelArray2D>(format, width, rowsOfStrip(part) * part.factor);
         if (!strip.pixels->data())
             failForMemory();
-        fCanvas.target().readColorBuffer(format.pixelType(), 0, static_cast<unsigned>(row * part.factor),
-                                         width, rows * part.factor, strip.pixels.get());
-        strip.taken = part.take(row, rows, {strip.pixels->data(), fAreHalves});
-    }
-    part.end();
+        fCanvas.target().readColorBuffer(format.pixelType(),
+                                         static_cast<unsigned>((read.x - part.left) * part.factor),
+                                         static_cast<unsigned>((row - part.bottom) * part.factor), width,
+                                         rows * part.factor, strip.pixels.get());
+        strip.taken = part.take(row, rows, {strip.pixels->data(), fAreHalves, read.x, read.x + read.width});
+    });
 }
 
 /// Asks GL for the part: it comes when the buffer is looked into.
 void ReadBack::fetch(const ReadPart& part, Buffer& buffer) {
     release(buffer);
-    const int width = part.width * part.factor;
-    const int height = part.height * part.factor;
+    const Block read = part.read();
+    const int width = read.width * part.factor;
+    const int height = read.height * part.factor;
     if (buffer.name == 0)
         gl().glGenBuffersARB(1, &buffer.name);
     gl().glBindBufferARB(GL_PIXEL_PACK_BUFFER_ARB, buffer.name);
@@ -94,7 +114,8 @@ void ReadBack::fetch(const ReadPart& part, Buffer& buffer) {
                          static_cast<GLsizeiptrARB>(width) * height * (fAreHalves ? 8 : 16), nullptr,
                          GL_STREAM_READ_ARB);
     gl().glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    gl().glReadPixels(0, 0, width, height, GL_RGBA, fAreHalves ? GL_HALF_FLOAT_ARB : GL_FLOAT, nullptr);
+    gl().glReadPixels((read.x - part.left) * part.factor, (read.y - part.bottom) * part.factor, width, height,
+                      GL_RGBA, fAreHalves ? GL_HALF_FLOAT_ARB : GL_FLOAT, nullptr);
     gl().glBindBufferARB(GL_PIXEL_PACK_BUFFER_ARB, 0);
 }
 
@@ -106,15 +127,14 @@ void ReadBack::handOver(const ReadPart& part, Buffer& buffer) {
     if (!pixels)
         failForMemory();
     buffer.isMapped = true;
-    const size_t rowBytes = static_cast<size_t>(part.width) * static_cast<size_t>(part.factor) *
+    const Block read = part.read();
+    const size_t rowBytes = static_cast<size_t>(read.width) * static_cast<size_t>(part.factor) *
                             static_cast<size_t>(part.factor) * (fAreHalves ? 8 : 16);
-    part.begin();
-    for (int row = 0; row < part.height; row += rowsOfStrip(part)) {
-        const int rows = std::min(rowsOfStrip(part), part.height - row);
-        buffer.taken.push_back(
-            part.take(row, rows, {pixels + static_cast<size_t>(row) * rowBytes, fAreHalves}));
-    }
-    part.end();
+    giveStrips(part, [&](int row, int rows) {
+        buffer.taken.push_back(part.take(row, rows,
+                                         {pixels + static_cast<size_t>(row - read.y) * rowBytes, fAreHalves,
+                                          read.x, read.x + read.width}));
+    });
 }
 
 /// Takes the buffer back from those that use it.

@@ -13,9 +13,9 @@
 
 namespace orloview {
 
-/// Part of a canvas that is read, and who takes it.
+/// Part of a frame that is read from a canvas, and who takes it.
 struct ReadPart {
-    int width;  ///< from the lower left corner, in squares of factor x factor
+    int width;  ///< in squares of factor x factor
     int height; ///< the same
     int factor;
 
@@ -25,6 +25,15 @@ struct ReadPart {
 
     std::function<void()> begin = [] {}; ///< called before the first strip
     std::function<void()> end = [] {};   ///< called behind the last
+
+    /// Where of the part something may be, within it; the rest isn't read, and a canvas needn't hold it.
+    /// None: everywhere.
+    std::optional<Block> drawn = std::nullopt;
+
+    int left = 0; ///< what of the part the canvas holds begins here, in squares
+    int bottom = 0;
+
+    Block read() const { return drawn.value_or(Block{0, 0, width, height}); }
 };
 
 /// Reads what is drawn in a canvas, a strip at a time: who takes a strip may go on with it on other threads

@@ -3,6 +3,7 @@
 #include "base/ExitCode.h"
 #include "draw/Canvas.h"
 #include "draw/GL.h"
+#include "frame/DrawnPart.h"
 #include "frame/ViewAndLook.h"
 #include "scene/Vectors.h"
 
@@ -129,6 +130,17 @@ float distanceOf(float depth, const koLinear::ProjMatrix& p) {
     return static_cast<float>(-(p[3][2] - z * p[3][3]) / (z * p[2][3] - p[2][2]));
 }
 
+/// What of a block lies within another one, counted from that one's corner; of no width where nothing does.
+Block within(const Block& block, const Block& other) {
+    const int left = std::max(block.x, other.x);
+    const int bottom = std::max(block.y, other.y);
+    const int width = std::min(block.x + block.width, other.x + other.width) - left;
+    const int height = std::min(block.y + block.height, other.y + other.height) - bottom;
+    if (width <= 0 || height <= 0)
+        return {0, 0, 0, 0};
+    return {left - other.x, bottom - other.y, width, height};
+}
+
 /// Such a driver fetches at once, what it is asked for later too, and into a pixel buffer in a longer way.
 bool drawsInSoftware() {
     const auto* told = reinterpret_cast<const char*>(gl().glGetString(GL_RENDERER));
@@ -147,12 +159,23 @@ int supersampling(const FrameLook& look) {
 
 PictureRenderer::PictureRenderer(const FrameLook& look, const Sampling& sampling, size_t pictures,
                                  const Workers& workers)
-    : fLook(look), fFactor(sampling.samples), fSide(tileSide(look, sampling)), fBands{0, bandCount()},
-      fCanvas(kindFor(sampling), std::min(fSide, look.width) * fFactor,
-              std::min(fSide, look.height) * fFactor),
-      fReadBack(fCanvas, workers.most() + 1,
-                (isOneTile() && pictures == 1) || drawsInSoftware() ? ReadBack::Order::AtOnce
-                                                                    : ReadBack::Order::Later) {}
+    : fLook(look), fSampling(sampling), fSide(tileSide(look, sampling)), fBands{0, bandCount()},
+      fIsSingle(isOneTile() && pictures == 1), fMostStrips(workers.most() + 1) {}
+
+void PictureRenderer::makeCanvas(const Block& drawn) {
+    if (fCanvas)
+        return;
+    if (fIsSingle) {
+        fLeft = drawn.x;
+        fBottom = drawn.y;
+    }
+    const auto sideOf = [&](int whole, int part) {
+        return std::min(fSide, fIsSingle ? std::max(part, 1) : whole) * fSampling.samples;
+    };
+    fCanvas.emplace(kindFor(fSampling), sideOf(fLook.width, drawn.width), sideOf(fLook.height, drawn.height));
+    fReadBack.emplace(*fCanvas, fMostStrips,
+                      fIsSingle || drawsInSoftware() ? ReadBack::Order::AtOnce : ReadBack::Order::Later);
+}
 
 void PictureRenderer::drawOnly(const Share& share) {
     fBands = share.among(bandCount());
@@ -165,12 +188,17 @@ void PictureRenderer::drawOnly(const Share& share) {
 
 void PictureRenderer::render(const View& view, const FrameContent& content, PictureFile& picture,
                              const ProgressReport& report, const FrameCosts& costs) {
-    const FrameLook large = enlarged(fLook, fFactor);
+    const int factor = fSampling.samples;
+    const FrameLook large = enlarged(fLook, factor);
+    const Block drawn = drawnPart(view, content, fLook);
+    makeCanvas(drawn);
+    content.drawable.drawInPieces(fIsSingle && drawsInSoftware()); // large tiles take too long to begin
     prepareFrame(view, content, large);
     const auto draw = [&](int x, int y) {
-        const FramePart part = partAt(view, large, x * fFactor, y * fFactor, fSide * fFactor);
-        fCanvas.makeCurrent();
-        drawFrame(fCanvas.target(), part.view, content, part.look);
+        const FramePart part =
+            partAt(view, large, (x + fLeft) * factor, (y + fBottom) * factor, fSide * factor);
+        fCanvas->makeCurrent();
+        drawFrame(fCanvas->target(), part.view, content, part.look);
     };
     if (costs && isOneTile()) {
         draw(0, 0);
@@ -181,20 +209,25 @@ void PictureRenderer::render(const View& view, const FrameContent& content, Pict
         const int bottom = bottomOf(band);
         const int rows = bottomOf(band - 1) - bottom;
         for (int x = 0; x < fLook.width; x += fSide) {
-            draw(x, bottom);
             const int width = std::min(fSide, fLook.width - x);
-            ReadPart part{width, rows, fFactor,
-                          [&picture, x, width, factor = fFactor](int row, int count, const Samples& samples) {
+            ReadPart part{width, rows, factor,
+                          [&picture, x, width, factor](int row, int count, const Samples& samples) {
                               return picture.add({x, row, width, count}, samples, factor);
                           }};
+            part.drawn = within(drawn, {x, bottom, width, rows});
+            part.left = fLeft;
+            part.bottom = fBottom;
+            if (part.drawn->width > 0)
+                draw(x, bottom);
             if (x == 0)
                 part.begin = [&picture, rows] { picture.beginBand(rows); };
             if (x + width == fLook.width)
                 part.end = [&picture] { picture.endBand(); };
-            fReadBack.read(std::move(part));
+            fReadBack->read(std::move(part));
         }
         tell(report, band + 1 - fBands.first, fBands.end - fBands.first);
     }
+    content.drawable.drawInPieces(false);
     if (costs)
         costs(isOneTile() ? 2 : 1, CallCounter::take());
 }

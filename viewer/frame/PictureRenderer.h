@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,7 +46,7 @@ public:
                 const ProgressReport& report = {}, const FrameCosts& costs = {});
 
     /// Now the last picture is filled; nothing is finished yet.
-    void finish() { fReadBack.finish(); }
+    void finish() { fReadBack->finish(); }
 
     /// Whether a picture is one band, which may be written later than the next is drawn.
     bool isOneTile() const { return fLook.width <= fSide && fLook.height <= fSide; }
@@ -53,15 +54,23 @@ public:
 private:
     int bandCount() const { return (fLook.height + fSide - 1) / fSide; }
 
+    /// What tiles are drawn in, one after another: as large as they are, or, for a single picture, as what is
+    /// drawn of it.
+    void makeCanvas(const Block& drawn);
+
     /// The first row of a band, of those that are counted from the top; of -1 the row above all.
     int bottomOf(int band) const { return std::min((bandCount() - 1 - band) * fSide, fLook.height); }
 
     FrameLook fLook;
-    int fFactor;
+    Sampling fSampling;
     int fSide; ///< of the tiles, in pixels of the picture
     Share::Range fBands;
-    Canvas fCanvas;
-    ReadBack fReadBack;
+    bool fIsSingle; ///< one tile, drawn once
+    int fLeft = 0;  ///< what of a tile the canvas holds begins here
+    int fBottom = 0;
+    size_t fMostStrips;
+    std::optional<Canvas> fCanvas;
+    std::optional<ReadBack> fReadBack;
 };
 
 /// How far away along the view what is seen in the middle of each pixel is, in the units of the scene;

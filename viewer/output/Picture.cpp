@@ -1,5 +1,7 @@
 #include "output/Picture.h"
 
+#include "base/Halves.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -239,22 +241,10 @@ bool isAllZero(RunOf<std::uint16_t> run, size_t count, int rows) {
     return _mm_movemask_epi8(_mm_cmpeq_epi8(any, _mm_setzero_si128())) == 0xFFFF;
 }
 
-/// Halves as floats, which hold them all. The count is divisible by 4.
+/// Halves as floats. The count is divisible by 4.
 void widen(const std::uint16_t* halves, size_t count, float* out) {
-    const __m128i sign = _mm_set1_epi32(0x8000);
-    const __m128i magnitude = _mm_set1_epi32(0x7FFF);
-    const __m128 scale = _mm_set1_ps(0x1p112F); // between the exponents' zeros
-    const __m128 infinite = _mm_set1_ps(0x1p16F);
-    const __m128 allOfExponent = _mm_castsi128_ps(_mm_set1_epi32(0x7F800000));
-    for (size_t i = 0; i < count; i += 4) {
-        const __m128i half = _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(halves + i)),
-                                                _mm_setzero_si128());
-        const __m128i bits = _mm_slli_epi32(_mm_and_si128(half, magnitude), 13);
-        __m128 wide = _mm_mul_ps(_mm_castsi128_ps(bits), scale);
-        wide = _mm_or_ps(wide, _mm_and_ps(_mm_cmpge_ps(wide, infinite), allOfExponent));
-        const __m128 signs = _mm_castsi128_ps(_mm_slli_epi32(_mm_and_si128(half, sign), 16));
-        _mm_storeu_ps(out + i, _mm_or_ps(wide, signs));
-    }
+    for (size_t i = 0; i < count; i += 4)
+        _mm_storeu_ps(out + i, widened(halves + i));
 }
 
 /// Multiplies pixels, but for the share of them that the tone map leaves alone.
@@ -266,6 +256,88 @@ void brighten(float* pixels, size_t count, float gain) {
             pixels[i + channel] *= factor;
     }
 }
+
+/// Develops the rows of a block, a few pixels at a time.
+class BlockDeveloper {
+public:
+    BlockDeveloper(int width, const Samples& samples, int factor, int pixelBytes,
+                   const Development& development)
+        : fDeveloper(development, factor, pixelBytes), fDevelopment(development), fSamples(samples),
+          fWidth(width), fRight(samples.first ? std::min(samples.right, width) : 0),
+          fLeft(std::min(samples.left, fRight)), fFactor(factor), fPixelBytes(pixelBytes),
+          fStride(valuesOf(fRight - fLeft)), fWide(valuesOf(kPixelsAtOnce) * static_cast<size_t>(factor)) {}
+
+    /// A row of pixels, counted from the bottom.
+    void develop(int row, std::uint8_t* out) {
+        const size_t start = fStride * static_cast<size_t>(row) * static_cast<size_t>(fFactor);
+        byPieces(0, fLeft, out, [&](int, int pixels, std::uint8_t* to) { developNothing(pixels, to); });
+        byPieces(fLeft, fRight, out, [&](int x, int pixels, std::uint8_t* to) {
+            developPiece(start + valuesOf(x - fLeft), pixels, to);
+        });
+        byPieces(fRight, fWidth, out, [&](int, int pixels, std::uint8_t* to) { developNothing(pixels, to); });
+    }
+
+private:
+    bool isOfFloats() const { return fPixelBytes == kFloatPixel; }
+
+    /// Of a row of samples.
+    size_t valuesOf(int pixels) const {
+        return static_cast<size_t>(pixels) * static_cast<size_t>(fFactor) * 4;
+    }
+
+    template <typename Make>
+    void byPieces(int from, int to, std::uint8_t* out, const Make& make) const {
+        for (int x = from; x < to; x += kPixelsAtOnce)
+            make(x, std::min(kPixelsAtOnce, to - x),
+                 out + static_cast<size_t>(x) * static_cast<size_t>(fPixelBytes));
+    }
+
+    void developNothing(int pixels, std::uint8_t* out) {
+        if (!isOfFloats())
+            return fDeveloper.putNothing(pixels, out);
+        std::fill(fWide.begin(), fWide.end(), 0.0F);
+        developRun({fWide.data(), valuesOf(pixels)}, pixels, out);
+    }
+
+    /// Of samples from the `first` value on.
+    void developPiece(size_t first, int pixels, std::uint8_t* out) {
+        const auto* const floatsIn = static_cast<const float*>(fSamples.first) + first;
+        const auto* const halves = static_cast<const std::uint16_t*>(fSamples.first) + first;
+        if (!fSamples.areHalves && fDevelopment.gain == 1.0F)
+            return developRun({floatsIn, fStride}, pixels, out);
+        const size_t values = valuesOf(pixels);
+        if (!isOfFloats() && fSamples.areHalves && isAllZero({halves, fStride}, values, fFactor))
+            return fDeveloper.putNothing(pixels, out);
+        for (size_t row = 0; row < static_cast<size_t>(fFactor); ++row) {
+            float* const to = fWide.data() + row * values;
+            if (fSamples.areHalves)
+                widen(halves + row * fStride, values, to);
+            else
+                std::copy_n(floatsIn + row * fStride, values, to);
+            if (fDevelopment.gain != 1.0F)
+                brighten(to, values, fDevelopment.gain);
+        }
+        developRun({fWide.data(), values}, pixels, out);
+    }
+
+    void developRun(SampleRun run, int pixels, std::uint8_t* out) const {
+        if (isOfFloats())
+            averageRun(run, pixels, fFactor, fDevelopment.background, out);
+        else
+            fDeveloper.develop(run, pixels, out);
+    }
+
+    ByteDeveloper fDeveloper;
+    const Development& fDevelopment;
+    const Samples& fSamples;
+    int fWidth;
+    int fRight; ///< where the columns with samples end
+    int fLeft;
+    int fFactor;
+    int fPixelBytes;
+    size_t fStride;
+    std::vector<float> fWide;
+};
 
 } // namespace
 
@@ -283,47 +355,10 @@ Picture::Picture(int pictureWidth, int pictureHeight, int bytesPerPixel)
 
 void developBlock(Picture& picture, const Block& block, const Samples& samples, int factor,
                   const Development& development) {
-    const ByteDeveloper developer(development, factor, picture.pixelBytes);
-    const bool isOfFloats = picture.pixelBytes == kFloatPixel;
-    const auto develop = [&](SampleRun run, int pixels, std::uint8_t* out) {
-        if (isOfFloats)
-            averageRun(run, pixels, factor, development.background, out);
-        else
-            developer.develop(run, pixels, out);
-    };
-    const size_t stride = static_cast<size_t>(block.width) * static_cast<size_t>(factor) * 4;
-    const bool isWidened = samples.areHalves || development.gain != 1.0F;
-    std::vector<float> wide(isWidened ? size_t{kPixelsAtOnce} * factor * factor * 4 : 0);
-    const auto developPiece = [&](size_t first, int pixels, std::uint8_t* out) {
-        const size_t floats = static_cast<size_t>(pixels) * static_cast<size_t>(factor) * 4;
-        const auto* halves = static_cast<const std::uint16_t*>(samples.first) + first;
-        if (!isOfFloats && samples.areHalves && isAllZero({halves, stride}, floats, factor))
-            return developer.putNothing(pixels, out);
-        for (size_t row = 0; row < static_cast<size_t>(factor); ++row) {
-            float* const to = wide.data() + row * floats;
-            if (samples.areHalves)
-                widen(halves + row * stride, floats, to);
-            else
-                std::copy_n(static_cast<const float*>(samples.first) + first + row * stride, floats, to);
-            if (development.gain != 1.0F)
-                brighten(to, floats, development.gain);
-        }
-        develop({wide.data(), floats}, pixels, out);
-    };
-    for (int row = 0; row < block.height; ++row) {
-        const size_t start = stride * static_cast<size_t>(row) * static_cast<size_t>(factor);
-        std::uint8_t* out = picture.row(picture.height - 1 - block.y - row) +
-                            static_cast<size_t>(block.x) * static_cast<size_t>(picture.pixelBytes);
-        if (!isWidened) {
-            develop({static_cast<const float*>(samples.first) + start, stride}, block.width, out);
-            continue;
-        }
-        for (int x = 0; x < block.width; x += kPixelsAtOnce) {
-            const int pixels = std::min(kPixelsAtOnce, block.width - x);
-            developPiece(start + static_cast<size_t>(x) * static_cast<size_t>(factor) * 4, pixels,
-                         out + static_cast<size_t>(x) * static_cast<size_t>(picture.pixelBytes));
-        }
-    }
+    BlockDeveloper developer(block.width, samples, factor, picture.pixelBytes, development);
+    for (int row = 0; row < block.height; ++row)
+        developer.develop(row, picture.row(picture.height - 1 - block.y - row) +
+                                   static_cast<size_t>(block.x) * static_cast<size_t>(picture.pixelBytes));
 }
 
 } // namespace orloview

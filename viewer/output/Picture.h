@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 
 namespace orloview {
@@ -39,10 +40,13 @@ struct Block {
 };
 
 /// Linear pixels of a frame, rows from the bottom up: red, green, blue (multiplied by alpha) and alpha.
-/// Floats or, as GL keeps them, halves.
+/// Floats or, as GL keeps them, halves. They may be those of some columns of a block alone, from `left` up to
+/// `right`: in the others, and where there are none at all, there is nothing.
 struct Samples {
     const void* first;
     bool areHalves = false;
+    int left = 0;
+    int right = std::numeric_limits<int>::max();
 };
 
 /// How linear pixels become a picture's.

@@ -93,11 +93,13 @@ GroundSquare groundUnder(const Bounds& scene, const Vector& up) {
     square.right = cross(square.ahead, square.up);
     const Point center = centerOf(scene);
     double half[3] = {};
-    outlineOf(scene)([&](const Point& corner) {
-        const Vector p = between(center, corner);
-        half[0] = std::max(half[0], std::abs(dot(p, square.right)));
-        half[1] = std::max(half[1], std::abs(dot(p, square.ahead)));
-        half[2] = std::max(half[2], std::abs(dot(p, square.up)));
+    outlineOf(scene)([&](std::span<const Point> corners) {
+        for (const Point& corner : corners) {
+            const Vector p = between(center, corner);
+            half[0] = std::max(half[0], std::abs(dot(p, square.right)));
+            half[1] = std::max(half[1], std::abs(dot(p, square.ahead)));
+            half[2] = std::max(half[2], std::abs(dot(p, square.up)));
+        }
     });
     const double radius = radiusOf(scene);
     square.height = std::max(2.0 * half[2], 1e-3 * radius);

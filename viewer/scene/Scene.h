@@ -330,12 +330,15 @@ public:
     /// The same of one instance.
     template <typename Visit>
     void visit(size_t instance, const Visit& visit) const {
-        const koLinear::AffineMatrix& toWorld = fScene.instances[instance].toWorld;
+        const koLinear::AffineMatrix m = fScene.instances[instance].toWorld;
+        const auto placed = [&m](const float* p, int axis) { // what the matrix does, where it can be inlined
+            return p[0] * m[0][axis] + p[1] * m[1][axis] + p[2] * m[2][axis] + m[3][axis];
+        };
         const auto mesh = static_cast<size_t>(fScene.instances[instance].mesh);
         const float* p = fScene.meshes[mesh].positions.data();
         for (const char isDrawn : fDrawn[mesh]) {
             if (isDrawn)
-                visit(toWorld.transform(koLinear::Point(p[0], p[1], p[2])));
+                visit(koLinear::Point(placed(p, 0), placed(p, 1), placed(p, 2)));
             p += 3;
         }
     }

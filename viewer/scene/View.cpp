@@ -8,6 +8,7 @@
 #include <cmath>
 #include <memory>
 #include <numbers>
+#include <utility>
 
 namespace orloview {
 
@@ -107,11 +108,13 @@ struct Extremes {
 /// is.
 Outline mirrored(const Outline& outline, const Viewpoint& viewpoint) {
     return [=](const auto& visit) {
-        outline([&](const Point& point) {
-            const Vector p = between(viewpoint.target, point);
-            const Vector depth = scaled(viewpoint.back, dot(p, viewpoint.back));
-            visit(offset(viewpoint.target, p));
-            visit(offset(viewpoint.target, sum(scaled(depth, 2.0), scaled(p, -1.0))));
+        outline([&](std::span<const Point> points) {
+            for (const Point& point : points) {
+                const Vector p = between(viewpoint.target, point);
+                const Vector depth = scaled(viewpoint.back, dot(p, viewpoint.back));
+                visit(std::array{offset(viewpoint.target, p),
+                                 offset(viewpoint.target, sum(scaled(depth, 2.0), scaled(p, -1.0)))});
+            }
         });
     };
 }
@@ -185,28 +188,35 @@ Vector levelFrontOf(const Vector& up) {
 }
 
 Outline outlineOf(const Bounds& bounds) {
-    return [bounds](const auto& visit) {
-        for (const Point& corner : corners(bounds))
-            visit(corner);
-    };
+    return [bounds](const auto& visit) { visit(corners(bounds)); };
 }
 
 Outline outlineOf(const Scene& scene) {
     return [vertices = std::make_shared<const DrawnVertices>(scene)](const auto& visit) {
-        vertices->visit([&visit](const Point& place) {
-            if (std::isfinite(place[0]) && std::isfinite(place[1]) && std::isfinite(place[2]))
-                visit(place);
+        std::array<Point, 256> some;
+        size_t count = 0;
+        vertices->visit([&](const Point& place) {
+            if (!std::isfinite(place[0]) || !std::isfinite(place[1]) || !std::isfinite(place[2]))
+                return;
+            some[count++] = place;
+            if (count == some.size())
+                visit(std::span(some.data(), std::exchange(count, 0)));
         });
+        visit(std::span(some.data(), count));
     };
 }
 
 Outline turnedAbout(const Outline& outline, const Point& middle, const Vector& up) {
     return [=](const auto& visit) {
-        outline([&](const Point& point) {
-            constexpr int kTurns = 12;
-            for (int i = 0; i < kTurns; ++i)
-                visit(
-                    offset(middle, turned(between(middle, point), up, 2.0 * std::numbers::pi * i / kTurns)));
+        outline([&](std::span<const Point> points) {
+            std::array<Point, 12> round;
+            for (const Point& point : points) {
+                for (size_t i = 0; i < round.size(); ++i)
+                    round[i] = offset(middle, turned(between(middle, point), up,
+                                                     2.0 * std::numbers::pi * static_cast<double>(i) /
+                                                         static_cast<double>(round.size())));
+                visit(round);
+            }
         });
     };
 }
@@ -216,12 +226,14 @@ void fit(Viewpoint& viewpoint, const Outline& outline, double aspect) {
     const double perspective = viewpoint.orthographic ? 0.0 : tangent;
     // In perspective the eye sees a point when it is no farther aside than the tangent times its depth.
     Extremes seen;
-    outline([&](const Point& point) {
-        const Vector p = between({}, point);
-        const double z = dot(p, viewpoint.back);
-        seen.add(dot(p, viewpoint.right), dot(p, viewpoint.up), perspective * z);
-        seen.nearest = std::max(seen.nearest, z);
-        seen.farthest = std::max(seen.farthest, -z);
+    outline([&](std::span<const Point> points) {
+        for (const Point& point : points) {
+            const Vector p = between({}, point);
+            const double z = dot(p, viewpoint.back);
+            seen.add(dot(p, viewpoint.right), dot(p, viewpoint.up), perspective * z);
+            seen.nearest = std::max(seen.nearest, z);
+            seen.farthest = std::max(seen.farthest, -z);
+        }
     });
     const double middle = (seen.nearest - seen.farthest) / 2.0;
     double eye = std::max(seen.right + seen.left, seen.above + seen.below) / (2.0 * tangent); // along back
@@ -234,10 +246,12 @@ void fit(Viewpoint& viewpoint, const Outline& outline, double aspect) {
     // What doesn't reach from side to side isn't in the middle yet: near things look larger.
     for (int round = 0; round < 2 && !viewpoint.orthographic; ++round) {
         Extremes drawn;
-        outline([&](const Point& point) {
-            const Vector p = between({}, point);
-            const double depth = std::max(eye - dot(p, viewpoint.back), 1e-9 * viewpoint.distance);
-            drawn.add((dot(p, viewpoint.right) - x) / depth, (dot(p, viewpoint.up) - y) / depth, 0.0);
+        outline([&](std::span<const Point> points) {
+            for (const Point& point : points) {
+                const Vector p = between({}, point);
+                const double depth = std::max(eye - dot(p, viewpoint.back), 1e-9 * viewpoint.distance);
+                drawn.add((dot(p, viewpoint.right) - x) / depth, (dot(p, viewpoint.up) - y) / depth, 0.0);
+            }
         });
         x += (drawn.right - drawn.left) / 2.0 * viewpoint.distance;
         y += (drawn.above - drawn.below) / 2.0 * viewpoint.distance;
@@ -255,7 +269,10 @@ Viewpoint placeEye(const Placement& placement, const Outline& outline, double as
     Point target = placement.target.value_or(Point());
     if (placement.eye && !placement.target) {
         Bounds bounds;
-        outline([&](const Point& point) { bounds.extend(point); });
+        outline([&](std::span<const Point> points) {
+            for (const Point& point : points)
+                bounds.extend(point);
+        });
         target = centerOf(bounds);
     }
     if (placement.eye) {

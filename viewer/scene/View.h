@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 
 namespace orloview {
 
@@ -41,8 +42,8 @@ struct Viewpoint {
     double halfHeight() const;
 };
 
-/// What a view is fitted to: hands each point to whoever asks.
-using Outline = std::function<void(const std::function<void(const koLinear::Point&)>&)>;
+/// What a view is fitted to: hands all points to whoever asks, some at a time.
+using Outline = std::function<void(const std::function<void(std::span<const koLinear::Point>)>&)>;
 
 Outline outlineOf(const Bounds& bounds);
 

@@ -1,5 +1,6 @@
 #include "texture/Texels.h"
 
+#include "base/Halves.h"
 #include "output/Picture.h"
 
 #include <algorithm>
@@ -105,7 +106,61 @@ int dividedUp(int size, int step) {
     return (size + step - 1) / step;
 }
 
+/// The two texels between which each texel of a level lies, along a side, and how far from the first.
+struct Between {
+    size_t first;
+    size_t second;
+    __m128 share;
+};
+
+std::vector<Between> placesAlong(int smallSide, int largeSide) {
+    std::vector<Between> places;
+    for (int i = 0; i < smallSide; ++i) {
+        const float place =
+            (static_cast<float>(i) + 0.5F) * static_cast<float>(largeSide) / static_cast<float>(smallSide) -
+            0.5F;
+        const auto first = static_cast<size_t>(place);
+        places.push_back({first, std::min(first + 1, static_cast<size_t>(largeSide) - 1),
+                          _mm_set1_ps(place - static_cast<float>(first))});
+    }
+    return places;
+}
+
+__m128 mixed(__m128 first, __m128 second, __m128 share) {
+    return _mm_add_ps(first, _mm_mul_ps(_mm_sub_ps(second, first), share));
+}
+
+Texels halfAsLarge(const Texels& large) {
+    Texels small{std::max(large.width / 2, 1), std::max(large.height / 2, 1), {}};
+    small.halves.resize(static_cast<size_t>(small.width) * static_cast<size_t>(small.height) * 4);
+    const std::vector<Between> across = placesAlong(small.width, large.width);
+    std::uint16_t* out = small.halves.data();
+    for (const Between& down : placesAlong(small.height, large.height)) {
+        const auto row = [&](size_t y) {
+            return large.halves.data() + y * static_cast<size_t>(large.width) * 4;
+        };
+        const std::uint16_t* const above = row(down.first);
+        const std::uint16_t* const below = row(down.second);
+        for (const Between& place : across) {
+            const auto inRow = [&place](const std::uint16_t* texels) {
+                return mixed(widened(texels + 4 * place.first), widened(texels + 4 * place.second),
+                             place.share);
+            };
+            narrow(mixed(inRow(above), inRow(below), down.share), out);
+            out += 4;
+        }
+    }
+    return small;
+}
+
 } // namespace
+
+std::vector<Texels> levelsBelow(const Texels& texels) {
+    std::vector<Texels> levels;
+    for (const Texels* last = &texels; last->width > 1 || last->height > 1; last = &levels.back())
+        levels.push_back(halfAsLarge(*last));
+    return levels;
+}
 
 std::uint16_t toHalf(float value) {
     constexpr float kLargest = 65504.0F;

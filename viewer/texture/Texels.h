@@ -29,6 +29,10 @@ struct Texels {
     std::vector<std::uint16_t> halves; ///< width x height x 4
 };
 
+/// The levels of a mipmap below these texels, each half as large each way as the one before, rounded down, to
+/// a single texel: what is there between the texels of the larger one.
+std::vector<Texels> levelsBelow(const Texels& texels);
+
 /// Decodes colours to linear ones times `factor`. A picture that is larger than `largestSide` either way
 /// is reduced by a whole number: each texel is the mean of a block. Needs no GL.
 Texels makeTexels(const DecodedPicture& picture, Encoding encoding, AlphaUse alpha,

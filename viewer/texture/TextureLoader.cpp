@@ -9,13 +9,13 @@ namespace orloview {
 
 namespace {
 
-/// A picture, decoded, and its texels.
+/// A picture, decoded, and its texels with their levels.
 size_t roomFor(const PictureSource& picture, int largestSide) {
     const auto pixels = [](int width, int height) {
         return static_cast<size_t>(width) * static_cast<size_t>(height);
     };
     return 4 * pixels(picture.width(), picture.height()) +
-           8 * pixels(std::min(picture.width(), largestSide), std::min(picture.height(), largestSide));
+           11 * pixels(std::min(picture.width(), largestSide), std::min(picture.height(), largestSide));
 }
 
 } // namespace
@@ -74,6 +74,8 @@ void TextureLoader::read(size_t first, size_t end) {
                 loaded.pictureWidth = picture->width();
                 loaded.pictureHeight = picture->height();
             }
+            if (fJobs[job].hasLevels)
+                loaded.levels = levelsBelow(loaded.texels);
         } catch (const PictureError& error) {
             fault = error.what();
         } catch (const std::bad_alloc&) {

@@ -15,12 +15,14 @@ namespace orloview {
 struct TextureJob {
     const Image* image = nullptr; ///< null: a single texel of the conversion's factor
     Conversion conversion;
+    bool hasLevels = false; ///< of a mipmap
 };
 
 struct LoadedTexture {
     Texels texels;
-    std::string fault;    ///< why there are no texels, or empty
-    int pictureWidth = 0; ///< before it was reduced
+    std::vector<Texels> levels; ///< below them, where the job asks for some
+    std::string fault;          ///< why there are no texels, or empty
+    int pictureWidth = 0;       ///< before it was reduced
     int pictureHeight = 0;
 
     bool operator!() const { return texels.halves.empty(); }

@@ -103,7 +103,8 @@ void TextureStore::begin() {
     std::vector<TextureJob> jobs;
     for (const auto& [key, takers] : fTakers)
         jobs.push_back({key.image < 0 ? nullptr : &fScene.images[static_cast<size_t>(key.image)],
-                        {key.encoding, key.alpha, key.factor}});
+                        {key.encoding, key.alpha, key.factor},
+                        hasMipmaps(key.minFilter)});
     fLoader = std::make_unique<TextureLoader>(std::move(jobs), fLargestSide);
 }
 
@@ -129,10 +130,12 @@ GLTexture2D* TextureStore::makeTexture(const Key& key, LoadedTexture& loaded) {
     fTextures.push_back(texture);
     const auto width = static_cast<unsigned>(loaded.texels.width);
     const auto height = static_cast<unsigned>(loaded.texels.height);
-    if (hasMipmaps(key.minFilter))
-        texture->GLloadImageMipmap(loaded.texels.halves.data(), width, height);
-    else
-        texture->GLloadImage(loaded.texels.halves.data(), width, height);
+    texture->GLloadImage(loaded.texels.halves.data(), width, height);
+    for (size_t i = 0; i < loaded.levels.size(); ++i) {
+        Texels& level = loaded.levels[i];
+        texture->GLloadImageLevel(level.halves.data(), static_cast<unsigned>(i + 1),
+                                  static_cast<unsigned>(level.width), static_cast<unsigned>(level.height));
+    }
     GLTexUsage::setWrapMode(GL_TEXTURE_2D, wrapModeOf(key.wrapU), wrapModeOf(key.wrapV));
     GLTexUsage::setMinMagFilter(GL_TEXTURE_2D, filterOf(key.minFilter), filterOf(key.magFilter));
     if (hasMipmaps(key.minFilter))
