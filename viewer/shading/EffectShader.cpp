@@ -109,6 +109,13 @@ koLinear::ProjMatrix inverseOf(koLinear::ProjMatrix m) {
     return result;
 }
 
+/// What the runtime says of an error.
+std::string reasonOf(CGerror error) {
+    const bool hasListing = error == CG_COMPILER_ERROR || error == CG_PROGRAM_LOAD_ERROR;
+    return (error == CG_COMPILER_ERROR ? "there is an error in it" : F_cgGetErrorString(error)) +
+           (hasListing ? cgListing() : "");
+}
+
 bool isZero(CGparameter parameter) {
     int count = 0;
     const double* values = F_cgGetParameterValues(parameter, CG_DEFAULT, &count);
@@ -150,7 +157,7 @@ void EffectShader::read() {
     forgetErrors();
     fEffect = fCg.cgCreateEffectFromFile(context, fRequest.name.c_str(), switches.data());
     if (!fEffect)
-        throw Failure(kExitUsage, asked + F_cgGetErrorString(F_cgGetError()) + cgListing());
+        throw Failure(kExitUsage, asked + reasonOf(F_cgGetError()));
 }
 
 /// What can't be in it, for people; empty: it can be used.
@@ -168,7 +175,7 @@ std::string EffectShader::faultOf(CGtechnique technique) const {
             const CGerror error = F_cgGetError();
             forgetErrors();
             return "its state '" + state + "' can't be set" +
-                   (error == CG_NO_ERROR ? "" : std::string(": ") + F_cgGetErrorString(error) + cgListing());
+                   (error == CG_NO_ERROR ? "" : ": " + reasonOf(error));
         }
     return "its states can't be set";
 }
