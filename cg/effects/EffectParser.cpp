@@ -11,7 +11,8 @@ namespace orlocg {
 namespace {
 
 constexpr int kDeepestValue = 64;
-constexpr size_t kLongestList = 1 << 18;
+constexpr size_t kLongestList = 1 << 16;
+constexpr int kMostParts = 1 << 16;
 constexpr int kLongestChain = 32; ///< each part takes those before it in: a chain is a deep tree
 
 struct Refusal {
@@ -116,6 +117,13 @@ void EffectParser::deeper(const Location& at) {
     ++fDepth;
 }
 
+/// Techniques, passes, states, variables, annotations: each has far more to it than its few letters.
+void EffectParser::countPart() {
+    if (++fParts > kMostParts)
+        fDiagnostics.fail(peek().at,
+                          "the effect has more than 65,536 techniques, passes, states and variables");
+}
+
 // The file.
 
 void EffectParser::parse() {
@@ -128,6 +136,7 @@ void EffectParser::parse() {
 
 void EffectParser::technique() {
     EffectTechnique made;
+    countPart();
     made.at = take().at;
     if (peek().isName())
         made.name = take().text;
@@ -146,6 +155,7 @@ void EffectParser::technique() {
 
 EffectPass EffectParser::pass() {
     EffectPass made;
+    countPart();
     made.at = take().at;
     if (peek().isName())
         made.name = take().text;
@@ -166,6 +176,7 @@ std::vector<EffectState> EffectParser::states() {
 
 EffectState EffectParser::state() {
     EffectState made;
+    countPart();
     made.at = peek().at;
     made.name = takeName("the name of a state");
     if (peek().is("("))
@@ -196,6 +207,7 @@ std::vector<EffectVariable> EffectParser::annotationsIfAny() {
         if (takeIf(";"))
             continue;
         EffectVariable made;
+        countPart();
         made.at = peek().at;
         while (std::find(kQualifiers.begin(), kQualifiers.end(), peek().text) != kQualifiers.end())
             take();
@@ -360,6 +372,7 @@ void EffectParser::variables(const EffectVariable& first) {
 
 /// From behind its name on.
 void EffectParser::variable(EffectVariable& made) {
+    countPart();
     while (takeIf("[")) {
         made.lengths.push_back(peek().is("]") ? EffectValue() : value());
         expect("]", "behind a length");
@@ -432,7 +445,8 @@ void EffectParser::arguments(std::vector<EffectValue>& out, const char* close) {
     while (!takeIf(close)) {
         if (out.size() == kLongestList)
             fDiagnostics.fail(peek().at, "this list has too many parts");
-        out.push_back(value());
+        const bool isAlone = peek().kind != TokenKind::Punctuation && (peek(1).is(",") || peek(1).is(close));
+        out.push_back(isAlone ? primary() : value()); // long lists are of numbers
         if (!peek().is(close))
             expect(",", "between values");
     }

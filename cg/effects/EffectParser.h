@@ -28,6 +28,7 @@ private:
     bool peeksWord(std::string_view word) const;
     void skipBlock(std::string_view open, std::string_view close);
     void deeper(const Location& at);
+    void countPart();
 
     // The file.
     void declaration();
@@ -57,6 +58,7 @@ private:
     std::vector<Token> fTokens;
     size_t fNext = 0;
     int fDepth = 0;
+    int fParts = 0;
     Effect& fOut;
     Diagnostics& fDiagnostics;
 };

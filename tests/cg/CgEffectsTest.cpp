@@ -3,6 +3,7 @@
 
 #include <Cg/cg.h>
 
+#include <ctime>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -235,6 +236,50 @@ TEST_F(CgEffects, setStatesByCallbacks) {
     EXPECT_FALSE(cgIsPass(pass));
     cgSetPassState(pass);
     expectError(CG_INVALID_PASS_HANDLE_ERROR);
+}
+
+std::string repeated(const std::string& part, size_t count, const std::string& end = "") {
+    std::string all;
+    for (size_t i = 0; i < count; ++i)
+        all += part;
+    return all + end;
+}
+
+/// "c1=c0+c0;" up to c60, by a pattern with '#' for the number before and '@' for the next.
+std::string doubling(const std::string& pattern) {
+    std::string all;
+    for (int i = 0; i < 60; ++i)
+        for (const char c : pattern)
+            all += c == '#' ? std::to_string(i) : (c == '@' ? std::to_string(i + 1) : std::string(1, c));
+    return all;
+}
+
+TEST_F(CgEffects, ofStrangersTakeLittleTimeAndMemory) {
+    struct Hostile {
+        std::string source;
+        const char* listing; ///< null: it can be read
+    };
+    const Hostile all[] = {
+        {"float x[2] = {" + repeated("1,", 70000, "};"), "this list has too many parts"},
+        {repeated("float a[60000];", 20), "its parameters have too many parts"},
+        {"struct S0 { float a; float b; };" + doubling("struct S@ { S# a; S# b; };") + "S60 x;", nullptr},
+        {"static const float c0 = 1;" + doubling("static const float c@ = c# + c#;") + "float x[c60];",
+         nullptr},
+        {"static const float4 c0 = 1;" + doubling("static const float4 c@ = {c#, c#};"), nullptr},
+        {repeated("struct S { float a[4096]; };", 2000, "S s[4096];"), nullptr},
+        {"float4x4 m; float x[3] = {" + repeated("m,", 50000, "};"), nullptr},
+    };
+    for (const auto& [source, listing] : all) {
+        const std::clock_t start = std::clock();
+        const CGeffect effect = cgCreateEffect(fContext, source.c_str(), nullptr);
+        EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 2) << source.substr(0, 40);
+        EXPECT_EQ(effect == nullptr, listing != nullptr) << source.substr(0, 40);
+        EXPECT_EQ(cgGetError(), listing ? CG_COMPILER_ERROR : CG_NO_ERROR);
+        if (listing)
+            EXPECT_THAT(cgGetLastListing(fContext), testing::HasSubstr(listing));
+        else
+            cgDestroyEffect(effect);
+    }
 }
 
 TEST_F(CgEffects, comeFromFilesAndGo) {

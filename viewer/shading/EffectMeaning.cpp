@@ -148,8 +148,9 @@ EffectMeaning meaningOf(const EffectWords& words) {
     return made;
 }
 
-bool takesRowVectors(std::string_view source, std::string_view matrix, std::string_view fileName) {
+MatrixUse::MatrixUse(std::string_view source, std::string_view fileName) {
     constexpr std::string_view kCall = "mul";
+    constexpr std::size_t kLongestCall = 400;
     long rows = 0;
     long columns = 0;
     for (std::size_t at = source.find(kCall); at != std::string_view::npos; at = source.find(kCall, at + 1)) {
@@ -158,17 +159,21 @@ bool takesRowVectors(std::string_view source, std::string_view matrix, std::stri
             ++bracket;
         if ((at > 0 && isWordPart(source[at - 1])) || bracket == source.size() || source[bracket] != '(')
             continue;
-        constexpr std::size_t kLongestCall = 400;
-        const auto [left, right] = halvesOf(source.substr(bracket + 1, kLongestCall));
-        if (nameIn(left) == matrix)
-            return false;
-        if (nameIn(right) == matrix)
-            return true;
-        const auto isMatrix = [](std::string_view name) { return matrixOf(plain(name)).has_value(); };
-        columns += isMatrix(nameIn(left)) ? 1 : 0;
-        rows += isMatrix(nameIn(right)) ? 1 : 0;
+        const auto halves = halvesOf(source.substr(bracket + 1, kLongestCall));
+        for (const bool isBehind : {false, true}) {
+            const std::string_view name = nameIn(halves[isBehind ? 1 : 0]);
+            if (!name.empty())
+                fKnown.try_emplace(std::string(name), isBehind);
+            if (matrixOf(plain(name)))
+                ++(isBehind ? rows : columns);
+        }
     }
-    return rows == columns ? fileName.ends_with(".fx") : rows > columns;
+    fUsual = rows == columns ? fileName.ends_with(".fx") : rows > columns;
+}
+
+bool MatrixUse::takesRowVectors(const std::string& matrix) const {
+    const auto known = fKnown.find(matrix);
+    return known == fKnown.end() ? fUsual : known->second;
 }
 
 } // namespace orloview

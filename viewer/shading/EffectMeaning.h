@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -46,8 +47,17 @@ struct EffectWords {
 /// Words are the same in small letters and in capitals. Without a semantic, names tell the same.
 EffectMeaning meaningOf(const EffectWords& words);
 
-/// Whether an effect multiplies vectors by its matrix from the left, as Direct3D's do, so that its rows are
-/// the columns of others: by how the source uses it, and all others, and how its name ends.
-bool takesRowVectors(std::string_view source, std::string_view matrix, std::string_view fileName);
+/// Whether an effect multiplies vectors by a matrix from the left, as Direct3D's do, so that its rows are the
+/// columns of others: by how the source uses it, or else all others, or else how the file's name ends.
+class MatrixUse {
+public:
+    MatrixUse(std::string_view source, std::string_view fileName);
+
+    bool takesRowVectors(const std::string& matrix) const;
+
+private:
+    std::map<std::string, bool> fKnown; ///< by the matrix's name
+    bool fUsual;
+};
 
 } // namespace orloview

@@ -10,25 +10,42 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <regex>
+#include <system_error>
 
 namespace orloview {
 
 namespace {
 
-/// The text of an effect and of what it includes from beside it.
+/// The files that a text includes by names in quotes.
+std::vector<std::string> includedIn(const std::string& text) {
+    std::vector<std::string> names;
+    constexpr std::string_view kWord = "include";
+    for (size_t at = text.find(kWord); at != std::string::npos; at = text.find(kWord, at + 1)) {
+        const size_t first = text.find_first_not_of(" \t", at + kWord.size());
+        const size_t last = first == std::string::npos ? first : text.find_first_of("\"\n", first + 1);
+        if (last != std::string::npos && text[first] == '"' && text[last] == '"')
+            names.push_back(text.substr(first + 1, last - first - 1));
+    }
+    return names;
+}
+
+/// The text of an effect and of what it includes from beside it, as far as that is of interest here.
 std::string textOf(const std::filesystem::path& file, int depth = 0) {
-    constexpr int kDeepest = 4;
-    constexpr size_t kLongest = 1 << 20;
+    constexpr int kDeepest = 3;
+    constexpr size_t kMostFiles = 32;
+    constexpr std::streamsize kLongest = 1 << 19;
+    std::error_code none;
+    if (!std::filesystem::is_regular_file(file, none))
+        return {};
+    std::string text(kLongest, '\0');
     std::ifstream stream(file, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(stream), {}};
-    static const std::regex kInclude(R"re(#\s*include\s*"([^"\n]+)")re");
-    std::string included;
-    for (std::sregex_iterator at(text.begin(), text.end(), kInclude), end;
-         at != end && depth < kDeepest && included.size() < kLongest; ++at)
-        included += textOf(file.parent_path() / (*at)[1].str(), depth + 1);
-    return included + text;
+    stream.read(text.data(), kLongest);
+    text.resize(static_cast<size_t>(stream.gcount()));
+    std::vector<std::string> names = includedIn(text);
+    names.resize(depth < kDeepest ? std::min(names.size(), kMostFiles >> (2 * depth)) : 0);
+    for (const std::string& name : names)
+        text += textOf(file.parent_path() / name, depth + 1);
+    return text;
 }
 
 std::string inSmallLetters(std::string text) {
@@ -92,6 +109,13 @@ koLinear::ProjMatrix inverseOf(koLinear::ProjMatrix m) {
     return result;
 }
 
+/// What the runtime says of an error.
+std::string reasonOf(CGerror error) {
+    const bool hasListing = error == CG_COMPILER_ERROR || error == CG_PROGRAM_LOAD_ERROR;
+    return (error == CG_COMPILER_ERROR ? "there is an error in it" : F_cgGetErrorString(error)) +
+           (hasListing ? cgListing() : "");
+}
+
 bool isZero(CGparameter parameter) {
     int count = 0;
     const double* values = F_cgGetParameterValues(parameter, CG_DEFAULT, &count);
@@ -120,7 +144,8 @@ EffectShader::~EffectShader() {
 
 void EffectShader::read() {
     const std::string asked = "--cgfx " + fRequest.name + ": ";
-    if (!std::ifstream(fRequest.name) || std::filesystem::is_directory(fRequest.name))
+    std::error_code none;
+    if (!std::filesystem::is_regular_file(fRequest.name, none) || !std::ifstream(fRequest.name))
         throw Failure(kExitUsage, asked + "it can't be read");
     const CGcontext context = *CGcontextSingleton::theCgContext();
     fCg.cgGLRegisterStates(context);
@@ -132,7 +157,7 @@ void EffectShader::read() {
     forgetErrors();
     fEffect = fCg.cgCreateEffectFromFile(context, fRequest.name.c_str(), switches.data());
     if (!fEffect)
-        throw Failure(kExitUsage, asked + F_cgGetErrorString(F_cgGetError()) + cgListing());
+        throw Failure(kExitUsage, asked + reasonOf(F_cgGetError()));
 }
 
 /// What can't be in it, for people; empty: it can be used.
@@ -150,7 +175,7 @@ std::string EffectShader::faultOf(CGtechnique technique) const {
             const CGerror error = F_cgGetError();
             forgetErrors();
             return "its state '" + state + "' can't be set" +
-                   (error == CG_NO_ERROR ? "" : std::string(": ") + F_cgGetErrorString(error) + cgListing());
+                   (error == CG_NO_ERROR ? "" : ": " + reasonOf(error));
         }
     return "its states can't be set";
 }
@@ -190,7 +215,7 @@ std::string EffectShader::annotation(CGparameter parameter, const char* name) co
 }
 
 void EffectShader::addParameters() {
-    const std::string source = textOf(fRequest.name);
+    const MatrixUse use(textOf(fRequest.name), fRequest.name);
     for (CGparameter p = fCg.cgGetFirstEffectParameter(fEffect); p; p = F_cgGetNextParameter(p)) {
         const CGparameterclass kind = fCg.cgGetParameterClass(p);
         if (kind == CG_PARAMETERCLASS_SAMPLER || F_cgGetParameterType(p) == CG_TEXTURE) {
@@ -201,7 +226,7 @@ void EffectShader::addParameters() {
                                 annotation(p, "Space")};
         const EffectMeaning meaning = meaningOf(words);
         if (meaning.kind == EffectMeaning::Kind::Matrix && kind == CG_PARAMETERCLASS_MATRIX)
-            addMatrix(p, meaning, source);
+            addMatrix(p, meaning, use);
         const bool isNumbers = kind == CG_PARAMETERCLASS_VECTOR || kind == CG_PARAMETERCLASS_SCALAR;
         const bool isAsked = !words.semantic.empty() || isZero(p); // a value of its own goes before a name
         if (isNumbers && isAsked && meaning.kind != EffectMeaning::Kind::Nothing &&
@@ -211,12 +236,12 @@ void EffectShader::addParameters() {
     forgetErrors();
 }
 
-void EffectShader::addMatrix(CGparameter parameter, EffectMeaning meaning, const std::string& source) {
+void EffectShader::addMatrix(CGparameter parameter, const EffectMeaning& meaning, const MatrixUse& use) {
     const auto rows = static_cast<size_t>(fCg.cgGetParameterRows(parameter));
     const auto columns = static_cast<size_t>(fCg.cgGetParameterColumns(parameter));
     if (rows >= 3 && columns >= 3)
-        fAsked.push_back({parameter, meaning, columns, rows,
-                          takesRowVectors(source, F_cgGetParameterName(parameter), fRequest.name)});
+        fAsked.push_back(
+            {parameter, meaning, columns, rows, use.takesRowVectors(F_cgGetParameterName(parameter))});
 }
 
 /// The file that a texture's annotations name; empty: none.

@@ -53,7 +53,7 @@ private:
     void chooseTechnique();
     std::string faultOf(CGtechnique technique) const;
     void addParameters();
-    void addMatrix(CGparameter parameter, EffectMeaning meaning, const std::string& source);
+    void addMatrix(CGparameter parameter, const EffectMeaning& meaning, const MatrixUse& use);
     void addMap(CGparameter parameter, bool isSampler);
     std::string pictureOf(CGparameter parameter) const;
     std::string annotation(CGparameter parameter, const char* name) const;
