@@ -260,6 +260,11 @@ void cgDestroyEffect(CGeffect handle) {
     EffectObject* effect = findEffect(handle);
     if (!effect)
         return;
+    for (const std::unique_ptr<EffectPart>& technique : effect->parts)
+        for (const std::unique_ptr<EffectPart>& pass : technique->parts)
+            for (const std::unique_ptr<EffectPart>& assignment : pass->parts)
+                if (assignment->program && cgIsProgram(assignment->program))
+                    cgDestroyProgram(assignment->program);
     forget(*effect);
     auto& all = effect->context->effects;
     const auto at =
