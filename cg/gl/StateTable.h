@@ -20,7 +20,7 @@ using StateWords = std::span<const StateWord>;
 using StateNumbers = std::span<const double>;
 
 /// A state that is set by numbers.
-struct NumberState {
+struct NumberState { // NOLINT(clang-analyzer-optin.performance.Padding): as rows read best
     const char* name;
     CGtype type;
     StateWords words;                         ///< that its numbers may be written as

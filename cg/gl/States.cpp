@@ -317,7 +317,7 @@ constexpr StateWord kCompareTests[] = {
     {"Equal", GL_EQUAL},         {"Greater", GL_GREATER}, {"NotEqual", GL_NOTEQUAL}, {"GEqual", GL_GEQUAL},
     {"GreaterEqual", GL_GEQUAL}, {"Always", GL_ALWAYS}};
 
-struct SamplerState {
+struct SamplerState { // NOLINT(clang-analyzer-optin.performance.Padding): as rows read best
     const char* name;
     CGtype type;
     StateWords words; ///< none: any number

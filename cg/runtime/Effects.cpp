@@ -248,8 +248,8 @@ CGeffect cgCreateEffect(CGcontext context, const char* source, const char** args
 
 CGeffect cgCreateEffectFromFile(CGcontext context, const char* fileName, const char** args) {
     return guarded<CGeffect>(nullptr, [&]() -> CGeffect {
-        std::optional<std::string> source = readFile(fileName ? fileName : "");
-        if (source)
+        std::optional<std::string> source;
+        if (fileName && (source = readFile(fileName)))
             return createEffect(context, std::move(*source), fileName, args);
         raise(CG_FILE_READ_ERROR);
         return nullptr;
@@ -260,6 +260,11 @@ void cgDestroyEffect(CGeffect handle) {
     EffectObject* effect = findEffect(handle);
     if (!effect)
         return;
+    for (const std::unique_ptr<EffectPart>& technique : effect->parts)
+        for (const std::unique_ptr<EffectPart>& pass : technique->parts)
+            for (const std::unique_ptr<EffectPart>& assignment : pass->parts)
+                if (assignment->program && cgIsProgram(assignment->program))
+                    cgDestroyProgram(assignment->program);
     forget(*effect);
     auto& all = effect->context->effects;
     const auto at =

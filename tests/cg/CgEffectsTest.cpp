@@ -185,7 +185,11 @@ TEST_F(CgEffects, makeProgramsThatFollowTheirParameters) {
     cgDestroyParameter(parameter("tint"));
     expectError(CG_CANNOT_DESTROY_PARAMETER_ERROR);
     cgDestroyProgram(program);
-    EXPECT_NE(cgGetProgramStateAssignmentValue(assignment), program) << "made once more";
+    const CGprogram again = cgGetProgramStateAssignmentValue(assignment);
+    EXPECT_NE(again, program) << "made once more";
+    cgDestroyEffect(fEffect);
+    EXPECT_FALSE(cgIsProgram(again)) << "a pass's";
+    EXPECT_TRUE(cgIsProgram(other)) << "the caller's";
 }
 
 TEST_F(CgEffects, setStatesByCallbacks) {

@@ -248,7 +248,7 @@ void EffectShader::addMatrix(CGparameter parameter, const EffectMeaning& meaning
 std::string EffectShader::pictureOf(CGparameter parameter) const {
     for (const char* name : {"ResourceName", "resourcename", "name", "Name", "file", "File", "filename",
                              "FileName", "TextureFile", "SasResourceAddress"})
-        if (const std::string found = annotation(parameter, name); !found.empty())
+        if (std::string found = annotation(parameter, name); !found.empty())
             return found;
     return {};
 }

@@ -272,7 +272,7 @@ int cgGetParameterBufferOffset(CGparameter parameter);
 // Effects: files of parameters, techniques, passes and states, to be walked through. Null at the end.
 CGeffect cgCreateEffect(CGcontext context, const char* source, const char** args);
 CGeffect cgCreateEffectFromFile(CGcontext context, const char* fileName, const char** args);
-void cgDestroyEffect(CGeffect effect);
+void cgDestroyEffect(CGeffect effect); // and the programs of its passes
 CGbool cgIsEffect(CGeffect effect);
 CGcontext cgGetEffectContext(CGeffect effect);
 CGeffect cgGetFirstEffect(CGcontext context);
