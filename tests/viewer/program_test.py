@@ -144,7 +144,7 @@ class Program(ViewerProgram):
 
     def test_only_what_is_empty_is_left_out(self):
         model = self.write("m.obj", "v -1 0 0\nv 1 0 0\nv 0 0.5 0\nf 1 2 3\nv 0 2 0\np 4\nl 2 4\n")
-        for switches in ((), ("--wireframe",), ("--edges",), ("--point-size", "30"), ("--orthographic",), ("--eye", "0,0,0.1"), ("--turntable", "1")):
+        for switches in ((), ("--point-size", "30"), ("--orthographic",), ("--eye", "0,0,0.1"), ("--turntable", "1")):
             name = "o_001.png" if "--turntable" in switches else "o.png"
             written = []
             for more in ((), ("--measure", "47,34,81,48,34,81")):  # behind the eye: for it the whole frame is drawn

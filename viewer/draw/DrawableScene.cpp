@@ -308,9 +308,10 @@ void DrawableScene::drawElements(const Mesh& mesh, size_t count, const void* ind
     const auto address = reinterpret_cast<std::uintptr_t>(indices); // or an offset into a buffer
     for (size_t first = 0; first < count;) {
         const size_t piece = std::min(count - first, fIndicesAtOnce);
+        const std::uintptr_t place = address + first * sizeof(std::uint32_t);
+        const void* from = reinterpret_cast<const void*>(place); // NOLINT(performance-no-int-to-ptr)
         GLFunctionTable::fpGlobalFunctionTable->glDrawElements(
-            modeOf(mesh.topology), static_cast<GLsizei>(piece), GL_UNSIGNED_INT,
-            reinterpret_cast<const void*>(address + first * sizeof(std::uint32_t)));
+            modeOf(mesh.topology), static_cast<GLsizei>(piece), GL_UNSIGNED_INT, from);
         noteDrawn(piece);
         first += piece;
     }

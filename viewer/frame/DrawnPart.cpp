@@ -10,10 +10,12 @@ namespace orloview {
 namespace {
 
 /// Whether all that is drawn are the vertices of meshes where the scene has them, and what lies between them,
-/// on pixels whose clear value is 0.
+/// on pixels whose clear value is 0. Not edges of triangles: where a line is drawn hangs more than where a
+/// triangle is on how its ends are rounded, and that on where the frame begins.
 bool showsMeshesAlone(const FrameContent& content, const FrameLook& look) {
-    const bool hasMore = look.sky || look.ground || look.grid || look.axes || content.marks.any();
-    return isToneMapped(look) && !hasMore && !content.userShader && !content.particles;
+    const bool hasLines = look.wireframe || look.edges || look.grid || look.axes || content.marks.any();
+    return isToneMapped(look) && !hasLines && !look.sky && !look.ground && !content.userShader &&
+           !content.particles;
 }
 
 /// What points take up of the window of OpenGL, -1 to 1 each way.

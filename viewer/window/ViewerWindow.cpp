@@ -10,6 +10,7 @@
 #include "session/GLSession.h"
 #include "window/DropTarget.h"
 #include "window/HostWindow.h"
+#include "window/Mouse.h"
 #include "window/Overlay.h"
 #include "window/ShownScene.h"
 #include "window/WindowPainter.h"
@@ -120,17 +121,11 @@ private:
     void handleEvents();
     void handle(XEvent& event);
     void press(XKeyEvent& event);
-    void press(const XButtonEvent& event);
-    void drag(const XMotionEvent& event);
+    void follow(const Mouse::Outcome& outcome);
     void execute(Command command);
     void executeOnScene(Command command);
     void moveOn(Command command);
-    void release(const XButtonEvent& event);
-    void click(int x, int y);
-    void slide(int x);
-    SliderPlace placeOf(size_t slider) const {
-        return placeOfSlider(slider, fWindow->width(), fWindow->height(), fLineHeight);
-    }
+    Mouse::Room room() const { return {fWindow->width(), fWindow->height(), fLineHeight}; }
     void screenshot();
     void note(const std::string& message);
 
@@ -156,12 +151,7 @@ private:
 
     bool fChanged = true; ///< what is shown is not what is on the screen
     bool fQuit = false;
-    int fPointerX = 0;
-    int fPointerY = 0;
-    std::optional<SliderKind> fGrip; ///< that the left button went down on; none: on the scene
-    int fPressedX = 0;
-    int fPressedY = 0;
-    std::optional<Clock::time_point> fClickedAt; ///< the last click, until it was a double one's second
+    Mouse fMouse;
     FrameStatistics fStatistics;
     std::string fMessage;
     ShownProgress fBusy;
@@ -322,11 +312,11 @@ void ViewerWindow::handle(XEvent& event) {
     } else if (event.type == KeyPress) {
         press(event.xkey);
     } else if (event.type == ButtonPress) {
-        press(event.xbutton);
+        follow(fMouse.press(event.xbutton, fShown.get(), room()));
     } else if (event.type == ButtonRelease) {
-        release(event.xbutton);
+        follow(fMouse.release(event.xbutton, fShown.get()));
     } else if (event.type == MotionNotify) {
-        drag(event.xmotion);
+        follow(fMouse.drag(event.xmotion, fShown.get(), room()));
     } else if (event.type == MappingNotify) {
         XRefreshKeyboardMapping(&event.xmapping);
     }
@@ -337,45 +327,10 @@ void ViewerWindow::press(XKeyEvent& event) {
         execute(*command);
 }
 
-void ViewerWindow::press(const XButtonEvent& event) {
-    fPointerX = event.x;
-    fPointerY = event.y;
-    if (!fShown)
-        return;
-    fPressedX = event.x;
-    fPressedY = event.y;
-    if (event.button == Button4 || event.button == Button5) {
-        fShown->view().zoom(event.button == Button4 ? 1 : -1, event.x, event.y);
-        fChanged = true;
-    }
-    if (event.button != Button1)
-        return;
-    fGrip.reset();
-    const std::vector<Slider> sliders = fShown->sliders();
-    for (size_t i = 0; i < sliders.size(); ++i) {
-        if (placeOf(i).contains(event.y))
-            fGrip = sliders[i].kind;
-    }
-    if (fGrip)
-        slide(event.x);
-}
-
-void ViewerWindow::drag(const XMotionEvent& event) {
-    const int right = event.x - fPointerX;
-    const int down = event.y - fPointerY;
-    fPointerX = event.x;
-    fPointerY = event.y;
-    if (!fShown)
-        return;
-    if (fGrip && (event.state & Button1Mask))
-        slide(event.x);
-    else if ((event.state & Button2Mask) || ((event.state & Button1Mask) && (event.state & ShiftMask)))
-        fShown->view().move(right, down);
-    else if (event.state & Button1Mask)
-        fShown->view().turn(right, down);
-    else
-        return;
-    fChanged = true;
+void ViewerWindow::follow(const Mouse::Outcome& outcome) {
+    fChanged = fChanged || outcome.hasChanged;
+    if (!outcome.message.empty())
+        note(outcome.message);
 }
 
 void ViewerWindow::execute(Command command) {
@@ -456,37 +411,6 @@ void ViewerWindow::moveOn(Command command) {
         note("there is no other animation");
     if (command == Command::Slower || command == Command::Faster)
         note("speed " + std::to_string(playback.speed()).substr(0, 6));
-}
-
-/// Takes what is held to a place.
-void ViewerWindow::slide(int x) {
-    fShown->slide(*fGrip, placeOf(0).shareAt(x));
-    fChanged = true;
-}
-
-/// Where a button goes up near where it went down, that was a click.
-void ViewerWindow::release(const XButtonEvent& event) {
-    constexpr int kSteady = 3;
-    const bool isSteady =
-        std::abs(event.x - fPressedX) <= kSteady && std::abs(event.y - fPressedY) <= kSteady;
-    if (fShown && event.button == Button1 && !fGrip && isSteady)
-        click(event.x, event.y);
-}
-
-void ViewerWindow::click(int x, int y) {
-    constexpr auto kDouble = std::chrono::milliseconds(400);
-    const Clock::time_point now = Clock::now();
-    fChanged = true;
-    if (fShown->view().shown.measuring) {
-        if (!fShown->inspector().measure(fShown->rayAt(x, y)))
-            note("nothing is there to measure from");
-    } else if (fClickedAt && now - *fClickedAt < kDouble) {
-        fShown->inspector().pick(fShown->rayAt(x, y));
-        fClickedAt.reset();
-    } else {
-        fClickedAt = now;
-        fChanged = false;
-    }
 }
 
 void ViewerWindow::screenshot() {
