@@ -118,8 +118,8 @@ class SkyPictures(ShadedPictures):
         for column, row in ((0, 0), (1, 2), (3, 1), (4, 3), (7, 2)):
             d = direction((column + 0.5) / 8, (row + 0.5) / 4)
             towards = ("--target", f"{90 + 5 * d[0]},{5 * d[1]},{5 * d[2]}")
-            for more in ((), ("--orthographic",)):
-                self.near(self.floats(model, *look, *towards, *more)[2][16][16], (column / 8, row / 4, 2))
+            more = ("--orthographic",) if row == 2 else ()
+            self.near(self.floats(model, *look, *towards, *more)[2][16][16], (column / 8, row / 4, 2))
         rows = self.floats(model, *look, "--target", "90,0,-5", "--exposure", "-1")[2]
         side = math.tan(math.pi / 6) * 30 / 33
         u, v = 0.5 + math.atan2(side, 1) / 2 / math.pi, math.acos(side / math.sqrt(2 * side**2 + 1)) / math.pi
