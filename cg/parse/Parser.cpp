@@ -20,9 +20,9 @@ constexpr uint64_t kMostLeaves = 262144;
 constexpr std::array<std::string_view, 11> kAssignments = {
     "=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "<<=", ">>="};
 
-constexpr std::array<std::string_view, 20> kReserved = {
+constexpr std::array<std::string_view, 19> kReserved = {
     "if",    "else",   "for",     "while",   "do",      "return", "break", "continue", "discard", "struct",
-    "const", "static", "uniform", "varying", "typedef", "in",     "out",   "inout",    "packed",  "switch"};
+    "const", "static", "uniform", "varying", "typedef", "in",     "out",   "inout",    "switch"};
 
 constexpr std::array<std::string_view, 8> kProfileStarts = {"arbvp", "arbfp", "vp",  "fp",
                                                             "gp4",   "gp5",   "vs_", "ps_"};
@@ -189,8 +189,8 @@ Parser::Qualifiers Parser::qualifiers() {
             found.isConst = true;
         else if (takeIf("static"))
             found.isStatic = true;
-        else if (takeIf("packed"))
-            found.isPacked = true;
+        else if (peek().is("packed") && qualifiesWhatFollows())
+            found.isPacked = takeIf("packed");
         else if (takeIf("typedef"))
             found.isTypedef = true;
         else if (takeIf("in"))
@@ -206,12 +206,15 @@ Parser::Qualifiers Parser::qualifiers() {
     }
 }
 
-/// Qualifiers are names where no type or other qualifier follows.
+/// Words that no program is kept from using as names are qualifiers where a type or another one follows.
+bool Parser::qualifiesWhatFollows() const {
+    return startsType(1) || isEffectType(peek(1)) || isOneOf(peek(1), kReserved) ||
+           isOneOf(peek(1), kIdleQualifiers);
+}
+
 bool Parser::takeIdleQualifier() {
     const bool isFlat = peek().is("nointerpolation");
-    const bool isOne = isFlat || isOneOf(peek(), kIdleQualifiers);
-    if (!isOne || !(startsType(1) || isEffectType(peek(1)) || isOneOf(peek(1), kReserved) ||
-                    isOneOf(peek(1), kIdleQualifiers)))
+    if (!(isFlat || isOneOf(peek(), kIdleQualifiers)) || !qualifiesWhatFollows())
         return false;
     if (isFlat)
         fDiagnostics.warn(peek().at, "'nointerpolation' changes nothing: the value is interpolated");
@@ -641,10 +644,10 @@ std::unique_ptr<Statement> Parser::block() {
 }
 
 bool Parser::startsDeclaration() const {
-    for (const char* word : {"const", "static", "uniform", "varying", "packed", "struct"})
+    for (const char* word : {"const", "static", "uniform", "varying", "struct"})
         if (peek().is(word))
             return true;
-    if (isOneOf(peek(), kIdleQualifiers) && startsType(1))
+    if ((peek().is("packed") || isOneOf(peek(), kIdleQualifiers)) && qualifiesWhatFollows())
         return true;
     if (!startsType())
         return false;

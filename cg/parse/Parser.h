@@ -70,6 +70,7 @@ private:
     void methodOutside(const Type* returns);
     bool startsInterface() const { return peek().is("interface") && peek(1).isName() && peek(2).is("{"); }
     bool constantBuffer();
+    bool qualifiesWhatFollows() const;
     bool takeIdleQualifier();
     std::unique_ptr<Variable> parameter();
 
