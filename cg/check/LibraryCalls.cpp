@@ -91,6 +91,10 @@ void LibraryCalls::check(Expression& e, const LibraryFunction& function) {
         convertAll(e, 1, fTypes.scalar(Scalar::Float));
         e.type = fTypes.vector(Scalar::Float, rule == Rule::Unpack2 ? 2 : 4);
         break;
+    case Rule::Bytes:
+        convertAll(e, 1, fTypes.vector(Scalar::Float, 4));
+        e.type = fTypes.vector(Scalar::Int, 4);
+        break;
     case Rule::Clip:
         e.type = unify(e, 1, 1);
         break;

@@ -14,7 +14,7 @@ struct Helper {
     std::string_view text; ///< T: the type
 };
 
-constexpr std::array<Helper, 35> kHelpers = {{
+constexpr std::array<Helper, 36> kHelpers = {{
     {"cg_saturate", "T cg_saturate(T x) { return clamp(x, 0.0, 1.0); }"},
     {"cg_round", "T cg_round(T x) { return floor(x + 0.5); }"},
     {"cg_trunc", "T cg_trunc(T x) { return sign(x) * floor(abs(x)); }"},
@@ -80,6 +80,8 @@ constexpr std::array<Helper, 35> kHelpers = {{
     {"cg_unpack_4ubyte",
      "vec4 cg_unpack_4ubyte(float x) { uint u = floatBitsToUint(x); return vec4(u & 0xFFu, u >> 8 & "
      "0xFFu, u >> 16 & 0xFFu, u >> 24) / 255.0; }"},
+    // Direct3D's colours have blue first.
+    {"cg_ubyte4", "ivec4 cg_ubyte4(vec4 v) { return ivec4(v.zyxw * 255.001953); }"},
     // Of gradients at the corners of a lattice, from -1 to 1 and 0 there.
     {"cg_noise3", "float cg_noise(vec3 p) { vec3 c = floor(p), f = p - c, w = f * f * f * (f * (f * 6.0 - "
                   "15.0) + 10.0); float r "

@@ -11,6 +11,7 @@ namespace {
 using enum LibraryRule;
 
 constexpr std::array kFunctions = {
+    LibraryFunction{"D3DCOLORtoUBYTE4", Bytes, "cg_ubyte4"},
     LibraryFunction{"abs", Keep1, "abs"},
     LibraryFunction{"acos", Map1, "acos"},
     LibraryFunction{"all", Truth, "all"},

@@ -31,8 +31,9 @@ enum class LibraryRule : uint8_t {
     Pack4,
     Unpack2, ///< and back
     Unpack4,
-    Clip, ///< (T), and gives nothing back
-    Split ///< (T, out T) to T
+    Bytes, ///< (float4) to int4
+    Clip,  ///< (T), and gives nothing back
+    Split  ///< (T, out T) to T
 };
 
 struct LibraryFunction {

@@ -179,6 +179,7 @@ TEST_F(DriverCg, typesAndConversions) {
          "float4(g[0][1], g[i][2], g[i][0], g[1][1]);",
          {0.1, 0.5, 1, 0.4}},
         {"packed float p[3] = float3(0.25, 0.5, 1); return p.xyzx;", {0.25, 0.5, 1, 0.25}},
+        {"int4 b = D3DCOLORtoUBYTE4(float4(3, 2, 1, 0) / 255.0); return b / 4.0;", {0.25, 0.5, 0.75, 0}},
         {"float4 packed; packed = float4(0.25, 0.5, 1, 1); return packed;", {0.25, 0.5, 1, 1}},
         {"float[2] a = float[2](0.5, 0.25); return float4(a[0], a[1], 0, 1);", {0.5, 0.25, 0, 1}},
         {"@struct In { float2 a; float b[2]; }; struct S { In in1; float c; }; S make(float x) { S s; "
