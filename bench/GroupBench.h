@@ -28,6 +28,19 @@ inline GLFunctionTable& table() {
     return *GLFunctionTable::fpGlobalFunctionTable;
 }
 
+/// The table that the library calls through, as long as this lives.
+struct TableInForce {
+    GLFunctionTable functions;
+
+    TableInForce() {
+        functions.populate();
+        GLFunctionTable::fpGlobalFunctionTable = &functions;
+    }
+    ~TableInForce() { GLFunctionTable::fpGlobalFunctionTable = nullptr; }
+    TableInForce(const TableInForce&) = delete;
+    TableInForce& operator=(const TableInForce&) = delete;
+};
+
 /// A group as a renderer of its own would keep it: names of buffers and a count.
 struct HandGroup {
     GLuint positions;

@@ -84,9 +84,7 @@ void takeTimes(GLRouting& routing, osg::RenderInfo& info) {
 } // namespace
 
 int main() {
-    GLFunctionTable functions;
-    functions.populate();
-    GLFunctionTable::fpGlobalFunctionTable = &functions;
+    const TableInForce inForce;
     GLRouting routing = makeRouting();
     osg::ref_ptr<osg::State> state = new osg::State;
     state->setContextID(0);
@@ -96,5 +94,4 @@ int main() {
         countInstructions(routing, info);
     else
         takeTimes(routing, info);
-    GLFunctionTable::fpGlobalFunctionTable = nullptr;
 }

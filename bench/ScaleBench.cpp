@@ -95,11 +95,8 @@ void benchMemory(GLRouting& routing) {
 } // namespace
 
 int main() {
-    GLFunctionTable functions;
-    functions.populate();
-    GLFunctionTable::fpGlobalFunctionTable = &functions;
+    const TableInForce inForce;
     GLRouting routing = makeRouting();
     benchMemory(routing);
     benchGrowth(routing);
-    GLFunctionTable::fpGlobalFunctionTable = nullptr;
 }
