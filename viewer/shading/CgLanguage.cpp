@@ -99,4 +99,11 @@ std::vector<MaterialLanguage::Source> CgLanguage::sources(const koShadingDag::Sh
     return {vertex, fragment};
 }
 
+std::string commaSeparated(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words)
+        text.append(text.empty() ? "" : ", ").append(word);
+    return text.empty() ? "none" : text;
+}
+
 } // namespace orloview

@@ -3,6 +3,7 @@
 #include "shading/MaterialShader.h"
 
 #include <string>
+#include <vector>
 
 #include <shader/CGManager.h>
 
@@ -37,5 +38,8 @@ public:
 private:
     CGManager fManager;
 };
+
+/// Names for people, in one line; "none" where there are none.
+std::string commaSeparated(const std::vector<std::string>& words);
 
 } // namespace orloview

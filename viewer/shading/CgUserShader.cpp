@@ -19,13 +19,6 @@ std::string folder() {
     return std::string(HWEnvironment::orlo_path.asMultibyte()) + "/bin/Cg/";
 }
 
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words)
-        text.append(text.empty() ? "" : ", ").append(word);
-    return text.empty() ? "none" : text;
-}
-
 CgSupport neededCg() {
     CgSupport cg = findCg();
     if (!cg.fault.empty())
@@ -100,7 +93,7 @@ CGManager::CGShader CgUserShader::compile(const CgRequest& request) {
                                           .append("there is no ")
                                           .append(file)
                                           .append(isOwn ? "" : "; there are ")
-                                          .append(isOwn ? "" : joined(shaderNames())));
+                                          .append(isOwn ? "" : commaSeparated(shaderNames())));
     }
     while (F_cgGetError() != CG_NO_ERROR) {
     }
@@ -174,7 +167,7 @@ void CgUserShader::setValue(const std::string& shader, const CgRequest::Value& v
     }
     if (!isThere)
         throw Failure(kExitUsage, "--cg-set " + value.name + ": " + shader +
-                                      " has no such parameter; its parameters: " + joined(known));
+                                      " has no such parameter; its parameters: " + commaSeparated(known));
     if (const CGerror error = F_cgGetError(); error != CG_NO_ERROR)
         throw Failure(kExitUsage, "--cg-set " + value.name + ": " + F_cgGetErrorString(error));
 }

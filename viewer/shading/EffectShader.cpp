@@ -59,13 +59,6 @@ bool holdsOneOf(const std::string& text, std::initializer_list<const char*> word
                        [&](const char* word) { return text.find(word) != std::string::npos; });
 }
 
-std::string commaSeparated(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words)
-        text.append(text.empty() ? "" : ", ").append(word);
-    return text.empty() ? "none" : text;
-}
-
 void forgetErrors() {
     while (F_cgGetError() != CG_NO_ERROR) {
     }
@@ -318,6 +311,12 @@ void EffectShader::beginFrame(const View& view, int width, int height) {
     fView = view;
     fWidth = width;
     fHeight = height;
+    fIsNewFrame = true;
+}
+
+void EffectShader::setTime(double seconds) {
+    fSeconds = seconds;
+    fIsNewFrame = true;
 }
 
 void EffectShader::setTextures(const TextureLayer* base, const TextureLayer* normal) {
@@ -424,7 +423,9 @@ void EffectShader::feed(const Asked& asked, const koLinear::AffineMatrix& toWorl
 
 void EffectShader::draw(const koLinear::AffineMatrix& toWorld, const std::function<void()>& draw) {
     for (const Asked& asked : fAsked)
-        feed(asked, toWorld);
+        if (fIsNewFrame || asked.isOfObject())
+            feed(asked, toWorld);
+    fIsNewFrame = false;
     for (CGpass pass = fCg.cgGetFirstPass(fTechnique); pass; pass = fCg.cgGetNextPass(pass)) {
         gl().glPushAttrib(GL_ALL_ATTRIB_BITS);
         fCg.cgSetPassState(pass);

@@ -24,7 +24,7 @@ public:
     ~EffectShader() override;
 
     void beginFrame(const View& view, int width, int height) override;
-    void setTime(double seconds) override { fSeconds = seconds; }
+    void setTime(double seconds) override;
     void bind() override {}
     void setTextures(const TextureLayer* base, const TextureLayer* normal) override;
     void draw(const koLinear::AffineMatrix& toWorld, const std::function<void()>& draw) override;
@@ -38,6 +38,9 @@ private:
         size_t columns; ///< numbers, of a matrix in a row
         size_t rows;    ///< of a matrix
         bool takesRows; ///< of a matrix: vectors stand before it
+
+        /// Whether what is drawn decides it, not the frame alone.
+        bool isOfObject() const { return meaning.world || meaning.space == EffectMeaning::Space::Object; }
     };
 
     enum class Picture : std::uint8_t { OfFile, Base, Normal, White };
@@ -83,6 +86,7 @@ private:
     int fWidth = 1;
     int fHeight = 1;
     double fSeconds = 0.0;
+    bool fIsNewFrame = true; ///< whether what the frame decides hasn't been set yet
 };
 
 } // namespace orloview
