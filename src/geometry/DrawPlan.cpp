@@ -23,38 +23,42 @@ constexpr bool kSkipsWrappers = true;
 static_assert(offsetof(GeometryData, fDataType) == 0 && offsetof(GeometryData, fHanger) == 8);
 static_assert(offsetof(GeometryDataIndex, fPrimitiveType) == 0 && offsetof(GeometryDataIndex, fHanger) == 8);
 
+/// All bits of each word of `now` that is as in `planned`, which is aligned.
+__m128i compare(__m128i now, const void* planned) {
+    return _mm_cmpeq_epi32(now, *static_cast<const __m128i*>(planned));
+}
+
 __m128i sixteenBytesAt(const void* memory) {
     return _mm_loadu_si128(static_cast<const __m128i*>(memory));
+}
+
+bool isWhole(__m128i same) {
+    return _mm_movemask_epi8(same) == 0xFFFF;
 }
 
 } // namespace
 
 // As GLRouting draws such a group, step by step: setArrays, drawWholeRecord, unsetArrays.
 template <bool kNormals, bool kColors, size_t kTexCoords>
-void DrawPlan::drawShape(const DrawPlan& plan, const GLFunctionTable& gl, GLRouting& routing) {
+void DrawPlan::drawShape(GLRouting& routing, const GLFunctionTable& gl, const DrawPlan& plan) {
     constexpr size_t kFirstTexCoord = 1 + kNormals + kColors;
     constexpr size_t kCount = kFirstTexCoord + kTexCoords;
     const Array* arrays = plan.arrays();
 
     GeometryDataIndex* record = plan.fRecord;
-    const __m128i head = sixteenBytesAt(record);
-    __m128i same = _mm_cmpeq_epi32(head, sixteenBytesAt(&plan.fRecordHead));
-    same = _mm_and_si128(
-        same, _mm_cmpeq_epi32(sixteenBytesAt(routing.fLayout.data()), sixteenBytesAt(plan.fLayout.data())));
-    const auto compare = [&](const Array& array) {
-        same =
-            _mm_and_si128(same, _mm_cmpeq_epi32(sixteenBytesAt(array.fStream), sixteenBytesAt(&array.fHead)));
-    };
+    __m128i same = compare(sixteenBytesAt(record), &plan.fRecordHead);
+    same = _mm_and_si128(same, compare(sixteenBytesAt(routing.fLayout.data()), &plan.fLayout));
     for (size_t i = 0; i < kCount; ++i)
-        compare(arrays[i]);
-    for (size_t i = kCount; i < plan.fComparedCount; ++i)
-        compare(arrays[i]);
-    if (_mm_movemask_epi8(same) != 0xFFFF || record->fAllocatedCount != plan.fRecordHead.fWhat[1] ||
+        same = _mm_and_si128(same, compare(sixteenBytesAt(arrays[i].fStream), &arrays[i].fHead));
+    if (!isWhole(same) || record->fAllocatedCount != plan.fRecordHead.fWhat[1] ||
         gl.fMaxTextureUnits < plan.fUnits)
         return routing.drawByOtherPlan();
+    // Read together, that they be written as one word.
+    const uint32_t type = record->fPrimitiveType;
+    const uint32_t indexCount = record->fIndexCount;
     routing.fIndexRecord = record;
-    routing.fPrimitiveType = record->fPrimitiveType;
-    routing.fIndexCount = record->fIndexCount;
+    routing.fPrimitiveType = type;
+    routing.fIndexCount = indexCount;
 
     const auto components = [&](size_t i) { return static_cast<GLint>(arrays[i].fHead.fWhat[1]); };
     gl.fglBindBufferARB(GL_ARRAY_BUFFER_ARB, arrays[0].fBufferName);
@@ -100,6 +104,17 @@ void DrawPlan::drawShape(const DrawPlan& plan, const GLFunctionTable& gl, GLRout
     gl.fglClientActiveTexture(GL_TEXTURE0_ARB);
 }
 
+/// For groups whose arrays aren't the first of their streams.
+void DrawPlan::drawWatching(GLRouting& routing, const GLFunctionTable& gl, const DrawPlan& plan) {
+    const Array* arrays = plan.arrays();
+    __m128i same = _mm_set1_epi32(-1);
+    for (size_t i = plan.fArrayCount; i < plan.fComparedCount; ++i)
+        same = _mm_and_si128(same, compare(sixteenBytesAt(arrays[i].fStream), &arrays[i].fHead));
+    if (!isWhole(same))
+        return routing.drawByOtherPlan();
+    plan.fDrawShape(routing, gl, plan);
+}
+
 template <size_t... kShapes>
 DrawPlan::Draw DrawPlan::drawOfShape(size_t shape, std::index_sequence<kShapes...> /*shapes*/) {
     static constexpr Draw kDraws[] = {drawShape<(kShapes & 1) != 0, (kShapes & 2) != 0, kShapes / 4>...};
@@ -130,14 +145,16 @@ std::unique_ptr<DrawPlan> DrawPlan::make(const GLFunctionTable& gl, const GLRout
     if (!plan)
         return nullptr;
     plan->planArrays(routing);
-    if (plan->fUnits > gl.fMaxTextureUnits || !plan->watchOthers(room))
+    if (plan->fUnits > gl.fMaxTextureUnits || !plan->watchOthers(*routing.fGroup, room))
         return nullptr;
-    plan->planRecord();
+    if (plan->fComparedCount != plan->fArrayCount)
+        plan->fDraw = drawWatching;
+    plan->planRecord(*routing.fGroup);
     return plan;
 }
 
 DrawPlan::DrawPlan(const GLRouting& routing, Draw draw)
-    : fDraw(draw), fGroup(*routing.fGroup), fLayout(routing.fLayout) {}
+    : fDraw(draw), fDrawShape(draw), fLayout(routing.fLayout) {}
 
 DrawPlan::~DrawPlan() {
     if (fRecord)
@@ -175,43 +192,43 @@ void DrawPlan::planArrays(const GLRouting& routing) {
         if (fLayout[i] == 0)
             continue;
         const GLRouting::Slot& slot = routing.fSlots[i];
-        const GeometryData* stream = fGroup.geometryDataPtr(slot.fDataType, slot.fIndex, false);
+        const GeometryData* stream = routing.fGroup->geometryDataPtr(slot.fDataType, slot.fIndex, false);
         new (arrays() + fArrayCount++)
-            Array{stream, headOf(*stream), bufferNameOf(stream->fHanger), GLRouting::fsInterpolantEnums[i]};
+            Array{headOf(*stream), stream, bufferNameOf(stream->fHanger), GLRouting::fsInterpolantEnums[i]};
         // With fewer, slots would be left out or not be undone.
         if (i >= GLRouting::kTexCoord0)
-            fUnits = std::max(fUnits, static_cast<int32_t>(i - GLRouting::kTexCoord0) + 1);
+            fUnits = static_cast<uint8_t>(i - GLRouting::kTexCoord0 + 1);
     }
 }
 
 /// The streams before the last of the planned ones: were they of another kind, a slot might find them first.
-bool DrawPlan::watchOthers(size_t room) {
+bool DrawPlan::watchOthers(const GeometryLogicalGroup& group, size_t room) {
     fComparedCount = fArrayCount;
     const auto isPlanned = [this](const GeometryData* stream) {
         return std::any_of(arrays(), arrays() + fArrayCount,
                            [stream](const Array& array) { return array.fStream == stream; });
     };
-    size_t end = fGroup.streamCount();
-    while (end > 0 && !isPlanned(fGroup.stream(end - 1)))
+    size_t end = group.streamCount();
+    while (end > 0 && !isPlanned(group.stream(end - 1)))
         --end;
     for (size_t i = 0; i < end; ++i) {
-        const GeometryData* stream = fGroup.stream(i);
+        const GeometryData* stream = group.stream(i);
         if (isPlanned(stream))
             continue;
         if (fComparedCount == room)
             return false;
-        new (arrays() + fComparedCount++) Array{stream, headOf(*stream), 0, 0};
+        new (arrays() + fComparedCount++) Array{headOf(*stream), stream, 0, 0};
     }
     return true;
 }
 
 /// The last step: from here on the buffer objects know of the plan.
-void DrawPlan::planRecord() {
-    fRecord = fGroup.indexRecord(0);
+void DrawPlan::planRecord(GeometryLogicalGroup& group) {
+    fRecord = group.indexRecord(0);
     fRecordHead = {{fRecord->fPrimitiveType, fRecord->fIndexCount}, fRecord->fHanger};
     fIndexBufferName = bufferNameOf(fRecord->fHanger);
-    fMode = *GLRouting::primitiveMode(fRecord->fPrimitiveType);
-    linkObjects(&fGroup);
+    fMode = static_cast<uint8_t>(*GLRouting::primitiveMode(fRecord->fPrimitiveType));
+    linkObjects(&group);
 }
 
 GLuint DrawPlan::bufferNameOf(IHWMemoryObject* hanger) {

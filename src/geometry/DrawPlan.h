@@ -37,7 +37,7 @@ public:
 
     /// Draws the group, and leaves in `routing` what drawing leaves there. Lets the routing find another way
     /// when the plan is not in force.
-    void draw(const GLFunctionTable& gl, GLRouting& routing) const { fDraw(*this, gl, routing); }
+    void draw(GLRouting& routing, const GLFunctionTable& gl) const { fDraw(routing, gl, *this); }
 
     bool hasLayoutOf(const GLRouting& routing) const { return fLayout == routing.fLayout; }
 
@@ -48,25 +48,28 @@ public:
     static void operator delete(void* memory) { ::operator delete(memory); }
 
 private:
-    /// What a stream or a record begins with: what it is, and what hangs on it.
-    struct Head {
+    /// What a stream or a record begins with: what it is, and what hangs on it. Aligned, as all that is
+    /// compared at once.
+    struct alignas(16) Head {
         uint32_t fWhat[2];
         IHWMemoryObject* fHanger;
     };
 
     struct Array {
-        const GeometryData* fStream;
         Head fHead;
+        const GeometryData* fStream;
         GLuint fBufferName;
-        GLenum fUnit; // of texture coordinates
+        GLenum fUnit; ///< of texture coordinates
     };
 
     static Head headOf(const GeometryData& stream);
 
-    using Draw = void (*)(const DrawPlan&, const GLFunctionTable&, GLRouting&);
+    // The routing comes first, as it does where drawGroup jumps from.
+    using Draw = void (*)(GLRouting&, const GLFunctionTable&, const DrawPlan&);
 
     template <bool kNormals, bool kColors, size_t kTexCoords>
-    static void drawShape(const DrawPlan& plan, const GLFunctionTable& gl, GLRouting& routing);
+    static void drawShape(GLRouting& routing, const GLFunctionTable& gl, const DrawPlan& plan);
+    static void drawWatching(GLRouting& routing, const GLFunctionTable& gl, const DrawPlan& plan);
     template <size_t... kShapes>
     static Draw drawOfShape(size_t shape, std::index_sequence<kShapes...> shapes);
     static Draw drawOf(const GLRouting& routing);
@@ -78,26 +81,23 @@ private:
 
     DrawPlan(const GLRouting& routing, Draw draw);
     void planArrays(const GLRouting& routing);
-    bool watchOthers(size_t room);
-    void planRecord();
+    bool watchOthers(const GeometryLogicalGroup& group, size_t room);
+    void planRecord(GeometryLogicalGroup& group);
     static GLuint bufferNameOf(IHWMemoryObject* hanger);
     void linkObjects(GeometryLogicalGroup* group);
 
     Array* arrays() { return reinterpret_cast<Array*>(this + 1); }
     const Array* arrays() const { return reinterpret_cast<const Array*>(this + 1); }
 
+    // Small, as each group has one.
     Draw fDraw;
-    GeometryLogicalGroup& fGroup;
-    std::array<uint8_t, 16> fLayout;
-    uint16_t fArrayCount = 0;
-    uint16_t fComparedCount = 0; ///< the arrays and the watched streams
-
-    /// Texture units without which not all slots are reached.
-    int32_t fUnits = 0;
-
-    /// Null until all else is planned.
-    GeometryDataIndex* fRecord = nullptr;
-    Head fRecordHead = {};
+    Draw fDrawShape;                      ///< what fDraw ends in, or is
+    GeometryDataIndex* fRecord = nullptr; ///< null until all else is planned
     GLuint fIndexBufferName = 0;
-    GLenum fMode = 0;
+    uint8_t fMode = 0; ///< a GLenum
+    uint8_t fArrayCount = 0;
+    uint8_t fComparedCount = 0; ///< the arrays and the watched streams
+    uint8_t fUnits = 0;         ///< of textures, without which not all slots are reached
+    alignas(16) std::array<uint8_t, 16> fLayout;
+    Head fRecordHead = {};
 };

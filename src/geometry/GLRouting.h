@@ -192,6 +192,7 @@ private:
 
     void drawUnplanned(GeometryLogicalGroup* group, koUtil::BitField* visible, unsigned* primitiveList,
                        unsigned* preparedIndices, unsigned preparedCount, bool substitute);
+    void drawWhole();
     void drawByLayout();
     void drawByOtherPlan();
     void drawAndPlan();

@@ -29,8 +29,9 @@ void putFirst(GeometryLogicalGroup& group, std::unique_ptr<DrawPlan> plan) {
     const bool has = gl.fExtSupported[kCapMultitexture] & gl.fExtEnabled[kCapMultitexture] &
                      gl.fExtSupported[kCapVertexBufferObject] & gl.fExtEnabled[kCapVertexBufferObject] &
                      fsUseObjectsForData & fsUseObjectsForIndexing & GLObject::fsSupported;
-    const bool hasMore = fsUsePrimitiveRestart | fsUseDrawRangeElements | fsHostHasRouted;
-    return has && !hasMore && GLObject::fsBoundCount == 0;
+    const uint32_t more =
+        GLObject::fsBoundCount | fsUsePrimitiveRestart | fsUseDrawRangeElements | fsHostHasRouted;
+    return has && more == 0;
 }
 
 // Its common road is a leaf that ends in a jump to the plan's own function.
@@ -46,15 +47,21 @@ void GLRouting::drawGroup(GeometryLogicalGroup* group, koUtil::BitField* visible
         return drawAndPlan();
     const GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
     if (!allIsOrdinary(gl))
-        return drawUnplanned(group, visible, primitiveList, preparedIndices, preparedCount, substitute);
+        return drawWhole();
     if (fSlotsRead != fsSlotChanges)
         return drawByLayout();
-    plan->draw(gl, *this);
+    plan->draw(*this, gl);
 }
 
-void GLRouting::drawByLayout() {
+// Apart, so that drawGroup needs neither a frame nor registers for them.
+
+[[gnu::noinline]] void GLRouting::drawWhole() {
+    drawUnplanned(fGroup, nullptr, nullptr, nullptr, 0, false);
+}
+
+[[gnu::noinline]] void GLRouting::drawByLayout() {
     readSlots();
-    firstPlan(*fGroup)->draw(*GLFunctionTable::fpGlobalFunctionTable, *this);
+    firstPlan(*fGroup)->draw(*this, *GLFunctionTable::fpGlobalFunctionTable);
 }
 
 void GLRouting::drawByOtherPlan() {
@@ -71,13 +78,12 @@ void GLRouting::drawByOtherPlan() {
     auto plan = std::move(before->fNext);
     before->fNext = std::move(plan->fNext);
     putFirst(*fGroup, std::move(plan));
-    firstPlan(*fGroup)->draw(*GLFunctionTable::fpGlobalFunctionTable, *this);
+    firstPlan(*fGroup)->draw(*this, *GLFunctionTable::fpGlobalFunctionTable);
 }
 
-/// Apart, so that drawGroup needs no frame for it.
 [[gnu::noinline]] void GLRouting::drawAndPlan() {
     constexpr int kMostPlans = 4;
-    drawUnplanned(fGroup, nullptr, nullptr, nullptr, 0, false);
+    drawWhole();
     if (fGroup->indexRecordCount() != 1 || fGroup->streamCount() == 0)
         return;
     const GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
