@@ -141,11 +141,12 @@ std::unique_ptr<DrawPlan> DrawPlan::make(const GLFunctionTable& gl, const GLRout
     const size_t room = std::max(static_cast<size_t>(used), routing.fGroup->streamCount());
     if (room > kMostCompared)
         return nullptr;
-    std::unique_ptr<DrawPlan> plan(new (room, std::nothrow) DrawPlan(routing, draw));
-    if (!plan)
+    void* place = placeWith(room);
+    if (!place)
         return nullptr;
+    std::unique_ptr<DrawPlan> plan(new (place) DrawPlan(routing, draw, room));
     plan->planArrays(routing);
-    if (plan->fUnits > gl.fMaxTextureUnits || !plan->watchOthers(*routing.fGroup, room))
+    if (plan->fUnits > gl.fMaxTextureUnits || !plan->watchOthers(*routing.fGroup))
         return nullptr;
     if (plan->fComparedCount != plan->fArrayCount)
         plan->fDraw = drawWatching;
@@ -153,8 +154,24 @@ std::unique_ptr<DrawPlan> DrawPlan::make(const GLFunctionTable& gl, const GLRout
     return plan;
 }
 
-DrawPlan::DrawPlan(const GLRouting& routing, Draw draw)
-    : fDraw(draw), fDrawShape(draw), fLayout(routing.fLayout) {}
+/// From the pool where the streams lie, so that drawing reads on in memory. Apart, since GCC takes the pool's
+/// operators for others than those of plans.
+[[gnu::noinline]] void* DrawPlan::placeWith(size_t room) {
+    try {
+        return PooledGeometry::operator new(sizeWith(room));
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void DrawPlan::operator delete(DrawPlan* plan, std::destroying_delete_t /*tag*/) {
+    const size_t size = sizeWith(plan->fRoom);
+    plan->~DrawPlan();
+    PooledGeometry::operator delete(plan, size);
+}
+
+DrawPlan::DrawPlan(const GLRouting& routing, Draw draw, size_t room)
+    : fDraw(draw), fDrawShape(draw), fRoom(static_cast<uint8_t>(room)), fLayout(routing.fLayout) {}
 
 DrawPlan::~DrawPlan() {
     if (fRecord)
@@ -202,7 +219,7 @@ void DrawPlan::planArrays(const GLRouting& routing) {
 }
 
 /// The streams before the last of the planned ones: were they of another kind, a slot might find them first.
-bool DrawPlan::watchOthers(const GeometryLogicalGroup& group, size_t room) {
+bool DrawPlan::watchOthers(const GeometryLogicalGroup& group) {
     fComparedCount = fArrayCount;
     const auto isPlanned = [this](const GeometryData* stream) {
         return std::any_of(arrays(), arrays() + fArrayCount,
@@ -215,7 +232,7 @@ bool DrawPlan::watchOthers(const GeometryLogicalGroup& group, size_t room) {
         const GeometryData* stream = group.stream(i);
         if (isPlanned(stream))
             continue;
-        if (fComparedCount == room)
+        if (fComparedCount == fRoom)
             return false;
         new (arrays() + fComparedCount++) Array{headOf(*stream), stream, 0, 0};
     }
@@ -227,7 +244,7 @@ void DrawPlan::planRecord(GeometryLogicalGroup& group) {
     fRecord = group.indexRecord(0);
     fRecordHead = {{fRecord->fPrimitiveType, fRecord->fIndexCount}, fRecord->fHanger};
     fIndexBufferName = bufferNameOf(fRecord->fHanger);
-    fMode = static_cast<uint8_t>(*GLRouting::primitiveMode(fRecord->fPrimitiveType));
+    fMode = *GLRouting::primitiveMode(fRecord->fPrimitiveType);
     linkObjects(&group);
 }
 

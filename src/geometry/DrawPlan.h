@@ -43,9 +43,7 @@ public:
 
     std::unique_ptr<DrawPlan> fNext;
 
-    // Behind the plan, in memory of the same allocation, lie an array for each used slot and then the streams
-    // that it only watches.
-    static void operator delete(void* memory) { ::operator delete(memory); }
+    static void operator delete(DrawPlan* plan, std::destroying_delete_t tag); ///< of all of its memory
 
 private:
     /// What a stream or a record begins with: what it is, and what hangs on it. Aligned, as all that is
@@ -74,27 +72,26 @@ private:
     static Draw drawOfShape(size_t shape, std::index_sequence<kShapes...> shapes);
     static Draw drawOf(const GLRouting& routing);
 
-    static void* operator new(size_t size, size_t arrayCount, const std::nothrow_t& tag) noexcept {
-        return ::operator new(size + arrayCount * sizeof(Array), tag);
-    }
-    static void operator delete(void* memory, size_t, const std::nothrow_t&) { ::operator delete(memory); }
-
-    DrawPlan(const GLRouting& routing, Draw draw);
+    DrawPlan(const GLRouting& routing, Draw draw, size_t room);
+    static void* placeWith(size_t room);
+    static size_t sizeWith(size_t room) { return sizeof(DrawPlan) + room * sizeof(Array); }
     void planArrays(const GLRouting& routing);
-    bool watchOthers(const GeometryLogicalGroup& group, size_t room);
+    bool watchOthers(const GeometryLogicalGroup& group);
     void planRecord(GeometryLogicalGroup& group);
     static GLuint bufferNameOf(IHWMemoryObject* hanger);
     void linkObjects(GeometryLogicalGroup* group);
 
+    // Behind the plan, in the same memory, lie an array for each used slot and then the streams that it only
+    // watches.
     Array* arrays() { return reinterpret_cast<Array*>(this + 1); }
     const Array* arrays() const { return reinterpret_cast<const Array*>(this + 1); }
 
-    // Small, as each group has one.
     Draw fDraw;
     Draw fDrawShape;                      ///< what fDraw ends in, or is
     GeometryDataIndex* fRecord = nullptr; ///< null until all else is planned
     GLuint fIndexBufferName = 0;
-    uint8_t fMode = 0; ///< a GLenum
+    GLenum fMode = 0;
+    uint8_t fRoom; ///< for arrays and watched streams
     uint8_t fArrayCount = 0;
     uint8_t fComparedCount = 0; ///< the arrays and the watched streams
     uint8_t fUnits = 0;         ///< of textures, without which not all slots are reached
