@@ -33,16 +33,6 @@ private:
     bool fIsComplete = true;
 };
 
-/// Where the process has EGL already: a host that draws without an X server opened it for its context.
-void* currentEglContext() {
-    using Current = void* (*)();
-    static Current current = nullptr;
-    if (!current)
-        if (void* library = dlopen("libEGL.so.1", RTLD_LAZY | RTLD_NOLOAD))
-            current = reinterpret_cast<Current>(dlsym(library, "eglGetCurrentContext"));
-    return current ? current() : nullptr;
-}
-
 void findUniforms(GL& gl, Finder& find) {
     constexpr const char* kVectors[] = {"glProgramUniform1fv", "glProgramUniform2fv", "glProgramUniform3fv",
                                         "glProgramUniform4fv"};
@@ -124,9 +114,14 @@ EntryPoint findEntryPoint(const char* name) {
     return ask ? ask(reinterpret_cast<const GLubyte*>(name)) : nullptr;
 }
 
-void* GL::currentContext() const {
-    void* const context = currentGlxContext();
-    return context ? context : currentEglContext();
+/// Where the process has EGL already: a host that draws without an X server opened it for its context.
+void* GL::currentEglContext() {
+    using Current = void* (*)();
+    static Current current = nullptr;
+    if (!current)
+        if (void* library = dlopen("libEGL.so.1", RTLD_LAZY | RTLD_NOLOAD))
+            current = reinterpret_cast<Current>(dlsym(library, "eglGetCurrentContext"));
+    return current ? current() : nullptr;
 }
 
 const GL* openGL() {

@@ -60,8 +60,12 @@ struct GL {
     PFNGLPROGRAMUNIFORMMATRIX4FVPROC uniformMatrices[3][3]; ///< by columns and rows, from 2
 
     /// The current context, of GLX or else of EGL; null where there is none.
-    void* currentContext() const;
+    void* currentContext() const {
+        void* const context = currentGlxContext();
+        return context ? context : currentEglContext();
+    }
     void* (*currentGlxContext)();
+    static void* currentEglContext();
 
     bool isComplete = false;
 };

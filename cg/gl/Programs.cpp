@@ -22,22 +22,31 @@ namespace {
 constexpr int kVertex = 0;
 constexpr int kFragment = 1;
 
+/// GL's names of the programs of both stages; 0: none.
+using Stages = std::array<GLuint, 2>;
+
 /// What a context has bound.
 struct Pipeline {
     GLuint name = 0;
-    GLuint stages[2] = {};
+    Stages stages{};
     bool isBound = false;
 };
 
 struct Bound {
     const LoadedProgram* bound[2] = {}; ///< null: none, or it is gone
     bool isEnabled[2] = {};
+    Stages wanted{}; ///< what is bound and enabled
     bool isDebugging = false;
-    std::map<void*, Pipeline> pipelines; ///< by context
 
-    // The one asked for last: most programs draw in one context.
-    void* lastContext = nullptr;
-    Pipeline* last = nullptr;
+    // The context that was current last, and its pipeline: most programs draw in one.
+    void* context = nullptr;
+    Pipeline* pipeline = nullptr;
+
+    void set(int stage, const LoadedProgram* program, bool enabled) {
+        bound[stage] = program;
+        isEnabled[stage] = enabled;
+        wanted[stage] = program && enabled ? program->name : 0;
+    }
 };
 
 Bound& binding() {
@@ -45,13 +54,17 @@ Bound& binding() {
     return theBinding;
 }
 
-Pipeline& pipelineOf(void* context) {
-    Bound& all = binding();
-    if (!all.last || all.lastContext != context) {
-        all.last = &all.pipelines[context];
-        all.lastContext = context;
-    }
-    return *all.last;
+/// Kept out of the way of those that draw in one context.
+[[gnu::noinline]] void changeContext(void* context) {
+    static std::map<void*, Pipeline> thePipelines;
+    binding().pipeline = &thePipelines[context];
+    binding().context = context;
+}
+
+inline Pipeline& pipelineOf(void* context) {
+    if (binding().context != context)
+        changeContext(context);
+    return *binding().pipeline;
 }
 
 /// Hands values of a type to a loaded program, `count` elements one behind the other.
@@ -74,9 +87,9 @@ void send(const LoadedProgram& program, GLint location, const Type* type, size_t
 } // namespace
 
 LoadedProgram::~LoadedProgram() {
-    for (const LoadedProgram*& bound : binding().bound)
-        if (bound == this)
-            bound = nullptr;
+    for (const int stage : {kVertex, kFragment})
+        if (binding().bound[stage] == this)
+            binding().set(stage, nullptr, binding().isEnabled[stage]);
     const GL* gl = openGL();
     if (gl && gl->currentContext())
         gl->deleteProgram(name);
@@ -88,7 +101,7 @@ const GL* usableGL() {
 }
 
 const GL* usableGL(void*& context) {
-    const GL* gl = openGL();
+    static const GL* const gl = openGL();
     context = gl ? gl->currentContext() : nullptr;
     if (context) {
         static const bool hasSeparatePrograms = [&] {
@@ -173,8 +186,10 @@ void fill(const GL& gl, ProgramObject& program) {
 
 /// GL errors that a call left, in debug mode: they are an error of the runtime's then.
 void checkDebug(const GL& gl, CGerror error) {
+    if (!binding().isDebugging)
+        return;
     bool failed = false;
-    while (binding().isDebugging && gl.getError() != GL_NO_ERROR)
+    while (gl.getError() != GL_NO_ERROR)
         failed = true;
     if (failed)
         orlocg_raise(error);
@@ -207,16 +222,14 @@ Pipeline& makePipeline(const GL& gl, void* context) {
 }
 
 /// Puts what is bound and enabled into the pipeline. True: that is something.
-bool fillStages(const GL& gl, Pipeline& pipeline) {
-    for (const int stage : {kVertex, kFragment}) {
-        const LoadedProgram* program = binding().isEnabled[stage] ? binding().bound[stage] : nullptr;
-        const GLuint wanted = program ? program->name : 0;
-        if (pipeline.stages[stage] != wanted)
-            gl.useProgramStages(pipeline.name,
-                                stage == kVertex ? GL_VERTEX_SHADER_BIT : GL_FRAGMENT_SHADER_BIT, wanted);
-        pipeline.stages[stage] = wanted;
-    }
-    return pipeline.stages[kVertex] != 0 || pipeline.stages[kFragment] != 0;
+inline bool fillStages(const GL& gl, Pipeline& pipeline) {
+    const Stages& wanted = binding().wanted;
+    if (pipeline.stages[kVertex] != wanted[kVertex])
+        gl.useProgramStages(pipeline.name, GL_VERTEX_SHADER_BIT, wanted[kVertex]);
+    if (pipeline.stages[kFragment] != wanted[kFragment])
+        gl.useProgramStages(pipeline.name, GL_FRAGMENT_SHADER_BIT, wanted[kFragment]);
+    pipeline.stages = wanted;
+    return wanted != Stages{};
 }
 
 /// After a profile was enabled or disabled.
@@ -231,7 +244,7 @@ void apply(const GL& gl, void* context) {
 }
 
 void setEnabled(int stage, bool on) {
-    binding().isEnabled[stage] = on;
+    binding().set(stage, binding().bound[stage], on);
     void* context = nullptr;
     if (const GL* gl = usableGL(context))
         guarded([&] { apply(*gl, context); });
@@ -254,7 +267,7 @@ int stageOf(CGprofile profile) {
 
 /// Puts a stage's program, null for none, in its place.
 void bind(int stage, const LoadedProgram* program) {
-    binding().bound[stage] = program;
+    binding().set(stage, program, binding().isEnabled[stage]);
     void* context = nullptr;
     const GL* gl = binding().isEnabled[stage] ? usableGL(context) : nullptr;
     if (!gl)
@@ -267,16 +280,23 @@ void bind(int stage, const LoadedProgram* program) {
     checkDebug(*gl, CG_PROGRAM_BIND_ERROR);
 }
 
+/// Puts the textures of a program's samplers on their units. Most hosts do that themselves: kept out of their
+/// way.
+[[gnu::noinline]] void bindTextures(const ProgramObject& program) {
+    const GL* gl = usableGL();
+    for (const ParameterObject* sampler : loaded(program)->samplers)
+        if (gl && sampler->texture != 0)
+            bindSampler(*gl, *sampler, sampler->texture);
+}
+
 void bind(ProgramObject& program) {
     if (!loaded(program))
         return orlocg_raise(CG_PROGRAM_NOT_LOADED_ERROR);
     bind(stageOf(program), loaded(program));
     if (!program.waiting.empty() || program.readsBuffers)
         orlocg_sendWaiting(&program);
-    const GL* gl = program.context->managesTextures ? usableGL() : nullptr;
-    for (const ParameterObject* sampler : loaded(program)->samplers)
-        if (gl && sampler->texture != 0)
-            bindSampler(*gl, *sampler, sampler->texture);
+    if (program.context->managesTextures)
+        bindTextures(program);
 }
 
 void unload(ProgramObject& program) {
@@ -296,10 +316,10 @@ void forEachStage(CGprogram handle, Use&& use) {
     if (!program)
         return;
     guarded([&] {
+        if (program->domains.empty())
+            return use(*program);
         for (const std::unique_ptr<ProgramObject>& stage : program->domains)
             use(*stage);
-        if (program->domains.empty())
-            use(*program);
     });
 }
 

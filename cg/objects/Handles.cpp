@@ -21,10 +21,11 @@ ContextObject* find(CGcontext handle) {
 }
 
 ProgramObject* find(CGprogram handle) {
-    global().asked = nullptr;
-    ProgramObject* program = findOrRaise(global().programs, handle, CG_INVALID_PROGRAM_HANDLE_ERROR);
+    Global& all = global();
+    all.asked = nullptr;
+    ProgramObject* program = findOrRaise(all.programs, handle, CG_INVALID_PROGRAM_HANDLE_ERROR);
     if (program)
-        global().asked = program->context->handle;
+        all.asked = program->context->handle;
     return program;
 }
 

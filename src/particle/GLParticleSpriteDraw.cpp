@@ -23,19 +23,56 @@ struct Quad {
 
 constexpr double kLargest = std::numeric_limits<double>::max();
 
-/// Two coordinates at once, with the very results that each has alone.
+/// Coordinates x, y and z, and a fourth number that nobody reads.
+using Floats = __m128;
+
+/// Two numbers at once, with the very results that each has alone.
 using Pair = __m128d;
 
-Pair pair(float first, float second) {
-    return _mm_set_pd(second, first);
+Floats floats(float x, float y, float z) {
+    return _mm_setr_ps(x, y, z, z);
 }
 
-Pair splat(double value) {
+koLinear::VectorFlt vectorOf(Floats v) {
+    float numbers[4];
+    _mm_storeu_ps(numbers, v);
+    return {numbers[0], numbers[1], numbers[2]};
+}
+
+/// y, z, x.
+Floats shifted(Floats v) {
+    return _mm_castsi128_ps(_mm_shuffle_epi32(_mm_castps_si128(v), _MM_SHUFFLE(3, 0, 2, 1)));
+}
+
+/// To the bit what koLinear's is.
+Floats cross(Floats a, Floats b) {
+    return shifted(a * shifted(b) - shifted(a) * b);
+}
+
+/// x and y.
+Pair firstTwo(Floats v) {
+    return _mm_cvtps_pd(v);
+}
+
+/// z and the number behind it.
+Pair lastTwo(Floats v) {
+    return firstTwo(_mm_movehl_ps(v, v));
+}
+
+Pair both(double value) {
     return _mm_set1_pd(value);
 }
 
-Pair roundedToFloats(Pair value) {
-    return _mm_cvtps_pd(_mm_cvtpd_ps(value));
+Pair lower(Pair a, Pair b) {
+    return _mm_unpacklo_pd(a, b);
+}
+
+Pair upper(Pair a, Pair b) {
+    return _mm_unpackhi_pd(a, b);
+}
+
+Pair swapped(Pair v) {
+    return _mm_shuffle_pd(v, v, 1);
 }
 
 koLinear::VectorFlt normalized(koLinear::VectorFlt v) {
@@ -43,67 +80,81 @@ koLinear::VectorFlt normalized(koLinear::VectorFlt v) {
     return v;
 }
 
-/// Two directions: the first two coordinates of each, and the third.
+/// Where right and up are for the eye: their coordinates x, then y, then z.
 struct Axes {
-    Pair xs[2];
-    Pair ys[2];
+    Pair coordinates[3];
 };
 
-/// The directions of right and up, with the very results of normalize, but both at once.
-Axes axesOf(const koLinear::VectorFlt& right, const koLinear::VectorFlt& up) {
-    const Pair coordinates[3] = {pair(right[0], up[0]), pair(right[1], up[1]), pair(right[2], up[2])};
-    const Pair square =
-        coordinates[0] * coordinates[0] + coordinates[1] * coordinates[1] + coordinates[2] * coordinates[2];
-    Pair scaled[3];
-    if (_mm_movemask_pd(
-            _mm_and_pd(_mm_cmpgt_pd(square, _mm_setzero_pd()), _mm_cmple_pd(square, splat(kLargest)))) == 3) {
-        const Pair inverse = splat(1.0) / _mm_sqrt_pd(square);
-        for (int i = 0; i < 3; ++i)
-            scaled[i] = roundedToFloats(coordinates[i] * inverse);
-    } else {
-        const koLinear::VectorFlt x = normalized(right);
-        const koLinear::VectorFlt y = normalized(up);
-        for (int i = 0; i < 3; ++i)
-            scaled[i] = pair(x[i], y[i]);
+/// One unit long, to the bit as normalize makes them, but both at once.
+Axes axesOf(Floats toCamera, Floats cameraUp) {
+    const Floats right = cross(cameraUp, toCamera);
+    const Floats up = cross(toCamera, right);
+    const Floats xy = _mm_unpacklo_ps(right, up);
+    const Pair x = firstTwo(xy);
+    const Pair y = lastTwo(xy);
+    const Pair z = firstTwo(_mm_unpackhi_ps(right, up));
+    const Pair square = x * x + y * y + z * z;
+    // Where the right one is zero or not finite, the other, a product of it, isn't ordinary either.
+    const double upSquare = _mm_cvtsd_f64(upper(square, square));
+    if (upSquare > 0.0 && upSquare <= kLargest) {
+        const Pair inverse = both(1.0) / _mm_sqrt_pd(square);
+        const auto rounded = [](Pair value) { return _mm_cvtps_pd(_mm_cvtpd_ps(value)); };
+        return {{rounded(x * inverse), rounded(y * inverse), rounded(z * inverse)}};
     }
-    return {{_mm_unpacklo_pd(scaled[0], scaled[1]), scaled[2]},
-            {_mm_unpackhi_pd(scaled[0], scaled[1]), _mm_unpackhi_pd(scaled[2], scaled[2])}};
-}
-
-void store(double* corner, Pair first, Pair third) {
-    _mm_storeu_pd(corner, first);
-    _mm_store_sd(corner + 2, third);
+    const koLinear::VectorFlt r = normalized(vectorOf(right));
+    const koLinear::VectorFlt u = normalized(vectorOf(up));
+    return {{_mm_setr_pd(r[0], u[0]), _mm_setr_pd(r[1], u[1]), _mm_setr_pd(r[2], u[2])}};
 }
 
 /// What the matrix of the base (right, up and place), turned and scaled, makes of the corners of the unit
 /// square, to the bit: halves are exact, opposite corners differ by signs alone, and the third coordinate of
 /// all corners is 0.
-Quad makeQuad(const Axes& axes, const float* place, double cosine, double sine, double scaleX,
-              double scaleY) {
-    const auto& [xs, ys] = axes;
-    const Pair places[2] = {pair(place[0], place[1]), pair(place[2], 0.0F)};
-    Pair corners[4][2];
-    for (int i = 0; i < 2; ++i) {
-        const Pair halfX = 0.5 * ((cosine * xs[i] + sine * ys[i]) * scaleX);
-        const Pair halfY = 0.5 * ((cosine * ys[i] - sine * xs[i]) * scaleY);
-        const Pair sum = halfX + halfY;
-        const Pair difference = halfX - halfY;
-        const Pair middle = places[i] + 0.0; // never -0, as after the matrix's sum
-        corners[0][i] = -sum + middle;
-        corners[1][i] = difference + middle;
-        corners[2][i] = sum + middle;
-        corners[3][i] = -difference + middle;
+Quad makeQuad(const Axes& axes, Floats place, double cosine, double sine, double scaleX, double scaleY) {
+    const Pair sines = _mm_setr_pd(sine, -sine);
+    const Pair scales = 0.5 * _mm_setr_pd(scaleX, scaleY);
+    Pair halves[3]; // along the square's x, and along its y
+    for (int i = 0; i < 3; ++i) {
+        const Pair axis = axes.coordinates[i];
+        halves[i] = (both(cosine) * axis + sines * swapped(axis)) * scales;
     }
+    const Floats middle = place + _mm_setzero_ps(); // never -0, as after the matrix's sum
+    const Pair xyAlongX = lower(halves[0], halves[1]);
+    const Pair xyAlongY = upper(halves[0], halves[1]);
+    const Pair xySum = xyAlongX + xyAlongY;
+    const Pair xyDifference = xyAlongX - xyAlongY;
+    const Pair zSumAndDifference =
+        lower(halves[2], halves[2]) + _mm_xor_pd(upper(halves[2], halves[2]), _mm_setr_pd(0.0, -0.0));
+    const Pair xy = firstTwo(middle);
+    const Pair zOfCB = lastTwo(middle) + zSumAndDifference;
+    const Pair zOfAD = lastTwo(middle) - zSumAndDifference;
+
     Quad quad;
-    for (int corner = 0; corner < 4; ++corner)
-        store(quad.corners[corner], corners[corner][0], corners[corner][1]);
+    auto& [a, b, c, d] = quad.corners;
+    _mm_storeu_pd(a, xy - xySum);
+    _mm_storel_pd(a + 2, zOfAD);
+    _mm_storeu_pd(b, xy + xyDifference);
+    _mm_storeh_pd(b + 2, zOfCB);
+    _mm_storeu_pd(c, xy + xySum);
+    _mm_storel_pd(c + 2, zOfCB);
+    _mm_storeu_pd(d, xy - xyDifference);
+    _mm_storeh_pd(d + 2, zOfAD);
     return quad;
 }
 
 void sendQuad(const GLFunctionTable& gl, const Quad& quad, bool reverse) {
+    const auto& [a, b, c, d] = quad.corners;
     gl.glBegin(GL_QUADS);
-    for (int i = 0; i < 4; ++i)
-        gl.glVertex3dv(quad.corners[reverse ? 3 - i : i]);
+    if (reverse) {
+        gl.glVertex3dv(d);
+        gl.glVertex3dv(c);
+        gl.glVertex3dv(b);
+        gl.glVertex3dv(a);
+    } else {
+        gl.glVertex3dv(a);
+        gl.glVertex3dv(b);
+        gl.glVertex3dv(c);
+        gl.glVertex3dv(d);
+    }
     gl.glEnd();
 }
 
@@ -219,12 +270,10 @@ bool GLParticleSpriteDraw::applyTextureCycling(unsigned int index) {
 
 void GLParticleSpriteDraw::drawGLQuadAt(unsigned int index, float x, float y, float z) {
     GLFunctionTable& gl = *GLFunctionTable::fpGlobalFunctionTable;
-    const koLinear::VectorFlt toCamera(fCameraPosition[0] - x, fCameraPosition[1] - y,
-                                       fCameraPosition[2] - z);
-    const koLinear::VectorFlt right = cross({fCameraUp[0], fCameraUp[1], fCameraUp[2]}, toCamera);
-    const koLinear::VectorFlt up = cross(toCamera, right);
+    const Floats place = floats(x, y, z);
+    const Floats toCamera = floats(fCameraPosition[0], fCameraPosition[1], fCameraPosition[2]) - place;
     if (fLit)
-        gl.glNormal3fv(normalized(toCamera).data());
+        gl.glNormal3fv(normalized(vectorOf(toCamera)).data());
 
     if (fScaleX)
         fCurrentScaleX = fScaleX[index];
@@ -238,8 +287,8 @@ void GLParticleSpriteDraw::drawGLQuadAt(unsigned int index, float x, float y, fl
         fSine = std::sin(angle);
         fTurnedBy = fCurrentTwist;
     }
-    const float place[3] = {x, y, z};
-    const Quad quad = makeQuad(axesOf(right, up), place, fCosine, fSine, fCurrentScaleX, fCurrentScaleY);
+    const Axes axes = axesOf(toCamera, floats(fCameraUp[0], fCameraUp[1], fCameraUp[2]));
+    const Quad quad = makeQuad(axes, place, fCosine, fSine, fCurrentScaleX, fCurrentScaleY);
 
     const bool isBound = fTextureCycling && fTextureNumberData && applyTextureCycling(index);
     if (fTextureCycling && (isBound || !fTextureNumberData))

@@ -5,8 +5,9 @@
 
 #include <array>
 #include <cstdio>
-#include <cstring>
-#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <orlohost/HWEnvironment.h>
 
@@ -25,23 +26,20 @@ const char* profileString(CGprofile profile) {
     return F_cgGetProfileString(profile);
 }
 
-/// A shader's files.
-struct ShaderFiles {
-    IString vertex;
-    IString fragment;
+IString pathOf(const CString& name, const char* tail) {
+    IString path;
+    path.reserve(512); // more than most, and than most keys that begin with it, so that it grows once
+    path.plusEqual(HWEnvironment::orlo_path).plusEqual("/bin/Cg/").plusEqual(name.asChar()).plusEqual(tail);
+    return path;
+}
 
-    explicit ShaderFiles(const CString& name) {
-        constexpr size_t kRest = sizeof "/bin/Cg/_fragment.cg";
-        const size_t length =
-            std::strlen(HWEnvironment::orlo_path.asMultibyte()) + std::strlen(name.asChar());
-        for (auto& [path, tail] : {std::pair<IString&, const char*>(vertex, "_vertex.cg"),
-                                   std::pair<IString&, const char*>(fragment, "_fragment.cg")}) {
-            path.reserve(length + kRest);
-            path.plusEqual(HWEnvironment::orlo_path).plusEqual("/bin/Cg/").plusEqual(name.asChar());
-            path.plusEqual(tail);
-        }
-    }
-};
+IString vertexFileOf(const CString& name) {
+    return pathOf(name, "_vertex.cg");
+}
+
+IString fragmentFileOf(const CString& name) {
+    return pathOf(name, "_fragment.cg");
+}
 
 void append(IString& key, const std::vector<CString>& options) {
     for (const CString& option : options)
@@ -85,15 +83,15 @@ Switches vertexSwitches(const std::vector<CString>& options) {
     return {options, true};
 }
 
-bool compile(CGManager::CGShader& shader, const ShaderFiles& files, const std::vector<CString>& vertexOptions,
+bool compile(CGManager::CGShader& shader, const CString& name, const std::vector<CString>& vertexOptions,
              const std::vector<CString>& fragmentOptions) {
     Switches forVertices = vertexSwitches(vertexOptions);
-    if (!shader.loadVertexProgram(files.vertex, forVertices.list())) {
+    if (!shader.loadVertexProgram(vertexFileOf(name), forVertices.list())) {
         forVertices.print("Failing vertex params[%d] = %s\n", forVertices.size() - 1);
         return false;
     }
     Switches forFragments(fragmentOptions, false);
-    if (!shader.loadFragmentProgram(files.fragment, forFragments.list())) {
+    if (!shader.loadFragmentProgram(fragmentFileOf(name), forFragments.list())) {
         // One line more than above, the null at the end: who counts the lines counts it.
         forFragments.print("Failing fragment params[%d] = %s\n", forFragments.size());
         return false;
@@ -144,21 +142,20 @@ CGManager::CGShader CGManager::bindShader(const CString& name, const Options& ve
 CGManager::CGShader CGManager::findOrCompile(const CString& name, const Options& vertexOptions,
                                              const Options& fragmentOptions) {
     CGShader shader = emptyShader();
-    const ShaderFiles files(name);
-    if (!fileExists(files.vertex) || !fileExists(files.fragment))
+    IString key = vertexFileOf(name);
+    const IString fragmentFile = fragmentFileOf(name);
+    if (!fileExists(key) || !fileExists(fragmentFile))
         return shader;
 
     // The last of the vertex options runs straight into the fragment file's path.
-    IString key;
-    key.reserve(512); // more than most, so that it grows once
-    key.plusEqual(files.vertex).plusEqual(" : ");
+    key.plusEqual(" : ");
     append(key, vertexOptions);
-    key.plusEqual(files.fragment).plusEqual(" : ");
+    key.plusEqual(fragmentFile).plusEqual(" : ");
     append(key, fragmentOptions);
 
     const auto known = fShaderMap.find(key);
     if (known == fShaderMap.end()) {
-        if (compile(shader, files, vertexOptions, fragmentOptions))
+        if (compile(shader, name, vertexOptions, fragmentOptions))
             fShaderMap.emplace(key, shader);
     } else if (koString::equal(known->first, key)) {
         shader = known->second;
@@ -181,14 +178,13 @@ CGManager::CGShader CGManager::bindVertexShader(const CString& name, const Optio
 }
 
 CGManager::CGShader CGManager::findOrCompileVertex(const CString& name, const Options& vertexOptions) {
-    const ShaderFiles files(name);
-    IString key = files.vertex;
+    IString key = vertexFileOf(name);
     append(key, vertexOptions);
     const auto known = fShaderMap.find(key);
     if (known != fShaderMap.end())
         return known->second;
     CGShader shader = emptyShader();
-    shader.loadVertexProgram(files.vertex, vertexSwitches(vertexOptions).list());
+    shader.loadVertexProgram(vertexFileOf(name), vertexSwitches(vertexOptions).list());
     return fShaderMap.emplace(key, shader).first->second;
 }
 
@@ -232,9 +228,9 @@ void CGManager::releaseShaderMap() {
 }
 
 bool fileExists(const IString& path) {
-    std::FILE* const file = std::fopen(path.asMultibyte(), "r");
-    if (!file)
+    const int file = open(path.asMultibyte(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
         return false;
-    std::fclose(file);
+    close(file);
     return true;
 }

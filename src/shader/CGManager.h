@@ -246,5 +246,5 @@ private:
                                           CGShader empty);
 };
 
-/// Whether the C library can open it for reading.
+/// Whether it can be opened for reading.
 ORLOGL_API bool fileExists(const koString::IString& path);

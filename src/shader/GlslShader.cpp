@@ -57,8 +57,8 @@ void GlslShader::enable() {
     gl->glUseProgramObjectARB(fProgram);
 }
 
-/// Apart from enable, whose usual road so ends in a jump.
-void GlslShader::linkAndUse(GLFunctionTable& gl) {
+/// Kept apart from enable, which needs no frame without it: its usual road ends in a jump.
+[[gnu::noinline]] void GlslShader::linkAndUse(GLFunctionTable& gl) {
     gl.glLinkProgramARB(fProgram);
     fNeedsLink = !objectHas(gl, fProgram, GL_OBJECT_LINK_STATUS_ARB);
     if (fNeedsLink)

@@ -116,6 +116,25 @@ TEST_F(DriverCgGL, bindsAndEnablesEachSideByItself) {
     EXPECT_EQ(cgGLGetContextOptimalOptions(fContext, CG_PROFILE_ARBFP1)[0], nullptr);
 }
 
+TEST_F(DriverCgGL, drawsInEachContextWhatIsBoundThere) {
+    use("float4 main() : COLOR { return float4(1, 0, 0, 1); }");
+    const CGprogram green = load("float4 main() : COLOR { return float4(0, 1, 0, 1); }");
+    auto* other = new GLStartupContext(WindowWrapper(nullptr, 0, display()), startup().context);
+    other->ref();
+    ASSERT_TRUE(other->makeCurrent());
+    {
+        const DrawTarget target(gl(), 4, 4);
+        cgGLBindProgram(green);
+        expectColor(0, 1, 0, 1, "the other");
+    }
+    other->unref();
+    GLStartupContext::fpGlobalGLStartupContext = &startup();
+    ASSERT_TRUE(startup().makeCurrent());
+    expectColor(1, 0, 0, 1, "the first still");
+    cgGLBindProgram(green);
+    expectColor(0, 1, 0, 1, "the first now");
+}
+
 TEST_F(DriverCgGL, unbindsAndUnloads) {
     gl().glColor4f(0, 0, 1, 1);
     const CGprogram program = use("uniform float4 k = {1, 0, 0, 1}; float4 main() : COLOR { return k; }");
