@@ -3,10 +3,10 @@
 #include "base/ExitCode.h"
 #include "draw/Canvas.h"
 #include "draw/GL.h"
-#include "draw/SoftwareDriver.h"
 #include "frame/DrawnPart.h"
 #include "frame/ViewAndLook.h"
 #include "scene/Vectors.h"
+#include "session/SoftwareDriver.h"
 
 #include <algorithm>
 #include <array>

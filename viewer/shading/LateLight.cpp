@@ -1,7 +1,7 @@
 #include "shading/LateLight.h"
 
 #include "draw/GL.h"
-#include "draw/SoftwareDriver.h"
+#include "session/SoftwareDriver.h"
 
 #include <cctype>
 #include <string_view>
@@ -11,9 +11,6 @@
 namespace orloview {
 
 namespace {
-
-/// With fewer, compiling one more shader takes longer than is gained.
-constexpr size_t kFewestTriangles = 50000;
 
 constexpr std::string_view kMain = "\nvoid main() {\n";
 constexpr std::string_view kVersion = "#version 120\n";
@@ -129,7 +126,7 @@ std::string lightFragment(std::string source, const Record& record) {
 } // namespace
 
 bool LateLight::paysFor(const Scene& scene) {
-    return drawsInSoftware() && scene.count(Topology::Triangles) >= kFewestTriangles &&
+    return drawsManyInSoftware(scene.count(Topology::Triangles)) &&
            isExtensionSupported(gl().glGetString(GL_EXTENSIONS), "GL_EXT_shader_framebuffer_fetch");
 }
 
