@@ -350,8 +350,8 @@ void SceneShaders::bindRecorder(size_t instance) {
     if (fLate->lookPlace == MaterialShader::kNowhere)
         return;
     const size_t look = fLate->lookOf[instance];
-    const std::array<float, 3> digits{static_cast<float>(look % 4), static_cast<float>(look / 4 % 4),
-                                      static_cast<float>(look / 16)};
+    const auto digit = [look](unsigned place) { return static_cast<float>(look >> (2 * place) & 3U); };
+    const std::array<float, 3> digits{digit(0), digit(1), digit(2)};
     fLate->recorder->set(fLate->lookPlace, digits.size(), digits.data());
 }
 
