@@ -9,6 +9,7 @@
 #include "scene/Guides.h"
 #include "scene/Vectors.h"
 #include "session/GLSession.h"
+#include "session/SoftwareDriver.h"
 
 #include <algorithm>
 #include <array>
@@ -18,6 +19,8 @@
 #include <filesystem>
 #include <functional>
 #include <numbers>
+
+#include <geometry/GLRouting.h>
 
 namespace orloview {
 
@@ -65,6 +68,8 @@ public:
             CallCounter::install();
         CallCounter::take();
         progress.begin(Progress::Stage::Upload);
+        if (drawsManyInSoftware(fScene.count(Topology::Triangles))) // buffer objects would be copies
+            GLRouting::fsUseObjectsForData = GLRouting::fsUseObjectsForIndexing = false;
         fDrawn.upload(progress.report());
         progress.clear();
         if (!options.quiet)

@@ -255,14 +255,20 @@ float microfacetLobe(vec3 normal, vec3 view, vec3 toLight, vec3 halfway, float r
     return nh > 0.0 ? nl * square / (spread * spread * shadowing) : 0.0;
 }
 )"},
+    {"fifthPower", "",
+     R"(float fifthPower(float x) {
+    float square = x * x;
+    return square * square * x;
+}
+)"},
     {"coatLight", "microfacetLobe",
      R"(float coatLight(vec3 normal, vec3 view, vec3 toLight, float roughness) {
     return microfacetLobe(normal, view, toLight, normalize(view + toLight), roughness);
 }
 )"},
-    {"coatFresnel", "",
+    {"coatFresnel", "fifthPower",
      R"(float coatFresnel(vec3 normal, vec3 view) {
-    return 0.04 + 0.96 * pow(1.0 - clamp(abs(dot(normal, view)), 0.0, 1.0), 5.0);
+    return 0.04 + 0.96 * fifthPower(1.0 - clamp(abs(dot(normal, view)), 0.0, 1.0));
 }
 )"},
     {"coatSkyLight", "skyReflectedLight skyResponseTo",
@@ -271,11 +277,11 @@ float microfacetLobe(vec3 normal, vec3 view, vec3 toLight, vec3 halfway, float r
     return (response.x + response.y) * skyReflectedLight(normal, view, roughness);
 }
 )"},
-    {"microfacetLight", "microfacetLobe",
+    {"microfacetLight", "microfacetLobe fifthPower",
      R"(// What a surface of microfacets over a diffuse body sends to the eye of a light of color 1.
 vec3 microfacetLight(vec3 normal, vec3 view, vec3 toLight, vec3 diffuse, vec3 f0, float roughness) {
     vec3 halfway = normalize(view + toLight);
-    vec3 fresnel = f0 + (1.0 - f0) * pow(1.0 - clamp(dot(view, halfway), 0.0, 1.0), 5.0);
+    vec3 fresnel = f0 + (1.0 - f0) * fifthPower(1.0 - clamp(dot(view, halfway), 0.0, 1.0));
     float lobe = microfacetLobe(normal, view, toLight, halfway, roughness);
     return mix(diffuse * max(dot(normal, toLight), 0.0), vec3(lobe), fresnel);
 }
@@ -295,22 +301,22 @@ float f0OfIor(float ior) {
     return ratio * ratio;
 }
 )"},
-    {"layeredLight", "largest",
+    {"layeredLight", "largest fifthPower",
      R"(// What microfacets over a body that scatters light back and on send to the eye of a light of color 1.
 vec3 layeredLight(vec3 normal, vec3 view, vec3 toLight, vec3 diffuse, vec3 through, vec3 f0, vec3 f90,
                   float lobe) {
     float nl = dot(normal, toLight);
     float facing = nl > 0.0 ? dot(view, normalize(view + toLight)) : abs(dot(normal, view));
-    vec3 fresnel = f0 + (f90 - f0) * pow(1.0 - clamp(facing, 0.0, 1.0), 5.0);
+    vec3 fresnel = f0 + (f90 - f0) * fifthPower(1.0 - clamp(facing, 0.0, 1.0));
     vec3 body = diffuse * max(nl, 0.0) + through * max(-nl, 0.0);
     return (1.0 - largest(fresnel)) * body + fresnel * lobe;
 }
 )"},
-    {"entering", "largest",
+    {"entering", "largest fifthPower",
      R"(// The share of light that isn't reflected towards the eye.
 float entering(vec3 normal, vec3 view, vec3 f0, vec3 f90) {
     float facing = clamp(abs(dot(normal, view)), 0.0, 1.0);
-    return 1.0 - largest(f0 + (f90 - f0) * pow(1.0 - facing, 5.0));
+    return 1.0 - largest(f0 + (f90 - f0) * fifthPower(1.0 - facing));
 }
 )"},
     {"enteringFromSky", "skyResponseTo largest",
@@ -369,7 +375,7 @@ vec3 bentNormal(vec3 normal, vec3 view, vec3 along, float roughness, float aniso
     return normalize(mix(leaning, normal, upright * upright));
 }
 )"},
-    {"thinFilm", "f0OfIor",
+    {"thinFilm", "f0OfIor fifthPower",
      R"(// How the eye's three kinds of cones see waves that are late by a path (nm) and a phase, as linear RGB:
 // Gaussian fits of the observer of 1931, in the domain of frequencies.
 vec3 filmColor(float path, vec3 late) {
@@ -395,12 +401,12 @@ vec3 thinFilm(float cosine, float filmIor, float thickness, vec3 f0) {
         return vec3(1.0);
     float inside = sqrt(square);
     float outer = f0OfIor(ior);
-    float r12 = outer + (1.0 - outer) * pow(1.0 - cosine, 5.0);
+    float r12 = outer + (1.0 - outer) * fifthPower(1.0 - cosine);
     float t121 = 1.0 - r12;
     vec3 root = sqrt(clamp(f0, 0.0, 0.9999));
     vec3 below = (1.0 + root) / (1.0 - root); // the index of what is below
     vec3 ratio = (below - ior) / (below + ior);
-    vec3 r23 = ratio * ratio + (1.0 - ratio * ratio) * pow(1.0 - inside, 5.0);
+    vec3 r23 = ratio * ratio + (1.0 - ratio * ratio) * fifthPower(1.0 - inside);
     vec3 late = vec3(ior < 1.0 ? 0.0 : 3.1415927) + 3.1415927 * (1.0 - step(vec3(ior), below));
     vec3 both = clamp(r12 * r23, 1e-5, 0.9999);
     vec3 once = t121 * t121 * r23 / (1.0 - both);

@@ -4,6 +4,8 @@
 import json
 import math
 import os
+import pathlib
+import struct
 import unittest
 
 from shaded_pictures import DARK, FILE_LIGHT, WHOLE, ShadedPictures, dot, encoded, microfacets, normalized, spheres, with_lights
@@ -301,6 +303,27 @@ class CgShading(ShadedPictures):
             told = self.run_viewer(model, "--compare", "glsl", "cg", "--size", "64x64", *switches).stdout.decode()
             self.assertRegex(told, r"^glsl and cg: largest difference [012] of 255", switches)
         self.assertNotEqual(self.floats(model, "--shading", "cg", "--size", "32x32")[2], self.floats(model, "--shading", "fixed", "--size", "32x32")[2])
+
+    def test_what_is_lit_late_equals_what_is_lit_at_once(self):
+        side = 161  # a waved cloth of small triangles, which hides parts of itself and shows both of its sides
+        at = [(i % side / 80 - 1, i // side / 80 - 1) for i in range(side * side)]
+        first = [x + y * side for y in range(side - 1) for x in range(side - 1)]
+        faces = b"".join(struct.pack("<B3IB3I", 3, i, i + 1, i + side, 3, i + 1, i + side + 1, i + side) for i in first)
+
+        def cloth(name, colors=""):
+            header = f"ply\nformat binary_little_endian 1.0\nelement vertex {len(at)}\nproperty float x\nproperty float y\nproperty float z\n" + colors
+            vertex = [struct.pack("<3f", x, y, 0.3 * math.sin(10 * x) * math.cos(9 * y)) + (bytes((i % 256, 90, i % 7 * 40)) if colors else b"") for i, (x, y) in enumerate(at)]
+            header += f"element face {2 * len(first)}\nproperty list uchar uint vertex_indices\nend_header\n"
+            return self.write(name, header.encode() + b"".join(vertex) + faces)
+
+        plain, colored = cloth("plain.ply"), cloth("colored.ply", "".join(f"property uchar {name}\n" for name in ("red", "green", "blue")))
+        metal = self.write("metal.gltf", textured([{"material": 0, "at": (0, 1, 1, 0), "z": 0.1}], [
+            {"doubleSided": True, "pbrMetallicRoughness": {"baseColorFactor": [0.9, 0.5, 0.1, 1], "metallicFactor": 0.7, "roughnessFactor": 0.3}}], []))
+        driver = self.run_viewer("--gl-info").stdout
+        for models, *switches in (([plain], "--azimuth", "70"), ([colored], "--orthographic", "--ground"), ([plain, metal], "--tile", "50", "--sky", "none")):
+            told = self.run_viewer(*models, "--compare", "glsl", "cg", "--size", "160x90", "--samples", "1", "--gl-log", self.path("log"), *switches).stdout.decode()
+            self.assertRegex(told, r"^glsl and cg: largest difference [01] of 255", switches)
+            self.assertEqual(b"renderer: llvmpipe" in driver, b"glDepthFunc(GL_GREATER)" in pathlib.Path(self.path("log")).read_bytes(), switches)
 
     def test_the_shaders_that_ship(self):
         gloss = 0.3 * FILE_LIGHT

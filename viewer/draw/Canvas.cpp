@@ -40,8 +40,10 @@ void Canvas::createFramebuffer(Kind kind, int width, int height) {
         throw Failure(kExitNoGL, "this OpenGL has no framebuffer objects (GL_EXT_framebuffer_object), which "
                                  "pictures are drawn in; --gl-info shows what it has");
     const auto type = kind == Kind::CubeMap ? IHWTexture::kTextureCubeMap : IHWTexture::kTexture2D;
-    for (const RasterFormat color : {kRasterRGBA16F, kRasterRGBA8}) {
-        if (color == kRasterRGBA16F && !gl->usable(kCapTextureFloat))
+    for (const RasterFormat color : {kRasterRGBA32F, kRasterRGBA16F, kRasterRGBA8}) {
+        if (color == kRasterRGBA32F && kind != Kind::FloatPicture)
+            continue;
+        if (color != kRasterRGBA8 && !gl->usable(kCapTextureFloat))
             continue;
         const koBufferFormat format(color, kRasterDepth24, kRasterNoStencil, kSamplingSingle, type);
         if (fTarget.createOffscreen(format, static_cast<unsigned>(width), static_cast<unsigned>(height)) ==

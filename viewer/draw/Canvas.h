@@ -11,9 +11,10 @@ namespace orloview {
 class Canvas {
 public:
     enum class Kind : std::uint8_t {
-        Picture, ///< a framebuffer object
-        CubeMap, ///< one whose colours are a cube map; the width counts
-        Pbuffer, ///< a pbuffer with a context of its own; bytes
+        Picture,      ///< a framebuffer object
+        FloatPicture, ///< the same with whole floats where they are offered
+        CubeMap,      ///< one whose colours are a cube map; the width counts
+        Pbuffer,      ///< a pbuffer with a context of its own; bytes
     };
 
     /// Throws Failure: kExitUsage when the size, pixels each way, is beyond the driver's limit; kExitNoGL

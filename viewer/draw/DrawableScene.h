@@ -123,7 +123,7 @@ private:
     void noteDrawn(size_t indices);
 
     static constexpr size_t kAll = std::numeric_limits<size_t>::max();
-    static constexpr size_t kPiece = 18000; ///< whole triangles and whole lines
+    static constexpr size_t kPiece = 9000; ///< whole triangles and whole lines
     static constexpr size_t kPiecesAtOnce = 4;
 
     const Scene& fScene;

@@ -15,12 +15,8 @@ void main() {
 
 } // namespace
 
-ScreenPass::ScreenPass(const std::string& fragmentSource) {
-    fGroup.addStream(GeometryData::kPosition, 2, {-1, -1, 1, -1, 1, 1, -1, 1});
-    fGroup.addIndexRecord(GeometryDataIndex::kQuads, {0, 1, 2, 3});
-    fRouting.fSlots[GLRouting::kPosition] = {GLRouting::kFromGeometry, {}, GeometryData::kPosition, 0};
-    fProgram = linkedProgram(kVertexSource, fragmentSource.c_str());
-}
+ScreenPass::ScreenPass(const std::string& fragmentSource)
+    : fProgram(linkedProgram(kVertexSource, fragmentSource.c_str())) {}
 
 ScreenPass::~ScreenPass() {
     if (fProgram != 0)
@@ -36,7 +32,7 @@ void ScreenPass::begin() const {
 }
 
 void ScreenPass::run() {
-    fRouting.drawGroup(&fGroup, nullptr, nullptr, nullptr, 0, false);
+    fQuad.draw();
     gl().glUseProgramObjectARB(0);
 }
 

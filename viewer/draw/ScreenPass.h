@@ -1,10 +1,10 @@
 #pragma once
 
+#include "draw/ScreenQuad.h"
+
 #include <string>
 
-#include <geometry/GLRouting.h>
 #include <gl/GLFunctionTable.h>
-#include <orlohost/GeometryData.h>
 
 namespace orloview {
 
@@ -33,8 +33,7 @@ public:
 
 private:
     GLhandleARB fProgram = 0;
-    GeometryLogicalGroup fGroup;
-    GLRouting fRouting;
+    ScreenQuad fQuad;
 };
 
 } // namespace orloview

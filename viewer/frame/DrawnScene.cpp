@@ -101,6 +101,10 @@ DrawnScene::DrawnScene(const Scene& scene, const Guides& guides, const Options& 
     if (options.ambientOcclusion)
         fOcclusion->prepare();
     fShaders->useOcclusion(*fOcclusion, options.ambientOcclusion);
+    if (!fShadows && !fBehind && LateLight::paysFor(scene)) {
+        fLateLight.emplace();
+        fShaders->wishLate(fDrawable.opaqueInstances());
+    }
 }
 
 void DrawnScene::upload(const ProgressReport& report) {

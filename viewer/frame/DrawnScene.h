@@ -60,6 +60,7 @@ public:
                 fShadows ? &*fShadows : nullptr,
                 fBehind ? &*fBehind : nullptr,
                 fOcclusion ? &*fOcclusion : nullptr,
+                fLateLight ? &*fLateLight : nullptr,
                 fUserShader.get(),
                 fGround,
                 fMarks,
@@ -81,6 +82,7 @@ private:
     std::optional<Occlusion> fOcclusion;
     std::optional<Backdrop> fBackdrop;
     std::optional<SceneShaders> fShaders;
+    std::optional<LateLight> fLateLight;
     std::unique_ptr<UserShader> fUserShader;
     DrawableScene fDrawable;
     std::optional<Culling> fCulling;

@@ -243,8 +243,28 @@ void markPlain(const FrameContent& content, const FrameLook& look) {
 /// What is clear can't be drawn while what stands behind it is.
 enum class Clear : std::uint8_t { Drawn, LeftOut };
 
+/// Whether what hides all behind it can be lit once it is drawn: only it is drawn by then.
+bool isLitLate(const GLFrameBuffer& target, const FrameContent& content, const FrameLook& look) {
+    return content.lateLight && content.shaders->canLightLate() && look.lights && !isOccluded(look) &&
+           !look.wireframe && !look.grid && !look.axes && !look.clip &&
+           LateLight::suits(target, content.shaders->recordsFloats());
+}
+
+void drawLitLate(const FrameContent& content, const FrameLook& look) {
+    DrawableScene& drawable = content.drawable;
+    for (const size_t index : drawable.opaqueInstances()) {
+        if (!isSeen(content, index))
+            continue;
+        content.shaders->bindRecorder(index);
+        setShadedMaterial(drawable, index, look);
+        drawPlaced(drawable, index, [&] { drawable.drawMesh(index); });
+    }
+    content.shaders->bindLateLight();
+    content.lateLight->light();
+}
+
 void drawSceneShaded(const FrameContent& content, const View& view, const FrameLook& look,
-                     TextureUnits& units, Clear clear) {
+                     TextureUnits& units, Clear clear, bool lateLight) {
     DrawableScene& drawable = content.drawable;
     content.shaders->beginFrame(view.worldToEye, isOccluded(look));
     const auto prepare = [&](size_t index) {
@@ -257,8 +277,10 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
         const bool isClear = clear == Clear::LeftOut && drawable.materialOf(index).isClear();
         return isClear || !isSeen(content, index);
     };
+    if (lateLight)
+        drawLitLate(content, look);
     for (const size_t index : drawable.opaqueInstances()) {
-        if (isLeftOut(index))
+        if (lateLight || isLeftOut(index))
             continue;
         prepare(index);
         drawPlaced(drawable, index, [&] { drawable.drawMesh(index); });
@@ -334,7 +356,7 @@ void draw(GLFrameBuffer& target, const View& view, const FrameContent& content, 
     if (look.axes)
         drawFixed(content.axes, 0, look, units);
     if (content.shaders)
-        drawSceneShaded(content, view, look, units, clearThings);
+        drawSceneShaded(content, view, look, units, clearThings, isLitLate(target, content, look));
     else
         drawSceneFixed(content, view, look, units);
     const bool hasEdges = look.edges && !look.wireframe;

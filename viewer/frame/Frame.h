@@ -9,6 +9,7 @@
 #include "draw/SceneParticles.h"
 #include "scene/View.h"
 #include "shading/Backdrop.h"
+#include "shading/LateLight.h"
 #include "shading/SceneShaders.h"
 #include "shading/UserShader.h"
 
@@ -34,6 +35,7 @@ struct FrameContent {
     ShadowMap* shadows;        ///< of the shaders' first light; null: none
     Behind* behind;            ///< of the shaders; null: nothing is clear
     Occlusion* occlusion;      ///< of the shaders; null: there are none
+    LateLight* lateLight;      ///< of the shaders; null: each triangle is lit as it is drawn
     UserShader* userShader;    ///< in the place of all materials; null: none
     Ground& ground;            ///< of `drawable`
     Marks& marks;              ///< of its scene

@@ -6,6 +6,7 @@
 #include "frame/DrawnPart.h"
 #include "frame/ViewAndLook.h"
 #include "scene/Vectors.h"
+#include "session/SoftwareDriver.h"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +15,6 @@
 #include <limits>
 #include <memory>
 #include <numbers>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -30,8 +30,10 @@ constexpr int kLargeTile = 4096;
 
 constexpr unsigned kRGBAFloats = 4;
 
-Canvas::Kind kindFor(const Sampling& sampling) {
-    return sampling.pbuffer ? Canvas::Kind::Pbuffer : Canvas::Kind::Picture;
+Canvas::Kind kindFor(const Sampling& sampling, bool recordsFloats = false) {
+    if (sampling.pbuffer)
+        return Canvas::Kind::Pbuffer;
+    return recordsFloats ? Canvas::Kind::FloatPicture : Canvas::Kind::Picture;
 }
 
 void require(const std::unique_ptr<PixelArray2D>& pixels) {
@@ -141,13 +143,6 @@ Block within(const Block& block, const Block& other) {
     return {left - other.x, bottom - other.y, width, height};
 }
 
-/// Such a driver fetches at once, what it is asked for later too, and into a pixel buffer in a longer way.
-bool drawsInSoftware() {
-    const auto* told = reinterpret_cast<const char*>(gl().glGetString(GL_RENDERER));
-    const std::string_view renderer = told ? told : "";
-    return renderer.starts_with("llvmpipe") || renderer.starts_with("softpipe");
-}
-
 } // namespace
 
 int supersampling(const FrameLook& look) {
@@ -162,7 +157,7 @@ PictureRenderer::PictureRenderer(const FrameLook& look, const Sampling& sampling
     : fLook(look), fSampling(sampling), fSide(tileSide(look, sampling)), fBands{0, bandCount()},
       fIsSingle(isOneTile() && pictures == 1), fMostStrips(workers.most() + 1) {}
 
-void PictureRenderer::makeCanvas(const Block& drawn) {
+void PictureRenderer::makeCanvas(const Block& drawn, const FrameContent& content) {
     if (fCanvas)
         return;
     if (fIsSingle) {
@@ -172,7 +167,9 @@ void PictureRenderer::makeCanvas(const Block& drawn) {
     const auto sideOf = [&](int whole, int part) {
         return std::min(fSide, fIsSingle ? std::max(part, 1) : whole) * fSampling.samples;
     };
-    fCanvas.emplace(kindFor(fSampling), sideOf(fLook.width, drawn.width), sideOf(fLook.height, drawn.height));
+    const bool recordsFloats = isOneTile() && content.shaders && content.shaders->recordsFloats();
+    fCanvas.emplace(kindFor(fSampling, recordsFloats), sideOf(fLook.width, drawn.width),
+                    sideOf(fLook.height, drawn.height));
     fReadBack.emplace(*fCanvas, fMostStrips,
                       fIsSingle || drawsInSoftware() ? ReadBack::Order::AtOnce : ReadBack::Order::Later);
 }
@@ -191,7 +188,7 @@ void PictureRenderer::render(const View& view, const FrameContent& content, Pict
     const int factor = fSampling.samples;
     const FrameLook large = enlarged(fLook, factor);
     const Block drawn = drawnPart(view, content, fLook);
-    makeCanvas(drawn);
+    makeCanvas(drawn, content);
     content.drawable.drawInPieces(fIsSingle && drawsInSoftware()); // large tiles take too long to begin
     prepareFrame(view, content, large);
     const auto draw = [&](int x, int y) {

@@ -56,7 +56,7 @@ private:
 
     /// What tiles are drawn in, one after another: as large as they are, or, for a single picture, as what is
     /// drawn of it.
-    void makeCanvas(const Block& drawn);
+    void makeCanvas(const Block& drawn, const FrameContent& content);
 
     /// The first row of a band, of those that are counted from the top; of -1 the row above all.
     int bottomOf(int band) const { return std::min((bandCount() - 1 - band) * fSide, fLook.height); }

@@ -1,12 +1,13 @@
 #include "shading/GlslLanguage.h"
 
 #include "draw/GL.h"
+#include "shading/LateLight.h"
 
 namespace orloview {
 
 namespace {
 
-class CompiledGlsl final : public MaterialShader {
+class CompiledGlsl : public MaterialShader {
 public:
     explicit CompiledGlsl(GlslShader& shader) : fShader(shader) {}
 
@@ -38,6 +39,29 @@ private:
     GlslShader& fShader;
 };
 
+/// A shader that no node has.
+class OwnGlsl final : public CompiledGlsl {
+public:
+    OwnGlsl() : CompiledGlsl(fOwn) {}
+    ~OwnGlsl() override { fOwn.destroy(); }
+
+    OwnGlsl(const OwnGlsl&) = delete;
+    OwnGlsl& operator=(const OwnGlsl&) = delete;
+
+    /// Null where OpenGL refuses it.
+    static std::unique_ptr<MaterialShader> of(const std::string& vertex, const std::string& fragment) {
+        auto shader = std::make_unique<OwnGlsl>();
+        shader->fOwn.loadVertexProgramFromString(vertex.c_str());
+        shader->fOwn.loadFragmentProgramFromString(fragment.c_str());
+        shader->fOwn.enable();
+        const bool isUsable = shader->fOwn.fProgram != 0 && !shader->fOwn.fNeedsLink;
+        return isUsable ? std::move(shader) : nullptr;
+    }
+
+private:
+    GlslShader fOwn;
+};
+
 } // namespace
 
 std::unique_ptr<MaterialShader> GlslLanguage::compile(koShadingDag::ShadingNodeSpec& node,
@@ -50,6 +74,23 @@ std::unique_ptr<MaterialShader> GlslLanguage::compile(koShadingDag::ShadingNodeS
     }
     leave();
     return nullptr;
+}
+
+LateShaders GlslLanguage::compileLate(const koShadingDag::ShadingNodeSpec& node,
+                                      const std::vector<LightSpec>& lights, size_t looks) const {
+    const std::vector<Source> whole = sources(node, lights);
+    LateRequest request{whole[0].text.asChar(), whole[1].text.asChar(), {}, looks};
+    for (const auto& uniform : node.uniforms())
+        request.uniforms.emplace_back(uniform.fName.asChar());
+    const std::optional<LateSources> late = lateSources(request);
+    if (!late)
+        return {};
+    LateShaders shaders{OwnGlsl::of(late->recordVertex, late->recordFragment),
+                        OwnGlsl::of(late->lightVertex, late->lightFragment), late->needsFloats};
+    while (gl().glGetError() != GL_NO_ERROR) {
+    }
+    leave();
+    return shaders.recorder && shaders.light ? std::move(shaders) : LateShaders{};
 }
 
 void GlslLanguage::leave() const {

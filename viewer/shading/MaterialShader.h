@@ -34,6 +34,13 @@ public:
     virtual std::optional<unsigned> setTexture(const koString::CString& sampler, GLuint texture) const = 0;
 };
 
+/// The shaders of materials that are lit late (shading/LateLight.h). Null where there can't be any.
+struct LateShaders {
+    std::unique_ptr<MaterialShader> recorder;
+    std::unique_ptr<MaterialShader> light;
+    bool needsFloats = false;
+};
+
 /// A language that materials are compiled to.
 class MaterialLanguage {
 public:
@@ -44,6 +51,12 @@ public:
     virtual std::unique_ptr<MaterialShader> compile(koShadingDag::ShadingNodeSpec& node,
                                                     const koString::CString& key,
                                                     const std::vector<LightSpec>& lights) const = 0;
+
+    /// Shaders of materials of one network, which have so many looks. Leaves none current, and no error.
+    virtual LateShaders compileLate(const koShadingDag::ShadingNodeSpec&, const std::vector<LightSpec>&,
+                                    size_t /*looks*/) const {
+        return {};
+    }
 
     /// Makes none current.
     virtual void leave() const = 0;

@@ -2,6 +2,7 @@
 
 #include "draw/GL.h"
 #include "output/OutputFile.h"
+#include "shading/LateLight.h"
 
 #include "base/ExitCode.h"
 #include "scene/Vectors.h"
@@ -110,8 +111,10 @@ void SceneShaders::askTextures(size_t material) {
 
 void SceneShaders::upload(const std::function<void()>& uploaded) {
     fStore.upload(uploaded);
+    fLate = makeLate();
     for (size_t i = 0; i < fScene.instances.size(); ++i)
-        lookOf(i, true);
+        if (!fLate || !std::ranges::binary_search(fLateInstances, i))
+            lookOf(i, true);
     fLanguage->leave();
     gl().glActiveTexture(GL_TEXTURE0);
 }
@@ -142,15 +145,75 @@ SceneShaders::Look& SceneShaders::lookOf(size_t instance, bool lit) {
     known = &look;
     if (look.network)
         return look;
-    static const MaterialTextures kNoTextures{};
-    const Mesh& mesh = fScene.meshes[static_cast<size_t>(fScene.instances[instance].mesh)];
     const auto& [material, traits, isOccluded] = key;
-    look.network = makeNetwork(fScene.materialOf(mesh),
-                               material < 0 ? kNoTextures : fTextures[static_cast<size_t>(material)], traits);
+    look.network = networkOf(key, instance);
     look.program = &programOf(look, material, fSpecs[isOccluded ? 1 : 0]);
     if (look.program->shader)
         prepare(look);
     return look;
+}
+
+std::shared_ptr<koShadingDag::ShadingNodeSpec> SceneShaders::networkOf(const LookKey& key,
+                                                                       size_t instance) const {
+    static const MaterialTextures kNoTextures{};
+    const Mesh& mesh = fScene.meshes[static_cast<size_t>(fScene.instances[instance].mesh)];
+    const auto& [material, traits, isOccluded] = key;
+    return makeNetwork(fScene.materialOf(mesh),
+                       material < 0 ? kNoTextures : fTextures[static_cast<size_t>(material)], traits);
+}
+
+/// False where they don't share a structure.
+bool SceneShaders::addLateLooks(Late& late) const {
+    std::map<LookKey, size_t> numbers;
+    late.lookOf.resize(fScene.instances.size());
+    for (const size_t i : fLateInstances) {
+        const LookKey key = keyOf(i, true);
+        if (!std::get<MeshTraits>(key).isLit)
+            return false;
+        const auto [known, isNew] = numbers.try_emplace(key, late.looks.size());
+        late.lookOf[i] = known->second;
+        if (!isNew)
+            continue;
+        late.looks.push_back(networkOf(key, i));
+        if (!koString::equal(late.looks.back()->networkKey(&fSpecs[0]),
+                             late.looks[0]->networkKey(&fSpecs[0])))
+            return false;
+    }
+    return !late.looks.empty() && late.looks.size() <= kMostLooks;
+}
+
+std::optional<SceneShaders::Late> SceneShaders::makeLate() {
+    Late late;
+    if (fIsOccluded || !addLateLooks(late))
+        return std::nullopt;
+    LateShaders shaders = fLanguage->compileLate(*late.looks[0], fSpecs[0], late.looks.size());
+    if (!shaders.light)
+        return std::nullopt;
+    late.program.owner = late.looks[0].get();
+    late.program.key = late.looks[0]->networkKey(&fSpecs[0]);
+    late.program.specs = &fSpecs[0];
+    late.program.name = nameOf(std::get<int>(keyOf(fLateInstances[0], true)));
+    late.program.shader = std::move(shaders.light);
+    late.recorder = std::move(shaders.recorder);
+    late.needsFloats = shaders.needsFloats;
+    prepare(late);
+    return late;
+}
+
+void SceneShaders::prepare(Late& late) {
+    late.recorder->enable();
+    late.lookPlace = late.recorder->placeOf("look");
+    late.program.shader->enable();
+    findPlaces(late.program);
+    for (size_t i = 0; i < late.looks.size(); ++i) {
+        const std::string element = late.looks.size() > 1 ? "[" + std::to_string(i) + "]" : "";
+        for (const auto& uniform : late.looks[i]->uniforms()) {
+            const MaterialShader::Place place =
+                late.program.shader->placeOf((uniform.fName.asChar() + element).c_str());
+            if (place != MaterialShader::kNowhere)
+                late.values.push_back({place, uniform.fComponents, uniform.fValues});
+        }
+    }
 }
 
 SceneShaders::Program& SceneShaders::programOf(Look& look, int material, const Specs& specs) {
@@ -165,9 +228,13 @@ SceneShaders::Program& SceneShaders::programOf(Look& look, int material, const S
     return program;
 }
 
-void SceneShaders::compile(Program& program, int material) {
+std::string SceneShaders::nameOf(int material) const {
     const std::string name = material < 0 ? "" : fScene.materials[static_cast<size_t>(material)].name;
-    program.name = name.empty() ? "material" + std::to_string(material + 1) : name;
+    return name.empty() ? "material" + std::to_string(material + 1) : name;
+}
+
+void SceneShaders::compile(Program& program, int material) {
+    program.name = nameOf(material);
     program.shader = fLanguage->compile(*program.owner, program.key, *program.specs);
     fCurrentProgram = nullptr;
     if (!program.shader) {
@@ -175,6 +242,11 @@ void SceneShaders::compile(Program& program, int material) {
                             "': OpenGL refuses its shader; drawn by its own functions");
         return;
     }
+    findPlaces(program);
+}
+
+/// Of what is nobody's material. Needs the program current.
+void SceneShaders::findPlaces(Program& program) {
     if (fSkyMaps) {
         for (const SkyMaps::Map& map : fSkyMaps->maps())
             addMap(program, map.name, map.texture->textureName());
@@ -271,6 +343,28 @@ bool SceneShaders::bind(size_t instance, bool lit) {
     return true;
 }
 
+void SceneShaders::bindRecorder(size_t instance) {
+    if (!fIsRecording)
+        fLate->recorder->enable();
+    fIsRecording = true;
+    if (fLate->lookPlace == MaterialShader::kNowhere)
+        return;
+    const size_t look = fLate->lookOf[instance];
+    const auto digit = [look](unsigned place) { return static_cast<float>(look >> (2 * place) & 3U); };
+    const std::array<float, 3> digits{digit(0), digit(1), digit(2)};
+    fLate->recorder->set(fLate->lookPlace, digits.size(), digits.data());
+}
+
+void SceneShaders::bindLateLight() {
+    fIsRecording = false;
+    fLate->program.shader->enable();
+    fCurrentProgram = &fLate->program;
+    feedFrame(fLate->program);
+    bindTextures(fLate->program.maps);
+    for (const Value& value : fLate->values)
+        fLate->program.shader->set(value.place, value.components, value.floats);
+}
+
 void SceneShaders::feedFrame(const Program& program) const {
     for (size_t i = 0; i < fFrameValues.size(); ++i) {
         const std::vector<float>& floats = fFrameValues[i].floats;
@@ -316,7 +410,7 @@ void SceneShaders::dump(const std::string& folder) const {
     if (error)
         throw Failure(kExitNotWritten, folder + ": the folder could not be made: " + error.message());
     std::set<std::string> taken;
-    for (const auto& [key, program] : fPrograms) {
+    const auto write = [&](const Program& program) {
         const std::string plain = fileNameOf(program.name);
         std::string name = plain;
         for (int n = 2; !taken.insert(name).second; ++n)
@@ -329,7 +423,11 @@ void SceneShaders::dump(const std::string& folder) const {
             file.write(text.data(), text.size());
             file.commit();
         }
-    }
+    };
+    for (const auto& [key, program] : fPrograms)
+        write(program);
+    if (fLate && !fPrograms.contains(fLate->program.key.asChar()))
+        write(fLate->program);
 }
 
 } // namespace orloview

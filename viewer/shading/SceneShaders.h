@@ -33,6 +33,9 @@ public:
     SceneShaders(const SceneShaders&) = delete;
     SceneShaders& operator=(const SceneShaders&) = delete;
 
+    /// Lets instances be lit late where that can be; as `upload` finds out.
+    void wishLate(const std::vector<size_t>& instances) { fLateInstances = instances; }
+
     /// How many steps `upload` has.
     size_t count() const { return fStore.count(); }
 
@@ -52,6 +55,19 @@ public:
     /// Makes the shader of an instance current, with all that it reads. False where GL refuses it: none is
     /// current then, and GL's own functions have to do.
     bool bind(size_t instance, bool lit);
+
+    /// Whether what was wished for can be: all of these instances have shaders of the same structure, which
+    /// need no more of them than is recorded.
+    bool canLightLate() const { return fLate.has_value(); }
+
+    /// Whether what is recorded needs whole floats.
+    bool recordsFloats() const { return fLate && fLate->needsFloats; }
+
+    /// Makes the shader current that records an instance, with what it reads.
+    void bindRecorder(size_t instance);
+
+    /// Makes the shader current that lights all that is recorded, with what it reads.
+    void bindLateLight();
 
     /// Leaves no shader current, no texture bound and unit 0 active.
     void endFrame();
@@ -101,11 +117,28 @@ private:
     };
     using LookKey = std::tuple<int, MeshTraits, bool>; ///< the material's number; whether occluded
 
+    /// Materials that are lit late.
+    struct Late {
+        std::vector<std::shared_ptr<koShadingDag::ShadingNodeSpec>> looks;
+        std::vector<size_t> lookOf; ///< as Scene::instances
+        Program program;            ///< that lights
+        std::vector<Value> values;  ///< of all looks
+        std::unique_ptr<MaterialShader> recorder;
+        MaterialShader::Place lookPlace = MaterialShader::kNowhere; ///< in the recorder
+        bool needsFloats = false;
+    };
+
     void askTextures(size_t material);
     LookKey keyOf(size_t instance, bool lit) const;
     Look& lookOf(size_t instance, bool lit);
+    std::shared_ptr<koShadingDag::ShadingNodeSpec> networkOf(const LookKey& key, size_t instance) const;
     Program& programOf(Look& look, int material, const std::vector<LightSpec>& specs);
+    std::string nameOf(int material) const;
     void compile(Program& program, int material);
+    void findPlaces(Program& program);
+    std::optional<Late> makeLate();
+    bool addLateLooks(Late& late) const;
+    void prepare(Late& late);
     static void addMap(Program& program, const char* sampler, GLuint texture);
     void prepare(Look& look);
     void feed(Look& look);
@@ -125,6 +158,8 @@ private:
     /// As Scene::instances: unlit, lit, and occluded too; null until drawn.
     std::array<std::vector<Look*>, 3> fInstanceLooks;
     std::map<std::string, Program> fPrograms;
+    std::vector<size_t> fLateInstances;
+    std::optional<Late> fLate;
     std::vector<FrameValue> fFrameValues;
     std::unique_ptr<SkyMaps> fSkyMaps;
     std::vector<koLinear::Vector> fSkyAxes; ///< those that the sky's uniforms hold, in their order
@@ -135,6 +170,7 @@ private:
 
     const Look* fCurrent = nullptr;
     Program* fCurrentProgram = nullptr;
+    bool fIsRecording = false; ///< the recorder is current
     unsigned fFrame = 0;
     std::vector<GLuint> fBound; ///< by texture unit
     std::vector<std::string> fWarnings;

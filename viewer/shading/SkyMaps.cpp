@@ -91,9 +91,11 @@ public:
     Color sumOf(const Surroundings& around) const {
         Color sum{};
         for (const Term& term : fTerms) {
-            for (size_t channel = 0; channel < 3; ++channel)
-                sum[channel] += term.weight * std::lerp(around[term.first][channel],
-                                                        around[term.first + 1][channel], term.share);
+            const Color& first = around[term.first];
+            const Color& second = around[term.first + 1];
+            for (size_t channel = 0; channel < 3; ++channel) // std::lerp takes four times as long
+                sum[channel] +=
+                    term.weight * (first[channel] + term.share * (second[channel] - first[channel]));
         }
         return sum;
     }
