@@ -277,14 +277,18 @@ void drawSceneShaded(const FrameContent& content, const View& view, const FrameL
         const bool isClear = clear == Clear::LeftOut && drawable.materialOf(index).isClear();
         return isClear || !isSeen(content, index);
     };
+    const auto drawMeshes = [&] {
+        for (const size_t index : drawable.opaqueInstances()) {
+            if (isLeftOut(index))
+                continue;
+            prepare(index);
+            drawPlaced(drawable, index, [&] { drawable.drawMesh(index); });
+        }
+    };
     if (lateLight)
         drawLitLate(content, look);
-    for (const size_t index : drawable.opaqueInstances()) {
-        if (lateLight || isLeftOut(index))
-            continue;
-        prepare(index);
-        drawPlaced(drawable, index, [&] { drawable.drawMesh(index); });
-    }
+    else
+        drawMeshes();
     const std::vector<BlendedElements::Run>& blended = drawable.farthestFirst(view.worldToEye);
     const bool hasPlain = isToneMapped(look) && (look.grid || look.axes || drawable.hasUnlit());
     if (content.particles || look.ground || hasPlain) {

@@ -39,6 +39,11 @@ private:
     GlslShader& fShader;
 };
 
+void clearErrors() {
+    while (gl().glGetError() != GL_NO_ERROR) {
+    }
+}
+
 /// A shader that no node has.
 class OwnGlsl final : public CompiledGlsl {
 public:
@@ -70,8 +75,7 @@ std::unique_ptr<MaterialShader> GlslLanguage::compile(koShadingDag::ShadingNodeS
     GlslShader* shader = fManager.bindKOSLShader(node, key, &lights);
     if (shader && shader->fProgram != 0 && !shader->fNeedsLink)
         return std::make_unique<CompiledGlsl>(*shader);
-    while (gl().glGetError() != GL_NO_ERROR) { // what doesn't link was made current all the same
-    }
+    clearErrors(); // what doesn't link was made current all the same
     leave();
     return nullptr;
 }
@@ -87,8 +91,7 @@ LateShaders GlslLanguage::compileLate(const koShadingDag::ShadingNodeSpec& node,
         return {};
     LateShaders shaders{OwnGlsl::of(late->recordVertex, late->recordFragment),
                         OwnGlsl::of(late->lightVertex, late->lightFragment), late->needsFloats};
-    while (gl().glGetError() != GL_NO_ERROR) {
-    }
+    clearErrors();
     leave();
     return shaders.recorder && shaders.light ? std::move(shaders) : LateShaders{};
 }

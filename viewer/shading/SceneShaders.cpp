@@ -211,7 +211,7 @@ void SceneShaders::prepare(Late& late) {
             const MaterialShader::Place place =
                 late.program.shader->placeOf((uniform.fName.asChar() + element).c_str());
             if (place != MaterialShader::kNowhere)
-                late.values.push_back({place, uniform.fComponents, uniform.fValues});
+                late.program.shader->set(place, uniform.fComponents, uniform.fValues);
         }
     }
 }
@@ -347,9 +347,10 @@ void SceneShaders::bindRecorder(size_t instance) {
     if (!fIsRecording)
         fLate->recorder->enable();
     fIsRecording = true;
-    if (fLate->lookPlace == MaterialShader::kNowhere)
-        return;
     const size_t look = fLate->lookOf[instance];
+    if (fLate->lookPlace == MaterialShader::kNowhere || fLate->recordedLook == look)
+        return;
+    fLate->recordedLook = look;
     const auto digit = [look](unsigned place) { return static_cast<float>(look >> (2 * place) & 3U); };
     const std::array<float, 3> digits{digit(0), digit(1), digit(2)};
     fLate->recorder->set(fLate->lookPlace, digits.size(), digits.data());
@@ -361,8 +362,6 @@ void SceneShaders::bindLateLight() {
     fCurrentProgram = &fLate->program;
     feedFrame(fLate->program);
     bindTextures(fLate->program.maps);
-    for (const Value& value : fLate->values)
-        fLate->program.shader->set(value.place, value.components, value.floats);
 }
 
 void SceneShaders::feedFrame(const Program& program) const {

@@ -122,9 +122,9 @@ private:
         std::vector<std::shared_ptr<koShadingDag::ShadingNodeSpec>> looks;
         std::vector<size_t> lookOf; ///< as Scene::instances
         Program program;            ///< that lights
-        std::vector<Value> values;  ///< of all looks
         std::unique_ptr<MaterialShader> recorder;
         MaterialShader::Place lookPlace = MaterialShader::kNowhere; ///< in the recorder
+        std::optional<size_t> recordedLook;                         ///< that the recorder holds
         bool needsFloats = false;
     };
 
