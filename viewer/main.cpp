@@ -5,6 +5,7 @@
 #include "base/ExitCode.h"
 #include "base/FileBytes.h"
 #include "base/ImportError.h"
+#include "base/LargePages.h"
 #include "base/Say.h"
 #include "draw/Fountain.h"
 #include "import/Format.h"
@@ -128,6 +129,8 @@ int run(int argc, const char* const* argv) {
     if (options.glInfo)
         return showGLInfo(options);
     const bool isInWindow = !options.info && !options.compare && !options.writes();
+    if (!isInWindow)
+        preferLargePages();
     if (!options.info) {
         PictureSource::startDecoders(options.limits);
         loadSky(options);
