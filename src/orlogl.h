@@ -29,6 +29,7 @@
 #include "gl/GLCapability.h"
 #include "gl/GLDebugOutput.h"
 #include "gl/GLFunctionTable.h"
+#include "gl/GLShaderCompiler.h"
 #include "gl/GLStartupContext.h"
 #include "gl/GLUtility.h"
 #include "gl/LibraryVersion.h"

@@ -21,6 +21,7 @@
 #include <numbers>
 
 #include <geometry/GLRouting.h>
+#include <gl/GLShaderCompiler.h>
 
 namespace orloview {
 
@@ -71,6 +72,7 @@ public:
         if (drawsManyInSoftware(fScene.count(Topology::Triangles))) // buffer objects would be copies
             GLRouting::fsUseObjectsForData = GLRouting::fsUseObjectsForIndexing = false;
         fDrawn.upload(progress.report());
+        GLShaderCompiler::release();
         progress.clear();
         if (!options.quiet)
             tellNotesAndWarnings(fDrawn);

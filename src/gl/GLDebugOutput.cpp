@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <dlfcn.h>
 #include <iterator>
 #include <set>
 #include <type_traits>
@@ -32,23 +31,11 @@ void* listenerContext = nullptr;
 /// Names that have been made and not been bound: there is nothing yet that could bear a label.
 std::set<std::pair<GLenum, GLuint>> unbornObjects;
 
-bool offersDebugOutput(const GLFunctionTable& table) {
-    const char* const version = reinterpret_cast<const char*>(table.glGetString(GL_VERSION));
-    int major = 0;
-    int minor = 0;
-    if (version && std::sscanf(version, "%d.%d", &major, &minor) == 2 && major * 10 + minor >= 43)
-        return true;
-    return isExtensionSupported(table.glGetString(GL_EXTENSIONS), "GL_KHR_debug");
-}
-
 bool findDebugFunctions(const GLFunctionTable& table) {
-    using LookUp = void (*(*)(const GLubyte*))();
-    const auto lookUp = reinterpret_cast<LookUp>(dlsym(openGLLibrary(), "glXGetProcAddressARB"));
-    if (!lookUp || !offersDebugOutput(table))
+    if (!hasVersionOrExtension(table, 43, "GL_KHR_debug"))
         return false;
-    const auto find = [lookUp](auto& function, const char* name) {
-        function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(
-            lookUp(reinterpret_cast<const GLubyte*>(name)));
+    const auto find = [](auto& function, const char* name) {
+        function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(findEntryPoint(name));
         return function != nullptr;
     };
     DebugFunctions found;

@@ -16,9 +16,9 @@ using koString::IString;
 
 namespace {
 
-constexpr std::array<const char*, 4> kLightStrings = {"point_light", "spot_light", "directional_light",
-                                                      "ambient_light"};
-constexpr std::array<const char*, 4> kTransparencyStrings = {"", "", "OpacityInAlpha", "TransparencyInRGB"};
+constexpr std::array<const char*, 4> kCgLightStrings = {"point_light", "spot_light", "directional_light",
+                                                        "ambient_light"};
+constexpr std::array<const char*, 4> kCgTransparencyStrings = {"", "", "OpacityInAlpha", "TransparencyInRGB"};
 
 const char* profileString(CGprofile profile) {
     if (profile == CG_PROFILE_UNKNOWN || !F_cgGetProfileString)
@@ -123,11 +123,11 @@ const char* CGManager::fragmentProfileString() const {
 }
 
 CString CGManager::getLightStringFromType(CGLightType type) {
-    return type < kLightStrings.size() ? kLightStrings[type] : "";
+    return type < kCgLightStrings.size() ? kCgLightStrings[type] : "";
 }
 
 CString CGManager::getTransparencyTypeStringFromType(CGTransparencyType type) {
-    return type < kTransparencyStrings.size() ? kTransparencyStrings[type] : "";
+    return type < kCgTransparencyStrings.size() ? kCgTransparencyStrings[type] : "";
 }
 
 CGManager::CGShader CGManager::bindShader(const CString& name, const Options& vertexOptions,

@@ -7,11 +7,11 @@
 
 namespace {
 
-constexpr std::array<const char*, 4> kLightStrings = {"point_light", "spot_light",
-                                                      "directional_light"
-                                                      "ambient_light",
-                                                      ""};
-constexpr std::array<const char*, 2> kTransparencyStrings = {"OpacityInAlpha", "TransparencyInRGB"};
+constexpr std::array<const char*, 4> kGlslLightStrings = {"point_light", "spot_light",
+                                                          "directional_light"
+                                                          "ambient_light",
+                                                          ""};
+constexpr std::array<const char*, 2> kGlslTransparencyStrings = {"OpacityInAlpha", "TransparencyInRGB"};
 
 } // namespace
 
@@ -53,9 +53,9 @@ GlslShader* GlslManager::findOrCompile(const koShadingDag::ShadingNodeSpec& node
 }
 
 koString::CString GlslManager::getLightStringFromType(GlslLightType type) {
-    return type < kLightStrings.size() ? kLightStrings[type] : "";
+    return type < kGlslLightStrings.size() ? kGlslLightStrings[type] : "";
 }
 
 koString::CString GlslManager::getTransparencyTypeStringFromType(GlslTransparencyType type) {
-    return type < kTransparencyStrings.size() ? kTransparencyStrings[type] : "";
+    return type < kGlslTransparencyStrings.size() ? kGlslTransparencyStrings[type] : "";
 }

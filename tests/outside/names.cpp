@@ -35,7 +35,8 @@ void glAccess() {
         &glXCreateGLXPbuffer);
     const GLFunctionTable table;
     use(&GLCallLog::begin, &GLCallLog::note, &GLCallLog::end, &GLDebugOutput::begin, &GLDebugOutput::isOn,
-        &GLDebugOutput::label, &GLDebugOutput::pushGroup, &GLDebugOutput::popGroup, &GLDebugOutput::end);
+        &GLDebugOutput::label, &GLDebugOutput::pushGroup, &GLDebugOutput::popGroup, &GLDebugOutput::end,
+        &GLShaderCompiler::release);
 
     use(GLStartupContext::fpGlobalGLStartupContext, GLStartupContext::fsNumInstances_GLStartupContext,
         &GLStartupContext::makeCurrent);

@@ -1,5 +1,6 @@
 #include "ShaderTest.h"
 
+#include "gl/GLShaderCompiler.h"
 #include "shader/GL2ProgramObject.h"
 #include "shader/GL2Shader.h"
 
@@ -92,6 +93,19 @@ TEST_F(GL2Objects, callNothingWithoutShaderObjects) {
     EXPECT_TRUE(object.bind() && object.unbind());
     EXPECT_EQ(made(), kFinish + kFinish);
     GLFunctionTable::fpGlobalFunctionTable = nullptr; // the rest ends without a table
+}
+
+TEST_F(GL2Objects, releaseTheirCompilerWhereOpenGLCan) {
+    const std::string release = call("glReleaseShaderCompiler");
+    for (const auto& [version, extensions, can] :
+         {std::tuple("4.0", "", false), {"4.1", "", true}, {"2.1", "GL_ARB_ES2_compatibility", true}}) {
+        script().version = version;
+        script().extensions = extensions;
+        EXPECT_EQ(GLShaderCompiler::release(), can) << version;
+        EXPECT_EQ(made().back() == release, can) << version;
+    }
+    GLFunctionTable::fpGlobalFunctionTable = nullptr;
+    EXPECT_FALSE(GLShaderCompiler::release());
 }
 
 } // namespace
