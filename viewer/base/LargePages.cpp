@@ -1,7 +1,6 @@
 #include "base/LargePages.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <malloc.h>
@@ -24,8 +23,6 @@ constexpr int kStep = 1 << 20;
 /// The largest that malloc takes: what is larger gets pages of its own, by a call each time.
 constexpr int kLargestInHeap = 32 << 20;
 
-constexpr std::uintptr_t kPage = 4096;
-
 } // namespace
 
 void preferLargePages() {
@@ -39,9 +36,8 @@ void preferLargePages() {
     std::free(grown);
     mallopt(M_TOP_PAD, kStep);
     auto* const after = static_cast<std::byte*>(sbrk(0));
-    std::byte* const page = before - reinterpret_cast<std::uintptr_t>(before) % kPage;
-    if (after > before)
-        madvise(page, static_cast<size_t>(after - page), MADV_HUGEPAGE);
+    if (after > before) // malloc ends its heap where a page does
+        madvise(before, static_cast<size_t>(after - before), MADV_HUGEPAGE);
 }
 
 } // namespace orloview
